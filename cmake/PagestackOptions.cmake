@@ -1,0 +1,36 @@
+# What every target of the project compiles with; link to pagestack_options to get it.
+add_library(pagestack_options INTERFACE)
+target_compile_features(pagestack_options INTERFACE cxx_std_20)
+target_include_directories(pagestack_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR})
+# -ffp-contract=off: a fused multiply-add, which some processors have and others do not, would give
+# other last digits and so other pixels.
+target_compile_options(pagestack_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wold-style-cast -Wnon-virtual-dtor
+  -Woverloaded-virtual
+  -ffp-contract=off
+  $<$<BOOL:${PAGESTACK_WERROR}>:-Werror>)
+target_compile_definitions(pagestack_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH
+  QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
+
+# Sanitized builds check as much as they can: the assertions of Qt and of the standard library, which
+# an optimized build leaves out, are on as well.
+if(PAGESTACK_SANITIZE)
+  target_compile_options(pagestack_options INTERFACE
+    -fsanitize=${PAGESTACK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(pagestack_options INTERFACE -fsanitize=${PAGESTACK_SANITIZE})
+  target_compile_definitions(pagestack_options INTERFACE QT_FORCE_ASSERTS _GLIBCXX_ASSERTIONS)
+endif()
+
+if(PAGESTACK_COVERAGE)
+  target_compile_options(pagestack_options INTERFACE --coverage)
+  target_link_options(pagestack_options INTERFACE --coverage)
+endif()
+
+# One static library of the project: pagestack_library(NAME SOURCES ... LINKS ... CODECS ...).
+# LINKS are visible to users of the library, CODECS are not.
+function(pagestack_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;CODECS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC pagestack_options Qt6::Core ${ARG_LINKS} PRIVATE ${ARG_CODECS})
+endfunction()
