@@ -1,0 +1,106 @@
+#include "engine/image/Density.h"
+#include "engine/image/Encoders.h"
+
+#include <array>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+#include <vector>
+
+namespace pagestack {
+
+namespace {
+
+    constexpr std::uint32_t fileHeaderBytes = 14;
+    constexpr std::uint32_t infoHeaderBytes = 40;
+
+    void putNumber(std::vector<std::uint8_t>& to, std::uint32_t value, int bytes)
+    {
+        for (int i = 0; i < bytes; ++i)
+            to.push_back(static_cast<std::uint8_t>(value >> static_cast<unsigned>(8 * i)));
+    }
+
+    std::vector<RgbColor> colorTable(const PixelLayout& layout)
+    {
+        if (layout.model != ColorModel::Gray)
+            return layout.palette; // empty for RGB
+        std::vector<RgbColor> table;
+        const int last = layout.bitsPerSample == 1 ? 1 : 255;
+        for (int i = 0; i <= last; ++i) {
+            const auto level = static_cast<std::uint8_t>(i * 255 / last);
+            table.push_back({ level, level, level });
+        }
+        return table;
+    }
+
+    /// One row as the file has it: blue first, padded with zeros to a multiple of four bytes.
+    void packRow(const std::uint8_t* row, int widthPx, const PixelLayout& layout, std::uint8_t* to)
+    {
+        if (layout.model != ColorModel::Rgb) {
+            std::memcpy(to, row, static_cast<std::size_t>(layout.rowBytes(widthPx)));
+            if (const int rest = widthPx % 8; layout.bitsPerSample == 1 && rest != 0)
+                to[widthPx / 8] = static_cast<std::uint8_t>(to[widthPx / 8] & (0xFF00 >> rest));
+            return;
+        }
+        for (qsizetype i = 0; i < widthPx; ++i) {
+            to[3 * i] = row[3 * i + 2];
+            to[3 * i + 1] = row[3 * i + 1];
+            to[3 * i + 2] = row[3 * i];
+        }
+    }
+
+} // namespace
+
+TargetPixels bmpPixels()
+{
+    TargetPixels target;
+    target.takesPalette = true;
+    target.takes1Bit = true;
+    return target;
+}
+
+void encodeBmp(RowSource& rows, const PageProperties& page, StagedFile& file)
+{
+    const PixelLayout& layout = rows.layout();
+    const std::vector<RgbColor> table = colorTable(layout);
+    const auto rowBytes = (static_cast<std::uint64_t>(layout.rowBytes(page.widthPx)) + 3) / 4 * 4;
+    const std::uint64_t pixelsAt = fileHeaderBytes + infoHeaderBytes + 4 * table.size();
+    const std::uint64_t fileBytes = pixelsAt + rowBytes * static_cast<std::uint64_t>(page.heightPx);
+    if (fileBytes > std::numeric_limits<std::uint32_t>::max())
+        throw std::runtime_error("a page of " + std::to_string(page.widthPx) + " x "
+                                 + std::to_string(page.heightPx) + " pixels is too large for BMP");
+    const MetricDensity density = metricDensity(page.resolution);
+    const auto bitsPerPixel = static_cast<std::uint32_t>(layout.channels() * layout.bitsPerSample);
+    std::vector<std::uint8_t> header { 'B', 'M' };
+    putNumber(header, static_cast<std::uint32_t>(fileBytes), 4);
+    putNumber(header, 0, 4); // reserved
+    putNumber(header, static_cast<std::uint32_t>(pixelsAt), 4);
+    putNumber(header, infoHeaderBytes, 4);
+    putNumber(header, static_cast<std::uint32_t>(page.widthPx), 4);
+    putNumber(header, static_cast<std::uint32_t>(page.heightPx), 4);
+    putNumber(header, 1, 2); // planes
+    putNumber(header, bitsPerPixel, 2);
+    putNumber(header, 0, 4); // not compressed
+    putNumber(header, static_cast<std::uint32_t>(fileBytes - pixelsAt), 4);
+    putNumber(header, density.x, 4);
+    putNumber(header, density.y, 4);
+    putNumber(header, static_cast<std::uint32_t>(table.size()), 4);
+    putNumber(header, 0, 4); // all colours matter
+    for (const RgbColor& color : table)
+        header.insert(header.end(), { color[2], color[1], color[0], 0 });
+    file.write(header);
+
+    // The file has the bottom row first, so a band goes before the one above it.
+    std::vector<std::uint8_t> block;
+    std::uint64_t rowsLeft = static_cast<std::uint64_t>(page.heightPx);
+    for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand()) {
+        block.assign(rowBytes * static_cast<unsigned>(band.rows), 0);
+        for (int i = 0; i < band.rows; ++i)
+            packRow(band.row(i), page.widthPx, layout,
+                    block.data() + static_cast<std::uint64_t>(band.rows - 1 - i) * rowBytes);
+        rowsLeft -= static_cast<unsigned>(band.rows);
+        file.writeAt(pixelsAt + rowsLeft * rowBytes, block);
+    }
+}
+
+} // namespace pagestack

@@ -1,0 +1,39 @@
+#include "engine/image/CodecVersions.h"
+
+#include <qpdf/QPDF.hh>
+
+#include <cstdio>
+#include <gif_lib.h>
+#include <jpeglib.h>
+#include <lcms2.h>
+#include <png.h>
+#include <tiffio.h>
+#include <zlib.h>
+
+#include <cstddef>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+#define PAGESTACK_TEXT(value) #value
+#define PAGESTACK_VALUE_TEXT(macro) PAGESTACK_TEXT(macro)
+
+QStringList codecVersions()
+{
+    // libtiff: "LIBTIFF, Version 4.5.0" and lines on its authors.
+    const QString tiff
+        = QString::fromLatin1(TIFFGetVersion()).section(u'\n', 0, 0).section(u' ', -1);
+    const int lcms = cmsGetEncodedCMMversion();
+    return {
+        u"libtiff "_s + tiff,
+        u"libjpeg-turbo " PAGESTACK_VALUE_TEXT(LIBJPEG_TURBO_VERSION) ""_s,
+        u"libpng "_s + QString::fromLatin1(png_get_libpng_ver(nullptr)),
+        u"zlib "_s + QString::fromLatin1(zlibVersion()),
+        u"giflib %1.%2.%3"_s.arg(GIFLIB_MAJOR).arg(GIFLIB_MINOR).arg(GIFLIB_RELEASE),
+        u"lcms2 %1.%2"_s.arg(lcms / 1000).arg(lcms % 1000 / 10),
+        u"qpdf "_s + QString::fromStdString(QPDF::QPDFVersion()),
+    };
+}
+
+} // namespace pagestack

@@ -1,0 +1,132 @@
+#include "engine/image/ColorTransform.h"
+
+#include <lcms2.h>
+
+#include <cstring>
+#include <stdexcept>
+#include <type_traits>
+#include <vector>
+
+namespace pagestack {
+
+namespace {
+
+    struct ContextDeleter
+    {
+        void operator()(cmsContext context) const noexcept { cmsDeleteContext(context); }
+    };
+    struct ProfileCloser
+    {
+        void operator()(cmsHPROFILE profile) const noexcept { cmsCloseProfile(profile); }
+    };
+    struct TransformDeleter
+    {
+        void operator()(cmsHTRANSFORM transform) const noexcept { cmsDeleteTransform(transform); }
+    };
+    using Context = std::unique_ptr<std::remove_pointer_t<cmsContext>, ContextDeleter>;
+    using Profile = std::unique_ptr<std::remove_pointer_t<cmsHPROFILE>, ProfileCloser>;
+    using Transform = std::unique_ptr<std::remove_pointer_t<cmsHTRANSFORM>, TransformDeleter>;
+
+    Profile openSource(cmsContext context, SourceColor from, const QByteArray& bytes)
+    {
+        if (from != SourceColor::Cmyk)
+            return Profile(cmsCreateLab4ProfileTHR(context, nullptr));
+        if (bytes.isEmpty())
+            return {};
+        Profile profile(cmsOpenProfileFromMemTHR(context, bytes.constData(),
+                                                 static_cast<cmsUInt32Number>(bytes.size())));
+        if (profile && cmsGetColorSpace(profile.get()) != cmsSigCmykData)
+            profile.reset();
+        return profile;
+    }
+
+    template <typename Sample>
+    void plainCmykToRgb(const std::uint8_t* from, std::uint8_t* to, int pixels)
+    {
+        constexpr std::uint64_t top = static_cast<Sample>(~Sample { 0 });
+        for (int i = 0; i < pixels; ++i) {
+            Sample inks[4];
+            Sample rgb[3];
+            std::memcpy(inks, from, sizeof inks);
+            for (int c = 0; c < 3; ++c)
+                rgb[c] = static_cast<Sample>(((top - inks[c]) * (top - inks[3]) + top / 2) / top);
+            std::memcpy(to, rgb, sizeof rgb);
+            from += sizeof inks;
+            to += sizeof rgb;
+        }
+    }
+
+    /// An L*a*b* sample of a TIFF page in the 16-bit encoding of version 4 profiles: L* 0..65535
+    /// for 0..100, a* and b* 257 steps a unit from -128 on.
+    std::uint16_t labSample(SourceColor from, int bits, int channel, const std::uint8_t* at)
+    {
+        if (bits == 8) {
+            const unsigned shift = from == SourceColor::CieLab && channel > 0 ? 128U : 0U;
+            return static_cast<std::uint16_t>(((*at + shift) & 255U) * 257U);
+        }
+        std::uint16_t raw = 0;
+        std::memcpy(&raw, at, sizeof raw);
+        if (from == SourceColor::IccLab) // version 2: 65280 for 100, 256 steps a unit
+            return static_cast<std::uint16_t>(std::min(65535U, (raw * 65535U + 32640U) / 65280U));
+        if (channel == 0)
+            return raw;
+        const auto signedValue = static_cast<std::int16_t>(raw); // 256 steps a unit
+        return static_cast<std::uint16_t>(
+            std::min(65535.0, (static_cast<double>(signedValue) / 256.0 + 128.0) * 257.0 + 0.5));
+    }
+
+} // namespace
+
+struct ColorTransform::Engine
+{
+    Context context;
+    Transform transform;
+    std::vector<std::uint16_t> lab;
+};
+
+ColorTransform::ColorTransform(SourceColor from, int bits, const QByteArray& profile)
+    : m_from(from)
+    , m_bits(bits)
+{
+    auto engine = std::make_unique<Engine>();
+    engine->context.reset(cmsCreateContext(nullptr, nullptr));
+    if (!engine->context)
+        throw std::bad_alloc();
+    const Profile source = openSource(engine->context.get(), from, profile);
+    if (!source)
+        return;
+    const Profile target(cmsCreate_sRGBProfileTHR(engine->context.get()));
+    const cmsUInt32Number cmykFormat = bits == 8 ? TYPE_CMYK_8 : TYPE_CMYK_16;
+    engine->transform.reset(cmsCreateTransformTHR(
+        engine->context.get(), source.get(), from == SourceColor::Cmyk ? cmykFormat : TYPE_Lab_16,
+        target.get(), bits == 8 ? TYPE_RGB_8 : TYPE_RGB_16, INTENT_RELATIVE_COLORIMETRIC,
+        cmsFLAGS_BLACKPOINTCOMPENSATION));
+    if (engine->transform)
+        m_engine = std::move(engine);
+    else if (from != SourceColor::Cmyk)
+        throw std::runtime_error("its L*a*b* colours cannot be converted");
+}
+
+ColorTransform::~ColorTransform() = default;
+
+void ColorTransform::apply(const std::uint8_t* from, std::uint8_t* to, int pixels)
+{
+    if (!m_engine) {
+        if (m_bits == 8)
+            plainCmykToRgb<std::uint8_t>(from, to, pixels);
+        else
+            plainCmykToRgb<std::uint16_t>(from, to, pixels);
+        return;
+    }
+    if (m_from != SourceColor::Cmyk) {
+        m_engine->lab.resize(static_cast<std::size_t>(pixels) * 3);
+        const int sampleBytes = m_bits / 8;
+        for (std::size_t i = 0; i < m_engine->lab.size(); ++i)
+            m_engine->lab[i] = labSample(m_from, m_bits, static_cast<int>(i % 3),
+                                         from + i * static_cast<unsigned>(sampleBytes));
+        from = reinterpret_cast<const std::uint8_t*>(m_engine->lab.data());
+    }
+    cmsDoTransform(m_engine->transform.get(), from, to, static_cast<cmsUInt32Number>(pixels));
+}
+
+} // namespace pagestack

@@ -1,0 +1,108 @@
+#include "engine/image/MultiPageTiff.h"
+
+#include "engine/image/TiffAssembly.h"
+#include "engine/image/TiffPage.h"
+#include "engine/settings/OutputCodes.h"
+
+#include <tiffio.h>
+
+#include <stdexcept>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    /// What page `index` will take in the output, as a rule rather than at the most: a file that
+    /// grows past the limit all the same is begun again.
+    std::uint64_t likelyBytes(TiffFile& file, int index, int compression)
+    {
+        const TiffPageTags tags = readTiffPageTags(file.describe(index));
+        const std::uint64_t decoded
+            = tags.planeRowBytes() * tags.heightPx * static_cast<unsigned>(tags.planes());
+        const bool isFax
+            = compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;
+        return isFax && tags.isOneBitDeep() ? decoded / 4 : decoded;
+    }
+
+} // namespace
+
+MultiPageTiff::MultiPageTiff(QString path, int compressionIndex, int plannedPages,
+                             std::uint64_t limitBytes)
+    : m_path(std::move(path))
+    , m_compression(tiffCompressionTag(compressionIndex))
+    , m_plannedPages(plannedPages)
+    , m_limitBytes(limitBytes)
+{
+}
+
+MultiPageTiff::~MultiPageTiff() = default;
+
+bool MultiPageTiff::couldPassLimit(const PageImage& firstPage) const
+{
+    const TiffPage* page = firstPage.source().tiffPage();
+    if (page == nullptr)
+        return false;
+    const int first = page->index();
+    const int pages = static_cast<int>(page->file().chain().offsets.size());
+    const int last = std::min(pages, first + m_plannedPages);
+    std::uint64_t sum = 0;
+    for (int index = first; index < last && sum <= m_limitBytes; ++index) {
+        try {
+            sum += likelyBytes(page->file(), index, m_compression);
+        } catch (const std::runtime_error&) {
+            continue; // a page that cannot be read takes nothing; it is reported when its turn
+                      // comes
+        }
+    }
+    return sum > m_limitBytes;
+}
+
+void MultiPageTiff::append(const PageImage& page)
+{
+    if (m_failureReason.isEmpty())
+        write(page);
+    m_pages.push_back(page);
+}
+
+void MultiPageTiff::write(const PageImage& page)
+{
+    try {
+        if (!m_assembly)
+            m_assembly = std::make_unique<TiffAssembly>(m_path, m_compression, m_plannedPages,
+                                                        couldPassLimit(page), m_limitBytes);
+        m_assembly->append(page.source());
+    } catch (const TiffAssembly::TooLarge&) {
+        rebuildAsBigTiff();
+        write(page);
+    } catch (const TiffAssembly::WriteFailure& failure) {
+        m_failureReason = QString::fromStdString(failure.what());
+    }
+}
+
+void MultiPageTiff::rebuildAsBigTiff()
+{
+    m_assembly.reset();
+    m_assembly
+        = std::make_unique<TiffAssembly>(m_path, m_compression, m_plannedPages, true, m_limitBytes);
+    for (const PageImage& page : m_pages)
+        m_assembly->append(page.source());
+}
+
+bool MultiPageTiff::commit()
+{
+    if (m_pages.empty() && m_failureReason.isEmpty())
+        m_failureReason = u"no page could be read"_s;
+    if (!m_failureReason.isEmpty())
+        return false;
+    try {
+        m_assembly->commit();
+        return true;
+    } catch (const std::runtime_error& error) {
+        m_failureReason = QString::fromStdString(error.what());
+        return false;
+    }
+}
+
+} // namespace pagestack

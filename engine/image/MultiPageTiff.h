@@ -1,0 +1,62 @@
+#pragma once
+
+#include "engine/image/PageImage.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace pagestack {
+
+/// A TIFF file that is made of pages, one after the other, and put in place at the end.
+///
+/// Pages keep what they are: bit depth, photometric interpretation, planes, tiles, orientation,
+/// resolution, profile, document tags. Strips and tiles that have the wanted compression already
+/// are copied as they lie. A fax compression asked of a page that is not one bit deep writes that
+/// page with no compression. The file is little-endian, becomes a BigTIFF file when its pages could
+/// pass 4 GB, and is the same, byte for byte, on every run. One thread at a time.
+class MultiPageTiff
+{
+public:
+    /// Beyond this size a file cannot be a classic TIFF file.
+    static constexpr std::uint64_t classicLimitBytes = 0xFFF00000;
+
+    /// A file for `path` with the compression of `compressionIndex`
+    /// (Settings::tiffCompressionIndex) and probably `plannedPages` pages. Nothing is made before
+    /// the first page comes. `limitBytes` is for tests.
+    MultiPageTiff(QString path, int compressionIndex, int plannedPages,
+                  std::uint64_t limitBytes = classicLimitBytes);
+    ~MultiPageTiff();
+    MultiPageTiff(const MultiPageTiff&) = delete;
+    MultiPageTiff& operator=(const MultiPageTiff&) = delete;
+
+    /// Encodes the page into the staged file. Throws std::runtime_error with the reason when the
+    /// page cannot be decoded completely; the staged file is then as it was before. A target that
+    /// takes no more (full disk, no permission) is no error here: it is kept for `commit`, and this
+    /// page and later ones only count as gathered.
+    void append(const PageImage& page);
+
+    int pageCount() const { return static_cast<int>(m_pages.size()); } ///< gathered so far
+
+    /// Puts the file in place. False when nothing was gathered or the file could not be written;
+    /// what was at the path is then as it was.
+    bool commit();
+
+    /// Why `commit` returned, or will return, false; empty after a success.
+    QString failureReason() const { return m_failureReason; }
+
+private:
+    void write(const PageImage& page);
+    void rebuildAsBigTiff();
+    bool couldPassLimit(const PageImage& firstPage) const;
+
+    QString m_path;
+    int m_compression; ///< value of the Compression tag
+    int m_plannedPages;
+    std::uint64_t m_limitBytes;
+    std::vector<PageImage> m_pages;
+    std::unique_ptr<class TiffAssembly> m_assembly; ///< null before the first page
+    QString m_failureReason;
+};
+
+} // namespace pagestack

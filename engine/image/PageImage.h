@@ -1,0 +1,55 @@
+#pragma once
+
+#include "engine/image/PageSource.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace pagestack {
+
+class Settings;
+
+/// The image of one page, and the writers that turn it into a file.
+///
+/// It is a light handle: nothing is decoded before a writer or a utility asks for the pixels, and
+/// then in bands. Copies share their source. One thread at a time a source.
+///
+/// Every writer encodes into a staged file beside `path` and puts it in place when it is complete,
+/// replacing a file of that name; it returns false when it could not, and leaves what was at
+/// `path` as it was. `failureReason` then says why. A failure that is not a plain refusal of the
+/// file system also goes to the system log.
+class PageImage
+{
+public:
+    explicit PageImage(std::shared_ptr<const PageSource> source);
+
+    int widthPx() const; ///< as stored, before orientation
+    int heightPx() const;
+    const PageSource& source() const { return *m_source; }
+
+    /// Chooses the writer by the extension of `path`, compared exactly: bmp, jpg, png, gif or tiff.
+    /// Any other extension writes nothing and gives false.
+    bool save(const QString& path, const Settings& settings);
+
+    bool saveAsBmpWithName(const QString& path);
+    bool saveAsGifWithName(const QString& path);
+    bool saveAsPngWithName(const QString& path);
+    /// `quality` in tenths; 10 is the best. Values outside 0..10 end up clamped by the encoder.
+    bool saveAsJpegWithName(const QString& path, int quality);
+    /// `compression` as in Settings::tiffCompressionIndex; any value outside 0..4 means none.
+    bool saveAsTiffWithName(const QString& path, int compression);
+
+    /// A gray copy with alpha, 8 bits a sample, of the same size as the upright image; the alpha of
+    /// an opaque image is 255. Throws std::runtime_error when the page cannot be decoded.
+    PageImage monochromeImage() const;
+
+    /// Why the last writer returned false; empty after a success.
+    QString failureReason() const { return m_failureReason; }
+
+private:
+    std::shared_ptr<const PageSource> m_source;
+    QString m_failureReason;
+};
+
+} // namespace pagestack

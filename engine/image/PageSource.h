@@ -1,0 +1,60 @@
+#pragma once
+
+#include "engine/image/RowSource.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+
+namespace pagestack {
+
+enum class ResolutionUnit {
+    None, ///< only the ratio of x and y means something
+    Inch,
+    Centimeter,
+};
+
+struct Resolution
+{
+    double x = 0; ///< pixels a unit; 0: not known
+    double y = 0;
+    ResolutionUnit unit = ResolutionUnit::Inch;
+};
+
+/// What a page is, apart from its pixels.
+struct PageProperties
+{
+    int widthPx = 0; ///< as stored
+    int heightPx = 0;
+    Resolution resolution; ///< of the stored rows and columns
+    QByteArray iccProfile; ///< of the pixels as `PageSource::rows` gives them; empty: none
+    int orientation = 1; ///< TIFF 6.0, tag Orientation: 1..8
+};
+
+class TiffPage;
+
+/// Where the pixels of a page come from: a page of a TIFF file or a bitmap in memory.
+class PageSource
+{
+public:
+    virtual ~PageSource() = default;
+
+    /// Throws std::runtime_error when the page's description cannot be read.
+    virtual const PageProperties& properties() const = 0;
+
+    /// Starts a pass over the pixels in stored order. The source must outlive it, and passes over
+    /// pages of the same file cannot overlap. Throws std::runtime_error with the reason.
+    virtual std::unique_ptr<RowSource> rows() const = 0;
+
+    /// This source as a page of a TIFF file, whose encoded strips and tags can be copied; null when
+    /// it is none.
+    virtual const TiffPage* tiffPage() const { return nullptr; }
+
+protected:
+    PageSource() = default;
+    PageSource(const PageSource&) = delete;
+    PageSource& operator=(const PageSource&) = delete;
+};
+
+} // namespace pagestack

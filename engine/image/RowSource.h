@@ -1,0 +1,39 @@
+#pragma once
+
+#include "engine/image/PixelLayout.h"
+
+namespace pagestack {
+
+/// Some rows of a page, the upper ones first. The memory belongs to whoever handed the band out.
+struct Band
+{
+    const std::uint8_t* samples = nullptr;
+    int rows = 0; ///< 0: the page is at its end
+    qsizetype strideBytes = 0; ///< from the start of one row to the start of the next
+
+    const std::uint8_t* row(int index) const { return samples + index * strideBytes; }
+};
+
+/// One pass over the pixels of a page, from the top row to the bottom row, in bands.
+/// One thread at a time.
+class RowSource
+{
+public:
+    virtual ~RowSource() = default;
+
+    virtual int widthPx() const = 0;
+    virtual int heightPx() const = 0;
+    virtual const PixelLayout& layout() const = 0;
+
+    /// The next rows; a band without rows after the last one. What it points to stays valid until
+    /// the next call. The bands of a pass hold exactly `heightPx` rows together.
+    /// Throws std::runtime_error with the reason when the rows cannot be read completely.
+    virtual Band nextBand() = 0;
+
+protected:
+    RowSource() = default;
+    RowSource(const RowSource&) = delete;
+    RowSource& operator=(const RowSource&) = delete;
+};
+
+} // namespace pagestack

@@ -1,0 +1,166 @@
+#include "engine/image/SampleUnpacker.h"
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+namespace pagestack {
+
+namespace {
+
+    template <typename Value>
+    Value load(const std::uint8_t* from)
+    {
+        Value value;
+        std::memcpy(&value, from, sizeof value);
+        return value;
+    }
+
+    std::uint32_t load24(const std::uint8_t* from)
+    {
+        if constexpr (std::endian::native == std::endian::little)
+            return from[0] | std::uint32_t { from[1] } << 8U | std::uint32_t { from[2] } << 16U;
+        else
+            return std::uint32_t { from[0] } << 16U | std::uint32_t { from[1] } << 8U | from[2];
+    }
+
+    /// A binary floating-point number with a sign, `exponentBits` and `fractionBits`, as in IEEE
+    /// 754.
+    double smallFloat(std::uint32_t raw, int exponentBits, int fractionBits)
+    {
+        const std::uint32_t fractionMask = (1U << static_cast<unsigned>(fractionBits)) - 1U;
+        const std::uint32_t exponentMask = (1U << static_cast<unsigned>(exponentBits)) - 1U;
+        const auto fraction = static_cast<double>(raw & fractionMask);
+        const auto exponent
+            = static_cast<int>((raw >> static_cast<unsigned>(fractionBits)) & exponentMask);
+        const int bias = static_cast<int>(exponentMask >> 1U);
+        const bool isNegative
+            = ((raw >> static_cast<unsigned>(fractionBits + exponentBits)) & 1U) != 0;
+        double value = 0;
+        if (exponent == static_cast<int>(exponentMask))
+            value = fraction == 0 ? HUGE_VAL : std::nan("");
+        else if (exponent == 0)
+            value = std::ldexp(fraction, 1 - bias - fractionBits);
+        else
+            value = std::ldexp(fraction + fractionMask + 1.0, exponent - bias - fractionBits);
+        return isNegative ? -value : value;
+    }
+
+    double floatSample(std::uint64_t raw, int bits)
+    {
+        switch (bits) {
+        case 16:
+            return smallFloat(static_cast<std::uint32_t>(raw), 5, 10);
+        case 24: // Adobe's supplement on floating point in TIFF, 2005
+            return smallFloat(static_cast<std::uint32_t>(raw), 7, 16);
+        case 32:
+            return static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(raw)));
+        default:
+            return std::bit_cast<double>(raw);
+        }
+    }
+
+    std::uint64_t highest(int bits)
+    {
+        return bits == 64 ? ~std::uint64_t { 0 }
+                          : (std::uint64_t { 1 } << static_cast<unsigned>(bits)) - 1;
+    }
+
+} // namespace
+
+SampleUnpacker::SampleUnpacker(int bitsPerSample, int sampleFormat)
+    : m_bits(bitsPerSample)
+    , m_isSigned(sampleFormat == 2)
+    , m_isFloat(sampleFormat == 3)
+    , m_outputBits(bitsPerSample <= 8 && sampleFormat != 3 ? 8 : 16)
+{
+    const bool isFloatDepth
+        = bitsPerSample == 16 || bitsPerSample == 24 || bitsPerSample == 32 || bitsPerSample == 64;
+    if (sampleFormat < 1 || sampleFormat > 4 || bitsPerSample < 1 || bitsPerSample > 64
+        || (m_isFloat && !isFloatDepth))
+        throw std::runtime_error("samples of format " + std::to_string(sampleFormat) + " and "
+                                 + std::to_string(bitsPerSample) + " bits are not supported");
+}
+
+std::uint64_t SampleUnpacker::rawSample(const std::uint8_t* row, qsizetype index) const
+{
+    switch (m_bits) {
+    case 8:
+        return row[index];
+    case 16:
+        return load<std::uint16_t>(row + 2 * index);
+    case 24:
+        return load24(row + 3 * index);
+    case 32:
+        return load<std::uint32_t>(row + 4 * index);
+    case 64:
+        return load<std::uint64_t>(row + 8 * index);
+    default:
+        break;
+    }
+    qsizetype bit = index * m_bits;
+    std::uint64_t value = 0;
+    for (int left = m_bits; left > 0;) {
+        const int offset = static_cast<int>(bit % 8);
+        const int count = std::min(left, 8 - offset);
+        const unsigned part
+            = (static_cast<unsigned>(row[bit / 8]) >> static_cast<unsigned>(8 - offset - count))
+            & ((1U << static_cast<unsigned>(count)) - 1U);
+        value = value << static_cast<unsigned>(count) | part;
+        bit += count;
+        left -= count;
+    }
+    return value;
+}
+
+std::uint16_t SampleUnpacker::scaled(std::uint64_t raw) const
+{
+    if (m_isFloat) {
+        const double value = floatSample(raw, m_bits);
+        if (!(value > 0))
+            return 0; // also what is no number
+        return value >= 1 ? 65535 : static_cast<std::uint16_t>(std::lround(value * 65535));
+    }
+    if (m_isSigned)
+        raw = (raw ^ (std::uint64_t { 1 } << static_cast<unsigned>(m_bits - 1))) & highest(m_bits);
+    if (m_bits > 32) {
+        raw >>= static_cast<unsigned>(m_bits - 32);
+        return static_cast<std::uint16_t>((raw * 65535 + highest(32) / 2) / highest(32));
+    }
+    const std::uint64_t top = highest(m_bits);
+    const std::uint64_t full = m_outputBits == 8 ? 255 : 65535;
+    return static_cast<std::uint16_t>((raw * full + top / 2) / top);
+}
+
+void SampleUnpacker::unpack(const std::uint8_t* row, int first, int samplesPerPixel, int pixels,
+                            std::uint8_t* to, int step) const
+{
+    if (m_outputBits == 8) {
+        if (m_bits == 8 && !m_isSigned) {
+            for (qsizetype i = 0; i < pixels; ++i)
+                to[i * step] = row[i * samplesPerPixel + first];
+            return;
+        }
+        for (qsizetype i = 0; i < pixels; ++i)
+            to[i * step]
+                = static_cast<std::uint8_t>(scaled(rawSample(row, i * samplesPerPixel + first)));
+        return;
+    }
+    const bool isExact = m_bits == 16 && !m_isSigned && !m_isFloat;
+    for (qsizetype i = 0; i < pixels; ++i) {
+        const std::uint64_t raw = rawSample(row, i * samplesPerPixel + first);
+        const std::uint16_t value = isExact ? static_cast<std::uint16_t>(raw) : scaled(raw);
+        std::memcpy(to + i * step * 2, &value, sizeof value);
+    }
+}
+
+void SampleUnpacker::unpackIndexes(const std::uint8_t* row, int first, int samplesPerPixel,
+                                   int pixels, std::uint16_t* to) const
+{
+    for (qsizetype i = 0; i < pixels; ++i)
+        to[i] = static_cast<std::uint16_t>(rawSample(row, i * samplesPerPixel + first));
+}
+
+} // namespace pagestack

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace pagestack {
+
+/// A file in the making: written beside its target under a temporary name and renamed over it when
+/// it is complete, so that a failure, a crash or a cancel leaves what was at the target as it was.
+///
+/// Through a symbolic link the link's target is replaced. The permissions of a file that is
+/// replaced are kept. In a folder that takes no new file, an existing writable file is replaced in
+/// place at `commit`. One thread at a time; a staged file may be handed from one thread to another.
+class StagedFile
+{
+public:
+    /// Creates the temporary file. Throws std::runtime_error with the reason (no such folder, no
+    /// permission, the target is no regular file).
+    explicit StagedFile(const QString& targetPath);
+
+    /// Removes the temporary file unless it was committed.
+    ~StagedFile();
+    StagedFile(const StagedFile&) = delete;
+    StagedFile& operator=(const StagedFile&) = delete;
+
+    /// Appends at the end of the file. Throws std::runtime_error with the reason.
+    void write(std::span<const std::uint8_t> bytes);
+
+    /// Writes at `offset`, which may lie past the end; what lies between is zero.
+    /// Throws std::runtime_error with the reason.
+    void writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes);
+
+    /// Fills all of `bytes` from `offset` on. Throws std::runtime_error with the reason.
+    void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes);
+
+    std::uint64_t size() const { return m_size; }
+
+    /// Cuts or extends the file to `size` bytes. Throws std::runtime_error with the reason.
+    void resize(std::uint64_t size);
+
+    /// Puts the file in place of the target. Throws std::runtime_error with the reason; the target
+    /// is then as it was, unless it had to be replaced in place.
+    void commit();
+
+private:
+    void createBesideTarget();
+    void flush();
+    void replaceInPlace();
+
+    QByteArray m_target; ///< with symbolic links resolved, in the file system's encoding
+    QByteArray m_temporary; ///< empty once committed
+    int m_file = -1;
+    std::uint64_t m_size = 0; ///< with what is still in `m_pending`
+    std::vector<std::uint8_t> m_pending; ///< appended, but not yet handed to the file system
+    bool m_replaces = false; ///< a file was at the target when this one was made
+    bool m_inPlace = false;
+    unsigned m_permissions = 0; ///< of the file that is replaced
+};
+
+} // namespace pagestack

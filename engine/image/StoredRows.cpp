@@ -1,0 +1,146 @@
+#include "engine/image/StoredRows.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+namespace pagestack {
+
+namespace {
+
+    /// What a band aims at: large enough to make calls cheap, small enough for the cache.
+    constexpr std::uint64_t wantedBandBytes = 512 * 1024;
+
+    /// A strip up to this size is decoded as a whole.
+    constexpr std::uint64_t largestWholeStripBytes = 4 * 1024 * 1024;
+
+    /// More than this is never held at a time.
+    constexpr std::uint64_t largestBandBytes = 256 * 1024 * 1024;
+
+} // namespace
+
+StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
+    : m_file(file)
+    , m_handle(file.select(index))
+    , m_tags(tags)
+    , m_strideBytes(static_cast<qsizetype>(tags.planeRowBytes()))
+{
+    if (tags.compression == COMPRESSION_JPEG && tags.photometric == PHOTOMETRIC_YCBCR
+        && !tags.planesAreSeparate)
+        TIFFSetField(m_handle, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+    const std::uint64_t rowBytes = tags.planeRowBytes() * static_cast<unsigned>(tags.planes());
+    const std::uint64_t pieceRows = tags.isTiled ? tags.tileHeightPx : tags.rowsPerStrip;
+    std::uint64_t rows = std::min<std::uint64_t>(pieceRows, tags.heightPx);
+    // Switching planes in mid-strip would decode the strip from its start again.
+    m_isRowByRow
+        = !tags.isTiled && !tags.planesAreSeparate && rows * rowBytes > largestWholeStripBytes;
+    if (m_isRowByRow)
+        rows = std::max<std::uint64_t>(1, wantedBandBytes / rowBytes);
+    else if (!tags.isTiled)
+        rows *= std::max<std::uint64_t>(1, wantedBandBytes / (rows * rowBytes));
+    rows = std::min<std::uint64_t>(rows, tags.heightPx);
+    if (rows * rowBytes > largestBandBytes)
+        throw std::runtime_error(tags.isTiled ? "its tiles are too large"
+                                              : "its strips are too large");
+    m_rowsPerBand = static_cast<int>(rows);
+    m_samples.resize(rows * rowBytes);
+    if (tags.isTiled) {
+        const tmsize_t tileBytes = TIFFTileSize(m_handle);
+        if (tileBytes <= 0 || static_cast<std::uint64_t>(tileBytes) > largestBandBytes)
+            throw std::runtime_error("its tiles are too large");
+        if ((std::uint64_t { tags.tileWidthPx } * static_cast<unsigned>(tags.samplesInPlane())
+             * static_cast<unsigned>(tags.bitsPerSample))
+                % 8
+            != 0)
+            throw std::runtime_error("a tile width of " + std::to_string(tags.tileWidthPx)
+                                     + " is not supported");
+        m_tile.resize(static_cast<std::size_t>(tileBytes));
+    }
+}
+
+std::uint8_t* StoredRows::planeStart(int plane)
+{
+    return m_samples.data() + static_cast<std::ptrdiff_t>(plane) * m_rowsPerBand * m_strideBytes;
+}
+
+StoredBand StoredRows::nextBand()
+{
+    StoredBand band;
+    const int rows = static_cast<int>(std::min<std::uint32_t>(
+        static_cast<std::uint32_t>(m_rowsPerBand), m_tags.heightPx - m_nextRow));
+    if (rows == 0)
+        return band;
+    if (m_tags.isTiled)
+        readTiles(rows);
+    else if (m_isRowByRow)
+        readRowByRow(rows);
+    else
+        readStrips(rows);
+    m_nextRow += static_cast<std::uint32_t>(rows);
+    band.rows = rows;
+    band.strideBytes = m_strideBytes;
+    for (int plane = 0; plane < m_tags.planes(); ++plane)
+        band.planes.push_back(planeStart(plane));
+    return band;
+}
+
+void StoredRows::checkDecoded(bool ok) const
+{
+    if (!ok || m_file.messages().failed())
+        m_file.messages().fail("the pixels cannot be decoded");
+}
+
+void StoredRows::readStrips(int rows)
+{
+    for (int plane = 0; plane < m_tags.planes(); ++plane) {
+        std::uint8_t* to = planeStart(plane);
+        for (std::uint32_t done = 0; done < static_cast<std::uint32_t>(rows);) {
+            const std::uint32_t row = m_nextRow + done;
+            const std::uint32_t count = std::min(m_tags.rowsPerStrip, m_tags.heightPx - row);
+            const auto bytes = static_cast<tmsize_t>(count) * m_strideBytes;
+            const std::uint32_t strip
+                = TIFFComputeStrip(m_handle, row, static_cast<std::uint16_t>(plane));
+            const tmsize_t got = TIFFReadEncodedStrip(m_handle, strip, to, bytes);
+            checkDecoded(got == bytes);
+            to += bytes;
+            done += count;
+        }
+    }
+}
+
+void StoredRows::readRowByRow(int rows)
+{
+    for (int i = 0; i < rows; ++i) {
+        const int result = TIFFReadScanline(m_handle, m_samples.data() + i * m_strideBytes,
+                                            m_nextRow + static_cast<std::uint32_t>(i), 0);
+        checkDecoded(result == 1);
+    }
+}
+
+void StoredRows::readTiles(int rows)
+{
+    const qsizetype tileRowBytes = static_cast<qsizetype>(
+        std::uint64_t { m_tags.tileWidthPx } * static_cast<unsigned>(m_tags.samplesInPlane())
+        * static_cast<unsigned>(m_tags.bitsPerSample) / 8);
+    for (int plane = 0; plane < m_tags.planes(); ++plane) {
+        qsizetype column = 0;
+        for (std::uint32_t x = 0; x < m_tags.widthPx; x += m_tags.tileWidthPx) {
+            const std::uint32_t tile
+                = TIFFComputeTile(m_handle, x, m_nextRow, 0, static_cast<std::uint16_t>(plane));
+            const tmsize_t got = TIFFReadEncodedTile(m_handle, tile, m_tile.data(),
+                                                     static_cast<tmsize_t>(m_tile.size()));
+            checkDecoded(got == static_cast<tmsize_t>(m_tile.size()));
+            const qsizetype bytes = std::min(tileRowBytes, m_strideBytes - column);
+            for (int i = 0; i < rows; ++i)
+                std::memcpy(planeStart(plane) + i * m_strideBytes + column,
+                            m_tile.data() + i * tileRowBytes, static_cast<std::size_t>(bytes));
+            column += tileRowBytes;
+            if (m_tags.widthPx - x <= m_tags.tileWidthPx)
+                break; // x would overflow
+        }
+    }
+}
+
+} // namespace pagestack

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "engine/image/TiffFile.h"
+#include "engine/image/TiffPageTags.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace pagestack {
+
+/// Some rows of a page as the file's samples lie, a plane each: one plane of interleaved samples,
+/// or one a sample. Rows are packed to whole bytes; samples of 16, 24, 32 and 64 bits have the
+/// machine's byte order.
+struct StoredBand
+{
+    int rows = 0; ///< 0: the page is at its end
+    qsizetype strideBytes = 0;
+    std::vector<const std::uint8_t*> planes;
+
+    const std::uint8_t* row(int plane, int index) const
+    {
+        return planes[static_cast<std::size_t>(plane)] + index * strideBytes;
+    }
+};
+
+/// One pass over the rows of a TIFF page in stored order, decoded but not interpreted: strips or
+/// tiles are put together to bands. Memory follows the strip or the row of tiles; a strip that is
+/// too large to be held is decoded row by row.
+///
+/// Only for pages whose samples lie pixel by pixel: not for sub-sampled YCbCr.
+class StoredRows
+{
+public:
+    /// Starts at the top of page `index` of `file`, which must outlive the pass; the page must stay
+    /// the file's current one during it. Throws std::runtime_error.
+    StoredRows(TiffFile& file, int index, const TiffPageTags& tags);
+
+    /// The next rows. Throws std::runtime_error when they cannot be decoded completely.
+    StoredBand nextBand();
+
+private:
+    void readStrips(int rows);
+    void readRowByRow(int rows);
+    void readTiles(int rows);
+    void checkDecoded(bool ok) const;
+    std::uint8_t* planeStart(int plane);
+
+    TiffFile& m_file;
+    tiff* m_handle;
+    TiffPageTags m_tags;
+    qsizetype m_strideBytes = 0;
+    int m_rowsPerBand = 0;
+    std::uint32_t m_nextRow = 0;
+    bool m_isRowByRow = false;
+    std::vector<std::uint8_t> m_samples; ///< of a band, plane after plane
+    std::vector<std::uint8_t> m_tile;
+};
+
+} // namespace pagestack

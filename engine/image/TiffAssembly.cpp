@@ -1,0 +1,140 @@
+#include "engine/image/TiffAssembly.h"
+
+#include "engine/image/TiffPageWriter.h"
+
+#include <QFileInfo>
+
+#include <tiffio.h>
+
+#include <array>
+#include <string>
+
+namespace pagestack {
+
+namespace {
+
+    constexpr std::uint64_t classicHeaderBytes = 8;
+    constexpr std::uint64_t bigHeaderBytes = 16;
+
+    /// Makes the staged file; what goes wrong is a failure of the target.
+    StagedFile staged(const QString& path)
+    try {
+        return StagedFile(path);
+    } catch (const std::runtime_error& error) {
+        throw TiffAssembly::WriteFailure(error.what());
+    }
+
+} // namespace
+
+TiffAssembly::TiffAssembly(const QString& path, int compression, int plannedPages, bool bigTiff,
+                           std::uint64_t classicLimitBytes)
+    : m_staged(staged(path))
+    , m_compression(compression)
+    , m_plannedPages(plannedPages)
+    , m_isBigTiff(bigTiff)
+    , m_classicLimitBytes(classicLimitBytes)
+    , m_linkAt(bigTiff ? 8 : 4)
+    , m_messages(QFileInfo(path).fileName())
+{
+    std::vector<std::uint8_t> header { 'I', 'I', static_cast<std::uint8_t>(bigTiff ? 43 : 42), 0 };
+    if (bigTiff)
+        header.insert(header.end(), { 8, 0, 0, 0 });
+    header.resize(bigTiff ? bigHeaderBytes : classicHeaderBytes);
+    try {
+        m_staged.write(header);
+    } catch (const std::runtime_error& error) {
+        throw WriteFailure(error.what());
+    }
+}
+
+void TiffAssembly::append(const PageSource& page)
+{
+    const std::uint64_t start = m_staged.size();
+    TiffPageSink sink { m_staged,
+                        std::string(m_isBigTiff ? bigHeaderBytes : classicHeaderBytes, '\0'),
+                        m_isBigTiff ? ~std::uint64_t { 0 } : m_classicLimitBytes,
+                        false,
+                        {} };
+    m_messages.forget();
+    try {
+        encode(page, sink);
+    } catch (const std::runtime_error&) {
+        if (sink.isFull)
+            throw TooLarge("the file would be larger than 4 GB");
+        if (!sink.writeError.empty())
+            throw WriteFailure(sink.writeError);
+        try {
+            m_staged.resize(start);
+        } catch (const std::runtime_error& error) {
+            throw WriteFailure(error.what());
+        }
+        throw;
+    }
+    try {
+        const int offsetBytes = m_isBigTiff ? 8 : 4;
+        std::uint64_t directory = 0;
+        for (int i = offsetBytes - 1; i >= 0; --i)
+            directory = directory << 8U
+                | static_cast<std::uint8_t>(
+                            sink.header.at(static_cast<std::size_t>(offsetBytes + i)));
+        linkDirectory(directory);
+    } catch (const std::runtime_error& error) {
+        throw WriteFailure(error.what());
+    }
+    ++m_pages;
+}
+
+void TiffAssembly::encode(const PageSource& page, TiffPageSink& sink)
+{
+    // The handle writes when it is closed, too: that has to be over before the sink is looked at.
+    const TiffHandle handle = openTiffPageForWriting(sink, m_isBigTiff, m_messages);
+    writeTiffPage(handle.get(), page, m_compression, { m_pages, m_plannedPages });
+    if (TIFFWriteDirectory(handle.get()) == 0 || m_messages.failed())
+        m_messages.fail("the page cannot be encoded");
+}
+
+/// Hangs the directory at `directoryOffset` to the end of the chain and notes what may have to be
+/// changed in it later.
+void TiffAssembly::linkDirectory(std::uint64_t directoryOffset)
+{
+    putNumber(m_linkAt, directoryOffset, m_isBigTiff ? 8 : 4);
+    const int countBytes = m_isBigTiff ? 8 : 2;
+    const std::uint64_t entryBytes = m_isBigTiff ? 20 : 12;
+    const std::uint64_t entries = number(directoryOffset, countBytes);
+    const std::uint64_t first = directoryOffset + static_cast<unsigned>(countBytes);
+    m_linkAt = first + entries * entryBytes;
+    for (std::uint64_t entry = 0; entry < entries; ++entry)
+        if (number(first + entry * entryBytes, 2) == TIFFTAG_PAGENUMBER)
+            m_pageNumbersAt.push_back(first + entry * entryBytes + (m_isBigTiff ? 12 : 8));
+}
+
+std::uint64_t TiffAssembly::number(std::uint64_t offset, int bytes)
+{
+    std::array<std::uint8_t, 8> raw = {};
+    m_staged.readAt(offset, std::span(raw).first(static_cast<std::size_t>(bytes)));
+    std::uint64_t value = 0;
+    for (int i = bytes - 1; i >= 0; --i)
+        value = value << 8U | raw.at(static_cast<std::size_t>(i));
+    return value;
+}
+
+void TiffAssembly::putNumber(std::uint64_t offset, std::uint64_t value, int bytes)
+{
+    std::array<std::uint8_t, 8> raw = {};
+    for (int i = 0; i < bytes; ++i)
+        raw.at(static_cast<std::size_t>(i))
+            = static_cast<std::uint8_t>(value >> static_cast<unsigned>(8 * i));
+    m_staged.writeAt(offset,
+                     std::span<const std::uint8_t>(raw).first(static_cast<std::size_t>(bytes)));
+}
+
+void TiffAssembly::commit()
+{
+    // A cancelled run, or a page that could not be read, leaves fewer pages than were planned.
+    if (m_pages != m_plannedPages)
+        for (const std::uint64_t at : m_pageNumbersAt)
+            putNumber(at + 2, static_cast<std::uint64_t>(m_pages), 2);
+    m_staged.commit();
+}
+
+} // namespace pagestack

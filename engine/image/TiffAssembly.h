@@ -1,0 +1,60 @@
+#pragma once
+
+#include "engine/image/PageSource.h"
+#include "engine/image/StagedFile.h"
+#include "engine/image/TiffHandle.h"
+
+#include <cstdint>
+#include <stdexcept>
+#include <vector>
+
+namespace pagestack {
+
+/// The staged file of a TIFF file in the making. libtiff encodes each page by a handle of its own;
+/// this class chains the directories, so that adding a page takes the same time however many there
+/// are (libtiff walks the chain for each directory that it adds).
+class TiffAssembly
+{
+public:
+    /// The staged file takes no more, or could not be made.
+    class WriteFailure : public std::runtime_error
+    {
+    public:
+        using std::runtime_error::runtime_error;
+    };
+    /// The page does not fit into a classic TIFF file any more.
+    class TooLarge : public std::runtime_error
+    {
+    public:
+        using std::runtime_error::runtime_error;
+    };
+
+    /// `compression` is the value of the Compression tag. Throws WriteFailure.
+    TiffAssembly(const QString& path, int compression, int plannedPages, bool bigTiff,
+                 std::uint64_t classicLimitBytes);
+
+    /// Adds a page at the end. Throws std::runtime_error when it cannot be decoded, WriteFailure
+    /// when the file takes no more, TooLarge; in every case the pages before it stay as they are.
+    void append(const PageSource& page);
+
+    /// Puts the file in place. Throws std::runtime_error.
+    void commit();
+
+private:
+    void encode(const PageSource& page, TiffPageSink& sink);
+    void linkDirectory(std::uint64_t directoryOffset);
+    std::uint64_t number(std::uint64_t offset, int bytes);
+    void putNumber(std::uint64_t offset, std::uint64_t value, int bytes);
+
+    StagedFile m_staged;
+    int m_compression;
+    int m_plannedPages;
+    bool m_isBigTiff;
+    std::uint64_t m_classicLimitBytes;
+    int m_pages = 0;
+    std::uint64_t m_linkAt; ///< where the offset of the next directory has to be written
+    std::vector<std::uint64_t> m_pageNumbersAt; ///< where the values of PageNumber tags lie
+    TiffMessages m_messages;
+};
+
+} // namespace pagestack

@@ -1,0 +1,139 @@
+#include "engine/image/TiffDirectoryChain.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <unordered_map>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    class DirectoryWalker
+    {
+    public:
+        explicit DirectoryWalker(int file)
+            : m_file(file)
+        {
+            struct stat status = {};
+            if (::fstat(file, &status) == 0 && status.st_size > 0)
+                m_fileSize = static_cast<std::uint64_t>(status.st_size);
+        }
+
+        TiffDirectoryChain walk()
+        {
+            std::uint64_t offset = readHeader();
+            if (!m_chain.isTiff)
+                return m_chain;
+            std::unordered_map<std::uint64_t, std::size_t> pageAtOffset;
+            while (offset != 0) {
+                const auto [seen, isNew] = pageAtOffset.emplace(offset, m_chain.offsets.size() + 1);
+                if (!isNew) {
+                    m_chain.fault = u"the chain of pages leads back to page %1 after page %2"_s
+                                        .arg(seen->second)
+                                        .arg(m_chain.offsets.size());
+                    break;
+                }
+                const std::optional<std::uint64_t> next = readDirectory(offset);
+                if (!next)
+                    break;
+                offset = *next;
+            }
+            return m_chain;
+        }
+
+    private:
+        /// Fills `bytes` from `offset` on; false at the end of the file.
+        bool read(std::uint64_t offset, void* bytes, std::size_t count) const
+        {
+            if (offset > m_fileSize || count > m_fileSize - offset)
+                return false;
+            auto* to = static_cast<std::uint8_t*>(bytes);
+            while (count > 0) {
+                const ssize_t got = ::pread(m_file, to, count, static_cast<off_t>(offset));
+                if (got < 0 && errno == EINTR)
+                    continue;
+                if (got <= 0)
+                    return false;
+                to += got;
+                offset += static_cast<std::uint64_t>(got);
+                count -= static_cast<std::size_t>(got);
+            }
+            return true;
+        }
+
+        /// The unsigned number of `count` bytes at `offset`, none past the end of the file.
+        std::optional<std::uint64_t> number(std::uint64_t offset, std::size_t count) const
+        {
+            std::array<std::uint8_t, 8> bytes = {};
+            if (!read(offset, bytes.data(), count))
+                return std::nullopt;
+            std::uint64_t value = 0;
+            for (std::size_t i = 0; i < count; ++i)
+                value = value << 8U | bytes.at(m_chain.isBigEndian ? i : count - 1 - i);
+            return value;
+        }
+
+        /// The offset of the first directory; 0 when there is none.
+        std::uint64_t readHeader()
+        {
+            std::array<char, 4> start = {};
+            if (!read(0, start.data(), start.size()))
+                return 0;
+            const bool little = start[0] == 'I' && start[1] == 'I';
+            const bool big = start[0] == 'M' && start[1] == 'M';
+            if (!little && !big)
+                return 0;
+            m_chain.isBigEndian = big;
+            const std::uint64_t version = number(2, 2).value_or(0);
+            if (version != 42 && version != 43)
+                return 0;
+            m_chain.isTiff = true;
+            m_chain.isBigTiff = version == 43;
+            const std::optional<std::uint64_t> first
+                = m_chain.isBigTiff ? number(8, 8) : number(4, 4);
+            if (!first)
+                m_chain.fault = u"the file ends within its header"_s;
+            return first.value_or(0);
+        }
+
+        /// Adds the directory at `offset`; the offset of the next one, none when the chain is cut.
+        std::optional<std::uint64_t> readDirectory(std::uint64_t offset)
+        {
+            const std::size_t countBytes = m_chain.isBigTiff ? 8 : 2;
+            const std::uint64_t entryBytes = m_chain.isBigTiff ? 20 : 12;
+            const std::optional<std::uint64_t> entries = number(offset, countBytes);
+            if (!entries || *entries == 0 || *entries > m_fileSize / entryBytes) {
+                m_chain.fault = !entries
+                    ? u"the chain of pages leads out of the file after page %1"_s.arg(
+                        m_chain.offsets.size())
+                    : u"the directory after page %1 is damaged"_s.arg(m_chain.offsets.size());
+                return std::nullopt;
+            }
+            m_chain.offsets.push_back(offset);
+            const std::uint64_t nextAt = offset + countBytes + *entries * entryBytes;
+            const std::optional<std::uint64_t> next = number(nextAt, m_chain.isBigTiff ? 8 : 4);
+            if (!next)
+                m_chain.fault = u"the file ends within the directory of page %1"_s.arg(
+                    m_chain.offsets.size());
+            return next;
+        }
+
+        int m_file;
+        std::uint64_t m_fileSize = 0;
+        TiffDirectoryChain m_chain;
+    };
+
+} // namespace
+
+TiffDirectoryChain walkDirectoryChain(int fileDescriptor)
+{
+    return DirectoryWalker(fileDescriptor).walk();
+}
+
+} // namespace pagestack

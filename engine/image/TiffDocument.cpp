@@ -1,0 +1,31 @@
+#include "engine/image/TiffDocument.h"
+
+#include "engine/image/TiffPage.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace pagestack {
+
+TiffDocument::TiffDocument(const QString& path)
+    : m_file(std::make_shared<TiffFile>(path))
+{
+}
+
+TiffDocument::~TiffDocument() = default;
+
+QString TiffDocument::path() const { return m_file->path(); }
+
+int TiffDocument::pageCount() const { return static_cast<int>(m_file->chain().offsets.size()); }
+
+PageImage TiffDocument::page(int index) const
+{
+    if (index < 0 || index >= pageCount())
+        throw std::out_of_range("index " + std::to_string(index) + " beyond bounds [0 .. "
+                                + std::to_string(pageCount() - 1) + "]");
+    return PageImage(std::make_shared<TiffPage>(m_file, index));
+}
+
+QString TiffDocument::chainFault() const { return m_file->chain().fault; }
+
+} // namespace pagestack

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "engine/image/PageSource.h"
+#include "engine/image/TiffFile.h"
+#include "engine/image/TiffPageTags.h"
+
+#include <memory>
+#include <optional>
+
+namespace pagestack {
+
+/// One page of a TIFF file. Nothing is read before it is asked for; what was read of the tags is
+/// kept.
+class TiffPage : public PageSource
+{
+public:
+    /// Page `index`, from 0, of `file`; the page keeps the file open.
+    TiffPage(std::shared_ptr<TiffFile> file, int index);
+
+    const PageProperties& properties() const override;
+    std::unique_ptr<RowSource> rows() const override;
+    const TiffPage* tiffPage() const override { return this; }
+
+    TiffFile& file() const { return *m_file; }
+    int index() const { return m_index; }
+
+    /// Throws std::runtime_error when the page's directory cannot be read or is not supported.
+    const TiffPageTags& tags() const;
+
+    /// Throws std::runtime_error when the page's data cannot hold its pixels (see
+    /// checkEncodedSize).
+    void checkSize() const;
+
+private:
+    std::shared_ptr<TiffFile> m_file;
+    int m_index;
+    mutable std::optional<TiffPageTags> m_tags; ///< read when first asked for
+    mutable PageProperties m_properties; ///< set with `m_tags`
+};
+
+} // namespace pagestack

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "engine/image/PageSource.h"
+
+#include <cstdint>
+#include <vector>
+
+struct tiff;
+
+namespace pagestack {
+
+/// The tags that say how the samples of a TIFF page lie and what they mean. TIFF 6.0, section 8 and
+/// the sections on its extensions.
+struct TiffPageTags
+{
+    std::uint32_t widthPx = 0;
+    std::uint32_t heightPx = 0;
+    int bitsPerSample = 1;
+    int samplesPerPixel = 1;
+    int sampleFormat = 1; ///< 1 unsigned, 2 signed, 3 floating point, 4 untyped
+    int photometric = 0; ///< guessed as libtiff's viewers do where the tag is missing
+    int compression = 1;
+    int predictor = 1;
+    int fillOrder = 1;
+    int orientation = 1; ///< 1..8; anything else in the file counts as 1
+    int inkSet = 1; ///< 1: CMYK
+    std::uint32_t subfileType = 0;
+    bool planesAreSeparate = false;
+    bool isTiled = false;
+    std::uint32_t rowsPerStrip = 0; ///< no more than `heightPx`; 0 when tiled
+    std::uint32_t tileWidthPx = 0;
+    std::uint32_t tileHeightPx = 0;
+    int horizontalSubsampling = 1; ///< of YCbCr pages
+    int verticalSubsampling = 1;
+    std::vector<std::uint16_t> extraSamples; ///< 0 unspecified, 1 associated, 2 unassociated alpha
+    Resolution resolution;
+    QByteArray iccProfile;
+
+    /// Samples in one plane of the file: all of a pixel's, or 1 when planes are separate.
+    int samplesInPlane() const { return planesAreSeparate ? 1 : samplesPerPixel; }
+    int planes() const { return planesAreSeparate ? samplesPerPixel : 1; }
+    std::uint64_t planeRowBytes() const
+    {
+        return (std::uint64_t { widthPx } * static_cast<unsigned>(samplesInPlane())
+                    * static_cast<unsigned>(bitsPerSample)
+                + 7)
+            / 8;
+    }
+    /// One sample of one bit a pixel: black and white, or a palette of two colours.
+    bool isOneBitDeep() const { return bitsPerSample == 1 && samplesPerPixel == 1; }
+    /// Sample values of YCbCr pages lie in blocks of several pixels.
+    bool isSubsampled() const;
+};
+
+/// Reads the tags of the current page of `handle`. Throws std::runtime_error when they describe no
+/// image that this program reads: no pixels, more than 2^31 - 1 in a direction, an unknown codec.
+TiffPageTags readTiffPageTags(tiff* handle);
+
+/// Throws std::runtime_error when the current page announces more pixels than its strips or tiles
+/// can hold, or strips that lie beyond the end of a file of `fileSizeBytes`; to be asked before
+/// memory is taken or a decoder is started.
+void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes);
+
+} // namespace pagestack

@@ -1,0 +1,348 @@
+#include "engine/image/TiffPageWriter.h"
+
+#include "engine/image/DisplayRows.h"
+#include "engine/image/StoredRows.h"
+#include "engine/image/TiffPage.h"
+#include "engine/image/TiffTagCopy.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+#include <vector>
+
+namespace pagestack {
+
+namespace {
+
+    constexpr std::uint64_t smallestKeptStripBytes = 16 * 1024;
+    constexpr std::uint64_t largestKeptStripBytes = 4 * 1024 * 1024;
+    constexpr std::uint64_t wantedStripBytes = 128 * 1024;
+    constexpr tmsize_t largestPieceBytes = tmsize_t { 64 } * 1024 * 1024;
+
+    bool isFax(int compression)
+    {
+        return compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;
+    }
+
+    void check(bool ok)
+    {
+        if (!ok)
+            throw std::runtime_error("the page cannot be encoded");
+    }
+
+    template <typename... Values>
+    void setTag(TIFF* to, ttag_t tag, Values... values)
+    {
+        check(TIFFSetField(to, tag, values...) == 1);
+    }
+
+    void setPosition(TIFF* to, std::uint32_t sourceType, PagePosition position)
+    {
+        if (position.total > 1) {
+            const std::uint32_t kept = sourceType & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK);
+            setTag(to, TIFFTAG_SUBFILETYPE, kept | FILETYPE_PAGE);
+            setTag(to, TIFFTAG_PAGENUMBER, position.index, position.total);
+        } else {
+            // A page that stands alone is no thumbnail of another.
+            setTag(to, TIFFTAG_SUBFILETYPE, sourceType & FILETYPE_MASK);
+        }
+    }
+
+    /// Strips as they were, unless they are so small that their number costs more than it gives, or
+    /// so large that readers have to hold much of the page.
+    std::uint32_t outputRowsPerStrip(std::uint64_t rowBytes, std::uint32_t heightPx,
+                                     std::uint32_t sourceRows)
+    {
+        const std::uint64_t stripBytes = rowBytes * sourceRows;
+        const bool isKept = sourceRows >= heightPx
+            ? stripBytes <= largestKeptStripBytes
+            : stripBytes >= smallestKeptStripBytes && stripBytes <= largestKeptStripBytes;
+        if (isKept)
+            return std::min(sourceRows, heightPx);
+        const std::uint64_t rows = std::max<std::uint64_t>(1, wantedStripBytes / rowBytes);
+        return static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, heightPx));
+    }
+
+    void setPredictor(TIFF* to, int bitsPerSample, int compression)
+    {
+        if (compression == COMPRESSION_LZW && (bitsPerSample == 8 || bitsPerSample == 16))
+            setTag(to, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+    }
+
+    /// A page of a TIFF file, written with its samples as they are.
+    class SampleCopy
+    {
+    public:
+        SampleCopy(TIFF* to, const TiffPage& page, int compression)
+            : m_to(to)
+            , m_page(page)
+            , m_file(page.file())
+            , m_tags(page.tags())
+            , m_compression(isFax(compression) && !m_tags.isOneBitDeep() ? COMPRESSION_NONE
+                                                                         : compression)
+        {
+        }
+
+        void write(PagePosition position)
+        {
+            m_page.checkSize();
+            m_from = m_file.describe(m_page.index());
+            setGeometry();
+            setPosition(m_to, m_tags.subfileType, position);
+            if (encodedPiecesFit())
+                copyEncoded();
+            else if (m_tags.isTiled)
+                recodePieces(TIFFNumberOfTiles(m_from), TIFFTileSize, TIFFReadEncodedTile,
+                             TIFFWriteEncodedTile);
+            else if (m_tags.isSubsampled())
+                recodePieces(TIFFNumberOfStrips(m_from), TIFFStripSize, TIFFReadEncodedStrip,
+                             TIFFWriteEncodedStrip);
+            else
+                recodeRows();
+        }
+
+    private:
+        bool becomesRgb() const
+        {
+            return m_tags.compression == COMPRESSION_JPEG && m_tags.photometric == PHOTOMETRIC_YCBCR
+                && !m_tags.planesAreSeparate;
+        }
+
+        void setGeometry()
+        {
+            setTag(m_to, TIFFTAG_IMAGEWIDTH, m_tags.widthPx);
+            setTag(m_to, TIFFTAG_IMAGELENGTH, m_tags.heightPx);
+            setTag(m_to, TIFFTAG_BITSPERSAMPLE, m_tags.bitsPerSample);
+            setTag(m_to, TIFFTAG_SAMPLESPERPIXEL, m_tags.samplesPerPixel);
+            setTag(m_to, TIFFTAG_COMPRESSION, m_compression);
+            setTag(m_to, TIFFTAG_PHOTOMETRIC,
+                   becomesRgb() ? static_cast<int>(PHOTOMETRIC_RGB) : m_tags.photometric);
+            setTag(m_to, TIFFTAG_PLANARCONFIG,
+                   m_tags.planesAreSeparate ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+            setTag(m_to, TIFFTAG_ORIENTATION, m_tags.orientation);
+            copyDescriptiveTags(m_from, m_to);
+            copyInterpretationTags(m_from, m_to);
+            if (becomesRgb()) {
+                TIFFUnsetField(m_to, TIFFTAG_YCBCRCOEFFICIENTS);
+                TIFFUnsetField(m_to, TIFFTAG_REFERENCEBLACKWHITE);
+                TIFFUnsetField(m_to, TIFFTAG_YCBCRSUBSAMPLING);
+                TIFFUnsetField(m_to, TIFFTAG_YCBCRPOSITIONING);
+            }
+            if (m_tags.isTiled) {
+                setTag(m_to, TIFFTAG_TILEWIDTH, m_tags.tileWidthPx);
+                setTag(m_to, TIFFTAG_TILELENGTH, m_tags.tileHeightPx);
+            }
+        }
+
+        /// True when the strips or tiles are, as they lie, what the output has to hold.
+        bool encodedPiecesFit() const
+        {
+            // Uncompressed pages are copied row by row: that checks them at no cost.
+            if (m_tags.compression != m_compression || m_compression == COMPRESSION_NONE)
+                return false;
+            const bool isByteOrdered = m_tags.bitsPerSample == 16 || m_tags.bitsPerSample == 24
+                || m_tags.bitsPerSample == 32 || m_tags.bitsPerSample == 64;
+            if (isByteOrdered && m_file.chain().isBigEndian)
+                return false;
+            return m_compression != COMPRESSION_LZW || !isOldStyleLzw();
+        }
+
+        /// Files from before TIFF 5.0 have their LZW codes in the other bit order.
+        bool isOldStyleLzw() const
+        {
+            std::uint8_t start[2] = {};
+            const tmsize_t got = m_tags.isTiled ? TIFFReadRawTile(m_from, 0, start, sizeof start)
+                                                : TIFFReadRawStrip(m_from, 0, start, sizeof start);
+            return got == sizeof start && start[0] == 0 && (start[1] & 1U) != 0;
+        }
+
+        void copyEncoded()
+        {
+            setTag(m_to, TIFFTAG_FILLORDER, m_tags.fillOrder);
+            if (m_compression == COMPRESSION_LZW && m_tags.predictor != PREDICTOR_NONE)
+                setTag(m_to, TIFFTAG_PREDICTOR, m_tags.predictor);
+            for (const ttag_t tag : { TIFFTAG_GROUP3OPTIONS, TIFFTAG_GROUP4OPTIONS }) {
+                std::uint32_t options = 0;
+                if (TIFFGetField(m_from, static_cast<ttag_t>(tag), &options) == 1)
+                    TIFFSetField(m_to, static_cast<ttag_t>(tag), options);
+            }
+            if (!m_tags.isTiled)
+                setTag(m_to, TIFFTAG_ROWSPERSTRIP, m_tags.rowsPerStrip);
+            const std::uint32_t pieces
+                = m_tags.isTiled ? TIFFNumberOfTiles(m_from) : TIFFNumberOfStrips(m_from);
+            m_file.select(m_page.index());
+            std::vector<std::uint8_t> piece;
+            for (std::uint32_t i = 0; i < pieces; ++i) {
+                const std::uint64_t bytes = TIFFGetStrileByteCount(m_from, i);
+                const std::uint64_t offset = TIFFGetStrileOffset(m_from, i);
+                if (bytes == 0 || offset >= m_file.sizeBytes()
+                    || bytes > m_file.sizeBytes() - offset)
+                    throw std::runtime_error(
+                        "a strip is missing or reaches past the end of the file");
+                piece.resize(bytes);
+                const auto size = static_cast<tmsize_t>(bytes);
+                const tmsize_t got = m_tags.isTiled
+                    ? TIFFReadRawTile(m_from, i, piece.data(), size)
+                    : TIFFReadRawStrip(m_from, i, piece.data(), size);
+                checkRead(got == size);
+                const tmsize_t put = m_tags.isTiled
+                    ? TIFFWriteRawTile(m_to, i, piece.data(), size)
+                    : TIFFWriteRawStrip(m_to, i, piece.data(), size);
+                check(put == size);
+            }
+        }
+
+        template <typename Read, typename Write>
+        void recodePieces(std::uint32_t count, tmsize_t (*sizeOf)(TIFF*), Read readPiece,
+                          Write writePiece)
+        {
+            m_file.select(m_page.index());
+            if (becomesRgb()) // before the size is asked for: sub-sampled pieces are smaller
+                TIFFSetField(m_from, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+            const tmsize_t pieceBytes = sizeOf(m_from);
+            if (pieceBytes <= 0 || pieceBytes > largestPieceBytes)
+                throw std::runtime_error("its strips or tiles are too large");
+            if (m_tags.photometric != PHOTOMETRIC_PALETTE && !m_tags.isSubsampled()
+                && m_tags.sampleFormat != SAMPLEFORMAT_IEEEFP)
+                setPredictor(m_to, m_tags.bitsPerSample, m_compression);
+            if (!m_tags.isTiled)
+                setTag(m_to, TIFFTAG_ROWSPERSTRIP, m_tags.rowsPerStrip);
+            std::vector<std::uint8_t> piece(static_cast<std::size_t>(pieceBytes));
+            for (std::uint32_t i = 0; i < count; ++i) {
+                std::fill(piece.begin(), piece.end(), std::uint8_t { 0 });
+                const tmsize_t got = readPiece(m_from, i, piece.data(), pieceBytes);
+                checkRead(got > 0);
+                check(writePiece(m_to, i, piece.data(), got) == got);
+            }
+        }
+
+        void recodeRows()
+        {
+            if (m_tags.photometric != PHOTOMETRIC_PALETTE
+                && m_tags.sampleFormat != SAMPLEFORMAT_IEEEFP)
+                setPredictor(m_to, m_tags.bitsPerSample, m_compression);
+            const std::uint64_t rowBytes = m_tags.planeRowBytes();
+            const std::uint32_t stripRows
+                = outputRowsPerStrip(rowBytes, m_tags.heightPx, m_tags.rowsPerStrip);
+            setTag(m_to, TIFFTAG_ROWSPERSTRIP, stripRows);
+            StoredRows rows(m_file, m_page.index(), m_tags);
+            const auto planes = static_cast<std::size_t>(m_tags.planes());
+            std::vector<std::vector<std::uint8_t>> strips(planes);
+            std::uint32_t row = 0;
+            for (StoredBand band = rows.nextBand(); band.rows > 0; band = rows.nextBand()) {
+                for (int i = 0; i < band.rows; ++i, ++row) {
+                    for (std::size_t p = 0; p < planes; ++p) {
+                        const std::uint8_t* from = band.row(static_cast<int>(p), i);
+                        strips[p].insert(strips[p].end(), from, from + rowBytes);
+                    }
+                    if ((row + 1) % stripRows == 0 || row + 1 == m_tags.heightPx)
+                        writeStrips(strips, row);
+                }
+            }
+        }
+
+        void writeStrips(std::vector<std::vector<std::uint8_t>>& strips, std::uint32_t lastRow)
+        {
+            for (std::size_t p = 0; p < strips.size(); ++p) {
+                const std::uint32_t strip
+                    = TIFFComputeStrip(m_to, lastRow, static_cast<std::uint16_t>(p));
+                const auto bytes = static_cast<tmsize_t>(strips[p].size());
+                check(TIFFWriteEncodedStrip(m_to, strip, strips[p].data(), bytes) == bytes);
+                strips[p].clear();
+            }
+        }
+
+        void checkRead(bool ok) const
+        {
+            if (!ok || m_file.messages().failed())
+                m_file.messages().fail("the pixels cannot be decoded");
+        }
+
+        TIFF* m_to;
+        TIFF* m_from = nullptr;
+        const TiffPage& m_page;
+        TiffFile& m_file;
+        const TiffPageTags& m_tags;
+        int m_compression;
+    };
+
+    void setDisplayTags(TIFF* to, const PixelLayout& layout, const PageProperties& page)
+    {
+        setTag(to, TIFFTAG_IMAGEWIDTH, page.widthPx);
+        setTag(to, TIFFTAG_IMAGELENGTH, page.heightPx);
+        setTag(to, TIFFTAG_BITSPERSAMPLE, layout.bitsPerSample);
+        setTag(to, TIFFTAG_SAMPLESPERPIXEL, layout.channels());
+        setTag(to, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+        setTag(to, TIFFTAG_ORIENTATION, page.orientation);
+        if (layout.alpha != AlphaKind::None) {
+            std::uint16_t kind = layout.alpha == AlphaKind::Straight ? EXTRASAMPLE_UNASSALPHA
+                                                                     : EXTRASAMPLE_ASSOCALPHA;
+            setTag(to, TIFFTAG_EXTRASAMPLES, 1, &kind);
+        }
+        switch (layout.model) {
+        case ColorModel::Gray:
+            setTag(to, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+            break;
+        case ColorModel::Rgb:
+            setTag(to, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+            break;
+        case ColorModel::Palette: {
+            setTag(to, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE);
+            std::vector<std::uint16_t> channels[3];
+            for (const RgbColor& color : layout.palette)
+                for (std::size_t c = 0; c < 3; ++c)
+                    channels[c].push_back(static_cast<std::uint16_t>(color[c] * 257));
+            setTag(to, TIFFTAG_COLORMAP, channels[0].data(), channels[1].data(),
+                   channels[2].data());
+            break;
+        }
+        }
+    }
+
+    /// A page whose samples no TIFF writer can hold as they are, or that is no page of a TIFF file:
+    /// its rows as they are shown.
+    void writeDisplayRows(TIFF* to, const PageSource& page, int compression, PagePosition position)
+    {
+        const PageProperties& properties = page.properties();
+        const TiffPage* source = page.tiffPage();
+        if (source != nullptr)
+            copyDescriptiveTags(source->file().describe(source->index()), to);
+        const std::unique_ptr<RowSource> rows = page.rows();
+        const PixelLayout& layout = rows->layout();
+        setDisplayTags(to, layout, properties);
+        if (properties.iccProfile.isEmpty())
+            TIFFUnsetField(to, TIFFTAG_ICCPROFILE); // it describes other samples than these
+        const bool isOneBitDeep = layout.channels() == 1 && layout.bitsPerSample == 1;
+        const int used = isFax(compression) && !isOneBitDeep ? COMPRESSION_NONE : compression;
+        setTag(to, TIFFTAG_COMPRESSION, used);
+        if (layout.model != ColorModel::Palette)
+            setPredictor(to, layout.bitsPerSample, used);
+        setPosition(to, source != nullptr ? source->tags().subfileType : 0, position);
+        const auto rowBytes = static_cast<std::uint64_t>(layout.rowBytes(properties.widthPx));
+        const auto heightPx = static_cast<std::uint32_t>(properties.heightPx);
+        setTag(to, TIFFTAG_ROWSPERSTRIP, outputRowsPerStrip(rowBytes, heightPx, heightPx));
+        std::uint32_t row = 0;
+        for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
+            for (int i = 0; i < band.rows; ++i, ++row)
+                check(TIFFWriteScanline(to, const_cast<std::uint8_t*>(band.row(i)), row, 0) == 1);
+    }
+
+} // namespace
+
+void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position)
+{
+    const TiffPage* source = page.tiffPage();
+    const bool keepsSamples = source != nullptr
+        && (!needsRgbaInterface(source->tags())
+            || (source->tags().photometric == PHOTOMETRIC_YCBCR
+                && source->tags().compression != COMPRESSION_OJPEG
+                && source->tags().compression != COMPRESSION_JPEG));
+    if (keepsSamples)
+        SampleCopy(handle, *source, compression).write(position);
+    else
+        writeDisplayRows(handle, page, compression, position);
+}
+
+} // namespace pagestack

@@ -1,0 +1,112 @@
+#include "engine/image/TiffTagCopy.h"
+
+#include <tiffio.h>
+
+#include <array>
+#include <cstdint>
+
+namespace pagestack {
+
+namespace {
+
+    template <typename Value>
+    void copyValue(TIFF* from, TIFF* to, ttag_t tag)
+    {
+        Value value = {};
+        if (TIFFGetField(from, tag, &value) == 1)
+            TIFFSetField(to, tag, value);
+    }
+
+    void copyFloat(TIFF* from, TIFF* to, ttag_t tag)
+    {
+        float value = 0;
+        if (TIFFGetField(from, tag, &value) == 1)
+            TIFFSetField(to, tag, static_cast<double>(value));
+    }
+
+    void copyPair(TIFF* from, TIFF* to, ttag_t tag)
+    {
+        std::uint16_t first = 0;
+        std::uint16_t second = 0;
+        if (TIFFGetField(from, tag, &first, &second) == 1)
+            TIFFSetField(to, tag, first, second);
+    }
+
+    /// Arrays whose length libtiff knows from the tag.
+    template <typename Value>
+    void copyArray(TIFF* from, TIFF* to, ttag_t tag)
+    {
+        Value* values = nullptr;
+        if (TIFFGetField(from, tag, &values) == 1 && values != nullptr)
+            TIFFSetField(to, tag, values);
+    }
+
+    void copyBlock(TIFF* from, TIFF* to, ttag_t tag)
+    {
+        std::uint32_t count = 0;
+        void* block = nullptr;
+        if (TIFFGetField(from, tag, &count, &block) == 1 && block != nullptr && count > 0)
+            TIFFSetField(to, tag, count, block);
+    }
+
+    void copyThreeCurves(TIFF* from, TIFF* to, ttag_t tag)
+    {
+        std::uint16_t* red = nullptr;
+        std::uint16_t* green = nullptr;
+        std::uint16_t* blue = nullptr;
+        if (TIFFGetField(from, tag, &red, &green, &blue) == 1 && red != nullptr)
+            TIFFSetField(to, tag, red, green, blue);
+    }
+
+    constexpr std::array<ttag_t, 11> textTags {
+        TIFFTAG_DOCUMENTNAME, TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE,          TIFFTAG_MODEL,
+        TIFFTAG_PAGENAME,     TIFFTAG_SOFTWARE,         TIFFTAG_DATETIME,      TIFFTAG_ARTIST,
+        TIFFTAG_HOSTCOMPUTER, TIFFTAG_COPYRIGHT,        TIFFTAG_TARGETPRINTER,
+    };
+
+    constexpr std::array<ttag_t, 4> blockTags {
+        TIFFTAG_ICCPROFILE,
+        TIFFTAG_XMLPACKET,
+        TIFFTAG_RICHTIFFIPTC,
+        TIFFTAG_PHOTOSHOP,
+    };
+
+} // namespace
+
+void copyDescriptiveTags(tiff* from, tiff* to)
+{
+    for (const ttag_t tag : textTags)
+        copyArray<char>(from, to, tag);
+    for (const ttag_t tag : blockTags)
+        copyBlock(from, to, tag);
+    for (const ttag_t tag :
+         { TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION })
+        copyFloat(from, to, static_cast<ttag_t>(tag));
+    copyValue<std::uint16_t>(from, to, TIFFTAG_RESOLUTIONUNIT);
+}
+
+void copyInterpretationTags(tiff* from, tiff* to)
+{
+    copyThreeCurves(from, to, TIFFTAG_COLORMAP);
+    std::uint16_t extras = 0;
+    std::uint16_t* kinds = nullptr;
+    if (TIFFGetField(from, TIFFTAG_EXTRASAMPLES, &extras, &kinds) == 1 && extras > 0)
+        TIFFSetField(to, TIFFTAG_EXTRASAMPLES, extras, kinds);
+    copyValue<std::uint16_t>(from, to, TIFFTAG_SAMPLEFORMAT);
+    copyValue<std::uint16_t>(from, to, TIFFTAG_INKSET);
+    copyValue<std::uint16_t>(from, to, TIFFTAG_THRESHHOLDING);
+    copyPair(from, to, TIFFTAG_HALFTONEHINTS);
+    copyPair(from, to, TIFFTAG_DOTRANGE);
+    copyArray<float>(from, to, TIFFTAG_WHITEPOINT);
+    copyArray<float>(from, to, TIFFTAG_PRIMARYCHROMATICITIES);
+    std::uint16_t photometric = 0;
+    if (TIFFGetField(from, TIFFTAG_PHOTOMETRIC, &photometric) != 1
+        || photometric != PHOTOMETRIC_YCBCR)
+        return;
+    copyArray<float>(from, to, TIFFTAG_YCBCRCOEFFICIENTS);
+    copyArray<float>(from, to, TIFFTAG_REFERENCEBLACKWHITE);
+    copyPair(from, to, TIFFTAG_YCBCRSUBSAMPLING);
+    copyValue<std::uint16_t>(from, to, TIFFTAG_YCBCRPOSITIONING);
+}
+
+} // namespace pagestack
