@@ -1,0 +1,143 @@
+#include "filelist/FileItem.h"
+
+#include "engine/image/PageCount.h"
+#include "engine/support/DateText.h"
+#include "filelist/AllocatedSize.h"
+
+#include <QFileInfo>
+#include <QStringList>
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    template <typename Number>
+    int saturated(Number number)
+    {
+        return std::in_range<int>(number) ? static_cast<int>(number)
+                                          : std::numeric_limits<int>::max();
+    }
+
+    // Fresh at every call: a QFileInfo that is kept would answer from its memory.
+    QFileInfo lookUp(const QUrl& url)
+    {
+        return url.isEmpty() ? QFileInfo() : QFileInfo(url.toLocalFile());
+    }
+
+    QString pathWithoutEndingSlash(const QUrl& url)
+    {
+        QString path = url.toLocalFile();
+        while (path.size() > 1 && path.endsWith(u'/'))
+            path.chop(1);
+        return path;
+    }
+
+    QString columnText(const QDateTime& date) { return dateText(date, u"dd-MMM-yyyy h:mm AP"_s); }
+
+} // namespace
+
+std::shared_ptr<FileItem> FileItem::initWithURL(const QUrl& url)
+{
+    if (url.isEmpty() || !url.isLocalFile())
+        return nullptr;
+    return std::shared_ptr<FileItem>(new FileItem(QUrl(url.toString(QUrl::FullyEncoded))));
+}
+
+FileItem::FileItem(const QUrl& url) { setFilePath(url); }
+
+void FileItem::setFilePath(const QUrl& url)
+{
+    m_filePath = url;
+    if (const std::optional<qint64> bytes = allocatedSize(url.toLocalFile()))
+        m_size = saturated(*bytes);
+    m_pages = saturated(getTiffPageCount(url, u""_s));
+}
+
+QString FileItem::name() const
+{
+    const QString path = pathWithoutEndingSlash(m_filePath);
+    return path.sliced(path.lastIndexOf(u'/') + 1);
+}
+
+QString FileItem::location() const
+{
+    const QString path = pathWithoutEndingSlash(m_filePath);
+    const qsizetype slash = path.lastIndexOf(u'/');
+    return slash == 0 ? u"/"_s : path.first(qMax(slash, qsizetype { 0 }));
+}
+
+QString FileItem::type() const
+{
+    const QString file = name();
+    const qsizetype dot = file.lastIndexOf(u'.');
+    return dot > 0 ? file.sliced(dot + 1) : u""_s; // a leading dot only hides the file
+}
+
+QString FileItem::sizeInKB() const { return sizeText(m_size); }
+
+QDateTime FileItem::dateModified() const { return lookUp(m_filePath).lastModified(); }
+
+QDateTime FileItem::dateCreated() const { return lookUp(m_filePath).birthTime(); }
+
+QDateTime FileItem::dateAccessed() const { return lookUp(m_filePath).lastRead(); }
+
+bool FileItem::isEqual(const FileItem* other) const
+{
+    return other && (other == this || other->m_filePath == m_filePath);
+}
+
+QVariant FileItem::displayField(const QString& identifier) const
+{
+    const QString column = identifier.toUpper();
+    if (column == u"ISSELECTED"_s)
+        return isSelected();
+    if (column == u"NAME"_s)
+        return name();
+    if (column == u"PAGES"_s)
+        return pages();
+    if (column == u"SIZEINKB"_s)
+        return sizeInKB();
+    if (column == u"TYPE"_s)
+        return type();
+    if (column == u"DATEMODIFIED"_s)
+        return columnText(dateModified());
+    if (column == u"DATECREATED"_s)
+        return columnText(dateCreated());
+    if (column == u"DATEACCESSED"_s)
+        return columnText(dateAccessed());
+    if (column == u"LOCATION"_s)
+        return location();
+    return u""_s; // "SELECTION" too, which is a column without a text
+}
+
+QString FileItem::sizeText(int bytes)
+{
+    static constexpr std::array<const char*, 5> units { "B", "KB", "MB", "GB", "TB" };
+    // Single precision on purpose, at every step: it decides where a unit ends.
+    float amount = static_cast<float>(bytes);
+    std::size_t unit = 0;
+    while (double { amount } > 1000.0) {
+        amount = static_cast<float>(double { amount } / 1000.0);
+        ++unit;
+    }
+    if (unit <= 1) {
+        return QString::asprintf("%d KB",
+                                 static_cast<int>(std::round(static_cast<float>(bytes / 1000.0))));
+    }
+
+    // asprintf of QString writes a decimal point in every locale.
+    const QString text = QString::asprintf("%4.1f", double { amount });
+    const QStringList parts = text.split(u'.');
+    const bool isWhole = parts.size() == 2 && parts.at(1).toInt() == 0;
+    return (isWhole ? parts.first() : text) + u' ' + QLatin1String(units.at(unit));
+}
+
+} // namespace pagestack

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <QUrl>
+#include <QVariant>
+
+#include <memory>
+
+namespace pagestack {
+
+/// One source file of the file list.
+///
+/// Page count and size are taken once, when the URL is set; names, texts and dates are worked out
+/// at every call, the dates from the file system. Symbolic links are followed, so size, pages and
+/// dates are those of the file that a link leads to. Nothing is reported: what cannot be read is 0
+/// or empty. One thread at a time.
+class FileItem
+{
+public:
+    /// A ticked item for the file, or null when `url` is missing or is not a file URL.
+    static std::shared_ptr<FileItem> initWithURL(const QUrl& url);
+
+    QUrl filePath() const { return m_filePath; }
+    /// Takes size and page count anew; reads the file's directories. The size stays as it was when
+    /// the file cannot be looked up.
+    void setFilePath(const QUrl& url);
+
+    /// Whether the file takes part in the next conversion.
+    bool isSelected() const { return m_isSelected; }
+    void setIsSelected(bool isSelected) { m_isSelected = isSelected; }
+
+    int pages() const { return m_pages; } ///< 0 when they could not be counted
+    int size() const { return m_size; } ///< bytes allocated on disk, INT_MAX for all above it
+
+    QString name() const; ///< file name with extension
+    QString location() const; ///< path of the containing folder
+    QString type() const; ///< extension as written, without the dot
+    QString sizeInKB() const; ///< sizeText() of `size`
+    QDateTime dateModified() const; ///< the dates are invalid when they cannot be read
+    QDateTime dateCreated() const; ///< invalid also where the file system keeps none
+    QDateTime dateAccessed() const;
+
+    /// True when both items have the same URL; two paths of one file differ. `other` may be null.
+    bool isEqual(const FileItem* other) const;
+    friend bool operator==(const FileItem& a, const FileItem& b) { return a.isEqual(&b); }
+
+    /// What the list shows in the column `identifier`, compared without regard to case: a bool for
+    /// the check mark, an int for the pages, else a text; "" for an unknown column. A date that
+    /// cannot be read is a null text.
+    QVariant displayField(const QString& identifier) const;
+
+    /// A size as the list shows it: "0 KB", "1000 KB", " 1.5 MB", "12 MB". A unit is a thousand of
+    /// the one below, and widths below four signs are filled with blanks from the left.
+    static QString sizeText(int bytes);
+
+private:
+    explicit FileItem(const QUrl& url);
+
+    bool m_isSelected = true;
+    QUrl m_filePath;
+    int m_pages = 0;
+    int m_size = 0;
+};
+
+} // namespace pagestack
