@@ -1,0 +1,33 @@
+#pragma once
+
+#include "filelist/FileItem.h"
+
+#include <QList>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace pagestack {
+
+/// One planned output of a run: a source file and the items that are read for it.
+struct OutputFile
+{
+    using Items = QList<std::shared_ptr<FileItem>>;
+
+    /// Full path of the source file. Its last component names the outputs, its folder takes them
+    /// when no output folder is set.
+    QString filename = QString::fromLatin1("");
+    Items fileItems; ///< in the order in which they are read; normally the one item of `filename`
+
+    /// Sets both fields, or none when `path` is null or there are no `items`.
+    void initWithData(const QString& path, const std::optional<Items>& items)
+    {
+        if (path.isNull() || !items)
+            return;
+        filename = path;
+        fileItems = *items;
+    }
+};
+
+} // namespace pagestack

@@ -1,0 +1,281 @@
+#include "engine/job/Process.h"
+
+#include "engine/image/TiffDocument.h"
+#include "engine/job/OutputNames.h"
+#include "engine/support/MainThread.h"
+#include "engine/support/SystemLog.h"
+#include "engine/support/TimeText.h"
+#include "engine/support/Workspace.h"
+
+#include <QFileInfo>
+#include <QScopeGuard>
+
+#include <stdexcept>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    QString reasonOf(const std::exception& error) { return QString::fromUtf8(error.what()); }
+
+} // namespace
+
+Process::Process(Workspace* workspace, TimeLine updateTimeTakenLabel, QObject* parent)
+    : QObject(parent)
+    , m_workspace(workspace)
+    , m_updateTimeTakenLabel(std::move(updateTimeTakenLabel))
+    , m_fileInProcess(u""_s)
+    , m_outputFileInProcess(u""_s)
+    , m_timeTaken(u"In Process..."_s)
+    , m_message(u""_s)
+    , m_log(std::make_shared<Log>())
+{
+}
+
+void Process::start()
+{
+    Q_ASSERT(settings());
+    setIsCompleted(false);
+    m_hasFailed = false;
+    if (settings()->separator().isNull())
+        settings()->setSeparator(u""_s);
+    try {
+        convertOutputs();
+    } catch (const std::exception& error) {
+        m_hasFailed = true;
+        systemLog(u"Error in (Process=>start) : "_s + reasonOf(error));
+    } catch (...) {
+        endRun();
+        throw;
+    }
+    endRun();
+}
+
+void Process::stop()
+{
+    try {
+        setIsCombining(false);
+    } catch (const std::exception& error) {
+        systemLog(u"Error in (Process=>stop) : "_s + reasonOf(error));
+    }
+}
+
+void Process::viewLog()
+{
+    try {
+        const QString path = log()->logFilePath();
+        if (!path.isNull() && m_workspace)
+            m_workspace->openURL(QUrl::fromLocalFile(path));
+    } catch (const std::exception& error) {
+        systemLog(u"Error in (Process=>viewLog) : "_s + reasonOf(error));
+    }
+}
+
+void Process::convertOutputs()
+{
+    log()->startTime = QDateTime::currentDateTime();
+    setMessage(u""_s);
+    for (const OutputFile& output : outputFiles()) {
+        if (!isCombining())
+            return;
+        convertOutput(output);
+        setTotalFileProcessed(totalFileProcessed() + 1);
+        showTimeTaken();
+        if (!isCombining())
+            return;
+    }
+}
+
+void Process::convertOutput(const OutputFile& output)
+{
+    const auto record = std::make_shared<LogFiles>();
+    log()->files.push_back(record);
+    record->filename = lastPathComponent(output.filename);
+    record->sourcePath = folderPart(output.filename);
+    record->targetPath = outputFolder(output.filename, *settings());
+    setFileInProcess(record->filename);
+    for (const std::shared_ptr<FileItem>& item : output.fileItems) {
+        if (!isCombining())
+            return;
+        convertItem(output, *item, *record);
+    }
+}
+
+void Process::convertItem(const OutputFile& output, const FileItem& item, LogFiles& record)
+{
+    const QString path = item.filePath().toLocalFile();
+    std::unique_ptr<TiffDocument> document;
+    QString refusal;
+    try {
+        document = std::make_unique<TiffDocument>(path);
+    } catch (const std::runtime_error& error) {
+        refusal = reasonOf(error);
+    }
+    try {
+        if (document) {
+            convertDocument({ output, *document, record }, item);
+            return;
+        }
+        record.status = u"Unable to Open File!"_s;
+        emit troubleMet(path, 0, refusal);
+    } catch (const std::exception& error) {
+        m_hasFailed = true;
+        record.status = reasonOf(error);
+        emit troubleMet(path, 0, record.status);
+    }
+}
+
+void Process::convertDocument(const Source& source, const FileItem& item)
+{
+    reportChain(source.document, item);
+    const QList<int> range = getPageRanges(&item);
+    if (isKeptTogether(*settings()))
+        keepPagesTogether(source, range);
+    else
+        writePages(source, range);
+}
+
+// Pages that are not in the list would otherwise be missing in the outputs without a word. A file
+// that has become shorter ends in a page that does not exist and needs no word here.
+void Process::reportChain(const TiffDocument& document, const FileItem& item)
+{
+    if (const QString fault = document.chainFault(); !fault.isEmpty())
+        emit troubleMet(document.path(), 0, fault);
+    if (document.pageCount() > item.pages())
+        emit troubleMet(
+            document.path(), 0,
+            u"the file has %1 pages now, %2 were counted before the run"_s.arg(document.pageCount())
+                .arg(item.pages()));
+}
+
+void Process::keepPagesTogether(const Source& source, const QList<int>& range)
+{
+    const QString name = keptTogetherOutputName(source.output.filename);
+    const QString path = joinedPath(source.record.targetPath, name);
+    setOutputFileInProcess(name);
+    if (!isWanted(path))
+        skipTogether(source, range, path);
+    else if (saveAsTiff(path, range, &source.document, source.record))
+        setTotalFileCreated(totalFileCreated() + 1);
+}
+
+void Process::skipTogether(const Source& source, const QList<int>& range, const QString& path)
+{
+    for (const int page : range) {
+        source.record.logFiles.push_back({ .targetFile = lastPathComponent(path),
+                                           .sourcePageNo = page,
+                                           .status = u"Skipped"_s });
+        emit pageDone(source.document.path(), page, path, PageOutcome::Skipped);
+    }
+}
+
+void Process::writePages(const Source& source, const QList<int>& range)
+{
+    for (const int page : range) {
+        if (!isCombining())
+            return;
+        writePage(source, page);
+        if (!isCombining())
+            return;
+    }
+}
+
+void Process::writePage(const Source& source, int page)
+{
+    const QString name = pageOutputName(source.output.filename, *settings(), page);
+    setOutputFileInProcess(name);
+    PageImage image = source.document.page(page - 1);
+    source.record.logFiles.push_back({ .targetFile = name, .sourcePageNo = page });
+    savePage(source, image, source.record.logFiles.back());
+}
+
+void Process::savePage(const Source& source, PageImage& image, LogFile& record)
+{
+    const QString path = joinedPath(source.record.targetPath, record.targetFile);
+    const QString sourcePath = source.document.path();
+    const int page = record.sourcePageNo;
+    PageOutcome outcome = PageOutcome::Skipped;
+    if (!isWanted(path)) {
+        record.status = u"Skipped"_s;
+    } else if (image.save(path, *settings())) {
+        outcome = PageOutcome::Written;
+        record.status = u"Completed"_s;
+        setTotalFileCreated(totalFileCreated() + 1);
+        ++source.record.pages;
+        emit fileWritten(sourcePath, path, 1);
+    } else {
+        outcome = PageOutcome::Failed;
+        record.status = u"Unable to save page!"_s;
+        emit troubleMet(sourcePath, page, image.failureReason());
+    }
+    emit pageDone(sourcePath, page, path, outcome);
+}
+
+bool Process::isWanted(const QString& outputPath) const
+{
+    return !m_targetFilter || m_targetFilter(outputPath);
+}
+
+void Process::endRun()
+{
+    // Whatever happens below: a window waits for this.
+    const auto complete = qScopeGuard([this] { setIsCompleted(true); });
+    saveLog();
+    setMessage(finalMessage());
+    const std::shared_ptr<Log> runLog = log();
+    setTimeTaken(timeTakenString(runLog->startTime, runLog->endTime));
+    setFileInProcess(u""_s);
+    setOutputFileInProcess(u""_s);
+    setIsCombining(false);
+    try {
+        showTimeTaken();
+        openOutputFolder();
+    } catch (const std::exception& error) {
+        systemLog(u"Error in (Process=>start) : "_s + reasonOf(error));
+    }
+}
+
+void Process::saveLog()
+{
+    const std::shared_ptr<Log> runLog = log();
+    runLog->endTime = QDateTime::currentDateTime();
+    const bool isBuilt = runLog->save();
+    const QString path = runLog->logFilePath();
+    // A log that was built and could not be written is only told to the system log.
+    if (!isBuilt || (!path.isNull() && !QFileInfo::exists(path)))
+        emit logTroubleMet(path, u"the log could not be written"_s);
+}
+
+QString Process::finalMessage() const
+{
+    if (m_hasFailed)
+        return u"Pagestack unable able to convert some of the files!\r\n"
+               "Please check log for more information."_s;
+    if (!isCombining())
+        return u"Process cancelled!"_s;
+    // Planned sources are compared with files created: three pages of one source are no "all".
+    if (outputFiles().size() == totalFileCreated())
+        return u"All files converted successfully."_s;
+    return u"Total %1 files converted successfully."_s.arg(totalFileCreated());
+}
+
+void Process::showTimeTaken()
+{
+    if (!m_updateTimeTakenLabel)
+        return;
+    const QString text = totalTimeTakenText(timeTaken(), totalFileProcessed(),
+                                            static_cast<int>(outputFiles().size()));
+    callOnMainThread([&] { m_updateTimeTakenLabel(text); });
+}
+
+void Process::openOutputFolder()
+{
+    const QString folder = settings()->outputFolderPath();
+    if (m_workspace && !folder.isEmpty() && settings()->isOpenFolderAfterConversion()
+        && totalFileCreated() > 0)
+        m_workspace->openURL(QUrl::fromLocalFile(folder));
+}
+
+} // namespace pagestack

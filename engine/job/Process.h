@@ -1,0 +1,217 @@
+#pragma once
+
+#include "engine/job/OutputFile.h"
+#include "engine/log/Log.h"
+#include "engine/settings/Settings.h"
+
+#include <QObject>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+namespace pagestack {
+
+class MultiPageTiff;
+class PageImage;
+class TiffDocument;
+class Workspace;
+
+/// One conversion run: it walks the planned outputs, writes one file a page (or one multi-page TIFF
+/// file a source), keeps the counters and texts that a window shows and fills the log.
+///
+/// Whoever makes the job fills `outputFiles`, `settings` and `totalFileSelected`, sets
+/// `isCombining` and calls `start` on a thread of its own. A job runs once. `settings` and the file
+/// items are shared, not copied, and read without a lock: they must not change before
+/// `isCompleted`.
+///
+/// Every write of a field goes through its setter, which announces it, changed or not, on the
+/// thread that sets. Receivers of another thread get it queued. Getters and setters may be called
+/// from any thread (one of `settings` only while the job is not running); a reader gets the old or
+/// the new whole value.
+class Process : public QObject
+{
+    Q_OBJECT
+    /// The run flag. Set to false, by anyone, it ends the run at the next check point: before and
+    /// after each planned output and each page, and before each item. The page in hand is finished.
+    Q_PROPERTY(bool isCombining READ isCombining WRITE setIsCombining NOTIFY isCombiningChanged)
+    Q_PROPERTY(bool isCompleted READ isCompleted WRITE setIsCompleted NOTIFY isCompletedChanged)
+    Q_PROPERTY(int totalFileSelected READ totalFileSelected WRITE setTotalFileSelected NOTIFY
+                   totalFileSelectedChanged)
+    /// Planned outputs finished, the one during which a cancel was noticed included.
+    Q_PROPERTY(int totalFileProcessed READ totalFileProcessed WRITE setTotalFileProcessed NOTIFY
+                   totalFileProcessedChanged)
+    /// Output files written.
+    Q_PROPERTY(int totalFileCreated READ totalFileCreated WRITE setTotalFileCreated NOTIFY
+                   totalFileCreatedChanged)
+    /// File names without folder; both empty when the run has ended.
+    Q_PROPERTY(
+        QString fileInProcess READ fileInProcess WRITE setFileInProcess NOTIFY fileInProcessChanged)
+    Q_PROPERTY(QString outputFileInProcess READ outputFileInProcess WRITE setOutputFileInProcess
+                   NOTIFY outputFileInProcessChanged)
+    Q_PROPERTY(QString timeTaken READ timeTaken WRITE setTimeTaken NOTIFY timeTakenChanged)
+    /// The final message; empty during the run.
+    Q_PROPERTY(QString message READ message WRITE setMessage NOTIFY messageChanged)
+    Q_PROPERTY(std::shared_ptr<pagestack::Log> log READ log WRITE setLog NOTIFY logChanged)
+    Q_PROPERTY(QList<pagestack::OutputFile> outputFiles READ outputFiles WRITE setOutputFiles NOTIFY
+                   outputFilesChanged)
+    Q_PROPERTY(pagestack::Settings* settings READ settings WRITE setSettings NOTIFY settingsChanged)
+
+public:
+    enum class PageOutcome {
+        Written, ///< in a file of its own, or gathered for the file that keeps the pages together
+        Failed,
+        Skipped, ///< by the target filter
+    };
+    Q_ENUM(PageOutcome)
+
+    using TimeLine = std::function<void(const QString& text)>;
+    using TargetFilter = std::function<bool(const QString& outputPath)>;
+
+    /// `workspace` opens the output folder and the log; none: nothing is opened. It is called on
+    /// the thread that runs `start` or `viewLog`. `updateTimeTakenLabel` shows a line of text; it
+    /// is called on the main thread while the job waits. Both outlive the job.
+    explicit Process(Workspace* workspace = nullptr, TimeLine updateTimeTakenLabel = {},
+                     QObject* parent = nullptr);
+
+    /// Runs the whole conversion on the calling thread. A page that cannot be written and a source
+    /// that cannot be opened do not end it; see `troubleMet`. An exception that is no
+    /// std::exception leaves it, after the run has been brought to its end.
+    void start();
+
+    /// Asks the run to end at its next check point. Any thread.
+    void stop();
+
+    /// Opens the written log in its default application; nothing before the log was saved.
+    void viewLog();
+
+    /// The pages of `item` that are converted, in order, counted from 1: all of them. None without
+    /// an item.
+    QList<int> getPageRanges(const FileItem* item) const;
+
+    /// Writes the pages `range` of `document` into one multi-page TIFF file at `path`, one record a
+    /// page in `logFiles`. A page that cannot be decoded is left out; a page that does not exist
+    /// and a cancel end the gathering; what was gathered is written all the same. True when the
+    /// file is in place.
+    bool saveAsTiff(const QString& path, const QList<int>& range, const TiffDocument* document,
+                    LogFiles& logFiles);
+
+    /// Called on the job's thread before each target is written; on false the target is left alone
+    /// and its pages are recorded as "Skipped". To be set before the start.
+    void setTargetFilter(TargetFilter filter) { m_targetFilter = std::move(filter); }
+
+    bool isCombining() const { return m_isCombining; }
+    void setIsCombining(bool value);
+    bool isCompleted() const { return m_isCompleted; }
+    void setIsCompleted(bool value);
+    int totalFileSelected() const { return m_totalFileSelected; }
+    void setTotalFileSelected(int value);
+    int totalFileProcessed() const { return m_totalFileProcessed; }
+    void setTotalFileProcessed(int value);
+    int totalFileCreated() const { return m_totalFileCreated; }
+    void setTotalFileCreated(int value);
+    QString fileInProcess() const { return loaded(m_fileInProcess); }
+    void setFileInProcess(const QString& value);
+    QString outputFileInProcess() const { return loaded(m_outputFileInProcess); }
+    void setOutputFileInProcess(const QString& value);
+    QString timeTaken() const { return loaded(m_timeTaken); }
+    void setTimeTaken(const QString& value);
+    QString message() const { return loaded(m_message); }
+    void setMessage(const QString& value);
+    /// Its records belong to the job's thread until `isCompleted`.
+    std::shared_ptr<Log> log() const { return loaded(m_log); }
+    void setLog(const std::shared_ptr<Log>& value);
+    QList<OutputFile> outputFiles() const { return loaded(m_outputFiles); }
+    void setOutputFiles(const QList<OutputFile>& value);
+    Settings* settings() const { return m_settings; }
+    void setSettings(Settings* value);
+
+signals:
+    void isCombiningChanged(bool value);
+    void isCompletedChanged(bool value);
+    void totalFileSelectedChanged(int value);
+    void totalFileProcessedChanged(int value);
+    void totalFileCreatedChanged(int value);
+    void fileInProcessChanged(const QString& value);
+    void outputFileInProcessChanged(const QString& value);
+    void timeTakenChanged(const QString& value);
+    void messageChanged(const QString& value);
+    void logChanged();
+    void outputFilesChanged();
+    void settingsChanged();
+
+    /// Something of `sourcePath` went wrong; the run goes on. `pageNo` 0 is the file as a whole.
+    void troubleMet(const QString& sourcePath, int pageNo, const QString& reason);
+    /// The log could not be written to its file; `logPath` may be empty.
+    void logTroubleMet(const QString& logPath, const QString& reason);
+    /// A page was dealt with. `outputPath` is the file that it is in or was meant for.
+    void pageDone(const QString& sourcePath, int pageNo, const QString& outputPath,
+                  pagestack::Process::PageOutcome outcome);
+    /// A file with `pages` pages is in place.
+    void fileWritten(const QString& sourcePath, const QString& outputPath, int pages);
+
+private:
+    /// What the pages of one item have in common.
+    struct Source
+    {
+        const OutputFile& output;
+        const TiffDocument& document;
+        LogFiles& record;
+    };
+
+    void convertOutputs();
+    void convertOutput(const OutputFile& output);
+    void convertItem(const OutputFile& output, const FileItem& item, LogFiles& record);
+    void convertDocument(const Source& source, const FileItem& item);
+    void keepPagesTogether(const Source& source, const QList<int>& range);
+    void writePages(const Source& source, const QList<int>& range);
+    void writePage(const Source& source, int page);
+    void savePage(const Source& source, PageImage& image, LogFile& record);
+    void skipTogether(const Source& source, const QList<int>& range, const QString& path);
+    void gatherPages(MultiPageTiff& file, const QString& path, const QList<int>& range,
+                     const TiffDocument& document, LogFiles& logFiles);
+    PageOutcome gatherPage(MultiPageTiff& file, const TiffDocument& document, LogFile& record);
+    bool isWanted(const QString& outputPath) const;
+    void reportChain(const TiffDocument& document, const FileItem& item);
+    void endRun();
+    void saveLog();
+    QString finalMessage() const;
+    void showTimeTaken();
+    void openOutputFolder();
+
+    template <typename T>
+    T loaded(const T& field) const
+    {
+        const std::scoped_lock lock(m_mutex);
+        return field;
+    }
+    template <typename T>
+    void store(T& field, T value)
+    {
+        const std::scoped_lock lock(m_mutex);
+        std::swap(field, value);
+    }
+
+    Workspace* m_workspace;
+    TimeLine m_updateTimeTakenLabel;
+    TargetFilter m_targetFilter;
+    bool m_hasFailed = false; ///< job's thread only
+
+    std::atomic<bool> m_isCombining = false;
+    std::atomic<bool> m_isCompleted = false;
+    std::atomic<int> m_totalFileSelected = 1;
+    std::atomic<int> m_totalFileProcessed = 0;
+    std::atomic<int> m_totalFileCreated = 0;
+    Settings* m_settings = nullptr; ///< not owned
+
+    mutable std::mutex m_mutex; ///< guards the fields below
+    QString m_fileInProcess;
+    QString m_outputFileInProcess;
+    QString m_timeTaken;
+    QString m_message;
+    std::shared_ptr<Log> m_log;
+    QList<OutputFile> m_outputFiles;
+};
+
+} // namespace pagestack
