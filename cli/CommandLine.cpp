@@ -1,0 +1,76 @@
+#include "cli/CommandLine.h"
+
+#include "cli/Console.h"
+#include "cli/Conversion.h"
+#include "cli/ExitCode.h"
+#include "cli/HelpText.h"
+#include "cli/Options.h"
+#include "cli/SystemLogLines.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include <csignal>
+#include <fcntl.h>
+#include <tuple>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    /// A standard stream that was closed for us would else be the first file that is opened, and an
+    /// image would take our messages.
+    void occupyStandardStreams()
+    {
+        for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+            // The lowest free number is taken, which is this one.
+            if (::fcntl(stream, F_GETFD) == -1)
+                std::ignore = ::open("/dev/null", stream == STDIN_FILENO ? O_RDONLY : O_WRONLY);
+        }
+    }
+
+    QStringList words(int argc, char* argv[])
+    {
+        QStringList found;
+        for (int i = 1; i < argc; ++i)
+            found.append(QFile::decodeName(argv[i]));
+        return found;
+    }
+
+    int carryOut(const Options& options, Console& console, SystemLogLines& systemLogLines,
+                 int& argc, char* argv[])
+    {
+        if (options.wantsHelp || options.wantsVersion) {
+            console.print(options.wantsHelp ? helpText() : versionText());
+            return static_cast<int>(ExitCode::AllWritten);
+        }
+        const QCoreApplication application(argc, argv);
+        systemLogLines.setVerbose(options.isVerbose);
+        return convert(options, console);
+    }
+
+} // namespace
+
+int runCommandLine(int argc, char* argv[])
+{
+    occupyStandardStreams();
+    // A reader that goes away is seen where the text is written.
+    std::signal(SIGPIPE, SIG_IGN);
+    Console console;
+    SystemLogLines systemLogLines(console);
+    try {
+        return carryOut(parseOptions(words(argc, argv)), console, systemLogLines, argc, argv);
+    } catch (const UsageError& error) {
+        console.trouble(
+            u"%1; 'pagestack-convert --help' tells more"_s.arg(QString::fromUtf8(error.what())));
+        return static_cast<int>(ExitCode::WrongUsage);
+    } catch (const std::exception& error) {
+        console.trouble(QString::fromUtf8(error.what()));
+        return static_cast<int>(ExitCode::SomeFailed);
+    }
+}
+
+} // namespace pagestack

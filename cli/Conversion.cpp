@@ -1,0 +1,211 @@
+#include "cli/Conversion.h"
+
+#include "cli/Console.h"
+#include "cli/Options.h"
+#include "cli/Preflight.h"
+#include "cli/Report.h"
+#include "cli/Signals.h"
+#include "cli/Sources.h"
+#include "engine/job/Process.h"
+#include "engine/support/AppFolders.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QThread>
+
+#include <atomic>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    class Conversion
+    {
+    public:
+        Conversion(const Options& options, Console& console)
+            : m_options(options)
+            , m_console(console)
+            , m_settings(nullptr)
+        {
+        }
+
+        int carryOut();
+
+    private:
+        bool lookUpSources();
+        void takeSettings();
+        void planOutputs();
+        void checkTargets();
+        void prepareLog(Process& job);
+        void runJob(Process& job);
+        void copyLog(const Process& job);
+        int code(ExitCode ended) const;
+
+        const Options& m_options;
+        Console& m_console;
+        Signals m_signals;
+        Settings m_settings;
+        QList<Source> m_sources;
+        QList<OutputFile> m_outputs;
+        bool m_hasFailures = false;
+    };
+
+    int Conversion::carryOut()
+    {
+        if (!lookUpSources()) {
+            m_console.trouble(u"no source found"_s);
+            return code(ExitCode::NoSource);
+        }
+        try {
+            takeSettings();
+            planOutputs();
+            checkTargets();
+        } catch (const OutputRefused& refusal) {
+            m_console.trouble(QString::fromUtf8(refusal.what()));
+            return code(ExitCode::OutputRefused);
+        }
+        Process job(nullptr, [](const QString&) {
+            // The job waits here for the main thread after each source, so that results cannot pile
+            // up behind a slow reader.
+        });
+        prepareLog(job);
+        runJob(job);
+        if (!m_options.logFile.isEmpty())
+            copyLog(job);
+        return code(m_hasFailures ? ExitCode::SomeFailed : ExitCode::AllWritten);
+    }
+
+    bool Conversion::lookUpSources()
+    {
+        CollectedSources found = collectSources(m_options);
+        for (const PathTrouble& trouble : found.troubles)
+            m_console.trouble(troubleText(trouble.shown, 0, trouble.reason));
+        m_hasFailures = !found.troubles.isEmpty();
+        if (m_options.isVerbose) {
+            for (const QString& duplicate : found.duplicates)
+                m_console.trouble(troubleText(duplicate, 0, u"named twice, converted once"_s));
+        }
+        m_sources = std::move(found.files);
+        return !m_sources.isEmpty();
+    }
+
+    void Conversion::takeSettings()
+    {
+        m_settings.setOutputType(static_cast<int>(m_options.outputType));
+        m_settings.setJpegQuality(m_options.jpegQuality);
+        m_settings.setTiffCompressionIndex(static_cast<int>(m_options.tiffCompression));
+        m_settings.setIsSplitTIFFIntoSinglePages(m_options.isSplit);
+        m_settings.setSeparator(m_options.separator);
+        m_settings.setIsOpenFolderAfterConversion(false);
+        if (!m_options.outputFolder.isEmpty())
+            m_settings.setOutputFolderPath(checkedOutputFolder(m_options.outputFolder));
+    }
+
+    /// Counts the pages of every source.
+    void Conversion::planOutputs()
+    {
+        for (const Source& source : m_sources) {
+            if (Signals::received())
+                return;
+            OutputFile output { .filename = source.path, .fileItems = {} };
+            if (const auto item = FileItem::initWithURL(QUrl::fromLocalFile(source.path)))
+                output.fileItems.append(item);
+            m_outputs.append(output);
+        }
+    }
+
+    void Conversion::checkTargets()
+    {
+        if (Signals::received())
+            return;
+        const TargetFindings found = findTargets(m_sources, m_outputs, m_settings, m_options);
+        Findings told = found.shared;
+        if (m_options.onExists == OnExists::Error)
+            told.add(found.existing);
+        if (m_options.onExists == OnExists::Overwrite)
+            told.add(found.replacedSources);
+        for (const QString& line : told.lines())
+            m_console.trouble(line);
+        if (m_options.onExists == OnExists::Error && told.count() > 0)
+            throw OutputRefused(u"nothing was written; see --on-exists"_s);
+        if (!m_settings.outputFolderPath().isEmpty())
+            makeOutputFolder(m_settings.outputFolderPath());
+    }
+
+    void Conversion::prepareLog(Process& job)
+    {
+        QString fault;
+        const bool isPossible = m_options.leavesLog && createApplicationUsersFolder(u""_s, &fault)
+            && createApplicationUsersFolder(u"Logs"_s, &fault);
+        job.log()->setStored(isPossible);
+        if (m_options.leavesLog && !isPossible)
+            m_console.trouble(u"the folder for the log cannot be made: %1"_s.arg(fault));
+    }
+
+    void Conversion::runJob(Process& job)
+    {
+        Report report(m_options, m_sources, m_outputs, m_console);
+        report.listenTo(job);
+        job.setOutputFiles(m_outputs);
+        job.setSettings(&m_settings);
+        job.setTotalFileSelected(static_cast<int>(m_outputs.size()));
+        if (m_options.onExists == OnExists::Skip)
+            job.setTargetFilter([](const QString& path) {
+                const QFileInfo info(path);
+                return !info.exists() && !info.isSymLink();
+            });
+        QObject::connect(&m_signals, &Signals::interrupted, &job, &Process::stop);
+        job.setIsCombining(Signals::received() == 0);
+
+        std::atomic<bool> endedBadly = false;
+        const std::unique_ptr<QThread> worker(QThread::create([&] {
+            try {
+                job.start();
+            } catch (
+                ...) { // The worker's edge: the job has come to its end, only the reason is lost.
+                endedBadly = true;
+            }
+        }));
+        // Queued behind everything that the job has announced.
+        QObject::connect(worker.get(), &QThread::finished, qApp, &QCoreApplication::quit,
+                         Qt::QueuedConnection);
+        worker->start();
+        QCoreApplication::exec();
+        worker->wait();
+
+        report.finish(job.message());
+        if (endedBadly)
+            m_console.trouble(u"the run was ended by an unknown error"_s);
+        m_hasFailures = m_hasFailures || report.hasFailures() || endedBadly;
+    }
+
+    void Conversion::copyLog(const Process& job)
+    {
+        QSaveFile file(m_options.logFile);
+        const bool isWritten = file.open(QIODevice::WriteOnly)
+            && file.write(job.log()->document()) >= 0 && file.commit();
+        if (isWritten)
+            return;
+        m_hasFailures = true;
+        m_console.trouble(troubleText(m_options.logFile, 0, file.errorString()));
+    }
+
+    int Conversion::code(ExitCode ended) const
+    {
+        if (const int number = Signals::received())
+            return 128 + number;
+        return static_cast<int>(ended);
+    }
+
+} // namespace
+
+int convert(const Options& options, Console& console)
+{
+    return Conversion(options, console).carryOut();
+}
+
+} // namespace pagestack

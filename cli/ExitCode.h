@@ -1,0 +1,14 @@
+#pragma once
+
+namespace pagestack {
+
+/// What the program hands to the shell. A run that a signal ended gives 128 + the signal's number.
+enum class ExitCode {
+    AllWritten = 0,
+    SomeFailed = 1, ///< a page, a source or a file that was asked for could not be read or written
+    WrongUsage = 2,
+    NoSource = 3,
+    OutputRefused = 4, ///< nothing was written
+};
+
+} // namespace pagestack

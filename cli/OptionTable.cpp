@@ -1,0 +1,165 @@
+#include "cli/OptionTable.h"
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    /// Place of `value` among the names of `list` ("jpeg|png|tiff").
+    int choice(const QString& value, const QString& list, const QString& what)
+    {
+        const qsizetype place = list.split(u'|').indexOf(value);
+        if (place < 0)
+            throw UsageError(u"%1 '%2' is none of %3"_s.arg(what, value, list));
+        return static_cast<int>(place);
+    }
+
+    const QString& formats()
+    {
+        static const QString names = u"jpeg|png|tiff|bmp|gif"_s;
+        return names;
+    }
+
+    const QString& compressions()
+    {
+        static const QString names = u"none|g3|g4|lzw|packbits"_s;
+        return names;
+    }
+
+    const QString& policies()
+    {
+        static const QString names = u"error|overwrite|skip"_s;
+        return names;
+    }
+
+    const QString& progressModes()
+    {
+        static const QString names = u"auto|always|never"_s;
+        return names;
+    }
+
+    int quality(const QString& value)
+    {
+        constexpr int best = 10;
+        bool isNumber = !value.isEmpty();
+        for (const QChar digit : value)
+            isNumber = isNumber && digit >= u'0' && digit <= u'9';
+        const int tenths = isNumber ? value.toInt(&isNumber) : 0;
+        if (!isNumber || tenths > best)
+            throw UsageError(u"quality '%1' is no number from 0 to 10"_s.arg(value));
+        return tenths;
+    }
+
+    /// A slash in a separator would turn the base name into a folder.
+    QString separator(const QString& value)
+    {
+        if (value.contains(u'/'))
+            throw UsageError(u"separator '%1' holds a slash"_s.arg(value));
+        return value;
+    }
+
+    QString named(const QString& value, const QString& what)
+    {
+        if (value.isEmpty())
+            throw UsageError(u"the name of the %1 is empty"_s.arg(what));
+        return value;
+    }
+
+    std::vector<OptionRow> makeTable()
+    {
+        return {
+            { u'f', u"format"_s, formats(), u"output format, default jpeg"_s,
+              [](Options& options, const QString& value) {
+                  options.outputType = OutputType { choice(value, formats(), u"format"_s) };
+              } },
+            { 0, u"quality"_s, u"0..10"_s, u"JPEG quality in tenths, default 10"_s,
+              [](Options& options, const QString& value) {
+                  options.jpegQuality = quality(value);
+              } },
+            { 0, u"compression"_s, compressions(), u"TIFF compression, default none"_s,
+              [](Options& options, const QString& value) {
+                  options.tiffCompression
+                      = TiffCompression { choice(value, compressions(), u"compression"_s) };
+              } },
+            { 0,
+              u"split"_s,
+              {},
+              u"TIFF: one file a page instead of one a source"_s,
+              [](Options& options, const QString&) { options.isSplit = true; } },
+            { 0, u"separator"_s, u"TEXT"_s,
+              u"stands between name and page number, default empty; ':' becomes '-'"_s,
+              [](Options& options, const QString& value) {
+                  options.separator = separator(value);
+              } },
+            { u'o', u"output"_s, u"DIR"_s,
+              u"output folder, made when it is missing and its parent exists; default: beside each "
+              "source"_s,
+              [](Options& options, const QString& value) {
+                  options.outputFolder = named(value, u"output folder"_s);
+              } },
+            { 0, u"on-exists"_s, policies(),
+              u"when a target exists or two pages share it: refuse the whole run (default), "
+              u"replace, "
+              "or leave it as it is"_s,
+              [](Options& options, const QString& value) {
+                  options.onExists = OnExists { choice(value, policies(), u"policy"_s) };
+              } },
+            { u'r',
+              u"recursive"_s,
+              {},
+              u"folders with their sub-folders"_s,
+              [](Options& options, const QString&) { options.isRecursive = true; } },
+            { 0, u"files-from"_s, u"FILE"_s,
+              u"takes further paths from FILE, one a line; '-' is standard input, and so is a bare "
+              u"'-' "
+              "in place of a SOURCE"_s,
+              [](Options& options, const QString& value) {
+                  options.pathLists.append(named(value, u"path list"_s));
+              } },
+            { 0, u"log"_s, u"FILE"_s, u"also writes the XML log of the run to FILE"_s,
+              [](Options& options, const QString& value) {
+                  options.logFile = named(value, u"log"_s);
+              } },
+            { 0,
+              u"no-log"_s,
+              {},
+              u"leaves no log in the application data folder"_s,
+              [](Options& options, const QString&) { options.leavesLog = false; } },
+            { u'q',
+              u"quiet"_s,
+              {},
+              u"prints troubles only"_s,
+              [](Options& options, const QString&) { options.isQuiet = true; } },
+            { u'v',
+              u"verbose"_s,
+              {},
+              u"also prints each file written and the system log"_s,
+              [](Options& options, const QString&) { options.isVerbose = true; } },
+            { 0, u"progress"_s, progressModes(),
+              u"pages done and time left on standard error, by default on a terminal only"_s,
+              [](Options& options, const QString& value) {
+                  options.progress = ProgressMode { choice(value, progressModes(), u"progress"_s) };
+              } },
+            { u'h',
+              u"help"_s,
+              {},
+              u"prints this help"_s,
+              [](Options& options, const QString&) { options.wantsHelp = true; } },
+            { u'V',
+              u"version"_s,
+              {},
+              u"prints the version, with those of the libraries"_s,
+              [](Options& options, const QString&) { options.wantsVersion = true; } },
+        };
+    }
+
+} // namespace
+
+const std::vector<OptionRow>& optionTable()
+{
+    static const std::vector<OptionRow> table = makeTable();
+    return table;
+}
+
+} // namespace pagestack

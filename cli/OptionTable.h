@@ -1,0 +1,25 @@
+#pragma once
+
+#include "cli/Options.h"
+
+#include <vector>
+
+namespace pagestack {
+
+/// One option: how it is written, what the help says, what it does.
+struct OptionRow
+{
+    char16_t shortName = 0; ///< 0: none
+    QString longName; ///< without dashes
+    QString value; ///< what the help calls its value; empty: it takes none
+    QString meaning;
+    /// Throws UsageError for a value that it cannot take.
+    void (*apply)(Options& options, const QString& value) = nullptr;
+
+    bool takesValue() const { return !value.isEmpty(); }
+};
+
+/// All options, in the order of the help.
+const std::vector<OptionRow>& optionTable();
+
+} // namespace pagestack

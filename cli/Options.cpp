@@ -1,0 +1,115 @@
+#include "cli/Options.h"
+
+#include "cli/OptionTable.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    /// Walks through the words once; an option may take the word after it.
+    class Parser
+    {
+    public:
+        explicit Parser(const QStringList& words)
+            : m_words(words)
+        {
+        }
+
+        Options parse()
+        {
+            while (m_next < m_words.size())
+                takeWord(m_words.at(m_next++));
+            return m_options;
+        }
+
+    private:
+        void takeWord(const QString& word)
+        {
+            if (m_optionsEnded)
+                m_options.sources.append(word);
+            else if (word == u"--")
+                m_optionsEnded = true;
+            else if (word == u"-")
+                m_options.pathLists.append(word);
+            else if (word.startsWith(u"--"))
+                takeLong(word.mid(2));
+            else if (word.startsWith(u'-'))
+                takeShort(word.mid(1));
+            else
+                m_options.sources.append(word);
+        }
+
+        void takeLong(const QString& word)
+        {
+            const qsizetype equals = word.indexOf(u'=');
+            const QString name = equals < 0 ? word : word.left(equals);
+            const OptionRow& row = find(u"--"_s + name, [&](const OptionRow& candidate) {
+                return candidate.longName == name;
+            });
+            if (!row.takesValue() && equals >= 0)
+                throw UsageError(u"option --%1 takes no value"_s.arg(name));
+            if (!row.takesValue())
+                row.apply(m_options, {});
+            else
+                row.apply(m_options, equals < 0 ? nextWord(u"--"_s + name) : word.mid(equals + 1));
+        }
+
+        /// `-rq` is `-r -q`, and `-fpng` is `-f png`.
+        void takeShort(const QString& letters)
+        {
+            for (qsizetype i = 0; i < letters.size(); ++i) {
+                const QChar letter = letters.at(i);
+                const QString shown = u"-"_s + letter;
+                const OptionRow& row = find(shown, [&](const OptionRow& candidate) {
+                    return candidate.shortName == letter;
+                });
+                if (!row.takesValue()) {
+                    row.apply(m_options, {});
+                    continue;
+                }
+                const QString rest = letters.mid(i + 1);
+                row.apply(m_options, rest.isEmpty() ? nextWord(shown) : rest);
+                return;
+            }
+        }
+
+        QString nextWord(const QString& option)
+        {
+            if (m_next == m_words.size())
+                throw UsageError(u"option %1 needs a value"_s.arg(option));
+            return m_words.at(m_next++);
+        }
+
+        template <typename Matches>
+        static const OptionRow& find(const QString& shown, Matches matches)
+        {
+            const auto row = std::find_if(optionTable().begin(), optionTable().end(), matches);
+            if (row == optionTable().end())
+                throw UsageError(u"unknown option %1"_s.arg(shown));
+            return *row;
+        }
+
+        const QStringList& m_words;
+        qsizetype m_next = 0;
+        bool m_optionsEnded = false;
+        Options m_options;
+    };
+
+} // namespace
+
+Options parseOptions(const QStringList& words)
+{
+    const Options options = Parser(words).parse();
+    if (options.isQuiet && options.isVerbose)
+        throw UsageError(u"options -q and -v exclude each other"_s);
+    const bool converts = !options.wantsHelp && !options.wantsVersion;
+    if (converts && options.sources.isEmpty() && options.pathLists.isEmpty())
+        throw UsageError(u"no SOURCE is given"_s);
+    return options;
+}
+
+} // namespace pagestack

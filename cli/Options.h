@@ -1,0 +1,63 @@
+#pragma once
+
+#include "engine/settings/OutputCodes.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <stdexcept>
+
+namespace pagestack {
+
+/// A command line that cannot be carried out; the reason is one clause.
+class UsageError : public std::runtime_error
+{
+public:
+    explicit UsageError(const QString& reason)
+        : std::runtime_error(reason.toStdString())
+    {
+    }
+};
+
+/// What is done when a target exists already.
+enum class OnExists {
+    Error, ///< the run is refused before anything is written
+    Overwrite,
+    Skip,
+};
+
+enum class ProgressMode {
+    Auto, ///< when standard error is a terminal
+    Always,
+    Never,
+};
+
+/// A command line, taken apart.
+struct Options
+{
+    bool wantsHelp = false;
+    bool wantsVersion = false;
+
+    OutputType outputType = OutputType::Jpeg;
+    int jpegQuality = 10; ///< in tenths
+    TiffCompression tiffCompression = TiffCompression::None;
+    bool isSplit = false;
+    QString separator { QLatin1String("") };
+    QString outputFolder {}; ///< as given; empty: beside each source
+    OnExists onExists = OnExists::Error;
+
+    QStringList sources {}; ///< as given
+    QStringList pathLists {}; ///< files with one path a line; "-" is standard input
+    bool isRecursive = false;
+
+    QString logFile {}; ///< a copy of the log; empty: none
+    bool leavesLog = true; ///< in the application data folder
+    bool isQuiet = false;
+    bool isVerbose = false;
+    ProgressMode progress = ProgressMode::Auto;
+};
+
+/// Takes the words after the program's name apart. Throws UsageError.
+Options parseOptions(const QStringList& words);
+
+} // namespace pagestack

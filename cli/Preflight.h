@@ -1,0 +1,65 @@
+#pragma once
+
+#include "cli/Sources.h"
+#include "engine/job/OutputFile.h"
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <stdexcept>
+
+namespace pagestack {
+
+struct Options;
+class Settings;
+
+/// Output that cannot go where it should; nothing was written.
+class OutputRefused : public std::runtime_error
+{
+public:
+    explicit OutputRefused(const QString& reason)
+        : std::runtime_error(reason.toStdString())
+    {
+    }
+};
+
+/// The absolute path of the output folder `folder`. Throws OutputRefused when it is not writable,
+/// or missing with its parent. Makes nothing.
+QString checkedOutputFolder(const QString& folder);
+
+/// Makes the folder when it is missing. Throws OutputRefused.
+void makeOutputFolder(const QString& path);
+
+/// A count of findings, of which the first ten are kept.
+class Findings
+{
+public:
+    void add(const QString& text);
+    void add(const Findings& later);
+    int count() const { return m_count; }
+    /// The findings, and a last line that tells how many more there are.
+    QStringList lines() const;
+
+private:
+    int m_count = 0;
+    QStringList m_first;
+};
+
+/// What the run as planned would come upon. Paths are as the user knows them.
+struct TargetFindings
+{
+    Findings existing; ///< targets that are there already
+    Findings shared; ///< targets of more than one page, or of a page and the log
+    Findings replacedSources; ///< sources that the output of another source would replace
+};
+
+/// Works out the name of every target of the run. `outputs` belong to `sources` one by one.
+TargetFindings findTargets(const QList<Source>& sources, const QList<OutputFile>& outputs,
+                           const Settings& settings, const Options& options);
+
+/// The path of the target `name` of `source` as the user knows it.
+QString shownTarget(const Source& source, const QString& name, const Options& options);
+
+} // namespace pagestack

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QObject>
+
+#include <array>
+#include <signal.h>
+
+namespace pagestack {
+
+/// SIGINT and SIGTERM, from its making to its end. One at a time, on the main thread.
+///
+/// The first signal is announced on the main thread; a second one ends the program at once, with
+/// the code 128 + its number.
+class Signals : public QObject
+{
+    Q_OBJECT
+
+public:
+    Signals();
+    ~Signals() override;
+
+    /// Number of the first signal that came, 0 when none did. At once, without an event loop.
+    static int received();
+
+signals:
+    void interrupted();
+
+private:
+    std::array<int, 2> m_pipe = { -1, -1 };
+    struct sigaction m_oldInterrupt = {};
+    struct sigaction m_oldTerminate = {};
+};
+
+} // namespace pagestack
