@@ -109,10 +109,7 @@ namespace {
             const std::uint64_t entryBytes = m_chain.isBigTiff ? 20 : 12;
             const std::optional<std::uint64_t> entries = number(offset, countBytes);
             if (!entries || *entries == 0 || *entries > m_fileSize / entryBytes) {
-                m_chain.fault = !entries
-                    ? u"the chain of pages leads out of the file after page %1"_s.arg(
-                        m_chain.offsets.size())
-                    : u"the directory after page %1 is damaged"_s.arg(m_chain.offsets.size());
+                m_chain.fault = faultAt(!entries);
                 return std::nullopt;
             }
             m_chain.offsets.push_back(offset);
@@ -122,6 +119,18 @@ namespace {
                 m_chain.fault = u"the file ends within the directory of page %1"_s.arg(
                     m_chain.offsets.size());
             return next;
+        }
+
+        /// Why the directory that comes next cannot be read.
+        QString faultAt(bool isOutOfFile) const
+        {
+            if (m_chain.offsets.empty())
+                return isOutOfFile ? u"the first directory lies beyond the end of the file"_s
+                                   : u"the first directory is damaged"_s;
+            const QString fault = isOutOfFile
+                ? u"the chain of pages leads out of the file after page %1"_s
+                : u"the directory after page %1 is damaged"_s;
+            return fault.arg(m_chain.offsets.size());
         }
 
         int m_file;

@@ -62,7 +62,7 @@ TiffFile::TiffFile(const QString& path)
     if (m_chain.offsets.empty())
         throw std::runtime_error(m_chain.fault.isEmpty() ? "the file has no page"
                                                          : m_chain.fault.toStdString());
-    m_handle = openTiffForReading(file.release(), path, m_messages);
+    m_handle = openTiffForReading(file.release(), m_messages);
 }
 
 tiff* TiffFile::describe(int index)

@@ -3,9 +3,6 @@
 #include "engine/image/StagedFile.h"
 #include "engine/support/SystemLog.h"
 
-#include <QFile>
-#include <QFileInfo>
-
 #include <cstdio>
 #include <tiffio.h>
 
@@ -42,6 +39,7 @@ namespace {
     {
         std::array<char, 512> text = {};
         std::vsnprintf(text.data(), text.size(), format, arguments);
+        std::replace(text.begin(), text.end(), '\n', ' ');
         return text.data();
     }
 
@@ -162,10 +160,17 @@ TiffMessages::TiffMessages(QString fileName)
 {
 }
 
+/// libtiff puts the file's name before some of its messages.
+std::string TiffMessages::withoutName(std::string text) const
+{
+    const std::string name = m_fileName.toStdString() + ": ";
+    return text.starts_with(name) ? text.substr(name.size()) : text;
+}
+
 void TiffMessages::addError(const char* module, const std::string& text)
 {
     if (m_reason.empty())
-        m_reason = text;
+        m_reason = withoutName(text);
     report("error", module, text);
 }
 
@@ -175,7 +180,7 @@ void TiffMessages::addWarning(const char* module, const std::string& text)
         = std::any_of(lostPixelWarnings.begin(), lostPixelWarnings.end(),
                       [&](const char* sign) { return text.find(sign) != std::string::npos; });
     if (pixelsAreLost && m_reason.empty())
-        m_reason = text;
+        m_reason = withoutName(text);
     report("warning", module, text);
 }
 
@@ -190,7 +195,7 @@ void TiffMessages::report(const char* kind, const char* module, const std::strin
     }
     systemLog(u"%1: %2: %3: %4"_s.arg(m_fileName, QLatin1StringView(kind),
                                       QString::fromUtf8(module != nullptr ? module : "libtiff"),
-                                      QString::fromStdString(text)));
+                                      QString::fromStdString(withoutName(text))));
 }
 
 void TiffMessages::forget() { m_reason.clear(); }
@@ -202,13 +207,13 @@ void TiffMessages::fail(const char* fallback) const
 
 void TiffCloser::operator()(tiff* handle) const noexcept { TIFFClose(handle); }
 
-TiffHandle openTiffForReading(int fileDescriptor, const QString& path, TiffMessages& messages)
+TiffHandle openTiffForReading(int fileDescriptor, TiffMessages& messages)
 {
     const auto options = openOptions(messages);
     // r: read, h: header only, m: not mapped into memory, since a mapped file that another program
     // cuts short ends this program.
-    TiffHandle handle(
-        TIFFFdOpenExt(fileDescriptor, QFile::encodeName(path).constData(), "rhm", options.get()));
+    TiffHandle handle(TIFFFdOpenExt(fileDescriptor, messages.fileName().toUtf8().constData(), "rhm",
+                                    options.get()));
     if (!handle) {
         ::close(fileDescriptor);
         messages.fail("it is no TIFF file");

@@ -19,6 +19,8 @@ class TiffMessages
 public:
     explicit TiffMessages(QString fileName);
 
+    const QString& fileName() const { return m_fileName; }
+
     void addError(const char* module, const std::string& text);
     void addWarning(const char* module, const std::string& text);
 
@@ -36,6 +38,7 @@ public:
     [[noreturn]] void fail(const char* fallback) const;
 
 private:
+    std::string withoutName(std::string text) const;
     void report(const char* kind, const char* module, const std::string& text);
 
     QString m_fileName;
@@ -53,7 +56,7 @@ using TiffHandle = std::unique_ptr<tiff, TiffCloser>;
 /// Opens the file for reading, header only: no directory is current yet. The messages go to
 /// `messages`, which must outlive the handle; the handle owns `fileDescriptor` from now on, also
 /// when opening fails. Throws std::runtime_error with the reason.
-TiffHandle openTiffForReading(int fileDescriptor, const QString& path, TiffMessages& messages);
+TiffHandle openTiffForReading(int fileDescriptor, TiffMessages& messages);
 
 class StagedFile;
 
