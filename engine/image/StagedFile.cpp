@@ -1,6 +1,6 @@
 #include "engine/image/StagedFile.h"
 
-#include "engine/image/FileSystemError.h"
+#include "engine/image/FileBytes.h"
 
 #include <QDir>
 #include <QFile>
@@ -47,22 +47,6 @@ namespace {
         static std::atomic<unsigned> next { 0 };
         return ".pagestack-" + QByteArray::number(::getpid()) + '-'
             + QByteArray::number(next.fetch_add(1)) + ".part";
-    }
-
-    void writeFully(int file, std::uint64_t offset, std::span<const std::uint8_t> bytes)
-    {
-        while (!bytes.empty()) {
-            const ssize_t written
-                = ::pwrite(file, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-            if (written < 0 && errno == EINTR)
-                continue;
-            if (written < 0)
-                throwFileSystemError("cannot write", errno);
-            if (written == 0)
-                throwFileSystemError("cannot write", ENOSPC);
-            offset += static_cast<std::uint64_t>(written);
-            bytes = bytes.subspan(static_cast<std::size_t>(written));
-        }
     }
 
 } // namespace
@@ -155,15 +139,7 @@ void StagedFile::writeAt(std::uint64_t offset, std::span<const std::uint8_t> byt
 void StagedFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes)
 {
     flush();
-    while (!bytes.empty()) {
-        const ssize_t got = ::pread(m_file, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            throwFileSystemError("cannot read back", got < 0 ? errno : EIO);
-        offset += static_cast<std::uint64_t>(got);
-        bytes = bytes.subspan(static_cast<std::size_t>(got));
-    }
+    readFully(m_file, offset, bytes);
 }
 
 void StagedFile::resize(std::uint64_t size)

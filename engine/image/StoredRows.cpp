@@ -16,6 +16,9 @@ namespace {
     /// A strip up to this size is decoded as a whole.
     constexpr std::uint64_t largestWholeStripBytes = 4 * 1024 * 1024;
 
+    /// An encoded strip up to this size may be held as a whole.
+    constexpr std::uint64_t largestEncodedStripBytes = 16 * 1024 * 1024;
+
     /// More than this is never held at a time.
     constexpr std::uint64_t largestBandBytes = 256 * 1024 * 1024;
 
@@ -27,15 +30,19 @@ StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
     , m_tags(tags)
     , m_strideBytes(static_cast<qsizetype>(tags.planeRowBytes()))
 {
-    if (tags.compression == COMPRESSION_JPEG && tags.photometric == PHOTOMETRIC_YCBCR
-        && !tags.planesAreSeparate)
-        TIFFSetField(m_handle, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     const std::uint64_t rowBytes = tags.planeRowBytes() * static_cast<unsigned>(tags.planes());
     const std::uint64_t pieceRows = tags.isTiled ? tags.tileHeightPx : tags.rowsPerStrip;
     std::uint64_t rows = std::min<std::uint64_t>(pieceRows, tags.heightPx);
     // Switching planes in mid-strip would decode the strip from its start again.
     m_isRowByRow
         = !tags.isTiled && !tags.planesAreSeparate && rows * rowBytes > largestWholeStripBytes;
+    if (m_isRowByRow && hasLargeEncodedStrip()) {
+        m_mappedCopy = std::make_unique<MappedTiffCopy>(file, index);
+        m_handle = m_mappedCopy->handle();
+    }
+    if (tags.compression == COMPRESSION_JPEG && tags.photometric == PHOTOMETRIC_YCBCR
+        && !tags.planesAreSeparate)
+        TIFFSetField(m_handle, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     if (m_isRowByRow)
         rows = std::max<std::uint64_t>(1, wantedBandBytes / rowBytes);
     else if (!tags.isTiled)
@@ -58,6 +65,15 @@ StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
                                      + " is not supported");
         m_tile.resize(static_cast<std::size_t>(tileBytes));
     }
+}
+
+bool StoredRows::hasLargeEncodedStrip() const
+{
+    const std::uint32_t strips = TIFFNumberOfStrips(m_handle);
+    for (std::uint32_t strip = 0; strip < strips; ++strip)
+        if (TIFFGetStrileByteCount(m_handle, strip) > largestEncodedStripBytes)
+            return true;
+    return false;
 }
 
 std::uint8_t* StoredRows::planeStart(int plane)
@@ -117,6 +133,8 @@ void StoredRows::readRowByRow(int rows)
                                             m_nextRow + static_cast<std::uint32_t>(i), 0);
         checkDecoded(result == 1);
     }
+    if (m_mappedCopy)
+        m_mappedCopy->dropPages();
 }
 
 void StoredRows::readTiles(int rows)

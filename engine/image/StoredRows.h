@@ -1,9 +1,11 @@
 #pragma once
 
+#include "engine/image/MappedTiffCopy.h"
 #include "engine/image/TiffFile.h"
 #include "engine/image/TiffPageTags.h"
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace pagestack {
@@ -39,6 +41,7 @@ public:
     StoredBand nextBand();
 
 private:
+    bool hasLargeEncodedStrip() const;
     void readStrips(int rows);
     void readRowByRow(int rows);
     void readTiles(int rows);
@@ -52,6 +55,7 @@ private:
     int m_rowsPerBand = 0;
     std::uint32_t m_nextRow = 0;
     bool m_isRowByRow = false;
+    std::unique_ptr<MappedTiffCopy> m_mappedCopy; ///< owns `m_handle` where it is needed
     std::vector<std::uint8_t> m_samples; ///< of a band, plane after plane
     std::vector<std::uint8_t> m_tile;
 };

@@ -2,7 +2,7 @@
 
 #include "engine/image/PageSource.h"
 #include "engine/image/StagedFile.h"
-#include "engine/image/TiffHandle.h"
+#include "engine/image/TiffPageSink.h"
 
 #include <cstdint>
 #include <stdexcept>

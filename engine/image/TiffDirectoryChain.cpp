@@ -1,11 +1,12 @@
 #include "engine/image/TiffDirectoryChain.h"
 
+#include "engine/image/FileBytes.h"
+
 #include <array>
-#include <cerrno>
-#include <cstring>
 #include <optional>
+#include <span>
+#include <stdexcept>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <unordered_map>
 
 namespace pagestack {
@@ -48,30 +49,24 @@ namespace {
         }
 
     private:
-        /// Fills `bytes` from `offset` on; false at the end of the file.
-        bool read(std::uint64_t offset, void* bytes, std::size_t count) const
+        /// Fills `bytes` from `offset` on; false at the end of the file or when it cannot be read.
+        bool read(std::uint64_t offset, std::span<std::uint8_t> bytes) const
         {
-            if (offset > m_fileSize || count > m_fileSize - offset)
+            if (offset > m_fileSize || bytes.size() > m_fileSize - offset)
                 return false;
-            auto* to = static_cast<std::uint8_t*>(bytes);
-            while (count > 0) {
-                const ssize_t got = ::pread(m_file, to, count, static_cast<off_t>(offset));
-                if (got < 0 && errno == EINTR)
-                    continue;
-                if (got <= 0)
-                    return false;
-                to += got;
-                offset += static_cast<std::uint64_t>(got);
-                count -= static_cast<std::size_t>(got);
+            try {
+                readFully(m_file, offset, bytes);
+                return true;
+            } catch (const std::runtime_error&) {
+                return false; // the chain ends here; its fault says so
             }
-            return true;
         }
 
         /// The unsigned number of `count` bytes at `offset`, none past the end of the file.
         std::optional<std::uint64_t> number(std::uint64_t offset, std::size_t count) const
         {
             std::array<std::uint8_t, 8> bytes = {};
-            if (!read(offset, bytes.data(), count))
+            if (!read(offset, std::span(bytes).first(count)))
                 return std::nullopt;
             std::uint64_t value = 0;
             for (std::size_t i = 0; i < count; ++i)
@@ -82,8 +77,8 @@ namespace {
         /// The offset of the first directory; 0 when there is none.
         std::uint64_t readHeader()
         {
-            std::array<char, 4> start = {};
-            if (!read(0, start.data(), start.size()))
+            std::array<std::uint8_t, 4> start = {};
+            if (!read(0, start))
                 return 0;
             const bool little = start[0] == 'I' && start[1] == 'I';
             const bool big = start[0] == 'M' && start[1] == 'M';

@@ -1,6 +1,6 @@
 #include "engine/image/TiffFile.h"
 
-#include "engine/image/FileSystemError.h"
+#include "engine/image/FileBytes.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -63,6 +63,11 @@ TiffFile::TiffFile(const QString& path)
         throw std::runtime_error(m_chain.fault.isEmpty() ? "the file has no page"
                                                          : m_chain.fault.toStdString());
     m_handle = openTiffForReading(file.release(), m_messages);
+}
+
+void TiffFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const
+{
+    readFully(TIFFFileno(m_handle.get()), offset, bytes);
 }
 
 tiff* TiffFile::describe(int index)

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <span>
 
 namespace pagestack {
 
@@ -22,6 +23,9 @@ public:
     const TiffDirectoryChain& chain() const { return m_chain; }
     std::uint64_t sizeBytes() const { return m_sizeBytes; }
     TiffMessages& messages() { return m_messages; }
+
+    /// Fills all of `bytes` with what the file has from `offset` on. Throws std::runtime_error.
+    void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
 
     /// Makes page `index` (from 0) the current one, for reading its tags. Throws std::runtime_error
     /// when its directory cannot be read.

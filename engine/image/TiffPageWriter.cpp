@@ -19,6 +19,7 @@ namespace {
     constexpr std::uint64_t smallestKeptStripBytes = 16 * 1024;
     constexpr std::uint64_t largestKeptStripBytes = 4 * 1024 * 1024;
     constexpr std::uint64_t wantedStripBytes = 128 * 1024;
+    constexpr std::uint64_t largestPartBytes = 4 * 1024 * 1024;
     constexpr tmsize_t largestPieceBytes = tmsize_t { 64 } * 1024 * 1024;
 
     bool isFax(int compression)
@@ -173,24 +174,27 @@ namespace {
             const std::uint32_t pieces
                 = m_tags.isTiled ? TIFFNumberOfTiles(m_from) : TIFFNumberOfStrips(m_from);
             m_file.select(m_page.index());
-            std::vector<std::uint8_t> piece;
-            for (std::uint32_t i = 0; i < pieces; ++i) {
-                const std::uint64_t bytes = TIFFGetStrileByteCount(m_from, i);
-                const std::uint64_t offset = TIFFGetStrileOffset(m_from, i);
-                if (bytes == 0 || offset >= m_file.sizeBytes()
-                    || bytes > m_file.sizeBytes() - offset)
-                    throw std::runtime_error(
-                        "a strip is missing or reaches past the end of the file");
-                piece.resize(bytes);
-                const auto size = static_cast<tmsize_t>(bytes);
-                const tmsize_t got = m_tags.isTiled
-                    ? TIFFReadRawTile(m_from, i, piece.data(), size)
-                    : TIFFReadRawStrip(m_from, i, piece.data(), size);
-                checkRead(got == size);
+            for (std::uint32_t i = 0; i < pieces; ++i)
+                copyEncodedPiece(i);
+        }
+
+        /// Copies a strip or tile in parts: one can be as large as the file.
+        void copyEncodedPiece(std::uint32_t index)
+        {
+            const std::uint64_t bytes = TIFFGetStrileByteCount(m_from, index);
+            const std::uint64_t offset = TIFFGetStrileOffset(m_from, index);
+            if (bytes == 0 || offset >= m_file.sizeBytes() || bytes > m_file.sizeBytes() - offset)
+                throw std::runtime_error("a strip is missing or reaches past the end of the file");
+            for (std::uint64_t done = 0; done < bytes;) {
+                m_part.resize(std::min(largestPartBytes, bytes - done));
+                m_file.readAt(offset + done, m_part);
+                const auto size = static_cast<tmsize_t>(m_part.size());
+                // A further part of the piece that was written last is appended to it.
                 const tmsize_t put = m_tags.isTiled
-                    ? TIFFWriteRawTile(m_to, i, piece.data(), size)
-                    : TIFFWriteRawStrip(m_to, i, piece.data(), size);
+                    ? TIFFWriteRawTile(m_to, index, m_part.data(), size)
+                    : TIFFWriteRawStrip(m_to, index, m_part.data(), size);
                 check(put == size);
+                done += m_part.size();
             }
         }
 
@@ -266,6 +270,7 @@ namespace {
         TiffFile& m_file;
         const TiffPageTags& m_tags;
         int m_compression;
+        std::vector<std::uint8_t> m_part;
     };
 
     void setDisplayTags(TIFF* to, const PixelLayout& layout, const PageProperties& page)

@@ -1,7 +1,5 @@
 #include "engine/image/UprightRows.h"
 
-#include "engine/image/FileSystemError.h"
-
 #include <QDir>
 #include <QTemporaryFile>
 

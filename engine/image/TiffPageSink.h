@@ -1,0 +1,28 @@
+#pragma once
+
+#include "engine/image/TiffHandle.h"
+
+#include <cstdint>
+#include <string>
+
+namespace pagestack {
+
+class StagedFile;
+
+/// A TIFF file in the making, of which libtiff writes one page at a time: libtiff sees a file whose
+/// header is `header` and whose other bytes are those of `staged`, so that a page's strips and
+/// directory land at the end of the staged file with offsets that hold for it.
+struct TiffPageSink
+{
+    StagedFile& staged;
+    std::string header; ///< what libtiff wrote into the header; its directory offset is the page's
+    std::uint64_t limitBytes; ///< the staged file may not become larger
+    bool isFull = false; ///< it would have become larger
+    std::string writeError; ///< why the staged file took no more; empty while all is well
+};
+
+/// Opens a handle that writes one page into `sink`, little-endian, as BigTIFF if asked.
+/// `messages` and `sink` must outlive it. Throws std::runtime_error with the reason.
+TiffHandle openTiffPageForWriting(TiffPageSink& sink, bool bigTiff, TiffMessages& messages);
+
+} // namespace pagestack
