@@ -1,0 +1,240 @@
+"""Decoded pages and the one form in which pages of different formats are compared."""
+import hashlib
+
+import numpy as np
+
+
+class DecodeError(Exception):
+    """The bytes break the format's rules, or use a part of it that these readers do not know."""
+
+
+class Picture:
+    """One decoded page as its file stores it: rows from the top as stored, nothing converted.
+
+    `samples` has the shape (height, width, samples a pixel); `model` is gray, palette, rgb, cmyk,
+    ycbcr, lab, or the number of another photometric interpretation. Colour samples come first, then
+    `extras`, one of None, "associated", "unassociated" each. `palette` is (entries, 3) or (entries, 4)
+    with 8 or 16-bit values. Resolution is (x, y, unit) with unit none, inch or cm, or None.
+    """
+
+    def __init__(self, samples, model, bits, *, sample_kind="uint", white_is_zero=False, extras=(),
+                 palette=None, packed=None, size=None):
+        self._samples = samples
+        self._packed = packed
+        self._size = size
+        self.model = model
+        self.bits = bits
+        self.sample_kind = sample_kind
+        self.white_is_zero = white_is_zero
+        self.extras = tuple(extras)
+        self.palette = palette
+        self.resolution = None
+        self.icc = None
+        self.orientation = 1
+        self.compression = None
+        self.details = {}
+
+    @property
+    def samples(self):
+        if self._samples is None:
+            height, width = self._size
+            self._samples = np.unpackbits(self._packed, axis=1, count=width).reshape(height, width, 1)
+        return self._samples
+
+    @property
+    def width(self):
+        return self._size[1] if self._samples is None else self._samples.shape[1]
+
+    @property
+    def height(self):
+        return self._size[0] if self._samples is None else self._samples.shape[0]
+
+    @property
+    def channels(self):
+        """Samples a pixel."""
+        return 1 if self._samples is None else self._samples.shape[2]
+
+    def _clean_bits(self):
+        bits = self._packed ^ 0xFF if self.white_is_zero else self._packed.copy()
+        used = self._size[1] % 8
+        if used:
+            bits[:, -1] &= (0xFF00 >> used) & 0xFF
+        return bits
+
+    def shows_the_same_as(self, other):
+        """The same pixels in the same kind of storage; polarity of black and white aside."""
+        if (self.model, self.bits, self.sample_kind, self.extras) != (
+                other.model, other.bits, other.sample_kind, other.extras):
+            return False
+        if (self.palette is None) != (other.palette is None):
+            return False
+        if self.palette is not None and not np.array_equal(self.palette, other.palette):
+            return False
+        if (self.width, self.height, self.channels) != (other.width, other.height, other.channels):
+            return False
+        if self._packed is not None and other._packed is not None:
+            return np.array_equal(self._clean_bits(), other._clean_bits())
+        if self.white_is_zero != other.white_is_zero:
+            return False
+        return np.array_equal(self.samples, other.samples,
+                              equal_nan=self.samples.dtype.kind == "f")
+
+
+class Canonical:
+    """Pixels as gray, gray+alpha, RGB, RGB+alpha or CMYK of 8 or 16 bits, 0 being black."""
+
+    def __init__(self, model, array, alpha=None):
+        self.model = model
+        self.array = array
+        self.alpha = alpha  # None, "associated" or "unassociated"; the alpha channel is the last
+
+    @property
+    def form(self):
+        name = {"gray": "GRAY", "rgb": "RGB", "cmyk": "CMYK"}[self.model]
+        return name + ("A" if self.alpha else "") + str(self.array.dtype.itemsize * 8)
+
+    @property
+    def size(self):
+        return self.array.shape[1], self.array.shape[0]
+
+    @property
+    def peak(self):
+        return int(np.iinfo(self.array.dtype).max)
+
+    def digest(self):
+        hashed = hashlib.sha256(f"{self.form} {self.size[0]} {self.size[1]}\n".encode())
+        stored = self.array.astype(">u2") if self.array.dtype.itemsize == 2 else self.array
+        hashed.update(np.ascontiguousarray(stored).data)
+        return "sha256:" + hashed.hexdigest()
+
+    def same_as(self, other):
+        return self.form == other.form and np.array_equal(self.array, other.array)
+
+
+def to_full_range(values, bits):
+    """Unsigned samples of 1 to 16 bits as 8-bit ones (up to 8 bits) or 16-bit ones."""
+    if bits in (8, 16):
+        return values
+    top = (1 << bits) - 1
+    if bits < 8:
+        table = np.array([(v * 255 * 2 + top) // (2 * top) for v in range(top + 1)], np.uint8)
+        return table[values]
+    scaled = (values.astype(np.uint32) * 65535 * 2 + top) // (2 * top)
+    return scaled.astype(np.uint16)
+
+
+def canonical(picture):
+    """The canonical form; None when the page has none (float, signed, over 16 bits, Lab ...)."""
+    if picture.sample_kind != "uint" or picture.bits > 16:
+        return None
+    if picture.model == "palette":
+        colour = _palette_to_8_bits(picture.palette)[picture.samples[:, :, 0]]
+        if colour.shape[2] == 4:
+            return simplify(Canonical("rgb", colour, "unassociated"))
+        return simplify(_with_alpha("rgb", colour, picture, 1))
+    if picture.model == "ycbcr":
+        return simplify(Canonical("rgb", ycbcr_to_rgb(picture)))
+    channels = {"gray": 1, "rgb": 3, "cmyk": 4}.get(picture.model)
+    if channels is None or picture.channels < channels:
+        return None
+    colour = to_full_range(picture.samples[:, :, :channels], picture.bits)
+    if picture.white_is_zero:
+        colour = np.iinfo(colour.dtype).max - colour
+    return simplify(_with_alpha(picture.model, colour, picture, channels))
+
+
+def _with_alpha(model, colour, picture, channels):
+    extras = picture.extras[:picture.channels - channels]
+    which = next((i for i, kind in enumerate(extras) if kind), None)
+    if which is None or model == "cmyk":
+        return Canonical(model, colour)
+    alpha = to_full_range(picture.samples[:, :, channels + which:channels + which + 1], picture.bits)
+    if alpha.dtype != colour.dtype:  # a 16-bit index beside a palette brought to 8 bits
+        alpha = (alpha // 257).astype(np.uint8)
+    return Canonical(model, np.concatenate([colour, alpha], axis=2), extras[which])
+
+
+def _palette_to_8_bits(palette):
+    return (palette >> 8 if palette.max(initial=0) > 255 else palette).astype(np.uint8)
+
+
+def simplify(form):
+    """Drops what says nothing: opaque alpha, equal colours, equal halves of 16-bit samples."""
+    array, model, alpha = form.array, form.model, form.alpha
+    if alpha and np.all(array[:, :, -1] == np.iinfo(array.dtype).max):
+        array, alpha = array[:, :, :-1], None
+    if model == "rgb" and np.array_equal(array[:, :, 0], array[:, :, 1]) and np.array_equal(
+            array[:, :, 0], array[:, :, 2]):
+        array, model = np.concatenate([array[:, :, :1], array[:, :, 3:]], axis=2), "gray"
+    if array.dtype.itemsize == 2 and np.all((array >> 8) == (array & 255)):
+        array = array.astype(np.uint8)
+    return Canonical(model, array, alpha)
+
+
+def ycbcr_to_rgb(picture):
+    """Full-size YCbCr samples by the format's own coefficients and reference black and white."""
+    red, green, blue = picture.details.get("coefficients") or (0.299, 0.587, 0.114)
+    low_y, high_y, low_b, high_b, low_r, high_r = (
+        picture.details.get("reference") or (0, 255, 128, 255, 128, 255))
+    y, cb, cr = (picture.samples[:, :, i].astype(np.float64) for i in range(3))
+    y = (y - low_y) * 255 / (high_y - low_y)
+    cb = (cb - low_b) * 127 / (high_b - low_b)
+    cr = (cr - low_r) * 127 / (high_r - low_r)
+    r = cr * (2 - 2 * red) + y
+    b = cb * (2 - 2 * blue) + y
+    g = (y - blue * b - red * r) / green
+    return np.clip(np.rint(np.stack([r, g, b], axis=2)), 0, 255).astype(np.uint8)
+
+
+def upright(array, orientation):
+    """Applies a TIFF orientation: stored rows and columns become visual ones."""
+    if orientation in (5, 6, 7, 8):
+        array = array.swapaxes(0, 1)
+    if orientation in (2, 3, 6, 7):
+        array = array[:, ::-1]
+    if orientation in (3, 4, 7, 8):
+        array = array[::-1]
+    return array
+
+
+def as_stored(array, orientation):
+    """The inverse of upright()."""
+    if orientation in (3, 4, 7, 8):
+        array = array[::-1]
+    if orientation in (2, 3, 6, 7):
+        array = array[:, ::-1]
+    if orientation in (5, 6, 7, 8):
+        array = array.swapaxes(0, 1)
+    return array
+
+
+def psnr(first, second, peak):
+    """Decibels between two arrays of the same shape; infinite when they are equal."""
+    total, rows = 0.0, max(1, (1 << 22) // max(first[:1].size, 1))
+    for top in range(0, len(first), rows):  # in bands: a large page in doubles is very large
+        error = first[top:top + rows].astype(np.float64) - second[top:top + rows]
+        total += float(np.sum(error * error))
+    return 10 * np.log10(peak * peak * first.size / total) if total else float("inf")
+
+
+def to_8_bits(array):
+    """16-bit samples rounded to 8 bits."""
+    if array.dtype.itemsize == 1:
+        return array
+    return ((array.astype(np.uint32) * 255 + 32767) // 65535).astype(np.uint8)
+
+
+def to_16_bits(array):
+    return array if array.dtype.itemsize == 2 else array.astype(np.uint16) * 257
+
+
+def as_rgb(form):
+    """The colour channels as RGB; CMYK by the plain formula."""
+    array = form.array
+    if form.model == "gray":
+        return np.repeat(array[:, :, :1], 3, axis=2)
+    if form.model == "rgb":
+        return array[:, :, :3]
+    ink = array.astype(np.uint32)
+    top = form.peak
+    return ((top - ink[:, :, :3]) * (top - ink[:, :, 3:4]) // top).astype(array.dtype)
