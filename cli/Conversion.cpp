@@ -40,6 +40,7 @@ namespace {
         void takeSettings();
         void planOutputs();
         void checkTargets();
+        void report(const Findings& findings);
         void prepareLog(Process& job);
         void runJob(Process& job);
         void copyLog(const Process& job);
@@ -105,6 +106,12 @@ namespace {
             m_settings.setOutputFolderPath(checkedOutputFolder(m_options.outputFolder));
     }
 
+    void Conversion::report(const Findings& findings)
+    {
+        for (const QString& line : findings.lines())
+            m_console.trouble(line);
+    }
+
     /// Counts the pages of every source.
     void Conversion::planOutputs()
     {
@@ -123,15 +130,17 @@ namespace {
         if (Signals::received())
             return;
         const TargetFindings found = findTargets(m_sources, m_outputs, m_settings, m_options);
-        Findings told = found.shared;
-        if (m_options.onExists == OnExists::Error)
-            told.add(found.existing);
+        const bool isStrict = m_options.onExists == OnExists::Error;
+        Findings refusals = found.unwritable;
+        Findings warnings;
+        (isStrict ? refusals : warnings).add(found.shared);
+        if (isStrict)
+            refusals.add(found.existing);
         if (m_options.onExists == OnExists::Overwrite)
-            told.add(found.replacedSources);
-        for (const QString& line : told.lines())
-            m_console.trouble(line);
-        if (m_options.onExists == OnExists::Error && told.count() > 0)
-            throw OutputRefused(u"nothing was written; see --on-exists"_s);
+            warnings.add(found.replacedSources);
+        report(refusals.count() > 0 ? refusals : warnings);
+        if (refusals.count() > 0)
+            throw OutputRefused(u"nothing was written; --output and --on-exists may help"_s);
         if (!m_settings.outputFolderPath().isEmpty())
             makeOutputFolder(m_settings.outputFolderPath());
     }

@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSet>
 
 using namespace Qt::StringLiterals;
 
@@ -53,6 +54,8 @@ namespace {
             int pages = 0;
             for (const auto& item : output.fileItems)
                 pages += item->pages();
+            if (pages > 0 && m_options.outputFolder.isEmpty())
+                checkFolder(source);
             if (isKeptTogether(m_settings) && pages > 0)
                 addTarget(source, keptTogetherOutputName(source.path));
             if (isKeptTogether(m_settings))
@@ -64,6 +67,16 @@ namespace {
         TargetFindings take() { return std::move(m_found); }
 
     private:
+        void checkFolder(const Source& source)
+        {
+            const QString folder = folderPart(source.path);
+            if (m_checkedFolders.contains(folder))
+                return;
+            m_checkedFolders.insert(folder);
+            if (!QFileInfo(folder).isWritable())
+                m_found.unwritable.add(u"folder %1 is not writable"_s.arg(folder));
+        }
+
         void addTarget(const Source& source, const QString& name)
         {
             const QString path = joinedPath(outputFolder(source.path, m_settings), name);
@@ -85,6 +98,7 @@ namespace {
         const Settings& m_settings;
         const Options& m_options;
         Places m_places;
+        QSet<QString> m_checkedFolders;
         QHash<QString, QString> m_sources; ///< shown, by key
         QHash<QString, QString> m_owners; ///< who writes a target, by key
         TargetFindings m_found;

@@ -50,6 +50,7 @@ private:
 /// What the run as planned would come upon. Paths are as the user knows them.
 struct TargetFindings
 {
+    Findings unwritable; ///< folders of sources that take no output
     Findings existing; ///< targets that are there already
     Findings shared; ///< targets of more than one page, or of a page and the log
     Findings replacedSources; ///< sources that the output of another source would replace
