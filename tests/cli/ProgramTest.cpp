@@ -1,0 +1,234 @@
+#include "tests/engine/job/TestFolder.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <csignal>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace pagestack;
+
+/// Runs the built program in a folder of its own.
+class ProgramTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void runs_data();
+    void runs();
+    void refusesFoldersThatAreNotWritable();
+    void finishesThePageAfterASignal();
+    void endsAtOnceAfterASecondSignal();
+
+private:
+    void start(const QString& words, const QByteArray& input = {});
+    QString summary();
+    static QStringList made() { return QDir(u"out"_s).entryList(QDir::Files | QDir::Hidden); }
+    const QString m_program = qEnvironmentVariable("PAGESTACK_BIN") + u"/pagestack-convert"_s;
+    std::unique_ptr<TestFolder> m_folder;
+    std::unique_ptr<QProcess> m_process;
+};
+
+void ProgramTest::init()
+{
+    m_process = std::make_unique<QProcess>();
+    m_folder = std::make_unique<TestFolder>();
+    QVERIFY(QDir::setCurrent(m_folder->path({})));
+    m_process->setEnvironment({ u"PATH="_s + qEnvironmentVariable("PATH"), u"LC_ALL=C"_s,
+                                u"XDG_DATA_HOME="_s + m_folder->path(u"data"_s),
+                                u"ASAN_OPTIONS="_s + qEnvironmentVariable("ASAN_OPTIONS") });
+}
+
+/// '~' stands for a blank in a word; words that begin with "sh" are a shell's.
+void ProgramTest::start(const QString& words, const QByteArray& input)
+{
+    m_folder->remember();
+    QStringList arguments = words.split(u' ').replaceInStrings(u"~"_s, u" "_s);
+    if (arguments.first() == u"sh")
+        m_process->start(u"/bin/sh"_s, { u"-c"_s, words.mid(3).arg(m_program) });
+    else
+        m_process->start(m_program, arguments);
+    m_process->write(input);
+    m_process->closeWriteChannel();
+}
+
+/// Standard output, standard error with "!" for the program's name, then the exit code (-1: it
+/// crashed or did not end) and the changes in the folder, the program's own log being "LOG".
+QString ProgramTest::summary()
+{
+    m_process->waitForFinished(60000);
+    const bool hasEnded = m_process->state() == QProcess::NotRunning
+        && m_process->exitStatus() == QProcess::NormalExit;
+    const QString output = QString::fromUtf8(m_process->readAllStandardOutput());
+    QString errors = QString::fromUtf8(m_process->readAllStandardError());
+    errors.replace(QRegularExpression(u"(?m)^pagestack-convert:"_s), u"!"_s);
+    QString changes = m_folder->changes();
+    changes.replace(QRegularExpression(u"data/ .*/Logs/ data/\\S+\\.log"_s), u"LOG"_s);
+    return output + errors
+        + u"%1 %2"_s.arg(hasEnded ? m_process->exitCode() : -1).arg(changes).trimmed();
+}
+
+void ProgramTest::runs_data()
+{
+    QTest::addColumn<QString>("files");
+    QTest::addColumn<QString>("words"); // those after "<" are lines of standard input
+    QTest::addColumn<QString>("summary");
+    const auto row
+        = [](const char* name, const QString& files, const QString& words, const QString& summary) {
+              QTest::newRow(name) << files << words << summary;
+          };
+    row("every page", u"in/a.tif:WWW in/b.tif:W"_s, u"-f bmp --separator _ in"_s,
+        uR"(in/a.tif: 3 pages written
+in/b.tif: 1 page written
+Total 4 files converted successfully.
+0 LOG in/a_1.bmp in/a_2.bmp in/a_3.bmp in/b_1.bmp)"_s);
+    row("wrong usage", u"a.tif:W"_s, u"--quality 11 a.tif"_s,
+        u"! quality '11' is no number from 0 to 10; 'pagestack-convert --help' tells more\n2"_s);
+    row("troubles", u"a.tif:WB b.tif c.tif:W"_s, u"none.tif a.tif b.tif c.tif -o out"_s,
+        uR"(a.tif: 1 page written, 1 failed
+b.tif: 0 pages written
+c.tif: 1 page written
+Total 2 files converted successfully.
+! none.tif: no such file or folder
+! a.tif[2]: *
+! b.tif: *
+1 LOG out/ out/a1.jpg out/c1.jpg)"_s);
+    row("a missing source", u"a.tif:W"_s, u"-q a.tif none.tif"_s,
+        u"! none.tif: no such file or folder\n1 a1.jpg LOG"_s);
+    row("a broken page", u"a.tif:B"_s, u"-q a.tif"_s, u"! a.tif[1]: *\n1 LOG"_s);
+    row("a broken source", u"a.tif"_s, u"-q a.tif"_s, u"! a.tif: *\n1 LOG"_s);
+    row("no source", u"empty/"_s, u"empty no\n\x1B[2J.tif -o out"_s,
+        u"! no??[2J.tif: no such file or folder\n! no source found\n3"_s);
+    for (const QString& folder : { u"a.tif"_s, u"a.tif/out"_s, u"none/out"_s })
+        row(qPrintable(u"output folder "_s + folder), u"a.tif:W"_s, u"a.tif -o "_s + folder,
+            u"! output folder %1 *\n4"_s.arg(folder));
+    row("new output folder", u"a.tif:WW"_s, u"a.tif -f tiff -o new"_s,
+        u"a.tif: 2 pages written\nAll files converted successfully.\n"
+        "0 LOG new/ new/a.tiff[1/1,2/1]"_s);
+    QString targets = u"a2.jpg>nowhere"_s;
+    QString reasons = u"! a2.jpg exists already\n"_s;
+    for (int page = 3; page <= 14; ++page) {
+        targets += u" a%1.jpg"_s.arg(page);
+        reasons += page <= 11 ? u"! a%1.jpg exists already\n"_s.arg(page) : QString();
+    }
+    row("targets that exist", u"b.tif:W a.tif:WWWWWWWWWWWWWW "_s + targets, u"b.tif a.tif"_s,
+        reasons + u"! and 3 more\n! nothing was written; *\n4"_s);
+    row("a target of two pages", u"x/a.tif:WWWWWWWWWWW y/a1.tif:W"_s, u"-r x y -o out"_s,
+        u"! out/a11.jpg is wanted by x/a.tif and by y/a1.tif\n! nothing was written; *\n4"_s);
+    row("overwrite", u"x/a.tif:W y/a.tif:WW out/a.tiff:W"_s,
+        u"x y -q -o out -f tiff --on-exists overwrite"_s,
+        u"! out/a.tiff is wanted by x/a.tif and by y/a.tif\n0 LOG out/a.tiff[1/1,2/1]"_s);
+    row("overwrite sources", u"a.tif:W a.tiff:W"_s,
+        u"-q a.tif a.tiff -f tiff --on-exists overwrite"_s,
+        u"! a.tiff is wanted by a.tif and by a.tiff\n! a.tiff is a source and is replaced by "
+        "output of a.tif\n0 a.tiff[1/1] LOG"_s);
+    row("skip", u"a.tif:WWW a1.gif>nowhere a2.gif"_s, u"a.tif -f gif --on-exists=skip"_s,
+        u"a.tif: 1 page written, 2 skipped\nAll files converted successfully.\n0 a3.gif LOG"_s);
+    row("paths from standard input", u"a~b.tif:W c.tif:W"_s, u"- -q -o . < a~b.tif c.tif"_s,
+        u"0 a~b1.jpg c1.jpg LOG"_s);
+    row("a list from standard input", u"a.tif:W c.tif:W"_s, u"--files-from - -v c.tif < c.tif"_s,
+        u"c1.jpg\nc.tif: 1 page written\nAll files converted successfully.\n"
+        "! c.tif: named twice, converted once\n0 c1.jpg LOG"_s);
+    row("a log elsewhere", u"a.tif:W"_s, u"-q a.tif --no-log --log copy.xml"_s,
+        u"0 a1.jpg copy.xml"_s);
+    row("no place for the copy of the log", u"a.tif:W"_s, u"-q a.tif --log none/copy.xml"_s,
+        u"! none/copy.xml: *\n1 a1.jpg LOG"_s);
+    // The program's own log is no such promise.
+    row("no place for the log", u"a.tif:W data"_s, u"-q a.tif"_s, u"! *\n0 a1.jpg"_s);
+    row("verbose", u"a.tif:WW"_s, u"-v a.tif -o ."_s,
+        u"./a1.jpg\n./a2.jpg\na.tif: 2 pages written\nTotal 2 files converted successfully.\n"
+        "0 a1.jpg a2.jpg LOG"_s);
+    row("progress", u"a.tif:WW"_s, u"-q a.tif --progress always"_s,
+        u"1 of 2 pages, *\n2 of 2 pages\n0 a1.jpg a2.jpg LOG"_s);
+    row("any name", u"größe~100%~#1?.tif:W"_s, u"größe~100%~#1?.tif --separator ~ü: --no-log"_s,
+        u"größe 100% #1?.tif: 1 page written\nAll files converted successfully.\n"
+        "0 größe~100%~#1?~ü-1.jpg"_s);
+    row("standard output closed", u"a.tif:WW"_s,
+        u"sh exec '%1' -v -f tiff --split a.tif >&- 2>&- <&-"_s,
+        u"0 a1.tiff[1/1] a2.tiff[2/1] LOG"_s);
+    row("reader gone", u"a.tif:"_s + QString(300, u'W'),
+        u"sh { '%1' -v --progress always a.tif -o out 2>errors || echo failed >&2; } | head -n 1; "
+        "ls out | wc -l; grep -v ' of 300 ' errors; grep -c ' of 300 ' errors | grep -v '^..\\?$'; "
+        "rm -r out"_s,
+        u"out/a1.jpg\n300\npagestack-convert: standard output: Broken pipe; the run goes on\n"
+        "0 LOG errors"_s);
+    row("help, version", {}, u"sh '%1' -h >h && '%1' --version >v && head -qn 1 h v"_s,
+        u"Examples:\npagestack-convert *\n0 h v"_s);
+}
+
+void ProgramTest::runs()
+{
+    QFETCH(const QString, files);
+    QFETCH(const QString, words);
+    QFETCH(const QString, summary);
+    m_folder->make(files);
+    QString input = words.section(u" < "_s, 1).replace(u' ', u'\n').replace(u'~', u' ');
+    start(words.section(u" < "_s, 0, 0), input.toUtf8());
+    QCOMPARE(withStars(this->summary(), summary), summary);
+}
+
+void ProgramTest::refusesFoldersThatAreNotWritable()
+{
+    m_folder->make(u"in/a.tif:WWWWWWWWWWWW"_s);
+    QVERIFY(QFile::setPermissions(m_folder->path({}), QFile::Permissions(0x7755)));
+    QVERIFY(QFile::setPermissions(u"in"_s, QFile::Permissions(0x5555)));
+    // Nothing is closed to root.
+    m_process->setChildProcessModifier([] {
+        constexpr unsigned nobody = 65534;
+        if (::geteuid() == 0 && (::setgid(nobody) != 0 || ::setuid(nobody) != 0))
+            ::_exit(99);
+    });
+    const QMap<QString, QString> refusals {
+        { u"in/a.tif"_s, u"! folder @/in is not writable\n! nothing was written; *\n4"_s },
+        { u"in/a.tif -o in"_s, u"! output folder in is not writable\n4"_s }
+    };
+    for (const QString& words : refusals.keys()) {
+        start(words);
+        if (!m_process->waitForStarted())
+            QSKIP("the program cannot be run by another user here");
+        const QString refusal = refusals.value(words).replace(u'@', m_folder->path({}));
+        QCOMPARE(withStars(summary(), refusal), refusal);
+    }
+}
+
+void ProgramTest::finishesThePageAfterASignal()
+{
+    for (const int number : { SIGINT, SIGTERM }) {
+        init();
+        m_folder->make(u"a.tif:"_s + QString(20000, u'W'));
+        start(u"a.tif -o out --log log.xml"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(u"out/a1.jpg"_s), 30000);
+        QCOMPARE(::kill(static_cast<pid_t>(m_process->processId()), number), 0);
+        const QString found = summary();
+        const qsizetype pages = made().size();
+        QVERIFY(pages < 20000);
+        QVERIFY(found.startsWith(u"a.tif: %1 page"_s.arg(pages)));
+        QVERIFY(found.contains(u" written\nProcess cancelled!\n%1 "_s.arg(128 + number)));
+        QCOMPARE(made().filter(QRegularExpression(u"^a\\d+\\.jpg$"_s)), made());
+        QFile log(u"log.xml"_s);
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        const QByteArray text = log.readAll();
+        QVERIFY(text.startsWith("<?xml "));
+        QCOMPARE(text.count("Status=\"Completed\""), pages);
+    }
+}
+
+void ProgramTest::endsAtOnceAfterASecondSignal()
+{
+    m_folder->make(u"a.tif:H"_s);
+    start(u"a.tif -o out"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(!made().isEmpty(), 30000);
+    // Two signals in quick succession count as one, so that it takes some more.
+    do
+        QCOMPARE(::kill(static_cast<pid_t>(m_process->processId()), SIGINT), 0);
+    while (!m_process->waitForFinished(40));
+    QVERIFY(summary().startsWith(u"130 "));
+    QVERIFY2(!QFile::exists(u"out/a1.jpg"_s), "a page has its name only when it is complete");
+}
+
+QTEST_GUILESS_MAIN(ProgramTest)
+#include "ProgramTest.moc"

@@ -1,0 +1,360 @@
+#include "engine/job/Process.h"
+
+#include "engine/job/OutputNames.h"
+#include "engine/support/AppFolders.h"
+#include "engine/support/Workspace.h"
+#include "tests/engine/job/TestFolder.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QTest>
+#include <QThread>
+#include <QUrl>
+
+#include <stdexcept>
+
+using namespace Qt::StringLiterals;
+using namespace pagestack;
+
+namespace {
+
+/// One job that makes PNG files, with a folder "in" for its sources and one "out" for its outputs,
+/// and a record of all that it announces, in order: "message Process cancelled!", "page in/a.tif 1
+/// out/a1.png Written". It is the job's workspace as well, which opens nothing.
+class JobFixture : public Workspace
+{
+public:
+    /// Makes `sources` ("a.tif:WW b.tif:W", see TestFolder::make) and plans their outputs, then
+    /// carries out `changes`, words of which "in/a.tif:W" changes a file after its pages were
+    /// counted, "outputType=2" a field of the settings or of the job, "stopAt=processed~1" stops
+    /// the run at an event, "filter=a2.png" leaves targets of that name alone.
+    explicit JobFixture(const QString& sources = {}, const QString& changes = {})
+    {
+        createApplicationUsersFolder(u"Logs"_s, nullptr);
+        folder.make(u"in/ out/"_s);
+        settings.setOutputType(1);
+        settings.setOutputFolderPath(folder.path(u"out"_s));
+        settings.setIsOpenFolderAfterConversion(false);
+        job.setSettings(&settings);
+        job.setIsCombining(true);
+        plan(sources);
+        for (const QString& word : changes.split(u' ', Qt::SkipEmptyParts)) {
+            if (word.contains(u'='))
+                change(word.section(u'=', 0, 0), word.section(u'=', 1).replace(u'~', u' '));
+            else
+                folder.make(word);
+        }
+        listen(u"isCombining"_s, &Process::isCombiningChanged);
+        listen(u"isCompleted"_s, &Process::isCompletedChanged);
+        listen(u"processed"_s, &Process::totalFileProcessedChanged);
+        listen(u"created"_s, &Process::totalFileCreatedChanged);
+        listen(u"file"_s, &Process::fileInProcessChanged);
+        listen(u"output"_s, &Process::outputFileInProcessChanged);
+        listen(u"timeTaken"_s, &Process::timeTakenChanged);
+        listen(u"message"_s, &Process::messageChanged);
+        listen(u"trouble"_s, &Process::troubleMet);
+        listen(u"log trouble"_s, &Process::logTroubleMet);
+        listen(u"page"_s, &Process::pageDone);
+        listen(u"written"_s, &Process::fileWritten);
+    }
+
+    void openURL(const QUrl& url) override { opened.append(url.toLocalFile()); }
+    void activateFileViewerSelectingURLs(const QList<QUrl>&) override { }
+    void showInformation(const QList<QUrl>&) override { }
+
+    void run()
+    {
+        folder.remember();
+        job.start();
+    }
+
+    /// What the run has left: a line for each source in the log, for each trouble and for what was
+    /// opened, then "processed/created files message".
+    QString summary() const
+    {
+        QStringList lines;
+        for (const std::shared_ptr<LogFiles>& source : job.log()->files) {
+            QStringList pages;
+            for (const LogFile& page : source->logFiles)
+                pages << u"%1 %2 %3"_s.arg(page.targetFile).arg(page.sourcePageNo).arg(page.status);
+            const QString path = shortened(joinedPath(source->sourcePath, source->filename));
+            lines.append(u"%1 to %2, %3 pages [%4] "_s.arg(path, shortened(source->targetPath))
+                             .arg(source->pages)
+                             .arg(source->status)
+                         + pages.join(u", "_s));
+        }
+        lines += events.filter(u"trouble "_s);
+        for (const QString& path : opened)
+            lines.append(u"opened "_s + shortened(path));
+        lines.append(u"%1/%2 "_s.arg(job.totalFileProcessed()).arg(job.totalFileCreated()));
+        lines.last() += (folder.changes() + u' ' + job.message()).trimmed();
+        return lines.replaceInStrings(QRegularExpression(u" +$"_s), {}).join(u'\n');
+    }
+
+    /// Whether the end of the run was announced, once and last, and its log is there.
+    bool hasEnded() const
+    {
+        return events.last() == u"isCompleted true" && events.count(events.last()) == 1
+            && job.isCompleted() && QFile::exists(job.log()->logFilePath());
+    }
+
+    TestFolder folder;
+    Settings settings { nullptr };
+    QStringList opened;
+    QStringList events;
+    /// Called after each event; may throw.
+    std::function<void(const QString& event)> onEvent = [](const QString&) {};
+    Process job { this, [this](const QString& text) { note(u"time line "_s + text); } };
+
+private:
+    void plan(const QString& sources)
+    {
+        QList<OutputFile> planned;
+        for (const QString& source : sources.split(u' ', Qt::SkipEmptyParts)) {
+            folder.make(u"in/"_s + source);
+            const qsizetype end = source.indexOf(QRegularExpression(u"[:>]|$"_s));
+            const QString path = folder.path(u"in/"_s + source.left(end).replace(u'~', u' '));
+            planned.append({ path, { FileItem::initWithURL(QUrl::fromLocalFile(path)) } });
+        }
+        job.setOutputFiles(planned);
+    }
+
+    void change(const QString& name, const QString& value)
+    {
+        const QByteArray field = name.toLatin1();
+        if (name == u"stopAt")
+            onEvent = [=, this](const QString& event) { event == value ? job.stop() : void(); };
+        else if (name == u"filter")
+            job.setTargetFilter([=](const QString& to) { return lastPathComponent(to) != value; });
+        else if (name == u"outputFolderPath" && !value.isEmpty())
+            settings.setOutputFolderPath(folder.path(value));
+        else if (!settings.setProperty(field, value) && !job.setProperty(field, value))
+            throw std::runtime_error("no field " + field.toStdString());
+    }
+
+    template <typename... Values>
+    void listen(const QString& name, void (Process::*signal)(Values...))
+    {
+        const auto take = [this, name](Values... values) {
+            note((QStringList(name) << ... << QVariant::fromValue(values).toString()).join(u' '));
+        };
+        QObject::connect(&job, signal, &job, take, Qt::DirectConnection);
+    }
+
+    void note(const QString& event)
+    {
+        events.append(shortened(event).trimmed());
+        onEvent(events.last());
+    }
+
+    /// `text` with paths below the folder of the test only.
+    QString shortened(QString text) const { return text.remove(folder.path({}) + u'/'); }
+};
+
+const QString failure = u"Pagestack unable able to convert some of the files!\r\n"
+                        "Please check log for more information."_s;
+
+} // namespace
+
+class ProcessTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void announcesEachStepInOrder();
+    void converts_data();
+    void converts();
+    void bringsTheRunToItsEndAfterAnException();
+};
+
+void ProcessTest::announcesEachStepInOrder()
+{
+    const QString pages = uR"(output scan1.png
+created 1
+written in/scan.tif out/scan1.png 1
+page in/scan.tif 1 out/scan1.png Written
+output scan2.png
+created 2
+written in/scan.tif out/scan2.png 1
+page in/scan.tif 2 out/scan2.png Written)"_s;
+    const QString together = uR"(output scan.tiff
+page in/scan.tif 1 out/scan.tiff Written
+page in/scan.tif 2 out/scan.tiff Written
+written in/scan.tif out/scan.tiff 2
+created 1)"_s;
+    const QString expected = uR"(isCompleted false
+message
+file scan.tif
+%1
+processed 1
+time line Total Time Taken : In Process... 1/1
+message %2 files converted successfully.
+timeTaken
+file
+output
+isCombining false
+time line Total Time Taken :  1/1
+isCompleted true)"_s;
+    for (const bool isTogether : { false, true }) {
+        JobFixture fixture(u"scan.tif:WW"_s, isTogether ? u"outputType=2"_s : QString());
+        // Time lines are shown on the main thread, while the job waits; all else is its own.
+        QThread* const mainThread = QThread::currentThread();
+        QStringList misplaced;
+        fixture.onEvent = [&](const QString& met) {
+            if (met.startsWith(u"time line") != (QThread::currentThread() == mainThread))
+                misplaced.append(met);
+        };
+        fixture.job.viewLog();
+        QVERIFY(fixture.opened.isEmpty());
+        const std::unique_ptr<QThread> worker(QThread::create([&] { fixture.run(); }));
+        worker->start();
+        QTRY_VERIFY(worker->isFinished());
+        QCOMPARE(misplaced, QStringList());
+        QCOMPARE(fixture.events.join(u'\n'),
+                 isTogether ? expected.arg(together, u"All"_s) : expected.arg(pages, u"Total 2"_s));
+        const Log& log = *fixture.job.log();
+        QVERIFY(log.startTime.isValid() && log.startTime <= log.endTime);
+        QCOMPARE(log.files.at(0)->logFiles.at(1).targetPageNo, 0);
+        fixture.job.viewLog();
+        QCOMPARE(fixture.opened, QStringList({ log.logFilePath() }));
+    }
+}
+
+void ProcessTest::converts_data()
+{
+    QTest::addColumn<QString>("sources");
+    QTest::addColumn<QString>("changes");
+    QTest::addColumn<QString>("summary");
+    const auto row
+        = [](const char* name, const QString& sources, const QString& changes,
+             const QString& summary) { QTest::newRow(name) << sources << changes << summary; };
+    row("nothing", {}, u"isOpenFolderAfterConversion=true"_s,
+        u"0/0 All files converted successfully."_s);
+    row("one page each", u"a.tif:W b.tif:W"_s, u"isOpenFolderAfterConversion=true"_s,
+        uR"(in/a.tif to out, 1 pages [] a1.png 1 Completed
+in/b.tif to out, 1 pages [] b1.png 1 Completed
+opened out
+2/2 out/a1.png out/b1.png All files converted successfully.)"_s);
+    row("beside the source", u"größe~50%~#1.tif:W"_s,
+        u"outputFolderPath= isOpenFolderAfterConversion=true"_s,
+        uR"(in/größe 50% #1.tif to in, 1 pages [] größe 50% #11.png 1 Completed
+1/1 in/größe~50%~#11.png All files converted successfully.)"_s);
+    row("troubles", u"text.tif gone.tif>nowhere bad.tif:WBW more.tif:W"_s, u"in/more.tif:WWW"_s,
+        uR"(in/text.tif to out, 0 pages [Unable to Open File!]
+in/gone.tif to out, 0 pages [Unable to Open File!]
+in/bad.tif to out, 2 pages [] bad1.png 1 Completed, bad2.png 2 Unable to save page!, bad3.png 3 Completed
+in/more.tif to out, 1 pages [] more1.png 1 Completed
+trouble in/text.tif 0 *
+trouble in/gone.tif 0 *
+trouble in/bad.tif 2 *
+trouble in/more.tif 0 the file has 3 pages now, 1 were counted before the run
+4/3 out/bad1.png out/bad3.png out/more1.png Total 3 files converted successfully.)"_s);
+    // A target folder that is a file: no permission lets anyone write there, root included.
+    row("unwritable", u"a.tif:W"_s, u"outputFolderPath=in/a.tif"_s,
+        uR"(in/a.tif to in/a.tif, 0 pages [] a1.png 1 Unable to save page!
+trouble in/a.tif 1 *
+1/0 Total 0 files converted successfully.)"_s);
+    row("lost pages", u"a.tif:WWW b.tif:W"_s, u"in/a.tif:WW"_s,
+        uR"(in/a.tif to out, 2 pages [index 2 beyond bounds [0 .. 1]] a1.png 1 Completed, a2.png 2 Completed
+in/b.tif to out, 1 pages [] b1.png 1 Completed
+trouble in/a.tif 0 index 2 beyond bounds [0 .. 1]
+2/3 out/a1.png out/a2.png out/b1.png )"_s
+            + failure);
+    row("lost pages, then cancelled", u"a.tif:WW b.tif:W"_s,
+        u"in/a.tif:W stopAt=trouble~in/a.tif~0~index~1~beyond~bounds~[0~..~0]"_s,
+        uR"(in/a.tif to out, 1 pages [index 1 beyond bounds [0 .. 0]] a1.png 1 Completed
+trouble in/a.tif 0 index 1 beyond bounds [0 .. 0]
+1/1 out/a1.png )"_s
+            + failure);
+    row("no run flag", u"a.tif:W"_s, u"isCombining=false"_s, u"0/0 Process cancelled!"_s);
+    row("target filter", u"a.tif:WWW"_s, u"filter=a2.png"_s,
+        uR"(in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Skipped, a3.png 3 Completed
+1/2 out/a1.png out/a3.png Total 2 files converted successfully.)"_s);
+    row("together", u"a.tif:WWW b.tif:W"_s, u"outputType=2 tiffCompressionIndex=3 separator=_"_s,
+        uR"(in/a.tif to out, 3 pages [] a.tiff 1 Completed, a.tiff 2 Completed, a.tiff 3 Completed
+in/b.tif to out, 1 pages [] b.tiff 1 Completed
+2/2 out/a.tiff[1/5,2/5,3/5] out/b.tiff[1/5] All files converted successfully.)"_s);
+    row("together in the place of the source", u"a.tiff:WW"_s, u"outputType=2 outputFolderPath="_s,
+        uR"(in/a.tiff to in, 2 pages [] a.tiff 1 Completed, a.tiff 2 Completed
+1/1 in/a.tiff[1/1,2/1] All files converted successfully.)"_s);
+    row("together with troubles", u"bad.tif:WBW worse.tif:B less.tif:WWWW text.tif"_s,
+        u"outputType=2 in/less.tif:WW in/text.tif:W"_s,
+        uR"(in/bad.tif to out, 2 pages [] bad.tiff 1 Completed, bad.tiff 2 Unable to save page!, bad.tiff 3 Completed
+in/worse.tif to out, 0 pages [] worse.tiff 1 Unable to save page!
+in/less.tif to out, 2 pages [] less.tiff 1 Completed, less.tiff 2 Completed, less.tiff 3
+in/text.tif to out, 0 pages []
+trouble in/bad.tif 2 *
+trouble in/worse.tif 1 *
+trouble in/less.tif 0 index 2 beyond bounds [0 .. 1]
+trouble in/text.tif 0 the file has 1 pages now, 0 were counted before the run
+4/2 out/bad.tiff[1/1,3/1] out/less.tiff[1/1,2/1] Total 2 files converted successfully.)"_s);
+    row("together, unwritable", u"a.tif:WW b.tif:W"_s, u"outputType=2 outputFolderPath=in/a.tif"_s,
+        uR"(in/a.tif to in/a.tif, 2 pages [] a.tiff 1 Completed, a.tiff 2 Completed
+in/b.tif to in/a.tif, 1 pages [] b.tiff 1 Completed
+trouble in/a.tif 0 *
+trouble in/b.tif 0 *
+2/0 Total 0 files converted successfully.)"_s);
+    row("together, target filter", u"a.tif:WW"_s, u"outputType=2 filter=a.tiff"_s,
+        uR"(in/a.tif to out, 0 pages [] a.tiff 1 Skipped, a.tiff 2 Skipped
+1/0 Total 0 files converted successfully.)"_s);
+    const auto stop = [&](const QString& event, const QString& summary) {
+        row(qPrintable(event), u"a.tif:WW b.tif:WW c.tif:WW"_s, u"stopAt="_s + event,
+            summary + u" Process cancelled!"_s);
+    };
+    stop(u"message"_s, u"0/0"_s);
+    stop(u"file~a.tif"_s, u"in/a.tif to out, 0 pages []\n1/0"_s);
+    const QString one = u"in/a.tif to out, 1 pages [] a1.png 1 Completed\n1/1 out/a1.png"_s;
+    stop(u"output~a1.png"_s, one);
+    stop(u"created~1"_s, one);
+    const QString two = u"in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Completed\n"_s;
+    stop(u"output~a2.png"_s, two + u"1/2 out/a1.png out/a2.png"_s);
+    stop(u"processed~1"_s, two + u"1/2 out/a1.png out/a2.png"_s);
+    stop(u"time~line~Total~Time~Taken~:~In~Process...~1/3"_s, two + u"1/2 out/a1.png out/a2.png"_s);
+    stop(u"file~b.tif"_s, two + u"in/b.tif to out, 0 pages []\n2/2 out/a1.png out/a2.png"_s);
+    stop(u"output~a.tiff outputType=2"_s, u"in/a.tif to out, 0 pages []\n1/0"_s);
+    stop(u"page~in/a.tif~1~out/a.tiff~Written outputType=2"_s,
+         u"in/a.tif to out, 1 pages [] a.tiff 1 Completed\n1/1 out/a.tiff[1/1]"_s);
+}
+
+void ProcessTest::converts()
+{
+    QFETCH(const QString, sources);
+    QFETCH(const QString, changes);
+    QFETCH(const QString, summary);
+    JobFixture fixture(sources, changes);
+    if (!changes.contains(u"separator"))
+        fixture.settings.setSeparator(QString());
+    if (sources.contains(u"less.tif"))
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"\\(saveAsTiff:.* index 2 "_s));
+    fixture.run();
+    QCOMPARE(withStars(fixture.summary(), summary), summary);
+    QVERIFY(!fixture.settings.separator().isNull());
+    QVERIFY(fixture.hasEnded());
+}
+
+void ProcessTest::bringsTheRunToItsEndAfterAnException()
+{
+    for (const bool hasReason : { true, false }) {
+        JobFixture fixture(u"a.tif:W b.tif:W"_s);
+        fixture.onEvent = [=](const QString& met) {
+            if (hasReason && met.endsWith(u"1/2"))
+                throw std::runtime_error("no line to write on");
+            if (met.endsWith(u"In Process... 1/2"))
+                throw 7;
+        };
+        for (int i = 0; hasReason && i < 2; ++i)
+            QTest::ignoreMessage(QtWarningMsg, "Error in (Process=>start) : no line to write on");
+        if (hasReason)
+            fixture.run();
+        else
+            QVERIFY_THROWS_EXCEPTION(int, fixture.run());
+        // Without a reason it is no failure of the run that a message could tell.
+        QCOMPARE(fixture.job.message(),
+                 hasReason ? failure : u"Total 1 files converted successfully."_s);
+        QCOMPARE(fixture.folder.changes(), u"out/a1.png"_s);
+        QVERIFY(fixture.hasEnded());
+    }
+}
+
+QTEST_GUILESS_MAIN(ProcessTest)
+#include "ProcessTest.moc"

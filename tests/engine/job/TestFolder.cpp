@@ -1,0 +1,120 @@
+#include "tests/engine/job/TestFolder.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QRegularExpression>
+
+#include <tiffio.h>
+
+#include <memory>
+#include <stdexcept>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    using Handle = std::unique_ptr<TIFF, decltype([](TIFF* tiff) { TIFFClose(tiff); })>;
+
+    bool writeTiff(const QString& path, const QString& pages)
+    {
+        const Handle tiff(TIFFOpen(QFile::encodeName(path).constData(), "w"));
+        bool isWritten = tiff != nullptr;
+        for (qsizetype i = 0; isWritten && i < pages.size(); ++i) {
+            const bool isHuge = pages.at(i) == u'H';
+            const std::uint32_t strips = isHuge ? 40 : 1;
+            TIFFSetField(tiff.get(), TIFFTAG_IMAGEWIDTH, isHuge ? 40000 : 47);
+            TIFFSetField(tiff.get(), TIFFTAG_IMAGELENGTH, isHuge ? 40000 : 33);
+            TIFFSetField(tiff.get(), TIFFTAG_BITSPERSAMPLE, isHuge ? 1 : 8);
+            TIFFSetField(tiff.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+            TIFFSetField(tiff.get(), TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
+            TIFFSetField(tiff.get(), TIFFTAG_ROWSPERSTRIP, isHuge ? 1000 : 33);
+            QByteArray pixels(TIFFStripSize(tiff.get()), static_cast<char>(i + 1));
+            const bool isBroken = pages.at(i) == u'B';
+            const auto write = isBroken ? TIFFWriteRawStrip : TIFFWriteEncodedStrip;
+            for (std::uint32_t strip = 0; isWritten && strip < strips; ++strip)
+                isWritten
+                    = write(tiff.get(), strip, pixels.data(), isBroken ? 9 : pixels.size()) > 0;
+            isWritten = isWritten && TIFFWriteDirectory(tiff.get()) == 1;
+        }
+        return isWritten;
+    }
+
+    QString tiffPages(const QString& path)
+    {
+        QStringList pages;
+        const Handle tiff(TIFFOpen(QFile::encodeName(path).constData(), "r"));
+        for (bool isPage = tiff != nullptr; isPage; isPage = TIFFReadDirectory(tiff.get()) == 1) {
+            std::uint16_t tag = 0;
+            TIFFGetField(tiff.get(), TIFFTAG_COMPRESSION, &tag);
+            QByteArray row(TIFFScanlineSize(tiff.get()), '\0');
+            const bool isRead = TIFFReadScanline(tiff.get(), row.data(), 0) == 1;
+            pages.append(u"%1/%2"_s.arg(isRead ? row.at(0) : -1).arg(tag));
+        }
+        return pages.join(u',');
+    }
+
+} // namespace
+
+void TestFolder::make(const QString& list) const
+{
+    for (QString word : list.split(u' ', Qt::SkipEmptyParts)) {
+        word.replace(u'~', u' ').replace(u'@', m_folder.path());
+        const qsizetype mark = word.indexOf(QRegularExpression(u"[:>]"_s));
+        QFile file(path(word.left(mark)));
+        const QString rest = word.mid(mark + 1);
+        bool isMade = QDir().mkpath(QFileInfo(file).path());
+        if (mark >= 0 && word.at(mark) == u':')
+            isMade = isMade && writeTiff(file.fileName(), rest);
+        else if (mark >= 0)
+            isMade = isMade && QFile::link(rest, file.fileName());
+        else if (!word.endsWith(u'/'))
+            isMade = isMade && file.open(QIODevice::WriteOnly) && file.write("text") == 4;
+        if (!isMade)
+            throw std::runtime_error("cannot make " + word.toStdString());
+    }
+}
+
+QMap<QString, QByteArray> TestFolder::entries() const
+{
+    QMap<QString, QByteArray> found;
+    constexpr auto all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    QDirIterator entry(path({}), all, QDirIterator::Subdirectories);
+    while (entry.hasNext()) {
+        QFile file(entry.next());
+        const QString name = QDir(path({})).relativeFilePath(entry.filePath());
+        if (entry.fileInfo().isSymLink())
+            found[name] = "> " + file.symLinkTarget().toUtf8();
+        else if (entry.fileInfo().isDir())
+            found[name + u'/'] = "a folder";
+        else if (file.open(QIODevice::ReadOnly))
+            found[name] = "a file: " + file.readAll();
+    }
+    return found;
+}
+
+QString TestFolder::changes() const
+{
+    QStringList names;
+    const QMap<QString, QByteArray> now = entries();
+    for (const QString& name : now.keys() + m_before.keys()) {
+        const bool isTiff = now.contains(name) && name.endsWith(u".tiff");
+        const QString shown = isTiff ? u"%1[%2]"_s.arg(name, tiffPages(path(name))) : name;
+        if (m_before.value(name) != now.value(name))
+            names.append(now.contains(name) ? shown : u'-' + name);
+    }
+    names.removeDuplicates();
+    return names.replaceInStrings(u" "_s, u"~"_s).join(u' ');
+}
+
+QString withStars(QString found, const QString& expected)
+{
+    for (const QString& line : expected.split(u'\n').filter(QRegularExpression(u"\\*$"_s))) {
+        const QString start = QRegularExpression::escape(line.chopped(1));
+        found.replace(QRegularExpression(u"(?m)^%1.+$"_s.arg(start)), line);
+    }
+    return found;
+}
+
+} // namespace pagestack

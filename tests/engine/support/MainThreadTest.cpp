@@ -1,0 +1,113 @@
+#include "engine/support/MainThread.h"
+
+#include <QCoreApplication>
+#include <QSemaphore>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+using namespace pagestack;
+
+// The application object is made anew for every test, since ending the calls holds for its
+// lifetime.
+class MainThreadTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { m_application.emplace(m_argumentCount, m_arguments); }
+
+    void runsInOrderAndCarriesExceptionsBack()
+    {
+        const auto fail = [] { throw std::out_of_range("row 3"); };
+        QVERIFY_THROWS_EXCEPTION(std::out_of_range, callOnMainThread(fail)); // at once
+        // Joining serves the worker without an event loop, where a plain wait() would never end.
+        for (const bool byJoining : { false, true }) {
+            QList<int> order;
+            const auto worker = started([&] {
+                for (int i = 0; i < 200; i += 2) {
+                    callOnMainThread(
+                        [&] { order += QThread::currentThread() == qApp->thread() ? i : -1; });
+                    order += i + 1; // unguarded: the caller has waited
+                }
+                try {
+                    callOnMainThread(fail);
+                } catch (const std::out_of_range& error) {
+                    order += QByteArray(error.what()) == "row 3" ? 200 : -1;
+                }
+            });
+            if (!byJoining)
+                QVERIFY(QSignalSpy(worker.get(), &QThread::finished).wait());
+            joinWorker(*worker);
+            QVERIFY(worker->isFinished());
+            QCOMPARE(order.size(), 201);
+            for (int i = 0; i <= 200; ++i)
+                QCOMPARE(order.at(i), i);
+        }
+    }
+
+    void joinsWorkersThatGoOnCallingAndThrowing()
+    {
+        int calls = 0;
+        std::atomic_int caught = 0;
+        const auto work = [&] {
+            for (int i = 0; i < 500; ++i) {
+                try {
+                    callOnMainThread([&] {
+                        if (++calls % 3 == 0)
+                            throw std::runtime_error("third");
+                    });
+                } catch (const std::runtime_error&) {
+                    ++caught;
+                }
+            }
+        };
+        for (const auto& worker : { started(work), started(work) })
+            joinWorker(*worker); // serves the other one's calls too
+        QCOMPARE(calls, 1000);
+        QCOMPARE(caught.load(), 333);
+        joinWorker(*std::unique_ptr<QThread>(QThread::create(work))); // never started
+    }
+
+    void releasesCallersAtShutdown()
+    {
+        for (const bool applicationGoes : { false, true }) {
+            init();
+            QSemaphore isAboutToCall;
+            std::atomic_int calls = 0;
+            const auto work = [&] {
+                isAboutToCall.release();
+                callOnMainThread([&] { ++calls; });
+            };
+            const auto first = started(work);
+            const auto second = started(work);
+            isAboutToCall.acquire(2);
+            applicationGoes ? m_application.reset() : endMainThreadCalls();
+            QVERIFY(first->wait() && second->wait());
+            callOnMainThread([&] { ++calls; });
+            QCoreApplication::processEvents(); // a wake-up still posted finds nothing to run
+            QCOMPARE(calls.load(), 0);
+        }
+    }
+
+private:
+    static std::unique_ptr<QThread> started(const std::function<void()>& work)
+    {
+        std::unique_ptr<QThread> worker(QThread::create(work));
+        worker->start();
+        return worker;
+    }
+
+    int m_argumentCount = 1;
+    char m_name[5] = "test";
+    char* m_arguments[2] = { m_name, nullptr };
+    std::optional<QCoreApplication> m_application;
+};
+
+QTEST_APPLESS_MAIN(MainThreadTest)
+#include "MainThreadTest.moc"
