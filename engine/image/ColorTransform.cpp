@@ -97,10 +97,13 @@ ColorTransform::ColorTransform(SourceColor from, int bits, const QByteArray& pro
         return;
     const Profile target(cmsCreate_sRGBProfileTHR(engine->context.get()));
     const cmsUInt32Number cmykFormat = bits == 8 ? TYPE_CMYK_8 : TYPE_CMYK_16;
+    // An L*a*b* transform is worked out for every pixel: the table that lcms makes of it otherwise
+    // misses white and black by a step, and strong colours by more.
+    const bool isCmyk = from == SourceColor::Cmyk;
     engine->transform.reset(cmsCreateTransformTHR(
-        engine->context.get(), source.get(), from == SourceColor::Cmyk ? cmykFormat : TYPE_Lab_16,
-        target.get(), bits == 8 ? TYPE_RGB_8 : TYPE_RGB_16, INTENT_RELATIVE_COLORIMETRIC,
-        cmsFLAGS_BLACKPOINTCOMPENSATION));
+        engine->context.get(), source.get(), isCmyk ? cmykFormat : TYPE_Lab_16, target.get(),
+        bits == 8 ? TYPE_RGB_8 : TYPE_RGB_16, INTENT_RELATIVE_COLORIMETRIC,
+        isCmyk ? cmsFLAGS_BLACKPOINTCOMPENSATION : cmsFLAGS_NOOPTIMIZE));
     if (engine->transform)
         m_engine = std::move(engine);
     else if (from != SourceColor::Cmyk)

@@ -69,13 +69,15 @@ void MultiPageTiff::append(const PageImage& page)
 void MultiPageTiff::write(const PageImage& page)
 {
     try {
-        if (!m_assembly)
-            m_assembly = std::make_unique<TiffAssembly>(m_path, m_compression, m_plannedPages,
-                                                        couldPassLimit(page), m_limitBytes);
-        m_assembly->append(page.source());
-    } catch (const TiffAssembly::TooLarge&) {
-        rebuildAsBigTiff();
-        write(page);
+        try {
+            if (!m_assembly)
+                m_assembly = std::make_unique<TiffAssembly>(m_path, m_compression, m_plannedPages,
+                                                            couldPassLimit(page), m_limitBytes);
+            m_assembly->append(page.source());
+        } catch (const TiffAssembly::TooLarge&) {
+            rebuildAsBigTiff();
+            m_assembly->append(page.source());
+        }
     } catch (const TiffAssembly::WriteFailure& failure) {
         m_failureReason = QString::fromStdString(failure.what());
     }

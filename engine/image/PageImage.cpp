@@ -24,6 +24,18 @@ namespace {
         return uprightRows(adaptRows(source.rows(), target), source.properties().orientation);
     }
 
+    /// The properties of the upright page, with the profile only if it is for pixels like those of
+    /// `rows`: a palette of grays, for one, has become gray. ICC.1, header: the colour space of the
+    /// data stands in bytes 16 to 19.
+    PageProperties uprightPage(const PageSource& source, const RowSource& rows)
+    {
+        PageProperties page = uprightProperties(source.properties());
+        const bool isGray = rows.layout().model == ColorModel::Gray;
+        if (page.iccProfile.mid(16, 4) != (isGray ? "GRAY" : "RGB "))
+            page.iccProfile.clear();
+        return page;
+    }
+
     /// Stages a file for `path`, lets `encode` fill it and puts it in place. False, with the reason
     /// at `failureReason`, when that fails; the system log gets it behind `logPrefix`.
     template <typename Encode>
@@ -78,7 +90,7 @@ bool PageImage::saveAsBmpWithName(const QString& path)
     return writeStaged(path, "Erorr in (saveAsBmpWithName:) : "_L1, m_failureReason,
                        [this](StagedFile& file) {
                            const auto rows = upright(*m_source, bmpPixels());
-                           encodeBmp(*rows, uprightProperties(m_source->properties()), file);
+                           encodeBmp(*rows, uprightPage(*m_source, *rows), file);
                        });
 }
 
@@ -95,7 +107,7 @@ bool PageImage::saveAsPngWithName(const QString& path)
     return writeStaged(path, "Erorr in (saveAsPngWithName:) : "_L1, m_failureReason,
                        [this](StagedFile& file) {
                            const auto rows = upright(*m_source, pngPixels());
-                           encodePng(*rows, uprightProperties(m_source->properties()), file);
+                           encodePng(*rows, uprightPage(*m_source, *rows), file);
                        });
 }
 
@@ -104,8 +116,7 @@ bool PageImage::saveAsJpegWithName(const QString& path, int quality)
     return writeStaged(path, "Erorr in (saveAsJpegWithName:) : "_L1, m_failureReason,
                        [this, quality](StagedFile& file) {
                            const auto rows = upright(*m_source, jpegPixels());
-                           encodeJpeg(*rows, uprightProperties(m_source->properties()), quality,
-                                      file);
+                           encodeJpeg(*rows, uprightPage(*m_source, *rows), quality, file);
                        });
 }
 

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QFileInfo>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
 
@@ -17,6 +18,8 @@ namespace {
     template <typename Use>
     bool openPdf(const QString& path, const QString& password, Use use)
     {
+        if (!QFileInfo(path).isFile())
+            return false; // qpdf would wait for the writer of a named pipe
         try {
             QPDF document;
             document.setSuppressWarnings(true);

@@ -70,16 +70,29 @@ void TiffFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const
     readFully(TIFFFileno(m_handle.get()), offset, bytes);
 }
 
+/// libtiff 4.5 keeps the note that a JPEG page is decoded to full-size RGB when it goes on to
+/// another directory, and then mistakes the strip sizes of a sub-sampled page there.
+void TiffFile::leavePage()
+{
+    std::uint16_t compression = 0;
+    if (m_isLoaded && TIFFGetField(m_handle.get(), TIFFTAG_COMPRESSION, &compression) == 1
+        && compression == COMPRESSION_JPEG)
+        TIFFSetField(m_handle.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RAW);
+    m_isLoaded = false;
+    m_current = -1;
+}
+
 tiff* TiffFile::describe(int index)
 {
     if (index == m_current)
         return m_handle.get();
+    leavePage();
     m_messages.forget();
-    m_current = -1;
     if (TIFFSetSubDirectory(m_handle.get(), m_chain.offsets.at(static_cast<std::size_t>(index)))
         == 0)
         m_messages.fail("the directory of the page cannot be read");
     m_current = index;
+    m_isLoaded = true;
     m_isPristine = true;
     return m_handle.get();
 }

@@ -39,12 +39,15 @@ public:
     tiff* current() const { return m_handle.get(); }
 
 private:
+    void leavePage();
+
     QString m_path;
     TiffMessages m_messages;
     TiffDirectoryChain m_chain;
     std::uint64_t m_sizeBytes = 0;
     TiffHandle m_handle;
     int m_current = -1; ///< page whose directory is loaded
+    bool m_isLoaded = false; ///< the handle has a directory
     bool m_isPristine = false; ///< nothing was decoded since it was loaded
 };
 
