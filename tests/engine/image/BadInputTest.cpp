@@ -1,0 +1,147 @@
+#include "engine/settings/Settings.h"
+#include "tests/engine/image/ImageReaders.h"
+#include "tests/engine/image/TiffBuilder.h"
+
+#include <QFile>
+#include <QTest>
+#include <QtEndian>
+
+#include <tiffio.h>
+
+using namespace pagestack;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QStringList outputs { u"a.jpg"_s, u"a.png"_s, u"a.gif"_s, u"a.bmp"_s, u"a.tiff"_s };
+
+/// Turns the entry of `tag` of the only page into one of `newTag` with a 32-bit number.
+void patchEntry(const QString& path, unsigned tag, unsigned newTag, unsigned value)
+{
+    QByteArray bytes = bytesOf(path);
+    const auto directory = qFromLittleEndian<quint32>(bytes.constData() + 4);
+    const auto entries = qFromLittleEndian<quint16>(bytes.constData() + directory);
+    for (unsigned i = 0; i < entries; ++i) {
+        char* entry = bytes.data() + directory + 2 + 12 * i;
+        if (qFromLittleEndian<quint16>(entry) != tag)
+            continue;
+        qToLittleEndian<quint16>(static_cast<quint16>(newTag), entry);
+        qToLittleEndian<quint16>(4, entry + 2);
+        qToLittleEndian<quint32>(1, entry + 4);
+        qToLittleEndian<quint32>(value, entry + 8);
+        putBytes(path, bytes);
+        return;
+    }
+    qFatal("the test file has no such entry");
+}
+
+} // namespace
+
+class BadInputTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void savesNoPageThatCannotBeDecodedWhole_data();
+    void savesNoPageThatCannotBeDecodedWhole();
+    void savesNoPageThatMakesNoSense_data();
+    void savesNoPageThatMakesNoSense();
+    void savesNoPageWhosePixelsTheFileLost();
+
+private:
+    /// Whether every writer refuses the page of "page.tif" with a reason and leaves nothing.
+    bool isRefused(const TestPage& page) const
+    {
+        PageImage image = TiffDocument(m_folder->filePath(u"page.tif"_s)).page(0);
+        Settings settings(nullptr);
+        // What has the wanted compression is copied as it lies; all else is decoded.
+        settings.setTiffCompressionIndex(page.compression == 32773 ? 3 : 4);
+        for (const QString& name : outputs)
+            if (image.save(m_folder->filePath(name), settings) || image.failureReason().isEmpty())
+                return false;
+        return namesIn(m_folder->path()).size() == 1;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void BadInputTest::savesNoPageThatCannotBeDecodedWhole_data()
+{
+    QTest::addColumn<QByteArray>("encoded"); // empty: the first half of what should be there
+    for (const char* page :
+         { "rows=33", "rows=33 compression=5", "rows=33 compression=8", "rows=33 compression=32773",
+           "rows=33 fax", "rows=33 fax compression=3", "rows=33 compression=7" })
+        QTest::newRow(page) << QByteArray();
+    for (const char* page :
+         { "rows=33 compression=5 photometric=0", "rows=33 compression=8 photometric=0",
+           "rows=33 compression=7 photometric=0", "tileWidth=64 tileHeight=48 compression=5" })
+        QTest::newRow(page) << QByteArray(900, '\x5A');
+    QTest::newRow("rows=10") << QByteArray(470, 'x'); // the other strips are not there
+    for (const char* page :
+         { "width=-1 height=1 fax", "width=1 height=-1 rows=-1 fax",
+           "width=100000 height=100000 rows=100000 fax", "width=100000 height=100000 rows=100000",
+           "width=100000 height=100000 rows=100000 compression=5",
+           "width=100000 height=100000 rows=100000 compression=8",
+           "width=100000 height=100000 rows=100000 compression=32773" })
+        QTest::newRow(page) << QByteArray("0123456789");
+}
+
+void BadInputTest::savesNoPageThatCannotBeDecodedWhole()
+{
+    QFETCH(QByteArray, encoded);
+    m_folder = std::make_unique<QTemporaryDir>();
+    const QString path = m_folder->filePath(u"page.tif"_s);
+    TestPage page(QTest::currentDataTag());
+    if (encoded.isEmpty()) {
+        writeTiff(path, { page });
+        encoded = readTiff(path).value(0).encoded;
+        encoded.truncate(encoded.size() / 2);
+    }
+    page.encoded = { encoded };
+    writeTiff(path, { page });
+    QVERIFY(isRefused(page));
+}
+
+void BadInputTest::savesNoPageThatMakesNoSense_data()
+{
+    constexpr unsigned unknown = 65000;
+    QTest::addColumn<QList<unsigned>>("patch"); // tag, new tag, new value
+    QTest::newRow("no width") << QList { 256U, unknown, 47U };
+    QTest::newRow("no height") << QList { 257U, unknown, 33U };
+    QTest::newRow("no strips") << QList { 273U, unknown, 8U };
+    QTest::newRow("no colour map") << QList { 320U, unknown, 8U };
+    QTest::newRow("width 0") << QList { 256U, 256U, 0U };
+    QTest::newRow("unknown compression") << QList { 259U, 259U, 999U };
+    QTest::newRow("77 bits") << QList { 258U, 258U, 77U };
+    QTest::newRow("no samples") << QList { 277U, 277U, 0U };
+    QTest::newRow("strip beyond the end") << QList { 273U, 273U, 0x7FFFFFFFU };
+    QTest::newRow("wide tiles") << QList { 322U, 322U, 1'000'000'000U };
+}
+
+void BadInputTest::savesNoPageThatMakesNoSense()
+{
+    QFETCH(QList<unsigned>, patch);
+    m_folder = std::make_unique<QTemporaryDir>();
+    TestPage page("bits=4 photometric=3 rows=33");
+    page.colorMap.assign(48, 7);
+    if (patch[0] == TIFFTAG_TILEWIDTH)
+        page.tileWidth = page.tileHeight = 16;
+    writeTiff(m_folder->filePath(u"page.tif"_s), { page });
+    patchEntry(m_folder->filePath(u"page.tif"_s), patch[0], patch[1], patch[2]);
+    QVERIFY(isRefused(page));
+}
+
+void BadInputTest::savesNoPageWhosePixelsTheFileLost()
+{
+    for (const QString& name : outputs) {
+        SinglePage single("compression=5");
+        QCOMPARE(single.image().widthPx(), 47); // the tags are known from here on
+        QVERIFY(QFile::resize(single.path(u"page.tif"_s), 60));
+        QVERIFY(!single.image().save(single.path(name), Settings(nullptr)));
+        QVERIFY(!single.image().failureReason().isEmpty());
+        QCOMPARE(namesIn(single.folder()), QStringList { u"page.tif"_s });
+    }
+}
+
+QTEST_GUILESS_MAIN(BadInputTest)
+#include "BadInputTest.moc"

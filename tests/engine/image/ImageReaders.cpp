@@ -1,0 +1,296 @@
+#include "tests/engine/image/ImageReaders.h"
+
+#include <QFile>
+
+#include <cstdio>
+#include <gif_lib.h>
+#include <jpeglib.h>
+#include <png.h>
+#include <tiffio.h>
+
+#include <cmath>
+#include <memory>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    [[noreturn]] void refuse(png_structp, const char* reason) { qFatal("libpng: %s", reason); }
+
+    Picture readPng(std::FILE* file)
+    {
+        Picture picture;
+        png_structp codec = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, refuse, nullptr);
+        png_infop info = png_create_info_struct(codec);
+        png_init_io(codec, file);
+        png_read_info(codec, info);
+        picture.width = static_cast<int>(png_get_image_width(codec, info));
+        picture.height = static_cast<int>(png_get_image_height(codec, info));
+        picture.channels = png_get_channels(codec, info);
+        picture.bits = png_get_bit_depth(codec, info);
+        png_uint_32 x = 0;
+        png_uint_32 y = 0;
+        int unit = -1;
+        png_get_pHYs(codec, info, &x, &y, &unit);
+        picture.density = { unit, static_cast<int>(x), static_cast<int>(y) };
+        png_charp name = nullptr;
+        png_bytep profile = nullptr;
+        png_uint_32 profileBytes = 0;
+        int method = 0;
+        if (png_get_iCCP(codec, info, &name, &method, &profile, &profileBytes) != 0)
+            picture.iccProfile = QByteArray(reinterpret_cast<char*>(profile), profileBytes);
+        png_colorp colors = nullptr;
+        int count = 0;
+        png_get_PLTE(codec, info, &colors, &count);
+        for (int i = 0; i < count; ++i)
+            picture.palette.push_back({ colors[i].red, colors[i].green, colors[i].blue });
+        png_set_packing(codec); // a byte a sample below 8 bits
+        png_read_update_info(codec, info);
+        std::vector<png_byte> row(png_get_rowbytes(codec, info));
+        for (int line = 0; line < picture.height; ++line) {
+            png_read_row(codec, row.data(), nullptr);
+            for (std::size_t i = 0; i < row.size(); i += picture.bits == 16 ? 2 : 1)
+                picture.samples.push_back(picture.bits == 16 ? row[i] << 8 | row[i + 1] : row[i]);
+        }
+        png_read_end(codec, info);
+        png_destroy_read_struct(&codec, &info, nullptr);
+        return picture;
+    }
+
+    Picture readJpeg(std::FILE* file)
+    {
+        Picture picture;
+        jpeg_decompress_struct codec = {};
+        jpeg_error_mgr errors = {};
+        codec.err = jpeg_std_error(&errors); // an error ends the program
+        jpeg_create_decompress(&codec);
+        jpeg_stdio_src(&codec, file);
+        jpeg_save_markers(&codec, JPEG_APP0 + 2, 0xFFFF);
+        jpeg_read_header(&codec, TRUE);
+        JOCTET* profile = nullptr;
+        unsigned profileBytes = 0;
+        if (jpeg_read_icc_profile(&codec, &profile, &profileBytes) != 0)
+            picture.iccProfile
+                = QByteArray(reinterpret_cast<char*>(profile), qsizetype { profileBytes });
+        std::free(profile);
+        picture.density = { codec.saw_JFIF_marker != 0 ? codec.density_unit : -1, codec.X_density,
+                            codec.Y_density };
+        picture.sampling = { codec.comp_info[0].h_samp_factor, codec.comp_info[0].v_samp_factor };
+        picture.bits = 8;
+        jpeg_start_decompress(&codec);
+        picture.channels = codec.output_components;
+        std::vector<JSAMPLE> row(std::size_t { codec.output_width }
+                                 * static_cast<unsigned>(picture.channels));
+        while (codec.output_scanline < codec.output_height) {
+            JSAMPROW line = row.data();
+            jpeg_read_scanlines(&codec, &line, 1);
+            picture.samples.insert(picture.samples.end(), row.begin(), row.end());
+        }
+        jpeg_finish_decompress(&codec);
+        if (errors.num_warnings == 0) {
+            picture.width = static_cast<int>(codec.output_width);
+            picture.height = static_cast<int>(codec.output_height);
+        }
+        jpeg_destroy_decompress(&codec);
+        return picture;
+    }
+
+    Picture readGif(const QString& path)
+    {
+        Picture picture;
+        int error = 0;
+        GifFileType* gif = DGifOpenFileName(QFile::encodeName(path).constData(), &error);
+        if (gif == nullptr)
+            return picture;
+        if (DGifSlurp(gif) == GIF_OK && gif->ImageCount == 1 && gif->SColorMap != nullptr) {
+            picture.width = gif->SavedImages[0].ImageDesc.Width;
+            picture.height = gif->SavedImages[0].ImageDesc.Height;
+            picture.channels = 1;
+            picture.bits = 8;
+            const GifByteType* raster = gif->SavedImages[0].RasterBits;
+            picture.samples.assign(raster, raster + picture.width * picture.height);
+            for (int i = 0; i < gif->SColorMap->ColorCount; ++i) {
+                const GifColorType& color = gif->SColorMap->Colors[i];
+                picture.palette.push_back({ color.Red, color.Green, color.Blue });
+            }
+            GraphicsControlBlock control = {};
+            if (DGifSavedExtensionToGCB(gif, 0, &control) == GIF_OK)
+                picture.transparentIndex = control.TransparentColor;
+        }
+        DGifCloseFile(gif, &error);
+        return picture;
+    }
+
+    Picture readBmp(const QByteArray& bytes)
+    {
+        Picture picture;
+        const auto number = [&](qsizetype at, int count) {
+            int value = 0;
+            for (int i = count - 1; i >= 0; --i)
+                value = value << 8 | static_cast<std::uint8_t>(bytes.at(at + i));
+            return value;
+        };
+        if (!bytes.startsWith("BM") || number(2, 4) != bytes.size() || number(14, 4) != 40
+            || number(26, 2) != 1 || number(30, 4) != 0)
+            return picture;
+        const int bits = number(28, 2);
+        const int width = number(18, 4);
+        const qsizetype stride = (width * bits + 31) / 32 * 4;
+        const int pixelsAt = number(10, 4);
+        picture.height = number(22, 4);
+        if (pixelsAt + stride * picture.height != bytes.size())
+            return picture;
+        picture.channels = bits == 24 ? 3 : 1;
+        picture.bits = bits == 24 ? 8 : bits;
+        picture.density = { 1, number(38, 4), number(42, 4) };
+        for (int at = 54; at < pixelsAt; at += 4) {
+            if (bytes.at(at + 3) != 0) // reserved
+                return picture;
+            picture.palette.push_back({ number(at + 2, 1), number(at + 1, 1), number(at, 1) });
+        }
+        picture.width = width;
+        for (int y = picture.height - 1; y >= 0; --y)
+            for (int i = 0; i < width * picture.channels; ++i) {
+                const qsizetype row = pixelsAt + stride * y;
+                picture.samples.push_back(bits == 1 ? number(row + i / 8, 1) >> (7 - i % 8) & 1
+                                              : bits == 8 ? number(row + i, 1)
+                                                          : number(row + i / 3 * 3 + 2 - i % 3, 1));
+            }
+        return picture;
+    }
+
+    void readTags(TIFF* tiff, TiffPicture& page)
+    {
+        for (const int tag : { TIFFTAG_BITSPERSAMPLE, TIFFTAG_COMPRESSION, TIFFTAG_PHOTOMETRIC,
+                               TIFFTAG_ORIENTATION, TIFFTAG_SAMPLESPERPIXEL, TIFFTAG_PLANARCONFIG,
+                               TIFFTAG_RESOLUTIONUNIT, TIFFTAG_SAMPLEFORMAT }) {
+            std::uint16_t value = 0;
+            if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &value) == 1)
+                page.numbers[tag] = value;
+        }
+        for (const int tag : { TIFFTAG_SUBFILETYPE, TIFFTAG_IMAGEWIDTH, TIFFTAG_IMAGELENGTH,
+                               TIFFTAG_TILEWIDTH, TIFFTAG_TILELENGTH }) {
+            std::uint32_t value = 0;
+            if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &value) == 1)
+                page.numbers[tag] = static_cast<int>(value);
+        }
+        for (const int tag :
+             { TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_ARTIST, TIFFTAG_PAGENAME, TIFFTAG_DATETIME }) {
+            const char* text = nullptr;
+            if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &text) == 1)
+                page.texts[tag] = text;
+        }
+        for (const int tag : { TIFFTAG_ICCPROFILE, TIFFTAG_XMLPACKET }) {
+            std::uint32_t size = 0;
+            const char* block = nullptr;
+            if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &size, &block) == 1)
+                page.texts[tag] = QByteArray(block, size);
+        }
+        std::uint16_t first = 0;
+        std::uint16_t second = 0;
+        if (TIFFGetField(tiff, TIFFTAG_PAGENUMBER, &first, &second) == 1)
+            page.pageNumber = { first, second };
+        TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &page.resolution[0]);
+        TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &page.resolution[1]);
+        std::uint16_t* list = nullptr;
+        if (TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &first, &list) == 1)
+            page.lists.assign(list, list + first);
+        std::uint16_t* others[2] = {};
+        if (TIFFGetField(tiff, TIFFTAG_COLORMAP, &list, &others[0], &others[1]) == 1)
+            page.lists.insert(page.lists.end(), list,
+                              list + (1 << page.number(TIFFTAG_BITSPERSAMPLE)));
+    }
+
+    void readPixels(TIFF* tiff, TiffPicture& page)
+    {
+        if (page.number(TIFFTAG_COMPRESSION) == COMPRESSION_JPEG)
+            TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+        const bool isTiled = TIFFIsTiled(tiff) != 0;
+        const std::uint32_t pieces = isTiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
+        QByteArray piece(isTiled ? TIFFTileSize(tiff) : TIFFStripSize(tiff), '\0');
+        for (std::uint32_t i = 0; i < pieces; ++i) {
+            QByteArray raw(static_cast<qsizetype>(TIFFGetStrileByteCount(tiff, i)), '\0');
+            (isTiled ? TIFFReadRawTile : TIFFReadRawStrip)(tiff, i, raw.data(), raw.size());
+            page.encoded += raw;
+            const tmsize_t got = (isTiled ? TIFFReadEncodedTile : TIFFReadEncodedStrip)(
+                tiff, i, piece.data(), piece.size());
+            if (got < 0) {
+                page.samples.clear();
+                return;
+            }
+            page.samples += piece.left(got);
+        }
+    }
+
+} // namespace
+
+int Picture::colorAt(int x, int y, int c) const
+{
+    if (palette.empty())
+        return at(x, y, channels < 3 ? 0 : c);
+    return palette.at(static_cast<std::size_t>(at(x, y, 0))).at(static_cast<std::size_t>(c));
+}
+
+Picture readPicture(const QString& path)
+{
+    if (path.endsWith(u".gif"_s))
+        return readGif(path);
+    QFile bmp(path);
+    if (path.endsWith(u".bmp"_s))
+        return readBmp(bmp.open(QIODevice::ReadOnly) ? bmp.readAll() : QByteArray());
+    std::FILE* file = std::fopen(QFile::encodeName(path).constData(), "rb");
+    if (file == nullptr)
+        return {};
+    const Picture picture = path.endsWith(u".png"_s) ? readPng(file) : readJpeg(file);
+    std::fclose(file);
+    return picture;
+}
+
+QString difference(const Picture& picture, std::array<int, 4> widthHeightChannelsBits,
+                   const std::function<double(int, int, int)>& expected, double tolerance, int step)
+{
+    const std::array shape { picture.width, picture.height, picture.channels, picture.bits };
+    if (shape != widthHeightChannelsBits)
+        return u"it is %1 x %2 pixels of %3 samples of %4 bits"_s.arg(shape[0])
+            .arg(shape[1])
+            .arg(shape[2])
+            .arg(shape[3]);
+    for (int i = 0; i < shape[0] * shape[1]; i += step)
+        for (int c = 0; c < shape[2]; ++c) {
+            const int x = i % shape[0];
+            const int y = i / shape[0];
+            const double wanted = expected(x, y, c);
+            if (!(std::abs(picture.at(x, y, c) - wanted) <= tolerance))
+                return u"x %1, y %2, channel %3: %4 instead of %5"_s.arg(x)
+                    .arg(y)
+                    .arg(c)
+                    .arg(picture.at(x, y, c))
+                    .arg(wanted);
+        }
+    return {};
+}
+
+QList<TiffPicture> readTiff(const QString& path)
+{
+    QList<TiffPicture> pages;
+    // A handle a page: JPEG pages leave traces behind in libtiff 4.5.
+    for (tdir_t i = 0; QFile::exists(path); ++i) {
+        TIFF* tiff = TIFFOpen(QFile::encodeName(path).constData(), "r");
+        const bool isThere = tiff != nullptr && TIFFNumberOfDirectories(tiff) > i
+            && TIFFSetDirectory(tiff, i) == 1;
+        if (isThere) {
+            pages.append(TiffPicture());
+            readTags(tiff, pages.back());
+            readPixels(tiff, pages.back());
+        }
+        if (tiff != nullptr)
+            TIFFClose(tiff);
+        if (!isThere)
+            break;
+    }
+    return pages;
+}
+
+} // namespace pagestack

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <vector>
+
+namespace pagestack {
+
+/// A picture as the library of its format reads it. Nothing is converted: samples have the file's
+/// range, and those of palettes are indexes.
+struct Picture
+{
+    int width = 0; ///< 0: the file is missing or damaged
+    int height = 0;
+    int channels = 0; ///< samples a pixel
+    int bits = 0;
+    std::vector<int> samples; ///< rows from the top, red first
+    std::vector<std::array<int, 3>> palette;
+    int transparentIndex = -1; ///< of GIF
+    std::array<int, 3> density {}; ///< the file's unit and values; -1 for the unit: none
+    QByteArray iccProfile;
+    std::array<int, 2> sampling {}; ///< of JPEG: factors of the first component
+
+    int at(int x, int y, int c) const
+    {
+        return samples.at(static_cast<std::size_t>((y * width + x) * channels + c));
+    }
+    /// Sample of a pixel of at most 8 bits a sample, through the palette where there is one.
+    int colorAt(int x, int y, int c) const;
+};
+
+/// Reads the file by its extension, which is png, jpg, gif or bmp.
+Picture readPicture(const QString& path);
+
+/// The first sample of `picture` that is off by more than `tolerance`, or its wrong shape; empty
+/// when there is none. Looks at every `step`-th pixel.
+QString difference(const Picture& picture, std::array<int, 4> widthHeightChannelsBits,
+                   const std::function<double(int x, int y, int c)>& expected, double tolerance = 0,
+                   int step = 1);
+
+/// A page of a TIFF file as libtiff reads it.
+struct TiffPicture
+{
+    QByteArray samples; ///< decoded strips or tiles, one after the other; JPEG as RGB
+    QByteArray encoded; ///< strips or tiles as they lie
+    std::map<int, int> numbers; ///< tags that are one number, where present
+    std::map<int, QByteArray> texts; ///< tags that are a text or a block of bytes
+    std::vector<std::uint16_t> lists; ///< extra samples and the red of the colour map
+    std::array<float, 2> resolution {};
+    std::array<int, 2> pageNumber { -1, -1 }; ///< index, total
+
+    int number(int tag) const { return numbers.count(tag) == 0 ? -1 : numbers.at(tag); }
+};
+
+/// All pages of the chain; empty for a missing file. Undecodable pages have no samples.
+QList<TiffPicture> readTiff(const QString& path);
+
+} // namespace pagestack

@@ -1,0 +1,366 @@
+#include "engine/image/MultiPageTiff.h"
+
+#include "tests/engine/image/FileSizeLimit.h"
+#include "tests/engine/image/ImageReaders.h"
+#include "tests/engine/image/TiffBuilder.h"
+
+#include <QFile>
+#include <QTest>
+
+#include <tiffio.h>
+
+#include <stdexcept>
+
+using namespace pagestack;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A page that cannot be made smaller.
+TestPage noise()
+{
+    TestPage page("bits=1 photometric=0");
+    page.sample = [](int x, int y, int) { return static_cast<std::uint64_t>((x + y) & 1); };
+    return page;
+}
+
+/// Listed, but its strips cannot be decoded.
+TestPage broken()
+{
+    TestPage page("compression=5");
+    page.encoded = QList<QByteArray>(4, "\x80\x0F");
+    return page;
+}
+
+TestPage subsampled()
+{
+    TestPage page("width=4 height=4 samples=3 photometric=6");
+    page.moreTags = [](tiff* to) { TIFFSetField(to, TIFFTAG_YCBCRSUBSAMPLING, 2, 2); };
+    page.encoded = { "abcdefghijklmnopqrstuvwx" };
+    return page;
+}
+
+/// The gray page with LZW codes of which the lowest bit comes first, as before TIFF 5.0.
+TestPage oldStyleLzw()
+{
+    TestPage page("compression=5");
+    for (int first = 0; first < 33; first += 10) {
+        QByteArray strip;
+        std::uint32_t pending = 0;
+        unsigned bits = 0;
+        const auto put = [&](std::uint64_t code) {
+            pending |= static_cast<std::uint32_t>(code) << bits;
+            for (bits += 9; bits >= 8; bits -= 8, pending >>= 8U)
+                strip.append(static_cast<char>(pending));
+        };
+        for (int i = 0; i < 47 * std::min(10, 33 - first); ++i) {
+            if (i % 200 == 0)
+                put(256); // starts the table anew, so that codes stay nine bits long
+            put(page.at(i % 47, first + i / 47, 0));
+        }
+        put(257);
+        page.encoded.append(strip.append(static_cast<char>(pending)));
+    }
+    return page;
+}
+
+bool isBigTiff(const QString& path) { return bytesOf(path).startsWith("II\x2B"); }
+
+} // namespace
+
+class MultiPageTiffTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void keepsTheSamplesOfEveryKindOfPage_data();
+    void keepsTheSamplesOfEveryKindOfPage();
+    void copiesEncodedPiecesThatFit_data();
+    void copiesEncodedPiecesThatFit();
+    void encodesAnewWhatOthersCouldNotRead();
+    void carriesWhatDescribesThePage();
+    void numbersThePagesThatAreThere();
+    void leavesNoTraceOfADamagedPage();
+    void isTheSameOnEveryRun();
+    void becomesBigTiffWhenItCouldBeTooLarge_data();
+    void becomesBigTiffWhenItCouldBeTooLarge();
+    void linksManyPages();
+    void tellsAtTheEndThatTheTargetTookNoMore_data();
+    void tellsAtTheEndThatTheTargetTookNoMore();
+    void writesNothingWithoutAPage();
+
+private:
+    /// Writes the pages to "page.tif", opens it and collects them in "out.tiff"; those that cannot
+    /// be collected are counted in `m_refused`. False when there is no output.
+    bool collect(const QList<TestPage>& pages, int compressionIndex, const char* mode = "wl",
+                 std::uint64_t limit = MultiPageTiff::classicLimitBytes)
+    {
+        writeTiff(m_source, pages, mode);
+        const TiffDocument source(m_source);
+        MultiPageTiff file(m_out, compressionIndex, source.pageCount(), limit);
+        m_refused = 0;
+        for (int i = 0; i < source.pageCount(); ++i)
+            try {
+                file.append(source.page(i));
+            } catch (const std::runtime_error&) {
+                ++m_refused;
+            }
+        return file.pageCount() == pages.size() - m_refused && file.commit()
+            && file.failureReason().isEmpty();
+    }
+
+    QTemporaryDir m_folder;
+    const QString m_source = m_folder.filePath(QStringLiteral("page.tif"));
+    const QString m_out = m_folder.filePath(QStringLiteral("out.tiff"));
+    int m_refused = 0;
+};
+
+void MultiPageTiffTest::keepsTheSamplesOfEveryKindOfPage_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("compression");
+    QTest::newRow("none") << 0 << 1;
+    QTest::newRow("G3") << 1 << 3;
+    QTest::newRow("G4") << 2 << 4;
+    QTest::newRow("LZW") << 3 << 5;
+    QTest::newRow("PackBits") << 4 << 32773;
+    QTest::newRow("index 9") << 9 << 1;
+    QTest::newRow("index -1") << -1 << 1;
+}
+
+void MultiPageTiffTest::keepsTheSamplesOfEveryKindOfPage()
+{
+    QFETCH(int, index);
+    QFETCH(int, compression);
+    TestPage palette("bits=4 photometric=3");
+    palette.colorMap.assign(48, 771);
+    const QList<TestPage> pages {
+        "fax",
+        "bits=1 compression=3 orientation=6",
+        "",
+        "rgb bits=16 compression=5 predictor=2",
+        "bits=12 photometric=0",
+        "bits=32 format=3 compression=32773",
+        palette,
+        "rgb samples=4 planes=2 extra=1",
+        "rgb tileWidth=32 tileHeight=16",
+        "fax tileWidth=16 tileHeight=32",
+        "samples=4 photometric=5 compression=8",
+        "jpeg",
+        subsampled(),
+    };
+    for (const char* mode : { "wl", "wb", "wb8" }) {
+        QVERIFY(collect(pages, index, mode));
+        const QList<TiffPicture> written = readTiff(m_out);
+        const QList<TiffPicture> source = readTiff(m_source);
+        QCOMPARE(written.size(), pages.size());
+        for (qsizetype i = 0; i < pages.size(); ++i) {
+            const bool isFax = compression == 3 || compression == 4;
+            QCOMPARE(written[i].number(TIFFTAG_COMPRESSION),
+                     isFax && pages[i].bits != 1 ? 1 : compression);
+            QVERIFY2(written[i].samples == source[i].samples && !source[i].samples.isEmpty(),
+                     qPrintable(QString::number(i)));
+            if (written[i].number(TIFFTAG_COMPRESSION) == 1)
+                QCOMPARE(written[i].encoded.size(), source[i].samples.size());
+            for (const int tag : { TIFFTAG_IMAGEWIDTH, TIFFTAG_IMAGELENGTH, TIFFTAG_BITSPERSAMPLE,
+                                   TIFFTAG_SAMPLESPERPIXEL, TIFFTAG_PLANARCONFIG,
+                                   TIFFTAG_SAMPLEFORMAT, TIFFTAG_TILEWIDTH, TIFFTAG_TILELENGTH })
+                QCOMPARE(written[i].number(tag), source[i].number(tag));
+            QCOMPARE(written[i].number(TIFFTAG_PHOTOMETRIC),
+                     pages[i].compression == 7 ? 2 : pages[i].photometric);
+            QCOMPARE(written[i].number(TIFFTAG_ORIENTATION), std::max(1, pages[i].orientation));
+            QCOMPARE(written[i].lists, source[i].lists);
+        }
+    }
+}
+
+void MultiPageTiffTest::copiesEncodedPiecesThatFit_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::newRow("rgb compression=5 predictor=2") << 3;
+    QTest::newRow("tileWidth=16 tileHeight=16 compression=5") << 3;
+    QTest::newRow("fax") << 2;
+    QTest::newRow("fax fillOrder=2") << 2;
+    QTest::newRow("bits=1 compression=3") << 1;
+    QTest::newRow("compression=32773") << 4;
+}
+
+void MultiPageTiffTest::copiesEncodedPiecesThatFit()
+{
+    QFETCH(int, index);
+    TestPage page(QTest::currentDataTag());
+    if (page.compression == 3)
+        page.moreTags = [](tiff* to) {
+            TIFFSetField(to, TIFFTAG_GROUP3OPTIONS, GROUP3OPT_2DENCODING | GROUP3OPT_FILLBITS);
+        };
+    QVERIFY(collect({ page }, index));
+    const TiffPicture written = readTiff(m_out).value(0);
+    const TiffPicture source = readTiff(m_source).value(0);
+    QVERIFY(!source.samples.isEmpty());
+    QCOMPARE(written.encoded, source.encoded);
+    QCOMPARE(written.samples, source.samples);
+}
+
+void MultiPageTiffTest::encodesAnewWhatOthersCouldNotRead()
+{
+    for (const TestPage& page : { oldStyleLzw(), TestPage("bits=16 compression=5") }) {
+        QVERIFY(collect({ page }, 3, page.bits == 16 ? "wb" : "wl"));
+        const TiffPicture written = readTiff(m_out).value(0);
+        const TiffPicture source = readTiff(m_source).value(0);
+        QVERIFY(!source.samples.isEmpty());
+        QCOMPARE(written.samples, source.samples);
+        QVERIFY(written.encoded != source.encoded);
+        QVERIFY(written.encoded.startsWith('\x80')); // 256 in nine bits, the highest first
+    }
+}
+
+void MultiPageTiffTest::carriesWhatDescribesThePage()
+{
+    TestPage page("orientation=8 xy=204,98 unit=3");
+    page.iccProfile = QByteArray(300, 'p');
+    page.moreTags = [](tiff* to) {
+        TIFFSetField(to, TIFFTAG_IMAGEDESCRIPTION, "Grüße");
+        TIFFSetField(to, TIFFTAG_ARTIST, "A. Scanner");
+        TIFFSetField(to, TIFFTAG_PAGENAME, "iv");
+        TIFFSetField(to, TIFFTAG_DATETIME, "2001:02:03 04:05:06");
+        TIFFSetField(to, TIFFTAG_XMLPACKET, 9, "<x:xmp/>\n");
+    };
+    TestPage packed = page;
+    packed.compression = 5;
+    QVERIFY(collect({ page, packed }, 3)); // encoded anew, and copied
+    const QList<TiffPicture> written = readTiff(m_out);
+    QCOMPARE(written.size(), 2);
+    const TiffPicture source = readTiff(m_source).value(0);
+    for (const TiffPicture& picture : written) {
+        QCOMPARE(picture.texts, source.texts);
+        QCOMPARE(picture.texts.size(), std::size_t { 6 });
+        QCOMPARE(picture.number(TIFFTAG_ORIENTATION), 8);
+        QCOMPARE(picture.resolution, (std::array { 204.0F, 98.0F }));
+        QCOMPARE(picture.number(TIFFTAG_RESOLUTIONUNIT), 3);
+        QCOMPARE(picture.number(TIFFTAG_SUBFILETYPE), int { FILETYPE_PAGE });
+    }
+}
+
+void MultiPageTiffTest::numbersThePagesThatAreThere()
+{
+    for (const std::uint64_t limit : { MultiPageTiff::classicLimitBytes, std::uint64_t { 500 } }) {
+        QVERIFY(collect({ "", broken(), "fax", "" }, 4, "wl", limit));
+        QCOMPARE(m_refused, 1);
+        QCOMPARE(isBigTiff(m_out), limit == 500);
+        const QList<TiffPicture> written = readTiff(m_out);
+        QCOMPARE(written.size(), 3);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(written[i].pageNumber, (std::array { i, 3 }));
+    }
+    QVERIFY(collect({ "" }, 0));
+    QCOMPARE(readTiff(m_out).value(0).pageNumber, (std::array { -1, -1 }));
+}
+
+void MultiPageTiffTest::leavesNoTraceOfADamagedPage()
+{
+    TestPage tiles = broken();
+    tiles.tileWidth = tiles.tileHeight = 32;
+    for (const TestPage& page : { broken(), tiles }) {
+        QVERIFY(collect({ "", "fax", "rgb" }, 4));
+        const QByteArray without = bytesOf(m_out);
+        QVERIFY(collect({ "", page, "fax", "rgb" }, 4));
+        QCOMPARE(m_refused, 1);
+        QVERIFY(bytesOf(m_out) == without);
+    }
+}
+
+void MultiPageTiffTest::isTheSameOnEveryRun()
+{
+    for (const int index : { 0, 1, 2, 3, 4 }) {
+        QVERIFY(collect({ "fax", "", "rgb bits=16" }, index));
+        const QByteArray first = bytesOf(m_out);
+        QVERIFY(collect({ "fax", "", "rgb bits=16" }, index));
+        QVERIFY(bytesOf(m_out) == first);
+        QVERIFY(first.startsWith(QByteArray("II*\0", 4)));
+    }
+}
+
+void MultiPageTiffTest::becomesBigTiffWhenItCouldBeTooLarge_data()
+{
+    QTest::addColumn<int>("limit");
+    QTest::addColumn<int>("compressionIndex");
+    QTest::addColumn<bool>("isBig");
+    QTest::newRow("far from it") << 1'000'000 << 0 << false;
+    QTest::newRow("foreseen") << 4'000 << 0 << true;
+    QTest::newRow("met at the last page") << 7'000 << 2 << true;
+    QTest::newRow("met at the first page") << 600 << 2 << true;
+}
+
+void MultiPageTiffTest::becomesBigTiffWhenItCouldBeTooLarge()
+{
+    QFETCH(int, limit);
+    QFETCH(int, compressionIndex);
+    QVERIFY(collect(QList<TestPage>(20, noise()), compressionIndex, "wl",
+                    static_cast<std::uint64_t>(limit)));
+    QTEST(isBigTiff(m_out), "isBig");
+    const QList<TiffPicture> written = readTiff(m_out);
+    const QByteArray samples = readTiff(m_source).value(0).samples;
+    QCOMPARE(written.size(), 20);
+    for (int i = 0; i < 20; ++i) {
+        QCOMPARE(written[i].samples, samples);
+        QCOMPARE(written[i].pageNumber, (std::array { i, 20 }));
+    }
+    QCOMPARE(namesIn(m_folder.path()), (QStringList { u"out.tiff"_s, u"page.tif"_s }));
+}
+
+void MultiPageTiffTest::linksManyPages()
+{
+    QList<TestPage> pages(300, "height=2 bits=1");
+    for (int i = 0; i < 300; ++i)
+        pages[i].width = i + 1;
+    QVERIFY(collect(pages, 2));
+    const QList<TiffPicture> written = readTiff(m_out);
+    QCOMPARE(written.size(), 300);
+    for (int i = 0; i < 300; ++i) {
+        QCOMPARE(written[i].number(TIFFTAG_IMAGEWIDTH), i + 1);
+        QCOMPARE(written[i].pageNumber, (std::array { i, 300 }));
+    }
+}
+
+void MultiPageTiffTest::tellsAtTheEndThatTheTargetTookNoMore_data()
+{
+    QTest::addColumn<std::uint64_t>("limit");
+    QTest::addColumn<int>("diskBytes");
+    QTest::newRow("at the first page") << MultiPageTiff::classicLimitBytes << 5;
+    QTest::newRow("later") << MultiPageTiff::classicLimitBytes << 5000;
+    // Pages of a BigTIFF file take more room than those of a classic one.
+    QTest::newRow("while it is begun again") << std::uint64_t { 7000 } << 7100;
+}
+
+void MultiPageTiffTest::tellsAtTheEndThatTheTargetTookNoMore()
+{
+    QFETCH(std::uint64_t, limit);
+    QFETCH(int, diskBytes);
+    writeTiff(m_source, QList<TestPage>(20, noise()));
+    putBytes(m_out, "old");
+    const TiffDocument source(m_source);
+    {
+        const FileSizeLimit disk(static_cast<rlim_t>(diskBytes));
+        MultiPageTiff file(m_out, 2, 20, limit);
+        for (int i = 0; i < 20; ++i)
+            file.append(source.page(i));
+        QCOMPARE(file.pageCount(), 20);
+        QVERIFY(!file.commit());
+        QVERIFY2(file.failureReason().contains(u"File too large"_s),
+                 qPrintable(file.failureReason()));
+    }
+    QCOMPARE(bytesOf(m_out), QByteArray("old"));
+    QCOMPARE(namesIn(m_folder.path()), (QStringList { u"out.tiff"_s, u"page.tif"_s }));
+}
+
+void MultiPageTiffTest::writesNothingWithoutAPage()
+{
+    QVERIFY(QFile::remove(m_out));
+    MultiPageTiff file(m_out, 0, 4);
+    QVERIFY(!file.commit());
+    QVERIFY(!file.failureReason().isEmpty());
+    QVERIFY(!QFile::exists(m_out));
+}
+
+QTEST_GUILESS_MAIN(MultiPageTiffTest)
+#include "MultiPageTiffTest.moc"

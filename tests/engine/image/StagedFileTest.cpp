@@ -1,0 +1,283 @@
+#include "engine/image/StagedFile.h"
+
+#include "engine/settings/Settings.h"
+#include "tests/engine/image/FileSizeLimit.h"
+#include "tests/engine/image/ImageReaders.h"
+#include "tests/engine/image/TiffBuilder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+#include <functional>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace pagestack;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::span<const std::uint8_t> span(const QByteArray& bytes)
+{
+    return { reinterpret_cast<const std::uint8_t*>(bytes.constData()),
+             static_cast<std::size_t>(bytes.size()) };
+}
+
+mode_t permissions(const QString& path)
+{
+    struct stat status = {};
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 0777U : 0;
+}
+
+void setPermissions(const QString& path, mode_t mode)
+{
+    if (::chmod(QFile::encodeName(path).constData(), mode) != 0)
+        qFatal("chmod failed");
+}
+
+/// What `run` returns when a process runs it whose user is not root; 255 when that cannot be had.
+int asOrdinaryUser(const std::function<int()>& run)
+{
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool isOrdinary = ::geteuid() != 0 || ::setresuid(65534, 65534, 65534) == 0;
+        ::_exit(isOrdinary ? run() : 255);
+    }
+    int status = 0;
+    const bool hasEnded = child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status);
+    return hasEnded ? WEXITSTATUS(status) : 255;
+}
+
+bool replaces(const QString& path, const QByteArray& bytes)
+{
+    try {
+        StagedFile file(path);
+        file.write(span(bytes));
+        file.commit();
+        return true;
+    } catch (const std::runtime_error&) {
+        return false;
+    }
+}
+
+} // namespace
+
+class StagedFileTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        setPermissions(m_folder->path(), 0755);
+    }
+    void leavesTheTargetAloneUntilItIsComplete();
+    void leavesNothingBehindWhenItIsGivenUp();
+    void holdsWhatWasWrittenAnywhere();
+    void keepsPermissionsOfTheFileItReplaces();
+    void replacesTheTargetOfALink_data();
+    void replacesTheTargetOfALink();
+    void refusesTargetsThatAreNoFiles_data();
+    void refusesTargetsThatAreNoFiles();
+    void replacesInPlaceWhereTheFolderTakesNoFile();
+    void leavesNothingOnAFullDisk_data();
+    void leavesNothingOnAFullDisk();
+    void lettingAPageReplaceItsOwnSourceWorks();
+
+private:
+    QString path(const QString& name) const { return m_folder->filePath(name); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void StagedFileTest::leavesTheTargetAloneUntilItIsComplete()
+{
+    putBytes(path(u"a"_s), "old");
+    StagedFile file(path(u"a"_s));
+    file.write(span(QByteArray(1'000'000, 'n')));
+    QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("old"));
+    file.commit();
+    QCOMPARE(bytesOf(path(u"a"_s)), QByteArray(1'000'000, 'n'));
+    QCOMPARE(namesIn(m_folder->path()), QStringList { u"a"_s });
+}
+
+void StagedFileTest::leavesNothingBehindWhenItIsGivenUp()
+{
+    putBytes(path(u"a"_s), "old");
+    {
+        StagedFile one(path(u"a"_s));
+        StagedFile other(path(u"a"_s)); // two at a time for one target do not disturb each other
+        StagedFile fresh(path(u"b"_s));
+        one.write(span("given up"));
+        other.write(span("taken"));
+        other.commit();
+    }
+    QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("taken"));
+    QCOMPARE(namesIn(m_folder->path()), QStringList { u"a"_s });
+}
+
+void StagedFileTest::holdsWhatWasWrittenAnywhere()
+{
+    StagedFile file(path(u"a"_s));
+    file.write(span("0123456789"));
+    file.writeAt(12, span("cd"));
+    file.writeAt(2, span("AB"));
+    file.write(span("ef"));
+    QCOMPARE(file.size(), std::uint64_t { 16 });
+    std::array<std::uint8_t, 4> read {};
+    file.readAt(1, read);
+    QCOMPARE(QByteArray(reinterpret_cast<char*>(read.data()), 4), QByteArray("1AB4"));
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, file.readAt(14, read));
+    file.resize(15);
+    file.write(span("!"));
+    file.commit();
+    QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("01AB456789\0\0cde!", 16));
+}
+
+void StagedFileTest::keepsPermissionsOfTheFileItReplaces()
+{
+    for (const mode_t mode : { 0640U, 0604U, 0444U }) {
+        putBytes(path(u"a"_s), "old");
+        setPermissions(path(u"a"_s), mode);
+        QVERIFY(replaces(path(u"a"_s), "new"));
+        QCOMPARE(permissions(path(u"a"_s)), mode);
+        QVERIFY(QFile::remove(path(u"a"_s)));
+    }
+    const mode_t mask = ::umask(027);
+    const bool isMade = replaces(path(u"b"_s), "new");
+    ::umask(mask);
+    QVERIFY(isMade);
+    QCOMPARE(permissions(path(u"b"_s)), mode_t { 0640 });
+}
+
+void StagedFileTest::replacesTheTargetOfALink_data()
+{
+    QTest::addColumn<QString>("destination"); // of the link "folder/link"
+    QTest::addColumn<bool>("exists");
+    QTest::newRow("relative") << u"../target"_s << true;
+    QTest::newRow("relative, dangling") << u"../target"_s << false;
+    QTest::newRow("absolute") << u"/"_s << true;
+    QTest::newRow("to another link") << u"next"_s << true;
+}
+
+void StagedFileTest::replacesTheTargetOfALink()
+{
+    QFETCH(QString, destination);
+    QFETCH(bool, exists);
+    if (destination == u"/"_s)
+        destination = path(u"target"_s);
+    if (exists)
+        putBytes(path(u"target"_s), "old");
+    QVERIFY(QDir(m_folder->path()).mkdir(u"folder"_s));
+    QVERIFY(QFile::link(destination, path(u"folder/link"_s)));
+    if (destination == u"next"_s)
+        QVERIFY(QFile::link(u"../target"_s, path(u"folder/next"_s)));
+    QVERIFY(replaces(path(u"folder/link"_s), "new"));
+    QCOMPARE(bytesOf(path(u"target"_s)), QByteArray("new"));
+    QCOMPARE(QFileInfo(path(u"folder/link"_s)).symLinkTarget().isEmpty(), false);
+    QCOMPARE(namesIn(m_folder->path()), (QStringList { u"folder"_s, u"target"_s }));
+}
+
+void StagedFileTest::refusesTargetsThatAreNoFiles_data()
+{
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("folder") << u"a folder of that name is in the way"_s;
+    QTest::newRow("pipe") << u"what is there is no regular file"_s;
+    QTest::newRow("loop")
+        << u"cannot follow the symbolic link: Too many levels of symbolic links"_s;
+    QTest::newRow("missing/a")
+        << u"cannot create a file in the folder: No such file or directory"_s;
+    QTest::newRow("file/a") << u"cannot create a file in the folder: Not a directory"_s;
+    QTest::newRow("") << u"the output has no name"_s;
+}
+
+void StagedFileTest::refusesTargetsThatAreNoFiles()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(u"folder"_s));
+    QCOMPARE(::mkfifo(QFile::encodeName(path(u"pipe"_s)).constData(), 0600), 0);
+    QVERIFY(QFile::link(u"loop"_s, path(u"loop"_s)));
+    putBytes(path(u"file"_s), "old");
+    const QStringList before = namesIn(m_folder->path());
+    const QString name = QString::fromLatin1(QTest::currentDataTag());
+    try {
+        const StagedFile file(name.isEmpty() ? name : path(name));
+        QFAIL("it was made");
+    } catch (const std::runtime_error& error) {
+        QTEST(QString::fromStdString(error.what()), "reason");
+    }
+    QCOMPARE(namesIn(m_folder->path()), before);
+}
+
+void StagedFileTest::replacesInPlaceWhereTheFolderTakesNoFile()
+{
+    putBytes(path(u"writable"_s), "a longer text than the new one");
+    setPermissions(path(u"writable"_s), 0666);
+    putBytes(path(u"read-only"_s), "old");
+    setPermissions(path(u"read-only"_s), 0444);
+    setPermissions(m_folder->path(), 0555);
+    const QStringList before = namesIn(m_folder->path());
+    const int done = asOrdinaryUser([this] {
+        return (replaces(path(u"writable"_s), "new") ? 1 : 0)
+            | (replaces(path(u"read-only"_s), "new") ? 2 : 0)
+            | (replaces(path(u"fresh"_s), "new") ? 4 : 0);
+    });
+    setPermissions(m_folder->path(), 0755);
+    QCOMPARE(done, 1);
+    QCOMPARE(bytesOf(path(u"writable"_s)), QByteArray("new"));
+    QCOMPARE(bytesOf(path(u"read-only"_s)), QByteArray("old"));
+    QCOMPARE(namesIn(m_folder->path()), before);
+}
+
+void StagedFileTest::leavesNothingOnAFullDisk_data()
+{
+    QTest::addColumn<int>("sidePx");
+    for (const char* name : { "a.png", "a.jpg", "a.bmp", "a.gif", "a.tiff" }) {
+        QTest::addRow("%s, seen at the end", name) << 100;
+        QTest::addRow("%s, seen on the way", name) << 700;
+    }
+}
+
+void StagedFileTest::leavesNothingOnAFullDisk()
+{
+    QFETCH(int, sidePx);
+    const QString name = QString::fromLatin1(QTest::currentDataTag()).section(u',', 0, 0);
+    TestPage page("rgb");
+    page.width = page.height = sidePx;
+    page.sample = [](int x, int y, int c) { // hard to compress
+        const auto seed = static_cast<std::uint64_t>(x * 7919 ^ y * 104'729 ^ c * 1'299'709);
+        return seed * 0x9E3779B97F4A7C15 >> 56U;
+    };
+    SinglePage single(page);
+    putBytes(single.path(name), "old");
+    {
+        const FileSizeLimit disk(2000);
+        QVERIFY(!single.image().save(single.path(name), Settings(nullptr)));
+    }
+    QCOMPARE(single.image().failureReason(), u"cannot write: File too large"_s);
+    QCOMPARE(bytesOf(single.path(name)), QByteArray("old"));
+    QCOMPARE(namesIn(single.folder()).size(), 2);
+    QVERIFY(single.image().save(single.path(name), Settings(nullptr)));
+    QVERIFY(single.image().failureReason().isEmpty());
+    QVERIFY(bytesOf(single.path(name)).size() > 2000);
+}
+
+void StagedFileTest::lettingAPageReplaceItsOwnSourceWorks()
+{
+    const QString name = path(u"scan.tiff"_s);
+    writeTiff(name, { "fax", "" });
+    const QByteArray samples = readTiff(name).at(0).samples;
+    PageImage first = TiffDocument(name).page(0);
+    QVERIFY(first.saveAsTiffWithName(name, 3));
+    QVERIFY(first.saveAsTiffWithName(name, 2)); // the source is still what it was
+    const QList<TiffPicture> written = readTiff(name);
+    QCOMPARE(written.size(), 1);
+    QCOMPARE(written[0].samples, samples);
+    QCOMPARE(namesIn(m_folder->path()), QStringList { u"scan.tiff"_s });
+}
+
+QTEST_GUILESS_MAIN(StagedFileTest)
+#include "StagedFileTest.moc"

@@ -1,0 +1,235 @@
+#include "tests/engine/image/TiffBuilder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QHash>
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace pagestack {
+
+namespace {
+
+    void check(bool ok, const char* what)
+    {
+        if (!ok)
+            qFatal("a test file cannot be made: %s", what);
+    }
+
+    const QHash<QByteArray, int TestPage::*>& fields()
+    {
+        static const QHash<QByteArray, int TestPage::*> byName {
+            { "width", &TestPage::width },
+            { "height", &TestPage::height },
+            { "bits", &TestPage::bits },
+            { "samples", &TestPage::samples },
+            { "photometric", &TestPage::photometric },
+            { "format", &TestPage::format },
+            { "planes", &TestPage::planes },
+            { "tileWidth", &TestPage::tileWidth },
+            { "tileHeight", &TestPage::tileHeight },
+            { "rows", &TestPage::rows },
+            { "compression", &TestPage::compression },
+            { "predictor", &TestPage::predictor },
+            { "fillOrder", &TestPage::fillOrder },
+            { "orientation", &TestPage::orientation },
+            { "unit", &TestPage::unit },
+        };
+        return byName;
+    }
+
+    void setTag(TIFF* to, ttag_t tag, int value)
+    {
+        if (value != 0)
+            check(TIFFSetField(to, tag, value) == 1, "tag");
+    }
+
+    void setTags(TIFF* to, const TestPage& page)
+    {
+        setTag(to, TIFFTAG_IMAGEWIDTH, page.width);
+        setTag(to, TIFFTAG_IMAGELENGTH, page.height);
+        setTag(to, TIFFTAG_BITSPERSAMPLE, page.bits);
+        setTag(to, TIFFTAG_SAMPLESPERPIXEL, page.samples);
+        setTag(to, TIFFTAG_COMPRESSION, page.compression);
+        TIFFSetField(to, TIFFTAG_PHOTOMETRIC, page.photometric);
+        setTag(to, TIFFTAG_PLANARCONFIG, page.planes);
+        setTag(to, TIFFTAG_SAMPLEFORMAT, page.format);
+        setTag(to, TIFFTAG_PREDICTOR, page.predictor);
+        setTag(to, TIFFTAG_FILLORDER, page.fillOrder);
+        setTag(to, TIFFTAG_ORIENTATION, page.orientation);
+        setTag(to, TIFFTAG_RESOLUTIONUNIT, page.unit);
+        setTag(to, TIFFTAG_TILEWIDTH, page.tileWidth);
+        setTag(to, TIFFTAG_TILELENGTH, page.tileHeight);
+        setTag(to, TIFFTAG_ROWSPERSTRIP, page.tileWidth == 0 ? page.rows : 0);
+        if (page.xResolution > 0) {
+            TIFFSetField(to, TIFFTAG_XRESOLUTION, page.xResolution);
+            TIFFSetField(to, TIFFTAG_YRESOLUTION, page.yResolution);
+        }
+        if (!page.extra.empty())
+            TIFFSetField(to, TIFFTAG_EXTRASAMPLES, static_cast<int>(page.extra.size()),
+                         page.extra.data());
+        if (!page.iccProfile.isEmpty())
+            TIFFSetField(to, TIFFTAG_ICCPROFILE, static_cast<unsigned>(page.iccProfile.size()),
+                         page.iccProfile.constData());
+        if (const std::size_t entries = page.colorMap.size() / 3; entries > 0)
+            TIFFSetField(to, TIFFTAG_COLORMAP, page.colorMap.data(), page.colorMap.data() + entries,
+                         page.colorMap.data() + 2 * entries);
+        if (page.moreTags)
+            page.moreTags(to);
+    }
+
+    /// Adds the `bits` low bits of `value` at bit `position` of `to`, where zeros are.
+    void putBits(std::vector<std::uint8_t>& to, std::size_t position, std::uint64_t value, int bits)
+    {
+        if (bits == 16 || bits == 32) // the machine's order, which libtiff turns to the file's
+            std::memcpy(&to.at(position / 8), &value, static_cast<std::size_t>(bits / 8));
+        else
+            for (int i = bits - 1; i >= 0; --i, ++position)
+                if ((value >> static_cast<unsigned>(i) & 1U) != 0)
+                    to.at(position / 8)
+                        = static_cast<std::uint8_t>(to.at(position / 8) | 0x80U >> position % 8);
+    }
+
+    /// The samples of columns `left` on and rows `first` on of a plane, as they are to be encoded.
+    std::vector<std::uint8_t> block(const TestPage& page, int left, int first, int width, int rows,
+                                    int plane)
+    {
+        const int channels = page.planes == 2 ? 1 : page.samples;
+        const auto rowBytes = static_cast<std::size_t>((width * channels * page.bits + 7) / 8);
+        std::vector<std::uint8_t> bytes(rowBytes * static_cast<std::size_t>(rows));
+        for (int y = 0; y < rows; ++y)
+            for (int i = 0; i < width * channels; ++i)
+                putBits(bytes,
+                        rowBytes * 8 * static_cast<std::size_t>(y)
+                            + static_cast<std::size_t>(i * page.bits),
+                        page.at(std::min(left + i / channels, page.width - 1),
+                                std::min(first + y, page.height - 1),
+                                page.planes == 2 ? plane : i % channels),
+                        page.bits);
+        return bytes;
+    }
+
+    void writePixels(TIFF* to, const TestPage& page)
+    {
+        const bool isTiled = page.tileWidth > 0;
+        std::uint32_t piece = 0;
+        for (QByteArray bytes : page.encoded)
+            check((isTiled ? TIFFWriteRawTile : TIFFWriteRawStrip)(to, piece++, bytes.data(),
+                                                                   bytes.size())
+                      == bytes.size(),
+                  "encoded pixels");
+        if (!page.encoded.isEmpty())
+            return;
+        const int width = isTiled ? page.tileWidth : page.width;
+        const int height = isTiled ? page.tileHeight : page.rows;
+        for (int plane = 0; plane < (page.planes == 2 ? page.samples : 1); ++plane)
+            for (int y = 0; y < page.height; y += height)
+                for (int x = 0; x < page.width; x += width) {
+                    const int rows = isTiled ? height : std::min(height, page.height - y);
+                    auto bytes = block(page, x, y, width, rows, plane);
+                    const auto size = static_cast<tmsize_t>(bytes.size());
+                    check((isTiled ? TIFFWriteEncodedTile
+                                   : TIFFWriteEncodedStrip)(to, piece++, bytes.data(), size)
+                              == size,
+                          "pixels");
+                }
+    }
+
+} // namespace
+
+TestPage::TestPage(const char* text)
+{
+    for (const QByteArray& word : QByteArray(text).split(' ')) {
+        const QByteArray name = word.split('=')[0];
+        const QList<QByteArray> values = word.mid(name.size() + 1).split(',');
+        if (fields().contains(name)) {
+            this->*fields()[name] = values[0].toInt();
+        } else if (name == "extra") {
+            for (const QByteArray& value : values)
+                extra.push_back(static_cast<std::uint16_t>(value.toInt()));
+        } else if (name == "xy") {
+            xResolution = values[0].toDouble();
+            yResolution = values[1].toDouble();
+        } else if (name == "plain") {
+            sample = [values](int, int, int c) { return values[c].toULongLong(); };
+        } else if (name == "smooth") {
+            sample = [](int column, int row, int c) {
+                const int ramps[]
+                    = { 5 * column, 240 - 7 * row, 2 * column + 3 * row, 5 * column + row / 2 };
+                return static_cast<std::uint64_t>(ramps[c]);
+            };
+        } else if (name == "rgb" || name == "jpeg") {
+            samples = 3;
+            photometric = name == "rgb" ? 2 : 6;
+        } else if (name == "fax") {
+            bits = 1;
+            photometric = 0;
+            compression = 4;
+        } else {
+            check(word.isEmpty(), word.constData());
+        }
+        if (name == "jpeg") {
+            compression = 7;
+            rows = 16;
+            moreTags = [](TIFF* to) { TIFFSetField(to, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB); };
+        }
+    }
+}
+
+std::uint64_t TestPage::at(int column, int row, int c) const
+{
+    if (sample)
+        return sample(column, row, c);
+    if (bits < 8)
+        return static_cast<std::uint64_t>((3 * column + 5 * row + 2 * c) % 7) * (top() + 1) / 7;
+    if (format == 3) { // floating point from below 0 to above 1
+        const float value = static_cast<float>(4 * column + 2 * row + c) / 100.0F - 0.1F;
+        std::uint32_t raw = 0;
+        std::memcpy(&raw, &value, sizeof raw);
+        return raw;
+    }
+    return static_cast<std::uint64_t>(261 * column + 1037 * row + 4139 * c)
+        * (bits > 16 ? 65537U : 1U)
+        & top();
+}
+
+void writeTiff(const QString& path, const QList<TestPage>& pages, const char* mode)
+{
+    TIFF* to = TIFFOpen(QFile::encodeName(path).constData(), mode);
+    check(to != nullptr, "file");
+    for (const TestPage& page : pages) {
+        setTags(to, page);
+        writePixels(to, page);
+        check(TIFFWriteDirectory(to) == 1, "directory");
+    }
+    TIFFClose(to);
+}
+
+QByteArray bytesOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void putBytes(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    check(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size(), "bytes");
+}
+
+QStringList namesIn(const QString& folder)
+{
+    return QDir(folder).entryList(
+        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+SinglePage::SinglePage(const TestPage& page, const char* mode)
+{
+    writeTiff(path(QStringLiteral("page.tif")), { page }, mode);
+    m_image = std::make_unique<PageImage>(TiffDocument(path(QStringLiteral("page.tif"))).page(0));
+}
+
+} // namespace pagestack

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "engine/image/PageImage.h"
+#include "engine/image/TiffDocument.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QMetaType>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+struct tiff;
+
+namespace pagestack {
+
+/// One page of a test file. Fields hold the values of TIFF 6.0's tags; a tag whose field is 0 or
+/// empty is not written.
+struct TestPage
+{
+    /// Fields from words such as "bits=16 orientation=6", resolutions as "xy=204,98", and kinds:
+    /// "rgb"; "fax", G4 with white as 0; "jpeg", RGB that is stored as YCbCr. "smooth" gives
+    /// samples that a lossy format keeps, "plain=1,2,3" the same ones everywhere.
+    TestPage(const char* text = "");
+
+    int width = 47;
+    int height = 33;
+    int bits = 8;
+    int samples = 1;
+    int photometric = 1; ///< black is 0
+    int format = 0;
+    int planes = 1; ///< value of PlanarConfiguration
+    int tileWidth = 0;
+    int tileHeight = 0;
+    int rows = 10; ///< of a strip
+    int compression = 1;
+    int predictor = 0;
+    int fillOrder = 0;
+    int orientation = 0;
+    int unit = 0; ///< of the resolution
+    std::vector<std::uint16_t> extra; ///< kinds of the extra samples
+    double xResolution = 0;
+    double yResolution = 0;
+    QByteArray iccProfile;
+    std::vector<std::uint16_t> colorMap; ///< all of red, of green, of blue
+    /// Sample `c` of the pixel at x, y; when empty a pattern unlike in x, y and channel.
+    std::function<std::uint64_t(int x, int y, int c)> sample;
+    std::function<void(tiff*)> moreTags;
+    QList<QByteArray> encoded; ///< strips or tiles taken as they are, in place of the samples
+
+    std::uint64_t at(int column, int row, int c) const;
+    std::uint64_t top() const { return (std::uint64_t { 1 } << static_cast<unsigned>(bits)) - 1; }
+};
+
+/// Writes the pages with libtiff; `mode` is TIFFOpen's: wl or wb for the byte order, 8 for BigTIFF.
+/// Ends the test program when that fails.
+void writeTiff(const QString& path, const QList<TestPage>& pages, const char* mode = "wl");
+
+QByteArray bytesOf(const QString& path);
+void putBytes(const QString& path, const QByteArray& bytes);
+
+/// Whatever lies in the folder, hidden files too, sorted.
+QStringList namesIn(const QString& folder);
+
+/// An engine's image of a page, from a file "page.tif" in a folder of its own.
+class SinglePage
+{
+public:
+    explicit SinglePage(const TestPage& page, const char* mode = "wl");
+
+    QString path(const QString& name) const { return m_folder.filePath(name); }
+    QString folder() const { return m_folder.path(); }
+    PageImage& image() { return *m_image; }
+
+private:
+    QTemporaryDir m_folder;
+    std::unique_ptr<PageImage> m_image;
+};
+
+} // namespace pagestack
+
+Q_DECLARE_METATYPE(pagestack::TestPage)
