@@ -1,6 +1,6 @@
 #include "engine/image/CodecVersions.h"
 
-#include <qpdf/QPDF.hh>
+#include <qpdf/qpdf-c.h>
 
 #include <cstdio>
 #include <gif_lib.h>
@@ -32,7 +32,7 @@ QStringList codecVersions()
         u"zlib "_s + QString::fromLatin1(zlibVersion()),
         u"giflib %1.%2.%3"_s.arg(GIFLIB_MAJOR).arg(GIFLIB_MINOR).arg(GIFLIB_RELEASE),
         u"lcms2 %1.%2"_s.arg(lcms / 1000).arg(lcms % 1000 / 10),
-        u"qpdf "_s + QString::fromStdString(QPDF::QPDFVersion()),
+        u"qpdf "_s + QString::fromLatin1(qpdf_get_qpdf_version()),
     };
 }
 

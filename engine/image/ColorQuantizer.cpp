@@ -9,7 +9,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr int cellBits = 5;
+    constexpr int cellBits = 6;
     constexpr int side = (1 << cellBits) + 1; // with a border of zeros below the first cell
     constexpr int searchBits = 6;
     constexpr std::size_t mostExactColors = 256;

@@ -13,7 +13,7 @@ namespace pagestack {
 /// As many different colours as the palette may have are kept exactly. Of up to 256 that are still
 /// too many the rarest are left out. More are reduced by variance: the colour space is cut again
 /// and again across the box whose split lowers the squared error most (the method published by X.
-/// Wu in Graphics Gems II, 1991), on colours of 5 bits a channel, and the mean of each box's real
+/// Wu in Graphics Gems II, 1991), on colours of 6 bits a channel, and the mean of each box's real
 /// colours becomes a palette entry. The same colours give the same palette.
 class ColorQuantizer
 {

@@ -88,8 +88,13 @@ void MultiPageTiff::rebuildAsBigTiff()
     m_assembly.reset();
     m_assembly
         = std::make_unique<TiffAssembly>(m_path, m_compression, m_plannedPages, true, m_limitBytes);
-    for (const PageImage& page : m_pages)
-        m_assembly->append(page.source());
+    try {
+        for (const PageImage& page : m_pages)
+            m_assembly->append(page.source());
+    } catch (const std::runtime_error& error) {
+        // A page that could be read before: without it the file would not be what was gathered.
+        throw TiffAssembly::WriteFailure(error.what());
+    }
 }
 
 bool MultiPageTiff::commit()

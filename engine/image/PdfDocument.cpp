@@ -3,50 +3,49 @@
 #include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
-#include <qpdf/QPDF.hh>
-#include <qpdf/QPDFPageDocumentHelper.hh>
+#include <qpdf/qpdf-c.h>
 
 #include <algorithm>
-#include <exception>
-#include <limits>
+#include <memory>
 
 namespace pagestack {
 
 namespace {
 
-    /// Opens the document and hands it to `use`; false when it cannot be opened.
-    template <typename Use>
-    bool openPdf(const QString& path, const QString& password, Use use)
+    // qpdf's C interface: Clang 14 does not compile its C++ headers as C++20.
+    struct PdfCloser
+    {
+        void operator()(_qpdf_data* document) const noexcept { qpdf_cleanup(&document); }
+    };
+    using Pdf = std::unique_ptr<_qpdf_data, PdfCloser>;
+
+    /// The opened document; null when it is damaged, no PDF file, or needs another password.
+    Pdf openPdf(const QString& path, const QString& password)
     {
         if (!QFileInfo(path).isFile())
-            return false; // qpdf would wait for the writer of a named pipe
-        try {
-            QPDF document;
-            document.setSuppressWarnings(true);
-            document.processFile(QFile::encodeName(path).constData(),
-                                 password.toUtf8().constData());
-            use(document);
-            return true;
-        } catch (const std::exception&) {
-            return false; // damaged, no PDF file, or another password: the callers report none of
-                          // it
-        }
+            return {}; // qpdf would wait for the writer of a named pipe
+        Pdf document(qpdf_init());
+        qpdf_silence_errors(document.get());
+        qpdf_set_suppress_warnings(document.get(), QPDF_TRUE);
+        const QPDF_ERROR_CODE result = qpdf_read(
+            document.get(), QFile::encodeName(path).constData(), password.toUtf8().constData());
+        if ((result & QPDF_ERRORS) != 0)
+            return {};
+        return document;
     }
 
 } // namespace
 
 std::uint32_t countPdfPages(const QString& path, const QString& password)
 {
-    std::size_t pages = 0;
-    openPdf(path, password,
-            [&](QPDF& document) { pages = QPDFPageDocumentHelper(document).getAllPages().size(); });
-    return static_cast<std::uint32_t>(
-        std::min<std::size_t>(pages, std::numeric_limits<std::uint32_t>::max()));
+    const Pdf document = openPdf(path, password);
+    return document ? static_cast<std::uint32_t>(std::max(0, qpdf_get_num_pages(document.get())))
+                    : 0;
 }
 
 bool opensAsPdf(const QString& path, const QString& password)
 {
-    return openPdf(path, password, [](QPDF&) {});
+    return openPdf(path, password) != nullptr;
 }
 
 } // namespace pagestack

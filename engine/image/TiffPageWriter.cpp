@@ -164,7 +164,7 @@ namespace {
             setTag(m_to, TIFFTAG_FILLORDER, m_tags.fillOrder);
             if (m_compression == COMPRESSION_LZW && m_tags.predictor != PREDICTOR_NONE)
                 setTag(m_to, TIFFTAG_PREDICTOR, m_tags.predictor);
-            for (const ttag_t tag : { TIFFTAG_GROUP3OPTIONS, TIFFTAG_GROUP4OPTIONS }) {
+            for (const int tag : { TIFFTAG_GROUP3OPTIONS, TIFFTAG_GROUP4OPTIONS }) {
                 std::uint32_t options = 0;
                 if (TIFFGetField(m_from, static_cast<ttag_t>(tag), &options) == 1)
                     TIFFSetField(m_to, static_cast<ttag_t>(tag), options);
