@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QList>
+#include <QUrl>
+
+namespace pagestack {
+
+/// What a load of the file list is asked for.
+struct Arguments
+{
+    QList<QUrl> urls; ///< the chosen files or folders
+    bool isFolders = false; ///< search the URLs as folders; false: add them as they are
+    bool isIncludeSubdirectories = false; ///< of folders: all folders below them too
+};
+
+} // namespace pagestack

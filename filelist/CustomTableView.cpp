@@ -1,0 +1,251 @@
+#include "filelist/CustomTableView.h"
+
+#include "filelist/FileTableModel.h"
+
+#include <QDataStream>
+#include <QDragEnterEvent>
+#include <QHeaderView>
+#include <QIODevice>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QPainter>
+#include <QStyledItemDelegate>
+
+#include <algorithm>
+
+namespace pagestack {
+
+namespace {
+
+    /// Elides in the middle: the end of a path tells as much as its beginning.
+    class PathDelegate : public QStyledItemDelegate
+    {
+    public:
+        using QStyledItemDelegate::QStyledItemDelegate;
+
+    protected:
+        void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
+        {
+            QStyledItemDelegate::initStyleOption(option, index);
+            option->textElideMode = Qt::ElideMiddle;
+        }
+    };
+
+    constexpr qint32 columnsFormat = 1;
+
+} // namespace
+
+CustomTableView::CustomTableView(QWidget* parent)
+    : QTableView(parent)
+{
+    setSelectionBehavior(SelectRows);
+    setSelectionMode(ExtendedSelection);
+    setEditTriggers(NoEditTriggers);
+    setTabKeyNavigation(false);
+    setWordWrap(false);
+    setShowGrid(false);
+    setAlternatingRowColors(true);
+    setVerticalScrollMode(ScrollPerItem);
+    setHorizontalScrollMode(ScrollPerPixel);
+
+    setDragDropMode(DragDrop);
+    setDefaultDropAction(Qt::LinkAction);
+    setDropIndicatorShown(false);
+
+    // Rows of one height: a long list is never measured row by row.
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->hide();
+    horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setStretchLastSection(true);
+    horizontalHeader()->setSectionsMovable(true);
+    horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
+    setSortingEnabled(true);
+
+    auto* path = new PathDelegate(this);
+    setItemDelegateForColumn(FileTableModel::Name, path);
+    setItemDelegateForColumn(FileTableModel::Location, path);
+}
+
+void CustomTableView::setModel(QAbstractItemModel* model)
+{
+    QTableView::setModel(model);
+    setDefaultWidths();
+}
+
+void CustomTableView::setDefaultWidths()
+{
+    if (!model() || model()->columnCount() != FileTableModel::ColumnCount)
+        return;
+    const int checkBox = style()->pixelMetric(QStyle::PM_IndicatorWidth)
+        + 4 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1);
+    horizontalHeader()->setMinimumSectionSize(checkBox);
+    setColumnWidth(FileTableModel::IsSelected, checkBox);
+    const int digit = fontMetrics().horizontalAdvance(u'0');
+    setColumnWidth(FileTableModel::Name, 28 * digit);
+    setColumnWidth(FileTableModel::Pages, 8 * digit);
+    setColumnWidth(FileTableModel::Size, 10 * digit);
+    setColumnWidth(FileTableModel::Type, 7 * digit);
+    setColumnWidth(FileTableModel::DateModified, 22 * digit);
+    setColumnWidth(FileTableModel::DateCreated, 22 * digit);
+    setColumnWidth(FileTableModel::DateAccessed, 22 * digit);
+    setColumnWidth(FileTableModel::Location, 40 * digit);
+}
+
+QList<int> CustomTableView::highlightedRows() const
+{
+    QList<int> rows;
+    if (!selectionModel())
+        return rows;
+    const QItemSelection selection = selectionModel()->selection();
+    for (const QItemSelectionRange& range : selection) {
+        for (int row = range.top(); row <= range.bottom(); ++row)
+            rows.append(row);
+    }
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    return rows;
+}
+
+void CustomTableView::highlightRows(const QList<int>& rows)
+{
+    QItemSelection selection;
+    for (qsizetype i = 0; i < rows.size(); ++i) {
+        const int first = rows.at(i);
+        while (i + 1 < rows.size() && rows.at(i + 1) == rows.at(i) + 1)
+            ++i;
+        selection.append(
+            QItemSelectionRange(model()->index(first, 0), model()->index(rows.at(i), 0)));
+    }
+    if (!rows.isEmpty())
+        selectionModel()->setCurrentIndex(model()->index(rows.first(), FileTableModel::Name),
+                                          QItemSelectionModel::NoUpdate);
+    selectionModel()->select(selection,
+                             QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+SortOrder CustomTableView::currentSortOrder() const
+{
+    return FileTableModel::sortOrder(horizontalHeader()->sortIndicatorSection(),
+                                     horizontalHeader()->sortIndicatorOrder());
+}
+
+QByteArray CustomTableView::saveColumns() const
+{
+    QByteArray state;
+    QDataStream stream(&state, QIODevice::WriteOnly);
+    stream << columnsFormat << qint32 { horizontalHeader()->count() }
+           << horizontalHeader()->saveState();
+    return state;
+}
+
+bool CustomTableView::restoreColumns(const QByteArray& state)
+{
+    QDataStream stream(state);
+    qint32 format = 0;
+    qint32 count = 0;
+    QByteArray header;
+    stream >> format >> count >> header;
+    return stream.status() == QDataStream::Ok && format == columnsFormat
+        && count == horizontalHeader()->count() && horizontalHeader()->restoreState(header);
+}
+
+bool CustomTableView::validateDrop(const QObject* source, const QMimeData* offer) const
+{
+    const bool isOwnDrag = source && (source == this || source == viewport());
+    return !isOwnDrag && offer && offer->hasUrls();
+}
+
+void CustomTableView::keyboardSearch(const QString& search)
+{
+    if (!model() || model()->rowCount() == 0)
+        return;
+    // The search goes through the column of the current cell and begins below it.
+    const QModelIndex current = currentIndex();
+    const int row = current.isValid() ? current.row() : model()->rowCount() - 1;
+    selectionModel()->setCurrentIndex(model()->index(row, FileTableModel::Name),
+                                      QItemSelectionModel::NoUpdate);
+    QTableView::keyboardSearch(search);
+}
+
+void CustomTableView::keyPressEvent(QKeyEvent* event)
+{
+    const bool isCommand = event->modifiers().testFlag(Qt::ControlModifier);
+    const int key = event->key();
+    if (key == Qt::Key_Space)
+        emit invertRequested(highlightedRows());
+    else if (key == Qt::Key_Delete || key == Qt::Key_Backspace)
+        emit removeRequested();
+    else if (isCommand && key == Qt::Key_Up)
+        emit moveUpRequested();
+    else if (isCommand && key == Qt::Key_Down)
+        emit moveDownRequested();
+    else
+        QTableView::keyPressEvent(event);
+}
+
+void CustomTableView::mousePressEvent(QMouseEvent* event)
+{
+    const bool hadHighlightedRows = selectionModel() && selectionModel()->hasSelection();
+    QTableView::mousePressEvent(event); // highlights the row under the pointer unless it is already
+    // A Control-click of macOS arrives as the right button with Meta.
+    if (hadHighlightedRows && m_contextMenu && event->button() == Qt::RightButton
+        && !event->modifiers().testFlag(Qt::MetaModifier) && selectionModel()->hasSelection())
+        m_contextMenu->popup(event->globalPosition().toPoint());
+}
+
+// The press has been answered already; no other way leads to the menu.
+void CustomTableView::contextMenuEvent(QContextMenuEvent* event) { event->accept(); }
+
+void CustomTableView::dragEnterEvent(QDragEnterEvent* event) { answerDrag(*event); }
+
+void CustomTableView::dragMoveEvent(QDragMoveEvent* event) { answerDrag(*event); }
+
+void CustomTableView::answerDrag(QDragMoveEvent& event)
+{
+    const bool isWelcome = validateDrop(event.source(), event.mimeData());
+    setIsDropTarget(isWelcome);
+    if (!isWelcome)
+        return event.ignore();
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+}
+
+void CustomTableView::dragLeaveEvent(QDragLeaveEvent* event)
+{
+    setIsDropTarget(false);
+    QTableView::dragLeaveEvent(event);
+}
+
+void CustomTableView::dropEvent(QDropEvent* event)
+{
+    setIsDropTarget(false);
+    if (!validateDrop(event->source(), event->mimeData()))
+        return event->ignore();
+    QList<QUrl> files = event->mimeData()->urls();
+    files.removeIf([](const QUrl& url) { return !url.isLocalFile(); });
+    if (files.isEmpty())
+        return event->ignore();
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    emit filesDropped(files);
+}
+
+void CustomTableView::setIsDropTarget(bool isDropTarget)
+{
+    if (isDropTarget == m_isDropTarget)
+        return;
+    m_isDropTarget = isDropTarget;
+    viewport()->update();
+}
+
+void CustomTableView::paintEvent(QPaintEvent* event)
+{
+    QTableView::paintEvent(event);
+    if (!m_isDropTarget)
+        return;
+    QPainter painter(viewport());
+    painter.setPen(QPen(palette().highlight(), 2));
+    painter.drawRect(viewport()->rect().adjusted(1, 1, -1, -1));
+}
+
+} // namespace pagestack

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "filelist/SortOrder.h"
+
+#include <QList>
+#include <QMenu>
+#include <QPointer>
+#include <QTableView>
+#include <QUrl>
+
+class QMimeData;
+
+namespace pagestack {
+
+/// The table of the file list: highlighting of whole rows, keys, context menu, files dragged in and
+/// out. It changes nothing itself but tells what is wanted.
+class CustomTableView : public QTableView
+{
+    Q_OBJECT
+    Q_PROPERTY(QMenu* contextMenu READ contextMenu WRITE setContextMenu)
+
+public:
+    explicit CustomTableView(QWidget* parent = nullptr);
+
+    /// Shown at a press of the right mouse button while rows are highlighted, at no other time. Not
+    /// owned.
+    QMenu* contextMenu() const { return m_contextMenu; }
+    void setContextMenu(QMenu* menu) { m_contextMenu = menu; }
+
+    void setModel(QAbstractItemModel* model) override;
+
+    /// The highlighted rows, ascending.
+    QList<int> highlightedRows() const;
+    /// Highlights exactly these rows, which ascend, in one change of the selection.
+    void highlightRows(const QList<int>& rows);
+
+    /// What the column headers were last clicked for; none as long as they were not.
+    SortOrder currentSortOrder() const;
+
+    /// Widths, order and sort order of the columns, for the next start.
+    QByteArray saveColumns() const;
+    /// False, with the columns left as they are: not made by saveColumns for as many columns.
+    bool restoreColumns(const QByteArray& state);
+
+    /// Whether a drag may be dropped: it offers URLs and does not come from this table.
+    bool validateDrop(const QObject* source, const QMimeData* offer) const;
+
+    void keyboardSearch(const QString& search) override; ///< by name, in whatever column
+
+signals:
+    /// The check marks of these rows are to be inverted; ascending, maybe none.
+    void invertRequested(const QList<int>& rows);
+    void removeRequested();
+    void moveUpRequested();
+    void moveDownRequested();
+    /// Files and folders of this computer, in the order of the drag, one at least.
+    void filesDropped(const QList<QUrl>& urls);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void answerDrag(QDragMoveEvent& event);
+    void setIsDropTarget(bool isDropTarget);
+    void setDefaultWidths();
+
+    QPointer<QMenu> m_contextMenu;
+    bool m_isDropTarget = false; ///< a drag that may be dropped is above the table
+};
+
+} // namespace pagestack

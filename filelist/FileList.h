@@ -1,0 +1,67 @@
+#pragma once
+
+#include "filelist/FileItem.h"
+#include "filelist/SortOrder.h"
+
+#include <QList>
+#include <QSet>
+#include <QUrl>
+
+#include <functional>
+#include <memory>
+
+namespace pagestack {
+
+/// The files of the window in their order, each URL once, with running totals.
+///
+/// The totals hold as long as check marks are changed here and page counts not at all. There is no
+/// lock: one thread, the main thread. Another thread may read the items of a copy of items() while
+/// the window is busy and so leaves them alone.
+///
+/// Rows are counted from 0; a row that does not exist is our own mistake (assertion).
+class FileList
+{
+public:
+    using Item = std::shared_ptr<FileItem>;
+    using Items = QList<Item>;
+
+    const Items& items() const { return m_items; } ///< a copy costs nothing
+    int count() const { return static_cast<int>(m_items.size()); }
+    const Item& at(int row) const { return m_items.at(row); }
+    /// Whether an item with this URL is in the list; takes the same time however long the list is.
+    bool contains(const QUrl& url) const { return m_urls.contains(url); }
+
+    qint64 totalPages() const { return m_totalPages; }
+    qint64 checkedCount() const { return m_checkedCount; }
+    qint64 checkedPages() const { return m_checkedPages; }
+
+    /// Adds `item`, which is not null, at the end. False: an equal item is there, nothing changed.
+    bool append(const Item& item);
+    void removeRows(int first, int count);
+    /// Removes the items for which `isUnwanted` is true, in one pass; the number of those removed.
+    int removeIf(const std::function<bool(int row, const FileItem& item)>& isUnwanted);
+    void clear();
+
+    /// False: the check mark is as asked already.
+    bool setSelected(int row, bool isSelected);
+    void invert(int row) { setSelected(row, !m_items.at(row)->isSelected()); }
+
+    /// Puts the item of row rows[i] into row i; `rows` names every row once.
+    void reorder(const QList<int>& rows);
+    void sort(const SortOrder& order);
+    /// Puts `count` items from row `first` on before the item that is in row `before` now, which is
+    /// not one of them; `before` may be count().
+    void moveRows(int first, int count, int before);
+
+private:
+    void include(const FileItem& item);
+    void exclude(const FileItem& item);
+
+    Items m_items;
+    QSet<QUrl> m_urls;
+    qint64 m_totalPages = 0;
+    qint64 m_checkedCount = 0;
+    qint64 m_checkedPages = 0;
+};
+
+} // namespace pagestack

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "filelist/FileItem.h"
+
+#include <QList>
+#include <QUrl>
+
+#include <memory>
+
+namespace pagestack {
+
+/// The list that a FileLoader fills, implemented by its owner.
+class LoaderTarget
+{
+public:
+    virtual ~LoaderTarget() = default;
+
+    /// False: stop before the next file. Any thread.
+    virtual bool isProcessing() const = 0;
+    /// Whether the list has an item with this URL. Main thread.
+    virtual bool contains(const QUrl& url) const = 0;
+    /// Adds the item at the end; false when an equal one is there. Main thread.
+    virtual bool append(const std::shared_ptr<FileItem>& item) = 0;
+    /// Follows each item that was added. Main thread.
+    virtual void updateTotalPagesLabel() = 0;
+
+protected:
+    LoaderTarget() = default;
+    LoaderTarget(const LoaderTarget&) = default;
+    LoaderTarget& operator=(const LoaderTarget&) = default;
+};
+
+/// Finds files and adds them to the list. Runs on a background thread, which waits for the main
+/// thread with callOnMainThread().
+///
+/// Files are opened and their pages counted ahead by threads of the loader's own, which is where
+/// the time goes; what they have ready is added in order. The main thread is asked for as many
+/// files at a time as are ready, for a few milliseconds at the most: for each it looks at
+/// isProcessing(), appends, and updates the total. Files that are listed already are not opened.
+///
+/// Anything thrown, by the target too, ends the load and is logged; what was added stays. A load
+/// also ends when the application shuts down. The files in hand are finished first.
+class FileLoader
+{
+public:
+    explicit FileLoader(LoaderTarget& target)
+        : m_target(target)
+    {
+    }
+
+    /// Adds the URLs, whatever their extension; those that are no file URLs are skipped. True when
+    /// the list has grown.
+    bool addFilesToList(const QList<QUrl>& urls);
+
+    /// Adds the files of allowed types in these folders, without sub-folders or with all of them,
+    /// in the order of FolderEntries. A URL that is no folder but has an allowed type is added
+    /// itself. True when the list has grown.
+    bool addFolderToList(const QList<QUrl>& urls, bool includeSubdirectories);
+
+private:
+    LoaderTarget& m_target;
+};
+
+} // namespace pagestack

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "filelist/FileList.h"
+
+#include <QAbstractTableModel>
+
+namespace pagestack {
+
+/// The file list as a table: a view of a FileList, which must outlive it.
+///
+/// While a model is there, the list is changed through it only, so that views follow. A change of
+/// many rows is one operation and as few signals as possible. Main thread.
+class FileTableModel : public QAbstractTableModel
+{
+    Q_OBJECT
+
+public:
+    enum Column {
+        IsSelected,
+        Name,
+        Pages,
+        Size,
+        Type,
+        DateModified,
+        DateCreated,
+        DateAccessed,
+        Location,
+        ColumnCount,
+    };
+
+    enum class Mark {
+        Check,
+        Uncheck,
+        Invert,
+    };
+
+    explicit FileTableModel(FileList& files, QObject* parent = nullptr);
+
+    /// "isselected", "name", "pages", "sizeInKB", "type", "dateModified", "dateCreated",
+    /// "dateAccessed", "location"; empty for no column.
+    static QString identifier(int column);
+    /// The order of a column by the property of FileItem that it shows; none for no column (-1).
+    static SortOrder sortOrder(int column, Qt::SortOrder order);
+
+    const FileList& files() const { return m_files; }
+
+    /// What the cell shows: FileItem::displayField for the identifier, "" for a row that does not
+    /// exist.
+    QVariant objectValue(int row, const QString& identifier) const;
+
+    bool append(const FileList::Item& item); ///< false: it is in the list already
+    int appendMany(const FileList::Items& items); ///< the number of those that were new
+    int removeItems(const QList<int>& rows); ///< in any order; the number of rows removed
+    int removeIf(const std::function<bool(int row, const FileItem& item)>& isUnwanted);
+    void clear();
+
+    bool setSelected(int row, bool isSelected); ///< false: no change
+    int mark(const QList<int>& rows, Mark mark); ///< the number of rows changed
+    int markAll(Mark mark);
+
+    /// Selections and the current row stay with their items.
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+    void sortBy(const SortOrder& order);
+    /// Puts the item of row rows[i] into row i, as sortedRows() says; nothing when `rows` is empty.
+    void reorder(const QList<int>& rows);
+    /// See FileList::moveRows.
+    void moveItems(int first, int count, int before);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    bool setData(const QModelIndex& index, const QVariant& value, int role) override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    QStringList mimeTypes() const override;
+    QMimeData* mimeData(const QModelIndexList& indexes) const override; ///< the files' URLs
+    Qt::DropActions supportedDragActions() const override { return Qt::LinkAction; }
+
+signals:
+    /// After one check mark or many have changed, once an operation.
+    void checkMarksChanged();
+
+private:
+    QVariant checkMarkData(const FileItem& item, int role) const;
+    void announceMarks(int first, int last);
+    int markRows(const QList<int>* rows, Mark mark);
+
+    FileList& m_files;
+};
+
+} // namespace pagestack

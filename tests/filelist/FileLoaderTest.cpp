@@ -1,0 +1,256 @@
+#include "filelist/FileLoader.h"
+
+#include "filelist/AllowedFileTypes.h"
+#include "filelist/FileTableModel.h"
+#include "filelist/FolderEntries.h"
+#include "tests/filelist/TinyTiff.h"
+
+#include <QEventLoop>
+#include <QSet>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+#include <atomic>
+#include <functional>
+#include <stdexcept>
+
+using namespace Qt::StringLiterals;
+using namespace pagestack;
+
+namespace {
+
+QString lastLogLine; // written by the loader's thread, read when that has ended
+
+void keepLogLine(QtMsgType, const QMessageLogContext&, const QString& text) { lastLogLine = text; }
+
+// The list, and a record of what was done to it.
+class Target : public LoaderTarget
+{
+public:
+    bool isProcessing() const override { return processing; }
+    bool contains(const QUrl& url) const override
+    {
+        ++lookUps;
+        return files.contains(url);
+    }
+    bool append(const std::shared_ptr<FileItem>& item) override
+    {
+        isOnMainThread
+            = isOnMainThread && QThread::currentThread() == QCoreApplication::instance()->thread();
+        ++appends;
+        if (onAppend)
+            onAppend();
+        return model.append(item);
+    }
+    void updateTotalPagesLabel() override { totals.append(files.totalPages()); }
+
+    QStringList names() const
+    {
+        QStringList result;
+        for (const auto& item : files.items())
+            result.append(item->name());
+        return result;
+    }
+
+    FileList files;
+    FileTableModel model { files };
+    std::atomic_bool processing = true;
+    bool isOnMainThread = true;
+    mutable int lookUps = 0;
+    int appends = 0;
+    QList<qint64> totals;
+    std::function<void()> onAppend;
+};
+
+// Runs `load` as the window does, on a thread that the main thread's event loop serves.
+bool inBackground(const std::function<bool()>& load)
+{
+    bool result = false;
+    const std::unique_ptr<QThread> worker(QThread::create([&] { result = load(); }));
+    QEventLoop loop;
+    QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
+    worker->start();
+    loop.exec();
+    worker->wait();
+    return result;
+}
+
+} // namespace
+
+class FileLoaderTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        for (const auto* name :
+             { "a.tif", "b.TIFF", "c.Tif", "d.txt", "noextension", ".hidden.tif", "tif",
+               "sub/e.TIF", "sub/deep/f.tiff", ".hiddenfolder/g.tif", "folder.tif/h.tif" })
+            makeFile(path(QLatin1String(name)));
+        QVERIFY(QFile::link(path(u""_s), path(u"sub/circle"_s)));
+        QVERIFY(QFile::link(path(u"sub"_s), path(u"linked.tif"_s)));
+    }
+
+    void acceptsFourSpellings()
+    {
+        QCOMPARE(allowedFileTypes(), (QStringList { u"tif"_s, u"TIF"_s, u"tiff"_s, u"TIFF"_s }));
+        for (const auto* other : { "Tif", "tIFF", "", "tif ", "ti", ".tif" })
+            QVERIFY2(!isAllowedFileType(QLatin1String(other).toString()), other);
+    }
+
+    void listsWhatIsVisibleOnce()
+    {
+        QStringList found;
+        QSet<QString> folders;
+        FolderEntries entries(path(u""_s), true);
+        while (const auto entry = entries.next()) {
+            QVERIFY(entry->path.startsWith(m_folder->path()));
+            const QString name = entry->path.sliced(m_folder->path().size() + 1);
+            found.append(name);
+            QVERIFY2(found.size() < 100, "goes round in circles");
+            if (entry->isDirectory)
+                folders.insert(name);
+            if (name == u"sub/e.TIF"_s)
+                QVERIFY(folders.contains(u"sub"_s)); // a folder before what is in it
+        }
+        found.sort();
+        QCOMPARE(found.join(u' '),
+                 u"a.tif b.TIFF c.Tif d.txt folder.tif folder.tif/h.tif linked.tif noextension sub "
+                 "sub/circle sub/deep sub/deep/f.tiff sub/e.TIF tif"_s);
+        QVERIFY(folders.contains(u"linked.tif"_s) && folders.contains(u"sub/circle"_s));
+        QVERIFY(!FolderEntries(path(u"none"_s), true).next());
+        QVERIFY(!FolderEntries(path(u"a.tif"_s), true).next());
+    }
+
+    void findsTheFilesOfFolders_data()
+    {
+        QTest::addColumn<QStringList>("given");
+        QTest::addColumn<bool>("includeSubdirectories");
+        QTest::addColumn<QString>("found"); // sorted
+        QTest::newRow("folder alone") << QStringList { u""_s } << false << u"a.tif b.TIFF"_s;
+        QTest::newRow("with sub-folders")
+            << QStringList { u""_s } << true << u"a.tif b.TIFF e.TIF f.tiff h.tif"_s;
+        QTest::newRow("files among folders")
+            << QStringList { u"d.txt"_s, u"sub"_s, u"a.tif"_s, u"gone.tif"_s, u"c.Tif"_s } << false
+            << u"a.tif e.TIF gone.tif"_s;
+        QTest::newRow("twice and overlapping")
+            << QStringList { u"sub/e.TIF"_s, u"sub"_s, u"sub/deep"_s, u"sub"_s } << true
+            << u"e.TIF f.tiff"_s;
+        QTest::newRow("nothing") << QStringList { u"none"_s, u"d.txt"_s } << true << QString();
+    }
+    void findsTheFilesOfFolders()
+    {
+        QFETCH(const QStringList, given);
+        QFETCH(const bool, includeSubdirectories);
+        QFETCH(const QString, found);
+        Target target;
+        const auto load = [&] {
+            return FileLoader(target).addFolderToList(urls(given), includeSubdirectories);
+        };
+        QCOMPARE(inBackground(load), !found.isEmpty());
+        QStringList names = target.names();
+        names.sort();
+        QCOMPARE(names.join(u' '), found);
+        QVERIFY(!inBackground(load)); // all there already
+    }
+
+    void addsFilesInOrderAndTheTotalAfterEach()
+    {
+        Target target;
+        QList<QUrl> given = urls({ u"d.txt"_s, u"a.tif"_s, u"gone"_s, u"a.tif"_s });
+        given.insert(1, QUrl(u"https://example.com/a.tif"_s));
+        for (int i = 0; i < 300; ++i)
+            given.append(QUrl::fromLocalFile(makeFile(path(u"n%1"_s.arg(i)), i % 4)));
+        QVERIFY(inBackground([&] { return FileLoader(target).addFilesToList(given); }));
+        QVERIFY(target.isOnMainThread);
+        QCOMPARE(target.names().first(4),
+                 (QStringList { u"d.txt"_s, u"a.tif"_s, u"gone"_s, u"n0"_s }));
+        QCOMPARE(target.names().size(), 303);
+        qint64 pages = 0;
+        for (int row = 0; row < 303; ++row) {
+            pages += target.files.at(row)->pages();
+            QCOMPARE(target.totals.at(row), pages);
+            QVERIFY(row < 3 || target.names().at(row) == u"n%1"_s.arg(row - 3));
+        }
+        QCOMPARE(target.totals.size(), 303);
+    }
+
+    void stopsBeforeTheNextFile()
+    {
+        QList<QUrl> given;
+        for (int i = 0; i < 1000; ++i)
+            given.append(QUrl::fromLocalFile(path(u"%1.tif"_s.arg(i))));
+        Target target;
+        target.onAppend = [&target] { target.processing = target.appends != 7; };
+        QVERIFY(inBackground([&] { return FileLoader(target).addFilesToList(given); }));
+        QCOMPARE(target.files.count(), 7);
+        QCOMPARE(target.totals.size(), 7);
+        QVERIFY(!inBackground(
+            [&] { return FileLoader(target).addFolderToList(urls({ u""_s }), true); }));
+        QCOMPARE(target.appends, 7);
+    }
+
+    void logsWhatIsThrownAndKeepsWhatIsThere()
+    {
+        Target target;
+        target.onAppend = [&target] {
+            if (target.appends == 2)
+                throw std::runtime_error("the list is full");
+        };
+        const auto before = qInstallMessageHandler(keepLogLine);
+        const bool hasGrown = inBackground([&] {
+            return FileLoader(target).addFilesToList(urls({ u"a.tif"_s, u"b.TIFF"_s, u"tif"_s }));
+        });
+        QCOMPARE(lastLogLine, u"Error in (addFilesToList:) : the list is full"_s);
+        target.appends = 1;
+        const bool hasGrownAgain = inBackground(
+            [&] { return FileLoader(target).addFolderToList(urls({ u"sub"_s }), true); });
+        qInstallMessageHandler(before);
+        QCOMPARE(lastLogLine, u"Error in (addFolderToList:) : the list is full"_s);
+        QVERIFY(hasGrown && !hasGrownAgain);
+        QCOMPARE(target.names(), (QStringList { u"a.tif"_s }));
+    }
+
+    // Counted, as time says little on a busy machine.
+    void doesTheSameForTheLastFileAsForTheFirst()
+    {
+        constexpr int count = 20000;
+        QList<QUrl> given;
+        for (int i = 0; i < count; ++i)
+            given.append(QUrl::fromLocalFile(u"/none/%1.tif"_s.arg(i)));
+        Target target;
+        QSignalSpy inserts(&target.model, &FileTableModel::rowsInserted);
+        QSignalSpy resets(&target.model, &FileTableModel::modelReset);
+        QVERIFY(inBackground([&] { return FileLoader(target).addFilesToList(given); }));
+        QCOMPARE(target.files.count(), count);
+        QCOMPARE(target.lookUps, count);
+        QCOMPARE(target.appends, count);
+        QCOMPARE(target.totals.size(), count);
+        QCOMPARE(inserts.size(), count);
+        QVERIFY(resets.isEmpty());
+        // A second time no file is opened: none comes as far as append().
+        QVERIFY(!inBackground([&] { return FileLoader(target).addFilesToList(given); }));
+        QCOMPARE(target.lookUps, 2 * count);
+        QCOMPARE(target.appends, count);
+    }
+
+private:
+    QString path(const QString& name) const { return m_folder->filePath(name); }
+    QList<QUrl> urls(const QStringList& names) const
+    {
+        QList<QUrl> result;
+        for (const QString& name : names)
+            result.append(QUrl::fromLocalFile(path(name)));
+        return result;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+QTEST_GUILESS_MAIN(FileLoaderTest)
+
+#include "FileLoaderTest.moc"

@@ -1,0 +1,243 @@
+#include "filelist/CustomTableView.h"
+#include "filelist/FileTableModel.h"
+#include "tests/filelist/TinyTiff.h"
+
+#include <QAbstractItemModelTester>
+#include <QDropEvent>
+#include <QHeaderView>
+#include <QMenu>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace pagestack;
+
+class FileTableTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_files = FileList();
+        m_model = std::make_unique<FileTableModel>(m_files);
+        m_tester = std::make_unique<QAbstractItemModelTester>(
+            m_model.get(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+        m_table = std::make_unique<CustomTableView>();
+        m_table->setModel(m_model.get());
+        FileList::Items items;
+        for (const auto* name : { "/one/Delta.tif", "/one/alpha.tif", "/two/charlie.tif",
+                                  "/two/Bravo.tif", "/two/echo.tiff" })
+            items.append(itemOf(QLatin1String(name)));
+        QCOMPARE(m_model->appendMany(items + items), 5);
+        QVERIFY(!m_model->append(items.first()));
+        m_table->resize(900, 400);
+        m_table->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_table.get()));
+    }
+    void cleanup()
+    {
+        m_table.reset();
+        m_tester.reset();
+        m_model.reset();
+    }
+
+    void showsTheFields()
+    {
+        const auto shown = [this](int row, int column, int role = Qt::DisplayRole) {
+            return m_model->index(row, column).data(role);
+        };
+        QCOMPARE(shown(4, FileTableModel::Name), QVariant(u"echo.tiff"_s));
+        QCOMPARE(shown(4, FileTableModel::Pages), QVariant(0));
+        QCOMPARE(shown(4, FileTableModel::Type), QVariant(u"tiff"_s));
+        QCOMPARE(shown(4, FileTableModel::Location), QVariant(u"/two"_s));
+        QVERIFY(shown(4, 1, Qt::ToolTipRole).toString().startsWith(u"/two/echo.tiff\n"_s));
+        QCOMPARE(m_model->objectValue(-1, u"name"_s), QVariant(u""_s));
+        QCOMPARE(m_model->objectValue(0, u"isselected"_s), QVariant(true));
+        for (int column = 0; column < FileTableModel::ColumnCount; ++column) {
+            QCOMPARE(shown(0, column, Qt::TextAlignmentRole).isValid(),
+                     FileTableModel::identifier(column) == u"sizeInKB"_s);
+            QCOMPARE(shown(0, column, Qt::CheckStateRole).isValid(), column == 0);
+            QVERIFY(!m_model->index(0, column).flags().testFlag(Qt::ItemIsEditable));
+            QVERIFY(!FileTableModel::sortOrder(column, Qt::AscendingOrder).key.isEmpty());
+        }
+    }
+
+    void announcesCheckMarksOnceAnOperation()
+    {
+        QSignalSpy cells(m_model.get(), &FileTableModel::dataChanged);
+        QSignalSpy marks(m_model.get(), &FileTableModel::checkMarksChanged);
+        QVERIFY(m_model->setData(m_model->index(2, 0), Qt::Unchecked, Qt::CheckStateRole));
+        QCOMPARE(cells.size(), 1);
+        QCOMPARE(cells.last().at(0).toModelIndex(), m_model->index(2, 0));
+        QCOMPARE(cells.last().at(1).toModelIndex(), m_model->index(2, 0));
+        QVERIFY(!m_model->setSelected(2, false)); // no change, no signal
+        QCOMPARE(m_model->mark({ 1, 2 }, FileTableModel::Mark::Invert), 2);
+        QVERIFY(!m_files.at(1)->isSelected() && m_files.at(2)->isSelected());
+        QCOMPARE(m_model->markAll(FileTableModel::Mark::Uncheck), 4);
+        QCOMPARE(m_model->markAll(FileTableModel::Mark::Uncheck), 0);
+        QCOMPARE(cells.size(), 3);
+        QCOMPARE(marks.size(), 3);
+        QCOMPARE(m_files.checkedCount(), 0);
+    }
+
+    void ticksWithAClick()
+    {
+        const QRect cell = m_table->visualRect(m_model->index(1, 0));
+        const int margin = m_table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1;
+        QTest::mouseClick(m_table->viewport(), Qt::LeftButton, {},
+                          { cell.left() + margin + 5, cell.center().y() });
+        QVERIFY(!m_files.at(1)->isSelected());
+    }
+
+    void keepsTheHighlightedFilesWhenItSorts()
+    {
+        m_table->highlightRows({ 0, 1, 4 });
+        QSignalSpy layouts(m_model.get(), &FileTableModel::layoutChanged);
+        QVERIFY(m_table->currentSortOrder().key.isEmpty());
+        m_table->sortByColumn(FileTableModel::Name, Qt::DescendingOrder);
+        QCOMPARE(m_table->currentSortOrder(), (SortOrder { u"name"_s, false }));
+        QCOMPARE(m_files.at(0)->name(), u"echo.tiff"_s);
+        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0, 1, 4 })); // echo, Delta, alpha
+        m_table->sortByColumn(FileTableModel::Name, Qt::AscendingOrder);
+        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0, 3, 4 }));
+        QCOMPARE(layouts.size(), 2);
+        m_model->moveItems(3, 2, 1);
+        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0, 1, 2 }));
+        QCOMPARE(m_files.at(3)->name(), u"Bravo.tif"_s);
+    }
+
+    void removesRowsInAnyOrderAndManyAtOnce()
+    {
+        m_table->highlightRows({ 2, 4 });
+        QCOMPARE(m_model->removeItems({ 3, 0, 1, 3 }), 3);
+        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0, 1 }));
+        for (int i = 0; i < 1000; ++i)
+            m_model->append(itemOf(u"/many/%1.tif"_s.arg(i)));
+        QSignalSpy resets(m_model.get(), &FileTableModel::modelReset);
+        QSignalSpy removals(m_model.get(), &FileTableModel::rowsRemoved);
+        QCOMPARE(m_model->removeIf([](int row, const FileItem&) { return row % 2 == 0; }), 501);
+        QCOMPARE(resets.size() + removals.size(), 1);
+        QCOMPARE(m_files.at(1)->name(), u"1.tif"_s);
+        m_model->clear();
+        QCOMPARE(m_model->rowCount(), 0);
+    }
+
+    void asksForWhatItsKeysMean()
+    {
+        QSignalSpy inverts(m_table.get(), &CustomTableView::invertRequested);
+        QSignalSpy removals(m_table.get(), &CustomTableView::removeRequested);
+        QSignalSpy ups(m_table.get(), &CustomTableView::moveUpRequested);
+        QSignalSpy downs(m_table.get(), &CustomTableView::moveDownRequested);
+        m_table->highlightRows({ 1, 3, 4 });
+        QTest::keyClick(m_table.get(), Qt::Key_Space);
+        QCOMPARE(inverts.size(), 1);
+        QCOMPARE(inverts.first().first().value<QList<int>>(), (QList<int> { 1, 3, 4 }));
+        QTest::keyClick(m_table.get(), Qt::Key_Delete);
+        QTest::keyClick(m_table.get(), Qt::Key_Backspace);
+        QTest::keyClick(m_table.get(), Qt::Key_Up, Qt::ControlModifier);
+        QTest::keyClick(m_table.get(), Qt::Key_Down, Qt::ControlModifier);
+        QTest::keyClick(m_table.get(), Qt::Key_Down, Qt::ControlModifier);
+        QCOMPARE(removals.size(), 2);
+        QCOMPARE(ups.size(), 1);
+        QCOMPARE(downs.size(), 2);
+        QCOMPARE(m_table->highlightedRows(), (QList<int> { 1, 3, 4 }));
+        QTest::keyClick(m_table.get(), Qt::Key_Up); // the table's own: from row 1, the current one
+        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0 }));
+        QCOMPARE(ups.size(), 1);
+    }
+
+    void findsRowsByTheirFirstLetters()
+    {
+        QTest::keyClicks(m_table.get(), u"d"_s); // no row is current: the first one counts too
+        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0 }));
+        m_table->setCurrentIndex(m_model->index(0, FileTableModel::IsSelected));
+        m_table->keyboardSearch({}); // forgets the d
+        QTest::keyClicks(m_table.get(), u"br"_s);
+        QCOMPARE(m_table->highlightedRows(), (QList<int> { 3 }));
+    }
+
+    void showsItsMenuForARightClickOnHighlightedRows()
+    {
+        QMenu menu;
+        menu.addAction(u"An entry"_s);
+        m_table->setContextMenu(&menu);
+        const QPoint rowOne = m_table->visualRect(m_model->index(1, 1)).center();
+        QTest::mousePress(m_table->viewport(), Qt::RightButton, {}, rowOne);
+        QVERIFY(!menu.isVisible()); // nothing was highlighted
+        m_table->clearSelection();
+        m_table->highlightRows({ 1 });
+        QTest::mouseClick(m_table->viewport(), Qt::LeftButton, Qt::ControlModifier,
+                          m_table->visualRect(m_model->index(2, 1)).center());
+        QVERIFY(!menu.isVisible());
+        QTest::mousePress(m_table->viewport(), Qt::RightButton, {}, rowOne);
+        QVERIFY(menu.isVisible());
+        QCOMPARE(m_table->highlightedRows(), (QList<int> { 1, 2 }));
+    }
+
+    void takesFilesThatAreDropped()
+    {
+        QMimeData files;
+        files.setUrls({ QUrl(u"https://example.com/a.tif"_s), QUrl::fromLocalFile(u"/b.tif"_s),
+                        QUrl::fromLocalFile(u"/folder"_s) });
+        QMimeData text;
+        text.setText(u"/b.tif"_s);
+        QMimeData pages;
+        pages.setUrls({ QUrl(u"https://example.com/a.tif"_s) });
+        QVERIFY(m_table->validateDrop(nullptr, &files));
+        QVERIFY(m_table->validateDrop(this, &pages));
+        QVERIFY(!m_table->validateDrop(nullptr, &text));
+        QVERIFY(!m_table->validateDrop(m_table.get(), &files));
+        QVERIFY(!m_table->validateDrop(m_table->viewport(), &files));
+
+        QSignalSpy drops(m_table.get(), &CustomTableView::filesDropped);
+        for (QMimeData* offer : { &text, &pages, &files }) {
+            QDragEnterEvent enter({ 5, 5 }, Qt::CopyAction | Qt::MoveAction, offer, Qt::LeftButton,
+                                  {});
+            QCoreApplication::sendEvent(m_table->viewport(), &enter);
+            QCOMPARE(enter.isAccepted(), offer != &text);
+            QVERIFY(!enter.isAccepted() || enter.dropAction() == Qt::CopyAction);
+            QDropEvent drop({ 5, 5 }, Qt::CopyAction, offer, Qt::LeftButton, {});
+            QCoreApplication::sendEvent(m_table->viewport(), &drop);
+        }
+        QCOMPARE(drops.size(), 1);
+        QCOMPARE(drops.first().first().value<QList<QUrl>>(), files.urls().sliced(1));
+    }
+
+    void offersTheHighlightedFilesToOthers()
+    {
+        const std::unique_ptr<QMimeData> data(m_model->mimeData(
+            { m_model->index(3, 0), m_model->index(3, 1), m_model->index(0, 1) }));
+        QCOMPARE(data->urls(),
+                 (QList<QUrl> { m_files.at(0)->filePath(), m_files.at(3)->filePath() }));
+        QCOMPARE(m_model->supportedDragActions(), Qt::DropActions(Qt::LinkAction));
+    }
+
+    void remembersItsColumns()
+    {
+        m_table->setColumnWidth(FileTableModel::Name, 321);
+        m_table->sortByColumn(FileTableModel::Pages, Qt::DescendingOrder);
+        const QByteArray state = m_table->saveColumns();
+        CustomTableView other;
+        FileTableModel model(m_files);
+        other.setModel(&model);
+        QVERIFY(!other.restoreColumns("nonsense") && !other.restoreColumns(state.first(30)));
+        QVERIFY(other.restoreColumns(state));
+        QCOMPARE(other.columnWidth(FileTableModel::Name), 321);
+        QCOMPARE(other.currentSortOrder(), (SortOrder { u"pages"_s, false }));
+    }
+
+private:
+    FileList m_files;
+    std::unique_ptr<FileTableModel> m_model;
+    std::unique_ptr<QAbstractItemModelTester> m_tester;
+    std::unique_ptr<CustomTableView> m_table;
+};
+
+QTEST_MAIN(FileTableTest)
+
+#include "FileTableTest.moc"
