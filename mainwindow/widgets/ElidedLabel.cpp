@@ -1,0 +1,52 @@
+#include "mainwindow/widgets/ElidedLabel.h"
+
+#include <QHelpEvent>
+#include <QPainter>
+#include <QStyle>
+#include <QToolTip>
+
+namespace pagestack {
+
+ElidedLabel::ElidedLabel(QWidget* parent)
+    : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+}
+
+QSize ElidedLabel::sizeHint() const
+{
+    return { fontMetrics().averageCharWidth() * 30, fontMetrics().height() + 2 };
+}
+
+QSize ElidedLabel::minimumSizeHint() const
+{
+    return { fontMetrics().averageCharWidth() * 10, fontMetrics().height() + 2 };
+}
+
+QString ElidedLabel::shownText() const
+{
+    return fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width());
+}
+
+bool ElidedLabel::event(QEvent* event)
+{
+    if (event->type() == QEvent::ToolTip && toolTip().isEmpty()) {
+        const auto* const help = static_cast<QHelpEvent*>(event);
+        // A tool tip takes what looks like markup for markup.
+        QToolTip::showText(help->globalPos(),
+                           shownText() == text() ? QString() : text().toHtmlEscaped(), this);
+        return true;
+    }
+    return QLabel::event(event);
+}
+
+void ElidedLabel::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    style()->drawItemText(&painter, contentsRect(),
+                          QStyle::visualAlignment(layoutDirection(), alignment()), palette(),
+                          isEnabled(), shownText(), foregroundRole());
+}
+
+} // namespace pagestack
