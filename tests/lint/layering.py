@@ -74,7 +74,9 @@ def include_findings(path, lines, qtcore_folders):
             target != "FileItem" or part == "filelist" or name == "filelist/FileItem.h")
         if target is not None and target != part and not allowed:
             yield where + f"{part} may not include {name}"
-        if quoted and target is None and "/" not in name and not name.endswith(".moc"):
+        # What is made from a window's description has no folder of its own.
+        is_made = name.endswith(".moc") or (part == "mainwindow" and name.startswith("ui_"))
+        if quoted and target is None and "/" not in name and not is_made:
             yield where + f"{name} is not included from the root of the project"
 
 

@@ -1,0 +1,191 @@
+#pragma once
+
+#include "engine/job/Process.h"
+#include "engine/settings/Settings.h"
+#include "filelist/Arguments.h"
+#include "filelist/FileList.h"
+#include "filelist/FileLoader.h"
+
+#include <QColor>
+#include <QMainWindow>
+#include <QObject>
+#include <QThread>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+
+class QAbstractButton;
+class QLineEdit;
+
+namespace Ui {
+class MainWindow;
+}
+
+namespace pagestack {
+
+class AlertPanel;
+class FileChooser;
+class FileTableModel;
+class ProcessPanel;
+class UserDefaults;
+class Workspace;
+
+/// The main controller: owns the main window's controls, the file list, the live settings and the
+/// current conversion job, and carries out what the user asks for. One class over several files,
+/// one a concern: start-up and menus (PagestackAppDelegate.cpp), the run (...Run.cpp), the settings
+/// pane
+/// (...Settings.cpp), loading and the list (...Files.cpp), totals (...Totals.cpp), the end of the
+/// program (...Lifecycle.cpp).
+///
+/// Main thread only, but for `loadURLs` and what `LoaderTarget` names, which the loader's thread
+/// calls.
+class PagestackAppDelegate : public QObject, private LoaderTarget
+{
+    Q_OBJECT
+    /// True while a load or a run is under way; the loader polls it between files.
+    Q_PROPERTY(bool isProcessing READ isProcessing WRITE setIsProcessing NOTIFY isProcessingChanged)
+    /// Text colour of the summary lines: greyed while busy.
+    Q_PROPERTY(QColor processingLabelColor READ processingLabelColor WRITE setProcessingLabelColor
+                   NOTIFY processingLabelColorChanged)
+
+public:
+    /// None of them is owned; all outlive the controller.
+    struct Services
+    {
+        UserDefaults& defaults;
+        Workspace& workspace;
+        AlertPanel& alerts;
+        FileChooser& chooser;
+    };
+
+    explicit PagestackAppDelegate(const Services& services, QObject* parent = nullptr);
+    ~PagestackAppDelegate() override;
+
+    // Start-up and the program's own commands.
+    void awakeFromNib();
+    void openAppAction();
+    void websiteAction();
+    void helpAction();
+    void toggleSettings();
+    void setupVersion();
+    void setupToolbarAndMenuItems();
+    void setButtonKeyCharacter(QAbstractButton* button, const QString& keyChar,
+                               const QColor& color);
+
+    // The end of the program.
+    bool applicationShouldHandleReopen(bool hasVisibleWindows);
+    /// Commits the field being edited and saves the settings. True when the program may end now;
+    /// false while a load or a run goes on: it is asked to stop, and `readyToTerminate` comes when
+    /// it has.
+    bool applicationShouldTerminate();
+
+    // The run.
+    void convertAction();
+    void split();
+    void cancelAction();
+    void cancelProcessAction();
+    void viewLogAction();
+    void closeProcessAction();
+    void startProcess();
+    void stopProcess();
+    void resetView(bool enable);
+    void resetViewForProcess(bool enable);
+
+    // The settings pane.
+    void showSettings(bool show);
+    void setSplitOptions(int outputType);
+    void chooseOutputFolder();
+    /// What a field that takes a number holds after an edit: `fallback` for a text that is empty or
+    /// zero, else the text without what is no digit at its ends.
+    static QString filteredNumber(const QString& text, const QString& fallback);
+    void controlTextDidChange(QLineEdit* field);
+
+    // Loading files.
+    void addFiles();
+    void addFolder();
+    void searchAction();
+    bool inculdeSubfolders() const;
+    void setInculdeSubfolders(bool include);
+    /// Starts a load on a thread of its own; refused while a load or a run is under way.
+    void startLoading(const Arguments& arguments);
+    void loadURLs(const Arguments& arguments);
+    /// Paths of files and folders given to the program, loaded as if they were dropped.
+    void openPaths(const QStringList& paths);
+
+    // Commands on the highlighted rows.
+    void removeAction();
+    void removeFiles();
+    void moveUp();
+    void moveDown();
+
+    // Totals.
+    void updateTotalLabel();
+    void updateTotalPagesLabel() override;
+    void updateTimeTakenLabel(const QString& text);
+
+    bool isProcessing() const override { return m_isProcessing; }
+    void setIsProcessing(bool isProcessing);
+    QColor processingLabelColor() const { return m_processingLabelColor; }
+    void setProcessingLabelColor(const QColor& color);
+    QMainWindow* window() const { return m_window.get(); }
+    FileList& files() { return m_files; }
+    FileTableModel& tableModel() { return *m_tableModel; }
+    Settings& settings() { return *m_settings; }
+    Process* process() const { return m_process.get(); }
+    ProcessPanel* processViewPanel() const { return m_processViewPanel.get(); }
+
+signals:
+    void isProcessingChanged(bool isProcessing);
+    void processingLabelColorChanged(const QColor& color);
+    /// The load or run that `applicationShouldTerminate` waited for has ended.
+    void readyToTerminate();
+
+private:
+    bool contains(const QUrl& url) const override { return m_files.contains(url); }
+    bool append(const std::shared_ptr<FileItem>& item) override;
+
+    void connectControls();
+    void connectMenus();
+    void bindSettings();
+    void observeSettings();
+    void restoreWindowState();
+    void saveWindowState();
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void endEditing();
+    void connectSettingsPane();
+    void connectTable();
+    void connectListCommands();
+    void showMoved(bool isFirst);
+    void commitSettingsFields();
+    void markTheKeyLetters();
+    void hideWhatIsToCome();
+    void aboutAction();
+    void quitAction();
+    void refuse(const QString& text);
+    void refuseOutputFolder();
+    void beginRun();
+    void startWorker(std::function<void()> work);
+    void workerEnded();
+    void finishWorker();
+    void showQuality();
+    void followOutputFolder();
+    void sortAsTable();
+    void updateMoveButtons();
+
+    Services m_services;
+    std::unique_ptr<QMainWindow> m_window;
+    std::unique_ptr<Ui::MainWindow> m_ui;
+    FileList m_files;
+    std::unique_ptr<FileTableModel> m_tableModel;
+    std::unique_ptr<Settings> m_settings;
+    std::unique_ptr<Process> m_process;
+    std::unique_ptr<ProcessPanel> m_processViewPanel;
+    std::unique_ptr<QThread> m_worker; ///< the load or the run under way; null when idle
+    std::atomic<bool> m_isProcessing = false; ///< written by the main thread, polled by the loader
+    bool m_showSettings = true;
+    bool m_isTerminating = false; ///< the program ends as soon as the worker has
+    QColor m_processingLabelColor;
+};
+
+} // namespace pagestack

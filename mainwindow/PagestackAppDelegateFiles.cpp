@@ -1,0 +1,153 @@
+#include "engine/support/MainThread.h"
+#include "engine/support/SystemLog.h"
+#include "engine/support/TimeText.h"
+#include "engine/support/UserDefaults.h"
+#include "filelist/AllowedFileTypes.h"
+#include "filelist/FileTableModel.h"
+#include "mainwindow/FileChooser.h"
+#include "mainwindow/PagestackAppDelegate.h"
+#include "ui_MainWindow.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    const QString includeSubfoldersKey = u"INCLUDESUBFOLDERS"_s;
+
+} // namespace
+
+void PagestackAppDelegate::connectTable()
+{
+    CustomTableView* table = m_ui->mainTableView;
+    connect(table, &CustomTableView::filesDropped, this, [this](const QList<QUrl>& urls) {
+        m_ui->lableDragAndDrop->hide();
+        endEditing();
+        startLoading({ urls, true, m_ui->inculdeSubfoldersBtn->isChecked() });
+    });
+    connect(table, &CustomTableView::invertRequested, this, [this](const QList<int>& rows) {
+        m_tableModel->mark(rows, FileTableModel::Mark::Invert);
+        updateTotalLabel(); // also when no row is highlighted
+    });
+    connect(m_tableModel.get(), &FileTableModel::checkMarksChanged, this,
+            &PagestackAppDelegate::updateTotalLabel);
+    connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &PagestackAppDelegate::updateMoveButtons);
+    for (const auto signal :
+         { &QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved })
+        connect(m_tableModel.get(), signal, this, &PagestackAppDelegate::updateMoveButtons);
+}
+
+void PagestackAppDelegate::updateMoveButtons()
+{
+    const QList<int> rows = m_ui->mainTableView->highlightedRows();
+    m_ui->moveUpButton->setEnabled(!rows.isEmpty() && rows.first() != 0);
+    m_ui->moveDownButton->setEnabled(!rows.isEmpty() && rows.last() != m_files.count() - 1);
+}
+
+void PagestackAppDelegate::addFiles()
+{
+    endEditing();
+    m_services.chooser.chooseFiles(
+        m_window.get(), tr("Select TIFF File(s):"), allowedFileTypes(),
+        [this](const QList<QUrl>& urls) {
+            if (!urls.isEmpty())
+                startLoading({ urls, false, m_ui->inculdeSubfoldersBtn->isChecked() });
+        });
+}
+
+void PagestackAppDelegate::addFolder()
+{
+    endEditing();
+    m_services.chooser.chooseFolders(
+        m_window.get(), tr("Select folder(s) contains TIFF File(s):"),
+        [this](const QList<QUrl>& urls) {
+            if (!urls.isEmpty())
+                startLoading({ urls, true, m_ui->inculdeSubfoldersBtn->isChecked() });
+        });
+}
+
+void PagestackAppDelegate::searchAction() { endEditing(); }
+
+bool PagestackAppDelegate::inculdeSubfolders() const
+{
+    return m_services.defaults.boolForKey(includeSubfoldersKey);
+}
+
+void PagestackAppDelegate::setInculdeSubfolders(bool include)
+{
+    m_services.defaults.setBool(includeSubfoldersKey, include);
+    m_services.defaults.synchronize();
+}
+
+void PagestackAppDelegate::openPaths(const QStringList& paths)
+{
+    QList<QUrl> urls;
+    for (const QString& path : paths)
+        urls.append(QUrl::fromLocalFile(QDir::current().absoluteFilePath(path)));
+    if (!urls.isEmpty())
+        startLoading({ urls, true, m_ui->inculdeSubfoldersBtn->isChecked() });
+}
+
+void PagestackAppDelegate::startLoading(const Arguments& arguments)
+{
+    if (m_worker)
+        return;
+    startWorker([this, arguments] { loadURLs(arguments); });
+}
+
+void PagestackAppDelegate::loadURLs(const Arguments& arguments)
+{
+    const QDateTime start = QDateTime::currentDateTime();
+    try {
+        callOnMainThread([this] { resetView(false); });
+        callOnMainThread([this] {
+            startProcess();
+            if (m_isTerminating) // asked for before the thread came here
+                cancelAction();
+        });
+        callOnMainThread(
+            [this] { updateTimeTakenLabel(totalTimeTakenText(u"In Process..."_s, 0, 0)); });
+        FileLoader loader(*this);
+        const bool isChanged = arguments.isFolders
+            ? loader.addFolderToList(arguments.urls, arguments.isIncludeSubdirectories)
+            : loader.addFilesToList(arguments.urls);
+        if (isChanged)
+            sortAsTable();
+    } catch (const std::exception& error) {
+        systemLog(u"Error in (loadURLs:) : "_s + QString::fromUtf8(error.what()));
+    }
+    const QString taken = timeTakenString(start, QDateTime::currentDateTime());
+    callOnMainThread([this] { stopProcess(); });
+    callOnMainThread([this] { resetView(true); });
+    callOnMainThread([&] { updateTimeTakenLabel(totalTimeTakenText(taken, 0, 0)); });
+}
+
+/// Sorting reads a property of every file, dates from the disk: that is done here, on the loader's
+/// thread; only the new order goes to the main thread.
+void PagestackAppDelegate::sortAsTable()
+{
+    SortOrder order;
+    FileList::Items items;
+    callOnMainThread([&] {
+        order = m_ui->mainTableView->currentSortOrder();
+        items = m_files.items();
+    });
+    const QList<int> rows = sortedRows(items, order);
+    callOnMainThread([&] { m_tableModel->reorder(rows); });
+}
+
+bool PagestackAppDelegate::append(const std::shared_ptr<FileItem>& item)
+{
+    const bool isNew = m_tableModel->append(item);
+    if (isNew)
+        m_ui->lableDragAndDrop->hide();
+    return isNew;
+}
+
+} // namespace pagestack

@@ -1,0 +1,121 @@
+#include "engine/support/MainThread.h"
+#include "engine/support/UserDefaults.h"
+#include "mainwindow/PagestackAppDelegate.h"
+#include "mainwindow/ProcessPanel.h"
+#include "ui_MainWindow.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QScreen>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    const QString windowKey = u"WINDOW"_s;
+
+    QString asText(const QByteArray& state) { return QString::fromLatin1(state.toBase64()); }
+
+    QByteArray asState(const QVariant& text)
+    {
+        return QByteArray::fromBase64(text.toString().toLatin1());
+    }
+
+} // namespace
+
+bool PagestackAppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
+{
+    if (hasVisibleWindows && m_window->isVisible())
+        return false;
+    openAppAction();
+    return true;
+}
+
+bool PagestackAppDelegate::applicationShouldTerminate()
+{
+    endEditing();
+    m_settings->synchronize();
+    saveWindowState();
+    if (!m_worker)
+        return true;
+    m_isTerminating = true;
+    cancelAction();
+    cancelProcessAction();
+    return false;
+}
+
+void PagestackAppDelegate::quitAction()
+{
+    if (applicationShouldTerminate())
+        QCoreApplication::quit();
+}
+
+/// Closing the window ends the program, but not before the load or run under way has ended. On
+/// macOS the program goes on without its window.
+bool PagestackAppDelegate::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_window.get() && event->type() == QEvent::Close) {
+#ifdef Q_OS_MACOS
+        event->ignore();
+        m_window->hide();
+        return true;
+#else
+        event->ignore();
+        quitAction();
+        return true;
+#endif
+    }
+    if (event->type() == QEvent::FocusOut)
+        commitSettingsFields();
+    return QObject::eventFilter(watched, event);
+}
+
+void PagestackAppDelegate::startWorker(std::function<void()> work)
+{
+    m_worker.reset(QThread::create(std::move(work)));
+    connect(m_worker.get(), &QThread::finished, this, &PagestackAppDelegate::workerEnded,
+            Qt::QueuedConnection);
+    m_worker->start();
+}
+
+void PagestackAppDelegate::workerEnded()
+{
+    finishWorker();
+    if (!m_isTerminating)
+        return;
+    m_isTerminating = false;
+    emit readyToTerminate();
+}
+
+/// Waits for the worker, which has been asked to end or has come to its end.
+void PagestackAppDelegate::finishWorker()
+{
+    if (!m_worker)
+        return;
+    joinWorker(*m_worker);
+    m_worker.reset();
+}
+
+void PagestackAppDelegate::saveWindowState()
+{
+    m_services.defaults.setObject(
+        windowKey,
+        QVariantMap { { u"geometry"_s, asText(m_window->saveGeometry()) },
+                      { u"columns"_s, asText(m_ui->mainTableView->saveColumns()) } });
+    m_services.defaults.synchronize();
+}
+
+void PagestackAppDelegate::restoreWindowState()
+{
+    const QVariantMap state = m_services.defaults.objectForKey(windowKey).toMap();
+    // restoreGeometry brings a window back that would lie outside of all screens.
+    if (const QByteArray geometry = asState(state.value(u"geometry"_s)); !geometry.isEmpty())
+        m_window->restoreGeometry(geometry);
+    if (const QByteArray columns = asState(state.value(u"columns"_s)); !columns.isEmpty())
+        m_ui->mainTableView->restoreColumns(columns);
+}
+
+} // namespace pagestack

@@ -1,0 +1,148 @@
+#include "mainwindow/ProcessPanel.h"
+
+#include "engine/job/Process.h"
+#include "ui_ProcessPanel.h"
+
+#include <QTime>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    constexpr int refreshMs = 100;
+    constexpr int barSteps = 1000;
+    constexpr qint64 earliestEstimateMs = 1500;
+
+    QString clockText(qint64 milliseconds)
+    {
+        const qint64 seconds = (milliseconds + 500) / 1000;
+        return u"%1:%2:%3"_s.arg(seconds / 3600)
+            .arg(seconds / 60 % 60, 2, 10, QChar(u'0'))
+            .arg(seconds % 60, 2, 10, QChar(u'0'));
+    }
+
+} // namespace
+
+ProcessPanel::ProcessPanel(QWidget* parent)
+    : QDialog(parent, Qt::Sheet)
+    , m_ui(std::make_unique<Ui::ProcessPanel>())
+{
+    m_ui->setupUi(this);
+    setWindowModality(Qt::WindowModal);
+    connect(m_ui->viewLogBtn, &QPushButton::clicked, this, &ProcessPanel::viewLogRequested);
+    connect(m_ui->cancelProcessBtn, &QPushButton::clicked, this, [this] {
+        m_isCancelled = true;
+        m_ui->cancelProcessBtn->setEnabled(false);
+        showCounts();
+        emit cancelRequested();
+    });
+    connect(m_ui->closeProcessBtn, &QPushButton::clicked, this, &ProcessPanel::closeRequested);
+    m_refresh.setInterval(refreshMs);
+    connect(&m_refresh, &QTimer::timeout, this, [this] {
+        showCounts();
+        showTime();
+    });
+}
+
+ProcessPanel::~ProcessPanel() = default;
+
+KeyLetterButton* ProcessPanel::viewLogBtn() const { return m_ui->viewLogBtn; }
+
+KeyLetterButton* ProcessPanel::cancelProcessBtn() const { return m_ui->cancelProcessBtn; }
+
+void ProcessPanel::follow(Process& job, qint64 plannedPages)
+{
+    m_job = &job;
+    m_plannedPages = plannedPages;
+    m_donePages = 0;
+    m_troubles = 0;
+    m_isCancelled = false;
+    m_ui->processProgressBar->setRange(0, barSteps);
+    m_ui->processProgressBar->setValue(0);
+    m_ui->processMessageLabel->clear();
+    m_ui->viewLogBtn->setEnabled(false);
+    m_ui->cancelProcessBtn->setEnabled(true);
+    m_ui->closeProcessBtn->setEnabled(false);
+    m_ui->cancelProcessBtn->setDefault(true);
+    // The job tells on its own thread; with this object as the receiver it arrives on the main one.
+    connect(&job, &Process::pageDone, this, [this] { ++m_donePages; });
+    connect(&job, &Process::troubleMet, this, [this] { ++m_troubles; });
+    connect(&job, &Process::isCompletedChanged, this, [this](bool isCompleted) {
+        if (isCompleted)
+            showEnd();
+    });
+    m_elapsed.start();
+    m_refresh.start();
+    showCounts();
+    showTime();
+}
+
+void ProcessPanel::stopFollowing()
+{
+    m_refresh.stop();
+    if (m_job != nullptr)
+        m_job->disconnect(this);
+    m_job = nullptr;
+}
+
+void ProcessPanel::showCounts()
+{
+    if (m_job == nullptr)
+        return;
+    m_ui->processFileLabel->setText(m_job->fileInProcess());
+    m_ui->processOutputLabel->setText(m_job->outputFileInProcess());
+    QString counts = tr("%1 written, page %2 of %3")
+                         .arg(m_job->totalFileCreated())
+                         .arg(m_donePages)
+                         .arg(m_plannedPages);
+    if (m_troubles > 0)
+        counts += tr(", %n trouble(s)", nullptr, static_cast<int>(m_troubles));
+    if (m_isCancelled && !m_job->isCompleted())
+        counts += tr(" - finishing the page in hand");
+    m_ui->processCountLabel->setText(counts);
+    if (m_plannedPages > 0)
+        m_ui->processProgressBar->setValue(
+            static_cast<int>(std::min<qint64>(barSteps, m_donePages * barSteps / m_plannedPages)));
+}
+
+QString ProcessPanel::remainingText() const
+{
+    const qint64 elapsed = m_elapsed.elapsed();
+    if (m_donePages == 0 || elapsed < earliestEstimateMs)
+        return {};
+    return tr(", about %1 left")
+        .arg(clockText(elapsed * (m_plannedPages - m_donePages) / m_donePages));
+}
+
+void ProcessPanel::showTime()
+{
+    m_ui->processTimeLabel->setText(clockText(m_elapsed.elapsed()) + remainingText());
+}
+
+void ProcessPanel::showEnd()
+{
+    m_refresh.stop();
+    showCounts();
+    const QString taken = m_job->timeTaken();
+    m_ui->processTimeLabel->setText(taken.isEmpty() ? tr("under a second") : taken.trimmed());
+    m_ui->processMessageLabel->setText(m_job->message().replace(u"\r\n"_s, u"\n"_s));
+    if (!m_isCancelled)
+        m_ui->processProgressBar->setValue(barSteps);
+    m_ui->viewLogBtn->setEnabled(!m_job->log()->logFilePath().isNull());
+    m_ui->cancelProcessBtn->setEnabled(false);
+    m_ui->closeProcessBtn->setEnabled(true);
+    m_ui->closeProcessBtn->setDefault(true);
+    m_ui->closeProcessBtn->setFocus();
+}
+
+void ProcessPanel::reject()
+{
+    if (m_ui->closeProcessBtn->isEnabled())
+        emit closeRequested();
+    else if (m_ui->cancelProcessBtn->isEnabled())
+        m_ui->cancelProcessBtn->click();
+}
+
+} // namespace pagestack

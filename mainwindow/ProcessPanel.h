@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <memory>
+
+namespace Ui {
+class ProcessPanel;
+}
+
+namespace pagestack {
+
+class KeyLetterButton;
+class Process;
+
+/// The sheet that covers the window during a run: current file and output, counts, time, a progress
+/// bar that knows its end from the first page on, and the final message. Main thread; it listens to
+/// a job that runs elsewhere.
+class ProcessPanel : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit ProcessPanel(QWidget* parent);
+    ~ProcessPanel() override;
+
+    /// Shows the state of `job`, which has not started yet and has `plannedPages` pages to convert.
+    void follow(Process& job, qint64 plannedPages);
+    void stopFollowing();
+
+    KeyLetterButton* viewLogBtn() const;
+    KeyLetterButton* cancelProcessBtn() const;
+
+signals:
+    void viewLogRequested();
+    void cancelRequested();
+    void closeRequested();
+
+public slots:
+    /// Escape and the window's close button: Cancel while the job runs, then Close.
+    void reject() override;
+
+private:
+    void showCounts();
+    void showTime();
+    void showEnd();
+    QString remainingText() const;
+
+    std::unique_ptr<Ui::ProcessPanel> m_ui;
+    Process* m_job = nullptr; ///< not owned
+    qint64 m_plannedPages = 0;
+    qint64 m_donePages = 0;
+    qint64 m_troubles = 0;
+    bool m_isCancelled = false;
+    QElapsedTimer m_elapsed;
+    QTimer m_refresh; ///< labels follow at a readable pace, however fast pages go
+};
+
+} // namespace pagestack

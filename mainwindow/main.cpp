@@ -1,0 +1,30 @@
+#include "engine/support/Info.h"
+#include "engine/support/UserDefaults.h"
+#include "mainwindow/AlertPanel.h"
+#include "mainwindow/DesktopWorkspace.h"
+#include "mainwindow/FileChooser.h"
+#include "mainwindow/PagestackAppDelegate.h"
+#include "mainwindow/widgets/SymbolicIcon.h"
+
+#include <QApplication>
+
+int main(int argc, char* argv[])
+{
+    using namespace pagestack;
+
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(displayName.toString());
+    QApplication::setApplicationVersion(version.toString());
+    QApplication::setWindowIcon(applicationIcon());
+    QApplication::setQuitOnLastWindowClosed(false); // the controller ends the program
+    UserDefaults defaults;
+    DesktopWorkspace workspace;
+    AlertPanel alerts;
+    FileChooser chooser;
+    PagestackAppDelegate controller({ defaults, workspace, alerts, chooser });
+    QObject::connect(&controller, &PagestackAppDelegate::readyToTerminate, &application,
+                     &QCoreApplication::quit, Qt::QueuedConnection);
+    controller.awakeFromNib();
+    controller.openPaths(QCoreApplication::arguments().mid(1));
+    return QApplication::exec();
+}
