@@ -59,6 +59,7 @@ PagestackAppDelegate::PagestackAppDelegate(const Services& services, QObject* pa
 PagestackAppDelegate::~PagestackAppDelegate()
 {
     m_window->removeEventFilter(this);
+    m_isTerminating = true; // a load that is about to start sees it
     cancelAction();
     cancelProcessAction();
     finishWorker();

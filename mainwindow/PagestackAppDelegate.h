@@ -79,6 +79,8 @@ public:
     /// false while a load or a run goes on: it is asked to stop, and `readyToTerminate` comes when
     /// it has.
     bool applicationShouldTerminate();
+    /// Ends the program, at once or by `readyToTerminate`.
+    void quitAction();
 
     // The run.
     void convertAction();
@@ -161,7 +163,6 @@ private:
     void markTheKeyLetters();
     void hideWhatIsToCome();
     void aboutAction();
-    void quitAction();
     void refuse(const QString& text);
     void refuseOutputFolder();
     void beginRun();
@@ -184,6 +185,7 @@ private:
     std::unique_ptr<QThread> m_worker; ///< the load or the run under way; null when idle
     std::atomic<bool> m_isProcessing = false; ///< written by the main thread, polled by the loader
     bool m_showSettings = true;
+    bool m_hasQuit = false; ///< the window may close now
     bool m_isTerminating = false; ///< the program ends as soon as the worker has
     QColor m_processingLabelColor;
 };

@@ -41,6 +41,7 @@ void PagestackAppDelegate::connectTable()
     for (const auto signal :
          { &QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved })
         connect(m_tableModel.get(), signal, this, &PagestackAppDelegate::updateMoveButtons);
+    updateMoveButtons();
 }
 
 void PagestackAppDelegate::updateMoveButtons()

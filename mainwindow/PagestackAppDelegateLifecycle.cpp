@@ -49,15 +49,17 @@ bool PagestackAppDelegate::applicationShouldTerminate()
 
 void PagestackAppDelegate::quitAction()
 {
-    if (applicationShouldTerminate())
-        QCoreApplication::quit();
+    if (!applicationShouldTerminate())
+        return;
+    m_hasQuit = true; // quitting closes the window
+    QCoreApplication::quit();
 }
 
 /// Closing the window ends the program, but not before the load or run under way has ended. On
 /// macOS the program goes on without its window.
 bool PagestackAppDelegate::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_window.get() && event->type() == QEvent::Close) {
+    if (watched == m_window.get() && event->type() == QEvent::Close && !m_hasQuit) {
 #ifdef Q_OS_MACOS
         event->ignore();
         m_window->hide();

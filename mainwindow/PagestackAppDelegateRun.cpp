@@ -163,6 +163,10 @@ void PagestackAppDelegate::resetView(bool enable)
                  m_ui->selectAllButton, m_ui->deselectAllButton, m_ui->removeSelectedFilesButton,
                  m_ui->removeAllFilesButton })
             button->setEnabled(enable && hasFiles);
+        if (enable)
+            updateMoveButtons();
+        for (QWidget* button : { m_ui->moveUpButton, m_ui->moveDownButton })
+            button->setEnabled(enable && button->isEnabled());
         // The pane would change what a run reads.
         m_ui->rightBox->setEnabled(enable);
         followOutputFolder();

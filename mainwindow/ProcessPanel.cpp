@@ -62,6 +62,7 @@ void ProcessPanel::follow(Process& job, qint64 plannedPages)
     m_ui->processProgressBar->setRange(0, barSteps);
     m_ui->processProgressBar->setValue(0);
     m_ui->processMessageLabel->clear();
+    showNames(true);
     m_ui->viewLogBtn->setEnabled(false);
     m_ui->cancelProcessBtn->setEnabled(true);
     m_ui->closeProcessBtn->setEnabled(false);
@@ -77,6 +78,15 @@ void ProcessPanel::follow(Process& job, qint64 plannedPages)
     m_refresh.start();
     showCounts();
     showTime();
+}
+
+/// Nothing is in hand when the run has ended.
+void ProcessPanel::showNames(bool isShown)
+{
+    for (QWidget* label :
+         std::initializer_list<QWidget*> { m_ui->processFileCaption, m_ui->processFileLabel,
+                                           m_ui->processOutputCaption, m_ui->processOutputLabel })
+        label->setVisible(isShown);
 }
 
 void ProcessPanel::stopFollowing()
@@ -125,6 +135,7 @@ void ProcessPanel::showEnd()
 {
     m_refresh.stop();
     showCounts();
+    showNames(false);
     const QString taken = m_job->timeTaken();
     m_ui->processTimeLabel->setText(taken.isEmpty() ? tr("under a second") : taken.trimmed());
     m_ui->processMessageLabel->setText(m_job->message().replace(u"\r\n"_s, u"\n"_s));

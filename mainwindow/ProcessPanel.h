@@ -44,6 +44,7 @@ public slots:
 
 private:
     void showCounts();
+    void showNames(bool isShown);
     void showTime();
     void showEnd();
     QString remainingText() const;

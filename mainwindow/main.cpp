@@ -22,8 +22,8 @@ int main(int argc, char* argv[])
     AlertPanel alerts;
     FileChooser chooser;
     PagestackAppDelegate controller({ defaults, workspace, alerts, chooser });
-    QObject::connect(&controller, &PagestackAppDelegate::readyToTerminate, &application,
-                     &QCoreApplication::quit, Qt::QueuedConnection);
+    QObject::connect(&controller, &PagestackAppDelegate::readyToTerminate, &controller,
+                     &PagestackAppDelegate::quitAction, Qt::QueuedConnection);
     controller.awakeFromNib();
     controller.openPaths(QCoreApplication::arguments().mid(1));
     return QApplication::exec();

@@ -35,6 +35,7 @@ private slots:
     void loads();
     void takesNoFileTwice();
     void keepsWhatACancelledLoadAdded();
+    void endsALoadWhenTheWindowCloses();
     void ticksByMouseAndSpace();
     void asksForTheOutputFolder_data();
     void asksForTheOutputFolder();
@@ -112,6 +113,8 @@ void WindowTest::enablesByTheContentsOfTheList()
                "selectAllButton", "deselectAllButton", "removeSelectedFilesButton",
                "removeAllFilesButton", "convertBtn" })
             QVERIFY2(session.widget(name).isEnabled() == hasFiles, name);
+        for (const char* name : { "moveUpButton", "moveDownButton" }) // nothing is highlighted
+            QVERIFY2(!session.widget(name).isEnabled(), name);
         QCOMPARE(session.find<QAction>("convertMenuAction").isEnabled(), hasFiles);
         QCOMPARE(session.widget("lableDragAndDrop").isVisible(), !hasFiles);
     };
@@ -171,7 +174,8 @@ void WindowTest::takesNoFileTwice()
 {
     Session session(ini());
     QVERIFY(session.open({ sample(u"turned.tif"_s), samples() }));
-    QVERIFY(session.open({ samples(), samples() + u"/turned.tif"_s, sample(u"turned.tif"_s) }));
+    const QStringList again { samples(), samples() + u"/turned.tif"_s, sample(u"turned.tif"_s) };
+    QVERIFY(session.load([&] { emit session.table().filesDropped(urlsOf(again)); }));
     QCOMPARE(session.totals(), u"6, 6, 8, 8"_s);
 }
 
@@ -197,6 +201,19 @@ void WindowTest::keepsWhatACancelledLoadAdded()
     const QStringList names = session.names();
     QVERIFY(std::is_sorted(names.rbegin(), names.rend()));
     QTRY_VERIFY(!session.text("labelTimeTaken").contains(u"Process"_s));
+}
+
+void WindowTest::endsALoadWhenTheWindowCloses()
+{
+    for (int i = 0; i < 300; ++i)
+        makeFile(path(u"in/%1.tif"_s.arg(i)));
+    Session session(ini());
+    QSignalSpy ready(&session.controller, &PagestackAppDelegate::readyToTerminate);
+    session.controller.openPaths({ path(u"in"_s) });
+    session.controller.window()->close(); // before the load has come to its first file
+    QVERIFY(ready.wait(longMs));
+    QCOMPARE(session.totals(), u"0, 0, 0, 0"_s);
+    QVERIFY(session.controller.applicationShouldTerminate());
 }
 
 void WindowTest::ticksByMouseAndSpace()
