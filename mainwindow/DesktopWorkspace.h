@@ -7,8 +7,10 @@
 namespace pagestack {
 
 /// The desktop that the window runs on. Files are shown and described by the file manager of the
-/// session, asked over D-Bus (org.freedesktop.FileManager1); where none answers, folders are opened
-/// instead. Requests of other threads go to the main thread.
+/// session, asked over D-Bus (org.freedesktop.FileManager1) without waiting for it; where none
+/// answers within some seconds, the folders of the files are opened instead, each once a request.
+/// On macOS the system's own file manager is asked, and the window waits for the script of each
+/// information window. Requests of other threads go to the main thread.
 class DesktopWorkspace : public QObject, public Workspace
 {
     Q_OBJECT
@@ -21,8 +23,9 @@ public:
     void showInformation(const QList<QUrl>& urls) override;
 
 private:
-    void callFileManager(const QString& method, const QList<QUrl>& urls);
-    void openFolders(const QList<QUrl>& urls);
+    // Main thread. Every platform has its own file with these two.
+    void revealFiles(const QList<QUrl>& urls);
+    void describeFiles(const QList<QUrl>& urls);
 };
 
 } // namespace pagestack
