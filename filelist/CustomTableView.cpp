@@ -58,8 +58,12 @@ CustomTableView::CustomTableView(QWidget* parent)
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setStretchLastSection(true);
     horizontalHeader()->setSectionsMovable(true);
+    // The table tells what was clicked; its own sorting would be no step of the history.
+    horizontalHeader()->setSectionsClickable(true);
+    horizontalHeader()->setSortIndicatorShown(true);
     horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
-    setSortingEnabled(true);
+    connect(horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
+            [this] { emit sortRequested(currentSortOrder()); });
 
     auto* path = new PathDelegate(this);
     setItemDelegateForColumn(FileTableModel::Name, path);
@@ -106,21 +110,44 @@ QList<int> CustomTableView::highlightedRows() const
     return rows;
 }
 
+std::pair<int, int> CustomTableView::highlightedSpan() const
+{
+    int first = -1;
+    int last = -1;
+    if (!selectionModel())
+        return { first, last };
+    const QItemSelection selection = selectionModel()->selection();
+    for (const QItemSelectionRange& range : selection) {
+        first = first < 0 ? range.top() : std::min(first, range.top());
+        last = std::max(last, range.bottom());
+    }
+    return { first, last };
+}
+
+// A selection of very many ranges that another one replaces is compared with it range by range;
+// clearing it first saves that.
+void CustomTableView::selectAll()
+{
+    clearSelection();
+    QTableView::selectAll();
+}
+
 void CustomTableView::highlightRows(const QList<int>& rows)
 {
+    clearSelection();
     QItemSelection selection;
     for (qsizetype i = 0; i < rows.size(); ++i) {
         const int first = rows.at(i);
         while (i + 1 < rows.size() && rows.at(i + 1) == rows.at(i) + 1)
             ++i;
-        selection.append(
-            QItemSelectionRange(model()->index(first, 0), model()->index(rows.at(i), 0)));
+        // As wide as the table: ranges that had to be widened would be compared with each other.
+        selection.append(QItemSelectionRange(
+            model()->index(first, 0), model()->index(rows.at(i), model()->columnCount() - 1)));
     }
     if (!rows.isEmpty())
         selectionModel()->setCurrentIndex(model()->index(rows.first(), FileTableModel::Name),
                                           QItemSelectionModel::NoUpdate);
-    selectionModel()->select(selection,
-                             QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    selectionModel()->select(selection, QItemSelectionModel::Select);
 }
 
 SortOrder CustomTableView::currentSortOrder() const

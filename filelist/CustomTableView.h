@@ -8,6 +8,8 @@
 #include <QTableView>
 #include <QUrl>
 
+#include <utility>
+
 class QMimeData;
 
 namespace pagestack {
@@ -31,8 +33,11 @@ public:
 
     /// The highlighted rows, ascending.
     QList<int> highlightedRows() const;
-    /// Highlights exactly these rows, which ascend, in one change of the selection.
+    /// The first and the last highlighted row; -1 and -1 when there is none.
+    std::pair<int, int> highlightedSpan() const;
+    /// Highlights exactly these rows, which ascend, and makes the first one current.
     void highlightRows(const QList<int>& rows);
+    void selectAll() override;
 
     /// What the column headers were last clicked for; none as long as they were not.
     SortOrder currentSortOrder() const;
@@ -51,6 +56,8 @@ signals:
     /// The check marks of these rows are to be inverted; ascending, maybe none.
     void invertRequested(const QList<int>& rows);
     void removeRequested();
+    /// A column header was clicked; currentSortOrder() is this.
+    void sortRequested(const pagestack::SortOrder& order);
     void moveUpRequested();
     void moveDownRequested();
     /// Files and folders of this computer, in the order of the drag, one at least.

@@ -4,7 +4,6 @@
 #include "engine/support/DateText.h"
 #include "filelist/AllocatedSize.h"
 
-#include <QFileInfo>
 #include <QStringList>
 
 #include <array>
@@ -24,12 +23,6 @@ namespace {
     {
         return std::in_range<int>(number) ? static_cast<int>(number)
                                           : std::numeric_limits<int>::max();
-    }
-
-    // Fresh at every call: a QFileInfo that is kept would answer from its memory.
-    QFileInfo lookUp(const QUrl& url)
-    {
-        return url.isEmpty() ? QFileInfo() : QFileInfo(url.toLocalFile());
     }
 
     QString pathWithoutEndingSlash(const QUrl& url)
@@ -56,22 +49,18 @@ FileItem::FileItem(const QUrl& url) { setFilePath(url); }
 void FileItem::setFilePath(const QUrl& url)
 {
     m_filePath = url;
+    m_path = pathWithoutEndingSlash(url);
     if (const std::optional<qint64> bytes = allocatedSize(url.toLocalFile()))
         m_size = saturated(*bytes);
     m_pages = saturated(getTiffPageCount(url, u""_s));
 }
 
-QString FileItem::name() const
-{
-    const QString path = pathWithoutEndingSlash(m_filePath);
-    return path.sliced(path.lastIndexOf(u'/') + 1);
-}
+QString FileItem::name() const { return m_path.sliced(m_path.lastIndexOf(u'/') + 1); }
 
 QString FileItem::location() const
 {
-    const QString path = pathWithoutEndingSlash(m_filePath);
-    const qsizetype slash = path.lastIndexOf(u'/');
-    return slash == 0 ? u"/"_s : path.first(qMax(slash, qsizetype { 0 }));
+    const qsizetype slash = m_path.lastIndexOf(u'/');
+    return slash == 0 ? u"/"_s : m_path.first(qMax(slash, qsizetype { 0 }));
 }
 
 QString FileItem::type() const
@@ -83,11 +72,7 @@ QString FileItem::type() const
 
 QString FileItem::sizeInKB() const { return sizeText(m_size); }
 
-QDateTime FileItem::dateModified() const { return lookUp(m_filePath).lastModified(); }
-
-QDateTime FileItem::dateCreated() const { return lookUp(m_filePath).birthTime(); }
-
-QDateTime FileItem::dateAccessed() const { return lookUp(m_filePath).lastRead(); }
+FileDates FileItem::dates() const { return m_path.isEmpty() ? FileDates() : fileDates(m_path); }
 
 bool FileItem::isEqual(const FileItem* other) const
 {

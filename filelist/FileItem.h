@@ -1,5 +1,7 @@
 #pragma once
 
+#include "filelist/FileDates.h"
+
 #include <QDateTime>
 #include <QString>
 #include <QUrl>
@@ -37,9 +39,10 @@ public:
     QString location() const; ///< path of the containing folder
     QString type() const; ///< extension as written, without the dot
     QString sizeInKB() const; ///< sizeText() of `size`
-    QDateTime dateModified() const; ///< the dates are invalid when they cannot be read
-    QDateTime dateCreated() const; ///< invalid also where the file system keeps none
-    QDateTime dateAccessed() const;
+    QDateTime dateModified() const { return dates().modified; }
+    QDateTime dateCreated() const { return dates().created; }
+    QDateTime dateAccessed() const { return dates().accessed; }
+    FileDates dates() const; ///< all of them for one look at the file
 
     /// True when both items have the same URL; two paths of one file differ. `other` may be null.
     bool isEqual(const FileItem* other) const;
@@ -59,6 +62,7 @@ private:
 
     bool m_isSelected = true;
     QUrl m_filePath;
+    QString m_path; ///< of `m_filePath`, whose decoding would be most of the work of a sort
     int m_pages = 0;
     int m_size = 0;
 };

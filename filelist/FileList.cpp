@@ -1,7 +1,6 @@
 #include "filelist/FileList.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace pagestack {
 
@@ -25,19 +24,17 @@ void FileList::removeRows(int first, int count)
     m_items.remove(first, count);
 }
 
-int FileList::removeIf(const std::function<bool(int row, const FileItem& item)>& isUnwanted)
+QList<int> FileList::rowsOf(const Items& items) const
 {
-    Items kept;
-    kept.reserve(m_items.size());
-    for (int row = 0; row < count(); ++row) {
-        if (isUnwanted(row, *m_items.at(row)))
-            exclude(*m_items.at(row));
-        else
-            kept.append(m_items.at(row));
+    QSet<const FileItem*> wanted;
+    for (const Item& item : items)
+        wanted.insert(item.get());
+    QList<int> rows;
+    for (int row = 0; row < count() && rows.size() < wanted.size(); ++row) {
+        if (wanted.contains(m_items.at(row).get()))
+            rows.append(row);
     }
-    const int removed = static_cast<int>(m_items.size() - kept.size());
-    m_items.swap(kept);
-    return removed;
+    return rows;
 }
 
 void FileList::clear() { *this = FileList(); }
@@ -61,24 +58,6 @@ void FileList::reorder(const QList<int>& rows)
     for (const int row : rows)
         ordered.append(m_items.at(row));
     m_items.swap(ordered);
-}
-
-void FileList::sort(const SortOrder& order)
-{
-    const QList<int> rows = sortedRows(m_items, order);
-    if (!rows.isEmpty())
-        reorder(rows);
-}
-
-void FileList::moveRows(int first, int count, int before)
-{
-    Q_ASSERT(first >= 0 && count >= 0 && first + count <= this->count());
-    Q_ASSERT(before >= 0 && before <= this->count());
-    const auto begin = m_items.begin();
-    if (before <= first)
-        std::rotate(begin + before, begin + first, begin + first + count);
-    else
-        std::rotate(begin + first, begin + first + count, begin + before);
 }
 
 void FileList::include(const FileItem& item)

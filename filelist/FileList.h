@@ -1,13 +1,11 @@
 #pragma once
 
 #include "filelist/FileItem.h"
-#include "filelist/SortOrder.h"
 
 #include <QList>
 #include <QSet>
 #include <QUrl>
 
-#include <functional>
 #include <memory>
 
 namespace pagestack {
@@ -24,12 +22,22 @@ class FileList
 public:
     using Item = std::shared_ptr<FileItem>;
     using Items = QList<Item>;
+    /// An item and the row where it was.
+    struct Place
+    {
+        int row;
+        Item item;
+    };
 
     const Items& items() const { return m_items; } ///< a copy costs nothing
     int count() const { return static_cast<int>(m_items.size()); }
     const Item& at(int row) const { return m_items.at(row); }
     /// Whether an item with this URL is in the list; takes the same time however long the list is.
     bool contains(const QUrl& url) const { return m_urls.contains(url); }
+
+    /// The rows of those of `items` that are in the list, ascending. An item that is only equal to
+    /// one of the list is not in it.
+    QList<int> rowsOf(const Items& items) const;
 
     qint64 totalPages() const { return m_totalPages; }
     qint64 checkedCount() const { return m_checkedCount; }
@@ -38,20 +46,13 @@ public:
     /// Adds `item`, which is not null, at the end. False: an equal item is there, nothing changed.
     bool append(const Item& item);
     void removeRows(int first, int count);
-    /// Removes the items for which `isUnwanted` is true, in one pass; the number of those removed.
-    int removeIf(const std::function<bool(int row, const FileItem& item)>& isUnwanted);
     void clear();
 
     /// False: the check mark is as asked already.
     bool setSelected(int row, bool isSelected);
-    void invert(int row) { setSelected(row, !m_items.at(row)->isSelected()); }
 
     /// Puts the item of row rows[i] into row i; `rows` names every row once.
     void reorder(const QList<int>& rows);
-    void sort(const SortOrder& order);
-    /// Puts `count` items from row `first` on before the item that is in row `before` now, which is
-    /// not one of them; `before` may be count().
-    void moveRows(int first, int count, int before);
 
 private:
     void include(const FileItem& item);

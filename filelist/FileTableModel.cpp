@@ -60,7 +60,38 @@ namespace {
     }
 
     // Each range that is removed on its own moves the rows behind it, in the list and in the views.
-    constexpr qsizetype mostRangesRemovedOneByOne = 64;
+    constexpr qsizetype mostRangesChangedOneByOne = 64;
+
+    /// The order of `count` rows in which the rows of `ascending` come last.
+    QList<int> withRowsLast(int count, const QList<int>& ascending)
+    {
+        QList<int> order;
+        order.reserve(count);
+        auto next = ascending.cbegin();
+        for (int row = 0; row < count; ++row) {
+            if (next != ascending.cend() && *next == row)
+                ++next;
+            else
+                order.append(row);
+        }
+        return order + ascending;
+    }
+
+    /// The order in which the rows from `first` on come into the rows `targets`, which ascend.
+    QList<int> withLastRowsAt(int first, const QList<int>& targets)
+    {
+        QList<int> order;
+        order.reserve(first + targets.size());
+        int kept = 0;
+        for (int i = 0; i < targets.size(); ++i) {
+            while (order.size() < targets.at(i) && kept < first)
+                order.append(kept++);
+            order.append(first + i);
+        }
+        while (kept < first)
+            order.append(kept++);
+        return order;
+    }
 
 } // namespace
 
@@ -99,60 +130,44 @@ bool FileTableModel::append(const FileList::Item& item)
     return true;
 }
 
-int FileTableModel::appendMany(const FileList::Items& items)
-{
-    FileList::Items fresh;
-    QSet<QUrl> taken;
-    for (const FileList::Item& item : items) {
-        const QUrl url = item->filePath();
-        if (m_files.contains(url) || taken.contains(url))
-            continue;
-        taken.insert(url);
-        fresh.append(item);
-    }
-    const int added = static_cast<int>(fresh.size());
-    if (added == 0)
-        return 0;
-    beginInsertRows({}, m_files.count(), m_files.count() + added - 1);
-    for (const FileList::Item& item : std::as_const(fresh))
-        m_files.append(item);
-    endInsertRows();
-    return added;
-}
-
 int FileTableModel::removeItems(const QList<int>& rows)
 {
     QList<int> ascending = rows;
     std::sort(ascending.begin(), ascending.end());
     ascending.erase(std::unique(ascending.begin(), ascending.end()), ascending.end());
-    const QList<RowRange> ranges = rangesOf(ascending);
-    if (ranges.size() > mostRangesRemovedOneByOne) {
-        beginResetModel();
-        auto next = ascending.cbegin();
-        m_files.removeIf([&](int row, const FileItem&) {
-            const bool isUnwanted = next != ascending.cend() && *next == row;
-            next += isUnwanted ? 1 : 0;
-            return isUnwanted;
-        });
-        endResetModel();
-    } else {
-        for (auto range = ranges.crbegin(); range != ranges.crend(); ++range) {
-            beginRemoveRows({}, range->first, range->first + range->count - 1);
-            m_files.removeRows(range->first, range->count);
-            endRemoveRows();
-        }
+    QList<RowRange> ranges = rangesOf(ascending);
+    if (ranges.size() > mostRangesChangedOneByOne) {
+        reorder(withRowsLast(m_files.count(), ascending));
+        const int count = static_cast<int>(ascending.size());
+        ranges = { { m_files.count() - count, count } };
+    }
+    for (auto range = ranges.crbegin(); range != ranges.crend(); ++range) {
+        beginRemoveRows({}, range->first, range->first + range->count - 1);
+        m_files.removeRows(range->first, range->count);
+        endRemoveRows();
     }
     return static_cast<int>(ascending.size());
 }
 
-int FileTableModel::removeIf(const std::function<bool(int row, const FileItem& item)>& isUnwanted)
+void FileTableModel::insertItems(const QList<FileList::Place>& places)
 {
     QList<int> rows;
-    for (int row = 0; row < m_files.count(); ++row) {
-        if (isUnwanted(row, *m_files.at(row)))
-            rows.append(row);
+    FileList::Items fresh;
+    for (const FileList::Place& place : places) {
+        if (m_files.contains(place.item->filePath()))
+            continue;
+        const int end = m_files.count() + static_cast<int>(fresh.size());
+        rows.append(std::min(place.row, end));
+        fresh.append(place.item);
     }
-    return removeItems(rows);
+    if (fresh.isEmpty())
+        return;
+    const int before = m_files.count();
+    beginInsertRows({}, before, before + static_cast<int>(fresh.size()) - 1);
+    for (const FileList::Item& item : std::as_const(fresh))
+        m_files.append(item);
+    endInsertRows();
+    reorder(withLastRowsAt(before, rows));
 }
 
 void FileTableModel::clear()
@@ -162,26 +177,12 @@ void FileTableModel::clear()
     endResetModel();
 }
 
-bool FileTableModel::setSelected(int row, bool isSelected)
+int FileTableModel::mark(const QList<int>& rows, Mark mark)
 {
-    if (!m_files.setSelected(row, isSelected))
-        return false;
-    announceMarks(row, row);
-    return true;
-}
-
-int FileTableModel::mark(const QList<int>& rows, Mark mark) { return markRows(&rows, mark); }
-
-int FileTableModel::markAll(Mark mark) { return markRows(nullptr, mark); }
-
-int FileTableModel::markRows(const QList<int>* rows, Mark mark)
-{
-    const qsizetype count = rows ? rows->size() : m_files.count();
     int changed = 0;
     int first = m_files.count();
     int last = -1;
-    for (qsizetype i = 0; i < count; ++i) {
-        const int row = rows ? rows->at(i) : static_cast<int>(i);
+    for (const int row : rows) {
         const bool isSelected
             = mark == Mark::Invert ? !m_files.at(row)->isSelected() : mark == Mark::Check;
         if (!m_files.setSelected(row, isSelected))
@@ -201,9 +202,10 @@ void FileTableModel::announceMarks(int first, int last)
     emit checkMarksChanged();
 }
 
-void FileTableModel::sort(int column, Qt::SortOrder order) { sortBy(sortOrder(column, order)); }
-
-void FileTableModel::sortBy(const SortOrder& order) { reorder(sortedRows(m_files.items(), order)); }
+void FileTableModel::sort(int column, Qt::SortOrder order)
+{
+    reorder(sortedRows(m_files.items(), sortOrder(column, order)));
+}
 
 void FileTableModel::reorder(const QList<int>& rows)
 {
@@ -221,15 +223,6 @@ void FileTableModel::reorder(const QList<int>& rows)
         after.append(index(newRows.at(old.row()), old.column()));
     changePersistentIndexList(before, after);
     emit layoutChanged({}, VerticalSortHint);
-}
-
-void FileTableModel::moveItems(int first, int count, int before)
-{
-    // Refused where nothing would move.
-    if (count <= 0 || !beginMoveRows({}, first, first + count - 1, {}, before))
-        return;
-    m_files.moveRows(first, count, before);
-    endMoveRows();
 }
 
 int FileTableModel::rowCount(const QModelIndex& parent) const
@@ -274,7 +267,11 @@ bool FileTableModel::setData(const QModelIndex& index, const QVariant& value, in
 {
     if (!index.isValid() || index.column() != IsSelected || role != Qt::CheckStateRole)
         return false;
-    setSelected(index.row(), value.toInt() == Qt::Checked);
+    const bool isSelected = value.toInt() == Qt::Checked;
+    if (!m_files.setSelected(index.row(), isSelected))
+        return true;
+    emit checkMarkEdited(index.row());
+    announceMarks(index.row(), index.row());
     return true;
 }
 

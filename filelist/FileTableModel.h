@@ -1,6 +1,7 @@
 #pragma once
 
 #include "filelist/FileList.h"
+#include "filelist/SortOrder.h"
 
 #include <QAbstractTableModel>
 
@@ -49,22 +50,19 @@ public:
     QVariant objectValue(int row, const QString& identifier) const;
 
     bool append(const FileList::Item& item); ///< false: it is in the list already
-    int appendMany(const FileList::Items& items); ///< the number of those that were new
-    int removeItems(const QList<int>& rows); ///< in any order; the number of rows removed
-    int removeIf(const std::function<bool(int row, const FileItem& item)>& isUnwanted);
+    /// `rows` in any order; the number of rows removed. Selections of other rows stay.
+    int removeItems(const QList<int>& rows);
+    /// Puts items into the rows that they had: `places` ascend by row and count the items before
+    /// them in; a row past the end means the end. Items that are in the list already are left out.
+    void insertItems(const QList<FileList::Place>& places);
     void clear();
 
-    bool setSelected(int row, bool isSelected); ///< false: no change
     int mark(const QList<int>& rows, Mark mark); ///< the number of rows changed
-    int markAll(Mark mark);
 
     /// Selections and the current row stay with their items.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
-    void sortBy(const SortOrder& order);
     /// Puts the item of row rows[i] into row i, as sortedRows() says; nothing when `rows` is empty.
     void reorder(const QList<int>& rows);
-    /// See FileList::moveRows.
-    void moveItems(int first, int count, int before);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -79,11 +77,12 @@ public:
 signals:
     /// After one check mark or many have changed, once an operation.
     void checkMarksChanged();
+    /// The user has set the check mark of this row in a view, before checkMarksChanged.
+    void checkMarkEdited(int row);
 
 private:
     QVariant checkMarkData(const FileItem& item, int role) const;
     void announceMarks(int first, int last);
-    int markRows(const QList<int>* rows, Mark mark);
 
     FileList& m_files;
 };

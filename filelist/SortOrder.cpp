@@ -1,5 +1,7 @@
 #include "filelist/SortOrder.h"
 
+#include "filelist/InParallel.h"
+
 #include <QCollator>
 #include <QLocale>
 
@@ -33,6 +35,22 @@ namespace {
         return date.isValid() ? date.toMSecsSinceEpoch() : std::numeric_limits<qint64>::min();
     }
 
+    template <typename Key>
+    QList<int> rowsByKeys(const std::vector<Key>& keys, bool isAscending)
+    {
+        const auto isBefore = [&](int a, int b) {
+            const auto& first = keys[static_cast<std::size_t>(isAscending ? a : b)];
+            const auto& second = keys[static_cast<std::size_t>(isAscending ? b : a)];
+            return first < second;
+        };
+        QList<int> rows(static_cast<qsizetype>(keys.size()));
+        std::iota(rows.begin(), rows.end(), 0);
+        if (std::is_sorted(rows.cbegin(), rows.cend(), isBefore))
+            return {};
+        std::stable_sort(rows.begin(), rows.end(), isBefore);
+        return rows;
+    }
+
     // `keyOf` is called once an item.
     template <typename KeyOf>
     QList<int> rowsByKey(const Items& items, bool isAscending, KeyOf keyOf)
@@ -41,17 +59,7 @@ namespace {
         keys.reserve(static_cast<std::size_t>(items.size()));
         for (const auto& item : items)
             keys.push_back(keyOf(*item));
-        const auto isBefore = [&](int a, int b) {
-            const auto& first = keys[static_cast<std::size_t>(isAscending ? a : b)];
-            const auto& second = keys[static_cast<std::size_t>(isAscending ? b : a)];
-            return first < second;
-        };
-        QList<int> rows(items.size());
-        std::iota(rows.begin(), rows.end(), 0);
-        if (std::is_sorted(rows.cbegin(), rows.cend(), isBefore))
-            return {};
-        std::stable_sort(rows.begin(), rows.end(), isBefore);
-        return rows;
+        return rowsByKeys(keys, isAscending);
     }
 
     QList<int> rowsByText(const Items& items, bool isAscending, QString (FileItem::*text)() const)
@@ -61,10 +69,15 @@ namespace {
                          [&](const FileItem& item) { return order.sortKey((item.*text)()); });
     }
 
+    // The file system is asked about several files at a time.
     QList<int> rowsByDate(const Items& items, bool isAscending, QDateTime (FileItem::*date)() const)
     {
-        return rowsByKey(items, isAscending,
-                         [&](const FileItem& item) { return milliseconds((item.*date)()); });
+        std::vector<qint64> keys(static_cast<std::size_t>(items.size()));
+        inParallel(static_cast<int>(items.size()), [&](int, int first, int end) {
+            for (int i = first; i < end; ++i)
+                keys[static_cast<std::size_t>(i)] = milliseconds((*items.at(i).*date)());
+        });
+        return rowsByKeys(keys, isAscending);
     }
 
 } // namespace

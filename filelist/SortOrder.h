@@ -26,7 +26,7 @@ struct SortOrder
 /// sorted already.
 ///
 /// Any thread, as long as nobody changes the items meanwhile. Sorting by a date asks the file
-/// system about each file.
+/// system about each file, on as many threads as there are processors.
 QList<int> sortedRows(const QList<std::shared_ptr<FileItem>>& items, const SortOrder& order);
 
 } // namespace pagestack

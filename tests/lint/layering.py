@@ -27,7 +27,7 @@ BELOW = {
     "mainwindow": CORE_PARTS | {"FileItem", "job", "filelist"},
 }
 # FileItem stands between image and job together with what it is made of; only its own header is for others.
-LOW_FILELIST = {"FileItem", "AllocatedSize"}
+LOW_FILELIST = {"FileItem", "AllocatedSize", "FileDates"}
 QT_CORE_ONLY = CORE_PARTS | {"FileItem", "job", "cli"}
 
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*([<"])([^>"]+)[>"]')
