@@ -10,18 +10,28 @@ using namespace Qt::StringLiterals;
 
 namespace pagestack {
 
+namespace {
+
+    /// "*.tif *.tiff"
+    QString patternsOf(const QStringList& extensions)
+    {
+        QStringList patterns;
+        for (const QString& extension : extensions)
+            patterns.append(u"*."_s + extension);
+        return patterns.join(u' ');
+    }
+
+} // namespace
+
 void FileChooser::chooseFiles(QWidget* window, const QString& message,
                               const QStringList& extensions, Done done)
 {
     if (answeredBeforehand(message, extensions, done))
         return;
-    QStringList patterns;
-    for (const QString& extension : extensions)
-        patterns.append(u"*."_s + extension);
     QFileDialog* const dialog = makeDialog(window, message);
     dialog->setFileMode(QFileDialog::ExistingFiles);
-    if (!patterns.isEmpty())
-        dialog->setNameFilter(tr("TIFF files (%1)").arg(patterns.join(u' ')));
+    if (!extensions.isEmpty())
+        dialog->setNameFilter(tr("TIFF files (%1)").arg(patternsOf(extensions)));
     dialog->setLabelText(QFileDialog::Accept, tr("Add"));
     open(dialog, std::move(done));
 }
@@ -51,6 +61,31 @@ void FileChooser::chooseFolder(QWidget* window, const QString& message, Done don
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
     dialog->setLabelText(QFileDialog::Accept, tr("Select"));
+    open(dialog, std::move(done));
+}
+
+void FileChooser::chooseTextFile(QWidget* window, const QString& message,
+                                 const QStringList& extensions, Done done)
+{
+    if (answeredBeforehand(message, extensions, done))
+        return;
+    QFileDialog* const dialog = makeDialog(window, message);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setNameFilter(tr("Text files (%1)").arg(patternsOf(extensions)));
+    dialog->setLabelText(QFileDialog::Accept, tr("Select"));
+    open(dialog, std::move(done));
+}
+
+void FileChooser::chooseSaveFile(QWidget* window, const QString& message, const QString& extension,
+                                 const QString& proposedName, Done done)
+{
+    if (answeredBeforehand(message, { extension }, done))
+        return;
+    QFileDialog* const dialog = makeDialog(window, message);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setDefaultSuffix(extension);
+    dialog->selectFile(proposedName);
     open(dialog, std::move(done));
 }
 

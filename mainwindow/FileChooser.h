@@ -35,6 +35,14 @@ public:
     /// One folder, which the user may create in the dialog.
     void chooseFolder(QWidget* window, const QString& message, Done done);
 
+    /// One existing text file whose name ends in one of `extensions` (without the dot).
+    void chooseTextFile(QWidget* window, const QString& message, const QStringList& extensions,
+                        Done done);
+    /// The file to write, `proposedName` at first, which need not exist; the dialog asks before it
+    /// returns one that does. A name without an extension gets `extension` (without the dot).
+    void chooseSaveFile(QWidget* window, const QString& message, const QString& extension,
+                        const QString& proposedName, Done done);
+
     /// Answers a coming dialog with `urls` at once, without showing it; an empty list cancels it.
     /// Several calls answer several dialogs in their order.
     void setNextChoice(const QList<QUrl>& urls);

@@ -8,6 +8,7 @@
 #include "engine/support/UserDefaults.h"
 #include "engine/support/Workspace.h"
 #include "filelist/FileTableModel.h"
+#include "filelist/ListEditor.h"
 #include "mainwindow/AlertPanel.h"
 #include "mainwindow/ProcessPanel.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
@@ -49,6 +50,7 @@ PagestackAppDelegate::PagestackAppDelegate(const Services& services, QObject* pa
     , m_window(std::make_unique<QMainWindow>())
     , m_ui(std::make_unique<Ui::MainWindow>())
     , m_tableModel(std::make_unique<FileTableModel>(m_files))
+    , m_editor(std::make_unique<ListEditor>(*m_tableModel))
 {
     m_ui->setupUi(m_window.get());
     m_processViewPanel = std::make_unique<ProcessPanel>(m_window.get());
@@ -90,7 +92,6 @@ void PagestackAppDelegate::awakeFromNib()
     observeSettings();
     setupVersion();
     setupToolbarAndMenuItems();
-    hideWhatIsToCome();
     restoreWindowState();
     openAppAction();
 }
@@ -154,23 +155,6 @@ void PagestackAppDelegate::setupToolbarAndMenuItems()
     m_window->setContextMenuPolicy(Qt::NoContextMenu);
 }
 
-/// Controls whose commands the list does not have yet.
-void PagestackAppDelegate::hideWhatIsToCome()
-{
-    for (QWidget* control : std::initializer_list<QWidget*> {
-             m_ui->importBtn, m_ui->searchBtn, m_ui->openFileButton, m_ui->getInfoButton,
-             m_ui->openEnclosedFolderButton, m_ui->selectAllButton, m_ui->deselectAllButton,
-             m_ui->removeSelectedFilesButton, m_ui->removeAllFilesButton })
-        control->hide();
-    for (QAction* action :
-         { m_ui->exportToolbarItem, m_ui->dummyToolbarItem, m_ui->importAction, m_ui->exportAction,
-           m_ui->undoAction, m_ui->redoAction, m_ui->deselectAllRowsAction, m_ui->checkAllAction,
-           m_ui->uncheckAllAction, m_ui->invertCheckAction, m_ui->removeAllAction,
-           m_ui->moveUpAction, m_ui->moveDownAction, m_ui->openFileAction, m_ui->revealAction,
-           m_ui->getInfoAction, m_ui->findAction })
-        action->setVisible(false);
-}
-
 void PagestackAppDelegate::openAppAction()
 {
     if (m_window->isMinimized())
@@ -212,10 +196,12 @@ void PagestackAppDelegate::connectControls()
 {
     connectTable();
     connectListCommands();
+    connectFindBar();
     connectSettingsPane();
     connectMenus();
     connect(m_ui->addFilesBtn, &QPushButton::clicked, this, &PagestackAppDelegate::addFiles);
     connect(m_ui->addFolderBtn, &QPushButton::clicked, this, &PagestackAppDelegate::addFolder);
+    connect(m_ui->importBtn, &QPushButton::clicked, this, &PagestackAppDelegate::importAction);
     connect(m_ui->searchBtn, &QToolButton::clicked, this, &PagestackAppDelegate::searchAction);
     m_ui->inculdeSubfoldersBtn->setChecked(inculdeSubfolders());
     connect(m_ui->inculdeSubfoldersBtn, &QCheckBox::toggled, this,
@@ -228,29 +214,6 @@ void PagestackAppDelegate::connectControls()
             &PagestackAppDelegate::cancelProcessAction);
     connect(m_processViewPanel.get(), &ProcessPanel::closeRequested, this,
             &PagestackAppDelegate::closeProcessAction);
-}
-
-void PagestackAppDelegate::connectMenus()
-{
-    const auto on = [this](QAction* action, void (PagestackAppDelegate::*command)()) {
-        connect(action, &QAction::triggered, this, command);
-    };
-    on(m_ui->addFilesAction, &PagestackAppDelegate::addFiles);
-    on(m_ui->addFolderAction, &PagestackAppDelegate::addFolder);
-    on(m_ui->convertMenuAction, &PagestackAppDelegate::convertAction);
-    on(m_ui->cancelMenuAction, &PagestackAppDelegate::cancelAction);
-    on(m_ui->quitAction, &PagestackAppDelegate::quitAction);
-    on(m_ui->aboutAction, &PagestackAppDelegate::aboutAction);
-    on(m_ui->openAppAction, &PagestackAppDelegate::openAppAction);
-    on(m_ui->helpAction, &PagestackAppDelegate::helpAction);
-    on(m_ui->websiteAction, &PagestackAppDelegate::websiteAction);
-    on(m_ui->toggleSettingsAction, &PagestackAppDelegate::toggleSettings);
-    on(m_ui->preferencesToolbarItem, &PagestackAppDelegate::toggleSettings);
-    connect(m_ui->minimizeAction, &QAction::triggered, m_window.get(), &QWidget::showMinimized);
-    connect(m_ui->helpHyperlink, &QAbstractButton::clicked, this,
-            &PagestackAppDelegate::helpAction);
-    m_ui->quitAction->setMenuRole(QAction::QuitRole);
-    m_ui->aboutAction->setMenuRole(QAction::AboutRole);
 }
 
 void PagestackAppDelegate::setIsProcessing(bool isProcessing)

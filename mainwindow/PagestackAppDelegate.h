@@ -5,6 +5,8 @@
 #include "filelist/Arguments.h"
 #include "filelist/FileList.h"
 #include "filelist/FileLoader.h"
+#include "filelist/SortOrder.h"
+#include "mainwindow/ImportFilesWindowController.h"
 
 #include <QColor>
 #include <QMainWindow>
@@ -17,6 +19,7 @@
 
 class QAbstractButton;
 class QLineEdit;
+class QMenu;
 
 namespace Ui {
 class MainWindow;
@@ -27,20 +30,23 @@ namespace pagestack {
 class AlertPanel;
 class FileChooser;
 class FileTableModel;
+class ListEditor;
 class ProcessPanel;
 class UserDefaults;
 class Workspace;
 
 /// The main controller: owns the main window's controls, the file list, the live settings and the
 /// current conversion job, and carries out what the user asks for. One class over several files,
-/// one a concern: start-up and menus (PagestackAppDelegate.cpp), the run (...Run.cpp), the settings
-/// pane
-/// (...Settings.cpp), loading and the list (...Files.cpp), totals (...Totals.cpp), the end of the
-/// program (...Lifecycle.cpp).
+/// one a concern: start-up (PagestackAppDelegate.cpp), menus (...Menus.cpp), the run (...Run.cpp),
+/// the settings pane (...Settings.cpp), loading (...Files.cpp), path lists (...Import.cpp), the
+/// commands on the list (...List.cpp, ...Find.cpp, ...Export.cpp), on files (...FileActions.cpp),
+/// totals (...Totals.cpp), the end of the program (...Lifecycle.cpp).
 ///
 /// Main thread only, but for `loadURLs` and what `LoaderTarget` names, which the loader's thread
 /// calls.
-class PagestackAppDelegate : public QObject, private LoaderTarget
+class PagestackAppDelegate : public QObject,
+                             private LoaderTarget,
+                             private ImportFilesWindowControllerDelegate
 {
     Q_OBJECT
     /// True while a load or a run is under way; the loader polls it between files.
@@ -106,7 +112,7 @@ public:
     // Loading files.
     void addFiles();
     void addFolder();
-    void searchAction();
+    void searchAction(); ///< shows the find bar and gives it the keys
     bool inculdeSubfolders() const;
     void setInculdeSubfolders(bool include);
     /// Starts a load on a thread of its own; refused while a load or a run is under way.
@@ -115,11 +121,30 @@ public:
     /// Paths of files and folders given to the program, loaded as if they were dropped.
     void openPaths(const QStringList& paths);
 
-    // Commands on the highlighted rows.
+    // Commands on the list; the actions read the property "tag" of their sender.
+    void checkUncheckInvertSelectionAction(const QObject* sender);
+    void checkUncheckInvertSelection(int tag);
+    void checkUncheckInvertAction(const QObject* sender);
+    void checkUncheckInvertAll(int tag);
+    void selectDeselectRemoveAction(const QObject* sender);
+    void selectDeselectRemoveAll(int tag);
     void removeAction();
     void removeFiles();
     void moveUp();
     void moveDown();
+    void sortDescriptorsDidChange(const SortOrder& order);
+    void importAction();
+    void openImportFilesPanel();
+    void exportAction();
+    void exportTo(const QString& path);
+
+    // Commands on the highlighted files.
+    void openFileWithFinder();
+    void openFiles();
+    void openFileEnclosingFolder();
+    void openEnclodingFolder();
+    void getInfoFile();
+    void getInfo();
 
     // Totals.
     void updateTotalLabel();
@@ -146,6 +171,7 @@ signals:
 private:
     bool contains(const QUrl& url) const override { return m_files.contains(url); }
     bool append(const std::shared_ptr<FileItem>& item) override;
+    void ImportFilesWindowControllerDidFinish(ImportFilesWindowController& dialog) override;
 
     void connectControls();
     void connectMenus();
@@ -158,15 +184,28 @@ private:
     void connectSettingsPane();
     void connectTable();
     void connectListCommands();
-    void showMoved(bool isFirst);
+    void connectProgramMenus();
+    void connectListMenus();
+    void connectFindBar();
+    void makeContextMenu();
+    void followMenus();
+    void markByTag(const QList<int>& rows, int tag);
+    void removeRows(const QList<int>& rows);
+    void removeConverted();
+    void showStep(const QList<int>& rows);
+    void followList();
+    void find(const QString& text);
+    void showMatch(bool isNext);
+    void scrollToRow(int row);
+    QList<QUrl> highlightedUrls() const;
     void commitSettingsFields();
     void markTheKeyLetters();
-    void hideWhatIsToCome();
     void aboutAction();
     void refuse(const QString& text);
     void refuseOutputFolder();
     void beginRun();
     void startWorker(std::function<void()> work);
+    void startBusy(std::function<void()> work);
     void workerEnded();
     void finishWorker();
     void showQuality();
@@ -179,12 +218,16 @@ private:
     std::unique_ptr<Ui::MainWindow> m_ui;
     FileList m_files;
     std::unique_ptr<FileTableModel> m_tableModel;
+    std::unique_ptr<ListEditor> m_editor;
+    QMenu* m_filesContextMenu = nullptr; ///< the window's
+    ImportFilesWindowController* m_importPanel = nullptr; ///< the window's; made when first used
     std::unique_ptr<Settings> m_settings;
     std::unique_ptr<Process> m_process;
     std::unique_ptr<ProcessPanel> m_processViewPanel;
     std::unique_ptr<QThread> m_worker; ///< the load or the run under way; null when idle
     std::atomic<bool> m_isProcessing = false; ///< written by the main thread, polled by the loader
     bool m_showSettings = true;
+    bool m_isViewEnabled = true; ///< what resetView was last called with
     bool m_hasQuit = false; ///< the window may close now
     bool m_isTerminating = false; ///< the program ends as soon as the worker has
     QColor m_processingLabelColor;

@@ -30,10 +30,6 @@ void PagestackAppDelegate::connectTable()
         endEditing();
         startLoading({ urls, true, m_ui->inculdeSubfoldersBtn->isChecked() });
     });
-    connect(table, &CustomTableView::invertRequested, this, [this](const QList<int>& rows) {
-        m_tableModel->mark(rows, FileTableModel::Mark::Invert);
-        updateTotalLabel(); // also when no row is highlighted
-    });
     connect(m_tableModel.get(), &FileTableModel::checkMarksChanged, this,
             &PagestackAppDelegate::updateTotalLabel);
     connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
@@ -46,9 +42,10 @@ void PagestackAppDelegate::connectTable()
 
 void PagestackAppDelegate::updateMoveButtons()
 {
-    const QList<int> rows = m_ui->mainTableView->highlightedRows();
-    m_ui->moveUpButton->setEnabled(!rows.isEmpty() && rows.first() != 0);
-    m_ui->moveDownButton->setEnabled(!rows.isEmpty() && rows.last() != m_files.count() - 1);
+    const auto [first, last] = m_ui->mainTableView->highlightedSpan();
+    m_ui->moveUpButton->setEnabled(m_isViewEnabled && first > 0);
+    m_ui->moveDownButton->setEnabled(m_isViewEnabled && first >= 0 && last != m_files.count() - 1);
+    followMenus();
 }
 
 void PagestackAppDelegate::addFiles()
@@ -72,8 +69,6 @@ void PagestackAppDelegate::addFolder()
                 startLoading({ urls, true, m_ui->inculdeSubfoldersBtn->isChecked() });
         });
 }
-
-void PagestackAppDelegate::searchAction() { endEditing(); }
 
 bool PagestackAppDelegate::inculdeSubfolders() const
 {

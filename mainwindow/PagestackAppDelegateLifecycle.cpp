@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QScreen>
 
 namespace pagestack {
@@ -81,6 +82,26 @@ void PagestackAppDelegate::startWorker(std::function<void()> work)
     connect(m_worker.get(), &QThread::finished, this, &PagestackAppDelegate::workerEnded,
             Qt::QueuedConnection);
     m_worker->start();
+}
+
+/// `work` runs on a thread of its own, with the window busy as during a load, and gives the focus
+/// back. Refused while a load or a run is under way.
+void PagestackAppDelegate::startBusy(std::function<void()> work)
+{
+    if (m_worker)
+        return;
+    const QPointer<QWidget> focus = m_window->focusWidget();
+    resetView(false);
+    startProcess();
+    startWorker([this, focus, work = std::move(work)] {
+        work();
+        callOnMainThread([&] {
+            stopProcess();
+            resetView(true);
+            if (focus)
+                focus->setFocus();
+        });
+    });
 }
 
 void PagestackAppDelegate::workerEnded()

@@ -1,5 +1,8 @@
+#include "engine/support/AppTitle.h"
+#include "engine/support/MainThread.h"
 #include "engine/support/SystemLog.h"
-#include "filelist/FileTableModel.h"
+#include "filelist/ListEditor.h"
+#include "mainwindow/AlertPanel.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "ui_MainWindow.h"
 
@@ -11,12 +14,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    /// The rows of a list of `count` in order.
-    QList<int> rowsInOrder(int count)
+    /// Files on other computers take long to tell their dates; below this many nobody notices.
+    constexpr int mostRowsDatedAtOnce = 1000;
+
+    int tagOf(const QObject* sender) { return sender->property("tag").toInt(); }
+
+    QList<int> allRows(const FileList& files)
     {
-        QList<int> rows(count);
+        QList<int> rows(files.count());
         std::iota(rows.begin(), rows.end(), 0);
         return rows;
+    }
+
+    void logError(const QString& operation, const std::exception& error)
+    {
+        systemLog(u"Error in (%1) : %2"_s.arg(operation, QString::fromUtf8(error.what())));
     }
 
 } // namespace
@@ -25,14 +37,93 @@ void PagestackAppDelegate::connectListCommands()
 {
     CustomTableView* table = m_ui->mainTableView;
     connect(table, &CustomTableView::removeRequested, this, &PagestackAppDelegate::removeAction);
-    connect(m_ui->removeBtn, &QPushButton::clicked, this, &PagestackAppDelegate::removeAction);
-    connect(m_ui->removeSelectedAction, &QAction::triggered, this,
-            &PagestackAppDelegate::removeAction);
-    connect(m_ui->moveUpButton, &QToolButton::clicked, this, &PagestackAppDelegate::moveUp);
-    connect(m_ui->moveDownButton, &QToolButton::clicked, this, &PagestackAppDelegate::moveDown);
     connect(table, &CustomTableView::moveUpRequested, m_ui->moveUpButton, &QToolButton::click);
     connect(table, &CustomTableView::moveDownRequested, m_ui->moveDownButton, &QToolButton::click);
-    connect(m_ui->selectAllRowsAction, &QAction::triggered, table, &QTableView::selectAll);
+    connect(table, &CustomTableView::sortRequested, this,
+            &PagestackAppDelegate::sortDescriptorsDidChange);
+    connect(table, &CustomTableView::invertRequested, this, [this](const QList<int>& rows) {
+        m_editor->mark(rows, FileTableModel::Mark::Invert);
+        updateTotalLabel(); // also when no row is highlighted
+    });
+    connect(m_ui->removeBtn, &QPushButton::clicked, this, &PagestackAppDelegate::removeAction);
+    connect(m_ui->moveUpButton, &QToolButton::clicked, this, &PagestackAppDelegate::moveUp);
+    connect(m_ui->moveDownButton, &QToolButton::clicked, this, &PagestackAppDelegate::moveDown);
+    for (QToolButton* button : { m_ui->selectAllButton, m_ui->deselectAllButton,
+                                 m_ui->removeAllFilesButton, m_ui->removeSelectedFilesButton })
+        connect(button, &QToolButton::clicked, this,
+                [this, button] { selectDeselectRemoveAction(button); });
+    connect(m_editor.get(), &ListEditor::stepped, this, &PagestackAppDelegate::showStep);
+}
+
+void PagestackAppDelegate::checkUncheckInvertSelectionAction(const QObject* sender)
+{
+    checkUncheckInvertSelection(tagOf(sender));
+}
+
+void PagestackAppDelegate::checkUncheckInvertAction(const QObject* sender)
+{
+    checkUncheckInvertAll(tagOf(sender));
+}
+
+void PagestackAppDelegate::selectDeselectRemoveAction(const QObject* sender)
+{
+    selectDeselectRemoveAll(tagOf(sender));
+}
+
+void PagestackAppDelegate::checkUncheckInvertSelection(int tag)
+{
+    try {
+        markByTag(m_ui->mainTableView->highlightedRows(), tag);
+    } catch (const std::exception& error) {
+        logError(u"checkUncheckInvertSelection:"_s, error);
+    }
+    followList();
+}
+
+void PagestackAppDelegate::checkUncheckInvertAll(int tag)
+{
+    try {
+        markByTag(allRows(m_files), tag);
+    } catch (const std::exception& error) {
+        logError(u"checkUncheckInvertAll:"_s, error);
+    }
+    followList();
+}
+
+void PagestackAppDelegate::markByTag(const QList<int>& rows, int tag)
+{
+    if (m_worker)
+        return;
+    if (tag == 1)
+        m_editor->mark(rows, FileTableModel::Mark::Check);
+    else if (tag == 2)
+        m_editor->mark(rows, FileTableModel::Mark::Uncheck);
+    else if (tag == 3)
+        m_editor->mark(rows, FileTableModel::Mark::Invert);
+}
+
+void PagestackAppDelegate::selectDeselectRemoveAll(int tag)
+{
+    try {
+        CustomTableView* table = m_ui->mainTableView;
+        if (tag == 1) {
+            table->selectAll();
+        } else if (tag == 2) {
+            if (m_files.count() > 0)
+                table->highlightRows({ 0 });
+        } else if (tag == 3) {
+            m_services.alerts.ask(m_window.get(), AlertPanel::Style::Informational,
+                                  getAppTitle(u""_s), tr("Are you sure to remove all file(s)?"),
+                                  { tr("Yes"), tr("No") }, [this](int button) {
+                                      if (button == 0)
+                                          removeRows(allRows(m_files));
+                                  });
+        } else if (tag == 4) {
+            removeRows(table->highlightedRows());
+        }
+    } catch (const std::exception& error) {
+        logError(u"selectDeselectRemoveAll:"_s, error);
+    }
 }
 
 void PagestackAppDelegate::removeAction()
@@ -41,53 +132,73 @@ void PagestackAppDelegate::removeAction()
     removeFiles();
 }
 
-/// Takes the highlighted rows off the list; the files stay where they are.
 void PagestackAppDelegate::removeFiles()
 {
     try {
-        if (m_worker || m_tableModel->removeItems(m_ui->mainTableView->highlightedRows()) == 0)
-            return;
-        resetView(true);
-        updateTotalLabel();
+        if (const QList<int> rows = m_ui->mainTableView->highlightedRows(); !rows.isEmpty())
+            removeRows(rows);
     } catch (const std::exception& error) {
-        systemLog(u"Error in (remove) : "_s + QString::fromUtf8(error.what()));
+        logError(u"remove"_s, error);
     }
+}
+
+/// Takes rows off the list; the files stay where they are.
+void PagestackAppDelegate::removeRows(const QList<int>& rows)
+{
+    if (m_worker)
+        return;
+    m_ui->mainTableView->clearSelection();
+    m_editor->remove(rows, tr("Remove %n File(s)", nullptr, static_cast<int>(rows.size())));
+    followList();
 }
 
 void PagestackAppDelegate::moveUp()
 {
-    const QList<int> highlighted = m_ui->mainTableView->highlightedRows();
-    if (highlighted.isEmpty() || highlighted.first() == 0)
+    if (m_worker || !m_editor->moveUp(m_ui->mainTableView->highlightedRows()))
         return;
-    QList<int> rows = rowsInOrder(m_files.count());
-    for (const int row : highlighted)
-        rows.swapItemsAt(row - 1, row);
-    m_tableModel->reorder(rows);
-    showMoved(true);
+    m_ui->mainTableView->setFocus();
+    scrollToRow(m_ui->mainTableView->highlightedSpan().first);
+    updateMoveButtons();
 }
 
 void PagestackAppDelegate::moveDown()
 {
-    const QList<int> highlighted = m_ui->mainTableView->highlightedRows();
-    QList<int> rows = rowsInOrder(m_files.count());
-    for (auto row = highlighted.crbegin(); row != highlighted.crend(); ++row) {
-        if (*row + 1 >= m_files.count())
-            break;
-        rows.swapItemsAt(*row, *row + 1);
-    }
-    m_tableModel->reorder(rows);
-    showMoved(false);
+    if (m_worker || !m_editor->moveDown(m_ui->mainTableView->highlightedRows()))
+        return;
+    m_ui->mainTableView->setFocus();
+    scrollToRow(m_ui->mainTableView->highlightedSpan().second);
+    updateMoveButtons();
 }
 
-/// The highlight has gone with the rows; its first or last one is brought into view.
-void PagestackAppDelegate::showMoved(bool isFirst)
+void PagestackAppDelegate::sortDescriptorsDidChange(const SortOrder& order)
 {
-    m_ui->mainTableView->setFocus();
-    const QList<int> rows = m_ui->mainTableView->highlightedRows();
-    if (!rows.isEmpty())
-        m_ui->mainTableView->scrollTo(
-            m_tableModel->index(isFirst ? rows.first() : rows.last(), FileTableModel::Name));
-    updateMoveButtons();
+    if (m_worker)
+        return;
+    const FileList::Items items = m_files.items();
+    if (!order.key.startsWith(u"date"_s) || items.size() <= mostRowsDatedAtOnce) {
+        m_editor->sort(sortedRows(items, order), order);
+        return;
+    }
+    startBusy([this, items, order] {
+        const QList<int> rows = sortedRows(items, order);
+        callOnMainThread([&] { m_editor->sort(rows, order); });
+    });
+}
+
+/// After a step back or forth: what it concerned is highlighted and in view.
+void PagestackAppDelegate::showStep(const QList<int>& rows)
+{
+    if (!rows.isEmpty()) {
+        m_ui->mainTableView->highlightRows(rows);
+        scrollToRow(rows.first());
+    }
+    followList();
+}
+
+void PagestackAppDelegate::followList()
+{
+    resetView(!m_worker);
+    updateTotalLabel();
 }
 
 } // namespace pagestack

@@ -1,6 +1,7 @@
 #include "engine/support/AppTitle.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/FileTableModel.h"
+#include "filelist/ListEditor.h"
 #include "mainwindow/AlertPanel.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/ProcessPanel.h"
@@ -118,13 +119,23 @@ void PagestackAppDelegate::closeProcessAction()
     m_processViewPanel->hide();
     m_processViewPanel->stopFollowing();
     if (m_settings && m_settings->isClearProcessedFiles()) {
-        m_tableModel->removeIf([](int, const FileItem& item) { return item.isSelected(); });
-        m_ui->mainTableView->clearSelection();
+        removeConverted();
     }
     resetViewForProcess(true);
     stopProcess();
     resetView(true);
     m_process.reset();
+}
+
+void PagestackAppDelegate::removeConverted()
+{
+    QList<int> rows;
+    for (int row = 0; row < m_files.count(); ++row)
+        if (m_files.at(row)->isSelected())
+            rows.append(row);
+    m_ui->mainTableView->clearSelection();
+    m_editor->remove(rows,
+                     tr("Remove %n Converted File(s)", nullptr, static_cast<int>(rows.size())));
 }
 
 void PagestackAppDelegate::startProcess()
@@ -150,7 +161,7 @@ void PagestackAppDelegate::resetView(bool enable)
         m_ui->removeBtn->setEnabled(enable && hasFiles);
         for (QWidget* control : std::initializer_list<QWidget*> {
                  m_ui->importBtn, m_ui->addFilesBtn, m_ui->addFolderBtn, m_ui->searchBtn,
-                 m_ui->inculdeSubfoldersBtn, m_ui->mainTableView })
+                 m_ui->inculdeSubfoldersBtn, m_ui->mainTableView, m_ui->findBar })
             control->setEnabled(enable);
         for (QAction* item : m_ui->mainToolBar->actions())
             item->setEnabled(enable);
@@ -163,10 +174,8 @@ void PagestackAppDelegate::resetView(bool enable)
                  m_ui->selectAllButton, m_ui->deselectAllButton, m_ui->removeSelectedFilesButton,
                  m_ui->removeAllFilesButton })
             button->setEnabled(enable && hasFiles);
-        if (enable)
-            updateMoveButtons();
-        for (QWidget* button : { m_ui->moveUpButton, m_ui->moveDownButton })
-            button->setEnabled(enable && button->isEnabled());
+        m_isViewEnabled = enable;
+        updateMoveButtons();
         // The pane would change what a run reads.
         m_ui->rightBox->setEnabled(enable);
         followOutputFolder();

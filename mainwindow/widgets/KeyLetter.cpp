@@ -4,6 +4,8 @@
 #include <QFontMetrics>
 #include <QKeySequence>
 #include <QPainter>
+#include <QStyleOptionButton>
+#include <QStylePainter>
 #include <QTextCharFormat>
 #include <QTextLayout>
 #include <QtMath>
@@ -98,6 +100,25 @@ void KeyLetter::draw(QPainter& painter, const QAbstractButton& button, const QRe
         x += area.width() - size.width();
     painter.setPen(textColor);
     layout.draw(&painter, QPointF(x, area.top() + (area.height() - size.height()) / 2));
+}
+
+void KeyLetter::drawWithIndicator(QStylePainter& painter, const QAbstractButton& button,
+                                  const QStyleOptionButton& option, const Pieces& pieces) const
+{
+    const QStyle& style = *button.style();
+    // The style draws the indicator and the focus frame, whose place depends on the text; its label
+    // it would draw plain.
+    QStyleOptionButton indicator(option);
+    indicator.rect = style.subElementRect(pieces.indicatorArea, &option, &button);
+    painter.drawPrimitive(pieces.indicator, indicator);
+    draw(painter, button, style.subElementRect(pieces.titleArea, &option, &button), Qt::AlignLeft,
+         option.palette.color(QPalette::WindowText));
+    if (option.state.testFlag(QStyle::State_HasFocus)) {
+        QStyleOptionFocusRect focus;
+        focus.QStyleOption::operator=(option);
+        focus.rect = style.subElementRect(pieces.focusArea, &option, &button);
+        painter.drawPrimitive(QStyle::PE_FrameFocusRect, focus);
+    }
 }
 
 } // namespace pagestack

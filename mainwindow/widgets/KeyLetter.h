@@ -4,10 +4,12 @@
 #include <QRectF>
 #include <QSize>
 #include <QString>
+#include <QStyle>
 
 class QAbstractButton;
-class QFontMetrics;
 class QPainter;
+class QStyleOptionButton;
+class QStylePainter;
 
 namespace pagestack {
 
@@ -16,6 +18,15 @@ namespace pagestack {
 class KeyLetter
 {
 public:
+    /// What a style calls the pieces of a button that has an indicator before its title.
+    struct Pieces
+    {
+        QStyle::PrimitiveElement indicator;
+        QStyle::SubElement indicatorArea;
+        QStyle::SubElement titleArea;
+        QStyle::SubElement focusArea;
+    };
+
     /// Marks the letter at `position` of `button`'s title and makes Alt + that letter press the
     /// button (not on macOS, where Alt types characters). A position outside of the title clears
     /// the letter. A `color` equal to the button's text colour follows the palette when the theme
@@ -33,6 +44,9 @@ public:
     /// button.
     void draw(QPainter& painter, const QAbstractButton& button, const QRectF& area,
               Qt::Alignment alignment, const QColor& textColor) const;
+    /// Draws all of `button`, a check box or a radio button: indicator, title and focus frame.
+    void drawWithIndicator(QStylePainter& painter, const QAbstractButton& button,
+                           const QStyleOptionButton& option, const Pieces& pieces) const;
 
 private:
     QString m_title;

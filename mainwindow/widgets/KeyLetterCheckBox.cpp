@@ -31,20 +31,9 @@ void KeyLetterCheckBox::paintEvent(QPaintEvent* event)
     QStyleOptionButton option;
     initStyleOption(&option);
     QStylePainter painter(this);
-    // The style draws the box and the focus frame, whose place depends on the text; its label it
-    // would draw plain.
-    QStyleOptionButton box(option);
-    box.rect = style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, this);
-    painter.drawPrimitive(QStyle::PE_IndicatorCheckBox, box);
-    m_keyLetter.draw(painter, *this,
-                     style()->subElementRect(QStyle::SE_CheckBoxContents, &option, this),
-                     Qt::AlignLeft, option.palette.color(QPalette::WindowText));
-    if (option.state.testFlag(QStyle::State_HasFocus)) {
-        QStyleOptionFocusRect focus;
-        focus.QStyleOption::operator=(option);
-        focus.rect = style()->subElementRect(QStyle::SE_CheckBoxFocusRect, &option, this);
-        painter.drawPrimitive(QStyle::PE_FrameFocusRect, focus);
-    }
+    m_keyLetter.drawWithIndicator(painter, *this, option,
+                                  { QStyle::PE_IndicatorCheckBox, QStyle::SE_CheckBoxIndicator,
+                                    QStyle::SE_CheckBoxContents, QStyle::SE_CheckBoxFocusRect });
 }
 
 } // namespace pagestack

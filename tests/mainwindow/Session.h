@@ -21,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 constexpr int longMs = 60000; // for what a slow machine may take its time over
 
-/// Remembers what it was asked to open.
+/// Remembers what it was asked for.
 class Desktop : public Workspace
 {
 public:
@@ -30,14 +30,20 @@ public:
         const QMutexLocker lock(&m_mutex);
         m_opened.append(url.toLocalFile());
     }
-    void activateFileViewerSelectingURLs(const QList<QUrl>&) override { }
-    void showInformation(const QList<QUrl>&) override { }
+    void activateFileViewerSelectingURLs(const QList<QUrl>& urls) override
+    {
+        revealed.append(urls);
+    }
+    void showInformation(const QList<QUrl>& urls) override { informed.append(urls); }
 
     QStringList opened() const
     {
         const QMutexLocker lock(&m_mutex);
         return m_opened;
     }
+
+    QList<QList<QUrl>> revealed; ///< a list a request
+    QList<QList<QUrl>> informed;
 
 private:
     mutable QMutex m_mutex; // a job opens its folder from its own thread

@@ -365,7 +365,7 @@ void WidgetsTest::iconButtonsHaveNames()
         QVERIFY2(!button->toolTip().isEmpty(), qPrintable(button->objectName()));
         ++checked;
     }
-    QCOMPARE(checked, 10);
+    QCOMPARE(checked, 13);
     const auto actions = shell.window.findChildren<QAction*>();
     for (const QAction* action : actions) {
         if (action->property("symbolicIcon").isValid())

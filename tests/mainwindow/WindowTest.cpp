@@ -321,7 +321,8 @@ void WindowTest::runsToTheEnd()
     Session session(ini());
     QVERIFY(session.open({ samples() }));
     const qsizetype turned = session.names().indexOf(u"turned.tif"_s);
-    session.controller.tableModel().setSelected(static_cast<int>(turned), false);
+    session.controller.tableModel().mark({ static_cast<int>(turned) },
+                                         FileTableModel::Mark::Uncheck);
     QTest::keyClick(&session.widget("outputType"), Qt::Key_Down);
     session.chooser.setNextChoice(urlsOf({ out }));
     session.find<QAbstractButton>("chooseOutputFolderBtn").click();
