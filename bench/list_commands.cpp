@@ -110,6 +110,7 @@ public:
         measure(u"move it down"_s, [&] { action("moveDownAction").trigger(); });
         measure(u"move it up"_s, [&] { action("moveUpAction").trigger(); });
         measure(u"find what a tenth of the names has"_s, [&] {
+            table().clearSelection();
             m_controller.searchAction();
             m_controller.window()->findChild<QLineEdit*>(u"searchField"_s)->setText(u"3.tif"_s);
         });

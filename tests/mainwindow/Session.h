@@ -28,7 +28,7 @@ public:
     void openURL(const QUrl& url) override
     {
         const QMutexLocker lock(&m_mutex);
-        m_opened.append(url.toLocalFile());
+        m_opened.append(url);
     }
     void activateFileViewerSelectingURLs(const QList<QUrl>& urls) override
     {
@@ -36,10 +36,17 @@ public:
     }
     void showInformation(const QList<QUrl>& urls) override { informed.append(urls); }
 
-    QStringList opened() const
+    QList<QUrl> requests() const
     {
         const QMutexLocker lock(&m_mutex);
         return m_opened;
+    }
+    QStringList opened() const
+    {
+        QStringList paths;
+        for (const QUrl& url : requests())
+            paths.append(url.toLocalFile());
+        return paths;
     }
 
     QList<QList<QUrl>> revealed; ///< a list a request
@@ -47,7 +54,7 @@ public:
 
 private:
     mutable QMutex m_mutex; // a job opens its folder from its own thread
-    QStringList m_opened;
+    QList<QUrl> m_opened;
 };
 
 inline QList<QUrl> urlsOf(const QStringList& paths)

@@ -51,6 +51,7 @@ private slots:
     void filtersNumbers_data();
     void filtersNumbers();
     void opensTheGuideOnce();
+    void answersItsMenus();
     void dividesTheWindow_data();
     void dividesTheWindow();
 
@@ -501,6 +502,49 @@ void WindowTest::opensTheGuideOnce()
     QCOMPARE(session.desktop.opened().size(), 1);
     session.find<QAction>("helpAction").trigger();
     QCOMPARE(session.desktop.opened().size(), 2);
+}
+
+void WindowTest::answersItsMenus()
+{
+    Session session(ini());
+    const auto trigger = [&](const char* name) { session.find<QAction>(name).trigger(); };
+    QMainWindow* window = session.controller.window();
+    session.chooser.setNextChoice(urlsOf({ sample(u"turned.tif"_s) }));
+    QVERIFY(session.load([&] { trigger("addFilesAction"); }));
+    session.chooser.setNextChoice(urlsOf({ samples() }));
+    QVERIFY(session.load([&] { trigger("addFolderAction"); }));
+    QCOMPARE(session.controller.files().count(), 6);
+
+    trigger("preferencesToolbarItem");
+    QVERIFY(!session.widget("rightBox").isVisible());
+    QVERIFY(session.find<QAction>("dummyToolbarItem").isChecked());
+    trigger("minimizeAction");
+    QVERIFY(window->isMinimized());
+    trigger("openAppAction");
+    QVERIFY(!window->isMinimized() && window->isVisible());
+    session.alerts.setNextAnswer(0);
+    trigger("aboutAction");
+    QVERIFY(session.alerts.lastText().contains(u"libtiff"_s, Qt::CaseInsensitive));
+    trigger("websiteAction");
+    QCOMPARE(session.desktop.requests(), QList<QUrl> { QUrl(u"https://pagestack.example/"_s) });
+
+    QDir().mkpath(path(u"out"_s));
+    session.controller.settings().setOutputFolderPath(path(u"out"_s));
+    trigger("convertMenuAction");
+    QTRY_VERIFY_WITH_TIMEOUT(session.widget("closeProcessBtn").isEnabled(), longMs);
+    session.click("closeProcessBtn");
+    QCOMPARE(QDir(path(u"out"_s)).entryList({ u"*.jpg"_s }).size(), 7);
+
+    for (int i = 0; i < 300; ++i)
+        makeFile(path(u"in/%1.tif"_s.arg(i)));
+    connect(&session.controller.tableModel(), &QAbstractItemModel::rowsInserted, this,
+            [&] { trigger("cancelMenuAction"); });
+    QVERIFY(session.open({ path(u"in"_s) }));
+    QVERIFY(session.controller.files().count() < 300);
+
+    QVERIFY(window->isVisible());
+    trigger("quitAction");
+    QVERIFY(window->close()); // the program is about to end, so nothing holds the window
 }
 
 void WindowTest::dividesTheWindow_data()
