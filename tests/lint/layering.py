@@ -32,7 +32,7 @@ QT_CORE_ONLY = CORE_PARTS | {"FileItem", "job", "cli"}
 
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*([<"])([^>"]+)[>"]')
 CODEC_HEADER = re.compile(r"(?:.*/)?(tiff\w*|jpeglib|jerror|jconfig|jmorecfg|png\w*|gif_lib|zlib|"
-                          r"lcms2\w*)\.h$|qpdf/")
+                          r"libdeflate|lcms2\w*)\.h$|qpdf/")
 QT_MODULE_LINKED = re.compile(r"\bQt6?::(?!Core\b|Test\b)(\w+)")
 FIXED_WAIT = re.compile(r"\bqWait\s*\(")
 

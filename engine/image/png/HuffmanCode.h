@@ -1,0 +1,25 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace pagestack {
+
+/// The order in which a deflate block stores the lengths of its code of code lengths (RFC 1951,
+/// 3.2.7).
+constexpr std::array<std::uint8_t, 19> codeLengthOrder
+    = { 16, 17, 18, 0, 8, 7, 9, 6, 10, 5, 11, 4, 12, 3, 13, 2, 14, 1, 15 };
+
+/// Sets `lengths` to those of a complete prefix code for symbols that occur `counts` times: none is
+/// above `longest`, those that do not occur get 0. At least two symbols get a code, whether they
+/// occur or not, since decoders refuse other codes. At most 288 symbols, and at most 2^(`longest` -
+/// 1); the counts add up to less than 2^31.
+void makeCodeLengths(std::span<const std::uint32_t> counts, int longest,
+                     std::span<std::uint8_t> lengths);
+
+/// Sets `words` to the code words of deflate (RFC 1951, 3.2.2) for `lengths` of at most 15, with
+/// their first bit as the least significant one.
+void makeCodeWords(std::span<const std::uint8_t> lengths, std::span<std::uint16_t> words);
+
+} // namespace pagestack
