@@ -161,6 +161,7 @@ namespace {
         report.listenTo(job);
         job.setOutputFiles(m_outputs);
         job.setSettings(&m_settings);
+        job.setJobs(m_options.jobs);
         job.setTotalFileSelected(static_cast<int>(m_outputs.size()));
         if (m_options.onExists == OnExists::Skip)
             job.setTargetFilter([](const QString& path) {

@@ -39,16 +39,17 @@ namespace {
         return names;
     }
 
-    int quality(const QString& value)
+    /// `value` as a number from 0 to `most`.
+    int number(const QString& value, int most, const QString& what)
     {
-        constexpr int best = 10;
         bool isNumber = !value.isEmpty();
         for (const QChar digit : value)
             isNumber = isNumber && digit >= u'0' && digit <= u'9';
-        const int tenths = isNumber ? value.toInt(&isNumber) : 0;
-        if (!isNumber || tenths > best)
-            throw UsageError(u"quality '%1' is no number from 0 to 10"_s.arg(value));
-        return tenths;
+        const int taken = isNumber ? value.toInt(&isNumber) : 0;
+        if (!isNumber || taken > most)
+            throw UsageError(
+                u"%1 '%2' is no number from 0 to %3"_s.arg(what, value, QString::number(most)));
+        return taken;
     }
 
     /// A slash in a separator would turn the base name into a folder.
@@ -75,7 +76,7 @@ namespace {
               } },
             { 0, u"quality"_s, u"0..10"_s, u"JPEG quality in tenths, default 10"_s,
               [](Options& options, const QString& value) {
-                  options.jpegQuality = quality(value);
+                  options.jpegQuality = number(value, 10, u"quality"_s);
               } },
             { 0, u"compression"_s, compressions(), u"TIFF compression, default none"_s,
               [](Options& options, const QString& value) {
@@ -116,6 +117,12 @@ namespace {
               "in place of a SOURCE"_s,
               [](Options& options, const QString& value) {
                   options.pathLists.append(named(value, u"path list"_s));
+              } },
+            { 0, u"jobs"_s, u"N"_s,
+              u"pages worked on at the same time, up to 256; default or 0: as many as there are "
+              "cores"_s,
+              [](Options& options, const QString& value) {
+                  options.jobs = number(value, 256, u"jobs"_s);
               } },
             { 0, u"log"_s, u"FILE"_s, u"also writes the XML log of the run to FILE"_s,
               [](Options& options, const QString& value) {

@@ -50,6 +50,8 @@ struct Options
     QStringList pathLists {}; ///< files with one path a line; "-" is standard input
     bool isRecursive = false;
 
+    int jobs = 0; ///< pages worked on at the same time; 0: as many as there are cores
+
     QString logFile {}; ///< a copy of the log; empty: none
     bool leavesLog = true; ///< in the application data folder
     bool isQuiet = false;

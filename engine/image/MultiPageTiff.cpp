@@ -1,5 +1,6 @@
 #include "engine/image/MultiPageTiff.h"
 
+#include "engine/image/PreparedPage.h"
 #include "engine/image/TiffAssembly.h"
 #include "engine/image/TiffPage.h"
 #include "engine/settings/OutputCodes.h"
@@ -19,8 +20,7 @@ namespace {
     std::uint64_t likelyBytes(TiffFile& file, int index, int compression)
     {
         const TiffPageTags tags = readTiffPageTags(file.describe(index));
-        const std::uint64_t decoded
-            = tags.planeRowBytes() * tags.heightPx * static_cast<unsigned>(tags.planes());
+        const std::uint64_t decoded = tags.decodedBytes();
         const bool isFax
             = compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;
         return isFax && tags.isOneBitDeep() ? decoded / 4 : decoded;
@@ -59,24 +59,31 @@ bool MultiPageTiff::couldPassLimit(const PageImage& firstPage) const
     return sum > m_limitBytes;
 }
 
-void MultiPageTiff::append(const PageImage& page)
+void MultiPageTiff::append(const PageImage& page) { append(page, {}); }
+
+void MultiPageTiff::append(const PageImage& page, PreparedPage prepared)
 {
-    if (m_failureReason.isEmpty())
-        write(page);
+    if (prepared.file) {
+        Q_ASSERT(m_plannedPages == 1 && m_pages.empty());
+        page.writeComplaints(prepared);
+        m_complete = std::move(prepared.file);
+    } else if (m_failureReason.isEmpty()) {
+        write(page, prepared.pieces.bytes ? &prepared.pieces : nullptr);
+    }
     m_pages.push_back(page);
 }
 
-void MultiPageTiff::write(const PageImage& page)
+void MultiPageTiff::write(const PageImage& page, const TiffPieces* pieces)
 {
     try {
         try {
             if (!m_assembly)
                 m_assembly = std::make_unique<TiffAssembly>(m_path, m_compression, m_plannedPages,
                                                             couldPassLimit(page), m_limitBytes);
-            m_assembly->append(page.source());
+            m_assembly->append(page.source(), pieces);
         } catch (const TiffAssembly::TooLarge&) {
             rebuildAsBigTiff();
-            m_assembly->append(page.source());
+            m_assembly->append(page.source(), pieces);
         }
     } catch (const TiffAssembly::WriteFailure& failure) {
         m_failureReason = QString::fromStdString(failure.what());
@@ -97,14 +104,19 @@ void MultiPageTiff::rebuildAsBigTiff()
     }
 }
 
-bool MultiPageTiff::commit()
+std::unique_ptr<StagedFile> MultiPageTiff::finish()
 {
     if (m_pages.empty() && m_failureReason.isEmpty())
         m_failureReason = u"no page could be read"_s;
     if (!m_failureReason.isEmpty())
-        return false;
+        throw std::runtime_error(m_failureReason.toStdString());
+    return m_complete ? std::move(m_complete) : m_assembly->finish();
+}
+
+bool MultiPageTiff::commit()
+{
     try {
-        m_assembly->commit();
+        finish()->commit();
         return true;
     } catch (const std::runtime_error& error) {
         m_failureReason = QString::fromStdString(error.what());

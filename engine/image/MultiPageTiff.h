@@ -8,6 +8,10 @@
 
 namespace pagestack {
 
+struct PreparedPage;
+struct TiffPieces;
+class StagedFile;
+
 /// A TIFF file that is made of pages, one after the other, and put in place at the end.
 ///
 /// Pages keep what they are: bit depth, photometric interpretation, planes, tiles, orientation,
@@ -36,7 +40,15 @@ public:
     /// page and later ones only count as gathered.
     void append(const PageImage& page);
 
+    /// The same with what was made of the page ahead, with the same compression: its pieces, or,
+    /// for the only page of the file, the file itself.
+    void append(const PageImage& page, PreparedPage prepared);
+
     int pageCount() const { return static_cast<int>(m_pages.size()); } ///< gathered so far
+
+    /// The complete file, to be put in place; ends the gathering. Throws std::runtime_error with
+    /// the reason when nothing was gathered or the file could not be written.
+    std::unique_ptr<StagedFile> finish();
 
     /// Puts the file in place. False when nothing was gathered or the file could not be written;
     /// what was at the path is then as it was.
@@ -46,7 +58,7 @@ public:
     QString failureReason() const { return m_failureReason; }
 
 private:
-    void write(const PageImage& page);
+    void write(const PageImage& page, const TiffPieces* pieces);
     void rebuildAsBigTiff();
     bool couldPassLimit(const PageImage& firstPage) const;
 
@@ -56,6 +68,7 @@ private:
     std::uint64_t m_limitBytes;
     std::vector<PageImage> m_pages;
     std::unique_ptr<class TiffAssembly> m_assembly; ///< null before the first page
+    std::unique_ptr<StagedFile> m_complete; ///< with the only page, instead of an assembly
     QString m_failureReason;
 };
 

@@ -3,14 +3,18 @@
 #include "engine/image/Bitmap.h"
 #include "engine/image/Encoders.h"
 #include "engine/image/MultiPageTiff.h"
+#include "engine/image/PreparedPage.h"
+#include "engine/image/TiffPage.h"
 #include "engine/image/UprightRows.h"
+#include "engine/settings/OutputCodes.h"
 #include "engine/settings/Settings.h"
 #include "engine/support/SystemLog.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
-#include <exception>
+#include <stdexcept>
 
 namespace pagestack {
 
@@ -36,23 +40,31 @@ namespace {
         return page;
     }
 
-    /// Stages a file for `path`, lets `encode` fill it and puts it in place. False, with the reason
-    /// at `failureReason`, when that fails; the system log gets it behind `logPrefix`.
-    template <typename Encode>
-    bool writeStaged(const QString& path, QLatin1StringView logPrefix, QString& failureReason,
-                     Encode encode)
+    struct Writer
     {
-        failureReason.clear();
-        try {
-            StagedFile file(path);
-            encode(file);
-            file.commit();
-            return true;
-        } catch (const std::exception& error) {
-            failureReason = QString::fromStdString(error.what());
-            systemLog(logPrefix + failureReason);
-            return false;
-        }
+        OutputType type;
+        QLatin1StringView extension;
+        QLatin1StringView name;
+    };
+    constexpr std::array writers {
+        Writer { OutputType::Jpeg, "jpg"_L1, "saveAsJpegWithName"_L1 },
+        Writer { OutputType::Png, "png"_L1, "saveAsPngWithName"_L1 },
+        Writer { OutputType::Tiff, "tiff"_L1, "saveAsTiffWithName"_L1 },
+        Writer { OutputType::Bmp, "bmp"_L1, "saveAsBmpWithName"_L1 },
+        Writer { OutputType::Gif, "gif"_L1, "saveAsGifWithName"_L1 },
+    };
+
+    /// Throws std::runtime_error when no writer has the extension of `path`.
+    OutputType typeByExtension(const QString& path)
+    {
+        const QString name = path.mid(path.lastIndexOf(u'/') + 1);
+        const qsizetype dot = name.lastIndexOf(u'.');
+        const QString extension = dot < 0 ? QString() : name.mid(dot + 1);
+        for (const Writer& writer : writers)
+            if (extension == writer.extension)
+                return writer.type;
+        throw std::runtime_error("there is no writer for the extension \"" + extension.toStdString()
+                                 + '"');
     }
 
 } // namespace
@@ -68,72 +80,129 @@ int PageImage::heightPx() const { return m_source->properties().heightPx; }
 
 bool PageImage::save(const QString& path, const Settings& settings)
 {
-    const QString name = path.mid(path.lastIndexOf(u'/') + 1);
-    const qsizetype dot = name.lastIndexOf(u'.');
-    const QString extension = dot < 0 ? QString() : name.mid(dot + 1);
-    if (extension == "bmp"_L1)
-        return saveAsBmpWithName(path);
-    if (extension == "jpg"_L1)
-        return saveAsJpegWithName(path, settings.jpegQuality());
-    if (extension == "png"_L1)
-        return saveAsPngWithName(path);
-    if (extension == "gif"_L1)
-        return saveAsGifWithName(path);
-    if (extension == "tiff"_L1)
-        return saveAsTiffWithName(path, settings.tiffCompressionIndex());
-    m_failureReason = u"there is no writer for the extension \"%1\""_s.arg(extension);
-    return false;
+    return save(path, settings, {});
+}
+
+bool PageImage::save(const QString& path, const Settings& settings, PreparedPage prepared)
+{
+    OutputType type {};
+    try {
+        type = typeByExtension(path);
+    } catch (const std::runtime_error& error) {
+        m_failureReason = QString::fromStdString(error.what());
+        return false;
+    }
+    return write(path, type, { settings.jpegQuality(), settings.tiffCompressionIndex() },
+                 std::move(prepared));
+}
+
+std::unique_ptr<StagedFile> PageImage::stage(const QString& path, const SaveOptions& options) const
+{
+    std::unique_ptr<StagedFile> file = encoded(path, typeByExtension(path), options);
+    file->settle();
+    return file;
+}
+
+void PageImage::reportChain() const
+{
+    if (const TiffPage* page = m_source->tiffPage())
+        page->file().reportChain(page->index());
+}
+
+void PageImage::writeComplaints(const PreparedPage& prepared) const
+{
+    if (!prepared.file)
+        return;
+    reportChain();
+    writeHeldLines(prepared.complaints);
+}
+
+TiffPieces PageImage::encodePieces(int compressionIndex) const
+{
+    const TiffPage* page = m_source->tiffPage();
+    return page ? encodeTiffPieces(*page, tiffCompressionTag(compressionIndex)) : TiffPieces {};
+}
+
+std::uint64_t PageImage::decodedBytes() const
+{
+    if (const TiffPage* page = m_source->tiffPage())
+        return page->tags().decodedBytes();
+    const auto rowBytes
+        = static_cast<std::uint64_t>(m_source->rows()->layout().rowBytes(widthPx()));
+    return rowBytes * static_cast<unsigned>(heightPx());
+}
+
+std::unique_ptr<StagedFile> PageImage::encoded(const QString& path, OutputType type,
+                                               const SaveOptions& options) const
+{
+    if (type == OutputType::Tiff) {
+        MultiPageTiff pages(path, options.tiffCompressionIndex, 1);
+        pages.append(*this);
+        return pages.finish();
+    }
+    auto file = std::make_unique<StagedFile>(path);
+    if (type == OutputType::Gif) {
+        encodeGif([this] { return upright(*m_source, gifPixels()); }, *file);
+        return file;
+    }
+    const TargetPixels target = type == OutputType::Jpeg ? jpegPixels()
+        : type == OutputType::Png                        ? pngPixels()
+                                                         : bmpPixels();
+    const auto rows = upright(*m_source, target);
+    const PageProperties page = uprightPage(*m_source, *rows);
+    if (type == OutputType::Jpeg)
+        encodeJpeg(*rows, page, options.jpegQuality, *file);
+    else if (type == OutputType::Png)
+        encodePng(*rows, page, *file);
+    else
+        encodeBmp(*rows, page, *file);
+    return file;
+}
+
+/// Puts the page in place. False, with the reason at `m_failureReason`, when that fails; the system
+/// log gets it behind the name of the writer.
+bool PageImage::write(const QString& path, OutputType type, const SaveOptions& options,
+                      PreparedPage prepared)
+{
+    m_failureReason.clear();
+    try {
+        writeComplaints(prepared);
+        if (!prepared.file)
+            prepared.file = encoded(path, type, options);
+        prepared.file->commit();
+        return true;
+    } catch (const std::exception& error) {
+        m_failureReason = QString::fromStdString(error.what());
+        const auto isOfType = [=](const Writer& writer) { return writer.type == type; };
+        systemLog(u"Erorr in (%1:) : %2"_s.arg(
+            std::find_if(writers.begin(), writers.end(), isOfType)->name, m_failureReason));
+        return false;
+    }
 }
 
 bool PageImage::saveAsBmpWithName(const QString& path)
 {
-    return writeStaged(path, "Erorr in (saveAsBmpWithName:) : "_L1, m_failureReason,
-                       [this](StagedFile& file) {
-                           const auto rows = upright(*m_source, bmpPixels());
-                           encodeBmp(*rows, uprightPage(*m_source, *rows), file);
-                       });
+    return write(path, OutputType::Bmp, {}, {});
 }
 
 bool PageImage::saveAsGifWithName(const QString& path)
 {
-    return writeStaged(path, "Erorr in (saveAsGifWithName:) : "_L1, m_failureReason,
-                       [this](StagedFile& file) {
-                           encodeGif([this] { return upright(*m_source, gifPixels()); }, file);
-                       });
+    return write(path, OutputType::Gif, {}, {});
 }
 
 bool PageImage::saveAsPngWithName(const QString& path)
 {
-    return writeStaged(path, "Erorr in (saveAsPngWithName:) : "_L1, m_failureReason,
-                       [this](StagedFile& file) {
-                           const auto rows = upright(*m_source, pngPixels());
-                           encodePng(*rows, uprightPage(*m_source, *rows), file);
-                       });
+    return write(path, OutputType::Png, {}, {});
 }
 
 bool PageImage::saveAsJpegWithName(const QString& path, int quality)
 {
-    return writeStaged(path, "Erorr in (saveAsJpegWithName:) : "_L1, m_failureReason,
-                       [this, quality](StagedFile& file) {
-                           const auto rows = upright(*m_source, jpegPixels());
-                           encodeJpeg(*rows, uprightPage(*m_source, *rows), quality, file);
-                       });
+    return write(path, OutputType::Jpeg, { .jpegQuality = quality }, {});
 }
 
 bool PageImage::saveAsTiffWithName(const QString& path, int compression)
 {
-    m_failureReason.clear();
-    try {
-        MultiPageTiff file(path, compression, 1);
-        file.append(*this);
-        if (file.commit())
-            return true;
-        m_failureReason = file.failureReason();
-    } catch (const std::exception& error) {
-        m_failureReason = QString::fromStdString(error.what());
-    }
-    systemLog("Erorr in (saveAsTiffWithName:) : "_L1 + m_failureReason);
-    return false;
+    return write(path, OutputType::Tiff, { .tiffCompressionIndex = compression }, {});
 }
 
 PageImage PageImage::monochromeImage() const

@@ -4,16 +4,29 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <memory>
 
 namespace pagestack {
 
 class Settings;
+class StagedFile;
+enum class OutputType : int;
+struct PreparedPage;
+struct TiffPieces;
+
+/// How a page is saved, as far as the format does not say it.
+struct SaveOptions
+{
+    int jpegQuality = 10; ///< as for PageImage::saveAsJpegWithName
+    int tiffCompressionIndex = 0; ///< as for PageImage::saveAsTiffWithName
+};
 
 /// The image of one page, and the writers that turn it into a file.
 ///
 /// It is a light handle: nothing is decoded before a writer or a utility asks for the pixels, and
-/// then in bands. Copies share their source. One thread at a time a source.
+/// then in bands. Copies share their source. One thread at a time a source, which is an opened file
+/// or a clone of it.
 ///
 /// Every writer encodes into a staged file beside `path` and puts it in place when it is complete,
 /// replacing a file of that name; it returns false when it could not, and leaves what was at
@@ -32,6 +45,29 @@ public:
     /// Any other extension writes nothing and gives false.
     bool save(const QString& path, const Settings& settings);
 
+    /// The same with what was made of the page ahead by `stage`, for the same path.
+    bool save(const QString& path, const Settings& settings, PreparedPage prepared);
+
+    /// The first half of `save`: the complete file, which waits to be put in place and holds no
+    /// memory. Throws std::runtime_error with the reason, which is told to nobody else.
+    std::unique_ptr<StagedFile> stage(const QString& path, const SaveOptions& options) const;
+
+    /// Writes to the system log what libtiff says of the file's chain of directories before it
+    /// reads this page; nothing when the page is no page of a file, or that was said already.
+    void reportChain() const;
+
+    /// Writes to the system log what was said while the file of `prepared` was made of this page by
+    /// another thread, as if it were made now.
+    void writeComplaints(const PreparedPage& prepared) const;
+
+    /// The page's part of a TIFF file in which pages are gathered (see encodeTiffPieces): for
+    /// MultiPageTiff::append. Throws std::runtime_error.
+    TiffPieces encodePieces(int compressionIndex) const;
+
+    /// Bytes of the pixels as stored, decoded. Throws std::runtime_error when the page's
+    /// description cannot be read.
+    std::uint64_t decodedBytes() const;
+
     bool saveAsBmpWithName(const QString& path);
     bool saveAsGifWithName(const QString& path);
     bool saveAsPngWithName(const QString& path);
@@ -48,6 +84,11 @@ public:
     QString failureReason() const { return m_failureReason; }
 
 private:
+    std::unique_ptr<StagedFile> encoded(const QString& path, OutputType type,
+                                        const SaveOptions& options) const;
+    bool write(const QString& path, OutputType type, const SaveOptions& options,
+               PreparedPage prepared);
+
     std::shared_ptr<const PageSource> m_source;
     QString m_failureReason;
 };

@@ -55,7 +55,7 @@ StagedFile::StagedFile(const QString& targetPath)
 {
     if (targetPath.isEmpty())
         throw std::runtime_error("the output has no name");
-    m_target = resolveLinks(QFile::encodeName(QFileInfo(targetPath).absoluteFilePath()));
+    m_target = resolvedTarget(targetPath);
     struct stat existing = {};
     if (::stat(m_target.constData(), &existing) == 0) {
         if (S_ISDIR(existing.st_mode))
@@ -67,6 +67,11 @@ StagedFile::StagedFile(const QString& targetPath)
     }
     createBesideTarget();
     m_pending.reserve(appendBufferBytes);
+}
+
+QByteArray StagedFile::resolvedTarget(const QString& targetPath)
+{
+    return resolveLinks(QFile::encodeName(QFileInfo(targetPath).absoluteFilePath()));
 }
 
 void StagedFile::createBesideTarget()
@@ -148,6 +153,14 @@ void StagedFile::resize(std::uint64_t size)
     if (::ftruncate(m_file, static_cast<off_t>(size)) != 0)
         throwFileSystemError("cannot write", errno);
     m_size = size;
+}
+
+void StagedFile::settle()
+{
+    flush();
+    m_pending = {};
+    if (m_replaces && !m_inPlace && ::fsync(m_file) != 0)
+        throwFileSystemError("cannot write", errno);
 }
 
 void StagedFile::commit()

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "engine/image/ByteFile.h"
+
 #include <QString>
 
-#include <cstdint>
-#include <span>
 #include <vector>
 
 namespace pagestack {
@@ -14,7 +14,7 @@ namespace pagestack {
 /// Through a symbolic link the link's target is replaced. The permissions of a file that is
 /// replaced are kept. In a folder that takes no new file, an existing writable file is replaced in
 /// place at `commit`. One thread at a time; a staged file may be handed from one thread to another.
-class StagedFile
+class StagedFile : public ByteFile
 {
 public:
     /// Creates the temporary file. Throws std::runtime_error with the reason (no such folder, no
@@ -22,24 +22,25 @@ public:
     explicit StagedFile(const QString& targetPath);
 
     /// Removes the temporary file unless it was committed.
-    ~StagedFile();
-    StagedFile(const StagedFile&) = delete;
-    StagedFile& operator=(const StagedFile&) = delete;
+    ~StagedFile() override;
+
+    /// The file that a write to `targetPath` ends in, in the file system's encoding: absolute, with
+    /// a link at its end followed also when it dangles. Throws std::runtime_error.
+    static QByteArray resolvedTarget(const QString& targetPath);
 
     /// Appends at the end of the file. Throws std::runtime_error with the reason.
     void write(std::span<const std::uint8_t> bytes);
 
-    /// Writes at `offset`, which may lie past the end; what lies between is zero.
-    /// Throws std::runtime_error with the reason.
-    void writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes);
-
-    /// Fills all of `bytes` from `offset` on. Throws std::runtime_error with the reason.
-    void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes);
-
-    std::uint64_t size() const { return m_size; }
+    void writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override;
+    void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) override;
+    std::uint64_t size() const override { return m_size; }
 
     /// Cuts or extends the file to `size` bytes. Throws std::runtime_error with the reason.
     void resize(std::uint64_t size);
+
+    /// Hands everything to the file system, as far as `commit` needs it there, and gives back the
+    /// memory: for a complete file that waits. Throws std::runtime_error with the reason.
+    void settle();
 
     /// Puts the file in place of the target. Throws std::runtime_error with the reason; the target
     /// is then as it was, unless it had to be replaced in place.

@@ -17,9 +17,9 @@ namespace {
     constexpr std::uint64_t bigHeaderBytes = 16;
 
     /// Makes the staged file; what goes wrong is a failure of the target.
-    StagedFile staged(const QString& path)
+    std::unique_ptr<StagedFile> staged(const QString& path)
     try {
-        return StagedFile(path);
+        return std::make_unique<StagedFile>(path);
     } catch (const std::runtime_error& error) {
         throw TiffAssembly::WriteFailure(error.what());
     }
@@ -41,30 +41,30 @@ TiffAssembly::TiffAssembly(const QString& path, int compression, int plannedPage
         header.insert(header.end(), { 8, 0, 0, 0 });
     header.resize(bigTiff ? bigHeaderBytes : classicHeaderBytes);
     try {
-        m_staged.write(header);
+        m_staged->write(header);
     } catch (const std::runtime_error& error) {
         throw WriteFailure(error.what());
     }
 }
 
-void TiffAssembly::append(const PageSource& page)
+void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
 {
-    const std::uint64_t start = m_staged.size();
-    TiffPageSink sink { m_staged,
+    const std::uint64_t start = m_staged->size();
+    TiffPageSink sink { *m_staged,
                         std::string(m_isBigTiff ? bigHeaderBytes : classicHeaderBytes, '\0'),
                         m_isBigTiff ? ~std::uint64_t { 0 } : m_classicLimitBytes,
                         false,
                         {} };
     m_messages.forget();
     try {
-        encode(page, sink);
+        encode(page, pieces, sink);
     } catch (const std::runtime_error&) {
         if (sink.isFull)
             throw TooLarge("the file would be larger than 4 GB");
         if (!sink.writeError.empty())
             throw WriteFailure(sink.writeError);
         try {
-            m_staged.resize(start);
+            m_staged->resize(start);
         } catch (const std::runtime_error& error) {
             throw WriteFailure(error.what());
         }
@@ -84,11 +84,11 @@ void TiffAssembly::append(const PageSource& page)
     ++m_pages;
 }
 
-void TiffAssembly::encode(const PageSource& page, TiffPageSink& sink)
+void TiffAssembly::encode(const PageSource& page, const TiffPieces* pieces, TiffPageSink& sink)
 {
     // The handle writes when it is closed, too: that has to be over before the sink is looked at.
     const TiffHandle handle = openTiffPageForWriting(sink, m_isBigTiff, m_messages);
-    writeTiffPage(handle.get(), page, m_compression, { m_pages, m_plannedPages });
+    writeTiffPage(handle.get(), page, m_compression, { m_pages, m_plannedPages }, pieces);
     if (TIFFWriteDirectory(handle.get()) == 0 || m_messages.failed())
         m_messages.fail("the page cannot be encoded");
 }
@@ -111,7 +111,7 @@ void TiffAssembly::linkDirectory(std::uint64_t directoryOffset)
 std::uint64_t TiffAssembly::number(std::uint64_t offset, int bytes)
 {
     std::array<std::uint8_t, 8> raw = {};
-    m_staged.readAt(offset, std::span(raw).first(static_cast<std::size_t>(bytes)));
+    m_staged->readAt(offset, std::span(raw).first(static_cast<std::size_t>(bytes)));
     std::uint64_t value = 0;
     for (int i = bytes - 1; i >= 0; --i)
         value = value << 8U | raw.at(static_cast<std::size_t>(i));
@@ -124,17 +124,17 @@ void TiffAssembly::putNumber(std::uint64_t offset, std::uint64_t value, int byte
     for (int i = 0; i < bytes; ++i)
         raw.at(static_cast<std::size_t>(i))
             = static_cast<std::uint8_t>(value >> static_cast<unsigned>(8 * i));
-    m_staged.writeAt(offset,
-                     std::span<const std::uint8_t>(raw).first(static_cast<std::size_t>(bytes)));
+    m_staged->writeAt(offset,
+                      std::span<const std::uint8_t>(raw).first(static_cast<std::size_t>(bytes)));
 }
 
-void TiffAssembly::commit()
+std::unique_ptr<StagedFile> TiffAssembly::finish()
 {
     // A cancelled run, or a page that could not be read, leaves fewer pages than were planned.
     if (m_pages != m_plannedPages)
         for (const std::uint64_t at : m_pageNumbersAt)
             putNumber(at + 2, static_cast<std::uint64_t>(m_pages), 2);
-    m_staged.commit();
+    return std::move(m_staged);
 }
 
 } // namespace pagestack

@@ -5,10 +5,13 @@
 #include "engine/image/TiffPageSink.h"
 
 #include <cstdint>
+#include <memory>
 #include <stdexcept>
 #include <vector>
 
 namespace pagestack {
+
+struct TiffPieces;
 
 /// The staged file of a TIFF file in the making. libtiff encodes each page by a handle of its own;
 /// this class chains the directories, so that adding a page takes the same time however many there
@@ -33,20 +36,21 @@ public:
     TiffAssembly(const QString& path, int compression, int plannedPages, bool bigTiff,
                  std::uint64_t classicLimitBytes);
 
-    /// Adds a page at the end. Throws std::runtime_error when it cannot be decoded, WriteFailure
-    /// when the file takes no more, TooLarge; in every case the pages before it stay as they are.
-    void append(const PageSource& page);
+    /// Adds a page at the end; with its `pieces` (see writeTiffPage) they are copied. Throws
+    /// std::runtime_error when it cannot be decoded, WriteFailure when the file takes no more,
+    /// TooLarge; in every case the pages before it stay as they are.
+    void append(const PageSource& page, const TiffPieces* pieces = nullptr);
 
-    /// Puts the file in place. Throws std::runtime_error.
-    void commit();
+    /// The complete file, to be put in place; ends the assembly. Throws std::runtime_error.
+    std::unique_ptr<StagedFile> finish();
 
 private:
-    void encode(const PageSource& page, TiffPageSink& sink);
+    void encode(const PageSource& page, const TiffPieces* pieces, TiffPageSink& sink);
     void linkDirectory(std::uint64_t directoryOffset);
     std::uint64_t number(std::uint64_t offset, int bytes);
     void putNumber(std::uint64_t offset, std::uint64_t value, int bytes);
 
-    StagedFile m_staged;
+    std::unique_ptr<StagedFile> m_staged; ///< null once finished
     int m_compression;
     int m_plannedPages;
     bool m_isBigTiff;

@@ -12,7 +12,17 @@ TiffDocument::TiffDocument(const QString& path)
 {
 }
 
+TiffDocument::TiffDocument(std::shared_ptr<TiffFile> file)
+    : m_file(std::move(file))
+{
+}
+
 TiffDocument::~TiffDocument() = default;
+
+std::unique_ptr<TiffDocument> TiffDocument::clone() const
+{
+    return std::unique_ptr<TiffDocument>(new TiffDocument(m_file->clone()));
+}
 
 QString TiffDocument::path() const { return m_file->path(); }
 

@@ -12,7 +12,8 @@ namespace pagestack {
 ///
 /// The chain of directories is walked once when the file is opened; after that every page is
 /// reached in the same time, whatever its number. The file is read in bands, never as a whole, and
-/// stays open as long as the document or one of its pages lives. One thread at a time.
+/// stays open as long as the document, a clone or one of their pages lives. One thread at a time, a
+/// clone and its pages another.
 class TiffDocument
 {
 public:
@@ -22,6 +23,10 @@ public:
     ~TiffDocument();
     TiffDocument(const TiffDocument&) = delete;
     TiffDocument& operator=(const TiffDocument&) = delete;
+
+    /// The same open file for another thread: its pages are those of the file as it was opened,
+    /// even when there is another file at the path by now. Any thread.
+    std::unique_ptr<TiffDocument> clone() const;
 
     QString path() const;
 
@@ -38,6 +43,8 @@ public:
     QString chainFault() const;
 
 private:
+    explicit TiffDocument(std::shared_ptr<class TiffFile> file);
+
     std::shared_ptr<class TiffFile> m_file;
 };
 

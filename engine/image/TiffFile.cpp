@@ -33,7 +33,6 @@ namespace {
         FileDescriptor& operator=(const FileDescriptor&) = delete;
 
         int get() const { return m_file; }
-        int release() { return std::exchange(m_file, -1); }
 
     private:
         int m_file;
@@ -41,13 +40,21 @@ namespace {
 
 } // namespace
 
-TiffFile::TiffFile(const QString& path)
-    : m_path(path)
-    , m_messages(QFileInfo(path).fileName())
+struct TiffFile::Opened
 {
+    explicit Opened(const QString& name);
+
+    QString path;
+    FileDescriptor file;
+    std::uint64_t sizeBytes = 0;
+    TiffDirectoryChain chain;
+};
+
+TiffFile::Opened::Opened(const QString& name)
+    : path(name)
     // Without O_NONBLOCK a named pipe would wait for its writer.
-    FileDescriptor file(
-        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    , file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC))
+{
     struct stat status = {};
     if (file.get() < 0 || ::fstat(file.get(), &status) != 0)
         throwFileSystemError("cannot open the file", errno);
@@ -55,19 +62,58 @@ TiffFile::TiffFile(const QString& path)
         throw std::runtime_error("it is no regular file");
     if (status.st_size == 0)
         throw std::runtime_error("the file is empty");
-    m_sizeBytes = static_cast<std::uint64_t>(status.st_size);
-    m_chain = walkDirectoryChain(file.get());
-    if (!m_chain.isTiff)
+    sizeBytes = static_cast<std::uint64_t>(status.st_size);
+    chain = walkDirectoryChain(file.get());
+    if (!chain.isTiff)
         throw std::runtime_error("it is no TIFF file");
-    if (m_chain.offsets.empty())
-        throw std::runtime_error(m_chain.fault.isEmpty() ? "the file has no page"
-                                                         : m_chain.fault.toStdString());
-    m_handle = openTiffForReading(file.release(), m_messages);
+    if (chain.offsets.empty())
+        throw std::runtime_error(chain.fault.isEmpty() ? "the file has no page"
+                                                       : chain.fault.toStdString());
 }
+
+TiffFile::TiffFile(const QString& path)
+    : TiffFile(std::make_shared<const Opened>(path), {})
+{
+    openHandle();
+}
+
+TiffFile::TiffFile(std::shared_ptr<const Opened> opened, const std::shared_ptr<LogQuota>& quota)
+    : m_opened(std::move(opened))
+    , m_messages(QFileInfo(m_opened->path).fileName(), quota)
+{
+}
+
+TiffFile::~TiffFile() = default;
+
+std::shared_ptr<TiffFile> TiffFile::clone() const
+{
+    return std::shared_ptr<TiffFile>(new TiffFile(m_opened, m_messages.quota()));
+}
+
+const QString& TiffFile::path() const { return m_opened->path; }
+
+const TiffDirectoryChain& TiffFile::chain() const { return m_opened->chain; }
+
+std::uint64_t TiffFile::sizeBytes() const { return m_opened->sizeBytes; }
 
 void TiffFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const
 {
-    readFully(TIFFFileno(m_handle.get()), offset, bytes);
+    readFully(m_opened->file.get(), offset, bytes);
+}
+
+void TiffFile::openHandle()
+{
+    if (!m_handle)
+        m_handle = openTiffForReading(m_opened->file.get(), m_messages);
+}
+
+void TiffFile::reportChain(int index)
+{
+    if (index == 0 || m_hasWalked || chain().fault.isEmpty())
+        return;
+    openHandle();
+    TIFFNumberOfDirectories(m_handle.get());
+    m_hasWalked = true;
 }
 
 /// libtiff 4.5 keeps the note that a JPEG page is decoded to full-size RGB when it goes on to
@@ -86,9 +132,11 @@ tiff* TiffFile::describe(int index)
 {
     if (index == m_current)
         return m_handle.get();
+    openHandle();
     leavePage();
     m_messages.forget();
-    if (TIFFSetSubDirectory(m_handle.get(), m_chain.offsets.at(static_cast<std::size_t>(index)))
+    m_hasWalked = m_hasWalked || index > 0;
+    if (TIFFSetSubDirectory(m_handle.get(), chain().offsets.at(static_cast<std::size_t>(index)))
         == 0)
         m_messages.fail("the directory of the page cannot be read");
     m_current = index;

@@ -6,26 +6,39 @@
 #include <QString>
 
 #include <cstdint>
+#include <memory>
 #include <span>
 
 namespace pagestack {
 
-/// An open TIFF file with one current page. Shared by the document and its pages; one thread at a
-/// time.
+/// A TIFF file with one current page. Shared by the document and its pages; one thread at a time.
+///
+/// What does not change is kept apart and shared with the clones, each of which another thread may
+/// have: the open file, which they read at places of their own, and the offsets of its directories.
 class TiffFile
 {
 public:
     /// Throws std::runtime_error with the reason when the file cannot be opened, is no TIFF file or
     /// has no page.
     explicit TiffFile(const QString& path);
+    ~TiffFile();
 
-    const QString& path() const { return m_path; }
-    const TiffDirectoryChain& chain() const { return m_chain; }
-    std::uint64_t sizeBytes() const { return m_sizeBytes; }
+    /// Another current page in the same open file, whatever is at the path by now. Costs nothing
+    /// before a page is asked for. Any thread.
+    std::shared_ptr<TiffFile> clone() const;
+
+    const QString& path() const;
+    const TiffDirectoryChain& chain() const;
+    std::uint64_t sizeBytes() const;
     TiffMessages& messages() { return m_messages; }
 
     /// Fills all of `bytes` with what the file has from `offset` on. Throws std::runtime_error.
     void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
+
+    /// libtiff walks the chain of directories, and says what it finds wrong with it, once for each
+    /// handle, before another page than the first is read. This brings that about for page `index`;
+    /// to be called when what was made of the page with a clone takes its place.
+    void reportChain(int index);
 
     /// Makes page `index` (from 0) the current one, for reading its tags. Throws std::runtime_error
     /// when its directory cannot be read.
@@ -39,14 +52,17 @@ public:
     tiff* current() const { return m_handle.get(); }
 
 private:
+    struct Opened;
+
+    explicit TiffFile(std::shared_ptr<const Opened> opened, const std::shared_ptr<LogQuota>& quota);
+    void openHandle();
     void leavePage();
 
-    QString m_path;
+    std::shared_ptr<const Opened> m_opened; ///< outlives the handle
     TiffMessages m_messages;
-    TiffDirectoryChain m_chain;
-    std::uint64_t m_sizeBytes = 0;
-    TiffHandle m_handle;
+    TiffHandle m_handle; ///< a clone has none before its first page
     int m_current = -1; ///< page whose directory is loaded
+    bool m_hasWalked = false; ///< libtiff knows the chain
     bool m_isLoaded = false; ///< the handle has a directory
     bool m_isPristine = false; ///< nothing was decoded since it was loaded
 };

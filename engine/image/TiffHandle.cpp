@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdarg>
 #include <new>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace pagestack {
@@ -36,6 +38,58 @@ namespace {
         return 1;
     }
 
+    /// The position of one handle in an open file that it may share with others.
+    struct FileStream
+    {
+        int file;
+        std::uint64_t position = 0;
+    };
+
+    tmsize_t readFile(thandle_t stream, void* buffer, tmsize_t size)
+    {
+        auto* from = static_cast<FileStream*>(stream);
+        tmsize_t done = 0;
+        while (done < size) {
+            const ssize_t got = ::pread(from->file, static_cast<char*>(buffer) + done,
+                                        static_cast<std::size_t>(size - done),
+                                        static_cast<off_t>(from->position));
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got < 0)
+                return -1;
+            if (got == 0)
+                break;
+            from->position += static_cast<std::uint64_t>(got);
+            done += got;
+        }
+        return done;
+    }
+
+    tmsize_t refuseWriting(thandle_t, void*, tmsize_t) { return -1; }
+
+    toff_t sizeOfFile(thandle_t stream)
+    {
+        struct stat status = {};
+        const bool isKnown = ::fstat(static_cast<FileStream*>(stream)->file, &status) == 0;
+        return isKnown ? static_cast<toff_t>(status.st_size) : 0;
+    }
+
+    toff_t seekFile(thandle_t stream, toff_t offset, int whence)
+    {
+        auto* in = static_cast<FileStream*>(stream);
+        if (whence == SEEK_CUR)
+            offset += in->position;
+        else if (whence == SEEK_END)
+            offset += sizeOfFile(stream);
+        return in->position = offset;
+    }
+
+    int closeFile(thandle_t stream)
+    {
+        delete static_cast<FileStream*>(stream); // made for the handle that closes now
+        return 0;
+    }
+
 } // namespace
 
 void TiffOpenOptionsFreer::operator()(TIFFOpenOptions* options) const noexcept
@@ -61,12 +115,13 @@ TiffHandle openTiffForReading(int fileDescriptor, TiffMessages& messages)
     const auto options = tiffOpenOptions(messages);
     // r: read, h: header only, m: not mapped into memory, since a mapped file that another program
     // cuts short ends this program.
-    TiffHandle handle(TIFFFdOpenExt(fileDescriptor, messages.fileName().toUtf8().constData(), "rhm",
-                                    options.get()));
-    if (!handle) {
-        ::close(fileDescriptor);
+    auto stream = std::make_unique<FileStream>(FileStream { fileDescriptor });
+    TiffHandle handle(TIFFClientOpenExt(messages.fileName().toUtf8().constData(), "rhm",
+                                        stream.get(), readFile, refuseWriting, seekFile, closeFile,
+                                        sizeOfFile, nullptr, nullptr, options.get()));
+    if (!handle)
         messages.fail("it is no TIFF file");
-    }
+    static_cast<void>(stream.release()); // closeFile deletes it
     return handle;
 }
 

@@ -27,9 +27,10 @@ struct TiffOpenOptionsFreer
 /// takes no more than 256 MB for a single table, strip or tile.
 std::unique_ptr<TIFFOpenOptions, TiffOpenOptionsFreer> tiffOpenOptions(TiffMessages& messages);
 
-/// Opens the file for reading, header only: no directory is current yet. The messages go to
-/// `messages`, which must outlive the handle; the handle owns `fileDescriptor` from now on, also
-/// when opening fails. Throws std::runtime_error with the reason.
+/// Opens the file for reading, header only: no directory is current yet. The position of
+/// `fileDescriptor` is not used, so any number of handles, each with a thread, can share one; it
+/// stays the caller's and must outlive the handle, as `messages`, which take the messages, must.
+/// Throws std::runtime_error with the reason.
 TiffHandle openTiffForReading(int fileDescriptor, TiffMessages& messages);
 
 } // namespace pagestack

@@ -26,9 +26,13 @@ namespace {
 
 } // namespace
 
-TiffMessages::TiffMessages(QString fileName)
+TiffMessages::TiffMessages(QString fileName, std::shared_ptr<LogQuota> quota)
     : m_fileName(std::move(fileName))
+    , m_quota(std::move(quota))
 {
+    if (!m_quota)
+        m_quota = std::make_shared<LogQuota>(
+            mostReports, u"%1: further messages are left out"_s.arg(m_fileName));
 }
 
 /// libtiff puts the file's name before some of its messages.
@@ -57,16 +61,10 @@ void TiffMessages::addWarning(const char* module, const std::string& text)
 
 void TiffMessages::report(const char* kind, const char* module, const std::string& text)
 {
-    ++m_reported;
-    if (m_reported > mostReports)
-        return;
-    if (m_reported == mostReports) {
-        systemLog(u"%1: further messages are left out"_s.arg(m_fileName));
-        return;
-    }
     systemLog(u"%1: %2: %3: %4"_s.arg(m_fileName, QLatin1StringView(kind),
                                       QString::fromUtf8(module != nullptr ? module : "libtiff"),
-                                      QString::fromStdString(withoutName(text))));
+                                      QString::fromStdString(withoutName(text))),
+              m_quota);
 }
 
 void TiffMessages::forget() { m_reason.clear(); }

@@ -2,9 +2,12 @@
 
 #include <QString>
 
+#include <memory>
 #include <string>
 
 namespace pagestack {
+
+class LogQuota;
 
 /// What libtiff has to say about one open file. Every message goes to the system log with the
 /// file's name, up to a limit; the errors are counted, and the first since `forget` is kept as the
@@ -12,9 +15,11 @@ namespace pagestack {
 class TiffMessages
 {
 public:
-    explicit TiffMessages(QString fileName);
+    /// `quota` is the limit: that of another handle on the same file, or none, for one of its own.
+    explicit TiffMessages(QString fileName, std::shared_ptr<LogQuota> quota = {});
 
     const QString& fileName() const { return m_fileName; }
+    const std::shared_ptr<LogQuota>& quota() const { return m_quota; }
 
     void addError(const char* module, const std::string& text);
     void addWarning(const char* module, const std::string& text);
@@ -38,7 +43,7 @@ private:
 
     QString m_fileName;
     std::string m_reason;
-    int m_reported = 0;
+    std::shared_ptr<LogQuota> m_quota;
 };
 
 } // namespace pagestack

@@ -1,6 +1,6 @@
 #include "engine/image/TiffPageSink.h"
 
-#include "engine/image/StagedFile.h"
+#include "engine/image/ByteFile.h"
 
 #include <cstdio>
 #include <tiffio.h>

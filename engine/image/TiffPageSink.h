@@ -7,18 +7,18 @@
 
 namespace pagestack {
 
-class StagedFile;
+class ByteFile;
 
 /// A TIFF file in the making, of which libtiff writes one page at a time: libtiff sees a file whose
 /// header is `header` and whose other bytes are those of `staged`, so that a page's strips and
-/// directory land at the end of the staged file with offsets that hold for it.
+/// directory land at its end with offsets that hold for it.
 struct TiffPageSink
 {
-    StagedFile& staged;
+    ByteFile& staged;
     std::string header; ///< what libtiff wrote into the header; its directory offset is the page's
-    std::uint64_t limitBytes; ///< the staged file may not become larger
+    std::uint64_t limitBytes; ///< `staged` may not become larger
     bool isFull = false; ///< it would have become larger
-    std::string writeError; ///< why the staged file took no more; empty while all is well
+    std::string writeError; ///< why `staged` took no more; empty while all is well
 };
 
 /// Opens a handle that writes one page into `sink`, little-endian, as BigTIFF if asked.

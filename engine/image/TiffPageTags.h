@@ -46,6 +46,10 @@ struct TiffPageTags
                 + 7)
             / 8;
     }
+    std::uint64_t decodedBytes() const
+    {
+        return planeRowBytes() * heightPx * static_cast<unsigned>(planes());
+    }
     /// One sample of one bit a pixel: black and white, or a palette of two colours.
     bool isOneBitDeep() const { return bitsPerSample == 1 && samplesPerPixel == 1; }
     /// Sample values of YCbCr pages lie in blocks of several pixels.

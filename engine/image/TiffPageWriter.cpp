@@ -3,6 +3,7 @@
 #include "engine/image/DisplayRows.h"
 #include "engine/image/StoredRows.h"
 #include "engine/image/TiffPage.h"
+#include "engine/image/TiffPieces.h"
 #include "engine/image/TiffTagCopy.h"
 
 #include <tiffio.h>
@@ -76,6 +77,7 @@ namespace {
     class SampleCopy
     {
     public:
+        /// `to` may be null when nothing is written.
         SampleCopy(TIFF* to, const TiffPage& page, int compression)
             : m_to(to)
             , m_page(page)
@@ -86,15 +88,36 @@ namespace {
         {
         }
 
-        void write(PagePosition position)
+        bool isRecoded()
+        {
+            m_from = m_file.describe(m_page.index());
+            const bool isPlain
+                = m_tags.compression == COMPRESSION_NONE && m_compression == COMPRESSION_NONE;
+            return !isPlain && !encodedPiecesFit();
+        }
+
+        void write(PagePosition position, const TiffPieces* pieces)
         {
             m_page.checkSize();
             m_from = m_file.describe(m_page.index());
             setGeometry();
             setPosition(m_to, m_tags.subfileType, position);
-            if (encodedPiecesFit())
+            if (pieces != nullptr) {
+                setCoding();
+                writeHeldLines(pieces->complaints);
+                putTiffPieces(m_to, *pieces);
+            } else if (encodedPiecesFit()) {
                 copyEncoded();
-            else if (m_tags.isTiled)
+            } else {
+                setCoding();
+                recode();
+            }
+        }
+
+    private:
+        void recode()
+        {
+            if (m_tags.isTiled)
                 recodePieces(TIFFNumberOfTiles(m_from), TIFFTileSize, TIFFReadEncodedTile,
                              TIFFWriteEncodedTile);
             else if (m_tags.isSubsampled())
@@ -104,7 +127,6 @@ namespace {
                 recodeRows();
         }
 
-    private:
         bool becomesRgb() const
         {
             return m_tags.compression == COMPRESSION_JPEG && m_tags.photometric == PHOTOMETRIC_YCBCR
@@ -178,6 +200,23 @@ namespace {
                 copyEncodedPiece(i);
         }
 
+        /// Tags for strips or tiles that are encoded anew.
+        void setCoding()
+        {
+            if (m_tags.photometric != PHOTOMETRIC_PALETTE && !m_tags.isSubsampled()
+                && m_tags.sampleFormat != SAMPLEFORMAT_IEEEFP)
+                setPredictor(m_to, m_tags.bitsPerSample, m_compression);
+            if (m_tags.isTiled)
+                return;
+            setTag(m_to, TIFFTAG_ROWSPERSTRIP,
+                   m_tags.isSubsampled() ? m_tags.rowsPerStrip : rowsOfNewStrips());
+        }
+
+        std::uint32_t rowsOfNewStrips() const
+        {
+            return outputRowsPerStrip(m_tags.planeRowBytes(), m_tags.heightPx, m_tags.rowsPerStrip);
+        }
+
         /// Copies a strip or tile in parts: one can be as large as the file.
         void copyEncodedPiece(std::uint32_t index)
         {
@@ -208,11 +247,6 @@ namespace {
             const tmsize_t pieceBytes = sizeOf(m_from);
             if (pieceBytes <= 0 || pieceBytes > largestPieceBytes)
                 throw std::runtime_error("its strips or tiles are too large");
-            if (m_tags.photometric != PHOTOMETRIC_PALETTE && !m_tags.isSubsampled()
-                && m_tags.sampleFormat != SAMPLEFORMAT_IEEEFP)
-                setPredictor(m_to, m_tags.bitsPerSample, m_compression);
-            if (!m_tags.isTiled)
-                setTag(m_to, TIFFTAG_ROWSPERSTRIP, m_tags.rowsPerStrip);
             std::vector<std::uint8_t> piece(static_cast<std::size_t>(pieceBytes));
             for (std::uint32_t i = 0; i < count; ++i) {
                 std::fill(piece.begin(), piece.end(), std::uint8_t { 0 });
@@ -224,13 +258,8 @@ namespace {
 
         void recodeRows()
         {
-            if (m_tags.photometric != PHOTOMETRIC_PALETTE
-                && m_tags.sampleFormat != SAMPLEFORMAT_IEEEFP)
-                setPredictor(m_to, m_tags.bitsPerSample, m_compression);
             const std::uint64_t rowBytes = m_tags.planeRowBytes();
-            const std::uint32_t stripRows
-                = outputRowsPerStrip(rowBytes, m_tags.heightPx, m_tags.rowsPerStrip);
-            setTag(m_to, TIFFTAG_ROWSPERSTRIP, stripRows);
+            const std::uint32_t stripRows = rowsOfNewStrips();
             StoredRows rows(m_file, m_page.index(), m_tags);
             const auto planes = static_cast<std::size_t>(m_tags.planes());
             std::vector<std::vector<std::uint8_t>> strips(planes);
@@ -334,20 +363,33 @@ namespace {
                 check(TIFFWriteScanline(to, const_cast<std::uint8_t*>(band.row(i)), row, 0) == 1);
     }
 
+    /// The page as one whose samples are kept as they are; null when it is none.
+    const TiffPage* sampleSource(const PageSource& page)
+    {
+        const TiffPage* source = page.tiffPage();
+        if (source == nullptr)
+            return nullptr;
+        const TiffPageTags& tags = source->tags();
+        const bool isCodedColor = tags.photometric == PHOTOMETRIC_YCBCR
+            && tags.compression != COMPRESSION_OJPEG && tags.compression != COMPRESSION_JPEG;
+        return !needsRgbaInterface(tags) || isCodedColor ? source : nullptr;
+    }
+
 } // namespace
 
-void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position)
+void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position,
+                   const TiffPieces* pieces)
 {
-    const TiffPage* source = page.tiffPage();
-    const bool keepsSamples = source != nullptr
-        && (!needsRgbaInterface(source->tags())
-            || (source->tags().photometric == PHOTOMETRIC_YCBCR
-                && source->tags().compression != COMPRESSION_OJPEG
-                && source->tags().compression != COMPRESSION_JPEG));
-    if (keepsSamples)
-        SampleCopy(handle, *source, compression).write(position);
+    if (const TiffPage* source = sampleSource(page))
+        SampleCopy(handle, *source, compression).write(position, pieces);
     else
         writeDisplayRows(handle, page, compression, position);
+}
+
+bool isRecoded(const TiffPage& page, int compression)
+{
+    const TiffPage* source = sampleSource(page);
+    return source != nullptr && SampleCopy(nullptr, *source, compression).isRecoded();
 }
 
 } // namespace pagestack

@@ -6,6 +6,8 @@ struct tiff;
 
 namespace pagestack {
 
+struct TiffPieces;
+
 /// Which page of how many a page is in its file.
 struct PagePosition
 {
@@ -15,7 +17,14 @@ struct PagePosition
 
 /// Sets the tags and writes the strips or tiles of one page to `handle`, a handle for writing,
 /// without its directory. `compression` is the value of the Compression tag that is asked for.
+/// `pieces`, from encodeTiffPieces for the same page and compression, take the place of decoding
+/// and encoding it; what was said of its pixels then is written to the system log.
 /// Throws std::runtime_error with the reason when the page cannot be decoded or encoded.
-void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position);
+void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position,
+                   const TiffPieces* pieces = nullptr);
+
+/// True when the page's samples are kept as they are and its strips or tiles have to be decoded or
+/// encoded for that. Throws std::runtime_error when its directory cannot be read.
+bool isRecoded(const TiffPage& page, int compression);
 
 } // namespace pagestack

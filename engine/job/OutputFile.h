@@ -5,6 +5,7 @@
 #include <QList>
 #include <QString>
 
+#include <compare>
 #include <memory>
 #include <optional>
 
@@ -28,6 +29,15 @@ struct OutputFile
         filename = path;
         fileItems = *items;
     }
+};
+
+/// Place of an item in the list of planned outputs.
+struct PlanPlace
+{
+    qsizetype output = 0;
+    qsizetype item = 0; ///< among the items of the output
+
+    friend auto operator<=>(const PlanPlace&, const PlanPlace&) = default;
 };
 
 } // namespace pagestack

@@ -1,6 +1,7 @@
 #include "engine/job/Process.h"
 
 #include "engine/image/TiffDocument.h"
+#include "engine/job/LookAhead.h"
 #include "engine/job/OutputNames.h"
 #include "engine/support/MainThread.h"
 #include "engine/support/SystemLog.h"
@@ -9,7 +10,9 @@
 
 #include <QFileInfo>
 #include <QScopeGuard>
+#include <QThread>
 
+#include <algorithm>
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
@@ -19,6 +22,18 @@ namespace pagestack {
 namespace {
 
     QString reasonOf(const std::exception& error) { return QString::fromUtf8(error.what()); }
+
+    bool hasSeveralPages(const QList<OutputFile>& plan)
+    {
+        int pages = 0;
+        for (const OutputFile& output : plan)
+            for (const std::shared_ptr<FileItem>& item : output.fileItems) {
+                pages += std::min(item->pages(), 2);
+                if (pages > 1)
+                    return true;
+            }
+        return false;
+    }
 
 } // namespace
 
@@ -33,6 +48,8 @@ Process::Process(Workspace* workspace, TimeLine updateTimeTakenLabel, QObject* p
     , m_log(std::make_shared<Log>())
 {
 }
+
+Process::~Process() = default;
 
 void Process::start()
 {
@@ -77,10 +94,14 @@ void Process::convertOutputs()
 {
     log()->startTime = QDateTime::currentDateTime();
     setMessage(u""_s);
-    for (const OutputFile& output : outputFiles()) {
+    const QList<OutputFile> plan = outputFiles();
+    startLookAhead(plan);
+    // Before the end is announced: what was prepared and not taken is gone by then.
+    const auto endLookAhead = qScopeGuard([this] { m_lookAhead.reset(); });
+    for (qsizetype i = 0; i < plan.size(); ++i) {
         if (!isCombining())
             return;
-        convertOutput(output);
+        convertOutput(plan.at(i), i);
         setTotalFileProcessed(totalFileProcessed() + 1);
         showTimeTaken();
         if (!isCombining())
@@ -88,7 +109,26 @@ void Process::convertOutputs()
     }
 }
 
-void Process::convertOutput(const OutputFile& output)
+void Process::startLookAhead(const QList<OutputFile>& plan)
+{
+    const int jobs = m_jobs > 0 ? m_jobs : QThread::idealThreadCount();
+    if (jobs > 1 && hasSeveralPages(plan))
+        m_lookAhead = std::make_unique<LookAhead>(
+            plan, *settings(), jobs, [this](const QString& path) { return isWanted(path); },
+            m_isCombining);
+}
+
+std::unique_ptr<TiffDocument> Process::openSource(const QString& path, PlanPlace place)
+{
+    return m_lookAhead ? m_lookAhead->open(place) : std::make_unique<TiffDocument>(path);
+}
+
+PreparedPage Process::takePage(const TiffDocument& document, int page)
+{
+    return m_lookAhead ? m_lookAhead->take(document, page) : PreparedPage {};
+}
+
+void Process::convertOutput(const OutputFile& output, qsizetype index)
 {
     const auto record = std::make_shared<LogFiles>();
     log()->files.push_back(record);
@@ -96,20 +136,21 @@ void Process::convertOutput(const OutputFile& output)
     record->sourcePath = folderPart(output.filename);
     record->targetPath = outputFolder(output.filename, *settings());
     setFileInProcess(record->filename);
-    for (const std::shared_ptr<FileItem>& item : output.fileItems) {
+    for (qsizetype i = 0; i < output.fileItems.size(); ++i) {
         if (!isCombining())
             return;
-        convertItem(output, *item, *record);
+        convertItem(output, { index, i }, *record);
     }
 }
 
-void Process::convertItem(const OutputFile& output, const FileItem& item, LogFiles& record)
+void Process::convertItem(const OutputFile& output, PlanPlace place, LogFiles& record)
 {
+    const FileItem& item = *output.fileItems.at(place.item);
     const QString path = item.filePath().toLocalFile();
     std::unique_ptr<TiffDocument> document;
     QString refusal;
     try {
-        document = std::make_unique<TiffDocument>(path);
+        document = openSource(path, place);
     } catch (const std::runtime_error& error) {
         refusal = reasonOf(error);
     }
@@ -199,7 +240,7 @@ void Process::savePage(const Source& source, PageImage& image, LogFile& record)
     PageOutcome outcome = PageOutcome::Skipped;
     if (!isWanted(path)) {
         record.status = u"Skipped"_s;
-    } else if (image.save(path, *settings())) {
+    } else if (image.save(path, *settings(), takePage(source.document, page))) {
         outcome = PageOutcome::Written;
         record.status = u"Completed"_s;
         setTotalFileCreated(totalFileCreated() + 1);

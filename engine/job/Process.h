@@ -13,8 +13,10 @@
 
 namespace pagestack {
 
+class LookAhead;
 class MultiPageTiff;
 class PageImage;
+struct PreparedPage;
 class TiffDocument;
 class Workspace;
 
@@ -74,6 +76,7 @@ public:
     /// is called on the main thread while the job waits. Both outlive the job.
     explicit Process(Workspace* workspace = nullptr, TimeLine updateTimeTakenLabel = {},
                      QObject* parent = nullptr);
+    ~Process() override;
 
     /// Runs the whole conversion on the calling thread. A page that cannot be written and a source
     /// that cannot be opened do not end it; see `troubleMet`. An exception that is no
@@ -98,8 +101,15 @@ public:
                     LogFiles& logFiles);
 
     /// Called on the job's thread before each target is written; on false the target is left alone
-    /// and its pages are recorded as "Skipped". To be set before the start.
+    /// and its pages are recorded as "Skipped". It may be called for a target some time ahead as
+    /// well, so it must change nothing. To be set before the start.
     void setTargetFilter(TargetFilter filter) { m_targetFilter = std::move(filter); }
+
+    /// How many pages are worked on at the same time: that many threads prepare the pages that come
+    /// next, while the job's own takes them one after the other. What the job announces, logs and
+    /// writes does not depend on it. 0, as at first: as many as the machine has cores. 1: none
+    /// besides the job's own. To be set before the start.
+    void setJobs(int jobs) { m_jobs = jobs; }
 
     bool isCombining() const { return m_isCombining; }
     void setIsCombining(bool value);
@@ -161,8 +171,11 @@ private:
     };
 
     void convertOutputs();
-    void convertOutput(const OutputFile& output);
-    void convertItem(const OutputFile& output, const FileItem& item, LogFiles& record);
+    void convertOutput(const OutputFile& output, qsizetype index);
+    void convertItem(const OutputFile& output, PlanPlace place, LogFiles& record);
+    void startLookAhead(const QList<OutputFile>& plan);
+    std::unique_ptr<TiffDocument> openSource(const QString& path, PlanPlace place);
+    PreparedPage takePage(const TiffDocument& document, int page);
     void convertDocument(const Source& source, const FileItem& item);
     void keepPagesTogether(const Source& source, const QList<int>& range);
     void writePages(const Source& source, const QList<int>& range);
@@ -196,7 +209,9 @@ private:
     Workspace* m_workspace;
     TimeLine m_updateTimeTakenLabel;
     TargetFilter m_targetFilter;
-    bool m_hasFailed = false; ///< job's thread only
+    bool m_hasFailed = false; ///< as the next two, job's thread only
+    int m_jobs = 0;
+    std::unique_ptr<LookAhead> m_lookAhead; ///< null outside of a run and when one thread does all
 
     std::atomic<bool> m_isCombining = false;
     std::atomic<bool> m_isCompleted = false;

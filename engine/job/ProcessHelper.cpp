@@ -1,4 +1,5 @@
 #include "engine/image/MultiPageTiff.h"
+#include "engine/image/PreparedPage.h"
 #include "engine/image/TiffDocument.h"
 #include "engine/job/OutputNames.h"
 #include "engine/job/Process.h"
@@ -72,7 +73,7 @@ Process::PageOutcome Process::gatherPage(MultiPageTiff& file, const TiffDocument
 {
     const PageImage image = document.page(record.sourcePageNo - 1);
     try {
-        file.append(image);
+        file.append(image, takePage(document, record.sourcePageNo));
     } catch (const std::runtime_error& error) {
         record.status = u"Unable to save page!"_s;
         emit troubleMet(document.path(), record.sourcePageNo, QString::fromUtf8(error.what()));

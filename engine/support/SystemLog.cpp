@@ -1,10 +1,14 @@
 #include "engine/support/SystemLog.h"
 
+#include <algorithm>
+
 namespace pagestack {
 
 Q_LOGGING_CATEGORY(systemLogCategory, "pagestack")
 
 namespace {
+
+    thread_local LogHold* currentHold = nullptr;
 
     // File names end up in the text: a line break in one must not forge a second entry, and an
     // escape sequence must not reach the terminal.
@@ -19,6 +23,50 @@ namespace {
 
 } // namespace
 
-void systemLog(const QString& text) { qCWarning(systemLogCategory).noquote() << asOneLine(text); }
+void systemLog(const QString& text)
+{
+    if (currentHold != nullptr)
+        currentHold->hold(text, nullptr);
+    else
+        qCWarning(systemLogCategory).noquote() << asOneLine(text);
+}
+
+void systemLog(const QString& text, const std::shared_ptr<LogQuota>& quota)
+{
+    if (currentHold != nullptr) {
+        currentHold->hold(text, quota);
+        return;
+    }
+    if (quota->m_lines >= quota->m_mostLines)
+        return;
+    ++quota->m_lines;
+    systemLog(quota->m_lines == quota->m_mostLines ? quota->m_closing : text);
+}
+
+LogHold::LogHold()
+{
+    Q_ASSERT(currentHold == nullptr);
+    currentHold = this;
+}
+
+LogHold::~LogHold() { currentHold = nullptr; }
+
+void LogHold::hold(const QString& text, const std::shared_ptr<LogQuota>& quota)
+{
+    const auto isOfQuota = [&](const HeldLine& line) { return line.quota == quota; };
+    if (quota && std::count_if(m_lines.begin(), m_lines.end(), isOfQuota) >= quota->m_mostLines)
+        return;
+    m_lines.push_back({ text, quota });
+}
+
+void writeHeldLines(const HeldLines& lines)
+{
+    for (const HeldLine& line : lines) {
+        if (line.quota)
+            systemLog(line.text, line.quota);
+        else
+            systemLog(line.text);
+    }
+}
 
 } // namespace pagestack

@@ -40,11 +40,11 @@ QStringList fields(const Options& options)
 {
     QVariantList values;
     values << int(options.outputType) << options.jpegQuality << int(options.tiffCompression)
-           << int(options.onExists) << int(options.progress) << options.separator
+           << int(options.onExists) << options.jobs << int(options.progress) << options.separator
            << options.outputFolder << options.logFile << options.isSplit << options.isRecursive
            << !options.leavesLog << options.isQuiet << options.isVerbose << options.wantsHelp
            << options.wantsVersion << options.pathLists.join(u'|') << options.sources.join(u'|');
-    QStringList names = u"format quality compression exists progress separator out log split "
+    QStringList names = u"format quality compression exists jobs progress separator out log split "
                         "recursive no-log quiet verbose help version lists sources"_s.split(u' ');
     for (qsizetype i = 0; i < names.size(); ++i)
         names[i] += u'=' + values.at(i).toString();
@@ -104,6 +104,10 @@ void CommandLineTest::takesWordsApart_data()
     for (const char* number : { "11", "-1", "5.0", "99999999999", "" })
         row(("--quality=" + QByteArray(number) + " a").constData(),
             u"quality '%1' is no number from 0 to 10"_s.arg(QString::fromLatin1(number)));
+    row("--jobs 256 a", u"jobs=256 sources=a"_s);
+    for (const char* number : { "257", "-2", "two", "" })
+        row(("--jobs=" + QByteArray(number) + " a").constData(),
+            u"jobs '%1' is no number from 0 to 256"_s.arg(QString::fromLatin1(number)));
     row("a -f", u"option -f needs a value"_s);
     row("a --log", u"option --log needs a value"_s);
     row("--split=yes a", u"option --split takes no value"_s);

@@ -1,5 +1,6 @@
 #include "engine/image/MultiPageTiff.h"
 
+#include "engine/image/PreparedPage.h"
 #include "tests/engine/image/FileSizeLimit.h"
 #include "tests/engine/image/ImageReaders.h"
 #include "tests/engine/image/TiffBuilder.h"
@@ -9,6 +10,7 @@
 
 #include <tiffio.h>
 
+#include <map>
 #include <stdexcept>
 
 using namespace pagestack;
@@ -82,6 +84,8 @@ private slots:
     void numbersThePagesThatAreThere();
     void leavesNoTraceOfADamagedPage();
     void isTheSameOnEveryRun();
+    void isTheSameFromPiecesEncodedApart_data();
+    void isTheSameFromPiecesEncodedApart();
     void becomesBigTiffWhenItCouldBeTooLarge_data();
     void becomesBigTiffWhenItCouldBeTooLarge();
     void linksManyPages();
@@ -113,6 +117,7 @@ private:
     const QString m_source = m_folder.filePath(QStringLiteral("page.tif"));
     const QString m_out = m_folder.filePath(QStringLiteral("out.tiff"));
     int m_refused = 0;
+    std::map<int, PreparedPage> m_prepared;
 };
 
 void MultiPageTiffTest::keepsTheSamplesOfEveryKindOfPage_data()
@@ -277,6 +282,55 @@ void MultiPageTiffTest::isTheSameOnEveryRun()
         QVERIFY(collect({ "fax", "", "rgb bits=16" }, index));
         QVERIFY(bytesOf(m_out) == first);
         QVERIFY(first.startsWith(QByteArray("II*\0", 4)));
+    }
+}
+
+void MultiPageTiffTest::isTheSameFromPiecesEncodedApart_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("piecesExpected"); // how many of the pages are encoded anew
+    QTest::newRow("none") << 0 << 3;
+    QTest::newRow("G3") << 1 << 4;
+    QTest::newRow("G4") << 2 << 3;
+    QTest::newRow("LZW") << 3 << 8;
+    QTest::newRow("PackBits") << 4 << 9;
+}
+
+void MultiPageTiffTest::isTheSameFromPiecesEncodedApart()
+{
+    QFETCH(const int, index);
+    QFETCH(const int, piecesExpected);
+    TestPage large("rgb width=1500 height=1100"); // more than a spool holds in memory
+    const QList<TestPage> pages { "fax",
+                                  "",
+                                  "rgb planes=2 bits=16",
+                                  "rgb tileWidth=16 tileHeight=16",
+                                  "compression=5 predictor=2 orientation=6",
+                                  "jpeg",
+                                  "bits=4 rows=1",
+                                  "bits=1 photometric=0 fillOrder=2",
+                                  large };
+    // A file that grows past the limit is begun again, as BigTIFF.
+    for (const std::uint64_t limit :
+         { MultiPageTiff::classicLimitBytes, std::uint64_t { 20'000 } }) {
+        QVERIFY(collect(pages, index, "wb", limit));
+        const QByteArray direct = bytesOf(m_out);
+        const TiffDocument source(m_source);
+        const std::unique_ptr<TiffDocument> clone = source.clone();
+        // The clone goes on with the file that was opened.
+        QVERIFY(QFile::remove(m_source));
+        putBytes(m_source, "something else");
+        MultiPageTiff file(m_out, index, source.pageCount(), limit);
+        int withPieces = 0;
+        for (int i = source.pageCount() - 1; i >= 0; --i)
+            m_prepared[i].pieces = clone->page(i).encodePieces(index);
+        for (int i = 0; i < source.pageCount(); ++i) {
+            withPieces += m_prepared[i].pieces.bytes ? 1 : 0;
+            file.append(source.page(i), std::move(m_prepared[i]));
+        }
+        QVERIFY2(file.commit(), qPrintable(file.failureReason()));
+        QCOMPARE(withPieces, piecesExpected);
+        QCOMPARE(bytesOf(m_out), direct);
     }
 }
 

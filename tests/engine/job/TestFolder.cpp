@@ -6,6 +6,7 @@
 
 #include <tiffio.h>
 
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 
@@ -16,6 +17,14 @@ namespace pagestack {
 namespace {
 
     using Handle = std::unique_ptr<TIFF, decltype([](TIFF* tiff) { TIFFClose(tiff); })>;
+
+    void setUnknownTag(TIFF* tiff)
+    {
+        static char name[] = "Unknown";
+        static const TIFFFieldInfo field { 65100, 1, 1, TIFF_SHORT, FIELD_CUSTOM, 1, 0, name };
+        TIFFMergeFieldInfo(tiff, &field, 1);
+        TIFFSetField(tiff, 65100, 1);
+    }
 
     bool writeTiff(const QString& path, const QString& pages)
     {
@@ -30,7 +39,11 @@ namespace {
             TIFFSetField(tiff.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
             TIFFSetField(tiff.get(), TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
             TIFFSetField(tiff.get(), TIFFTAG_ROWSPERSTRIP, isHuge ? 1000 : 33);
-            QByteArray pixels(TIFFStripSize(tiff.get()), static_cast<char>(i + 1));
+            const bool isBright = pages.at(i) == u'V';
+            QByteArray pixels(TIFFStripSize(tiff.get()),
+                              static_cast<char>(i + (isBright ? 101 : 1)));
+            if (pages.at(i) == u'U')
+                setUnknownTag(tiff.get());
             const bool isBroken = pages.at(i) == u'B';
             const auto write = isBroken ? TIFFWriteRawStrip : TIFFWriteEncodedStrip;
             for (std::uint32_t strip = 0; isWritten && strip < strips; ++strip)
@@ -61,14 +74,17 @@ void TestFolder::make(const QString& list) const
 {
     for (QString word : list.split(u' ', Qt::SkipEmptyParts)) {
         word.replace(u'~', u' ').replace(u'@', m_folder.path());
-        const qsizetype mark = word.indexOf(QRegularExpression(u"[:>]"_s));
+        const qsizetype mark = word.indexOf(QRegularExpression(u"[:>|]"_s));
         QFile file(path(word.left(mark)));
         const QString rest = word.mid(mark + 1);
         bool isMade = QDir().mkpath(QFileInfo(file).path());
         if (mark >= 0 && word.at(mark) == u':')
             isMade = isMade && writeTiff(file.fileName(), rest);
-        else if (mark >= 0)
+        else if (mark >= 0 && word.at(mark) == u'>')
             isMade = isMade && QFile::link(rest, file.fileName());
+        else if (mark >= 0)
+            std::filesystem::create_hard_link(path(rest).toStdString(),
+                                              file.fileName().toStdString());
         else if (!word.endsWith(u'/'))
             isMade = isMade && file.open(QIODevice::WriteOnly) && file.write("text") == 4;
         if (!isMade)

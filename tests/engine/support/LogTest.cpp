@@ -101,6 +101,28 @@ private slots:
         systemLog(u"scan\n\u001b[2J%1 \u00e9.tif"_s);
     }
 
+    void holdsLinesBackAndKeepsToTheirQuota()
+    {
+        const auto quota = std::make_shared<LogQuota>(3, u"no more"_s);
+        HeldLines held;
+        {
+            LogHold hold;
+            systemLog(u"free"_s);
+            for (int i = 0; i < 9; ++i)
+                systemLog(QString::number(i), quota);
+            held = hold.takeLines();
+            QVERIFY(hold.takeLines().empty());
+        }
+        QCOMPARE(held.size(), 4U); // what could never be written is not kept
+        // Held lines count when they are written, with those that came meanwhile.
+        QTest::ignoreMessage(QtWarningMsg, "meanwhile");
+        systemLog(u"meanwhile"_s, quota);
+        for (const char* line : { "free", "0", "no more" })
+            QTest::ignoreMessage(QtWarningMsg, line);
+        writeHeldLines(held);
+        systemLog(u"after"_s, quota);
+    }
+
     void saysTrueWhenItCannotWriteButNotWithoutASource()
     {
         // At first there is no folder; then one of the log's name, so that only the last step

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "engine/image/ByteFile.h"
+
+#include <vector>
+
+namespace pagestack {
+
+/// Bytes that wait for their use: in memory up to `mostBytesInMemory`, beyond that in a temporary
+/// file that has no name. May be handed from one thread to another.
+class ByteSpool : public ByteFile
+{
+public:
+    static constexpr std::uint64_t mostBytesInMemory = 1024 * 1024;
+
+    ByteSpool() = default;
+    ~ByteSpool() override;
+
+    std::uint64_t size() const override { return m_size; }
+    void writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override;
+    void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) override;
+
+private:
+    void moveToFile();
+
+    std::vector<std::uint8_t> m_memory; ///< all bytes while there is no file
+    std::uint64_t m_size = 0;
+    int m_file = -1;
+};
+
+} // namespace pagestack

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "engine/image/StagedFile.h"
+#include "engine/image/TiffPieces.h"
+#include "engine/support/SystemLog.h"
+
+#include <memory>
+
+namespace pagestack {
+
+/// What was made of a page ahead of its turn, on whatever thread. Nothing at all is no fault: who
+/// takes the page then does everything itself.
+struct PreparedPage
+{
+    std::unique_ptr<StagedFile> file; ///< the complete output; only to be put in place
+    HeldLines complaints; ///< to be written to the system log with `file`
+    TiffPieces pieces; ///< for the TIFF file that the page is gathered in
+};
+
+} // namespace pagestack

@@ -1,0 +1,210 @@
+#include "engine/job/LookAhead.h"
+
+#include "engine/job/OutputNames.h"
+#include "engine/settings/Settings.h"
+
+#include <algorithm>
+#include <sys/resource.h>
+#include <tuple>
+
+namespace pagestack {
+
+namespace {
+
+    constexpr std::size_t stepsAWorker = 4;
+    constexpr std::size_t fewestSteps = 8;
+
+    /// A step can hold its source and its output open. Most of what may be open is left to the
+    /// rest of the program.
+    std::size_t stepsAhead(int workers)
+    {
+        const std::size_t wanted
+            = std::max(fewestSteps, stepsAWorker * static_cast<std::size_t>(workers));
+        struct rlimit limit = {};
+        if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY)
+            return wanted;
+        return std::clamp<std::size_t>(wanted, 1, std::max<std::size_t>(1, limit.rlim_cur / 8));
+    }
+
+} // namespace
+
+LookAhead::LookAhead(QList<OutputFile> plan, const Settings& settings, int workers,
+                     TargetFilter isWanted, const std::atomic<bool>& isRunning)
+    : m_plan(std::move(plan))
+    , m_settings(settings)
+    , m_isWanted(std::move(isWanted))
+    , m_isRunning(isRunning)
+    , m_mostSteps(stepsAhead(workers))
+    , m_workers(workers, isRunning)
+{
+}
+
+LookAhead::~LookAhead() = default;
+
+std::unique_ptr<TiffDocument> LookAhead::open(PlanPlace place)
+{
+    moveTo(place, 0);
+    if (m_steps.empty()) { // The run was cancelled: nothing is prepared any more.
+        startAt({ m_plan.size(), 0 });
+        m_document = nullptr;
+        const FileItem& item = *m_plan.at(place.output).fileItems.at(place.item);
+        return std::make_unique<TiffDocument>(item.filePath().toLocalFile());
+    }
+    const std::shared_ptr<SharedSource> source = m_steps.front().source;
+    std::unique_ptr<TiffDocument> document = source->open();
+    m_document = document.get();
+    m_place = place;
+    return document;
+}
+
+PreparedPage LookAhead::take(const TiffDocument& document, int page)
+{
+    if (&document != m_document)
+        return {};
+    moveTo(m_place, page);
+    if (m_steps.empty() || m_steps.front().page != page || !m_steps.front().task)
+        return {};
+    const Step& step = m_steps.front();
+    PreparedPage prepared = m_workers.take(*step.task);
+    // The pages of a source are mostly alike, and to ask a worker for each costs more than to copy.
+    if (step.task->needsNoEncoding && step.source == m_source)
+        m_isSourcePrepared = false;
+    return prepared;
+}
+
+bool LookAhead::isBefore(const Step& step, PlanPlace place, int page) const
+{
+    return std::tie(step.place, step.page) < std::tie(place, page);
+}
+
+/// Forgets all before the page, or before the item when `page` is 0, whose turn it is, and looks as
+/// far ahead as it goes.
+void LookAhead::moveTo(PlanPlace place, int page)
+{
+    while (!m_steps.empty() && isBefore(m_steps.front(), place, page)) {
+        if (m_steps.front().task)
+            m_workers.drop(*m_steps.front().task);
+        m_steps.pop_front();
+    }
+    if (m_nextPlace < place)
+        startAt(place);
+    else if (m_nextPlace == place)
+        m_nextPage = std::max(m_nextPage, page);
+    lookAhead();
+}
+
+void LookAhead::startAt(PlanPlace place)
+{
+    m_nextPlace = place;
+    m_nextPage = 0;
+}
+
+void LookAhead::lookAhead()
+{
+    // Several at a time: to wake a worker for each costs more than a small page.
+    if (m_steps.size() > m_mostSteps / 2)
+        return;
+    while (m_isRunning && m_steps.size() < m_mostSteps && lookAtNext()) { }
+}
+
+/// False when nothing follows, or nothing that can be looked at before an earlier output is in
+/// place.
+bool LookAhead::lookAtNext()
+{
+    if (m_nextPlace.output == m_plan.size())
+        return false;
+    const OutputFile& output = m_plan.at(m_nextPlace.output);
+    if (m_nextPlace.item == output.fileItems.size()) {
+        startAt({ m_nextPlace.output + 1, 0 });
+        return true;
+    }
+    if (m_nextPage == 0)
+        return lookAtItem(output, *output.fileItems.at(m_nextPlace.item));
+    if (m_nextPage <= m_lastPage)
+        return lookAtPage(output);
+    startAt({ m_nextPlace.output, m_nextPlace.item + 1 });
+    return true;
+}
+
+bool LookAhead::lookAtItem(const OutputFile& output, const FileItem& item)
+{
+    const auto source = std::make_shared<SharedSource>(item.filePath().toLocalFile());
+    // A source without pages is not opened ahead.
+    if (item.pages() > 0 && !isSourceSettled(*source, nullptr))
+        return false;
+    m_source = source;
+    m_lastPage = item.pages();
+    m_together.reset();
+    m_isSourcePrepared = true;
+    if (isKeptTogether(m_settings)) {
+        const QString path = outputPath(output, keptTogetherOutputName(output.filename));
+        m_together = std::make_shared<const OutputTarget>(path);
+        m_isSourcePrepared = isWanted(path);
+    }
+    m_steps.push_back({ m_nextPlace, 0, m_source, m_together, nullptr });
+    m_nextPage = 1;
+    return true;
+}
+
+bool LookAhead::lookAtPage(const OutputFile& output)
+{
+    if (!isSourceSettled(*m_source, m_together.get()))
+        return false;
+    Step step { m_nextPlace, m_nextPage, m_source, m_together, nullptr };
+    QString path;
+    bool isPrepared = m_isSourcePrepared;
+    if (!m_together) {
+        path = outputPath(output, pageOutputName(output.filename, m_settings, m_nextPage));
+        step.target = std::make_shared<const OutputTarget>(path);
+        isPrepared = isWanted(path);
+    } else if (m_lastPage == 1) {
+        path = outputPath(output, keptTogetherOutputName(output.filename));
+    }
+    // Making a file of its own begins with a look at what is there.
+    if (!path.isEmpty() && !isTargetFree(step.target))
+        return false;
+    if (isPrepared) {
+        step.task = std::make_shared<PageTask>();
+        step.task->source = m_source;
+        step.task->page = m_nextPage;
+        step.task->targetPath = path;
+        step.task->options = { m_settings.jpegQuality(), m_settings.tiffCompressionIndex() };
+    }
+    ++m_nextPage;
+    m_steps.push_back(step);
+    if (step.task)
+        m_workers.add(step.task);
+    return true;
+}
+
+/// True when no output under way, except for `own`, replaces the source or may bring it into being.
+bool LookAhead::isSourceSettled(const SharedSource& source, const OutputTarget* own) const
+{
+    return std::none_of(m_steps.begin(), m_steps.end(), [&](const Step& step) {
+        const bool isForeign = step.target && step.target.get() != own;
+        return isForeign && (!source.identity() || step.target->replaces(*source.identity()));
+    });
+}
+
+bool LookAhead::isTargetFree(const std::shared_ptr<const OutputTarget>& target) const
+{
+    return std::none_of(m_steps.begin(), m_steps.end(), [&](const Step& step) {
+        return step.target && step.target != target && step.target->isSameAs(*target);
+    });
+}
+
+bool LookAhead::isWanted(const QString& path) const
+{
+    try {
+        return m_isWanted(path);
+    } catch (...) {
+        return false; // it is asked again when it is the turn of the output
+    }
+}
+
+QString LookAhead::outputPath(const OutputFile& output, const QString& name) const
+{
+    return joinedPath(outputFolder(output.filename, m_settings), name);
+}
+
+} // namespace pagestack

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "engine/job/FileIdentity.h"
+#include "engine/job/OutputFile.h"
+#include "engine/job/PageWorkers.h"
+
+#include <deque>
+#include <functional>
+#include <memory>
+
+namespace pagestack {
+
+class Settings;
+
+/// What comes next in a run, prepared ahead of its turn by worker threads. The job's thread, which
+/// is the only one that may use this class, takes documents and pages strictly in the order of the
+/// plan, and puts them in place itself.
+///
+/// A page is not prepared before everything is settled that it depends on: while an output that
+/// comes before it, and is not in place yet, would replace its source or go to the same target, it
+/// and all that follows it wait. So the results are those of a run without workers.
+///
+/// Memory, time and open files for a page do not depend on the number of pages and sources: only a
+/// few pages for each worker are looked at ahead.
+class LookAhead
+{
+public:
+    using TargetFilter = std::function<bool(const QString& outputPath)>;
+
+    /// Prepares with `workers` threads what `plan` and `settings` ask for, except for targets that
+    /// `isWanted` refuses. `settings` and `isRunning` (see PageWorkers) are borrowed.
+    LookAhead(QList<OutputFile> plan, const Settings& settings, int workers, TargetFilter isWanted,
+              const std::atomic<bool>& isRunning);
+
+    /// Ends the workers; what was not taken is removed.
+    ~LookAhead();
+    LookAhead(const LookAhead&) = delete;
+    LookAhead& operator=(const LookAhead&) = delete;
+
+    /// The turn of an item has come, and the outputs of those before it are in place: its source.
+    /// Throws std::runtime_error as TiffDocument does.
+    std::unique_ptr<TiffDocument> open(PlanPlace place);
+
+    /// The turn of a page has come, and the outputs of those before it are in place: what was made
+    /// of it, which may be nothing. `document` is the one that was opened last; of another one
+    /// there is nothing. `page` counts from 1.
+    PreparedPage take(const TiffDocument& document, int page);
+
+private:
+    /// An item, when its page is 0, or a page that is looked at ahead.
+    struct Step
+    {
+        PlanPlace place;
+        int page = 0;
+        std::shared_ptr<SharedSource> source;
+        std::shared_ptr<const OutputTarget> target; ///< null: no output of its own is under way
+        std::shared_ptr<PageTask> task; ///< null: not prepared
+    };
+
+    bool isBefore(const Step& step, PlanPlace place, int page) const;
+    void moveTo(PlanPlace place, int page);
+    void lookAhead();
+    bool lookAtNext();
+    bool lookAtItem(const OutputFile& output, const FileItem& item);
+    bool lookAtPage(const OutputFile& output);
+    void startAt(PlanPlace place);
+    bool isSourceSettled(const SharedSource& source, const OutputTarget* own) const;
+    bool isTargetFree(const std::shared_ptr<const OutputTarget>& target) const;
+    bool isWanted(const QString& path) const;
+    QString outputPath(const OutputFile& output, const QString& name) const;
+
+    const QList<OutputFile> m_plan;
+    const Settings& m_settings;
+    const TargetFilter m_isWanted;
+    const std::atomic<bool>& m_isRunning;
+    const std::size_t m_mostSteps;
+
+    std::deque<Step> m_steps; ///< from the one whose turn it is on
+    const TiffDocument* m_document = nullptr; ///< opened last; only compared
+    PlanPlace m_place; ///< of `m_document`
+
+    // What is to be looked at next.
+    PlanPlace m_nextPlace;
+    int m_nextPage = 0; ///< 0: the item
+    int m_lastPage = 0; ///< of the item
+    std::shared_ptr<SharedSource> m_source;
+    std::shared_ptr<const OutputTarget> m_together; ///< target of an item that is kept together
+    bool m_isSourcePrepared = true; ///< it is of use to prepare pages of this source
+
+    PageWorkers m_workers; ///< last: its threads end before the rest does
+};
+
+} // namespace pagestack

@@ -1,0 +1,169 @@
+#include "engine/job/PageWorkers.h"
+
+#include <QScopeGuard>
+
+#include <system_error>
+
+namespace pagestack {
+
+namespace {
+
+    /// Pages flow in bands, so this is no measure of memory; but some steps (turning a page, strips
+    /// that have to be held as a whole) take more of it for a large page.
+    constexpr std::uint64_t decodedBytesAWorker = 128 * 1024 * 1024;
+
+} // namespace
+
+PageWorkers::PageWorkers(int mostThreads, const std::atomic<bool>& isRunning)
+    : m_mostThreads(static_cast<std::size_t>(mostThreads))
+    , m_mostBytes(decodedBytesAWorker * m_mostThreads)
+    , m_isRunning(isRunning)
+{
+}
+
+PageWorkers::~PageWorkers()
+{
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isClosing = true;
+        m_waiting.clear();
+    }
+    m_hasWork.notify_all();
+    for (std::thread& thread : m_threads)
+        thread.join();
+}
+
+void PageWorkers::add(const std::shared_ptr<PageTask>& task)
+{
+    bool isThreadMissing = false;
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_waiting.push_back(task);
+        isThreadMissing = m_waiting.size() > m_idle && m_threads.size() < m_mostThreads;
+    }
+    if (isThreadMissing)
+        addThread();
+    m_hasWork.notify_one();
+}
+
+void PageWorkers::addThread()
+{
+    try {
+        m_threads.emplace_back([this] { work(); });
+    } catch (const std::system_error&) {
+        // The system has no thread left. Without any the job's thread does everything.
+        const std::scoped_lock lock(m_mutex);
+        if (m_threads.empty())
+            withdrawAll();
+    }
+}
+
+PreparedPage PageWorkers::take(PageTask& task)
+{
+    std::unique_lock lock(m_mutex);
+    m_awaited = &task;
+    m_hasResult.wait(lock, [&] {
+        return task.state == PageTask::State::Done || task.state == PageTask::State::Withdrawn;
+    });
+    m_awaited = nullptr;
+    return std::move(task.result);
+}
+
+void PageWorkers::drop(PageTask& task)
+{
+    const std::scoped_lock lock(m_mutex);
+    task.state = PageTask::State::Withdrawn;
+}
+
+void PageWorkers::withdrawAll()
+{
+    for (const std::shared_ptr<PageTask>& task : m_waiting)
+        task->state = PageTask::State::Withdrawn;
+    m_waiting.clear();
+    m_hasResult.notify_all();
+}
+
+void PageWorkers::work()
+{
+    Desk desk;
+    for (;;) {
+        std::shared_ptr<PageTask> task;
+        {
+            std::unique_lock lock(m_mutex);
+            ++m_idle;
+            m_hasWork.wait(lock, [this] { return m_isClosing || !m_waiting.empty(); });
+            --m_idle;
+            if (m_isClosing)
+                return;
+            if (!m_isRunning)
+                withdrawAll();
+            if (m_waiting.empty())
+                continue;
+            task = m_waiting.front();
+            m_waiting.pop_front();
+            if (task->state == PageTask::State::Withdrawn)
+                continue;
+            task->state = PageTask::State::InWork;
+        }
+        prepare(*task, desk);
+    }
+}
+
+void PageWorkers::prepare(PageTask& task, Desk& desk)
+{
+    PreparedPage result;
+    bool needsNoEncoding = false;
+    try {
+        LogHold hold;
+        if (desk.source != task.source) {
+            desk = {};
+            desk.document = task.source->openAhead(hold);
+            desk.source = task.source;
+        }
+        const PageImage image = desk.document->page(task.page - 1);
+        image.reportChain();
+        hold.takeLines(); // said once a source, by the job's thread
+        const std::uint64_t bytes = image.decodedBytes();
+        reserve(bytes);
+        const auto room = qScopeGuard([=, this] { release(bytes); });
+        if (task.targetPath.isEmpty()) {
+            hold.takeLines(); // the tags are read once more where the pieces are put
+            result.pieces = image.encodePieces(task.options.tiffCompressionIndex);
+            result.pieces.complaints = hold.takeLines();
+            needsNoEncoding = !result.pieces.bytes;
+        } else {
+            result.file = image.stage(task.targetPath, task.options);
+            result.complaints = hold.takeLines();
+        }
+    } catch (...) {
+        // Nothing is lost: the job's thread does the page again and meets the same fault.
+        result = {};
+    }
+    const std::scoped_lock lock(m_mutex);
+    if (task.state != PageTask::State::InWork)
+        return;
+    task.state = PageTask::State::Done;
+    task.result = std::move(result);
+    task.needsNoEncoding = needsNoEncoding;
+    if (m_awaited == &task)
+        m_hasResult.notify_all();
+}
+
+/// Waits until the page can be in work beside the others. Those are finished in any case, so this
+/// ends.
+void PageWorkers::reserve(std::uint64_t bytes)
+{
+    std::unique_lock lock(m_mutex);
+    m_hasRoom.wait(lock,
+                   [&] { return m_bytesInWork == 0 || m_bytesInWork + bytes <= m_mostBytes; });
+    m_bytesInWork += bytes;
+}
+
+void PageWorkers::release(std::uint64_t bytes)
+{
+    const std::scoped_lock lock(m_mutex);
+    m_bytesInWork -= bytes;
+    m_hasRoom.notify_all();
+}
+
+} // namespace pagestack

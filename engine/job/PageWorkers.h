@@ -1,0 +1,93 @@
+#pragma once
+
+#include "engine/image/PageImage.h"
+#include "engine/image/PreparedPage.h"
+#include "engine/job/SharedSource.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace pagestack {
+
+/// A page that is to be prepared.
+struct PageTask
+{
+    enum class State {
+        Waiting,
+        InWork,
+        Done,
+        Withdrawn, ///< nobody wants it any more, or nobody will do it
+    };
+
+    std::shared_ptr<SharedSource> source;
+    int page = 1;
+    QString targetPath; ///< of the page's own file; empty: it is gathered, its pieces are wanted
+    SaveOptions options;
+
+    State state = State::Waiting; ///< as all below guarded by the workers' mutex
+    PreparedPage result; ///< of a task that is done; empty when the page could not be prepared
+    bool needsNoEncoding = false; ///< there are no pieces because the page is only to be copied
+};
+
+/// The threads that prepare pages, in the order in which these are added. All operations belong to
+/// one thread, that of the job.
+///
+/// A page that cannot be prepared, for whatever reason, gives an empty result: who takes it does it
+/// again in its turn, and there the reason shows as it would have without workers.
+class PageWorkers
+{
+public:
+    /// No thread is made before there is work for it. `isRunning` becomes false when the run is
+    /// cancelled: no page is begun any more, those in work are finished.
+    PageWorkers(int mostThreads, const std::atomic<bool>& isRunning);
+
+    /// Waits for the pages in work.
+    ~PageWorkers();
+    PageWorkers(const PageWorkers&) = delete;
+    PageWorkers& operator=(const PageWorkers&) = delete;
+
+    void add(const std::shared_ptr<PageTask>& task);
+
+    /// Waits for the result. Empty for a page that was not begun before the run was cancelled.
+    PreparedPage take(PageTask& task);
+
+    /// The result will not be taken.
+    void drop(PageTask& task);
+
+private:
+    /// The document that a worker has at hand, for the next page of the same source.
+    struct Desk
+    {
+        std::shared_ptr<SharedSource> source;
+        std::unique_ptr<TiffDocument> document;
+    };
+
+    void work();
+    void prepare(PageTask& task, Desk& desk);
+    void withdrawAll();
+    void addThread();
+    void reserve(std::uint64_t bytes);
+    void release(std::uint64_t bytes);
+
+    const std::size_t m_mostThreads;
+    const std::uint64_t m_mostBytes; ///< of decoded pages in work, unless there is one only
+    const std::atomic<bool>& m_isRunning;
+    std::vector<std::thread> m_threads; ///< job's thread only
+
+    std::mutex m_mutex; ///< guards the fields below
+    std::condition_variable m_hasWork;
+    std::condition_variable m_hasResult;
+    std::condition_variable m_hasRoom;
+    std::deque<std::shared_ptr<PageTask>> m_waiting;
+    std::size_t m_idle = 0;
+    const PageTask* m_awaited = nullptr; ///< the one that `take` waits for
+    std::uint64_t m_bytesInWork = 0;
+    bool m_isClosing = false;
+};
+
+} // namespace pagestack
