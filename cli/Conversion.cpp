@@ -180,7 +180,6 @@ namespace {
                 endedBadly = true;
             }
         }));
-        // Queued behind everything that the job has announced.
         QObject::connect(worker.get(), &QThread::finished, qApp, &QCoreApplication::quit,
                          Qt::QueuedConnection);
         worker->start();

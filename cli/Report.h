@@ -28,7 +28,8 @@ QString resultText(const QString& shown, const PageCounts& counts);
 /// "scan.tif[3]: reason"; page 0 is the file as a whole: "scan.tif: reason".
 QString troubleText(const QString& shown, int page, const QString& reason);
 
-/// Listens to a job from the main thread and prints its results, troubles and progress.
+/// Listens to a job and prints its results, troubles and progress, on the job's thread as long as
+/// that runs. Everything else belongs to the time before or after.
 class Report : public QObject
 {
     Q_OBJECT

@@ -19,6 +19,7 @@ namespace pagestack {
 namespace {
 
     constexpr std::size_t appendBufferBytes = 256 * 1024;
+    constexpr std::uint64_t longestGap = 4096; // that is filled rather than left to the file system
     constexpr int longestLinkChain = 40;
 
     /// The file that a write to `path` would end in: links are followed also when they dangle.
@@ -66,7 +67,6 @@ StagedFile::StagedFile(const QString& targetPath)
         m_permissions = existing.st_mode & 0777U;
     }
     createBesideTarget();
-    m_pending.reserve(appendBufferBytes);
 }
 
 QByteArray StagedFile::resolvedTarget(const QString& targetPath)
@@ -132,6 +132,12 @@ void StagedFile::flush()
 
 void StagedFile::writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes)
 {
+    if (isPending(offset, bytes.size())) {
+        std::copy(bytes.begin(), bytes.end(), pendingAt(offset));
+        return;
+    }
+    if (offset > m_size && offset - m_size <= longestGap)
+        write(std::vector<std::uint8_t>(offset - m_size));
     if (offset == m_size) {
         write(bytes);
         return;
@@ -141,8 +147,22 @@ void StagedFile::writeAt(std::uint64_t offset, std::span<const std::uint8_t> byt
     m_size = std::max(m_size, offset + bytes.size());
 }
 
+bool StagedFile::isPending(std::uint64_t offset, std::size_t count) const
+{
+    return offset >= m_size - m_pending.size() && offset + count <= m_size;
+}
+
+std::vector<std::uint8_t>::iterator StagedFile::pendingAt(std::uint64_t offset)
+{
+    return m_pending.end() - static_cast<std::ptrdiff_t>(m_size - offset);
+}
+
 void StagedFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes)
 {
+    if (isPending(offset, bytes.size())) {
+        std::copy_n(pendingAt(offset), bytes.size(), bytes.begin());
+        return;
+    }
     flush();
     readFully(m_file, offset, bytes);
 }

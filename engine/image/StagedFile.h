@@ -49,6 +49,9 @@ public:
 private:
     void createBesideTarget();
     void flush();
+    /// Whether these bytes have not been handed to the file system yet.
+    bool isPending(std::uint64_t offset, std::size_t count) const;
+    std::vector<std::uint8_t>::iterator pendingAt(std::uint64_t offset);
     void replaceInPlace();
 
     QByteArray m_target; ///< with symbolic links resolved, in the file system's encoding

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <string>
+#include <utility>
 
 namespace pagestack {
 
@@ -97,15 +98,16 @@ void TiffAssembly::encode(const PageSource& page, const TiffPieces* pieces, Tiff
 /// changed in it later.
 void TiffAssembly::linkDirectory(std::uint64_t directoryOffset)
 {
-    putNumber(m_linkAt, directoryOffset, m_isBigTiff ? 8 : 4);
     const int countBytes = m_isBigTiff ? 8 : 2;
     const std::uint64_t entryBytes = m_isBigTiff ? 20 : 12;
     const std::uint64_t entries = number(directoryOffset, countBytes);
     const std::uint64_t first = directoryOffset + static_cast<unsigned>(countBytes);
-    m_linkAt = first + entries * entryBytes;
     for (std::uint64_t entry = 0; entry < entries; ++entry)
         if (number(first + entry * entryBytes, 2) == TIFFTAG_PAGENUMBER)
             m_pageNumbersAt.push_back(first + entry * entryBytes + (m_isBigTiff ? 12 : 8));
+    // Last: it may be far from what was written, which until then is read from memory.
+    putNumber(std::exchange(m_linkAt, first + entries * entryBytes), directoryOffset,
+              m_isBigTiff ? 8 : 4);
 }
 
 std::uint64_t TiffAssembly::number(std::uint64_t offset, int bytes)
