@@ -135,8 +135,9 @@ def cell_lines(title, results):
 def summary_lines(cells):
     """Ratios of all cells in one table."""
     names = sorted({peer.name for results in cells.values() for peer in results} - {"pagestack"})
-    lines = ["| work | pagestack s | " + " | ".join(names) + " |",
-             "| --- | ---: |" + " ---: |" * len(names)]
+    lines = ["| work | pagestack s | of the best tool | " + " | ".join(names) + " |",
+             "| --- | ---: | ---: |" + " ---: |" * len(names)]
+    shares = []
     for title, results in cells.items():
         walls = {peer.name: None if any(run.failure for run in runs)
                  else median([run.wall_s for run in runs]) for peer, runs in results.items()}
@@ -150,7 +151,15 @@ def summary_lines(cells):
             else:
                 cells_text.append(f"{walls[name] / own:.2f}" if own else f"{walls[name]:.3f} s")
         own_text = f"{own:.3f}" if own else "failed"
-        lines.append(f"| {title} | {own_text} | " + " | ".join(cells_text) + " |")
+        others = [wall for name, wall in walls.items() if wall and name != "pagestack"]
+        share = own / min(others) if own and others else None
+        if share:
+            shares.append(share)
+        share_text = f"{share:.2f}" if share else ""
+        lines.append(f"| {title} | {own_text} | {share_text} | " + " | ".join(cells_text) + " |")
+    if shares:
+        lines.append(f"| geometric mean | | {statistics.geometric_mean(shares):.2f} |"
+                     + " |" * len(names))
     return lines
 
 
@@ -167,7 +176,9 @@ def machine():
 def report_lines(cells, peers, absent, runs):
     lines = ["# Benchmark", "",
              f"{datetime.date.today()}, {machine()}; {runs} interleaved runs, medians. Ratio: the tool's "
-             "wall time divided by pagestack's, above 1 pagestack is faster. Spread: slowest less fastest "
+             "wall time divided by pagestack's, above 1 pagestack is faster. Of the best tool: "
+             "pagestack's wall time divided by that of the fastest tool, below 1 pagestack is "
+             "faster. Spread: slowest less fastest "
              "run, divided by the median. Peak is that of the largest process. How it is measured: "
              "`bench/README.md`.", ""]
     lines += [f"- {peer.name}: {peer.version}" for peer in peers]
