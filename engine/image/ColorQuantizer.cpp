@@ -19,7 +19,7 @@ namespace {
         return std::uint32_t { color[0] } << 16U | std::uint32_t { color[1] } << 8U | color[2];
     }
 
-    int cellOf(std::uint8_t value) { return (value >> (8 - cellBits)) + 1; }
+    int cellOf(int value) { return (value >> (8 - cellBits)) + 1; }
 
 } // namespace
 
@@ -51,20 +51,34 @@ std::size_t ColorQuantizer::cellIndex(int red, int green, int blue)
     return static_cast<std::size_t>((red * side + green) * side + blue);
 }
 
-void ColorQuantizer::add(const RgbColor& color)
+void ColorQuantizer::add(const std::uint8_t* pixels, int count)
 {
-    if (!m_overflowed) {
-        ++m_colors[packed(color)];
+    if (!m_overflowed)
+        keepColors(pixels, count);
+    for (const std::uint8_t* const end = pixels + 3 * qsizetype { count }; pixels < end;
+         pixels += 3) {
+        const int red = pixels[0];
+        const int green = pixels[1];
+        const int blue = pixels[2];
+        Moments& cell = m_cells[cellIndex(cellOf(red), cellOf(green), cellOf(blue))];
+        ++cell.count;
+        cell.sum[0] += red;
+        cell.sum[1] += green;
+        cell.sum[2] += blue;
+        cell.squares += red * red + green * green + blue * blue;
+    }
+}
+
+/// Counts the pixels by their colours as long as these are few.
+void ColorQuantizer::keepColors(const std::uint8_t* pixels, int count)
+{
+    for (int i = 0; i < count && !m_overflowed;) {
+        const std::uint8_t* const pixel = pixels + 3 * qsizetype { i };
+        const int first = i;
+        while (++i < count && std::equal(pixel, pixel + 3, pixels + 3 * qsizetype { i })) { }
+        m_colors[packed({ pixel[0], pixel[1], pixel[2] })] += i - first;
         m_overflowed = m_colors.size() > mostExactColors;
     }
-    Moments& cell = m_cells[cellIndex(cellOf(color[0]), cellOf(color[1]), cellOf(color[2]))];
-    ++cell.count;
-    int squares = 0;
-    for (std::size_t c = 0; c < 3; ++c) {
-        cell.sum[c] += color[c];
-        squares += color[c] * color[c];
-    }
-    cell.squares += squares;
 }
 
 bool ColorQuantizer::isExact(int mostColors) const
@@ -148,7 +162,7 @@ double ColorQuantizer::errorOf(const Moments& moments)
     double meanPart = 0;
     for (const std::int64_t sum : moments.sum)
         meanPart += static_cast<double>(sum) * static_cast<double>(sum);
-    return moments.squares - meanPart / static_cast<double>(moments.count);
+    return static_cast<double>(moments.squares) - meanPart / static_cast<double>(moments.count);
 }
 
 /// Cuts `box` where the two parts together have the least error; false when it cannot be cut.
@@ -208,65 +222,86 @@ std::vector<RgbColor> ColorQuantizer::reducedPalette(std::size_t mostColors) con
     return palette;
 }
 
-ErrorDiffusion::ErrorDiffusion(std::vector<RgbColor> palette, int widthPx)
-    : m_palette(std::move(palette))
-    , m_widthPx(widthPx)
+ErrorDiffusion::ErrorDiffusion(const std::vector<RgbColor>& palette, int widthPx)
+    : m_widthPx(widthPx)
     , m_errors(static_cast<std::size_t>(widthPx + 2) * 3)
     , m_nextErrors(m_errors.size())
-    , m_nearest(std::size_t { 1 } << (3 * searchBits), -1)
+    , m_unknown(~packed(palette[0]) << 8U) // entry 0 does not have this colour
+    , m_nearest(std::size_t { 1 } << (3 * searchBits), m_unknown)
 {
+    for (std::size_t c = 0; c < 3; ++c)
+        for (const RgbColor& color : palette)
+            m_palette[c].push_back(color[c]);
 }
 
-std::uint8_t ErrorDiffusion::nearest(int red, int green, int blue)
+/// Looks for the palette entry that is nearest to the middle of a cell, so that the answer does not
+/// depend on which colour of the cell came first.
+void ErrorDiffusion::findNearest(std::size_t cell)
 {
-    constexpr int shift = 8 - searchBits;
-    const int cell
-        = (((red >> shift) << searchBits | green >> shift) << searchBits) | blue >> shift;
-    std::int16_t& found = m_nearest[static_cast<std::size_t>(cell)];
-    if (found >= 0)
-        return static_cast<std::uint8_t>(found);
-    // The search is for the middle of the cell, so that the answer does not depend on which colour
-    // of the cell came first.
-    const auto middle = [](int value) { return (value >> shift << shift) + (1 << shift) / 2; };
+    constexpr int lost = 8 - searchBits;
+    std::array<std::int16_t, 3> middle {};
+    for (std::size_t c = 0; c < 3; ++c)
+        middle[c] = static_cast<std::int16_t>(
+            ((cell >> (searchBits * (2 - c)) & ((1U << searchBits) - 1)) << lost)
+            + (1U << lost) / 2);
     int least = std::numeric_limits<int>::max();
-    for (std::size_t i = 0; i < m_palette.size(); ++i) {
-        const int r = m_palette[i][0] - middle(red);
-        const int g = m_palette[i][1] - middle(green);
-        const int b = m_palette[i][2] - middle(blue);
-        const int distance = r * r + g * g + b * b;
-        if (distance < least) {
-            least = distance;
-            found = static_cast<std::int16_t>(i);
+    const auto entries = static_cast<int>(m_palette[0].size());
+    for (int i = 0; i < entries; ++i) {
+        int distance = 0;
+        for (std::size_t c = 0; c < 3; ++c) {
+            const auto off = static_cast<std::int16_t>(m_palette[c].data()[i] - middle[c]);
+            distance += off * off;
         }
+        least = std::min(least, distance << 8 | i); // of equal distances the first
     }
-    return static_cast<std::uint8_t>(found);
+    const auto index = static_cast<std::size_t>(least & 255);
+    m_nearest[cell] = static_cast<Entry>(index);
+    for (std::size_t c = 0; c < 3; ++c)
+        m_nearest[cell] |= static_cast<Entry>(m_palette[c][index]) << (24 - 8 * c);
 }
 
 void ErrorDiffusion::mapRow(const std::uint8_t* row, std::uint8_t* to)
 {
-    std::fill(m_nextErrors.begin(), m_nextErrors.end(), 0);
-    const int step = m_fromRight ? -1 : 1;
-    for (int i = 0; i < m_widthPx; ++i) {
-        const int x = m_fromRight ? m_widthPx - 1 - i : i;
-        const std::size_t at = static_cast<std::size_t>(x + 1) * 3;
-        int wanted[3];
-        for (std::size_t c = 0; c < 3; ++c)
-            wanted[c] = std::clamp(
-                row[static_cast<std::size_t>(x) * 3 + c] + (m_errors[at + c] + 8) / 16, 0, 255);
-        const std::uint8_t index = nearest(wanted[0], wanted[1], wanted[2]);
-        to[x] = index;
-        const std::size_t ahead = static_cast<std::size_t>(x + 1 + step) * 3;
-        const std::size_t behind = static_cast<std::size_t>(x + 1 - step) * 3;
-        for (std::size_t c = 0; c < 3; ++c) {
-            const int error = wanted[c] - m_palette[index][c];
-            m_errors[ahead + c] += error * 7;
-            m_nextErrors[behind + c] += error * 3;
-            m_nextErrors[at + c] += error * 5;
-            m_nextErrors[ahead + c] += error;
-        }
-    }
+    if (m_fromRight)
+        mapInDirection<-1>(row, to);
+    else
+        mapInDirection<1>(row, to);
     m_errors.swap(m_nextErrors);
     m_fromRight = !m_fromRight;
+}
+
+template <int step>
+void ErrorDiffusion::mapInDirection(const std::uint8_t* row, std::uint8_t* to)
+{
+    constexpr int lost = 8 - searchBits;
+    // What is spread goes from pixel to pixel in variables; the next row gets each sum once.
+    std::array<int, 3> ahead {}; // for the next pixel
+    std::array<int, 3> behind {}; // for the pixel behind, in the next row
+    std::array<int, 3> below {};
+    for (int i = 0, x = step > 0 ? 0 : m_widthPx - 1; i < m_widthPx; ++i, x += step) {
+        const std::uint8_t* const pixel = row + 3 * qsizetype { x };
+        const int* const errors = m_errors.data() + 3 * qsizetype { x + 1 };
+        int* const nextBehind = m_nextErrors.data() + 3 * qsizetype { x + 1 - step };
+        std::array<int, 3> wanted {};
+        std::size_t cell = 0;
+        for (std::size_t c = 0; c < 3; ++c) {
+            wanted[c] = std::clamp(pixel[c] + (errors[c] + ahead[c] + 8) / 16, 0, 255);
+            cell = cell << searchBits | static_cast<std::size_t>(wanted[c] >> lost);
+        }
+        if (m_nearest[cell] == m_unknown)
+            findNearest(cell);
+        const Entry entry = m_nearest[cell];
+        to[x] = static_cast<std::uint8_t>(entry);
+        for (std::size_t c = 0; c < 3; ++c) {
+            const int error = wanted[c] - static_cast<int>(entry >> (24 - 8 * c) & 255U);
+            ahead[c] = error * 7;
+            nextBehind[c] = behind[c] + error * 3;
+            behind[c] = below[c] + error * 5;
+            below[c] = error;
+        }
+    }
+    const qsizetype last = step > 0 ? m_widthPx - 1 : 0;
+    std::copy(behind.begin(), behind.end(), m_nextErrors.begin() + 3 * (last + 1));
 }
 
 } // namespace pagestack

@@ -2,6 +2,7 @@
 
 #include "engine/image/PixelLayout.h"
 
+#include <array>
 #include <cstdint>
 #include <unordered_map>
 #include <vector>
@@ -20,8 +21,8 @@ class ColorQuantizer
 public:
     ColorQuantizer();
 
-    /// Counts one pixel.
-    void add(const RgbColor& color);
+    /// Counts pixels of three bytes, red first.
+    void add(const std::uint8_t* pixels, int count);
 
     /// True when the colours counted fit into a palette of `mostColors`, 2 to 256.
     bool isExact(int mostColors) const;
@@ -36,7 +37,7 @@ private:
     {
         std::int64_t count = 0;
         std::int64_t sum[3] = { 0, 0, 0 };
-        double squares = 0;
+        std::int64_t squares = 0;
 
         Moments& operator+=(const Moments& other);
         Moments& operator-=(const Moments& other);
@@ -48,6 +49,7 @@ private:
         int high[3];
     };
 
+    void keepColors(const std::uint8_t* pixels, int count);
     static std::size_t cellIndex(int red, int green, int blue);
     static Moments momentsOf(const std::vector<Moments>& sums, const Box& box);
     static double errorOf(const Moments& moments);
@@ -67,21 +69,27 @@ private:
 class ErrorDiffusion
 {
 public:
-    ErrorDiffusion(std::vector<RgbColor> palette, int widthPx);
+    ErrorDiffusion(const std::vector<RgbColor>& palette, int widthPx);
 
     /// Replaces each RGB pixel of `row` by the index of a palette entry at `to`.
     void mapRow(const std::uint8_t* row, std::uint8_t* to);
 
 private:
-    std::uint8_t nearest(int red, int green, int blue);
+    /// Red, green, blue and index of a palette entry, from the highest byte on.
+    using Entry = std::uint32_t;
 
-    std::vector<RgbColor> m_palette;
+    template <int step>
+    void mapInDirection(const std::uint8_t* row, std::uint8_t* to);
+    void findNearest(std::size_t cell);
+
+    std::array<std::vector<std::int16_t>, 3> m_palette; ///< by channel
     int m_widthPx;
     bool m_fromRight = false;
     std::vector<int>
         m_errors; ///< of this row, in sixteenths, three channels, a pixel's margin each side
     std::vector<int> m_nextErrors;
-    std::vector<std::int16_t> m_nearest; ///< by 6 bits a channel; -1: not looked for yet
+    Entry m_unknown; ///< stands for an entry that was not looked for yet
+    std::vector<Entry> m_nearest; ///< by 6 bits a channel
 };
 
 } // namespace pagestack

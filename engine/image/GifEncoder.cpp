@@ -1,10 +1,8 @@
 #include "engine/image/ColorQuantizer.h"
 #include "engine/image/Encoders.h"
-
-#include <gif_lib.h>
+#include "engine/image/gif/GifImage.h"
 
 #include <algorithm>
-#include <exception>
 #include <optional>
 #include <stdexcept>
 #include <vector>
@@ -12,105 +10,6 @@
 namespace pagestack {
 
 namespace {
-
-    constexpr int largestSidePx = 65535;
-
-    struct GifTarget
-    {
-        StagedFile* file = nullptr;
-        std::exception_ptr failure;
-    };
-
-    int writeBytes(GifFileType* codec, const GifByteType* bytes, int count)
-    {
-        auto* target = static_cast<GifTarget*>(codec->UserData);
-        try {
-            target->file->write({ bytes, static_cast<std::size_t>(count) });
-            return count;
-        } catch (const std::runtime_error&) {
-            target->failure = std::current_exception();
-            return 0;
-        }
-    }
-
-    struct ColorMapFreer
-    {
-        void operator()(ColorMapObject* map) const noexcept { GifFreeMapObject(map); }
-    };
-
-    /// One GIF image of which rows of indexes are written from the top on.
-    class GifImage
-    {
-    public:
-        GifImage(StagedFile& file, int widthPx, int heightPx, const std::vector<RgbColor>& palette,
-                 std::optional<int> transparentIndex)
-        {
-            m_target.file = &file;
-            int error = 0;
-            m_codec = EGifOpen(&m_target, writeBytes, &error);
-            if (m_codec == nullptr)
-                fail(error);
-            EGifSetGifVersion(m_codec, true);
-            int tableSize = 2;
-            while (tableSize < static_cast<int>(palette.size()))
-                tableSize *= 2;
-            const std::unique_ptr<ColorMapObject, ColorMapFreer> map(
-                GifMakeMapObject(tableSize, nullptr));
-            if (!map)
-                throw std::bad_alloc();
-            for (std::size_t i = 0; i < palette.size(); ++i)
-                map->Colors[i] = { palette[i][0], palette[i][1], palette[i][2] };
-            check(EGifPutScreenDesc(m_codec, widthPx, heightPx, 8, 0, map.get()));
-            if (transparentIndex) {
-                GraphicsControlBlock control = {};
-                control.TransparentColor = *transparentIndex;
-                GifByteType bytes[4];
-                check(EGifPutExtension(m_codec, GRAPHICS_EXT_FUNC_CODE,
-                                       static_cast<int>(EGifGCBToExtension(&control, bytes)),
-                                       bytes));
-            }
-            check(EGifPutImageDesc(m_codec, 0, 0, widthPx, heightPx, false, nullptr));
-        }
-        ~GifImage()
-        {
-            int error = 0;
-            if (m_codec != nullptr)
-                EGifCloseFile(m_codec, &error);
-        }
-        GifImage(const GifImage&) = delete;
-        GifImage& operator=(const GifImage&) = delete;
-
-        void putRow(std::vector<std::uint8_t>& indexes)
-        {
-            check(EGifPutLine(m_codec, indexes.data(), static_cast<int>(indexes.size())));
-        }
-
-        void finish()
-        {
-            int error = 0;
-            GifFileType* codec = std::exchange(m_codec, nullptr);
-            if (EGifCloseFile(codec, &error) == GIF_ERROR || m_target.failure)
-                fail(error);
-        }
-
-    private:
-        void check(int result)
-        {
-            if (result == GIF_ERROR || m_target.failure)
-                fail(m_codec->Error);
-        }
-
-        [[noreturn]] void fail(int error)
-        {
-            if (m_target.failure)
-                std::rethrow_exception(m_target.failure);
-            const char* text = GifErrorString(error);
-            throw std::runtime_error(text != nullptr ? text : "the GIF encoder failed");
-        }
-
-        GifTarget m_target;
-        GifFileType* m_codec = nullptr;
-    };
 
     std::vector<RgbColor> grayPalette(int bits)
     {
@@ -123,28 +22,31 @@ namespace {
         return palette;
     }
 
-    void unpackIndexes(const std::uint8_t* row, int bits, std::vector<std::uint8_t>& to)
+    template <int bits>
+    void unpackIndexes(const std::uint8_t* row, std::vector<std::uint8_t>& to)
     {
-        const auto perByte = static_cast<std::size_t>(8 / bits);
+        constexpr std::size_t perByte = 8 / bits;
         for (std::size_t i = 0; i < to.size(); ++i)
-            to[i] = static_cast<std::uint8_t>(
-                (row[i / perByte] >> (8 - static_cast<std::size_t>(bits) * (i % perByte + 1)))
-                & ((1 << bits) - 1));
+            to[i] = static_cast<std::uint8_t>(row[i / perByte] >> (8 - bits * (i % perByte + 1))
+                                              & ((1U << bits) - 1));
     }
 
     /// Rows whose samples are palette indexes or gray levels already.
     void encodeIndexed(RowSource& rows, StagedFile& file)
     {
         const PixelLayout& layout = rows.layout();
+        const int bits = layout.bitsPerSample;
         GifImage image(file, rows.widthPx(), rows.heightPx(),
-                       layout.model == ColorModel::Palette ? layout.palette
-                                                           : grayPalette(layout.bitsPerSample),
-                       std::nullopt);
-        std::vector<std::uint8_t> indexes(static_cast<std::size_t>(rows.widthPx()));
+                       layout.model == ColorModel::Palette ? layout.palette : grayPalette(bits),
+                       std::nullopt, bits == 1 ? GifImage::Rows::Bits : GifImage::Rows::Bytes);
+        const bool isUnpacked = bits == 2 || bits == 4;
+        std::vector<std::uint8_t> indexes(isUnpacked ? static_cast<std::size_t>(rows.widthPx())
+                                                     : 0);
         for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
             for (int i = 0; i < band.rows; ++i) {
-                unpackIndexes(band.row(i), layout.bitsPerSample, indexes);
-                image.putRow(indexes);
+                if (isUnpacked)
+                    (bits == 2 ? unpackIndexes<2> : unpackIndexes<4>)(band.row(i), indexes);
+                image.putRow(isUnpacked ? indexes.data() : band.row(i));
             }
         image.finish();
     }
@@ -153,35 +55,43 @@ namespace {
     class ColorPixels
     {
     public:
-        explicit ColorPixels(const PixelLayout& layout)
+        ColorPixels(const PixelLayout& layout, int widthPx)
             : m_colors(layout.colorChannels())
             , m_hasAlpha(layout.alpha != AlphaKind::None)
+            , m_widthPx(widthPx)
+            , m_row(m_colors == 3 && !m_hasAlpha ? 0 : static_cast<std::size_t>(widthPx) * 3)
         {
         }
 
         bool hasAlpha() const { return m_hasAlpha; }
 
-        bool isTransparent(const std::uint8_t* pixel) const
+        bool isTransparent(const std::uint8_t* row, qsizetype x) const
         {
-            return m_hasAlpha && pixel[m_colors] < 128;
+            return m_hasAlpha && row[x * (m_colors + 1) + m_colors] < 128;
         }
 
-        RgbColor color(const std::uint8_t* pixel) const
+        /// The colours of the row, red first; they stay valid until the next call.
+        const std::uint8_t* colors(const std::uint8_t* row)
         {
-            RgbColor color
-                = { pixel[0], pixel[m_colors == 3 ? 1 : 0], pixel[m_colors == 3 ? 2 : 0] };
-            if (m_hasAlpha)
-                for (std::uint8_t& channel : color)
-                    channel = static_cast<std::uint8_t>(
-                        (channel * pixel[m_colors] + 255 * (255 - pixel[m_colors]) + 127) / 255);
-            return color;
+            if (m_row.empty())
+                return row;
+            std::uint8_t* to = m_row.data();
+            for (int x = 0; x < m_widthPx; ++x, row += m_colors + 1)
+                for (int c = 0; c < 3; ++c)
+                    *to++ = overWhite(row[m_colors == 3 ? c : 0], row[m_colors]);
+            return m_row.data();
         }
-
-        int pixelBytes() const { return m_colors + (m_hasAlpha ? 1 : 0); }
 
     private:
+        static std::uint8_t overWhite(int value, int alpha)
+        {
+            return static_cast<std::uint8_t>((value * alpha + 255 * (255 - alpha) + 127) / 255);
+        }
+
         int m_colors;
         bool m_hasAlpha;
+        int m_widthPx;
+        std::vector<std::uint8_t> m_row;
     };
 
     struct Reduction
@@ -194,18 +104,24 @@ namespace {
     /// The first pass: which colours there are.
     Reduction chooseColors(RowSource& rows)
     {
-        const ColorPixels pixels(rows.layout());
+        const int width = rows.widthPx();
+        ColorPixels pixels(rows.layout(), width);
         ColorQuantizer quantizer;
         bool isTransparent = false;
         for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
-            for (int i = 0; i < band.rows; ++i)
-                for (qsizetype x = 0; x < rows.widthPx(); ++x) {
-                    const std::uint8_t* pixel = band.row(i) + x * pixels.pixelBytes();
-                    if (pixels.isTransparent(pixel))
+            for (int i = 0; i < band.rows; ++i) {
+                const std::uint8_t* const row = band.row(i);
+                const std::uint8_t* const colors = pixels.colors(row);
+                if (!pixels.hasAlpha()) {
+                    quantizer.add(colors, width);
+                    continue;
+                }
+                for (qsizetype x = 0; x < width; ++x)
+                    if (pixels.isTransparent(row, x))
                         isTransparent = true;
                     else
-                        quantizer.add(pixels.color(pixel));
-                }
+                        quantizer.add(colors + 3 * x, 1);
+            }
         const int mostColors = isTransparent ? 255 : 256;
         Reduction reduction { quantizer.palette(mostColors), std::nullopt,
                               quantizer.isExact(mostColors) };
@@ -216,34 +132,46 @@ namespace {
         return reduction;
     }
 
+    /// The indexes of colours that are all in `palette`, which is sorted; those that are not, as
+    /// below transparent pixels, get any.
+    void findIndexes(const std::vector<RgbColor>& palette, const std::uint8_t* colors,
+                     std::vector<std::uint8_t>& to)
+    {
+        for (std::size_t x = 0; x < to.size(); ++x, colors += 3) {
+            if (x > 0 && std::equal(colors, colors + 3, colors - 3)) {
+                to[x] = to[x - 1];
+                continue;
+            }
+            const RgbColor color { colors[0], colors[1], colors[2] };
+            to[x] = static_cast<std::uint8_t>(
+                std::lower_bound(palette.begin(), palette.end(), color) - palette.begin());
+        }
+    }
+
     /// The second pass: the indexes of the colours.
     void encodeReduced(RowSource& rows, const Reduction& reduction, StagedFile& file)
     {
-        const ColorPixels pixels(rows.layout());
         const int width = rows.widthPx();
-        GifImage image(file, width, rows.heightPx(), reduction.palette, reduction.transparentIndex);
+        ColorPixels pixels(rows.layout(), width);
+        GifImage image(file, width, rows.heightPx(), reduction.palette, reduction.transparentIndex,
+                       GifImage::Rows::Bytes);
         std::vector<RgbColor> opaque = reduction.palette;
         if (reduction.transparentIndex)
             opaque.pop_back();
         ErrorDiffusion diffusion(opaque, width);
-        std::vector<std::uint8_t> colors(static_cast<std::size_t>(width) * 3);
         std::vector<std::uint8_t> indexes(static_cast<std::size_t>(width));
         for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
             for (int i = 0; i < band.rows; ++i) {
-                for (qsizetype x = 0; x < width; ++x) {
-                    const RgbColor color = pixels.color(band.row(i) + x * pixels.pixelBytes());
-                    std::copy(color.begin(), color.end(), colors.begin() + x * 3);
-                    if (reduction.isExact) // palettes of exact pages are sorted by colour
-                        indexes[static_cast<std::size_t>(x)] = static_cast<std::uint8_t>(
-                            std::lower_bound(opaque.begin(), opaque.end(), color) - opaque.begin());
-                }
-                if (!reduction.isExact)
-                    diffusion.mapRow(colors.data(), indexes.data());
+                const std::uint8_t* const row = band.row(i);
+                if (reduction.isExact)
+                    findIndexes(opaque, pixels.colors(row), indexes);
+                else
+                    diffusion.mapRow(pixels.colors(row), indexes.data());
                 for (qsizetype x = 0; reduction.transparentIndex && x < width; ++x)
-                    if (pixels.isTransparent(band.row(i) + x * pixels.pixelBytes()))
+                    if (pixels.isTransparent(row, x))
                         indexes[static_cast<std::size_t>(x)]
                             = static_cast<std::uint8_t>(*reduction.transparentIndex);
-                image.putRow(indexes);
+                image.putRow(indexes.data());
             }
         image.finish();
     }
@@ -263,7 +191,7 @@ TargetPixels gifPixels()
 void encodeGif(const std::function<std::unique_ptr<RowSource>()>& source, StagedFile& file)
 {
     std::unique_ptr<RowSource> rows = source();
-    if (rows->widthPx() > largestSidePx || rows->heightPx() > largestSidePx)
+    if (rows->widthPx() > GifImage::mostSidePx || rows->heightPx() > GifImage::mostSidePx)
         throw std::runtime_error("a page of " + std::to_string(rows->widthPx()) + " x "
                                  + std::to_string(rows->heightPx())
                                  + " pixels is too large for GIF");

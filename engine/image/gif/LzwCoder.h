@@ -1,0 +1,63 @@
+#pragma once
+
+#include "engine/image/StagedFile.h"
+
+#include <array>
+#include <cstdint>
+
+namespace pagestack {
+
+/// The pixels of one GIF image on their way to the file (GIF89a, 22 and appendix F): they are
+/// gathered into strings, of which each is the longest that the table of strings holds, and the
+/// codes of the strings are written in sub-blocks. A table that is full starts anew.
+///
+/// A derived class keeps the table, in a form that suits its pixels. The file must outlive the
+/// coder. One thread at a time.
+class LzwCoder
+{
+public:
+    virtual ~LzwCoder() = default;
+    LzwCoder(const LzwCoder&) = delete;
+    LzwCoder& operator=(const LzwCoder&) = delete;
+
+    /// Codes the next row. Throws std::runtime_error when the file takes no more.
+    virtual void putRow(const std::uint8_t* row) = 0;
+
+    /// Writes what is left, after at least one row. Throws std::runtime_error like `putRow`.
+    void finish();
+
+protected:
+    static constexpr int codeLimit = 4096; ///< codes have up to 12 bits
+
+    /// Starts the data of an image whose indexes are below 2^`indexBits`, 1 to 8.
+    LzwCoder(StagedFile& file, int indexBits);
+
+    int firstFreeCode() const { return m_clearCode + 2; }
+
+    /// Writes `m_codes` and the code that empties the table; `m_nextCode` is the first free again.
+    void startTable();
+
+    /// The codes found since the table was empty, each at the number of the code that was free when
+    /// it was found: that number tells its width.
+    std::array<std::uint16_t, codeLimit> m_codes;
+    int m_nextCode = 0; ///< the lowest that is free; `codeLimit`: the table is full
+    int m_current = -1; ///< the string at the end of the pixels so far; -1: there is no pixel yet
+
+private:
+    static constexpr std::size_t blockBytes = 255; ///< of a sub-block
+
+    void putCodes();
+    void putBits(unsigned bits, int count);
+    void storeByte();
+    void writeBlocks(std::size_t bytes);
+
+    StagedFile& m_file;
+    int m_clearCode;
+    std::uint64_t m_bits = 0; ///< the first one lowest
+    int m_bitCount = 0;
+    /// Not yet in sub-blocks: less than one of an earlier table and those of a table.
+    std::array<std::uint8_t, blockBytes + codeLimit * 12 / 8 + 8> m_bytes;
+    std::size_t m_byteCount = 0;
+};
+
+} // namespace pagestack
