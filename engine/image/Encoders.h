@@ -9,6 +9,8 @@
 
 namespace pagestack {
 
+class SpareThreads;
+
 /// The encoders of the one-page formats. Each takes upright rows that `adaptRows` brought to what
 /// its `...Pixels` function names, and the properties of the upright page, and appends a complete
 /// file to `file`. Each throws std::runtime_error with the reason when the rows cannot be read, the
@@ -21,8 +23,10 @@ TargetPixels jpegPixels();
 void encodeJpeg(RowSource& rows, const PageProperties& page, int quality, StagedFile& file);
 
 TargetPixels pngPixels();
-/// PNG (ISO/IEC 15948) of the colour type and depth of the rows.
-void encodePng(RowSource& rows, const PageProperties& page, StagedFile& file);
+/// PNG (ISO/IEC 15948) of the colour type and depth of the rows. `threads`, which may be null, can
+/// help with a large page; the file is the same.
+void encodePng(RowSource& rows, const PageProperties& page, SpareThreads* threads,
+               StagedFile& file);
 
 TargetPixels bmpPixels();
 /// BMP with a BITMAPINFOHEADER, bottom-up, of 1, 8 (with colour table) or 24 bits a pixel.

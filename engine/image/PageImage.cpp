@@ -4,6 +4,7 @@
 #include "engine/image/Encoders.h"
 #include "engine/image/MultiPageTiff.h"
 #include "engine/image/PreparedPage.h"
+#include "engine/image/RowsAhead.h"
 #include "engine/image/TiffPage.h"
 #include "engine/image/UprightRows.h"
 #include "engine/settings/OutputCodes.h"
@@ -22,10 +23,24 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+    /// A smaller page is done before the exchange between threads has paid.
+    constexpr qsizetype leastPixelsReadAhead = 4'000'000;
+
     std::unique_ptr<RowSource> upright(const PageSource& source, const TargetPixels& target)
     {
         // What a format does not take is dropped before the page is turned: it is less to move.
         return uprightRows(adaptRows(source.rows(), target), source.properties().orientation);
+    }
+
+    /// The same, read by another thread if there is one of use.
+    std::unique_ptr<RowSource> uprightAhead(const PageSource& source, const TargetPixels& target,
+                                            SpareThreads* threads)
+    {
+        auto rows = upright(source, target);
+        const qsizetype pixels = qsizetype { rows->widthPx() } * rows->heightPx();
+        if (threads == nullptr || pixels < leastPixelsReadAhead)
+            return rows;
+        return std::make_unique<RowsAhead>(std::move(rows), *threads);
     }
 
     /// The properties of the upright page, with the profile only if it is for pixels like those of
@@ -80,10 +95,11 @@ int PageImage::heightPx() const { return m_source->properties().heightPx; }
 
 bool PageImage::save(const QString& path, const Settings& settings)
 {
-    return save(path, settings, {});
+    return save(path, settings, {}, nullptr);
 }
 
-bool PageImage::save(const QString& path, const Settings& settings, PreparedPage prepared)
+bool PageImage::save(const QString& path, const Settings& settings, PreparedPage prepared,
+                     SpareThreads* threads)
 {
     OutputType type {};
     try {
@@ -92,7 +108,7 @@ bool PageImage::save(const QString& path, const Settings& settings, PreparedPage
         m_failureReason = QString::fromStdString(error.what());
         return false;
     }
-    return write(path, type, { settings.jpegQuality(), settings.tiffCompressionIndex() },
+    return write(path, type, { settings.jpegQuality(), settings.tiffCompressionIndex(), threads },
                  std::move(prepared));
 }
 
@@ -142,18 +158,19 @@ std::unique_ptr<StagedFile> PageImage::encoded(const QString& path, OutputType t
     }
     auto file = std::make_unique<StagedFile>(path);
     if (type == OutputType::Gif) {
-        encodeGif([this] { return upright(*m_source, gifPixels()); }, *file);
+        encodeGif([&] { return uprightAhead(*m_source, gifPixels(), options.threads); }, *file);
         return file;
     }
-    const TargetPixels target = type == OutputType::Jpeg ? jpegPixels()
-        : type == OutputType::Png                        ? pngPixels()
-                                                         : bmpPixels();
-    const auto rows = upright(*m_source, target);
+    // The pixels of a PNG take far longer to be written than to be read: threads are for that.
+    const auto rows = type == OutputType::Png
+        ? upright(*m_source, pngPixels())
+        : uprightAhead(*m_source, type == OutputType::Jpeg ? jpegPixels() : bmpPixels(),
+                       options.threads);
     const PageProperties page = uprightPage(*m_source, *rows);
     if (type == OutputType::Jpeg)
         encodeJpeg(*rows, page, options.jpegQuality, *file);
     else if (type == OutputType::Png)
-        encodePng(*rows, page, *file);
+        encodePng(*rows, page, options.threads, *file);
     else
         encodeBmp(*rows, page, *file);
     return file;

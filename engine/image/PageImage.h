@@ -10,6 +10,7 @@
 namespace pagestack {
 
 class Settings;
+class SpareThreads;
 class StagedFile;
 enum class OutputType : int;
 struct PreparedPage;
@@ -20,6 +21,7 @@ struct SaveOptions
 {
     int jpegQuality = 10; ///< as for PageImage::saveAsJpegWithName
     int tiffCompressionIndex = 0; ///< as for PageImage::saveAsTiffWithName
+    SpareThreads* threads = nullptr; ///< may help with a large page; null: there are none
 };
 
 /// The image of one page, and the writers that turn it into a file.
@@ -45,8 +47,10 @@ public:
     /// Any other extension writes nothing and gives false.
     bool save(const QString& path, const Settings& settings);
 
-    /// The same with what was made of the page ahead by `stage`, for the same path.
-    bool save(const QString& path, const Settings& settings, PreparedPage prepared);
+    /// The same with what was made of the page ahead by `stage`, for the same path. If nothing was,
+    /// `threads` can help.
+    bool save(const QString& path, const Settings& settings, PreparedPage prepared,
+              SpareThreads* threads = nullptr);
 
     /// The first half of `save`: the complete file, which waits to be put in place and holds no
     /// memory. Throws std::runtime_error with the reason, which is told to nobody else.

@@ -95,7 +95,7 @@ TargetPixels pngPixels()
     return target;
 }
 
-void encodePng(RowSource& rows, const PageProperties& page, StagedFile& file)
+void encodePng(RowSource& rows, const PageProperties& page, SpareThreads* threads, StagedFile& file)
 {
     const PixelLayout& layout = rows.layout();
     PngChunks chunks(file);
@@ -103,7 +103,7 @@ void encodePng(RowSource& rows, const PageProperties& page, StagedFile& file)
     writeProfile(page.iccProfile, chunks);
     writePalette(layout.palette, chunks);
     writeDensity(page.resolution, chunks);
-    PixelStream data(layout, page.widthPx, page.heightPx, chunks);
+    PixelStream data(layout, page.widthPx, page.heightPx, chunks, threads);
     for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
         for (int i = 0; i < band.rows; ++i)
             data.addRow(band.row(i));

@@ -1,6 +1,7 @@
 #include "engine/image/RowSteps.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <functional>
 #include <vector>
@@ -11,6 +12,9 @@ namespace {
 
     using RowFunction = std::function<void(const std::uint8_t* from, std::uint8_t* to, int pixels)>;
 
+    /// What was made of a part of a band stays in the cache until it is used.
+    constexpr qsizetype wantedPartBytes = qsizetype { 128 } * 1024;
+
     /// Another source's rows, each put through a function that gives rows of another layout.
     class SteppedRows : public RowSource
     {
@@ -19,6 +23,9 @@ namespace {
             : m_source(std::move(source))
             , m_layout(std::move(layout))
             , m_step(std::move(step))
+            , m_strideBytes(m_layout.rowBytes(widthPx()))
+            , m_mostRows(static_cast<int>(std::max<qsizetype>(1, wantedPartBytes / m_strideBytes)))
+            , m_samples(static_cast<std::size_t>(m_mostRows * m_strideBytes))
         {
         }
         int widthPx() const override { return m_source->widthPx(); }
@@ -27,19 +34,26 @@ namespace {
 
         Band nextBand() override
         {
-            const Band band = m_source->nextBand();
-            const qsizetype stride = m_layout.rowBytes(widthPx());
-            m_samples.resize(static_cast<std::size_t>(stride) * static_cast<unsigned>(band.rows));
-            for (int i = 0; i < band.rows; ++i)
-                m_step(band.row(i), m_samples.data() + i * stride, widthPx());
-            return { m_samples.data(), band.rows, stride };
+            if (m_done == m_band.rows) {
+                m_band = m_source->nextBand();
+                m_done = 0;
+            }
+            const int rows = std::min(m_mostRows, m_band.rows - m_done);
+            for (int i = 0; i < rows; ++i)
+                m_step(m_band.row(m_done + i), m_samples.data() + i * m_strideBytes, widthPx());
+            m_done += rows;
+            return { m_samples.data(), rows, m_strideBytes };
         }
 
     private:
         std::unique_ptr<RowSource> m_source;
         PixelLayout m_layout;
         RowFunction m_step;
+        qsizetype m_strideBytes;
+        int m_mostRows; ///< of a band
         std::vector<std::uint8_t> m_samples;
+        Band m_band; ///< of the source
+        int m_done = 0; ///< rows of `m_band` that were handed out
     };
 
     /// Calls `use(pixel index, value)` for every packed sample of a row.
@@ -55,26 +69,32 @@ namespace {
         }
     }
 
-    /// Gray samples of 1, 2 or 4 bits to bytes: eight pixels of a bilevel row at a time.
-    RowFunction grayToBytes(int bits)
+    /// Gray samples to bytes, those of a whole packed byte at a time.
+    template <int bits>
+    RowFunction grayToBytes()
     {
-        const unsigned top = (1U << static_cast<unsigned>(bits)) - 1U;
-        const auto perByte = static_cast<std::size_t>(8 / bits);
-        std::vector<std::uint8_t> table(256 * perByte);
+        constexpr unsigned top = (1U << bits) - 1U;
+        constexpr std::size_t perByte = 8 / bits;
+        std::array<std::array<std::uint8_t, perByte>, 256> table {};
         for (unsigned byte = 0; byte < 256; ++byte) {
             const auto packed = static_cast<std::uint8_t>(byte);
             forEachPacked(&packed, bits, static_cast<int>(perByte), [&](int i, unsigned value) {
-                table[byte * perByte + static_cast<unsigned>(i)]
+                table[byte][static_cast<std::size_t>(i)]
                     = static_cast<std::uint8_t>(value * 255U / top);
             });
         }
-        return [table, perByte](const std::uint8_t* from, std::uint8_t* to, int pixels) {
+        return [table](const std::uint8_t* from, std::uint8_t* to, int pixels) {
             const auto whole = static_cast<std::size_t>(pixels) / perByte;
             for (std::size_t i = 0; i < whole; ++i)
-                std::memcpy(to + i * perByte, table.data() + from[i] * perByte, perByte);
+                std::memcpy(to + i * perByte, table[from[i]].data(), perByte);
             if (const auto rest = static_cast<std::size_t>(pixels) % perByte; rest != 0)
-                std::memcpy(to + whole * perByte, table.data() + from[whole] * perByte, rest);
+                std::memcpy(to + whole * perByte, table[from[whole]].data(), rest);
         };
+    }
+
+    RowFunction grayToBytes(int bits)
+    {
+        return bits == 1 ? grayToBytes<1>() : bits == 2 ? grayToBytes<2>() : grayToBytes<4>();
     }
 
     RowFunction indexesToBytes(int bits)

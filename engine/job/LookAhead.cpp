@@ -29,13 +29,15 @@ namespace {
 } // namespace
 
 LookAhead::LookAhead(QList<OutputFile> plan, const Settings& settings, int workers,
-                     TargetFilter isWanted, const std::atomic<bool>& isRunning)
+                     SpareThreads& threads, TargetFilter isWanted,
+                     const std::atomic<bool>& isRunning)
     : m_plan(std::move(plan))
     , m_settings(settings)
+    , m_threads(threads)
     , m_isWanted(std::move(isWanted))
     , m_isRunning(isRunning)
     , m_mostSteps(stepsAhead(workers))
-    , m_workers(workers, isRunning)
+    , m_workers(workers, threads, isRunning)
 {
 }
 
@@ -168,7 +170,8 @@ bool LookAhead::lookAtPage(const OutputFile& output)
         step.task->source = m_source;
         step.task->page = m_nextPage;
         step.task->targetPath = path;
-        step.task->options = { m_settings.jpegQuality(), m_settings.tiffCompressionIndex() };
+        step.task->options
+            = { m_settings.jpegQuality(), m_settings.tiffCompressionIndex(), &m_threads };
     }
     ++m_nextPage;
     m_steps.push_back(step);

@@ -28,9 +28,10 @@ public:
     using TargetFilter = std::function<bool(const QString& outputPath)>;
 
     /// Prepares with `workers` threads what `plan` and `settings` ask for, except for targets that
-    /// `isWanted` refuses. `settings` and `isRunning` (see PageWorkers) are borrowed.
-    LookAhead(QList<OutputFile> plan, const Settings& settings, int workers, TargetFilter isWanted,
-              const std::atomic<bool>& isRunning);
+    /// `isWanted` refuses. Those that are idle, out of `threads`, help with large pages.
+    /// `settings`, `threads` and `isRunning` (see PageWorkers) are borrowed.
+    LookAhead(QList<OutputFile> plan, const Settings& settings, int workers, SpareThreads& threads,
+              TargetFilter isWanted, const std::atomic<bool>& isRunning);
 
     /// Ends the workers; what was not taken is removed.
     ~LookAhead();
@@ -71,6 +72,7 @@ private:
 
     const QList<OutputFile> m_plan;
     const Settings& m_settings;
+    SpareThreads& m_threads;
     const TargetFilter m_isWanted;
     const std::atomic<bool>& m_isRunning;
     const std::size_t m_mostSteps;

@@ -14,9 +14,10 @@ namespace {
 
 } // namespace
 
-PageWorkers::PageWorkers(int mostThreads, const std::atomic<bool>& isRunning)
+PageWorkers::PageWorkers(int mostThreads, SpareThreads& threads, const std::atomic<bool>& isRunning)
     : m_mostThreads(static_cast<std::size_t>(mostThreads))
     , m_mostBytes(decodedBytesAWorker * m_mostThreads)
+    , m_spareThreads(threads)
     , m_isRunning(isRunning)
 {
 }
@@ -86,10 +87,14 @@ void PageWorkers::withdrawAll()
 void PageWorkers::work()
 {
     Desk desk;
+    ThreadClaim self;
     for (;;) {
         std::shared_ptr<PageTask> task;
         {
             std::unique_lock lock(m_mutex);
+            // Not between two pages: another worker would take help that it keeps for its page.
+            if (m_waiting.empty())
+                self.giveBack();
             ++m_idle;
             m_hasWork.wait(lock, [this] { return m_isClosing || !m_waiting.empty(); });
             --m_idle;
@@ -105,6 +110,8 @@ void PageWorkers::work()
                 continue;
             task->state = PageTask::State::InWork;
         }
+        if (!self)
+            self = m_spareThreads.take();
         prepare(*task, desk);
     }
 }

@@ -3,6 +3,7 @@
 #include "engine/image/PageImage.h"
 #include "engine/image/PreparedPage.h"
 #include "engine/job/SharedSource.h"
+#include "engine/support/SpareThreads.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -42,9 +43,10 @@ struct PageTask
 class PageWorkers
 {
 public:
-    /// No thread is made before there is work for it. `isRunning` becomes false when the run is
-    /// cancelled: no page is begun any more, those in work are finished.
-    PageWorkers(int mostThreads, const std::atomic<bool>& isRunning);
+    /// No thread is made before there is work for it; one that has work is taken from `threads`,
+    /// which outlives the workers. `isRunning` becomes false when the run is cancelled: no page is
+    /// begun any more, those in work are finished.
+    PageWorkers(int mostThreads, SpareThreads& threads, const std::atomic<bool>& isRunning);
 
     /// Waits for the pages in work.
     ~PageWorkers();
@@ -76,6 +78,7 @@ private:
 
     const std::size_t m_mostThreads;
     const std::uint64_t m_mostBytes; ///< of decoded pages in work, unless there is one only
+    SpareThreads& m_spareThreads;
     const std::atomic<bool>& m_isRunning;
     std::vector<std::thread> m_threads; ///< job's thread only
 

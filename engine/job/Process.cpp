@@ -4,6 +4,7 @@
 #include "engine/job/LookAhead.h"
 #include "engine/job/OutputNames.h"
 #include "engine/support/MainThread.h"
+#include "engine/support/SpareThreads.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/TimeText.h"
 #include "engine/support/Workspace.h"
@@ -95,7 +96,7 @@ void Process::convertOutputs()
     log()->startTime = QDateTime::currentDateTime();
     setMessage(u""_s);
     const QList<OutputFile> plan = outputFiles();
-    startLookAhead(plan);
+    startThreads(plan);
     // Before the end is announced: what was prepared and not taken is gone by then.
     const auto endLookAhead = qScopeGuard([this] { m_lookAhead.reset(); });
     for (qsizetype i = 0; i < plan.size(); ++i) {
@@ -109,13 +110,14 @@ void Process::convertOutputs()
     }
 }
 
-void Process::startLookAhead(const QList<OutputFile>& plan)
+void Process::startThreads(const QList<OutputFile>& plan)
 {
     const int jobs = m_jobs > 0 ? m_jobs : QThread::idealThreadCount();
+    m_threads = std::make_unique<SpareThreads>(jobs);
     if (jobs > 1 && hasSeveralPages(plan))
         m_lookAhead = std::make_unique<LookAhead>(
-            plan, *settings(), jobs, [this](const QString& path) { return isWanted(path); },
-            m_isCombining);
+            plan, *settings(), jobs, *m_threads,
+            [this](const QString& path) { return isWanted(path); }, m_isCombining);
 }
 
 std::unique_ptr<TiffDocument> Process::openSource(const QString& path, PlanPlace place)
@@ -240,7 +242,7 @@ void Process::savePage(const Source& source, PageImage& image, LogFile& record)
     PageOutcome outcome = PageOutcome::Skipped;
     if (!isWanted(path)) {
         record.status = u"Skipped"_s;
-    } else if (image.save(path, *settings(), takePage(source.document, page))) {
+    } else if (saveImage(image, path, takePage(source.document, page))) {
         outcome = PageOutcome::Written;
         record.status = u"Completed"_s;
         setTotalFileCreated(totalFileCreated() + 1);
@@ -252,6 +254,12 @@ void Process::savePage(const Source& source, PageImage& image, LogFile& record)
         emit troubleMet(sourcePath, page, image.failureReason());
     }
     emit pageDone(sourcePath, page, path, outcome);
+}
+
+bool Process::saveImage(PageImage& image, const QString& path, PreparedPage prepared)
+{
+    const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads->take();
+    return image.save(path, *settings(), std::move(prepared), m_threads.get());
 }
 
 bool Process::isWanted(const QString& outputPath) const

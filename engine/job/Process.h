@@ -17,6 +17,7 @@ class LookAhead;
 class MultiPageTiff;
 class PageImage;
 struct PreparedPage;
+class SpareThreads;
 class TiffDocument;
 class Workspace;
 
@@ -106,9 +107,10 @@ public:
     void setTargetFilter(TargetFilter filter) { m_targetFilter = std::move(filter); }
 
     /// How many pages are worked on at the same time: that many threads prepare the pages that come
-    /// next, while the job's own takes them one after the other. What the job announces, logs and
-    /// writes does not depend on it. 0, as at first: as many as the machine has cores. 1: none
-    /// besides the job's own. To be set before the start.
+    /// next, while the job's own takes them one after the other. When there are fewer pages,
+    /// several threads work on a large one. What the job announces, logs and writes does not depend
+    /// on it. 0, as at first: as many as the machine has cores. 1: none besides the job's own. To
+    /// be set before the start.
     void setJobs(int jobs) { m_jobs = jobs; }
 
     bool isCombining() const { return m_isCombining; }
@@ -173,7 +175,8 @@ private:
     void convertOutputs();
     void convertOutput(const OutputFile& output, qsizetype index);
     void convertItem(const OutputFile& output, PlanPlace place, LogFiles& record);
-    void startLookAhead(const QList<OutputFile>& plan);
+    void startThreads(const QList<OutputFile>& plan);
+    bool saveImage(PageImage& image, const QString& path, PreparedPage prepared);
     std::unique_ptr<TiffDocument> openSource(const QString& path, PlanPlace place);
     PreparedPage takePage(const TiffDocument& document, int page);
     void convertDocument(const Source& source, const FileItem& item);
@@ -209,8 +212,9 @@ private:
     Workspace* m_workspace;
     TimeLine m_updateTimeTakenLabel;
     TargetFilter m_targetFilter;
-    bool m_hasFailed = false; ///< as the next two, job's thread only
+    bool m_hasFailed = false; ///< as the next three, job's thread only
     int m_jobs = 0;
+    std::unique_ptr<SpareThreads> m_threads; ///< of the run; null before it
     std::unique_ptr<LookAhead> m_lookAhead; ///< null outside of a run and when one thread does all
 
     std::atomic<bool> m_isCombining = false;

@@ -12,6 +12,7 @@ namespace {
     // Deflate with a window of 32 KB; made by a fast coder, which is what decoders may know of it.
     constexpr std::array<std::uint8_t, 2> streamHeader = { 0x78, 0x01 };
     constexpr std::size_t checksumBytes = 4;
+    constexpr std::size_t frameBytes = std::max(streamHeader.size(), checksumBytes);
     // Readers need not hold more of a stream at a time; a chunk of any length would be in order.
     constexpr std::size_t mostChunkBytes = std::size_t { 1024 } * 1024;
 
@@ -28,57 +29,90 @@ namespace {
         }
     }
 
+    /// The Adler-32 of bytes whose first ones have `first` and whose last ones, `secondBytes` of
+    /// them, have `second` (RFC 1950, chapter 8): each of the last ones counts the sum before it
+    /// once.
+    std::uint32_t joinedChecksum(std::uint32_t first, std::uint32_t second, std::size_t secondBytes)
+    {
+        constexpr std::uint64_t base = 65521;
+        const std::uint64_t sumBefore = (first % 65536 + base - 1) % base; // sums start at 1
+        const std::uint64_t sum = (sumBefore + second % 65536) % base;
+        const std::uint64_t sums
+            = (secondBytes % base * sumBefore + first / 65536 + second / 65536) % base;
+        return static_cast<std::uint32_t>(sums * 65536 + sum);
+    }
+
 } // namespace
 
 PixelStream::PixelStream(const PixelLayout& layout, int widthPx, int heightPx, PngChunks& chunks,
-                         std::size_t sectionBytes)
+                         SpareThreads* threads, std::size_t sectionBytes)
     : m_chunks(chunks)
     , m_swapsBytes(layout.bitsPerSample == 16 && std::endian::native == std::endian::little)
     , m_rowBytes(static_cast<std::size_t>(layout.rowBytes(widthPx)))
     , m_rowsToCome(static_cast<std::size_t>(heightPx))
     , m_sectionRows(std::clamp<std::size_t>(sectionBytes / (1 + m_rowBytes), 1, m_rowsToCome))
-    , m_coder(m_rowBytes, pixelBytes(layout),
-              layout.model == ColorModel::Palette || layout.bitsPerSample < 8, m_sectionRows)
-    , m_raw(std::make_unique_for_overwrite<std::uint8_t[]>((1 + m_sectionRows) * m_rowBytes))
-    , m_compressed(std::make_unique_for_overwrite<std::uint8_t[]>(
-          streamHeader.size() + SectionCoder::bound(m_sectionRows * (1 + m_rowBytes))
-          + checksumBytes))
+    , m_section(std::make_unique<Section>(m_rowBytes, m_sectionRows, frameBytes))
+    , m_line(
+          [=, bytesOfRow = m_rowBytes, mostRows = m_sectionRows, bytes = pixelBytes(layout),
+           isPacked = layout.model == ColorModel::Palette || layout.bitsPerSample < 8] {
+              return std::make_unique<SectionCoder>(bytesOfRow, bytes, isPacked, mostRows);
+          },
+          threads)
 {
-    std::fill_n(m_raw.get(), m_rowBytes, std::uint8_t { 0 });
+    std::fill_n(m_section->raw.get(), m_rowBytes, std::uint8_t { 0 });
 }
 
 void PixelStream::addRow(const std::uint8_t* row)
 {
-    std::uint8_t* const to = m_raw.get() + (1 + m_rows) * m_rowBytes;
+    std::uint8_t* const to = m_section->raw.get() + (1 + m_section->rows) * m_rowBytes;
     if (m_swapsBytes)
         copySwapped(row, m_rowBytes, to);
     else
         std::copy_n(row, m_rowBytes, to);
-    ++m_rows;
+    ++m_section->rows;
     --m_rowsToCome;
-    if (m_rows == m_sectionRows || m_rowsToCome == 0)
-        writeSection();
+    if (m_section->rows == m_sectionRows || m_rowsToCome == 0)
+        endSection();
 }
 
-void PixelStream::writeSection()
+void PixelStream::endSection()
 {
-    const SectionRows rows { m_raw.get() + m_rowBytes, m_rows, m_rowBytes };
-    const SectionPlan plan = m_coder.choosePlan(rows);
-    const std::span<const std::uint8_t> filtered = m_coder.filter(plan.filtering, rows);
-    m_checksum = libdeflate_adler32(m_checksum, filtered.data(), filtered.size());
     const bool isLastSection = m_rowsToCome == 0;
-    std::uint8_t* end = m_compressed.get();
-    if (m_isFirstSection)
-        end = std::copy(streamHeader.begin(), streamHeader.end(), end);
+    m_section->endsStream = isLastSection;
+    const SectionRows ended = m_section->filled();
+    const std::vector<std::uint8_t> lastRow(ended.row(ended.count - 1), ended.row(ended.count));
+    m_line.add(std::move(m_section));
+    while (std::unique_ptr<Section> section = m_line.take(isLastSection)) {
+        writeSection(*section);
+        m_unused.push_back(std::move(section));
+    }
+    if (isLastSection)
+        return;
+    if (m_unused.empty()) {
+        m_section = std::make_unique<Section>(m_rowBytes, m_sectionRows, frameBytes);
+    } else {
+        m_section = std::move(m_unused.back());
+        m_unused.pop_back();
+        m_section->reset();
+    }
+    std::copy(lastRow.begin(), lastRow.end(), m_section->raw.get());
+}
+
+void PixelStream::writeSection(Section& section)
+{
+    std::uint8_t* start = section.compressed.get() + frameBytes;
+    std::uint8_t* end = start + section.compressedBytes;
+    m_checksum = joinedChecksum(m_checksum, section.checksum, section.filled().filteredBytes());
+    if (m_isFirstSection) {
+        start -= streamHeader.size();
+        std::copy(streamHeader.begin(), streamHeader.end(), start);
+    }
     m_isFirstSection = false;
-    end += m_coder.compress(plan.coding, filtered, isLastSection, end);
-    if (isLastSection) {
+    if (section.endsStream) {
         putBigEndian32(m_checksum, end);
         end += checksumBytes;
     }
-    writeChunks({ m_compressed.get(), end });
-    std::copy_n(rows.row(m_rows - 1), m_rowBytes, m_raw.get());
-    m_rows = 0;
+    writeChunks({ start, end });
 }
 
 void PixelStream::writeChunks(std::span<const std::uint8_t> bytes)

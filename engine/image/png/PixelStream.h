@@ -2,7 +2,7 @@
 
 #include "engine/image/PixelLayout.h"
 #include "engine/image/png/PngChunks.h"
-#include "engine/image/png/SectionCoder.h"
+#include "engine/image/png/SectionLine.h"
 
 namespace pagestack {
 
@@ -15,16 +15,18 @@ public:
     static constexpr std::size_t usualSectionBytes = std::size_t { 4 } * 1024 * 1024;
 
     /// For an image of `heightPx` rows. A section has as many rows as fit into `sectionBytes`, at
-    /// least one.
+    /// least one. `threads`, null when there are none to be had, can help with the sections, which
+    /// changes no byte of the stream.
     PixelStream(const PixelLayout& layout, int widthPx, int heightPx, PngChunks& chunks,
-                std::size_t sectionBytes = usualSectionBytes);
+                SpareThreads* threads = nullptr, std::size_t sectionBytes = usualSectionBytes);
 
     /// Takes the next row, in the layout of the constructor. With the last row of the image the
     /// stream is complete. Throws std::runtime_error when the file takes no more.
     void addRow(const std::uint8_t* row);
 
 private:
-    void writeSection();
+    void endSection();
+    void writeSection(Section& section);
     void writeChunks(std::span<const std::uint8_t> bytes);
 
     PngChunks& m_chunks;
@@ -32,12 +34,11 @@ private:
     std::size_t m_rowBytes;
     std::size_t m_rowsToCome;
     std::size_t m_sectionRows;
-    SectionCoder m_coder;
-    std::unique_ptr<std::uint8_t[]> m_raw; ///< the row above the section and those of the section
-    std::size_t m_rows = 0; ///< of the section, so far
-    std::unique_ptr<std::uint8_t[]> m_compressed;
+    std::unique_ptr<Section> m_section; ///< being filled; null when the image is complete
+    std::vector<std::unique_ptr<Section>> m_unused;
     std::uint32_t m_checksum = 1; ///< Adler-32 of all filtered rows
     bool m_isFirstSection = true;
+    SectionLine m_line; ///< last: its threads use what they were given
 };
 
 } // namespace pagestack

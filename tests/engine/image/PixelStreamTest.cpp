@@ -108,6 +108,7 @@ private slots:
     void isReadBack_data();
     void isReadBack();
     void isReadBackWhenSectionsAreSampled();
+    void takesSpareThreadsAndGivesThemBack();
     void filtersAsTheFormatSays();
     void choosesTheFilterWithTheLeastDifferences();
     void choosesThePlanByThePixels();
@@ -140,7 +141,7 @@ void PixelStreamTest::isReadBack()
              { std::size_t { 1 }, 7 * rowBytes, PixelStream::usualSectionBytes }) {
             const Bytes rows = rowsOf(layout, content);
             const Picture picture = readBack(layout, usualHeight, [&](PngChunks& chunks) {
-                PixelStream data(layout, width, usualHeight, chunks, sectionBytes);
+                PixelStream data(layout, width, usualHeight, chunks, nullptr, sectionBytes);
                 for (std::size_t y = 0; y < usualHeight; ++y)
                     data.addRow(rows.data() + y * rowBytes);
             });
@@ -161,12 +162,41 @@ void PixelStreamTest::isReadBackWhenSectionsAreSampled()
         rows.insert(rows.end(), part.begin(), part.end());
     }
     const std::size_t height = rows.size() / rowBytes;
-    const Picture picture = readBack(layout, static_cast<int>(height), [&](PngChunks& chunks) {
-        PixelStream data(layout, width, static_cast<int>(height), chunks, 2000 * rowBytes);
-        for (std::size_t y = 0; y < height; ++y)
-            data.addRow(rows.data() + y * rowBytes);
-    });
-    QCOMPARE(differenceFrom(rows, layout, picture), QString());
+    constexpr std::size_t sectionRows = 2000;
+    for (const int spare : { 0, 1, 2, 9 }) {
+        SpareThreads threads(1 + spare);
+        ThreadClaim other = threads.take(); // until the second section begins
+        const Picture picture = readBack(layout, static_cast<int>(height), [&](PngChunks& chunks) {
+            PixelStream data(layout, width, static_cast<int>(height), chunks, &threads,
+                             sectionRows * (1 + rowBytes));
+            for (std::size_t y = 0; y < height; ++y) {
+                if (y == sectionRows)
+                    other.giveBack();
+                data.addRow(rows.data() + y * rowBytes);
+            }
+        });
+        QCOMPARE(differenceFrom(rows, layout, picture), QString());
+    }
+}
+
+void PixelStreamTest::takesSpareThreadsAndGivesThemBack()
+{
+    const PixelLayout layout = layoutOf(3, 8);
+    constexpr int height = 4000;
+    const Bytes rows = rowsOf(layout, "noise", height);
+    const QTemporaryDir folder;
+    StagedFile file(folder.filePath(u"a.png"_s));
+    PngChunks chunks(file);
+    SpareThreads threads(2);
+    {
+        PixelStream data(layout, width, height, chunks, &threads, rows.size() / 8);
+        for (std::size_t i = 0; i < rows.size() / 2; i += rows.size() / height)
+            data.addRow(rows.data() + i);
+        QVERIFY(!threads.tryTake());
+    }
+    const ThreadClaim one = threads.tryTake();
+    const ThreadClaim other = threads.tryTake();
+    QVERIFY(one && other);
 }
 
 void PixelStreamTest::filtersAsTheFormatSays()

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "engine/image/RowSource.h"
+#include "engine/support/SpareThreads.h"
+#include "engine/support/SystemLog.h"
+
+#include <array>
+#include <condition_variable>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace pagestack {
+
+/// The rows of another source, which reads on by a thread of its own while those at hand are used.
+/// That begins with the first band for which a thread is spare; before that the source's bands are
+/// handed out as they come.
+///
+/// What the source writes to the system log comes out on the thread of `nextBand`, before the rows
+/// that it was written for; what it throws comes after the rows before it.
+class RowsAhead : public RowSource
+{
+public:
+    /// `threads` outlives the rows.
+    RowsAhead(std::unique_ptr<RowSource> source, SpareThreads& threads);
+
+    /// Waits for the band that is being read.
+    ~RowsAhead() override;
+
+    int widthPx() const override { return m_source->widthPx(); }
+    int heightPx() const override { return m_source->heightPx(); }
+    const PixelLayout& layout() const override { return m_source->layout(); }
+    Band nextBand() override;
+
+private:
+    /// A part of a band that the thread has read.
+    struct Portion
+    {
+        std::unique_ptr<std::uint8_t[]> samples;
+        int rows = 0; ///< 0: the page is at its end, or there is a failure
+        HeldLines lines;
+        std::exception_ptr failure;
+    };
+
+    bool start();
+    Band take();
+    void readAll();
+    bool handOver(const Band& band, std::exception_ptr failure, HeldLines lines);
+    bool waitForRoom();
+    Portion& portion(std::size_t number) { return m_ring[number % m_ring.size()]; }
+
+    std::unique_ptr<RowSource> m_source; ///< from the start on its thread's
+    SpareThreads& m_threads;
+    const qsizetype m_strideBytes;
+    const int m_portionRows;
+    std::array<Portion, 4> m_ring;
+    bool m_isAtEnd = false; ///< user's thread only, as the next one
+    bool m_holdsPortion = false; ///< the oldest portion is in use
+
+    std::mutex m_mutex; ///< guards the fields below; a portion belongs to one side at a time
+    std::condition_variable m_changed;
+    std::size_t m_read = 0; ///< portions handed over
+    std::size_t m_used = 0; ///< portions given back
+    bool m_isClosing = false;
+
+    std::thread m_thread; ///< last: it uses the rest
+};
+
+} // namespace pagestack

@@ -1,0 +1,265 @@
+#include "engine/image/RowsAhead.h"
+
+#include "engine/image/PreparedPage.h"
+#include "engine/settings/Settings.h"
+#include "tests/engine/image/TiffBuilder.h"
+
+#include <QTest>
+
+#include <set>
+#include <stdexcept>
+
+using namespace pagestack;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What a source does, and what became of it.
+struct Script
+{
+    int width = 600;
+    int height = 3000;
+    int bandRows = 700;
+    int lastRow = 3000; ///< there the source ends, before its height as well
+    bool fails = false; ///< it does so with an exception
+    int bands = 0; ///< read so far
+    bool isGone = false;
+    std::set<std::thread::id> readers {};
+};
+
+std::uint8_t sampleAt(int x, int y) { return static_cast<std::uint8_t>(x * 7 + y * 13 + y / 256); }
+
+/// Announces each band in the system log, and overwrites it with the next one.
+class ScriptedRows : public RowSource
+{
+public:
+    explicit ScriptedRows(Script& script)
+        : m_script(script)
+    {
+    }
+    ~ScriptedRows() override { m_script.isGone = true; }
+    int widthPx() const override { return m_script.width; }
+    int heightPx() const override { return m_script.height; }
+    const PixelLayout& layout() const override { return m_layout; }
+
+    Band nextBand() override
+    {
+        m_script.readers.insert(std::this_thread::get_id());
+        systemLog(u"row %1"_s.arg(m_row));
+        const int rows = std::min(m_script.bandRows, m_script.lastRow - m_row);
+        if (rows == 0 && m_script.fails)
+            throw std::runtime_error("the rows are torn");
+        ++m_script.bands;
+        const qsizetype stride = m_script.width + 5; // with a gap between rows
+        m_samples.resize(static_cast<std::size_t>(stride * rows));
+        for (int y = 0; y < rows; ++y)
+            for (int x = 0; x < m_script.width; ++x)
+                m_samples[static_cast<std::size_t>(y * stride + x)] = sampleAt(x, m_row + y);
+        m_row += rows;
+        return { m_samples.data(), rows, stride };
+    }
+
+private:
+    Script& m_script;
+    PixelLayout m_layout;
+    std::vector<std::uint8_t> m_samples;
+    int m_row = 0;
+};
+
+/// What comes out of `rows`: messages and runs of correct rows in their order.
+QStringList story(RowSource& rows, const std::function<void(int row)>& atBand)
+{
+    LogHold hold;
+    QStringList told;
+    int next = 0;
+    const auto tellMessages = [&] {
+        for (const HeldLine& line : hold.takeLines())
+            told << line.text;
+    };
+    try {
+        for (;;) {
+            atBand(next);
+            const Band band = rows.nextBand();
+            tellMessages();
+            if (band.rows == 0)
+                break;
+            for (int i = 0; i < band.rows; ++i, ++next)
+                for (int x = 0; x < rows.widthPx(); ++x)
+                    if (band.row(i)[x] != sampleAt(x, next))
+                        told << u"wrong sample %1 in row %2"_s.arg(x).arg(next);
+        }
+        if (rows.nextBand().rows != 0)
+            told << u"rows after the end"_s;
+    } catch (const std::runtime_error& error) {
+        tellMessages();
+        told << QString::fromStdString(error.what());
+    }
+    return told << u"%1 rows"_s.arg(next);
+}
+
+} // namespace
+
+class RowsAheadTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void tellsTheStoryOfItsSource_data();
+    void tellsTheStoryOfItsSource();
+    void readsNoFurtherThanItsRing();
+    void writesTheSameFileWithSpareThreads_data();
+    void writesTheSameFileWithSpareThreads();
+    void countsWhoIsAtWork();
+};
+
+void RowsAheadTest::tellsTheStoryOfItsSource_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("bandRows");
+    QTest::addColumn<int>("lastRow");
+    QTest::addColumn<bool>("fails");
+    QTest::addColumn<int>("spareFromRow"); // a thread is spare from this row on
+    QTest::newRow("bands larger than portions") << 600 << 700 << 3000 << false << 0;
+    QTest::newRow("single rows") << 40 << 1 << 3000 << false << 0;
+    QTest::newRow("rows larger than portions") << 300'000 << 2 << 7 << false << 0;
+    QTest::newRow("a thread becomes spare midway") << 600 << 300 << 3000 << false << 1500;
+    QTest::newRow("a thread becomes spare at the end") << 600 << 300 << 3000 << false << 3000;
+    QTest::newRow("fails midway") << 600 << 300 << 1234 << true << 0;
+    QTest::newRow("fails at once") << 600 << 300 << 0 << true << 0;
+    QTest::newRow("fails when a thread becomes spare") << 600 << 300 << 600 << true << 600;
+    QTest::newRow("ends before its height") << 600 << 300 << 1234 << false << 0;
+    QTest::newRow("no rows") << 600 << 300 << 0 << false << 0;
+}
+
+void RowsAheadTest::tellsTheStoryOfItsSource()
+{
+    QFETCH(int, width);
+    QFETCH(int, bandRows);
+    QFETCH(int, lastRow);
+    QFETCH(bool, fails);
+    QFETCH(int, spareFromRow);
+    const Script script {
+        .width = width, .bandRows = bandRows, .lastRow = lastRow, .fails = fails
+    };
+    SpareThreads threads(1);
+    ThreadClaim other = threads.take();
+    Script alone = script;
+    const QStringList expected = [&] {
+        RowsAhead rows(std::make_unique<ScriptedRows>(alone), threads);
+        return story(rows, [](int) {});
+    }();
+    QCOMPARE(expected.last(), u"%1 rows"_s.arg(lastRow));
+    QCOMPARE(expected.count(u"the rows are torn"_s), fails ? 1 : 0);
+    QCOMPARE(alone.readers, std::set { std::this_thread::get_id() });
+
+    Script helped = script;
+    {
+        RowsAhead rows(std::make_unique<ScriptedRows>(helped), threads);
+        const QStringList told = story(rows, [&](int row) {
+            if (row >= spareFromRow)
+                other.giveBack();
+        });
+        QCOMPARE(told, expected);
+    }
+    QCOMPARE(helped.readers.size(), spareFromRow == 0 ? 1U : 2U);
+    QVERIFY(helped.readers != alone.readers);
+    QVERIFY(threads.tryTake());
+}
+
+void RowsAheadTest::readsNoFurtherThanItsRing()
+{
+    for (const int taken : { 1, 2, 5 }) {
+        Script script { .width = 200'000, .bandRows = 1 };
+        SpareThreads threads(1);
+        {
+            const LogHold quiet;
+            RowsAhead rows(std::make_unique<ScriptedRows>(script), threads);
+            for (int i = 0; i < taken; ++i)
+                QCOMPARE(rows.nextBand().rows, 1);
+            QVERIFY(!threads.tryTake());
+        }
+        QVERIFY(script.isGone && threads.tryTake());
+        // Four lie in the ring, of which one is in use, and one waits for room.
+        QVERIFY2(script.bands <= taken + 4, qPrintable(QString::number(script.bands)));
+    }
+}
+
+void RowsAheadTest::writesTheSameFileWithSpareThreads_data()
+{
+    QTest::addColumn<TestPage>("page");
+    QTest::addColumn<QString>("extension");
+    const auto large = [](TestPage page) {
+        page.width = 2048;
+        page.height = 2048;
+        page.rows = 100;
+        page.sample = [](int x, int y, int c) -> std::uint64_t {
+            return static_cast<unsigned>(x / 8 * (c + 1) + y / 4 + (y / 512 % 2) * (x * y % 64))
+                & 255U;
+        };
+        return page;
+    };
+    for (const QString& name : { u"jpg rgb"_s, u"jpg fax"_s, u"png rgb"_s, u"bmp fax"_s,
+                                 u"bmp rgb orientation=6"_s, u"gif rgb"_s, u"tiff rgb"_s })
+        QTest::newRow(qPrintable(name))
+            << large(qPrintable(name.section(u' ', 1))) << name.section(u' ', 0, 0);
+}
+
+void RowsAheadTest::writesTheSameFileWithSpareThreads()
+{
+    QFETCH(TestPage, page);
+    QFETCH(QString, extension);
+    SinglePage single(page);
+    Settings settings(nullptr);
+    QByteArray alone;
+    for (const int spare : { 0, 2 }) {
+        SpareThreads threads(spare);
+        std::vector<ThreadClaim> given;
+        const QString path = single.path(u"%1.%2"_s.arg(spare).arg(extension));
+        QVERIFY2(single.image().save(path, settings, {}, &threads),
+                 qPrintable(single.image().failureReason()));
+        if (spare == 0)
+            alone = bytesOf(path);
+        QVERIFY(bytesOf(path).size() > 1000);
+        QVERIFY(bytesOf(path) == alone);
+        for (int i = 0; i < spare; ++i)
+            given.push_back(threads.tryTake());
+        QVERIFY(std::all_of(given.begin(), given.end(), [](const auto& claim) { return !!claim; }));
+    }
+}
+
+void RowsAheadTest::countsWhoIsAtWork()
+{
+    SpareThreads threads(2);
+    ThreadClaim first = threads.tryTake();
+    ThreadClaim second = threads.take();
+    ThreadClaim third = threads.take();
+    QVERIFY(first && second && third && !threads.tryTake());
+    first = std::move(third); // gives the first one back
+    third = ThreadClaim();
+    QVERIFY(!threads.tryTake());
+    first.giveBack();
+    QVERIFY(threads.tryTake());
+    second.giveBack();
+    QVERIFY(!second && threads.tryTake());
+
+    std::atomic<int> atWork = 0;
+    std::atomic<int> most = 0;
+    std::vector<std::thread> workers;
+    for (int i = 0; i < 4; ++i)
+        workers.emplace_back([&] {
+            for (int k = 0; k < 5000; ++k)
+                if (const ThreadClaim claim = threads.tryTake()) {
+                    most = std::max<int>(most, ++atWork);
+                    --atWork;
+                }
+        });
+    for (std::thread& worker : workers)
+        worker.join();
+    QVERIFY2(most >= 1 && most <= 2, qPrintable(QString::number(most)));
+    const ThreadClaim one = threads.tryTake();
+    const ThreadClaim other = threads.tryTake();
+    QVERIFY(one && other && !threads.tryTake());
+}
+
+QTEST_APPLESS_MAIN(RowsAheadTest)
+#include "RowsAheadTest.moc"
