@@ -11,8 +11,9 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::size_t stepsAWorker = 4;
-    constexpr std::size_t fewestSteps = 8;
+    // A source of one page takes two steps, and pages that take long may lie apart.
+    constexpr std::size_t stepsAWorker = 12;
+    constexpr std::size_t fewestSteps = 24;
 
     /// A step can hold its source and its output open. Most of what may be open is left to the
     /// rest of the program.

@@ -300,9 +300,9 @@ void LookAheadTest::holdsNoMoreThanAWindow()
             mostStaged = std::max(mostStaged, countOf(fixture.folder.path(u"out"_s), u".*"_s));
         };
         fixture.run();
-        // Eight steps, each with a source and an output, and what two workers and the job hold.
-        QVERIFY2(mostOpen <= 2 * 8 + 6, qPrintable(QString::number(mostOpen)));
-        QVERIFY2(mostStaged <= 8 + 3, qPrintable(QString::number(mostStaged)));
+        // 24 steps, each with a source and an output, and what two workers and the job hold.
+        QVERIFY2(mostOpen <= 2 * 24 + 6, qPrintable(QString::number(mostOpen)));
+        QVERIFY2(mostStaged <= 24 + 3, qPrintable(QString::number(mostStaged)));
         QVERIFY(mostOpen > 2); // or nothing was prepared
         QCOMPARE(fixture.events.filter(QRegularExpression(u"^page .* Written$"_s)).size(), 400);
         QCOMPARE(countOf(u"/proc/self/fd"_s, {}), before);
