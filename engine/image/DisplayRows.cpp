@@ -14,6 +14,7 @@
 #include <cstring>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 namespace pagestack {
 
@@ -134,6 +135,9 @@ namespace {
         }
     }
 
+    /// Strips and tiles may be large; what is made of them is shown in smaller bands.
+    constexpr qsizetype mostShownBytes = 4 * 1024 * 1024;
+
     class DisplayRows : public RowSource
     {
     public:
@@ -163,29 +167,36 @@ namespace {
 
         Band nextBand() override
         {
-            const StoredBand stored = m_stored.nextBand();
-            if (stored.rows == 0)
+            if (m_shownRows == m_band.rows) {
+                m_band = m_stored.nextBand();
+                m_shownRows = 0;
+            }
+            const qsizetype stride = m_layout.rowBytes(widthPx());
+            const int rows = static_cast<int>(std::min<qsizetype>(
+                m_band.rows - m_shownRows, std::max<qsizetype>(1, mostShownBytes / stride)));
+            const int first = std::exchange(m_shownRows, m_shownRows + rows);
+            if (rows == 0)
                 return {};
             if (m_mode == Mode::AsStored)
-                return { stored.planes.front(), stored.rows, stored.strideBytes };
-            const qsizetype stride = m_layout.rowBytes(widthPx());
-            m_samples.resize(static_cast<std::size_t>(stride) * static_cast<unsigned>(stored.rows));
-            for (int i = 0; i < stored.rows; ++i) {
+                return { m_band.row(0, first), rows, m_band.strideBytes };
+            m_samples.resize(static_cast<std::size_t>(stride) * static_cast<unsigned>(rows));
+            for (int i = 0; i < rows; ++i) {
+                const std::uint8_t* from = m_band.row(0, first + i);
                 std::uint8_t* to = m_samples.data() + i * stride;
                 switch (m_mode) {
                 case Mode::Inverted:
-                    std::transform(
-                        stored.row(0, i), stored.row(0, i) + stride, to,
-                        [](std::uint8_t byte) { return static_cast<std::uint8_t>(~byte); });
+                    std::transform(from, from + stride, to, [](std::uint8_t byte) {
+                        return static_cast<std::uint8_t>(~byte);
+                    });
                     break;
                 case Mode::LookedUp:
-                    lookUp(stored, i, to);
+                    lookUp(m_band, first + i, to);
                     break;
                 default:
-                    convert(stored, i, to);
+                    convert(m_band, first + i, to);
                 }
             }
-            return { m_samples.data(), stored.rows, stride };
+            return { m_samples.data(), rows, stride };
         }
 
     private:
@@ -326,6 +337,8 @@ namespace {
 
         TiffPageTags m_tags;
         StoredRows m_stored;
+        StoredBand m_band;
+        int m_shownRows = 0; ///< of `m_band`
         SampleUnpacker m_unpacker;
         AlphaSample m_alpha;
         std::vector<RgbColor> m_palette;

@@ -12,7 +12,10 @@ namespace pagestack {
 namespace {
 
     constexpr std::uint64_t wantedBandBytes = 1024 * 1024;
-    constexpr std::uint64_t largestBandBytes = 192 * 1024 * 1024;
+    /// What is held of a page at most: a band, and the strip or tile that libtiff makes it of.
+    constexpr std::uint64_t mostHeldBytes = 256 * 1024 * 1024;
+    /// Strips and tiles may be large; what is made of them is shown in smaller bands.
+    constexpr std::uint64_t mostShownBytes = 4 * 1024 * 1024;
 
     class RgbaRows : public RowSource
     {
@@ -43,14 +46,12 @@ namespace {
 
         Band nextBand() override
         {
-            const std::uint32_t rows = std::min(m_bandRows, m_tags.heightPx - m_nextRow);
-            if (rows == 0)
-                return {};
-            m_image.row_offset = static_cast<int>(m_nextRow);
-            const int ok = TIFFRGBAImageGet(&m_image, m_raster.data(), m_tags.widthPx, rows);
-            if (ok == 0 || m_file.messages().failed())
-                m_file.messages().fail("the pixels cannot be decoded");
-            m_nextRow += rows;
+            if (m_shownRows == m_decodedRows)
+                decode();
+            const auto rowBytes = static_cast<std::uint64_t>(m_layout.rowBytes(widthPx()));
+            const auto rows = static_cast<std::uint32_t>(
+                std::min<std::uint64_t>(m_decodedRows - m_shownRows,
+                                        std::max<std::uint64_t>(1, mostShownBytes / rowBytes)));
             unpack(rows);
             return { m_samples.data(), static_cast<int>(rows), m_layout.rowBytes(widthPx()) };
         }
@@ -66,17 +67,38 @@ namespace {
                 = std::max<std::uint64_t>(1, wantedBandBytes / (piece * rowBytes));
             m_bandRows = static_cast<std::uint32_t>(
                 std::min<std::uint64_t>(piece * pieces, m_tags.heightPx));
-            if (m_bandRows * rowBytes > largestBandBytes)
-                throw std::runtime_error("its strips are too large");
+            const std::uint64_t pieceBytes
+                = m_tags.isTiled ? TIFFTileSize64(m_image.tif) : TIFFStripSize64(m_image.tif);
+            if (m_bandRows * rowBytes > mostHeldBytes
+                || pieceBytes > mostHeldBytes - m_bandRows * rowBytes)
+                throw std::runtime_error("its strips or tiles are too large");
             m_raster.resize(std::size_t { m_bandRows } * m_tags.widthPx);
-            m_samples.resize(static_cast<std::size_t>(m_layout.rowBytes(widthPx())) * m_bandRows);
         }
 
+        /// The next rows into `m_raster`: none after the last one.
+        void decode()
+        {
+            m_shownRows = 0;
+            m_decodedRows = std::min(m_bandRows, m_tags.heightPx - m_nextRow);
+            if (m_decodedRows == 0)
+                return;
+            m_image.row_offset = static_cast<int>(m_nextRow);
+            const int ok
+                = TIFFRGBAImageGet(&m_image, m_raster.data(), m_tags.widthPx, m_decodedRows);
+            if (ok == 0 || m_file.messages().failed())
+                m_file.messages().fail("the pixels cannot be decoded");
+            m_nextRow += m_decodedRows;
+        }
+
+        /// The next `rows` of `m_raster` into `m_samples`.
         void unpack(std::uint32_t rows)
         {
-            const std::size_t pixels = std::size_t { rows } * m_tags.widthPx;
+            m_samples.resize(static_cast<std::size_t>(m_layout.rowBytes(widthPx())) * rows);
+            const std::size_t first = std::size_t { m_shownRows } * m_tags.widthPx;
+            const std::size_t end = first + std::size_t { rows } * m_tags.widthPx;
+            m_shownRows += rows;
             std::uint8_t* to = m_samples.data();
-            for (std::size_t i = 0; i < pixels; ++i) {
+            for (std::size_t i = first; i < end; ++i) {
                 const std::uint32_t pixel = m_raster[i];
                 *to++ = static_cast<std::uint8_t>(TIFFGetR(pixel));
                 if (m_layout.model == ColorModel::Gray)
@@ -91,7 +113,9 @@ namespace {
         TIFFRGBAImage m_image = {};
         PixelLayout m_layout;
         std::uint32_t m_bandRows = 0;
-        std::uint32_t m_nextRow = 0;
+        std::uint32_t m_nextRow = 0; ///< to be decoded
+        std::uint32_t m_decodedRows = 0; ///< in `m_raster`
+        std::uint32_t m_shownRows = 0; ///< of these
         std::vector<std::uint32_t> m_raster;
         std::vector<std::uint8_t> m_samples;
     };

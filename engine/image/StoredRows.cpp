@@ -22,6 +22,17 @@ namespace {
     /// More than this is never held at a time.
     constexpr std::uint64_t largestBandBytes = 256 * 1024 * 1024;
 
+    /// libtiff 4.5 takes a fax row for one sample a pixel and leaves the bytes of the others as
+    /// they were.
+    bool leavesGaps(const TiffPageTags& tags)
+    {
+        return tags.samplesInPlane() > 1
+            && (tags.compression == COMPRESSION_CCITTRLE
+                || tags.compression == COMPRESSION_CCITTRLEW
+                || tags.compression == COMPRESSION_CCITTFAX3
+                || tags.compression == COMPRESSION_CCITTFAX4);
+    }
+
 } // namespace
 
 StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
@@ -55,7 +66,8 @@ StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
     m_samples.resize(rows * rowBytes);
     if (tags.isTiled) {
         const tmsize_t tileBytes = TIFFTileSize(m_handle);
-        if (tileBytes <= 0 || static_cast<std::uint64_t>(tileBytes) > largestBandBytes)
+        if (tileBytes <= 0
+            || static_cast<std::uint64_t>(tileBytes) > largestBandBytes - m_samples.size())
             throw std::runtime_error("its tiles are too large");
         if ((std::uint64_t { tags.tileWidthPx } * static_cast<unsigned>(tags.samplesInPlane())
              * static_cast<unsigned>(tags.bitsPerSample))
@@ -88,6 +100,8 @@ StoredBand StoredRows::nextBand()
         static_cast<std::uint32_t>(m_rowsPerBand), m_tags.heightPx - m_nextRow));
     if (rows == 0)
         return band;
+    if (leavesGaps(m_tags))
+        std::fill(m_samples.begin(), m_samples.end(), std::uint8_t { 0 });
     if (m_tags.isTiled)
         readTiles(rows);
     else if (m_isRowByRow)
@@ -147,6 +161,8 @@ void StoredRows::readTiles(int rows)
         for (std::uint32_t x = 0; x < m_tags.widthPx; x += m_tags.tileWidthPx) {
             const std::uint32_t tile
                 = TIFFComputeTile(m_handle, x, m_nextRow, 0, static_cast<std::uint16_t>(plane));
+            if (leavesGaps(m_tags))
+                std::fill(m_tile.begin(), m_tile.end(), std::uint8_t { 0 });
             const tmsize_t got = TIFFReadEncodedTile(m_handle, tile, m_tile.data(),
                                                      static_cast<tmsize_t>(m_tile.size()));
             checkDecoded(got == static_cast<tmsize_t>(m_tile.size()));

@@ -19,6 +19,10 @@ namespace {
         return TIFFGetFieldDefaulted(handle, tag, &value) == 1 ? value : fallback;
     }
 
+    // The steps from the file to an output each hold a row or more.
+    constexpr std::uint32_t longestRowPx = 16 * 1024 * 1024;
+    constexpr std::uint64_t longestRowBytes = 32 * 1024 * 1024;
+
     bool isFaxCompression(int compression)
     {
         return compression == COMPRESSION_CCITTRLE || compression == COMPRESSION_CCITTRLEW
@@ -161,6 +165,10 @@ TiffPageTags readTiffPageTags(tiff* handle)
 
 void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes)
 {
+    if (tags.widthPx > longestRowPx
+        || tags.planeRowBytes() * static_cast<unsigned>(tags.planes()) > longestRowBytes)
+        throw std::runtime_error("its rows of " + std::to_string(tags.widthPx)
+                                 + " pixels are too long");
     const std::uint32_t pieces
         = tags.isTiled ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
     std::uint64_t encoded = 0;

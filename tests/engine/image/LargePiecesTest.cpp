@@ -1,0 +1,143 @@
+#include "engine/image/TiffDocument.h"
+#include "tests/engine/image/PeakMemory.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtEndian>
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <vector>
+
+using namespace pagestack;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The samples of row `y` of a test page.
+char valueOf(int y) { return static_cast<char>(y % 251); }
+
+/// A page of `side` x `side` pixels in one strip, plane or tile, deflated. Its rows are gray.
+struct LargePage
+{
+    int side;
+    int samples;
+    int photometric;
+    int planes;
+    bool isTile;
+
+    QByteArray bytes() const
+    {
+        QByteArray pixels;
+        pixels.reserve(qsizetype { side } * side * (planes > 1 ? 1 : samples));
+        for (int y = 0; y < side; ++y)
+            pixels += photometric == 6 ? (QByteArray(1, valueOf(y)) + "\x80\x80").repeated(side)
+                                       : QByteArray(side, valueOf(y));
+        // Qt puts the length before the stream.
+        const QByteArray encoded = qCompress(pixels, 1).sliced(4);
+        QByteArray file("II*\0", 4);
+        put(file, 8 + static_cast<quint32>(encoded.size()), 4);
+        file += encoded;
+        const auto count = static_cast<quint32>(planes);
+        const auto length = static_cast<quint32>(encoded.size());
+        const auto lists = static_cast<quint32>(file.size()) + 2 + 12 * 12 + 4;
+        const auto sides = static_cast<quint32>(side);
+        // All planes are the same strip.
+        const std::initializer_list<std::array<quint32, 3>> entries {
+            { 256, 1, sides },
+            { 257, 1, sides },
+            { 258, 1, 8 },
+            { 259, 1, 8 },
+            { 262, 1, static_cast<quint32>(photometric) },
+            { 277, 1, static_cast<quint32>(samples) },
+            { 284, 1, planes > 1 ? 2U : 1U },
+            { isTile ? 322U : 278U, 1, sides },
+            { isTile ? 323U : 339U, 1, isTile ? sides : 1 },
+            { isTile ? 324U : 273U, count, planes > 1 ? lists : 8 },
+            { isTile ? 325U : 279U, count, planes > 1 ? lists + 12 : length },
+            { 530, 2, 1 | 1 << 16 },
+        };
+        std::vector<std::array<quint32, 3>> sorted(entries);
+        std::sort(sorted.begin(), sorted.end());
+        put(file, static_cast<quint32>(sorted.size()), 2);
+        for (const auto& [tag, number, value] : sorted) {
+            put(file, tag, 2);
+            put(file, tag == 530 ? 3 : 4, 2);
+            put(file, number, 4);
+            put(file, value, 4);
+        }
+        put(file, 0, 4);
+        for (const quint32 value : { 8U, 8U, 8U, length, length, length })
+            put(file, value, 4);
+        return file;
+    }
+
+private:
+    static void put(QByteArray& file, quint32 value, int size)
+    {
+        value = qToLittleEndian(value);
+        file.append(reinterpret_cast<const char*>(&value), size);
+    }
+};
+
+} // namespace
+
+/// Pages whose strips or tiles are nearly as large as the program takes, or larger.
+class LargePiecesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void showsTheRowsOfALargePiece_data();
+    void showsTheRowsOfALargePiece();
+    void refusesATileThatIsTooLargeForItsPage();
+    void tookNoMoreMemoryThanPromised() { checkPeakMemory(300'000); } // after all of the above
+
+private:
+    PageImage image(const LargePage& page)
+    {
+        QFile file(m_folder.filePath(u"page.tif"_s));
+        if (!file.open(QIODevice::WriteOnly) || file.write(page.bytes()) < 0)
+            qFatal("no file can be made");
+        file.close();
+        return TiffDocument(file.fileName()).page(0);
+    }
+
+    QTemporaryDir m_folder;
+};
+
+void LargePiecesTest::showsTheRowsOfALargePiece_data()
+{
+    QTest::addColumn<LargePage>("page");
+    QTest::newRow("three planes") << LargePage { 8000, 3, 2, 3, false };
+    QTest::newRow("YCbCr") << LargePage { 5600, 3, 6, 1, false };
+    QTest::newRow("tile") << LargePage { 10000, 1, 1, 1, true };
+}
+
+void LargePiecesTest::showsTheRowsOfALargePiece()
+{
+    QFETCH(LargePage, page);
+    const PageImage shown = image(page);
+    const std::unique_ptr<RowSource> rows = shown.source().rows();
+    int y = 0;
+    for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
+        for (int i = 0; i < band.rows; ++i, ++y) {
+            const std::uint8_t* row = band.row(i);
+            const auto value = static_cast<std::uint8_t>(valueOf(y));
+            const qsizetype end = rows->layout().rowBytes(page.side);
+            if (row[0] != value || row[end / 2] != value || row[end - 1] != value)
+                QFAIL(qPrintable(u"row %1 starts with %2"_s.arg(y).arg(row[0])));
+        }
+    QCOMPARE(y, page.side);
+}
+
+void LargePiecesTest::refusesATileThatIsTooLargeForItsPage()
+{
+    const PageImage page = image({ 13008, 1, 1, 1, true });
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, page.source().rows());
+}
+
+QTEST_GUILESS_MAIN(LargePiecesTest)
+#include "LargePiecesTest.moc"

@@ -1,0 +1,119 @@
+#!/usr/bin/env bash
+# Builds the fuzzers with Clang and runs each of them for a while from seeds that it makes.
+#
+#   tests/fuzz/run.sh SECONDS [TARGET...]    all targets when none is named
+#
+# Findings stay in build/fuzz/findings/TARGET/, what was learnt in build/fuzz/corpus/TARGET/. Exits
+# with 1 when there are findings and with 77 when there is no Clang with libFuzzer. FUZZ_OPTIONS are
+# more options for libFuzzer (such as -seed=2), PAGESTACK_CORPUS is the folder of real TIFF files,
+# FUZZ_BUILD another build folder.
+set -u
+
+root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd) || exit 1
+build=${FUZZ_BUILD:-$root/build/fuzz}
+here=$root/tests/fuzz
+corpus=${PAGESTACK_CORPUS:-$root/../shared/corpus}
+all="openFile decodePages writePages parsePaths readSettings"
+
+case ${1-} in
+'' | *[!0-9]*)
+    echo "usage: tests/fuzz/run.sh SECONDS [TARGET...]     targets: $all" >&2
+    exit 2
+    ;;
+esac
+seconds=$1
+shift
+[ $# -gt 0 ] || eval "set -- $all"
+
+scratch=/dev/shm
+[ -w "$scratch" ] || scratch=${TMPDIR:-/tmp}
+scratch=$(mktemp -d "$scratch/pagestack-fuzz-XXXXXX") || exit 1
+trap 'rm -rf "$scratch"' EXIT
+
+probe=$scratch/probe
+printf 'extern "C" int LLVMFuzzerTestOneInput(const char*, unsigned long) { return 0; }' |
+    clang++ -fsanitize=fuzzer,address -x c++ - -o "$probe" 2>/dev/null || {
+    echo "There is no Clang with libFuzzer here (Debian: clang, libclang-rt-14-dev)."
+    exit 77
+}
+# The leak check stops every process by ptrace, which some containers forbid.
+leaks=1
+"$probe" -runs=1 >/dev/null 2>&1 || leaks=0
+
+(cd "$root" && cmake --preset fuzz -B "$build" && cmake --build "$build" --target pagestack_fuzzers) \
+    >"$scratch/build.log" 2>&1 || {
+    tail -n 40 "$scratch/build.log"
+    exit 1
+}
+
+# put TARGET NAME: makes a seed of standard input.
+put() {
+    mkdir -p "$build/seeds/$1" && cat >"$build/seeds/$1/$2"
+}
+
+# tiff_seed NAME FILE BYTES: the first BYTES of the file for the targets that read TIFF files.
+ways=0
+tiff_seed() {
+    head -c "$3" -- "$2" | put openFile "$1"
+    head -c "$3" -- "$2" | put decodePages "$1"
+    # One way to write after the other, see writePages in FuzzTargets.h.
+    { printf '%b' "\\0$((ways % 7))\\0$((ways / 7 % 5))\\07" && head -c "$3" -- "$2"; } |
+        put writePages "$1"
+    ways=$((ways + 1))
+}
+
+make_seeds() {
+    local file name size
+    rm -rf "$build/seeds"
+    while IFS= read -r file; do
+        name=$(basename -- "$(dirname -- "$file")")-$(basename -- "$file")
+        size=$(($(wc -c <"$file")))
+        tiff_seed "$name" "$file" "$size"
+        tiff_seed "$name-short" "$file" $((size * 2 / 3))
+    done <<<"$(find "$root/samples" "$corpus" -name '*.tif*' -size -64k 2>/dev/null | sort)"
+    printf '%%PDF-1.4\n1 0 obj <</Type/Catalog/Pages 2 0 R>> endobj\n2 0 obj <</Type/Pages/Kids[3 0 R]
+/Count 1>> endobj\n3 0 obj <</Type/Page/Parent 2 0 R/MediaBox[0 0 9 9]>> endobj\nxref\n0 0
+trailer <</Root 1 0 R/Size 4>>\nstartxref\n0\n%%%%EOF\n' | put openFile one-page.pdf
+
+    printf '/a/b.tif\nb.TIFF\n\n  \n//host/c.pdf\n/a/b.tif\nno list\n./x/../y.tif\n' | put parsePaths lines
+    printf '\357\273\277/\303\274/\351\233\252.tif\r\n/%%41/#?.tif\n.tif\n/a b.pdf/\n' |
+        put parsePaths signs
+
+    printf '\0[SETTINGS]\noutputType=2\nisSetCurrentAsDefaultOutputFolderPath=true
+isOpenFolderAfterConversion=@Variant(\\0\\0\\0\\x1\\x1)\noutputFolderPath=/a, "b;\\x263a"
+separator=@Invalid()\njpegQuality=@ByteArray(7)\ntiffCompressionIndex=1e9\n' | put readSettings store
+    printf '\1PKC1\0\0\0\2\0\0\0\13jpegQualityi\0\0\0\7\0\0\0\11separators\0\0\0\2\0_' |
+        put readSettings record
+    printf '\2\0\1\0\0\0\5\1\7\3abc\2\5\1\3\14\11\0\0\0\1\15\1\0\0\0\4\6' | put readSettings types
+}
+
+make_seeds
+export TMPDIR=$scratch
+# Freed memory is kept back for a while to find its users; a little of it is enough.
+export ASAN_OPTIONS=quarantine_size_mb=16:detect_stack_use_after_return=1:${ASAN_OPTIONS-}
+export UBSAN_OPTIONS=print_stacktrace=1:${UBSAN_OPTIONS-}
+found=0
+for target; do
+    [ -x "$build/fuzzers/fuzz_$target" ] || { echo "there is no target $target" && exit 2; }
+    mkdir -p "$build/corpus/$target" "$build/findings/$target"
+    dictionary=
+    [ -e "$here/$target.dict" ] && dictionary=-dict=$here/$target.dict
+    case $target in openFile | decodePages | writePages) dictionary=-dict=$here/tiff.dict ;; esac
+    # shellcheck disable=SC2086
+    "$build/fuzzers/fuzz_$target" -max_total_time="$seconds" -seed=1 -rss_limit_mb=400 -timeout=10 \
+        -detect_leaks=$leaks -print_final_stats=1 $dictionary \
+        -artifact_prefix="$build/findings/$target/" ${FUZZ_OPTIONS-} \
+        "$build/corpus/$target" "$build/seeds/$target" >"$build/$target.log" 2>&1
+    status=$?
+    runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$build/$target.log")
+    peak=$(sed -n 's/^stat::peak_rss_mb: *//p' "$build/$target.log")
+    coverage=$(grep -o 'cov: [0-9]*' "$build/$target.log" | tail -n 1)
+    files=$(find "$build/findings/$target" -type f | wc -l)
+    printf '%-12s %s runs, %s, peak %s MB, findings: %d\n' "$target" "${runs:-?}" "$coverage" \
+        "${peak:-?}" "$files"
+    if [ "$status" != 0 ] || [ "$files" != 0 ]; then
+        found=1
+        grep -E 'ERROR:|SUMMARY:|runtime error|what\(\)|Test unit written' "$build/$target.log"
+    fi
+done
+exit "$found"
