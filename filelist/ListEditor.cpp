@@ -4,6 +4,7 @@
 #include <QUndoCommand>
 
 #include <algorithm>
+#include <functional>
 #include <numeric>
 #include <utility>
 
