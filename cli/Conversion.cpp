@@ -4,18 +4,18 @@
 #include "cli/Options.h"
 #include "cli/Preflight.h"
 #include "cli/Report.h"
-#include "cli/Signals.h"
 #include "cli/Sources.h"
 #include "engine/job/Process.h"
 #include "engine/support/AppFolders.h"
+#include "engine/support/Signals.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QThread>
 
 #include <atomic>
 #include <memory>
+#include <stdexcept>
 
 using namespace Qt::StringLiterals;
 
@@ -194,13 +194,16 @@ namespace {
 
     void Conversion::copyLog(const Process& job)
     {
-        QSaveFile file(m_options.logFile);
-        const bool isWritten = file.open(QIODevice::WriteOnly)
-            && file.write(job.log()->document()) >= 0 && file.commit();
-        if (isWritten)
-            return;
+        QString fault;
+        try {
+            fault = job.log()->saveTo(m_options.logFile);
+            if (fault.isNull())
+                return;
+        } catch (const std::runtime_error& error) {
+            fault = QString::fromUtf8(error.what());
+        }
         m_hasFailures = true;
-        m_console.trouble(troubleText(m_options.logFile, 0, file.errorString()));
+        m_console.trouble(troubleText(m_options.logFile, 0, fault));
     }
 
     int Conversion::code(ExitCode ended) const

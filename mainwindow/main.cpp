@@ -1,4 +1,5 @@
 #include "engine/support/Info.h"
+#include "engine/support/Signals.h"
 #include "engine/support/UserDefaults.h"
 #include "mainwindow/AlertPanel.h"
 #include "mainwindow/DesktopWorkspace.h"
@@ -24,7 +25,12 @@ int main(int argc, char* argv[])
     PagestackAppDelegate controller({ defaults, workspace, alerts, chooser });
     QObject::connect(&controller, &PagestackAppDelegate::readyToTerminate, &controller,
                      &PagestackAppDelegate::quitAction, Qt::QueuedConnection);
+    // As by the menu: a run ends at its next check point, its log and the settings are written.
+    const Signals terminationSignals;
+    QObject::connect(&terminationSignals, &Signals::interrupted, &controller,
+                     &PagestackAppDelegate::quitAction);
     controller.awakeFromNib();
     controller.openPaths(QCoreApplication::arguments().mid(1));
-    return QApplication::exec();
+    const int code = QApplication::exec();
+    return Signals::received() != 0 ? 128 + Signals::received() : code;
 }

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "engine/files/StagedFile.h"
 #include "engine/image/PageSource.h"
 #include "engine/image/RowSteps.h"
-#include "engine/image/StagedFile.h"
 
 #include <functional>
 #include <memory>

@@ -1,10 +1,9 @@
 #include "engine/image/MappedTiffCopy.h"
 
-#include "engine/image/FileBytes.h"
+#include "engine/files/FileBytes.h"
 #include "engine/image/TiffFile.h"
 
-#include <QDir>
-#include <QTemporaryFile>
+#include <QScopeGuard>
 
 #include <tiffio.h>
 
@@ -13,6 +12,7 @@
 #include <cstring>
 #include <stdexcept>
 #include <sys/mman.h>
+#include <unistd.h>
 #include <vector>
 
 namespace pagestack {
@@ -21,13 +21,13 @@ namespace {
 
     constexpr std::size_t copyBytes = 1024 * 1024;
 
-    void copyFile(const TiffFile& from, QTemporaryFile& to)
+    void copyFile(const TiffFile& from, int to)
     {
         std::vector<std::uint8_t> buffer(copyBytes);
         for (std::uint64_t done = 0; done < from.sizeBytes(); done += buffer.size()) {
             buffer.resize(std::min<std::uint64_t>(copyBytes, from.sizeBytes() - done));
             from.readAt(done, buffer);
-            writeFully(to.handle(), done, buffer);
+            writeFully(to, done, buffer);
         }
     }
 
@@ -97,15 +97,13 @@ namespace {
 
 MappedTiffCopy::MappedTiffCopy(TiffFile& file, int index)
 {
-    QTemporaryFile copy(QDir::tempPath() + QStringLiteral("/pagestack-XXXXXX"));
-    if (!copy.open())
-        throw std::runtime_error("the temporary file for a large strip: "
-                                 + copy.errorString().toStdString());
+    const int copy = openUnnamedFile();
+    const auto closeCopy = qScopeGuard([copy] { ::close(copy); });
     copyFile(file, copy);
-    void* bytes = ::mmap(nullptr, file.sizeBytes(), PROT_READ, MAP_SHARED, copy.handle(), 0);
+    void* bytes = ::mmap(nullptr, file.sizeBytes(), PROT_READ, MAP_SHARED, copy, 0);
     if (bytes == MAP_FAILED)
         throwFileSystemError("cannot map the temporary file", errno);
-    // The mapping keeps the bytes when the file's name and descriptor are gone.
+    // The mapping keeps the bytes when the descriptor is closed.
     m_bytes = static_cast<std::uint8_t*>(bytes);
     m_size = file.sizeBytes();
     try {

@@ -1,5 +1,7 @@
 #include "engine/image/StoredRows.h"
 
+#include "engine/image/TileReading.h"
+
 #include <tiffio.h>
 
 #include <algorithm>
@@ -24,14 +26,7 @@ namespace {
 
     /// libtiff 4.5 takes a fax row for one sample a pixel and leaves the bytes of the others as
     /// they were.
-    bool leavesGaps(const TiffPageTags& tags)
-    {
-        return tags.samplesInPlane() > 1
-            && (tags.compression == COMPRESSION_CCITTRLE
-                || tags.compression == COMPRESSION_CCITTRLEW
-                || tags.compression == COMPRESSION_CCITTFAX3
-                || tags.compression == COMPRESSION_CCITTFAX4);
-    }
+    bool leavesGaps(const TiffPageTags& tags) { return tags.samplesInPlane() > 1 && tags.isFax(); }
 
 } // namespace
 
@@ -161,11 +156,7 @@ void StoredRows::readTiles(int rows)
         for (std::uint32_t x = 0; x < m_tags.widthPx; x += m_tags.tileWidthPx) {
             const std::uint32_t tile
                 = TIFFComputeTile(m_handle, x, m_nextRow, 0, static_cast<std::uint16_t>(plane));
-            if (leavesGaps(m_tags))
-                std::fill(m_tile.begin(), m_tile.end(), std::uint8_t { 0 });
-            const tmsize_t got = TIFFReadEncodedTile(m_handle, tile, m_tile.data(),
-                                                     static_cast<tmsize_t>(m_tile.size()));
-            checkDecoded(got == static_cast<tmsize_t>(m_tile.size()));
+            checkDecoded(readTile(m_handle, m_tags, tile, m_tile));
             const qsizetype bytes = std::min(tileRowBytes, m_strideBytes - column);
             for (int i = 0; i < rows; ++i)
                 std::memcpy(planeStart(plane) + i * m_strideBytes + column,

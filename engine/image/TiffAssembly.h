@@ -1,7 +1,7 @@
 #pragma once
 
+#include "engine/files/StagedFile.h"
 #include "engine/image/PageSource.h"
-#include "engine/image/StagedFile.h"
 #include "engine/image/TiffPageSink.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "engine/image/TiffDirectoryChain.h"
 
-#include "engine/image/FileBytes.h"
+#include "engine/files/FileBytes.h"
 
 #include <array>
 #include <optional>

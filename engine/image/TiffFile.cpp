@@ -1,6 +1,6 @@
 #include "engine/image/TiffFile.h"
 
-#include "engine/image/FileBytes.h"
+#include "engine/files/FileBytes.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,11 +1,12 @@
 #include "engine/image/TiffHandle.h"
 
+#include "engine/files/FileBytes.h"
+
 #include <cstdio>
 #include <tiffio.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdarg>
 #include <new>
 #include <sys/stat.h>
@@ -50,11 +51,11 @@ namespace {
         auto* from = static_cast<FileStream*>(stream);
         tmsize_t done = 0;
         while (done < size) {
-            const ssize_t got = ::pread(from->file, static_cast<char*>(buffer) + done,
-                                        static_cast<std::size_t>(size - done),
-                                        static_cast<off_t>(from->position));
-            if (got < 0 && errno == EINTR)
-                continue;
+            const ssize_t got = retryInterrupted([&] {
+                return ::pread(from->file, static_cast<char*>(buffer) + done,
+                               static_cast<std::size_t>(size - done),
+                               static_cast<off_t>(from->position));
+            });
             if (got < 0)
                 return -1;
             if (got == 0)

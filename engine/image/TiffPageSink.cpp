@@ -1,6 +1,6 @@
 #include "engine/image/TiffPageSink.h"
 
-#include "engine/image/ByteFile.h"
+#include "engine/files/ByteFile.h"
 
 #include <cstdio>
 #include <tiffio.h>

@@ -23,11 +23,11 @@ namespace {
     constexpr std::uint32_t longestRowPx = 16 * 1024 * 1024;
     constexpr std::uint64_t longestRowBytes = 32 * 1024 * 1024;
 
-    bool isFaxCompression(int compression)
-    {
-        return compression == COMPRESSION_CCITTRLE || compression == COMPRESSION_CCITTRLEW
-            || compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;
-    }
+    // Beyond this a page has to bring a byte for every `mostDecodedPerByte` of its pixels, or a
+    // file of some kilobytes would keep a run busy for hours and fill the disk. Blank areas of real
+    // pages of that size, plans or printing plates, stay far below it.
+    constexpr std::uint64_t largestSparsePage = 1024 * 1024 * 1024;
+    constexpr std::uint64_t mostDecodedPerByte = 1000;
 
     int photometricOf(TIFF* handle, const TiffPageTags& tags)
     {
@@ -36,7 +36,7 @@ namespace {
             return photometric;
         if (tags.samplesPerPixel - static_cast<int>(tags.extraSamples.size()) >= 3)
             return PHOTOMETRIC_RGB;
-        return isFaxCompression(tags.compression) ? PHOTOMETRIC_MINISWHITE : PHOTOMETRIC_MINISBLACK;
+        return tags.isFax() ? PHOTOMETRIC_MINISWHITE : PHOTOMETRIC_MINISBLACK;
     }
 
     Resolution resolutionOf(TIFF* handle)
@@ -100,6 +100,12 @@ namespace {
     }
 
 } // namespace
+
+bool TiffPageTags::isFax() const
+{
+    return compression == COMPRESSION_CCITTRLE || compression == COMPRESSION_CCITTRLEW
+        || compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;
+}
 
 bool TiffPageTags::isSubsampled() const
 {
@@ -188,17 +194,21 @@ void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t file
     }
     if (used == 0)
         throw std::runtime_error("the page has no pixel data");
-    const std::uint64_t decoded
-        = tags.planeRowBytes() * tags.heightPx * static_cast<unsigned>(tags.planes());
+    const std::uint64_t decoded = tags.decodedBytes();
     const std::uint64_t ratio = highestRatio(tags.compression);
     // A row of a fax page takes a bit at least.
-    const bool tooManyRows = isFaxCompression(tags.compression) && tags.heightPx / 8 > encoded;
+    const bool tooManyRows = tags.isFax() && tags.heightPx / 8 > encoded;
     // Sub-sampled pages hold less than their rows suggest, and the last tiles reach past the page.
     const std::uint64_t slack = tags.photometric == PHOTOMETRIC_YCBCR ? 16 : 1;
     if (tooManyRows || (ratio != 0 && decoded / ratio / slack > encoded))
         throw std::runtime_error("it announces " + std::to_string(tags.widthPx) + " x "
                                  + std::to_string(tags.heightPx) + " pixels, more than its "
                                  + std::to_string(encoded) + " bytes of data can hold");
+    if (decoded > largestSparsePage && decoded / mostDecodedPerByte > encoded)
+        throw std::runtime_error(
+            "its " + std::to_string(encoded) + " bytes of data announce "
+            + std::to_string(tags.widthPx) + " x " + std::to_string(tags.heightPx)
+            + " pixels; a page of more than 1 GiB needs a byte for every 1000");
 }
 
 } // namespace pagestack

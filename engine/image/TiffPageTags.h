@@ -52,6 +52,8 @@ struct TiffPageTags
     }
     /// One sample of one bit a pixel: black and white, or a palette of two colours.
     bool isOneBitDeep() const { return bitsPerSample == 1 && samplesPerPixel == 1; }
+    /// Encoded as ITU-T T.4 or T.6 say.
+    bool isFax() const;
     /// Sample values of YCbCr pages lie in blocks of several pixels.
     bool isSubsampled() const;
 };
@@ -61,8 +63,9 @@ struct TiffPageTags
 TiffPageTags readTiffPageTags(tiff* handle);
 
 /// Throws std::runtime_error when the current page announces rows of more than 16 Mi pixels or
-/// 32 MiB, more pixels than its strips or tiles can hold, or strips that lie beyond the end of a
-/// file of `fileSizeBytes`; to be asked before memory is taken or a decoder is started.
+/// 32 MiB, more pixels than its strips or tiles can hold, more than 1 GiB of them with less than a
+/// byte of data for every 1000 bytes, or strips that lie beyond the end of a file of
+/// `fileSizeBytes`; to be asked before memory is taken or a decoder is started.
 void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes);
 
 } // namespace pagestack

@@ -5,6 +5,7 @@
 #include "engine/image/TiffPage.h"
 #include "engine/image/TiffPieces.h"
 #include "engine/image/TiffTagCopy.h"
+#include "engine/image/TileReading.h"
 
 #include <tiffio.h>
 
@@ -118,8 +119,13 @@ namespace {
         void recode()
         {
             if (m_tags.isTiled)
-                recodePieces(TIFFNumberOfTiles(m_from), TIFFTileSize, TIFFReadEncodedTile,
-                             TIFFWriteEncodedTile);
+                recodePieces(
+                    TIFFNumberOfTiles(m_from), TIFFTileSize,
+                    [this](TIFF* from, std::uint32_t tile, std::uint8_t* to, tmsize_t size) {
+                        const std::span bytes(to, static_cast<std::size_t>(size));
+                        return readTile(from, m_tags, tile, bytes) ? size : 0;
+                    },
+                    TIFFWriteEncodedTile);
             else if (m_tags.isSubsampled())
                 recodePieces(TIFFNumberOfStrips(m_from), TIFFStripSize, TIFFReadEncodedStrip,
                              TIFFWriteEncodedStrip);

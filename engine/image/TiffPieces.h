@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/ByteSpool.h"
+#include "engine/files/ByteSpool.h"
 #include "engine/support/SystemLog.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #include "engine/job/FileIdentity.h"
 
-#include "engine/image/StagedFile.h"
+#include "engine/files/StagedFile.h"
 
 #include <QFile>
 

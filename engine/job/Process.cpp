@@ -1,5 +1,6 @@
 #include "engine/job/Process.h"
 
+#include "engine/files/StagedNames.h"
 #include "engine/image/TiffDocument.h"
 #include "engine/job/LookAhead.h"
 #include "engine/job/OutputNames.h"
@@ -9,7 +10,7 @@
 #include "engine/support/TimeText.h"
 #include "engine/support/Workspace.h"
 
-#include <QFileInfo>
+#include <QFile>
 #include <QScopeGuard>
 #include <QThread>
 
@@ -103,6 +104,7 @@ void Process::convertOutputs()
         if (!isCombining())
             return;
         convertOutput(plan.at(i), i);
+        log()->putAside();
         setTotalFileProcessed(totalFileProcessed() + 1);
         showTimeTaken();
         if (!isCombining())
@@ -138,11 +140,22 @@ void Process::convertOutput(const OutputFile& output, qsizetype index)
     record->sourcePath = folderPart(output.filename);
     record->targetPath = outputFolder(output.filename, *settings());
     setFileInProcess(record->filename);
+    removeLeftovers(record->targetPath);
     for (qsizetype i = 0; i < output.fileItems.size(); ++i) {
         if (!isCombining())
             return;
         convertItem(output, { index, i }, *record);
     }
+}
+
+/// Staged files of a program that was killed, once a run and folder.
+void Process::removeLeftovers(const QString& folder)
+{
+    const std::size_t key = qHash(folder);
+    if (m_sweptFolders.contains(key))
+        return;
+    m_sweptFolders.insert(key);
+    removeLeftStagedFiles(folder);
 }
 
 void Process::convertItem(const OutputFile& output, PlanPlace place, LogFiles& record)
@@ -158,7 +171,8 @@ void Process::convertItem(const OutputFile& output, PlanPlace place, LogFiles& r
     }
     try {
         if (document) {
-            convertDocument({ output, *document, record }, item);
+            const std::optional<FileIdentity> identity = fileIdentity(QFile::encodeName(path));
+            convertDocument({ output, *document, record, identity }, item);
             return;
         }
         record.status = u"Unable to Open File!"_s;
@@ -232,6 +246,7 @@ void Process::writePage(const Source& source, int page)
     PageImage image = source.document.page(page - 1);
     source.record.logFiles.push_back({ .targetFile = name, .sourcePageNo = page });
     savePage(source, image, source.record.logFiles.back());
+    log()->putAside();
 }
 
 void Process::savePage(const Source& source, PageImage& image, LogFile& record)
@@ -242,7 +257,7 @@ void Process::savePage(const Source& source, PageImage& image, LogFile& record)
     PageOutcome outcome = PageOutcome::Skipped;
     if (!isWanted(path)) {
         record.status = u"Skipped"_s;
-    } else if (saveImage(image, path, takePage(source.document, page))) {
+    } else if (const QString trouble = saveImage(source, image, page, path); trouble.isNull()) {
         outcome = PageOutcome::Written;
         record.status = u"Completed"_s;
         setTotalFileCreated(totalFileCreated() + 1);
@@ -251,15 +266,23 @@ void Process::savePage(const Source& source, PageImage& image, LogFile& record)
     } else {
         outcome = PageOutcome::Failed;
         record.status = u"Unable to save page!"_s;
-        emit troubleMet(sourcePath, page, image.failureReason());
+        emit troubleMet(sourcePath, page, trouble);
     }
     emit pageDone(sourcePath, page, path, outcome);
 }
 
-bool Process::saveImage(PageImage& image, const QString& path, PreparedPage prepared)
+/// Null when the page is in place, else the reason why not.
+QString Process::saveImage(const Source& source, PageImage& image, int page, const QString& path)
 {
+    // By a link: one page would be all that is left of the source.
+    if (source.identity && fileIdentity(QFile::encodeName(path)) == source.identity)
+        return u"%1 leads to the source itself, which a single page must not replace"_s.arg(
+            lastPathComponent(path));
+    PreparedPage prepared = takePage(source.document, page);
     const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads->take();
-    return image.save(path, *settings(), std::move(prepared), m_threads.get());
+    if (image.save(path, *settings(), std::move(prepared), m_threads.get()))
+        return {};
+    return image.failureReason().isNull() ? u""_s : image.failureReason();
 }
 
 bool Process::isWanted(const QString& outputPath) const
@@ -290,11 +313,9 @@ void Process::saveLog()
 {
     const std::shared_ptr<Log> runLog = log();
     runLog->endTime = QDateTime::currentDateTime();
-    const bool isBuilt = runLog->save();
-    const QString path = runLog->logFilePath();
-    // A log that was built and could not be written is only told to the system log.
-    if (!isBuilt || (!path.isNull() && !QFileInfo::exists(path)))
-        emit logTroubleMet(path, u"the log could not be written"_s);
+    runLog->save();
+    if (const QString fault = runLog->saveFault(); !fault.isNull())
+        emit logTroubleMet(runLog->logFilePath(), u"the log could not be written: "_s + fault);
 }
 
 QString Process::finalMessage() const

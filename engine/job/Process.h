@@ -1,15 +1,18 @@
 #pragma once
 
+#include "engine/job/FileIdentity.h"
 #include "engine/job/OutputFile.h"
 #include "engine/log/Log.h"
 #include "engine/settings/Settings.h"
 
 #include <QObject>
+#include <QSet>
 
 #include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace pagestack {
 
@@ -96,8 +99,8 @@ public:
 
     /// Writes the pages `range` of `document` into one multi-page TIFF file at `path`, one record a
     /// page in `logFiles`. A page that cannot be decoded is left out; a page that does not exist
-    /// and a cancel end the gathering; what was gathered is written all the same. True when the
-    /// file is in place.
+    /// and a cancel end the gathering; what was gathered is written all the same, unless it would
+    /// replace the source itself by fewer pages. True when the file is in place.
     bool saveAsTiff(const QString& path, const QList<int>& range, const TiffDocument* document,
                     LogFiles& logFiles);
 
@@ -170,13 +173,15 @@ private:
         const OutputFile& output;
         const TiffDocument& document;
         LogFiles& record;
+        std::optional<FileIdentity> identity; ///< of the file that `document` reads
     };
 
     void convertOutputs();
     void convertOutput(const OutputFile& output, qsizetype index);
     void convertItem(const OutputFile& output, PlanPlace place, LogFiles& record);
     void startThreads(const QList<OutputFile>& plan);
-    bool saveImage(PageImage& image, const QString& path, PreparedPage prepared);
+    QString saveImage(const Source& source, PageImage& image, int page, const QString& path);
+    void removeLeftovers(const QString& folder);
     std::unique_ptr<TiffDocument> openSource(const QString& path, PlanPlace place);
     PreparedPage takePage(const TiffDocument& document, int page);
     void convertDocument(const Source& source, const FileItem& item);
@@ -212,8 +217,9 @@ private:
     Workspace* m_workspace;
     TimeLine m_updateTimeTakenLabel;
     TargetFilter m_targetFilter;
-    bool m_hasFailed = false; ///< as the next three, job's thread only
+    bool m_hasFailed = false; ///< as the next four, job's thread only
     int m_jobs = 0;
+    QSet<std::size_t> m_sweptFolders; ///< hashes of their paths
     std::unique_ptr<SpareThreads> m_threads; ///< of the run; null before it
     std::unique_ptr<LookAhead> m_lookAhead; ///< null outside of a run and when one thread does all
 

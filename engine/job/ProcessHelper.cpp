@@ -5,11 +5,27 @@
 #include "engine/job/Process.h"
 #include "engine/support/SystemLog.h"
 
+#include <QFile>
+
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
 
 namespace pagestack {
+
+namespace {
+
+    /// Whether `pages` pages, put in place at `path`, would be all that is left of `document`.
+    bool losesPages(const TiffDocument& document, int pages, const QString& path)
+    {
+        const bool isWhole = pages == document.pageCount() && document.chainFault().isEmpty();
+        if (isWhole)
+            return false;
+        const std::optional<FileIdentity> target = fileIdentity(QFile::encodeName(path));
+        return target && target == fileIdentity(QFile::encodeName(document.path()));
+    }
+
+} // namespace
 
 QList<int> Process::getPageRanges(const FileItem* item) const
 {
@@ -43,6 +59,12 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
     }
     if (file.pageCount() == 0)
         return false;
+    if (losesPages(*document, file.pageCount(), path)) {
+        emit troubleMet(document->path(), 0,
+                        u"the file is kept as it is, since not all of its pages could be gathered "
+                        "to replace it"_s);
+        return false;
+    }
     if (file.commit()) {
         emit fileWritten(document->path(), path, file.pageCount());
         return true;
@@ -63,6 +85,7 @@ void Process::gatherPages(MultiPageTiff& file, const QString& path, const QList<
         if (outcome == PageOutcome::Written)
             ++logFiles.pages;
         emit pageDone(document.path(), page, path, outcome);
+        log()->putAside();
         if (!isCombining())
             return;
     }

@@ -1,16 +1,20 @@
 #include "engine/log/Log.h"
 
+#include "engine/files/StagedDevice.h"
+#include "engine/files/StagedFile.h"
+#include "engine/files/StagedNames.h"
+#include "engine/log/RecordsAside.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/DateText.h"
 #include "engine/support/SystemLog.h"
 
-#include <QIODevice>
+#include <QFileInfo>
 #include <QMutexLocker>
-#include <QSaveFile>
 #include <QXmlStreamWriter>
 
 #include <exception>
 #include <stdexcept>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -19,6 +23,9 @@ namespace pagestack {
 namespace {
 
     constexpr char16_t replacement = 0xfffd;
+
+    /// Some hundred kilobytes; short runs need no temporary file.
+    constexpr std::size_t mostRecords = 500;
 
     // XML 1.0, 2.2: Char. Pairs of surrogates are handled by the caller.
     bool canBeInXml(char16_t unit)
@@ -57,7 +64,7 @@ namespace {
         xml.writeEndElement();
     }
 
-    void writeFiles(QXmlStreamWriter& xml, const LogFiles& source)
+    void startSource(QXmlStreamWriter& xml, const LogFiles& source)
     {
         xml.writeStartElement(u"Files"_s);
         writeAttribute(xml, u"FileName"_s, source.filename);
@@ -65,16 +72,15 @@ namespace {
         writeAttribute(xml, u"TargetPath"_s, source.targetPath);
         writeAttribute(xml, u"Status"_s, source.status);
         writeAttribute(xml, u"Pages"_s, QString::number(source.pages));
-        for (const LogFile& file : source.logFiles)
-            writeFile(xml, file);
-        xml.writeEndElement();
     }
 
-    bool writeAtomically(const QString& path, const QByteArray& content)
+    void writePagesAside(QXmlStreamWriter& xml, RecordsAside& aside, int pages)
     {
-        QSaveFile file(path);
-        return file.open(QIODevice::WriteOnly) && file.write(content) == content.size()
-            && file.commit();
+        LogFile page;
+        for (int i = 0; i < pages; ++i) {
+            aside.nextPage(page);
+            writeFile(xml, page);
+        }
     }
 
     QString chosenPath(const QDateTime& endTime)
@@ -86,24 +92,61 @@ namespace {
 
 } // namespace
 
+Log::Log() = default;
+
+Log::~Log() = default;
+
+void Log::putAside()
+{
+    std::size_t records = files.size();
+    for (const std::shared_ptr<LogFiles>& source : files)
+        records += source->logFiles.size();
+    if (records <= mostRecords)
+        return;
+    if (!m_aside)
+        m_aside = std::make_unique<RecordsAside>();
+    static_cast<void>(m_aside->takeFrom(files));
+}
+
 bool Log::save()
 {
     if (!m_isStored)
         return true;
     try {
-        const QByteArray content = document();
         const QString path = chosenPath(endTime);
         {
             const QMutexLocker lock(&m_guard);
             m_logFilePath = path;
         }
-        if (!writeAtomically(path, content))
+        removeLeftStagedFiles(QFileInfo(path).path());
+        m_saveFault = saveTo(path);
+        if (!m_saveFault.isNull())
             systemLog(u"Could not write document out..."_s);
         return true;
     } catch (const std::exception& error) {
-        systemLog(u"Error in (Log=>save) : "_s + QString::fromUtf8(error.what()));
+        m_saveFault = QString::fromUtf8(error.what());
+        systemLog(u"Error in (Log=>save) : "_s + m_saveFault);
         return false;
     }
+}
+
+QString Log::saveTo(const QString& path) const
+{
+    std::unique_ptr<StagedFile> file;
+    try {
+        file = std::make_unique<StagedFile>(path);
+    } catch (const std::runtime_error& error) {
+        return QString::fromUtf8(error.what());
+    }
+    StagedDevice device(*file);
+    if (!writeTo(device))
+        return device.errorString();
+    try {
+        file->commit();
+    } catch (const std::runtime_error& error) {
+        return QString::fromUtf8(error.what());
+    }
+    return {};
 }
 
 QString Log::logFilePath() const
@@ -112,23 +155,42 @@ QString Log::logFilePath() const
     return m_logFilePath;
 }
 
-QByteArray Log::document() const
+bool Log::writeTo(QIODevice& to) const
 {
     const QString timeFormat = u"MM/dd/yyyy hh:mm:ss AP"_s;
-    QByteArray content;
-    QXmlStreamWriter xml(&content);
+    QXmlStreamWriter xml(&to);
     xml.setAutoFormatting(true);
     xml.writeStartDocument();
     xml.writeStartElement(u"Log"_s);
     writeAttribute(xml, u"StartTime"_s, dateText(startTime, timeFormat));
     writeAttribute(xml, u"EndTime"_s, dateText(endTime, timeFormat));
+    int pagesAside = m_aside ? writeAside(xml) : 0;
     for (const std::shared_ptr<LogFiles>& source : files) {
         if (!source)
             throw std::logic_error("a source of the log is missing");
-        writeFiles(xml, *source);
+        startSource(xml, *source);
+        if (m_aside)
+            writePagesAside(xml, *m_aside, std::exchange(pagesAside, 0));
+        for (const LogFile& page : source->logFiles)
+            writeFile(xml, page);
+        xml.writeEndElement();
     }
     xml.writeEndDocument();
-    return content;
+    return !xml.hasError();
+}
+
+/// The sources that were put aside. Gives back how many pages of the first that was not were.
+int Log::writeAside(QXmlStreamWriter& xml) const
+{
+    m_aside->rewind();
+    LogFiles source;
+    int pages = 0;
+    while (m_aside->nextSource(source, pages)) {
+        startSource(xml, source);
+        writePagesAside(xml, *m_aside, pages);
+        xml.writeEndElement();
+    }
+    return m_aside->pagesOfLast();
 }
 
 } // namespace pagestack

@@ -1,35 +1,21 @@
 #pragma once
 
+#include "engine/log/LogRecords.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QMutex>
 #include <QString>
 
-#include <deque>
 #include <memory>
 #include <vector>
 
+class QIODevice;
+class QXmlStreamWriter;
+
 namespace pagestack {
 
-/// One output page or file.
-struct LogFile
-{
-    QString targetFile { QLatin1String("") }; ///< name without folder
-    int sourcePageNo = 0; ///< counted from 1
-    int targetPageNo = 0; ///< within the output file; never written to the XML file
-    QString status { QLatin1String("") };
-};
-
-/// One source file and what became of its pages.
-struct LogFiles
-{
-    QString filename { QLatin1String("") }; ///< name without folder
-    QString sourcePath { QLatin1String("") }; ///< folder of the source
-    QString targetPath { QLatin1String("") }; ///< output folder
-    QString status { QLatin1String("") }; ///< trouble with the file as a whole; "" when it was read
-    int pages = 0; ///< pages written from this file
-    std::deque<LogFile> logFiles; ///< in the order written; appending moves no entry
-};
+class RecordsAside;
 
 /// What one run read and wrote, and the XML file that tells it.
 ///
@@ -38,11 +24,22 @@ struct LogFiles
 class Log
 {
 public:
+    Log();
+    ~Log();
+    Log(const Log&) = delete;
+    Log& operator=(const Log&) = delete;
+
     QDateTime startTime = QDateTime::currentDateTime();
     QDateTime endTime = startTime; ///< also names the file
-    std::vector<std::shared_ptr<LogFiles>> files; ///< in the order processed, none of them null
+    /// In the order processed, none of them null; without what was put aside.
+    std::vector<std::shared_ptr<LogFiles>> files;
 
-    /// Writes document() as a file of the folder "Logs" in the application data folder, named from
+    /// Puts the records in temporary files once they are more than 500, so that a log takes no more
+    /// memory for more pages. The last source stays, without its pages. Called between two records
+    /// by who adds them; without room for the files everything stays in `files`.
+    void putAside();
+
+    /// Writes the run as a file of the folder "Logs" in the application data folder, named from
     /// `endTime`: "050324140709.log". The folder is not made here. A file of that name is replaced,
     /// at once or not at all. True also when the file could not be written, which the system log
     /// tells; false, with the reason in the system log, when an exception was met.
@@ -51,18 +48,30 @@ public:
     /// The file that the last save() chose, whether or not it could be written; null before.
     QString logFilePath() const;
 
+    /// Why the last save() left no file; null when it did, and before. For who calls save().
+    QString saveFault() const { return m_saveFault; }
+
+    /// Writes the run as the file at `path`, at once or not at all. Null, or the reason why it
+    /// cannot be written. Throws as writeTo() does.
+    QString saveTo(const QString& path) const;
+
     /// False: save() writes no file, logFilePath() stays null. True at the beginning.
     void setStored(bool isStored) { m_isStored = isStored; }
 
-    /// The run as an XML document in UTF-8, one element a line, all content in attributes.
-    /// Characters that XML 1.0 cannot hold are written as U+FFFD.
-    /// Throws std::logic_error for a null entry of `files`.
-    QByteArray document() const;
+    /// Writes the run as an XML document in UTF-8, one element a line, all content in attributes.
+    /// Characters that XML 1.0 cannot hold are written as U+FFFD. False when `to` takes no more.
+    /// Throws std::logic_error for a null entry of `files` and std::runtime_error when what was put
+    /// aside cannot be read.
+    bool writeTo(QIODevice& to) const;
 
 private:
+    int writeAside(QXmlStreamWriter& xml) const;
+
     bool m_isStored = true;
     mutable QMutex m_guard; ///< of m_logFilePath, which the job writes and the window reads
     QString m_logFilePath;
+    QString m_saveFault;
+    std::unique_ptr<RecordsAside> m_aside; ///< null while nothing was put aside
 };
 
 } // namespace pagestack

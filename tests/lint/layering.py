@@ -12,14 +12,15 @@ from pathlib import Path
 from project_files import project_files, report, text_of
 
 SOURCES = {".h", ".cpp", ".mm"}
-CORE_PARTS = {"support", "settings", "log", "image"}
+CORE_PARTS = {"support", "files", "settings", "log", "image"}
 
 # What each part may include besides itself. Parts that are not here (tests, bench) may include all.
 BELOW = {
     "support": set(),
+    "files": {"support"},
     "settings": {"support"},
-    "log": {"support"},
-    "image": {"support", "settings", "log"},
+    "log": {"support", "files"},
+    "image": {"support", "files", "settings"},
     "FileItem": CORE_PARTS,
     "job": CORE_PARTS | {"FileItem"},
     "cli": CORE_PARTS | {"FileItem", "job"},

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/StagedFile.h"
+#include "engine/files/StagedFile.h"
 
 #include <array>
 

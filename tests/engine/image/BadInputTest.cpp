@@ -84,6 +84,8 @@ void BadInputTest::savesNoPageThatCannotBeDecodedWhole_data()
            "width=100000 height=100000 rows=100000 compression=8",
            "width=100000 height=100000 rows=100000 compression=32773" })
         QTest::newRow(page) << QByteArray("0123456789");
+    // A bit a row, each like the one above: this would decode to 1.25 GB of blank paper.
+    QTest::newRow("width=100008 height=100008 rows=100008 fax") << QByteArray(12'600, '\xFF');
 }
 
 void BadInputTest::savesNoPageThatCannotBeDecodedWhole()

@@ -340,7 +340,7 @@ void ImageWritersTest::refusesWhatTheFormatCannotHold()
     QFETCH(QStringList, refusing);
     TestPage page(QTest::currentDataTag());
     if (page.compression == 4)
-        page.encoded = { QByteArray(2500, '\xFF') }; // each row is like the one above
+        page.encoded = { QByteArray(5'100'000, '\xFF') }; // each row is like the one above
     SinglePage single(page);
     for (const QString& name : refusing) {
         QVERIFY(!single.image().save(single.path(name), Settings(nullptr)));

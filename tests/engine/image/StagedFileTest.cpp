@@ -1,4 +1,4 @@
-#include "engine/image/StagedFile.h"
+#include "engine/files/StagedFile.h"
 
 #include "engine/settings/Settings.h"
 #include "tests/engine/image/FileSizeLimit.h"

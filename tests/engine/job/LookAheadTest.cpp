@@ -2,6 +2,7 @@
 
 #include "engine/support/SystemLog.h"
 #include "tests/engine/job/JobFixture.h"
+#include "tests/engine/support/LogDocument.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -74,7 +75,7 @@ Outcome outcome(const QString& sources, const QString& changes, int jobs,
     }
     for (const QString& event : fixture.events)
         found.events.append(withoutTimes(event));
-    found.log = fixture.job.log()->document();
+    found.log = documentOf(*fixture.job.log());
     found.log.replace(QFile::encodeName(fixture.folder.path({})), "");
     found.log = QString::fromUtf8(found.log)
                     .remove(QRegularExpression(u"(Start|End)Time=\"[^\"]*\""_s))
@@ -172,7 +173,7 @@ void LookAheadTest::showsWhatOneThreadShows_data()
         splitBeside + u" in/a3.tiff>new.tif"_s,
         u"trouble in/b.tif 0 the file has 1 pages now, 0 were counted before the run"_s);
     row(u"a page of its own source"_s, u"a.tif:WVWUW"_s, splitBeside + u" in/a2.tiff>@/in/a.tif"_s,
-        u"created 5"_s);
+        u"created 4"_s);
 }
 
 void LookAheadTest::showsWhatOneThreadShows()
@@ -305,7 +306,8 @@ void LookAheadTest::holdsNoMoreThanAWindow()
         QVERIFY2(mostStaged <= 24 + 3, qPrintable(QString::number(mostStaged)));
         QVERIFY(mostOpen > 2); // or nothing was prepared
         QCOMPARE(fixture.events.filter(QRegularExpression(u"^page .* Written$"_s)).size(), 400);
-        QCOMPARE(countOf(u"/proc/self/fd"_s, {}), before);
+        // Two hold the older records of the log.
+        QCOMPARE(countOf(u"/proc/self/fd"_s, {}), before + 2);
     }
 }
 

@@ -139,6 +139,24 @@ in/b.tif to out, 1 pages [] b.tiff 1 Completed
     row("together in the place of the source", u"a.tiff:WW"_s, u"outputType=2 outputFolderPath="_s,
         uR"(in/a.tiff to in, 2 pages [] a.tiff 1 Completed, a.tiff 2 Completed
 1/1 in/a.tiff[1/1,2/1] All files converted successfully.)"_s);
+    // It is never replaced by less than it holds.
+    const auto kept = [&](const char* name, const QString& source, const QString& changes,
+                          const QString& trouble = {}) {
+        row(name, source, changes + u" outputType=2 outputFolderPath="_s,
+            u"in/a.tiff *\n"_s + trouble + u"trouble in/a.tiff 0 the file is kept *\n1/0 *"_s);
+    };
+    kept("source with a bad page kept", u"a.tiff:WBW"_s, {}, u"trouble in/a.tiff 2 *\n"_s);
+    kept("source with later pages kept", u"a.tiff:WW"_s, u"in/a.tiff:WWW"_s,
+         u"trouble in/a.tiff 0 the file has 3 *\n"_s);
+    kept("source kept at a cancel", u"a.tiff:WWW"_s,
+         u"stopAt=page~in/a.tiff~2~in/a.tiff~Written"_s);
+    row("page behind a link to its source", u"a.tif:WW"_s, u"out/a1.png>../in/a.tif"_s,
+        uR"(in/a.tif to out, 1 pages [] a1.png 1 Unable to save page!, a2.png 2 Completed
+trouble in/a.tif 1 a1.png leads to the source itself, which a single page must not replace
+1/1 out/a2.png All files converted successfully.)"_s);
+    row("leftovers", u"a.tif:W"_s, u"out/.pagestack-1-2.part out/.pagestack-1.part"_s,
+        uR"(in/a.tif to out, 1 pages [] a1.png 1 Completed
+1/1 out/a1.png -out/.pagestack-1-2.part All files converted successfully.)"_s);
     row("together with troubles", u"bad.tif:WBW worse.tif:B less.tif:WWWW text.tif"_s,
         u"outputType=2 in/less.tif:WW in/text.tif:W"_s,
         uR"(in/bad.tif to out, 2 pages [] bad.tiff 1 Completed, bad.tiff 2 Unable to save page!, bad.tiff 3 Completed

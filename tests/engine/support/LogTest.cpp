@@ -3,6 +3,7 @@
 #include "engine/support/AppFolders.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/TimeText.h"
+#include "tests/engine/support/LogDocument.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -38,7 +39,7 @@ private slots:
         addSource(u"a.tif"_s, u"Unable to Open File!"_s, 0);
 
         // The text itself: order of the attributes, one element a line, no targetPageNo.
-        QCOMPARE(m_log->document(), QByteArray(R"(<?xml version="1.0" encoding="UTF-8"?>
+        QCOMPARE(documentOf(*m_log), QByteArray(R"(<?xml version="1.0" encoding="UTF-8"?>
 <Log StartTime="03/05/2024 09:05:01 AM" EndTime="03/05/2024 02:07:09 PM">
     <Files FileName="b.tif" SourcePath="/in" TargetPath="/out" Status="" Pages="2">
         <File NewFileName="b1.png" SourcePageNo="1" Status="Completed"/>
@@ -60,7 +61,7 @@ private slots:
              { u"000000 12:00:00 AM"_s, u"010203 01:02:03 AM"_s, u"123000 12:30:00 PM"_s,
                u"130009 01:00:09 PM"_s, u"235959 11:59:59 PM"_s }) {
             m_log->endTime = localTime(QTime::fromString(row.first(6), u"HHmmss"_s));
-            QCOMPARE(m_log->document().split('\n').at(1), // there is nothing but the times
+            QCOMPARE(documentOf(*m_log).split('\n').at(1), // there is nothing but the times
                      "<Log StartTime=\"03/05/2024 09:05:01 AM\" EndTime=\"03/05/2024 "
                          + row.sliced(7).toLatin1() + "\"/>");
             QVERIFY(m_log->save());
@@ -72,7 +73,32 @@ private slots:
         QCOMPARE(logs(), names);
         QFile file(m_log->logFilePath());
         QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), m_log->document());
+        QCOMPARE(file.readAll(), documentOf(*m_log));
+    }
+
+    void isTheSameWhenRecordsArePutAside()
+    {
+        Log other;
+        other.startTime = m_log->startTime;
+        other.endTime = m_log->endTime;
+        for (int i = 0; i < 800; ++i) {
+            const int pages = i == 2 || i == 799 ? 1203 : i % 3;
+            for (Log* log : { m_log.get(), &other })
+                log->files.push_back(std::make_shared<LogFiles>(
+                    LogFiles { u"%1.tif"_s.arg(i), u"/in"_s, u"/out"_s, u""_s, pages, {} }));
+            for (int page = 1; page <= pages; ++page) {
+                for (Log* log : { m_log.get(), &other })
+                    log->files.back()->logFiles.push_back({ u"\u00e4.png"_s, page, 0, u"%1"_s });
+                m_log->putAside();
+                QVERIFY(m_log->files.back()->logFiles.size() <= 500);
+            }
+            m_log->putAside();
+            QVERIFY(m_log->files.size() <= 500);
+        }
+        const QByteArray document = documentOf(*m_log);
+        QCOMPARE(document.count("<File "), 2 * 1203 + 796);
+        QVERIFY(document == documentOf(other));
+        QVERIFY(document == documentOf(*m_log)); // it can be written again
     }
 
     void holdsAnyText()
@@ -86,7 +112,7 @@ private slots:
         const auto replaced = u"???????|??|?|?|??|?"_s.replace(u'?', QChar::ReplacementCharacter);
         addSource(allowed + wrong, wrong, 1);
         addPage(wrong, 1, wrong);
-        const QByteArray document = m_log->document();
+        const QByteArray document = documentOf(*m_log);
         QXmlStreamReader xml(document);
         QVERIFY(xml.readNextStartElement() && xml.readNextStartElement());
         QCOMPARE(xml.attributes().value(u"FileName"_s), allowed + replaced);
@@ -136,6 +162,7 @@ private slots:
             QVERIFY(QFile::exists(inLogs(u""_s)) == hasFolder && logs().isEmpty());
         }
         m_log->files.push_back(nullptr);
+        m_log->endTime = m_log->endTime.addSecs(1); // a name that is free
         QTest::ignoreMessage(QtWarningMsg, "Error in (Log=>save) : a source of the log is missing");
         QVERIFY(!m_log->save());
     }

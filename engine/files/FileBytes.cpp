@@ -1,6 +1,11 @@
-#include "engine/image/FileBytes.h"
+#include "engine/files/FileBytes.h"
+
+#include <QDir>
+#include <QFile>
 
 #include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -14,12 +19,22 @@ void throwFileSystemError(const char* what, int errorNumber)
                              + std::generic_category().message(errorNumber));
 }
 
+int openUnnamedFile()
+{
+    QByteArray name = QFile::encodeName(QDir::tempPath()) + "/pagestack-XXXXXX";
+    const int file = retryInterrupted([&] { return ::mkstemp(name.data()); });
+    if (file < 0)
+        throwFileSystemError("cannot create a temporary file", errno);
+    ::unlink(name.constData());
+    ::fcntl(file, F_SETFD, FD_CLOEXEC);
+    return file;
+}
+
 void readFully(int file, std::uint64_t offset, std::span<std::uint8_t> bytes)
 {
     while (!bytes.empty()) {
-        const ssize_t got = ::pread(file, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (got < 0 && errno == EINTR)
-            continue;
+        const ssize_t got = retryInterrupted(
+            [&] { return ::pread(file, bytes.data(), bytes.size(), static_cast<off_t>(offset)); });
         if (got < 0)
             throwFileSystemError("cannot read", errno);
         if (got == 0)
@@ -32,10 +47,8 @@ void readFully(int file, std::uint64_t offset, std::span<std::uint8_t> bytes)
 void writeFully(int file, std::uint64_t offset, std::span<const std::uint8_t> bytes)
 {
     while (!bytes.empty()) {
-        const ssize_t written
-            = ::pwrite(file, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (written < 0 && errno == EINTR)
-            continue;
+        const ssize_t written = retryInterrupted(
+            [&] { return ::pwrite(file, bytes.data(), bytes.size(), static_cast<off_t>(offset)); });
         if (written < 0)
             throwFileSystemError("cannot write", errno);
         if (written == 0)
@@ -43,6 +56,20 @@ void writeFully(int file, std::uint64_t offset, std::span<const std::uint8_t> by
         offset += static_cast<std::uint64_t>(written);
         bytes = bytes.subspan(static_cast<std::size_t>(written));
     }
+}
+
+void syncToDisk(int file)
+{
+    if (retryInterrupted([&] { return ::fsync(file); }) != 0)
+        throwFileSystemError("cannot write", errno);
+}
+
+void checkAtClose(int file)
+{
+    const int copy = ::fcntl(file, F_DUPFD_CLOEXEC, 0);
+    // Interrupted, it is closed all the same.
+    if (copy < 0 || (::close(copy) != 0 && errno != EINTR))
+        throwFileSystemError("cannot write", errno);
 }
 
 } // namespace pagestack

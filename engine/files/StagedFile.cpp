@@ -1,18 +1,19 @@
-#include "engine/image/StagedFile.h"
+#include "engine/files/StagedFile.h"
 
-#include "engine/image/FileBytes.h"
+#include "engine/files/FileBytes.h"
+#include "engine/files/InPlace.h"
+#include "engine/files/StagedNames.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace pagestack {
 
@@ -41,15 +42,6 @@ namespace {
         throwFileSystemError("cannot follow the symbolic link", ELOOP);
     }
 
-    /// A name that no other staged file of this or another running program has, short enough for
-    /// every file system, hidden, and plain about what it is.
-    QByteArray temporaryName()
-    {
-        static std::atomic<unsigned> next { 0 };
-        return ".pagestack-" + QByteArray::number(::getpid()) + '-'
-            + QByteArray::number(next.fetch_add(1)) + ".part";
-    }
-
 } // namespace
 
 StagedFile::StagedFile(const QString& targetPath)
@@ -66,7 +58,9 @@ StagedFile::StagedFile(const QString& targetPath)
         m_replaces = true;
         m_permissions = existing.st_mode & 0777U;
     }
-    createBesideTarget();
+    m_inPlace = !createBesideTarget();
+    if (m_inPlace)
+        m_file = openUnnamedFile();
 }
 
 QByteArray StagedFile::resolvedTarget(const QString& targetPath)
@@ -74,33 +68,29 @@ QByteArray StagedFile::resolvedTarget(const QString& targetPath)
     return resolveLinks(QFile::encodeName(QFileInfo(targetPath).absoluteFilePath()));
 }
 
-void StagedFile::createBesideTarget()
+/// False when the folder takes no new file but what is at the target can be written to.
+bool StagedFile::createBesideTarget()
 {
     const QByteArray folder = m_target.left(m_target.lastIndexOf('/') + 1);
-    const mode_t mode = m_replaces ? static_cast<mode_t>(m_permissions) : mode_t { 0666 };
-    // Owner access is needed while writing, whatever the file that is replaced allows.
-    const mode_t creationMode = mode | S_IRUSR | S_IWUSR;
+    const auto mode = m_replaces ? static_cast<mode_t>(m_permissions) : mode_t { 0666 };
     int error = EEXIST;
     for (int attempt = 0; attempt < 1000 && error == EEXIST; ++attempt) {
-        m_temporary = folder + temporaryName();
-        m_file = ::open(m_temporary.constData(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                        creationMode);
-        error = m_file >= 0 ? 0 : errno;
+        m_temporary = folder + stagedName();
+        m_file = retryInterrupted([&] {
+            return ::open(m_temporary.constData(),
+                          O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+        });
+        if (m_file >= 0 && ownStagedFile(m_file))
+            return true;
+        error = m_file < 0 ? errno : EEXIST;
+        if (m_file >= 0)
+            ::close(std::exchange(m_file, -1));
     }
+    m_temporary.clear();
     const bool folderTakesNoFile = error == EACCES || error == EPERM || error == EROFS;
-    if (folderTakesNoFile && m_replaces && ::access(m_target.constData(), W_OK) == 0) {
-        m_inPlace = true;
-        QByteArray name = QFile::encodeName(QDir::tempPath()) + "/pagestack-XXXXXX";
-        m_file = ::mkstemp(name.data());
-        if (m_file < 0)
-            throwFileSystemError("cannot create a temporary file", errno);
-        m_temporary = name;
-        return;
-    }
-    if (m_file < 0) {
-        m_temporary.clear();
-        throwFileSystemError("cannot create a file in the folder", error);
-    }
+    if (folderTakesNoFile && m_replaces && ::access(m_target.constData(), W_OK) == 0)
+        return false;
+    throwFileSystemError("cannot create a file in the folder", error);
 }
 
 StagedFile::~StagedFile()
@@ -170,7 +160,7 @@ void StagedFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes)
 void StagedFile::resize(std::uint64_t size)
 {
     flush();
-    if (::ftruncate(m_file, static_cast<off_t>(size)) != 0)
+    if (retryInterrupted([&] { return ::ftruncate(m_file, static_cast<off_t>(size)); }) != 0)
         throwFileSystemError("cannot write", errno);
     m_size = size;
 }
@@ -179,55 +169,40 @@ void StagedFile::settle()
 {
     flush();
     m_pending = {};
-    if (m_replaces && !m_inPlace && ::fsync(m_file) != 0)
-        throwFileSystemError("cannot write", errno);
+    if (m_replaces && !m_inPlace)
+        syncToDisk(m_file);
 }
 
 void StagedFile::commit()
 {
     flush();
     if (m_inPlace) {
-        replaceInPlace();
+        replaceContent(m_target, m_file, m_size);
         return;
     }
     if (m_replaces) {
-        if (::fchmod(m_file, static_cast<mode_t>(m_permissions)) != 0)
-            throwFileSystemError("cannot keep the permissions", errno);
+        keepPermissions();
         // The old file is gone with the rename, so the new one must be on the disk before it.
-        if (::fsync(m_file) != 0)
-            throwFileSystemError("cannot write", errno);
+        syncToDisk(m_file);
     }
-    const int file = std::exchange(m_file, -1);
-    // Some file systems report a full disk only here.
-    if (::close(file) != 0)
-        throwFileSystemError("cannot write", errno);
-    if (::rename(m_temporary.constData(), m_target.constData()) != 0)
+    checkAtClose(m_file);
+    // Still open, and so still owned: nobody takes it for a leftover.
+    const auto putInPlace = [&] { return ::rename(m_temporary.constData(), m_target.constData()); };
+    if (retryInterrupted(putInPlace) != 0)
         throwFileSystemError("cannot put the file in place", errno);
     m_temporary.clear();
+    ::close(std::exchange(m_file, -1));
 }
 
-void StagedFile::replaceInPlace()
+/// What the process's mask took away when the file was made is given back.
+void StagedFile::keepPermissions()
 {
-    const int target = ::open(m_target.constData(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
-    if (target < 0)
-        throwFileSystemError("cannot open the file to replace", errno);
-    try {
-        std::vector<std::uint8_t> buffer(appendBufferBytes);
-        for (std::uint64_t offset = 0; offset < m_size;) {
-            const auto count
-                = static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), m_size - offset));
-            readAt(offset, std::span(buffer).first(count));
-            writeFully(target, offset, std::span<const std::uint8_t>(buffer).first(count));
-            offset += count;
-        }
-        if (::ftruncate(target, static_cast<off_t>(m_size)) != 0 || ::fsync(target) != 0)
-            throwFileSystemError("cannot write", errno);
-    } catch (const std::runtime_error&) {
-        ::close(target);
-        throw;
-    }
-    if (::close(target) != 0)
-        throwFileSystemError("cannot write", errno);
+    struct stat status = {};
+    if (::fstat(m_file, &status) == 0 && (status.st_mode & 0777U) == m_permissions)
+        return;
+    const auto change = [&] { return ::fchmod(m_file, static_cast<mode_t>(m_permissions)); };
+    if (retryInterrupted(change) != 0)
+        throwFileSystemError("cannot keep the permissions", errno);
 }
 
 } // namespace pagestack

@@ -1,12 +1,8 @@
-#include "engine/image/ByteSpool.h"
+#include "engine/files/ByteSpool.h"
 
-#include "engine/image/FileBytes.h"
-
-#include <QDir>
-#include <QFile>
+#include "engine/files/FileBytes.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <stdexcept>
 #include <unistd.h>
 #include <utility>
@@ -21,11 +17,7 @@ ByteSpool::~ByteSpool()
 
 void ByteSpool::moveToFile()
 {
-    QByteArray name = QFile::encodeName(QDir::tempPath()) + "/pagestack-XXXXXX";
-    m_file = ::mkstemp(name.data());
-    if (m_file < 0)
-        throwFileSystemError("cannot create a temporary file", errno);
-    ::unlink(name.constData());
+    m_file = openUnnamedFile();
     const std::vector<std::uint8_t> bytes = std::exchange(m_memory, {});
     writeFully(m_file, 0, bytes);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/ByteFile.h"
+#include "engine/files/ByteFile.h"
 
 #include <QString>
 
@@ -12,8 +12,10 @@ namespace pagestack {
 /// it is complete, so that a failure, a crash or a cancel leaves what was at the target as it was.
 ///
 /// Through a symbolic link the link's target is replaced. The permissions of a file that is
-/// replaced are kept. In a folder that takes no new file, an existing writable file is replaced in
-/// place at `commit`. One thread at a time; a staged file may be handed from one thread to another.
+/// replaced are kept; the temporary file has them from the start. In a folder that takes no new
+/// file, an existing writable file is replaced in place at `commit`. What a program that was killed
+/// leaves behind is what StagedNames.h says. One thread at a time; a staged file may be handed from
+/// one thread to another.
 class StagedFile : public ByteFile
 {
 public:
@@ -43,19 +45,19 @@ public:
     void settle();
 
     /// Puts the file in place of the target. Throws std::runtime_error with the reason; the target
-    /// is then as it was, unless it had to be replaced in place.
+    /// is then as it was.
     void commit();
 
 private:
-    void createBesideTarget();
+    bool createBesideTarget();
+    void keepPermissions();
     void flush();
     /// Whether these bytes have not been handed to the file system yet.
     bool isPending(std::uint64_t offset, std::size_t count) const;
     std::vector<std::uint8_t>::iterator pendingAt(std::uint64_t offset);
-    void replaceInPlace();
 
     QByteArray m_target; ///< with symbolic links resolved, in the file system's encoding
-    QByteArray m_temporary; ///< empty once committed
+    QByteArray m_temporary; ///< empty once committed, and for a file without a name
     int m_file = -1;
     std::uint64_t m_size = 0; ///< with what is still in `m_pending`
     std::vector<std::uint8_t> m_pending; ///< appended, but not yet handed to the file system

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/ByteFile.h"
+#include "engine/files/ByteFile.h"
 
 #include <vector>
 

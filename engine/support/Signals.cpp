@@ -1,4 +1,4 @@
-#include "cli/Signals.h"
+#include "engine/support/Signals.h"
 
 #include <QSocketNotifier>
 

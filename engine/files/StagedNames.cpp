@@ -1,0 +1,93 @@
+#include "engine/files/StagedNames.h"
+
+#include "engine/files/FileBytes.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace pagestack {
+
+namespace {
+
+    constexpr char start[] = ".pagestack-";
+    constexpr char end[] = ".part";
+
+    bool isNumber(const QByteArray& text)
+    {
+        return !text.isEmpty() && text.size() < 20
+            && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    }
+
+    bool isStagedName(const QByteArray& name)
+    {
+        if (!name.startsWith(start) || !name.endsWith(end))
+            return false;
+        const qsizetype length = name.size() - qsizetype { sizeof start - 1 + sizeof end - 1 };
+        const QList<QByteArray> numbers = name.mid(sizeof start - 1, length).split('-');
+        return numbers.size() == 2 && isNumber(numbers[0]) && isNumber(numbers[1]);
+    }
+
+    struct FolderCloser
+    {
+        void operator()(DIR* folder) const noexcept { ::closedir(folder); }
+    };
+
+    /// Whether `name` still leads to the open `file`.
+    bool leadsTo(int folder, const char* name, int file)
+    {
+        struct stat opened = {};
+        struct stat named = {};
+        return ::fstat(file, &opened) == 0 && S_ISREG(opened.st_mode)
+            && ::fstatat(folder, name, &named, AT_SYMLINK_NOFOLLOW) == 0
+            && opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+    }
+
+    void removeUnlessOwned(int folder, const char* name)
+    {
+        // Neither a link nor a pipe that someone put there leads anywhere.
+        const int file = ::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        if (file < 0)
+            return;
+        if (::flock(file, LOCK_EX | LOCK_NB) == 0 && leadsTo(folder, name, file))
+            ::unlinkat(folder, name, 0);
+        ::close(file);
+    }
+
+} // namespace
+
+QByteArray stagedName()
+{
+    static std::atomic<unsigned> next { 0 };
+    return start + QByteArray::number(::getpid()) + '-' + QByteArray::number(next.fetch_add(1))
+        + end;
+}
+
+bool ownStagedFile(int file)
+{
+    if (retryInterrupted([&] { return ::flock(file, LOCK_EX | LOCK_NB); }) != 0)
+        return errno != EWOULDBLOCK; // without locks nobody can take it for a leftover
+    struct stat status = {};
+    return ::fstat(file, &status) == 0 && status.st_nlink > 0;
+}
+
+void removeLeftStagedFiles(const QString& folder)
+{
+    const std::unique_ptr<DIR, FolderCloser> entries(
+        ::opendir(QFile::encodeName(folder).constData()));
+    if (!entries)
+        return;
+    while (const dirent* entry = ::readdir(entries.get()))
+        if (isStagedName(QByteArray::fromRawData(entry->d_name, qsizetype(qstrlen(entry->d_name)))))
+            removeUnlessOwned(::dirfd(entries.get()), entry->d_name);
+}
+
+} // namespace pagestack
