@@ -6,9 +6,9 @@
 #include "cli/HelpText.h"
 #include "cli/Options.h"
 #include "cli/SystemLogLines.h"
+#include "engine/support/PathName.h"
 
 #include <QCoreApplication>
-#include <QFile>
 
 #include <csignal>
 #include <fcntl.h>
@@ -36,7 +36,7 @@ namespace {
     {
         QStringList found;
         for (int i = 1; i < argc; ++i)
-            found.append(QFile::decodeName(argv[i]));
+            found.append(pathFromBytes(argv[i]));
         return found;
     }
 

@@ -1,6 +1,7 @@
 #include "cli/FolderReader.h"
 
 #include "cli/NaturalOrder.h"
+#include "engine/support/PathName.h"
 
 #include <QFile>
 
@@ -19,7 +20,7 @@ namespace {
         const std::string bytes = entry.path().filename().string();
         if (bytes.starts_with('.'))
             return;
-        const QString name = QFile::decodeName(bytes.c_str());
+        const QString name = pathFromBytes(bytes.c_str());
         std::error_code ignored;
         if (entry.is_directory(ignored))
             contents.folders.append({ name, entry.is_symlink(ignored) });

@@ -1,5 +1,7 @@
 #include "cli/OptionTable.h"
 
+#include "engine/support/PathName.h"
+
 using namespace Qt::StringLiterals;
 
 namespace pagestack {
@@ -64,6 +66,8 @@ namespace {
     {
         if (value.isEmpty())
             throw UsageError(u"the name of the %1 is empty"_s.arg(what));
+        if (!isPath(value))
+            throw UsageError(u"the name of the %1 is no UTF-8 text"_s.arg(what));
         return value;
     }
 

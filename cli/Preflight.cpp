@@ -1,12 +1,16 @@
 #include "cli/Preflight.h"
 
 #include "cli/Options.h"
+#include "engine/job/FileIdentity.h"
 #include "engine/job/OutputNames.h"
 #include "engine/settings/Settings.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSet>
+
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -39,7 +43,8 @@ namespace {
     {
     public:
         TargetFinder(const QList<Source>& sources, const Settings& settings, const Options& options)
-            : m_settings(settings)
+            : m_all(sources)
+            , m_settings(settings)
             , m_options(options)
         {
             for (const Source& source : sources)
@@ -89,12 +94,25 @@ namespace {
                 m_owners.insert(key, source.shown);
             if (const QFileInfo info(path); info.exists() || info.isSymLink())
                 m_found.existing.add(u"%1 exists already"_s.arg(shown));
-            if (const auto other = m_sources.constFind(key);
-                other != m_sources.cend() && *other != source.shown)
-                m_found.replacedSources.add(
-                    u"%1 is a source and is replaced by output of %2"_s.arg(*other, source.shown));
+            const QString replaced = replacedSource(path, key);
+            if (!replaced.isNull() && replaced != source.shown)
+                m_found.replacedSources.add(u"%1 is a source and is replaced by output of %2"_s.arg(
+                    replaced, source.shown));
         }
 
+        /// The source, as shown, that is at `path` or at the end of a link there; null for none.
+        QString replacedSource(const QString& path, const QString& key)
+        {
+            if (!QFileInfo(path).isSymLink())
+                return m_sources.value(key);
+            const std::optional<FileIdentity> end = fileIdentity(QFile::encodeName(path));
+            for (const Source& source : m_all)
+                if (end && end == fileIdentity(QFile::encodeName(source.path)))
+                    return source.shown;
+            return {};
+        }
+
+        const QList<Source>& m_all;
         const Settings& m_settings;
         const Options& m_options;
         Places m_places;

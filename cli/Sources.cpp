@@ -2,7 +2,9 @@
 
 #include "cli/FolderReader.h"
 #include "cli/Options.h"
+#include "engine/job/FileIdentity.h"
 #include "engine/job/OutputNames.h"
+#include "engine/support/PathName.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,15 +14,15 @@
 
 #include <cstdio>
 
+#include <optional>
+
 using namespace Qt::StringLiterals;
 
 namespace pagestack {
 
 namespace {
 
-    /// Sign that stands for bytes that are no UTF-8 text; the file cannot be reached by such a
-    /// name.
-    constexpr QChar undecodable = QChar::ReplacementCharacter;
+    const QString noText = u"the name is no UTF-8 text"_s;
 
     bool hasTiffExtension(const QString& name)
     {
@@ -39,6 +41,19 @@ namespace {
             return QFileInfo(path).canonicalFilePath();
         const QString folder = folderPart(path);
         return joinedPath(QFileInfo(folder).canonicalFilePath(), name);
+    }
+
+    /// Qt shows the working folder, and what a link leads to, as text even where it is none.
+    bool leadsToSameFile(const QString& path, const QString& shown)
+    {
+        return fileIdentity(QFile::encodeName(path)) == fileIdentity(QFile::encodeName(shown));
+    }
+
+    /// The same for every path that leads to the folder.
+    QString folderKey(const QString& folder)
+    {
+        const std::optional<FileIdentity> identity = fileIdentity(QFile::encodeName(folder));
+        return identity ? u"%1 %2"_s.arg(identity->device).arg(identity->inode) : folder;
     }
 
     class Collector
@@ -60,23 +75,24 @@ namespace {
         QString identity(const QString& path);
         void report(const QString& shown, const QString& reason)
         {
-            m_found.troubles.append({ shown, reason });
+            m_found.troubles.append({ QString(shown).remove(QChar::Null), reason });
         }
 
         bool m_isRecursive;
         CollectedSources m_found;
         QSet<QString> m_taken; ///< identities
-        QHash<QString, QString> m_canonical; ///< folders, resolved
-        QSet<QString> m_entered; ///< canonical folders below the folder in hand
+        QHash<QString, QString> m_folders; ///< their keys
+        QSet<QString> m_entered; ///< keys of folders below the folder in hand
         QStringList m_linked; ///< symbolic links to folders that wait for their turn
     };
 
     void Collector::addPath(const QString& shown)
     {
-        const QFileInfo info(shown);
         if (shown.isEmpty())
             report(u"''"_s, u"the path is empty"_s);
-        else if (info.isDir())
+        else if (!isPath(shown))
+            report(shown, noText);
+        else if (QFileInfo(shown).isDir())
             addFolder(shown);
         else
             addFile(shown);
@@ -84,14 +100,16 @@ namespace {
 
     void Collector::addFile(const QString& shown)
     {
+        if (!isPath(shown))
+            return report(shown, noText);
         const QFileInfo info(shown);
-        if (shown.contains(undecodable) && !info.exists())
-            return report(shown, u"the name is no UTF-8 text"_s);
         if (!info.exists())
             return report(shown, u"no such file or folder"_s);
         if (!info.isFile())
             return report(shown, u"neither a regular file nor a folder"_s);
         const QString path = absolutePath(shown);
+        if (!leadsToSameFile(path, shown))
+            return report(shown, u"the name of its folder is no UTF-8 text"_s);
         const qsizetype before = m_taken.size();
         m_taken.insert(identity(path));
         if (m_taken.size() == before)
@@ -104,9 +122,9 @@ namespace {
     QString Collector::identity(const QString& path)
     {
         const QString folder = folderPart(path);
-        auto known = m_canonical.find(folder);
-        if (known == m_canonical.end())
-            known = m_canonical.insert(folder, QFileInfo(folder).canonicalFilePath());
+        auto known = m_folders.find(folder);
+        if (known == m_folders.end())
+            known = m_folders.insert(folder, folderKey(folder));
         return joinedPath(*known, lastPathComponent(path));
     }
 
@@ -122,10 +140,10 @@ namespace {
 
     void Collector::readFolder(const QString& shown)
     {
-        const QString canonical = QFileInfo(shown).canonicalFilePath();
-        if (m_entered.contains(canonical))
+        const QString key = folderKey(shown);
+        if (m_entered.contains(key))
             return;
-        m_entered.insert(canonical);
+        m_entered.insert(key);
         const FolderContents contents = readFolderContents(shown);
         if (!contents.fault.isEmpty())
             report(shown, contents.fault);
@@ -137,8 +155,8 @@ namespace {
             return;
         for (const FolderContents::Folder& folder : contents.folders) {
             const QString path = joinedPath(shown, folder.name);
-            if (folder.name.contains(undecodable) && !QFileInfo::exists(path))
-                report(path, u"the name is no UTF-8 text"_s);
+            if (!isPath(path))
+                report(path, noText);
             else if (folder.isLink)
                 m_linked.append(path);
             else
@@ -156,13 +174,15 @@ namespace {
             if (found.isEmpty() && line.startsWith("\xEF\xBB\xBF"))
                 line.remove(0, 3);
             if (!line.isEmpty())
-                found.append(QFile::decodeName(line));
+                found.append(pathFromBytes(line));
         }
         return found;
     }
 
     void Collector::addList(const QString& list)
     {
+        if (!isPath(list))
+            return report(list, noText);
         const bool isStandardInput = list == u"-";
         QFile file(list);
         const bool isOpen = isStandardInput ? file.open(stdin, QIODevice::ReadOnly)

@@ -2,6 +2,7 @@
 
 #include "engine/image/PageCount.h"
 #include "engine/support/DateText.h"
+#include "engine/support/SystemLog.h"
 #include "filelist/AllocatedSize.h"
 
 #include <QStringList>
@@ -33,6 +34,18 @@ namespace {
         return path;
     }
 
+    QByteArray pathBytes(const QUrl& url)
+    {
+        return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
+    }
+
+    /// False when the path has bytes that are no text: toLocalFile() would be the path of another
+    /// file.
+    bool hasTextPath(const QUrl& url)
+    {
+        return pathBytes(QUrl::fromLocalFile(url.toLocalFile())) == pathBytes(url);
+    }
+
     QString columnText(const QDateTime& date) { return dateText(date, u"dd-MMM-yyyy h:mm AP"_s); }
 
 } // namespace
@@ -41,7 +54,14 @@ std::shared_ptr<FileItem> FileItem::initWithURL(const QUrl& url)
 {
     if (url.isEmpty() || !url.isLocalFile())
         return nullptr;
-    return std::shared_ptr<FileItem>(new FileItem(QUrl(url.toString(QUrl::FullyEncoded))));
+    if (!hasTextPath(url)) {
+        systemLog(u"The name is no UTF-8 text, so the file is left out: "_s + url.toLocalFile());
+        return nullptr;
+    }
+    // Not every character survives: U+FDD0 and its like are replaced.
+    const QUrl parsed(url.toString(QUrl::FullyEncoded));
+    const bool isSame = parsed.toLocalFile() == url.toLocalFile();
+    return std::shared_ptr<FileItem>(new FileItem(isSame ? parsed : url));
 }
 
 FileItem::FileItem(const QUrl& url) { setFilePath(url); }

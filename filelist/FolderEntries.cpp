@@ -1,9 +1,14 @@
 #include "filelist/FolderEntries.h"
 
+#include "engine/support/PathName.h"
+#include "engine/support/SystemLog.h"
+
 #include <QFile>
 #include <QFileInfo>
 
 #include <system_error>
+
+using namespace Qt::StringLiterals;
 
 namespace pagestack {
 
@@ -63,7 +68,11 @@ std::optional<FolderEntries::Entry> FolderEntries::next()
         if (isDirectory && m_includeSubdirectories && !entry.is_symlink(ignored)
             && !isPackage(entry.path()))
             open(entry.path());
-        return Entry { QFile::decodeName(entry.path().c_str()), isDirectory };
+        const QString path = pathFromBytes(entry.path().c_str());
+        if (isPath(path))
+            return Entry { path, isDirectory };
+        if (!isDirectory)
+            systemLog(u"The name is no UTF-8 text, so the file is left out: "_s + path);
     }
     return std::nullopt;
 }

@@ -47,7 +47,10 @@ void DesktopWorkspace::revealFiles(const QList<QUrl>& urls)
 void DesktopWorkspace::describeFiles(const QList<QUrl>& urls)
 {
     for (const QUrl& url : urls) {
-        if (!runScript(informationScript(url.toLocalFile())))
+        const QString path = url.toLocalFile();
+        if (!isSafeInScript(path))
+            systemLog(u"The file manager cannot be told the name "_s + path);
+        else if (!runScript(informationScript(path)))
             return; // each of the others would keep the window waiting as long
     }
 }

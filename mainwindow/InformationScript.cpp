@@ -19,4 +19,6 @@ QString informationScript(const QString& path)
     return script + u" of startup disk\nend tell"_s;
 }
 
+bool isSafeInScript(const QString& path) { return !path.contains(u'"') && !path.contains(u'\\'); }
+
 } // namespace pagestack

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -28,6 +29,11 @@ private slots:
             QVERIFY2(!FileItem::initWithURL(QUrl(QLatin1String(url))), url);
         const auto item = itemOf(u"/tmp/50%25 #1?.tif"_s);
         QCOMPARE(item->filePath().toLocalFile(), u"/tmp/50%25 #1?.tif"_s);
+        const auto rare = itemOf(u"/tmp/\uFDD0\uFFFD.tif"_s);
+        QCOMPARE(rare->filePath().toLocalFile(), u"/tmp/\uFDD0\uFFFD.tif"_s);
+        // Bytes that are no text would show as the name of another file.
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"no UTF-8 text"_s));
+        QVERIFY(!FileItem::initWithURL(QUrl(u"file:///tmp/%FF.tif"_s)));
     }
 
     void takesSizeAndPagesWhenItIsMade()

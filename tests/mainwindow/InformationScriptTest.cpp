@@ -35,6 +35,13 @@ private slots:
             u"tell application \"Finder\"\nactivate \nopen information window of document file "_s
                 + file + u" of startup disk\nend tell"_s);
     }
+
+    void tellsWhichNamesCouldBecomeCommands()
+    {
+        QVERIFY(isSafeInScript(u"/Büro 1/it's $(a) `b` %1\n.tif"_s));
+        QVERIFY(!isSafeInScript(u"/a\" & (do shell script \"id\") & \".tif"_s));
+        QVERIFY(!isSafeInScript(u"/folder\\/a.tif"_s)); // would take the closing quote along
+    }
 };
 
 QTEST_APPLESS_MAIN(InformationScriptTest)
