@@ -1,0 +1,236 @@
+#!/usr/bin/python3
+"""Names of every kind.
+
+Sources are named on the command line, found in folders and listed in a file. Each comes out under the
+name that is expected of it or is told on standard error by name; no other file is read or written, the
+exit code says whether all went well, and the log gives the names back.
+"""
+
+import importlib.util
+import os
+import pty
+import re
+import shutil
+import subprocess
+import unicodedata
+from xml.etree import ElementTree
+
+from scene import Scene, finish, in_xml, picture
+
+LONG = b"n" * 240
+NAMES = [name if isinstance(name, bytes) else name.encode() for name in (
+    "two  blanks .tif", " .tif", "blank.tif ", "quote'\".tif", "back\\slash\\.tif", "new\nline.tif", "tab\t.tif",
+    "cr\r.tif", "\x01\x1b[2J\x1b]0;title\x07\x7f.tif", "\x85\x9b31m.tif",
+    b"bad\xff.tif", b"\xff", b"latin-\xe9.tif", b"cut-\xf0\x9f\x93.tif", b"surrogate-\xed\xa0\x80.tif",
+    b"overlong-\xc0\xaf.tif", "\ufffd.tif", "\ufeff.tif", "\ufffe\uffff.tif", "\ufdd0.tif", "\U0010ffff.tif",
+    "עברית שלום.tif", "\u202efit.tif", "\u2028.tif", "\U0001f4c4.tif", "Case.tif", "case.tif",
+    unicodedata.normalize("NFC", "é.tif"), unicodedata.normalize("NFD", "é.tif"),
+    "%s%d%n%1%2.tif", "$(touch x).tif", "`touch x`;touch x&.tif", "-o.tif", "--format=gif.tif", "-", "--",
+    ".tif", "a.tif.", "..tif", "...", "a.b.TIFF", "none", "x%20y.tif", "x#y.tif", "x?y.tif", "file:x.tif",
+    "~.tif", "*.tif", "[a].tif", "{a,b}.tif", "&lt;<>&\"'.tif", "]]>.tif", "<!--.tif",
+    LONG + b"o" * 10 + b".tif", LONG + b"p" * 11 + b".tif")]
+SEVERAL = 10  # pages; the last one's name is a byte longer
+
+
+def pages_of(name):
+    return SEVERAL if name.startswith(LONG) else 1
+
+
+def is_text(name):
+    return name.decode(errors="ignore").encode() == name
+
+
+def shown(name):
+    """As messages show it: nothing in it can drive a terminal."""
+    return "".join("?" if unicodedata.category(sign) == "Cc" else sign for sign in name.decode(errors="replace"))
+
+
+def target(name, page):
+    stem = name[:name.rindex(b".")] if b"." in name[1:] else name
+    return stem.replace(b":", b"-") + b"%d.png" % page
+
+
+def is_found(name):
+    """Whether a folder's listing takes it."""
+    return name.endswith((b".tif", b".TIF", b".tiff", b".TIFF")) and not name.startswith(b".")
+
+
+def check_way(way, names, words):
+    with Scene(f"names {way}") as scene:
+        pictures = {name: [picture(i + 7 * page, 19, 13) for page in range(pages_of(name))]
+                    for i, name in enumerate(NAMES)}
+        for name, pages in pictures.items():
+            scene.make(b"in/" + name, pages)
+        scene.path("list").write_bytes(b"\n".join(name for name in NAMES if b"\n" not in name))
+        scene.run("-f", "png", *words, cwd="in")
+        wanted, told = {}, set()
+        for name in names:
+            if not is_text(name):
+                told.add(f"{shown(name)}: ")
+                continue
+            for i, page in enumerate(pictures[name], 1):
+                if len(target(name, i)) <= 255:
+                    wanted[target(name, i)] = [[page]]
+                else:
+                    told.add(f"{shown(name)}[{i}]: ")
+        scene.check_code(1)
+        scene.check_outputs(wanted)
+        lines = {line.removeprefix("pagestack-convert: ./").removeprefix("pagestack-convert: ")
+                 for line in scene.errors.split("\n") if line}
+        for start in told:
+            scene.check(any(plain(line).startswith(plain(start)) for line in lines), f"{start!r} is not told")
+        for line in lines:
+            scene.check(any(plain(line).startswith(plain(start)) for start in told), f"told without need: {line!r}")
+        check_log(scene, names)
+        scene.check(sorted(os.listdir(b"in")) == sorted(NAMES), "a file was made or lost")
+
+
+def plain(text):
+    """However many replacement signs stand for one broken sequence."""
+    return re.sub("\ufffd+", "\ufffd", text)
+
+
+def check_log(scene, names):
+    log = scene.path("home/log")
+    readers = {"xml.etree": ElementTree.parse}
+    if importlib.util.find_spec("lxml"):
+        readers["lxml"] = importlib.import_module("lxml.etree").parse
+    if shutil.which("xmllint"):
+        refused = subprocess.run(["xmllint", "--noout", log], check=False).returncode
+        scene.check(refused == 0, "xmllint refuses the log")
+    texts = sorted(in_xml(name.decode()) for name in names if is_text(name))
+    there = {in_xml(name) for name in os.listdir("out")}
+    for reader, parse in readers.items():
+        root = parse(str(log)).getroot()
+        found = sorted(source.get("FileName") for source in root)
+        scene.check(found == texts, f"{reader}: other sources: {set(found) ^ set(texts)!r}")
+        made = {page.get("NewFileName") for page in root.iter("File") if page.get("Status") == "Completed"}
+        scene.check(made == there, f"{reader}: other outputs: {made ^ there!r}")
+
+
+def every_way():
+    check_way("on the command line", NAMES, ["--", *NAMES])
+    check_way("found in a folder", [name for name in NAMES if is_found(name)], ["-r", "."])
+    listed = [name for name in NAMES if b"\n" not in name]
+    check_way("in a list", listed, ["--files-from", "../list"])
+
+
+# Names, and those of other files that they turn into where text is decoded or cleaned.
+TAKEN_FOR = {
+    b"bad\xff": "bad\ufffd".encode(),
+    "\ufdd0n".encode(): "\ufffd\ufffd\ufffdn".encode(),
+    "\ufeffn".encode(): b"n",
+}
+
+
+def never_another_file(odd, other):
+    ways = {"named": [odd + b".tif"], "found": ["-r", "."], "listed": ["--files-from", "../list"],
+            "its folder": ["-r", odd], "below its folder": [odd + b"/x.tif"]}
+    for way, words in ways.items():
+        with Scene(f"{odd} beside {other}, {way}") as scene:
+            scene.path("list").write_bytes(b"./" + odd + b".tif\n")
+            for seed, name in enumerate((odd, other)):
+                os.mkdir(b"in/" + name)
+                scene.make(b"in/" + name + b".tif", [picture(seed)])
+                if "folder" in way:
+                    scene.make(b"in/" + name + b"/x.tif", [picture(seed)])
+            scene.run("-f", "png", *words, cwd="in")
+            wanted = {b"x1.png": [[picture(0)]]} if "folder" in way else {odd + b"1.png": [[picture(0)]]}
+            others = {other + b"1.png": [[picture(1)]]} if way == "found" else {}
+            if scene.code == 0:
+                scene.check_outputs({**wanted, **others})
+            else:
+                scene.check(plain(shown(odd)) in plain(scene.errors), "it is not told")
+                scene.check_outputs(others, is_logged=bool(others))
+    for option in ("-o", "--log", "--files-from"):
+        with Scene(f"{odd} beside {other}, {option}") as scene:
+            scene.make("in/a.tif", [picture(0)])
+            if option == "--files-from":
+                scene.path(other).write_bytes(b"in/a.tif\n")
+            before = set(os.listdir(b"."))
+            scene.run("-f", "png", *["in/a.tif"] * (option != "--files-from"), option, odd)
+            made = set(os.listdir(b".")) - before
+            scene.check(made == {odd} if scene.code == 0 else not made, f"exit {scene.code}, made {made}")
+    with Scene(f"{odd} beside {other}, working in it") as scene:
+        for seed, name in enumerate((odd, other)):
+            os.mkdir(name)
+            scene.make(name + b"/a.tif", [picture(seed)])
+        scene.run("-f", "png", "a.tif", cwd=odd)
+        scene.check_outputs({b"a1.png": [[picture(0)]]} if scene.code == 0 else {}, is_logged=False)
+        scene.check(scene.code == 0 or "a.tif" in scene.errors, "a.tif is not told")
+
+
+def one_target_for_two():
+    clashes = (("a:b.tif", "a-b.tif", "a-b1.png"), ("x.tif", "x.tiff", "x1.png"), ("y", "y.tif", "y1.png"))
+    for first, second, name in clashes:
+        with Scene(f"{first} and {second}", {f"in/{first}": 1, f"in/{second}": 1}) as scene:
+            scene.run("-f", "png", first, second, cwd="in")
+            scene.check_code(4)
+            scene.check_outputs({}, is_logged=False)
+            scene.check(f"{name} is wanted by {first} and by {second}" in scene.errors, "the clash is not told")
+
+
+def odd_spellings():
+    """Ways to write one path; each reads that file, once."""
+    with Scene("spellings", {"in/a.tif": 1}) as scene:
+        absolute = str(scene.path("in/a.tif"))
+        words = ["//" + absolute, "/" + absolute, "..//in/./a.tif", "../in/../in/a.tif", absolute, "a.tif", "./a.tif"]
+        scene.run("-f", "png", *words, cwd="in")
+        scene.check_code(0)
+        scene.check_outputs({b"a1.png": [scene.pages["in/a.tif"]]})
+
+
+def long_paths():
+    """Paths above the 4096 bytes that a system call takes: converted or told, never something else."""
+    step, depth = "d" * 200, 24
+    for way in ("relative", "absolute", "found", "output folder"):
+        with Scene(f"long paths, {way}", {"in/a.tif": 1}) as scene:
+            for _ in range(depth):
+                os.mkdir(step)
+                os.chdir(step)
+            shutil.copy(scene.path("in/a.tif"), "a.tif")
+            words = {"relative": ["a.tif"], "absolute": ["/".join([str(scene.folder)] + [step] * depth) + "/a.tif"],
+                     "found": ["-r", scene.path(step)], "output folder": ["a.tif", "-o", "o"]}[way]
+            scene.run("-f", "png", *words)
+            made = os.listdir("o") if os.path.isdir("o") else []
+            os.chdir(scene.folder)
+            made += os.listdir("out")
+            scene.check(made == ["a1.png"] if scene.code == 0 else not made, f"exit {scene.code}, made {made}")
+            if "out" not in way and made:
+                scene.check_pages("out/a1.png", scene.pages["in/a.tif"])
+            told = any(name in scene.errors for name in ("a.tif: ", step, "output folder o"))
+            scene.check(scene.code == 0 or told, "nothing is named")
+
+
+def nothing_drives_the_terminal():
+    """Names of sources, folders and lists on a terminal, in results, troubles and the usage's message."""
+    wild = "\x1b[2J\x07\x9b5m\x08\rx\n"
+    with Scene("terminal") as scene:
+        scene.make(f"in/{wild}.tif", [picture(1)])
+        scene.path(f"in/{wild}broken.tif").write_bytes(b"none")
+        for words in (["-v", "-r", "in", f"{wild}missing", "--progress", "always"], ["in", "-o", f"{wild}/{wild}"],
+                      [f"--{wild}"], [f"-{wild}"], ["in", "-f", wild], ["in", "--quality", wild],
+                      ["--files-from", wild], ["in", "--on-exists", "overwrite", "--log", f"{wild}/x"]):
+            leader, follower = pty.openpty()
+            scene.run(*words, stdout=follower, stderr=follower)
+            os.close(follower)
+            text = b""
+            try:
+                while part := os.read(leader, 65536):
+                    text += part
+            except OSError:  # what a terminal without a writer ends with
+                pass
+            os.close(leader)
+            found = {sign for sign in text.decode(errors="replace") if unicodedata.category(sign) == "Cc"}
+            scene.check(len(text) > 10 and found <= {"\r", "\n"}, f"{words[:2]} let {found} through: {text!r}")
+
+
+if __name__ == "__main__":
+    every_way()
+    for odd_name, other_name in TAKEN_FOR.items():
+        never_another_file(odd_name, other_name)
+    one_target_for_two()
+    odd_spellings()
+    long_paths()
+    nothing_drives_the_terminal()
+    finish()

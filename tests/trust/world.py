@@ -1,0 +1,323 @@
+#!/usr/bin/python3
+"""The world changes under a run of pagestack-convert.
+
+Sources, targets and folders vanish, change or turn out to be something else while a run is under way,
+or are so from the start. Whatever happens, the run ends by itself, no source is lost, a file with a
+final name is complete, and what is missing was told with exit code 1.
+"""
+
+import os
+import random
+import re
+import shutil
+import socket
+import stat
+import time
+from pathlib import Path
+
+from scene import Scene, finish, frames, picture, problems, write_tiff
+from trustlib import staged_files
+
+A, B, C = "in/a.tif", "in/b.tif", "in/c.tif"
+NOBODY = 65534 if os.getuid() == 0 else None  # whom permissions bind
+OTHER = [picture(200 + i) for i in range(5)]
+
+
+def per_page(source, pages, extension=".png"):
+    return {f"{Path(source).stem}{i}{extension}": [[page]] for i, page in enumerate(pages, 1)}
+
+
+def run_and_halt(scene, sources, *words):
+    """Starts a run over a long first source and `sources`, and halts it while it writes the first."""
+    for count in (6, 24, 96):
+        scene.make(A, [picture(i, 600, 600, noisy=True) for i in range(count)])
+        scene.start("--compression", "lzw", *words, A, *sources)
+        if scene.is_halted_before(f"out/a{count}.png", "out/a.tiff"):
+            return
+        scene.end()
+        for name in os.listdir("out"):
+            os.unlink(f"out/{name}")
+    raise RuntimeError("no run could be halted in time")
+
+
+# Sources that change between the count of their pages and their turn.
+
+
+def put_in_place(pages):
+    write_tiff("in/new", pages)
+    os.rename("in/new", B)
+
+
+def replaced_by(make):
+    os.unlink(B)
+    make(B)
+
+
+# What is done to the source of three pages, and which pages come out of it: `n` of its own (a number)
+# or those that replace them.
+SOURCE_CHANGES = {
+    "deleted": (lambda: os.unlink(B), 0),
+    "emptied": (lambda: os.truncate(B, 0), 0),
+    "cut in its header": (lambda: os.truncate(B, 6), 0),
+    "cut in its second page": (lambda: os.truncate(B, os.stat(B).st_size // 2), 1),
+    "made a text": (lambda: Path(B).write_text("no picture" * 1000, encoding="ascii"), 0),
+    "replaced": (lambda: put_in_place(OTHER[:3]), OTHER[:3]),
+    "given more pages": (lambda: put_in_place(OTHER), OTHER[:3]),
+    "given fewer pages": (lambda: put_in_place(OTHER[:1]), OTHER[:1]),
+    "made a folder": (lambda: replaced_by(os.mkdir), 0),
+    "made a FIFO": (lambda: replaced_by(os.mkfifo), 0),
+    "made a dangling link": (lambda: replaced_by(lambda path: os.symlink("nowhere", path)), 0),
+    "made a link to a device": (lambda: replaced_by(lambda path: os.symlink("/dev/zero", path)), 0),
+    "closed to readers": (lambda: os.chmod(B, 0), 0),
+}
+
+
+def source_changes(change, form, jobs):
+    alter, left = SOURCE_CHANGES[change]
+    with Scene(f"a source is {change}, {form}, --jobs {jobs}", user=NOBODY) as scene:
+        scene.make(B, [picture(100 + i) for i in range(3)])
+        scene.make(C, [picture(150)])
+        run_and_halt(scene, (B, C), "-f", form, "--jobs", jobs)
+        alter()
+        scene.end()
+        own = scene.pages[B]
+        after = own[:left] if isinstance(left, int) else left
+        versions = [after]
+        if jobs != "1":  # a source that was opened ahead of its turn may still be read as it was
+            versions.append(own)
+            after = own if scene.code == 0 else after
+        fails = len(after) < 3 or (change == "given more pages" and after is not own)
+        scene.check_code(1 if fails else 0)
+        if fails:
+            scene.check_told(B)
+        if form == "tiff":
+            wanted = {"a.tiff": [scene.pages[A]], "c.tiff": [scene.pages[C]], **({"b.tiff": versions} if after else {})}
+        else:
+            wanted = {**per_page(A, scene.pages[A]), **per_page(C, scene.pages[C])}
+            wanted |= {f"b{i + 1}.png": [pages[i:i + 1] for pages in versions] for i in range(len(after))}
+        scene.check_outputs(wanted)
+
+
+# The output folder goes while pages are written into it.
+
+
+def folder_replaced(make):
+    os.rename("out", "moved")
+    make(Path("out"))
+
+
+FOLDER_CHANGES = {
+    "removed": lambda: shutil.rmtree("out"),
+    "moved away": lambda: os.rename("out", "moved"),
+    "made a file": lambda: folder_replaced(Path.touch),
+    "made a dangling link": lambda: folder_replaced(lambda path: path.symlink_to("nowhere")),
+    "made another folder": lambda: folder_replaced(Path.mkdir),
+    "made read-only": lambda: os.chmod("out", 0o555),
+}
+
+
+def output_folder_changes(change, form, jobs):
+    with Scene(f"the output folder is {change}, {form}, --jobs {jobs}", user=NOBODY) as scene:
+        scene.make(B, [picture(100)])
+        run_and_halt(scene, (B,), "-f", form, "--jobs", jobs)
+        FOLDER_CHANGES[change]()
+        scene.end()
+        scene.check_sources(A, B)
+        pages = scene.pages
+        if form == "tiff":
+            wanted = {"a.tiff": [pages[A]], "b.tiff": [pages[B]]}
+            places = {"a.tiff": A, "b.tiff": B}
+        else:
+            wanted = {**per_page(A, pages[A]), **per_page(B, pages[B])}
+            places = {name: f"{A if name[0] == 'a' else B}[{name[1:-4]}]" for name in wanted}
+        written = set()
+        for folder in filter(os.path.isdir, ("out", "moved")):
+            for name in set(os.listdir(folder)) & set(wanted):
+                scene.check_pages(f"{folder}/{name}", *wanted[name])
+                written.add(name)
+        # When an output folder of the same name is there again, the run may go on in it.
+        missing = set(wanted) - written
+        scene.check_code(1 if missing else 0)
+        for name in missing:
+            scene.check(f": {places[name]}: " in scene.errors, f"{name} is missing and not told")
+        for folder in filter(os.path.isdir, ("out", "moved")):
+            sweep(scene, folder)
+
+
+def sweep(scene, folder):
+    """What a folder keeps when it goes out of reach is cleared away by the next run into it."""
+    os.chmod(folder, 0o755)
+    if scene.user is not None:
+        os.chown(folder, scene.user, scene.user)
+    scene.run("-o", folder, "-f", "gif", B)
+    scene.check_code(0)
+    left = [name for name in os.listdir(folder) if name.startswith(".")]
+    scene.check(not left, f"{folder} keeps {left} after the next run")
+
+
+# A target that is no ordinary new file.
+
+
+def make_socket(path):
+    with socket.socket(socket.AF_UNIX) as end:
+        end.bind(path)
+
+
+def make_device():
+    """A full disk of our own: a faulty program that root runs would replace that of the system."""
+    try:
+        os.mknod("full", 0o666 | stat.S_IFCHR, os.makedev(1, 7))
+    except PermissionError:
+        os.symlink("/dev/full", "full") if os.getuid() != 0 else os.mkfifo("full")
+
+
+def link_to(goal, *before):
+    def arrange(target):
+        for step in before:
+            step()
+        os.symlink(goal, target)
+    return arrange
+
+
+# What stands at the target of page 2, and whether it takes the page. A link takes it to its end.
+TARGETS = {
+    "a folder": (os.mkdir, False),
+    "a FIFO": (os.mkfifo, False),
+    "a socket": (make_socket, False),
+    "a link to a device": (link_to("../full", make_device), False),
+    "a link to a FIFO": (link_to("../fifo", lambda: os.mkfifo("fifo")), False),
+    "a link to itself": (lambda target: os.symlink(os.path.basename(target), target), False),
+    "a link into a missing folder": (link_to("../nowhere/x"), False),
+    "a link to a file": (link_to("../x", Path("x").touch), True),
+    "a dangling link": (link_to("../x"), True),
+    "a link to the source": (link_to("../in/a.tif"), False),
+    "links to the source": (link_to("../l/a.tif", lambda: os.symlink("in", "l")), False),
+    "a hard link of the source": (lambda target: os.link(A, target), False),
+    "a link to a hard link of the source": (link_to("../x", lambda: os.link(A, "x")), False),
+}
+
+
+def seen(path):
+    status = os.lstat(path)
+    return status.st_mode, status.st_ino, status.st_size, status.st_mtime_ns
+
+
+def odd_target(what, form, jobs):
+    arrange, takes = TARGETS[what]
+    with Scene(f"a target is {what}, {form}", {A: 3, B: 2}) as scene:
+        extension, *options = {"png": (".png", "-f", "png"), "split": (".tiff", "-f", "tiff", "--split"),
+                               "together": (".tiff", "-f", "tiff")}[form]
+        target = "out/a.tiff" if form == "together" else f"out/a2{extension}"
+        arrange(target)
+        before = seen(target)
+        scene.run(*options, "--jobs", jobs, A, B)
+        scene.check_code(4)
+        scene.check(seen(target) == before, "the target was touched without --on-exists")
+        scene.run(*options, "--jobs", jobs, "--on-exists", "overwrite", A, B)
+        scene.check_sources(A, B)
+        if form == "together":
+            # All pages together may replace their source: none is lost.
+            takes = takes or (scene.code == 0 and "source" in what)
+            wanted = {"a.tiff": [scene.pages[A]], "b.tiff": [scene.pages[B]]}
+        else:
+            wanted = {**per_page(A, scene.pages[A], extension), **per_page(B, scene.pages[B], extension)}
+        if takes:
+            scene.check_code(0)
+            if stat.S_ISLNK(before[0]):
+                scene.check(seen(target) == before, "the link was replaced")
+        else:
+            scene.check_code(1)
+            scene.check_told(A if form == "together" else f"{A}[2]")
+            scene.check(seen(target) == before, "what was there was touched")
+            del wanted[os.path.basename(target)]
+        there = set(os.listdir("out")) - {os.path.basename(target)}
+        scene.check(there == set(wanted) - {os.path.basename(target)}, f"out holds {sorted(there)}")
+        for name, contents in wanted.items():
+            scene.check_pages(f"out/{name}", *contents)
+        scene.check(not list(scene.folder.rglob(".pagestack-*")), "a staged file is left")
+
+
+def later_source_as_target(form, target):
+    """As with its own name, a source that is replaced through a link was warned of at least."""
+    with Scene(f"a target is a link to a later source, {form}", {A: 3, B: 2}) as scene:
+        os.symlink("../in/b.tif", target)
+        scene.run("-f", form, "--on-exists", "overwrite", A, B)
+        scene.check_sources(A)
+        if f"{B} is a source and is replaced by output of {A}" not in scene.errors:
+            scene.check_sources(B)
+
+
+# Sources that are something else from the start.
+
+
+def odd_sources():
+    """Named one by one, found in a folder, and in a list: each is told, the others are converted."""
+    names = [f"in/{name}.tif" for name in ("fifo", "socket", "dangling", "zero", "loop")]
+    ways = {"named": [*names, "in/folder.tif", A], "found": ["-r", "in"], "listed": ["--files-from", "list"]}
+    for way, words in ways.items():
+        with Scene(f"odd sources, {way}", {A: 2}) as scene:
+            os.mkfifo(names[0])
+            make_socket(names[1])
+            for name, goal in zip(names[2:], ("nowhere", "/dev/zero", "loop.tif")):
+                os.symlink(goal, name)
+            os.mkdir("in/folder.tif")
+            scene.make("in/folder.tif/b.tif", [picture(90)])
+            Path("list").write_text("\n".join([*names, "in/folder.tif", A]), encoding="ascii")
+            scene.run("-f", "png", *words)
+            scene.check_code(1)
+            for name in names:
+                scene.check_told(name)
+            scene.check(scene.errors.count("\n") == len(names), "more is told than there is")
+            scene.check_outputs({**per_page(A, scene.pages[A]), "b1.png": [[picture(90)]]})
+
+
+# A source that is cut while it is read: reading a mapping of it would end the program.
+
+
+def cut_while_read(form, moments, **how):
+    """At random moments of what an undisturbed run takes."""
+    pages = [picture(i, 4300, 4000 if how else 1200, noisy=True) for i in range(1 if how else 3)]
+    rng = random.Random(form)
+    seconds = hits = 0
+    for moment in range(moments + 1):
+        with Scene(f"cut while read, {form}, {moment}") as scene:
+            scene.make(A, pages, **how)
+            began = time.monotonic()
+            scene.start("-f", form, "--jobs", str(1 + moment % 2), A)
+            if moment > 0:
+                time.sleep(rng.uniform(0.1, 0.8) * seconds)
+                os.truncate(A, rng.choice((0, 4096, rng.randrange(os.stat(A).st_size))))
+            scene.end()
+            seconds = seconds or time.monotonic() - began
+            hits += scene.code == 1
+            there = os.listdir("out")
+            scene.check(not staged_files("out"), "a staged file is left")
+            if scene.code == 0:
+                scene.check(len(there) == 1, f"exit 0 and {there}")
+            else:
+                scene.check(moment > 0, "a whole source fails")
+                scene.check_told(A)
+            for name in filter(re.compile("a1?[.]").match, there):
+                # The pages that could be read before the cut are there, whole; exit 0 means all.
+                count = len(pages) if scene.code == 0 else len(frames(f"out/{name}"))
+                scene.check_pages(f"out/{name}", pages[:count])
+    print(f"cut while read, {form}: {hits} of {moments} cuts were met, a run takes {seconds:.2f} s")
+    return hits
+
+
+if __name__ == "__main__":
+    for form, jobs in (("png", "1"), ("png", "3"), ("tiff", "1")):
+        for name in SOURCE_CHANGES:
+            source_changes(name, form, jobs)
+    for form, jobs in (("png", "3"), ("tiff", "1")):
+        for name in FOLDER_CHANGES:
+            output_folder_changes(name, form, jobs)
+    for name in TARGETS:
+        for form, jobs in (("png", "1"), ("split", "3"), ("together", "1")):
+            odd_target(name, form, jobs)
+    later_source_as_target("png", "out/a2.png")
+    later_source_as_target("tiff", "out/a.tiff")
+    odd_sources()
+    met = cut_while_read("tiff", 40) + cut_while_read("bmp", 15, deflated=True)
+    problems.expect(met > 10, f"only {met} cuts met the reading")
+    finish()
