@@ -129,9 +129,9 @@ void joinWorker(QThread& worker)
 {
     CallQueue& queue = callQueue();
     Q_ASSERT(!qApp || QThread::currentThread() == qApp->thread());
-    const auto wakeUp = [&queue] {
-        const std::lock_guard lock(queue.guard);
-        queue.changed.notify_all();
+    const auto wakeUp = [] {
+        const std::lock_guard lock(callQueue().guard);
+        callQueue().changed.notify_all();
     };
     // Emitted by the worker itself, after isRunning() has turned false.
     const QMetaObject::Connection ended

@@ -1,11 +1,14 @@
 #include "filelist/FileLoader.h"
 
+#include "engine/support/MainThread.h"
 #include "filelist/AllowedFileTypes.h"
 #include "filelist/FileTableModel.h"
 #include "filelist/FolderEntries.h"
 #include "tests/filelist/TinyTiff.h"
 
+#include <QDir>
 #include <QEventLoop>
+#include <QRandomGenerator>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -13,8 +16,10 @@
 #include <QThread>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <stdexcept>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 using namespace pagestack;
@@ -236,6 +241,76 @@ private slots:
         QVERIFY(!inBackground([&] { return FileLoader(target).addFilesToList(given); }));
         QCOMPARE(target.lookUps, 2 * count);
         QCOMPARE(target.appends, count);
+    }
+
+    // The number of rounds is PAGESTACK_STORM, half of which the main thread joins the loader, as
+    // when the program quits, instead of running its event loop.
+    void comesToTheWholeListWhereverItIsStopped()
+    {
+        QStringList expected;
+        QList<QUrl> given = urls({ u"gone"_s, u"a.tif"_s, u"a.tif"_s });
+        for (int i = 0; i < 120; ++i)
+            given.append(QUrl::fromLocalFile(makeFile(path(u"n%1"_s.arg(i)), i % 4)));
+        {
+            Target whole;
+            inBackground([&] { return FileLoader(whole).addFilesToList(given); });
+            expected = whole.names();
+            QCOMPARE(expected.size(), 122);
+        }
+        const quint32 seed = QRandomGenerator::global()->generate();
+        QRandomGenerator random(seed);
+        const qsizetype before
+            = QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System).size();
+        int stopped = 0;
+        const int rounds = qEnvironmentVariable("PAGESTACK_STORM", u"40"_s).toInt();
+        for (int round = 0; round < rounds; ++round) {
+            const QString told = u"seed %1, round %2"_s.arg(seed).arg(round);
+            Target target;
+            for (const bool isFirst : { true, false }) {
+                target.processing = true;
+                const auto load = [&] { FileLoader(target).addFilesToList(given); };
+                const std::unique_ptr<QThread> worker(QThread::create(load));
+                QEventLoop loop;
+                connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
+                const std::chrono::microseconds delay(random.bounded(3000));
+                std::thread canceller([&] {
+                    std::this_thread::sleep_for(delay);
+                    target.processing = !isFirst;
+                });
+                worker->start();
+                if (round % 2 == 0)
+                    loop.exec();
+                joinWorker(*worker);
+                canceller.join();
+                const QStringList names = target.names();
+                stopped += names.size() < expected.size() ? 1 : 0;
+                QVERIFY2(names == expected.first(isFirst ? names.size() : 122), qPrintable(told));
+                QVERIFY2(target.totals.size() == names.size(), qPrintable(told));
+                QVERIFY2(target.isOnMainThread, qPrintable(told));
+            }
+        }
+        QVERIFY(stopped > 0);
+        QCOMPARE(QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries | QDir::System).size(),
+                 before);
+    }
+
+    // Last, as calls are not taken again.
+    void endsWhenTheProgramEnds()
+    {
+        QList<QUrl> given;
+        for (int i = 0; i < 100000; ++i)
+            given.append(QUrl::fromLocalFile(u"/none/%1.tif"_s.arg(i)));
+        Target target;
+        const std::unique_ptr<QThread> worker(
+            QThread::create([&] { FileLoader(target).addFilesToList(given); }));
+        QEventLoop loop;
+        target.onAppend = [&] { target.appends == 5 ? loop.quit() : void(); };
+        worker->start();
+        loop.exec();
+        endMainThreadCalls();
+        QVERIFY(worker->wait());
+        QVERIFY(target.appends >= 5 && target.appends < 100000);
+        QCOMPARE(target.files.count(), target.appends);
     }
 
 private:
