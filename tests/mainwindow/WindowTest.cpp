@@ -43,6 +43,7 @@ private slots:
     void runsToTheEnd();
     void stopsACancelledRun();
     void endsARunWhenTheWindowCloses();
+    void endsWhatIsUnderWayWithTheProgram();
     void comesBackAsItWasLeft();
     void enablesTheOptionsOfTheType_data();
     void enablesTheOptionsOfTheType();
@@ -208,13 +209,22 @@ void WindowTest::endsALoadWhenTheWindowCloses()
 {
     for (int i = 0; i < 300; ++i)
         makeFile(path(u"in/%1.tif"_s.arg(i)));
-    Session session(ini());
-    QSignalSpy ready(&session.controller, &PagestackAppDelegate::readyToTerminate);
-    session.controller.openPaths({ path(u"in"_s) });
-    session.controller.window()->close(); // before the load has come to its first file
-    QVERIFY(ready.wait(longMs));
-    QCOMPARE(session.totals(), u"0, 0, 0, 0"_s);
-    QVERIFY(session.controller.applicationShouldTerminate());
+    for (const int loaded : { 0, 1, 100, 299 }) {
+        Session session(ini());
+        QSignalSpy ready(&session.controller, &PagestackAppDelegate::readyToTerminate);
+        QWidget& window = *session.controller.window();
+        connect(&session.controller.tableModel(), &QAbstractItemModel::rowsInserted, &window, [&] {
+            if (session.controller.files().count() == loaded)
+                window.close();
+        });
+        session.controller.openPaths({ path(u"in"_s) });
+        if (loaded == 0)
+            window.close(); // before the load has come to its first file
+        QVERIFY(ready.wait(longMs));
+        QCOMPARE(ready.size(), 1);
+        QCOMPARE(session.totals(), u"%1, %1, %1, %1"_s.arg(loaded));
+        QVERIFY(session.controller.applicationShouldTerminate());
+    }
 }
 
 void WindowTest::ticksByMouseAndSpace()
@@ -389,6 +399,28 @@ void WindowTest::endsARunWhenTheWindowCloses()
         QCOMPARE(QImage(file.filePath(), "PNG").size(), QSize(1748, 2480));
     QVERIFY(!logFile().isEmpty());
     QVERIFY(session.controller.applicationShouldTerminate());
+}
+
+// Nobody closes the window and nobody waits.
+void WindowTest::endsWhatIsUnderWayWithTheProgram()
+{
+    for (int i = 0; i < 300; ++i)
+        makeFile(path(u"in/%1.tif"_s.arg(i)));
+    {
+        Session session(ini());
+        QSignalSpy inserted(&session.controller.tableModel(), &QAbstractItemModel::rowsInserted);
+        session.controller.openPaths({ path(u"in"_s) });
+        QVERIFY(inserted.wait(longMs));
+    }
+    {
+        Session session(ini());
+        QVERIFY(session.beginLongRun(m_folder->path(), 60));
+    }
+    const QFileInfoList written = QDir(path(u"out"_s)).entryInfoList(QDir::Files | QDir::Hidden);
+    QVERIFY(!written.isEmpty() && written.size() < 60);
+    for (const QFileInfo& file : written)
+        QCOMPARE(QImage(file.filePath(), "PNG").size(), QSize(1748, 2480));
+    QVERIFY(!logFile().isEmpty());
 }
 
 void WindowTest::comesBackAsItWasLeft()
