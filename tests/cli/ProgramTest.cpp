@@ -40,7 +40,8 @@ void ProgramTest::init()
     QVERIFY(QDir::setCurrent(m_folder->path({})));
     m_process->setEnvironment({ u"PATH="_s + qEnvironmentVariable("PATH"), u"LC_ALL=C"_s,
                                 u"XDG_DATA_HOME="_s + m_folder->path(u"data"_s),
-                                u"ASAN_OPTIONS="_s + qEnvironmentVariable("ASAN_OPTIONS") });
+                                u"ASAN_OPTIONS="_s + qEnvironmentVariable("ASAN_OPTIONS"),
+                                u"TSAN_OPTIONS="_s + qEnvironmentVariable("TSAN_OPTIONS") });
 }
 
 /// '~' stands for a blank in a word; words that begin with "sh" are a shell's.
