@@ -8,10 +8,10 @@
 #include "engine/job/Process.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/Signals.h"
+#include "engine/support/WorkerThread.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
-#include <QThread>
 
 #include <atomic>
 #include <memory>
@@ -172,19 +172,19 @@ namespace {
         job.setIsCombining(Signals::received() == 0);
 
         std::atomic<bool> endedBadly = false;
-        const std::unique_ptr<QThread> worker(QThread::create([&] {
+        WorkerThread worker([&] {
             try {
                 job.start();
             } catch (
                 ...) { // The worker's edge: the job has come to its end, only the reason is lost.
                 endedBadly = true;
             }
-        }));
-        QObject::connect(worker.get(), &QThread::finished, qApp, &QCoreApplication::quit,
+        });
+        QObject::connect(&worker, &QThread::finished, qApp, &QCoreApplication::quit,
                          Qt::QueuedConnection);
-        worker->start();
+        worker.start();
         QCoreApplication::exec();
-        worker->wait();
+        worker.wait();
 
         report.finish(job.message());
         if (endedBadly)

@@ -1,5 +1,6 @@
 #include "engine/support/MainThread.h"
 #include "engine/support/UserDefaults.h"
+#include "engine/support/WorkerThread.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/ProcessPanel.h"
 #include "ui_MainWindow.h"
@@ -78,7 +79,7 @@ bool PagestackAppDelegate::eventFilter(QObject* watched, QEvent* event)
 
 void PagestackAppDelegate::startWorker(std::function<void()> work)
 {
-    m_worker.reset(QThread::create(std::move(work)));
+    m_worker = std::make_unique<WorkerThread>(std::move(work));
     connect(m_worker.get(), &QThread::finished, this, &PagestackAppDelegate::workerEnded,
             Qt::QueuedConnection);
     m_worker->start();

@@ -1,6 +1,7 @@
 #include "filelist/FileLoader.h"
 
 #include "engine/support/MainThread.h"
+#include "engine/support/WorkerThread.h"
 #include "filelist/AllowedFileTypes.h"
 #include "filelist/FileTableModel.h"
 #include "filelist/FolderEntries.h"
@@ -73,12 +74,12 @@ public:
 bool inBackground(const std::function<bool()>& load)
 {
     bool result = false;
-    const std::unique_ptr<QThread> worker(QThread::create([&] { result = load(); }));
+    WorkerThread worker([&] { result = load(); });
     QEventLoop loop;
-    QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
-    worker->start();
+    QObject::connect(&worker, &QThread::finished, &loop, &QEventLoop::quit);
+    worker.start();
     loop.exec();
-    worker->wait();
+    worker.wait();
     return result;
 }
 
@@ -269,18 +270,18 @@ private slots:
             for (const bool isFirst : { true, false }) {
                 target.processing = true;
                 const auto load = [&] { FileLoader(target).addFilesToList(given); };
-                const std::unique_ptr<QThread> worker(QThread::create(load));
+                WorkerThread worker(load);
                 QEventLoop loop;
-                connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
+                connect(&worker, &QThread::finished, &loop, &QEventLoop::quit);
                 const std::chrono::microseconds delay(random.bounded(3000));
                 std::thread canceller([&] {
                     std::this_thread::sleep_for(delay);
                     target.processing = !isFirst;
                 });
-                worker->start();
+                worker.start();
                 if (round % 2 == 0)
                     loop.exec();
-                joinWorker(*worker);
+                joinWorker(worker);
                 canceller.join();
                 const QStringList names = target.names();
                 stopped += names.size() < expected.size() ? 1 : 0;
@@ -301,14 +302,13 @@ private slots:
         for (int i = 0; i < 100000; ++i)
             given.append(QUrl::fromLocalFile(u"/none/%1.tif"_s.arg(i)));
         Target target;
-        const std::unique_ptr<QThread> worker(
-            QThread::create([&] { FileLoader(target).addFilesToList(given); }));
+        WorkerThread worker([&] { FileLoader(target).addFilesToList(given); });
         QEventLoop loop;
         target.onAppend = [&] { target.appends == 5 ? loop.quit() : void(); };
-        worker->start();
+        worker.start();
         loop.exec();
         endMainThreadCalls();
-        QVERIFY(worker->wait());
+        worker.wait();
         QVERIFY(target.appends >= 5 && target.appends < 100000);
         QCOMPARE(target.files.count(), target.appends);
     }

@@ -1,5 +1,6 @@
 #include "engine/support/MainThread.h"
 #include "engine/support/SystemLog.h"
+#include "engine/support/WorkerThread.h"
 #include "tests/engine/job/JobFixture.h"
 
 #include <QDir>
@@ -7,7 +8,6 @@
 #include <QHash>
 #include <QRandomGenerator>
 #include <QTest>
-#include <QThread>
 #include <QXmlStreamReader>
 
 #include <cstdio>
@@ -309,16 +309,16 @@ QString watched(const Process& job, const TestFolder& folder)
 /// Runs the job on a thread of its own while the main thread does what `draw` says.
 void run(JobFixture& fixture, const Draw& draw)
 {
-    const std::unique_ptr<QThread> worker(QThread::create([&] {
+    WorkerThread worker([&] {
         const LogHold quiet;
         fixture.run();
-    }));
+    });
     QEventLoop loop;
-    QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
-    worker->start();
+    QObject::connect(&worker, &QThread::finished, &loop, &QEventLoop::quit);
+    worker.start();
     if (draw.hasEventLoop)
         loop.exec();
-    joinWorker(*worker);
+    joinWorker(worker);
 }
 
 /// What the final message must be among: one text, or two when the stop came while the run ended.
