@@ -146,8 +146,9 @@ public:
         controller.settings().setOutputType(1);
         controller.settings().setOutputFolderPath(folder + u"/out"_s);
         click("convertBtn");
-        QSignalSpy created(controller.process(), &Process::totalFileCreatedChanged);
-        return !created.isEmpty() || created.wait(longMs);
+        // No spy: the signal comes from the job's thread, and a spy belongs to one.
+        return QTest::qWaitFor([&] { return controller.process()->totalFileCreated() > 0; },
+                               longMs);
     }
 
     UserDefaults defaults;
