@@ -240,6 +240,7 @@ public:
         const std::scoped_lock lock(m_mutex);
         m_run = run;
         ++m_runs;
+        m_changed.notify_all();
     }
 
 private:
@@ -248,7 +249,8 @@ private:
         std::unique_lock lock(m_mutex);
         int seen = m_runs;
         while (!m_isOver) {
-            m_changed.wait_for(lock, std::chrono::seconds(60), [this] { return m_isOver; });
+            m_changed.wait_for(lock, std::chrono::seconds(60),
+                               [&] { return m_isOver || m_runs != seen; });
             if (m_isOver)
                 return;
             if (m_runs == seen) {
