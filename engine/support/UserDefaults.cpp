@@ -1,6 +1,10 @@
 #include "engine/support/UserDefaults.h"
 
+#include "engine/support/SystemLog.h"
+
 #include <QStringList>
+
+#include <new>
 
 using namespace Qt::StringLiterals;
 
@@ -32,18 +36,41 @@ UserDefaults::UserDefaults(const QString& path)
 {
 }
 
+/// What `access` gives; `otherwise` when the file makes the system's reader ask for memory that
+/// there is not: some lengths in it are taken as they are.
+template <typename Access>
+auto UserDefaults::guarded(decltype(std::declval<Access>()()) otherwise, Access access) const
+{
+    try {
+        return access();
+    } catch (const std::bad_alloc&) {
+        systemLog(u"The settings in %1 are damaged and cannot be read or changed"_s.arg(
+            m_store.fileName()));
+        return otherwise;
+    }
+}
+
 QVariant UserDefaults::objectForKey(const QString& key) const
 {
-    m_store.beginGroup(key);
-    QVariantMap dictionary;
-    const QStringList names = m_store.childKeys();
-    for (const QString& name : names)
-        dictionary.insert(name, m_store.value(name));
-    m_store.endGroup();
-    return dictionary.isEmpty() ? m_store.value(key) : QVariant(dictionary);
+    return guarded(QVariant(), [&] {
+        QVariantMap dictionary;
+        const QString start = key + u'/';
+        for (const QString& name : m_store.allKeys())
+            if (name.startsWith(start) && !name.sliced(start.size()).contains(u'/'))
+                dictionary.insert(name.sliced(start.size()), m_store.value(name));
+        return dictionary.isEmpty() ? m_store.value(key) : QVariant(dictionary);
+    });
 }
 
 void UserDefaults::setObject(const QString& key, const QVariant& value)
+{
+    guarded(false, [&] {
+        store(key, value);
+        return true;
+    });
+}
+
+void UserDefaults::store(const QString& key, const QVariant& value)
 {
     m_store.remove(key);
     if (value.typeId() != QMetaType::QVariantMap) {
@@ -51,24 +78,27 @@ void UserDefaults::setObject(const QString& key, const QVariant& value)
             m_store.setValue(key, value);
         return;
     }
-    m_store.beginGroup(key);
     const QVariantMap dictionary = value.toMap();
     for (auto entry = dictionary.cbegin(); entry != dictionary.cend(); ++entry) {
         if (!isNullText(entry.value()))
-            m_store.setValue(entry.key(), entry.value());
+            m_store.setValue(key + u'/' + entry.key(), entry.value());
     }
-    m_store.endGroup();
 }
 
-bool UserDefaults::boolForKey(const QString& key) const { return m_store.value(key).toBool(); }
+bool UserDefaults::boolForKey(const QString& key) const
+{
+    return guarded(false, [&] { return m_store.value(key).toBool(); });
+}
 
 void UserDefaults::setBool(const QString& key, bool value) { setObject(key, value); }
 
 bool UserDefaults::synchronize()
 {
-    m_store.sync();
-    // FormatError only tells of what was read: a damaged file is written all the same.
-    return m_store.status() != QSettings::AccessError;
+    return guarded(false, [&] {
+        m_store.sync();
+        // FormatError only tells of what was read: a damaged file is written all the same.
+        return m_store.status() != QSettings::AccessError;
+    });
 }
 
 } // namespace pagestack

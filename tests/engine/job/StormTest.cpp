@@ -2,6 +2,7 @@
 #include "engine/support/SystemLog.h"
 #include "engine/support/WorkerThread.h"
 #include "tests/engine/job/JobFixture.h"
+#include "tests/engine/support/LogDocument.h"
 
 #include <QDir>
 #include <QEventLoop>
@@ -300,7 +301,7 @@ QString watched(const Process& job, const TestFolder& folder)
     QXmlStreamReader xml(content);
     while (!xml.atEnd())
         xml.readNext();
-    if (xml.hasError() || content != job.log()->document())
+    if (xml.hasError() || content != documentOf(*job.log()))
         return u"the log is incomplete: "_s + QString::fromUtf8(content);
     for (const QString& name : folder.entries().keys())
         if (name.contains(u".pagestack-"))
