@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Long runs: memory and open files stay what they were after the first thousand pages, time is linear.
 
 long_run.py [--count N]     N sources of a page, then one source of N pages
