@@ -137,10 +137,11 @@ werror() {
     case ${CI:-} in '' | 0 | false | no) echo OFF ;; *) echo ON ;; esac
 }
 
-# build_preset PRESET [TARGET]: configures where needed and builds. Says nothing when all is well, shows
-# the log of the step that failed.
+# build_preset PRESET [TARGET...]: configures where needed and builds. Says nothing when all is well,
+# shows the log of the step that failed.
 build_preset() {
     local preset=$1 folder=$root/build/$1 wanted log
+    shift
     mkdir -p "$folder" || return 1
     log=$folder/build.log
     wanted="$root -DPAGESTACK_WERROR=$(werror)"
@@ -157,7 +158,7 @@ build_preset() {
         fi
         printf '%s\n' "$wanted" >"$folder/.configured"
     fi
-    if ! cmake --build "$folder" --target "${2:-all}" -- -k 0 >"$log" 2>&1 </dev/null 9>&-; then
+    if ! cmake --build "$folder" --target "${@:-all}" -- -k 0 >"$log" 2>&1 </dev/null 9>&-; then
         grep -v '^\[[0-9]*/[0-9]*\] ' "$log" >&2
         say "Building failed ($preset)."
         return 1

@@ -4,9 +4,9 @@
 #   tests/fuzz/run.sh SECONDS [TARGET...]    all targets when none is named
 #
 # Findings stay in build/fuzz/findings/TARGET/, what was learnt in build/fuzz/corpus/TARGET/. Exits
-# with 1 when there are findings and with 77 when there is no Clang with libFuzzer. FUZZ_OPTIONS are
-# more options for libFuzzer (such as -seed=2), PAGESTACK_CORPUS is the folder of real TIFF files,
-# FUZZ_BUILD another build folder.
+# with 1 when there are findings and with 77 when there is no Clang with libFuzzer. FUZZ_JOBS is how
+# many targets run at a time (1), FUZZ_OPTIONS are more options for libFuzzer (such as -seed=2),
+# PAGESTACK_CORPUS is the folder of real TIFF files, FUZZ_BUILD another build folder.
 set -u
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd) || exit 1
@@ -92,11 +92,10 @@ export TMPDIR=$scratch
 # Freed memory is kept back for a while to find its users; a little of it is enough.
 export ASAN_OPTIONS=quarantine_size_mb=16:allocator_may_return_null=1:detect_stack_use_after_return=1:${ASAN_OPTIONS-}
 export UBSAN_OPTIONS=print_stacktrace=1:${UBSAN_OPTIONS-}
-found=0
-for target; do
-    [ -x "$build/fuzzers/fuzz_$target" ] || { echo "there is no target $target" && exit 2; }
+# fuzz TARGET: fails when it has findings.
+fuzz() {
+    local target=$1 dictionary='' status runs peak coverage files
     mkdir -p "$build/corpus/$target" "$build/findings/$target"
-    dictionary=
     [ -e "$here/$target.dict" ] && dictionary=-dict=$here/$target.dict
     case $target in openFile | decodePages | writePages) dictionary=-dict=$here/tiff.dict ;; esac
     # Qt asks for as much memory as a settings file says, and takes a refusal well.
@@ -113,9 +112,31 @@ for target; do
     files=$(find "$build/findings/$target" -type f | wc -l)
     printf '%-12s %s runs, %s, peak %s MB, findings: %d\n' "$target" "${runs:-?}" "$coverage" \
         "${peak:-?}" "$files"
-    if [ "$status" != 0 ] || [ "$files" != 0 ]; then
-        found=1
-        grep -E 'ERROR:|SUMMARY:|runtime error|what\(\)|Test unit written' "$build/$target.log"
-    fi
+    [ "$status" = 0 ] && [ "$files" = 0 ] && return
+    grep -E 'ERROR:|SUMMARY:|runtime error|what\(\)|Test unit written' "$build/$target.log"
+    return 1
+}
+
+for target; do
+    [ -x "$build/fuzzers/fuzz_$target" ] || { echo "there is no target $target" && exit 2; }
+done
+# Of 5 targets and 2 jobs, one runs the targets 1, 3 and 5, the other 2 and 4.
+jobs=${FUZZ_JOBS:-1}
+lanes=
+# shellcheck disable=SC2086
+trap 'kill $lanes 2>/dev/null; exit 130' INT TERM
+for ((lane = 0; lane < jobs; ++lane)); do
+    (
+        found=0
+        for ((i = lane + 1; i <= $#; i += jobs)); do
+            fuzz "${!i}" || found=1
+        done
+        exit "$found"
+    ) &
+    lanes="$lanes $!"
+done
+found=0
+for lane in $lanes; do
+    wait "$lane" || found=1
 done
 exit "$found"
