@@ -1,7 +1,7 @@
 #include "cli/Console.h"
 
 #include <cerrno>
-#include <cstring>
+#include <system_error>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -90,7 +90,7 @@ void Console::write(Stream& stream, const QString& text)
         write(m_errors,
               programName()
                   + u"standard output: %1; the run goes on\n"_s.arg(
-                      QString::fromLocal8Bit(std::strerror(error))));
+                      QString::fromStdString(std::generic_category().message(error))));
 }
 
 } // namespace pagestack

@@ -29,7 +29,7 @@ namespace {
     private:
         void takeWord(const QString& word)
         {
-            if (m_optionsEnded)
+            if (m_optionsEnded || !word.startsWith(u'-'))
                 m_options.sources.append(word);
             else if (word == u"--")
                 m_optionsEnded = true;
@@ -37,10 +37,8 @@ namespace {
                 m_options.pathLists.append(word);
             else if (word.startsWith(u"--"))
                 takeLong(word.mid(2));
-            else if (word.startsWith(u'-'))
-                takeShort(word.mid(1));
             else
-                m_options.sources.append(word);
+                takeShort(word.mid(1));
         }
 
         void takeLong(const QString& word)
@@ -103,7 +101,7 @@ namespace {
 
 Options parseOptions(const QStringList& words)
 {
-    const Options options = Parser(words).parse();
+    Options options = Parser(words).parse();
     if (options.isQuiet && options.isVerbose)
         throw UsageError(u"options -q and -v exclude each other"_s);
     const bool converts = !options.wantsHelp && !options.wantsVersion;

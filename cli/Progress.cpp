@@ -29,8 +29,7 @@ namespace {
 
 QString progressText(int done, int total, qint64 elapsedMs)
 {
-    const QString text
-        = u"%1 of %2 %3"_s.arg(done).arg(total).arg(total == 1 ? u"page"_s : u"pages"_s);
+    QString text = u"%1 of %2 %3"_s.arg(done).arg(total).arg(total == 1 ? u"page"_s : u"pages"_s);
     if (done <= 0 || done >= total)
         return text;
     return text + u", %1 left"_s.arg(clockText(elapsedMs * (total - done) / done));

@@ -15,7 +15,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr qint64 largestListBytes = 256 * 1024 * 1024;
+    constexpr qint64 largestListBytes = qint64 { 256 } * 1024 * 1024;
 
     QStringView extensionOf(QStringView path)
     {

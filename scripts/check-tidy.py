@@ -38,7 +38,7 @@ def sources_by_folder(build, wanted):
             continue
         folder = str(path.parent.relative_to(ROOT))
         if not wanted or any(f"{folder}/".startswith(f"{name.rstrip('/')}/") for name in wanted):
-            folders.setdefault(folder, {})[path] = flags_of(entry["command"])
+            folders.setdefault(folder, {})[path] = list(flags_of(entry["command"]))
     return folders
 
 
@@ -82,7 +82,10 @@ class Joined:
                 place = Path(message["path"]), int(message["line"])
                 if place[0] == self.path:
                     place = self.origin.get(place[1], place)
-                found.append([*place, message["text"]])
+                if message["text"].startswith("note:") and found:
+                    found[-1][2] += f"\n{os.path.relpath(place[0], ROOT)}:{place[1]}: {message['text']}"
+                else:
+                    found.append([*place, message["text"]])
             elif found:
                 found[-1][2] += "\n" + text
         if run.returncode and not found:
@@ -113,9 +116,6 @@ def main():
         sys.exit(77)
     build = Path(sys.argv[1]).resolve()
     folders = sources_by_folder(build, sys.argv[2:])
-    for sources in folders.values():
-        for path in sources:
-            sources[path] = list(sources[path])
     shutil.rmtree(build / "tidy", ignore_errors=True)
     (build / "tidy").mkdir()
     found = {}
@@ -137,7 +137,7 @@ def main():
     for text in sorted(found):
         print(text)
     files = sum(len(sources) for sources in folders.values())
-    print(f"{files} files, {sum(' warning: ' in text or ' error: ' in text for text in found)} findings")
+    print(f"{files} files, {len(found)} findings")
     sys.exit(1 if found or not files else 0)
 
 

@@ -23,7 +23,7 @@ namespace {
             : m_source(std::move(source))
             , m_layout(std::move(layout))
             , m_step(std::move(step))
-            , m_strideBytes(m_layout.rowBytes(widthPx()))
+            , m_strideBytes(m_layout.rowBytes(m_source->widthPx()))
             , m_mostRows(static_cast<int>(std::max<qsizetype>(1, wantedPartBytes / m_strideBytes)))
             , m_samples(static_cast<std::size_t>(m_mostRows * m_strideBytes))
         {

@@ -103,7 +103,7 @@ bool RowsAhead::handOver(const Band& band, std::exception_ptr failure, HeldLines
         Portion& next = portion(m_read);
         next.rows = std::min(m_portionRows, band.rows - done);
         next.lines = std::exchange(lines, {});
-        next.failure = std::move(failure);
+        next.failure = std::exchange(failure, nullptr);
         for (int i = 0; i < next.rows; ++i)
             std::memcpy(next.samples.get() + i * m_strideBytes, band.row(done + i),
                         static_cast<std::size_t>(m_strideBytes));

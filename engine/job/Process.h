@@ -39,6 +39,7 @@ class Workspace;
 class Process : public QObject
 {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(Process)
     /// The run flag. Set to false, by anyone, it ends the run at the next check point: before and
     /// after each planned output and each page, and before each item. The page in hand is finished.
     Q_PROPERTY(bool isCombining READ isCombining WRITE setIsCombining NOTIFY isCombiningChanged)

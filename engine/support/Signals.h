@@ -14,6 +14,7 @@ namespace pagestack {
 class Signals : public QObject
 {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(Signals)
 
 public:
     Signals();

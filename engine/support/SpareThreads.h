@@ -12,6 +12,8 @@ class ThreadClaim
 {
 public:
     ThreadClaim() = default;
+    ThreadClaim(const ThreadClaim&) = delete;
+    ThreadClaim& operator=(const ThreadClaim&) = delete;
     ThreadClaim(ThreadClaim&& other) noexcept
         : m_from(std::exchange(other.m_from, nullptr))
     {
@@ -49,6 +51,7 @@ public:
     }
     SpareThreads(const SpareThreads&) = delete;
     SpareThreads& operator=(const SpareThreads&) = delete;
+    ~SpareThreads() = default;
 
     /// For work that is done in any case, whether a thread is spare or not.
     ThreadClaim take();
