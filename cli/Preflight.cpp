@@ -10,7 +10,7 @@
 #include <QFileInfo>
 #include <QSet>
 
-#include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -43,9 +43,9 @@ namespace {
     {
     public:
         TargetFinder(const QList<Source>& sources, const Settings& settings, const Options& options)
-            : m_all(sources)
-            , m_settings(settings)
+            : m_settings(settings)
             , m_options(options)
+            , m_unknown(sources)
         {
             for (const Source& source : sources)
                 m_sources.insert(m_places.key(source.path), source.shown);
@@ -105,19 +105,20 @@ namespace {
         {
             if (!QFileInfo(path).isSymLink())
                 return m_sources.value(key);
-            const std::optional<FileIdentity> end = fileIdentity(QFile::encodeName(path));
-            for (const Source& source : m_all)
-                if (end && end == fileIdentity(QFile::encodeName(source.path)))
-                    return source.shown;
-            return {};
+            for (const Source& source : std::exchange(m_unknown, {}))
+                if (const auto identity = fileIdentity(QFile::encodeName(source.path)))
+                    m_identities.insert({ identity->device, identity->inode }, source.shown);
+            const auto end = fileIdentity(QFile::encodeName(path));
+            return end ? m_identities.value({ end->device, end->inode }) : QString();
         }
 
-        const QList<Source>& m_all;
         const Settings& m_settings;
         const Options& m_options;
         Places m_places;
         QSet<QString> m_checkedFolders;
         QHash<QString, QString> m_sources; ///< shown, by key
+        QList<Source> m_unknown; ///< not in m_identities, which is filled at the first link
+        QHash<std::pair<quint64, quint64>, QString> m_identities; ///< shown, by device and inode
         QHash<QString, QString> m_owners; ///< who writes a target, by key
         TargetFindings m_found;
     };

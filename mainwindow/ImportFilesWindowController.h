@@ -46,6 +46,8 @@ public:
     /// outlive it.
     ImportFilesWindowController(QWidget* window, AlertPanel& alerts, FileChooser& chooser);
     ~ImportFilesWindowController() override;
+    ImportFilesWindowController(const ImportFilesWindowController&) = delete;
+    ImportFilesWindowController& operator=(const ImportFilesWindowController&) = delete;
 
     /// Not owned; may be null.
     ImportFilesWindowControllerDelegate* delegate() const { return m_delegate; }

@@ -67,6 +67,8 @@ public:
 
     explicit PagestackAppDelegate(const Services& services, QObject* parent = nullptr);
     ~PagestackAppDelegate() override;
+    PagestackAppDelegate(const PagestackAppDelegate&) = delete;
+    PagestackAppDelegate& operator=(const PagestackAppDelegate&) = delete;
 
     // Start-up and the program's own commands.
     void awakeFromNib();

@@ -25,6 +25,8 @@ class ProcessPanel : public QDialog
 public:
     explicit ProcessPanel(QWidget* parent);
     ~ProcessPanel() override;
+    ProcessPanel(const ProcessPanel&) = delete;
+    ProcessPanel& operator=(const ProcessPanel&) = delete;
 
     /// Shows the state of `job`, which has not started yet and has `plannedPages` pages to convert.
     void follow(Process& job, qint64 plannedPages);

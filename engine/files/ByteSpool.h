@@ -11,10 +11,12 @@ namespace pagestack {
 class ByteSpool : public ByteFile
 {
 public:
-    static constexpr std::uint64_t mostBytesInMemory = 1024 * 1024;
+    static constexpr std::uint64_t mostBytesInMemory = std::uint64_t { 1024 } * 1024;
 
     ByteSpool() = default;
     ~ByteSpool() override;
+    ByteSpool(const ByteSpool&) = delete;
+    ByteSpool& operator=(const ByteSpool&) = delete;
 
     std::uint64_t size() const override { return m_size; }
     void writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override;

@@ -17,7 +17,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::uint64_t bufferBytes = 256 * 1024;
+    constexpr std::uint64_t bufferBytes = std::uint64_t { 256 } * 1024;
 
     void copyBytes(int from, int to, std::uint64_t offset, std::uint64_t end)
     {

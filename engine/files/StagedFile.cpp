@@ -19,7 +19,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::size_t appendBufferBytes = 256 * 1024;
+    constexpr std::size_t appendBufferBytes = std::size_t { 256 } * 1024;
     constexpr std::uint64_t longestGap = 4096; // that is filled rather than left to the file system
     constexpr int longestLinkChain = 40;
 

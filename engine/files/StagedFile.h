@@ -25,6 +25,8 @@ public:
 
     /// Removes the temporary file unless it was committed.
     ~StagedFile() override;
+    StagedFile(const StagedFile&) = delete;
+    StagedFile& operator=(const StagedFile&) = delete;
 
     /// The file that a write to `targetPath` ends in, in the file system's encoding: absolute, with
     /// a link at its end followed also when it dangles. Throws std::runtime_error.

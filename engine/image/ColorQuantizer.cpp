@@ -48,7 +48,8 @@ ColorQuantizer::ColorQuantizer()
 
 std::size_t ColorQuantizer::cellIndex(int red, int green, int blue)
 {
-    return static_cast<std::size_t>((red * side + green) * side + blue);
+    return (static_cast<std::size_t>(red) * side + static_cast<unsigned>(green)) * side
+        + static_cast<unsigned>(blue);
 }
 
 void ColorQuantizer::add(const std::uint8_t* pixels, int count)
@@ -89,10 +90,12 @@ bool ColorQuantizer::isExact(int mostColors) const
 std::vector<RgbColor> ColorQuantizer::sortedColors() const
 {
     std::vector<std::uint32_t> colors;
+    colors.reserve(m_colors.size());
     for (const auto& [color, pixels] : m_colors)
         colors.push_back(color);
     std::sort(colors.begin(), colors.end());
     std::vector<RgbColor> palette;
+    palette.reserve(colors.size());
     for (const std::uint32_t color : colors)
         palette.push_back({ static_cast<std::uint8_t>(color >> 16U),
                             static_cast<std::uint8_t>(color >> 8U),

@@ -136,7 +136,7 @@ namespace {
     }
 
     /// Strips and tiles may be large; what is made of them is shown in smaller bands.
-    constexpr qsizetype mostShownBytes = 4 * 1024 * 1024;
+    constexpr qsizetype mostShownBytes = qsizetype { 4 } * 1024 * 1024;
 
     class DisplayRows : public RowSource
     {
@@ -269,12 +269,12 @@ namespace {
                 transformColor(stored, index, to);
             else
                 for (int c = 0; c < m_layout.colorChannels(); ++c)
-                    unpackSample(stored, index, c, to + c * sampleBytes, channels);
+                    unpackSample(stored, index, c, to + qsizetype { c } * sampleBytes, channels);
             if (m_tags.photometric == PHOTOMETRIC_MINISWHITE)
                 invertColor(to);
             if (m_alpha.kind != AlphaKind::None)
-                unpackSample(stored, index, m_alpha.index, to + (channels - 1) * sampleBytes,
-                             channels);
+                unpackSample(stored, index, m_alpha.index,
+                             to + qsizetype { channels - 1 } * sampleBytes, channels);
         }
 
         void transformColor(const StoredBand& stored, int index, std::uint8_t* to)
@@ -284,7 +284,8 @@ namespace {
             m_color.resize(std::size_t { m_tags.widthPx }
                            * static_cast<unsigned>(inputs * sampleBytes));
             for (int c = 0; c < inputs; ++c)
-                unpackSample(stored, index, c, m_color.data() + c * sampleBytes, inputs);
+                unpackSample(stored, index, c, m_color.data() + qsizetype { c } * sampleBytes,
+                             inputs);
             if (m_layout.channels() == 3) {
                 m_transform->apply(m_color.data(), to, widthPx());
                 return;

@@ -20,7 +20,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::size_t bufferBytes = 64 * 1024;
+    constexpr std::size_t bufferBytes = std::size_t { 64 } * 1024;
 
     struct JpegErrors
     {

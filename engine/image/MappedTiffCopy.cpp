@@ -19,7 +19,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::size_t copyBytes = 1024 * 1024;
+    constexpr std::size_t copyBytes = std::size_t { 1024 } * 1024;
 
     void copyFile(const TiffFile& from, int to)
     {

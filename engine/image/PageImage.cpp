@@ -57,7 +57,7 @@ namespace {
 
     struct Writer
     {
-        OutputType type;
+        OutputType type {};
         QLatin1StringView extension;
         QLatin1StringView name;
     };

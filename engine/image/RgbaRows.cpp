@@ -11,11 +11,11 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::uint64_t wantedBandBytes = 1024 * 1024;
+    constexpr std::uint64_t wantedBandBytes = std::uint64_t { 1024 } * 1024;
     /// What is held of a page at most: a band, and the strip or tile that libtiff makes it of.
-    constexpr std::uint64_t mostHeldBytes = 256 * 1024 * 1024;
+    constexpr std::uint64_t mostHeldBytes = std::uint64_t { 256 } * 1024 * 1024;
     /// Strips and tiles may be large; what is made of them is shown in smaller bands.
-    constexpr std::uint64_t mostShownBytes = 4 * 1024 * 1024;
+    constexpr std::uint64_t mostShownBytes = std::uint64_t { 4 } * 1024 * 1024;
 
     class RgbaRows : public RowSource
     {
@@ -39,6 +39,8 @@ namespace {
         }
 
         ~RgbaRows() override { TIFFRGBAImageEnd(&m_image); }
+        RgbaRows(const RgbaRows&) = delete;
+        RgbaRows& operator=(const RgbaRows&) = delete;
 
         int widthPx() const override { return static_cast<int>(m_tags.widthPx); }
         int heightPx() const override { return static_cast<int>(m_tags.heightPx); }

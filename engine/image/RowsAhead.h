@@ -27,6 +27,8 @@ public:
 
     /// Waits for the band that is being read.
     ~RowsAhead() override;
+    RowsAhead(const RowsAhead&) = delete;
+    RowsAhead& operator=(const RowsAhead&) = delete;
 
     int widthPx() const override { return m_source->widthPx(); }
     int heightPx() const override { return m_source->heightPx(); }

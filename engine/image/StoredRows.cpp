@@ -13,16 +13,16 @@ namespace pagestack {
 namespace {
 
     /// What a band aims at: large enough to make calls cheap, small enough for the cache.
-    constexpr std::uint64_t wantedBandBytes = 512 * 1024;
+    constexpr std::uint64_t wantedBandBytes = std::uint64_t { 512 } * 1024;
 
     /// A strip up to this size is decoded as a whole.
-    constexpr std::uint64_t largestWholeStripBytes = 4 * 1024 * 1024;
+    constexpr std::uint64_t largestWholeStripBytes = std::uint64_t { 4 } * 1024 * 1024;
 
     /// An encoded strip up to this size may be held as a whole.
-    constexpr std::uint64_t largestEncodedStripBytes = 16 * 1024 * 1024;
+    constexpr std::uint64_t largestEncodedStripBytes = std::uint64_t { 16 } * 1024 * 1024;
 
     /// More than this is never held at a time.
-    constexpr std::uint64_t largestBandBytes = 256 * 1024 * 1024;
+    constexpr std::uint64_t largestBandBytes = std::uint64_t { 256 } * 1024 * 1024;
 
     /// libtiff 4.5 takes a fax row for one sample a pixel and leaves the bytes of the others as
     /// they were.

@@ -72,12 +72,10 @@ void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
         throw;
     }
     try {
-        const int offsetBytes = m_isBigTiff ? 8 : 4;
+        const std::size_t offsetBytes = m_isBigTiff ? 8 : 4;
         std::uint64_t directory = 0;
-        for (int i = offsetBytes - 1; i >= 0; --i)
-            directory = directory << 8U
-                | static_cast<std::uint8_t>(
-                            sink.header.at(static_cast<std::size_t>(offsetBytes + i)));
+        for (std::size_t i = 2 * offsetBytes; i-- > offsetBytes;)
+            directory = directory << 8U | static_cast<std::uint8_t>(sink.header.at(i));
         linkDirectory(directory);
     } catch (const std::runtime_error& error) {
         throw WriteFailure(error.what());

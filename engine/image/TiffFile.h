@@ -22,6 +22,8 @@ public:
     /// has no page.
     explicit TiffFile(const QString& path);
     ~TiffFile();
+    TiffFile(const TiffFile&) = delete;
+    TiffFile& operator=(const TiffFile&) = delete;
 
     /// Another current page in the same open file, whatever is at the path by now. Costs nothing
     /// before a page is asked for. Any thread.

@@ -36,7 +36,7 @@ TiffMessages::TiffMessages(QString fileName, std::shared_ptr<LogQuota> quota)
 }
 
 /// libtiff puts the file's name before some of its messages.
-std::string TiffMessages::withoutName(std::string text) const
+std::string TiffMessages::withoutName(const std::string& text) const
 {
     const std::string name = m_fileName.toStdString() + ": ";
     return text.starts_with(name) ? text.substr(name.size()) : text;

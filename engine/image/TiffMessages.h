@@ -38,7 +38,7 @@ public:
     [[noreturn]] void fail(const char* fallback) const;
 
 private:
-    std::string withoutName(std::string text) const;
+    std::string withoutName(const std::string& text) const;
     void report(const char* kind, const char* module, const std::string& text);
 
     QString m_fileName;

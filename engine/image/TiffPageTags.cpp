@@ -21,12 +21,12 @@ namespace {
 
     // The steps from the file to an output each hold a row or more.
     constexpr std::uint32_t longestRowPx = 16 * 1024 * 1024;
-    constexpr std::uint64_t longestRowBytes = 32 * 1024 * 1024;
+    constexpr std::uint64_t longestRowBytes = std::uint64_t { 32 } * 1024 * 1024;
 
     // Beyond this a page has to bring a byte for every `mostDecodedPerByte` of its pixels, or a
     // file of some kilobytes would keep a run busy for hours and fill the disk. Blank areas of real
     // pages of that size, plans or printing plates, stay far below it.
-    constexpr std::uint64_t largestSparsePage = 1024 * 1024 * 1024;
+    constexpr std::uint64_t largestSparsePage = std::uint64_t { 1024 } * 1024 * 1024;
     constexpr std::uint64_t mostDecodedPerByte = 1000;
 
     int photometricOf(TIFF* handle, const TiffPageTags& tags)

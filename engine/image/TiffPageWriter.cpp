@@ -18,10 +18,10 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::uint64_t smallestKeptStripBytes = 16 * 1024;
-    constexpr std::uint64_t largestKeptStripBytes = 4 * 1024 * 1024;
-    constexpr std::uint64_t wantedStripBytes = 128 * 1024;
-    constexpr std::uint64_t largestPartBytes = 4 * 1024 * 1024;
+    constexpr std::uint64_t smallestKeptStripBytes = std::uint64_t { 16 } * 1024;
+    constexpr std::uint64_t largestKeptStripBytes = std::uint64_t { 4 } * 1024 * 1024;
+    constexpr std::uint64_t wantedStripBytes = std::uint64_t { 128 } * 1024;
+    constexpr std::uint64_t largestPartBytes = std::uint64_t { 4 } * 1024 * 1024;
     constexpr tmsize_t largestPieceBytes = tmsize_t { 64 } * 1024 * 1024;
 
     bool isFax(int compression)

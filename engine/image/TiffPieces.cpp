@@ -15,7 +15,7 @@ namespace pagestack {
 namespace {
 
     constexpr std::size_t headerBytes = 16; // of a BigTIFF file: the pieces have no limit here
-    constexpr std::uint64_t largestPartBytes = 4 * 1024 * 1024;
+    constexpr std::uint64_t largestPartBytes = std::uint64_t { 4 } * 1024 * 1024;
 
     std::vector<TiffPieces::Piece> writtenPieces(TIFF* handle)
     {

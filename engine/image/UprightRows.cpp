@@ -12,7 +12,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr qsizetype mostBytesInMemory = 16 * 1024 * 1024;
+    constexpr qsizetype mostBytesInMemory = qsizetype { 16 } * 1024 * 1024;
 
     /// What TIFF 6.0 says of the first stored row and column.
     bool swapsSides(int orientation) { return orientation >= 5; }
@@ -74,7 +74,8 @@ namespace {
         explicit MirroredRows(std::unique_ptr<RowSource> source)
             : m_source(std::move(source))
             , m_units(m_source->layout())
-            , m_spread(static_cast<std::size_t>(widthPx() * m_units.bytes()))
+            , m_spread(
+                  static_cast<std::size_t>(qsizetype { m_source->widthPx() } * m_units.bytes()))
             , m_mirrored(m_spread.size())
         {
         }

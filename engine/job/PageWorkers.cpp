@@ -10,7 +10,7 @@ namespace {
 
     /// Pages flow in bands, so this is no measure of memory; but some steps (turning a page, strips
     /// that have to be held as a whole) take more of it for a large page.
-    constexpr std::uint64_t decodedBytesAWorker = 128 * 1024 * 1024;
+    constexpr std::uint64_t decodedBytesAWorker = std::uint64_t { 128 } * 1024 * 1024;
 
 } // namespace
 

@@ -24,9 +24,6 @@ namespace {
 
     constexpr char16_t replacement = 0xfffd;
 
-    /// Some hundred kilobytes; short runs need no temporary file.
-    constexpr std::size_t mostRecords = 500;
-
     // XML 1.0, 2.2: Char. Pairs of surrogates are handled by the caller.
     bool canBeInXml(char16_t unit)
     {
@@ -101,11 +98,12 @@ void Log::putAside()
     std::size_t records = files.size();
     for (const std::shared_ptr<LogFiles>& source : files)
         records += source->logFiles.size();
-    if (records <= mostRecords)
+    if (records <= m_mostRecords)
         return;
     if (!m_aside)
         m_aside = std::make_unique<RecordsAside>();
-    static_cast<void>(m_aside->takeFrom(files));
+    if (!m_aside->takeFrom(files))
+        m_mostRecords = 2 * records; // to try it again for each page would take longer and longer
 }
 
 bool Log::save()

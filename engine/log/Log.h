@@ -71,6 +71,8 @@ private:
     mutable QMutex m_guard; ///< of m_logFilePath, which the job writes and the window reads
     QString m_logFilePath;
     QString m_saveFault;
+    std::size_t m_mostRecords
+        = 500; ///< in memory: a hundred kilobytes, and no files for short runs
     std::unique_ptr<RecordsAside> m_aside; ///< null while nothing was put aside
 };
 

@@ -27,7 +27,7 @@ protected:
 private:
     struct Place
     {
-        QWidget* widget;
+        QWidget* widget = nullptr;
         QRect area;
     };
     /// Where every shown child goes in a bar of `width` pixels.

@@ -44,9 +44,10 @@ bool ElidedLabel::event(QEvent* event)
 void ElidedLabel::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    style()->drawItemText(&painter, contentsRect(),
-                          QStyle::visualAlignment(layoutDirection(), alignment()), palette(),
-                          isEnabled(), shownText(), foregroundRole());
+    style()->drawItemText(
+        &painter, contentsRect(),
+        static_cast<int>(QStyle::visualAlignment(layoutDirection(), alignment()).toInt()),
+        palette(), isEnabled(), shownText(), foregroundRole());
 }
 
 } // namespace pagestack

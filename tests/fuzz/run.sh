@@ -101,7 +101,8 @@ fuzz() {
     # Qt asks for as much memory as a settings file says, and takes a refusal well.
     [ "$target" = readSettings ] && dictionary="$dictionary -malloc_limit_mb=200000"
     # shellcheck disable=SC2086
-    "$build/fuzzers/fuzz_$target" -max_total_time="$seconds" -seed=1 -rss_limit_mb=400 -timeout=10 \
+    "$build/fuzzers/fuzz_$target" -max_total_time="$seconds" -seed=1 -rss_limit_mb=500 -timeout=60 \
+        -report_slow_units=60 \
         -detect_leaks=$leaks -print_final_stats=1 $dictionary \
         -artifact_prefix="$build/findings/$target/" ${FUZZ_OPTIONS-} \
         "$build/corpus/$target" "$build/seeds/$target" >"$build/$target.log" 2>&1

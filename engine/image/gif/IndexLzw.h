@@ -22,7 +22,7 @@ private:
     /// The code before the last pixel, the last pixel and the string's code, from 12, 8 and 12
     /// bits; 0: empty.
     std::vector<std::uint32_t> m_slots;
-    std::array<std::uint32_t, 256> m_spread; ///< where a pixel's strings lie, before the code
+    std::array<std::uint32_t, 256> m_spread {}; ///< where a pixel's strings lie, before the code
 };
 
 /// The same for up to 16 colours. What follows on a string is looked up without a search.

@@ -39,7 +39,7 @@ protected:
 
     /// The codes found since the table was empty, each at the number of the code that was free when
     /// it was found: that number tells its width.
-    std::array<std::uint16_t, codeLimit> m_codes;
+    std::array<std::uint16_t, codeLimit> m_codes {};
     int m_nextCode = 0; ///< the lowest that is free; `codeLimit`: the table is full
     int m_current = -1; ///< the string at the end of the pixels so far; -1: there is no pixel yet
 
@@ -56,7 +56,7 @@ private:
     std::uint64_t m_bits = 0; ///< the first one lowest
     int m_bitCount = 0;
     /// Not yet in sub-blocks: less than one of an earlier table and those of a table.
-    std::array<std::uint8_t, blockBytes + codeLimit * 12 / 8 + 8> m_bytes;
+    std::array<std::uint8_t, blockBytes + codeLimit * 12 / 8 + 8> m_bytes {};
     std::size_t m_byteCount = 0;
 };
 

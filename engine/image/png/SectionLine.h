@@ -17,8 +17,8 @@ struct Section
 {
     enum class State { Waiting, InWork, Done };
 
-    /// `frameBytes` is room before and behind the compressed rows.
-    Section(std::size_t rowBytes, std::size_t mostRows, std::size_t frameBytes);
+    /// `bytesOfFrame` is room before and behind the compressed rows.
+    Section(std::size_t bytesOfRow, std::size_t mostRows, std::size_t bytesOfFrame);
 
     /// Makes it ready to be filled again.
     void reset();
