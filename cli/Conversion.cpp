@@ -5,16 +5,20 @@
 #include "cli/Preflight.h"
 #include "cli/Report.h"
 #include "cli/Sources.h"
+#include "engine/files/StagedNames.h"
+#include "engine/job/FileIdentity.h"
 #include "engine/job/Process.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/Signals.h"
 #include "engine/support/WorkerThread.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
@@ -39,6 +43,7 @@ namespace {
         bool lookUpSources();
         void takeSettings();
         void planOutputs();
+        void refuseLogInPlaceOfSource();
         void checkTargets();
         void report(const Findings& findings);
         void prepareLog(Process& job);
@@ -125,10 +130,22 @@ namespace {
         }
     }
 
+    void Conversion::refuseLogInPlaceOfSource()
+    {
+        if (m_options.logFile.isEmpty())
+            return;
+        const std::optional<FileIdentity> log = fileIdentity(QFile::encodeName(m_options.logFile));
+        for (const Source& source : m_sources)
+            if (log && log == fileIdentity(QFile::encodeName(source.path)))
+                throw OutputRefused(
+                    u"%1 is a source, which the log would replace"_s.arg(source.shown));
+    }
+
     void Conversion::checkTargets()
     {
         if (Signals::received())
             return;
+        refuseLogInPlaceOfSource();
         const TargetFindings found = findTargets(m_sources, m_outputs, m_settings, m_options);
         const bool isStrict = m_options.onExists == OnExists::Error;
         Findings refusals = found.unwritable;
@@ -196,6 +213,7 @@ namespace {
     {
         QString fault;
         try {
+            removeLeftStagedFiles(QFileInfo(m_options.logFile).absolutePath());
             fault = job.log()->saveTo(m_options.logFile);
             if (fault.isNull())
                 return;

@@ -60,6 +60,10 @@ void writeFully(int file, std::uint64_t offset, std::span<const std::uint8_t> by
 
 void syncToDisk(int file)
 {
+#ifdef F_FULLFSYNC // of macOS, whose fsync() leaves the bytes in the disk's own memory
+    if (::fcntl(file, F_FULLFSYNC) == 0)
+        return;
+#endif
     if (retryInterrupted([&] { return ::fsync(file); }) != 0)
         throwFileSystemError("cannot write", errno);
 }
@@ -67,8 +71,9 @@ void syncToDisk(int file)
 void checkAtClose(int file)
 {
     const int copy = ::fcntl(file, F_DUPFD_CLOEXEC, 0);
-    // Interrupted, it is closed all the same.
-    if (copy < 0 || (::close(copy) != 0 && errno != EINTR))
+    if (copy < 0)
+        syncToDisk(file); // tells of the same faults, only later
+    else if (::close(copy) != 0 && errno != EINTR) // interrupted, it is closed all the same
         throwFileSystemError("cannot write", errno);
 }
 

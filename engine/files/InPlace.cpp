@@ -65,11 +65,13 @@ void replaceContent(const QByteArray& target, int from, std::uint64_t size)
         cut(to, size);
         syncToDisk(to);
         checkAtClose(to);
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         try {
             copyBytes(old, to, 0, isTouched ? oldSize : 0);
             cut(to, oldSize);
-        } catch (const std::runtime_error&) {
+            syncToDisk(to);
+            checkAtClose(to);
+        } catch (const std::exception&) {
             throw std::runtime_error(
                 error.what()
                 + std::string("; what was there is damaged, since it could not "

@@ -49,18 +49,25 @@ StagedFile::StagedFile(const QString& targetPath)
     if (targetPath.isEmpty())
         throw std::runtime_error("the output has no name");
     m_target = resolvedTarget(targetPath);
-    struct stat existing = {};
-    if (::stat(m_target.constData(), &existing) == 0) {
-        if (S_ISDIR(existing.st_mode))
-            throw std::runtime_error("a folder of that name is in the way");
-        if (!S_ISREG(existing.st_mode))
-            throw std::runtime_error("what is there is no regular file");
-        m_replaces = true;
-        m_permissions = existing.st_mode & 0777U;
-    }
+    lookAtTarget();
     m_inPlace = !createBesideTarget();
     if (m_inPlace)
         m_file = openUnnamedFile();
+}
+
+void StagedFile::lookAtTarget()
+{
+    struct stat existing = {};
+    if (::stat(m_target.constData(), &existing) != 0)
+        return;
+    if (S_ISDIR(existing.st_mode))
+        throw std::runtime_error("a folder of that name is in the way");
+    if (!S_ISREG(existing.st_mode))
+        throw std::runtime_error("what is there is no regular file");
+    m_replaces = true;
+    m_permissions = existing.st_mode & 0777U;
+    m_owner = existing.st_uid;
+    m_group = existing.st_gid;
 }
 
 QByteArray StagedFile::resolvedTarget(const QString& targetPath)
@@ -72,7 +79,8 @@ QByteArray StagedFile::resolvedTarget(const QString& targetPath)
 bool StagedFile::createBesideTarget()
 {
     const QByteArray folder = m_target.left(m_target.lastIndexOf('/') + 1);
-    const auto mode = m_replaces ? static_cast<mode_t>(m_permissions) : mode_t { 0666 };
+    // Until it belongs to the same group, nobody else may read what replaces a file.
+    const auto mode = m_replaces ? static_cast<mode_t>(m_permissions & 0700U) : mode_t { 0666 };
     int error = EEXIST;
     for (int attempt = 0; attempt < 1000 && error == EEXIST; ++attempt) {
         m_temporary = folder + stagedName();
@@ -83,8 +91,10 @@ bool StagedFile::createBesideTarget()
         if (m_file >= 0 && ownStagedFile(m_file))
             return true;
         error = m_file < 0 ? errno : EEXIST;
-        if (m_file >= 0)
+        if (m_file >= 0) {
+            ::unlink(m_temporary.constData());
             ::close(std::exchange(m_file, -1));
+        }
     }
     m_temporary.clear();
     const bool folderTakesNoFile = error == EACCES || error == EPERM || error == EROFS;
@@ -95,10 +105,11 @@ bool StagedFile::createBesideTarget()
 
 StagedFile::~StagedFile()
 {
-    if (m_file >= 0)
-        ::close(m_file);
+    // In this order: once it is closed, its name may be another program's.
     if (!m_temporary.isEmpty())
         ::unlink(m_temporary.constData());
+    if (m_file >= 0)
+        ::close(m_file);
 }
 
 void StagedFile::write(std::span<const std::uint8_t> bytes)
@@ -176,6 +187,7 @@ void StagedFile::settle()
 void StagedFile::commit()
 {
     flush();
+    lookAtTarget(); // by now there may be something
     if (m_inPlace) {
         replaceContent(m_target, m_file, m_size);
         return;
@@ -194,14 +206,20 @@ void StagedFile::commit()
     ::close(std::exchange(m_file, -1));
 }
 
-/// What the process's mask took away when the file was made is given back.
+/// Owner, group and permissions of the file that is replaced. Who may not give the file away keeps
+/// it, and where the group cannot be kept another one gets no more rights than everybody has.
 void StagedFile::keepPermissions()
 {
+    unsigned permissions = m_permissions;
     struct stat status = {};
-    if (::fstat(m_file, &status) == 0 && (status.st_mode & 0777U) == m_permissions)
+    const bool isOther
+        = ::fstat(m_file, &status) != 0 || status.st_uid != m_owner || status.st_gid != m_group;
+    if (isOther && ::fchown(m_file, m_owner, m_group) != 0
+        && ::fchown(m_file, static_cast<uid_t>(-1), m_group) != 0)
+        permissions &= ~0070U | (permissions & 0007U) << 3U;
+    if (!isOther && (status.st_mode & 0777U) == permissions)
         return;
-    const auto change = [&] { return ::fchmod(m_file, static_cast<mode_t>(m_permissions)); };
-    if (retryInterrupted(change) != 0)
+    if (retryInterrupted([&] { return ::fchmod(m_file, static_cast<mode_t>(permissions)); }) != 0)
         throwFileSystemError("cannot keep the permissions", errno);
 }
 

@@ -12,10 +12,10 @@ namespace pagestack {
 /// it is complete, so that a failure, a crash or a cancel leaves what was at the target as it was.
 ///
 /// Through a symbolic link the link's target is replaced. The permissions of a file that is
-/// replaced are kept; the temporary file has them from the start. In a folder that takes no new
-/// file, an existing writable file is replaced in place at `commit`. What a program that was killed
-/// leaves behind is what StagedNames.h says. One thread at a time; a staged file may be handed from
-/// one thread to another.
+/// replaced are kept, its owner and group where that is allowed; the temporary file is never
+/// readable to more. In a folder that takes no new file, an existing writable file is replaced in
+/// place at `commit`. What a program that was killed leaves behind is what StagedNames.h says. One
+/// thread at a time; a staged file may be handed from one thread to another.
 class StagedFile : public ByteFile
 {
 public:
@@ -51,6 +51,7 @@ public:
     void commit();
 
 private:
+    void lookAtTarget();
     bool createBesideTarget();
     void keepPermissions();
     void flush();
@@ -65,7 +66,9 @@ private:
     std::vector<std::uint8_t> m_pending; ///< appended, but not yet handed to the file system
     bool m_replaces = false; ///< a file was at the target when this one was made
     bool m_inPlace = false;
-    unsigned m_permissions = 0; ///< of the file that is replaced
+    unsigned m_permissions = 0; ///< of the file that is replaced, as are the two below
+    unsigned m_owner = 0;
+    unsigned m_group = 0;
 };
 
 } // namespace pagestack

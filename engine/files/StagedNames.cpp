@@ -54,7 +54,11 @@ namespace {
     void removeUnlessOwned(int folder, const char* name)
     {
         // Neither a link nor a pipe that someone put there leads anywhere.
-        const int file = ::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        constexpr int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+        // On network file systems a file must be open for writing to be locked by one.
+        int file = ::openat(folder, name, O_RDWR | flags);
+        if (file < 0)
+            file = ::openat(folder, name, O_RDONLY | flags);
         if (file < 0)
             return;
         if (::flock(file, LOCK_EX | LOCK_NB) == 0 && leadsTo(folder, name, file))
@@ -85,6 +89,7 @@ void removeLeftStagedFiles(const QString& folder)
         ::opendir(QFile::encodeName(folder).constData()));
     if (!entries)
         return;
+    // Of a stream of this call's own: NOLINTNEXTLINE(concurrency-mt-unsafe)
     while (const dirent* entry = ::readdir(entries.get()))
         if (isStagedName(QByteArray::fromRawData(entry->d_name, qsizetype(qstrlen(entry->d_name)))))
             removeUnlessOwned(::dirfd(entries.get()), entry->d_name);

@@ -16,7 +16,7 @@ namespace pagestack {
 QByteArray stagedName();
 
 /// Makes this program the owner of the new, open file. False when it was taken for a leftover in
-/// the moment before: it is gone then.
+/// the moment before.
 bool ownStagedFile(int file);
 
 /// Removes the staged files in `folder` that no running program owns. What cannot be removed, or

@@ -290,7 +290,7 @@ namespace {
                 m_transform->apply(m_color.data(), to, widthPx());
                 return;
             }
-            const auto rgbBytes = static_cast<std::size_t>(3 * sampleBytes);
+            const std::size_t rgbBytes = 3 * static_cast<std::size_t>(sampleBytes);
             m_rgb.resize(m_tags.widthPx * rgbBytes);
             m_transform->apply(m_color.data(), m_rgb.data(), widthPx());
             for (std::size_t i = 0; i < m_tags.widthPx; ++i)

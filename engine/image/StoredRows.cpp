@@ -62,7 +62,8 @@ StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
     if (tags.isTiled) {
         const tmsize_t tileBytes = TIFFTileSize(m_handle);
         if (tileBytes <= 0
-            || static_cast<std::uint64_t>(tileBytes) > largestBandBytes - m_samples.size())
+            || static_cast<std::uint64_t>(tileBytes) * (tags.isFax() ? 2 : 1)
+                > largestBandBytes - m_samples.size())
             throw std::runtime_error("its tiles are too large");
         if ((std::uint64_t { tags.tileWidthPx } * static_cast<unsigned>(tags.samplesInPlane())
              * static_cast<unsigned>(tags.bitsPerSample))
@@ -156,7 +157,7 @@ void StoredRows::readTiles(int rows)
         for (std::uint32_t x = 0; x < m_tags.widthPx; x += m_tags.tileWidthPx) {
             const std::uint32_t tile
                 = TIFFComputeTile(m_handle, x, m_nextRow, 0, static_cast<std::uint16_t>(plane));
-            checkDecoded(readTile(m_handle, m_tags, tile, m_tile));
+            checkDecoded(readTile(m_handle, m_tags, tile, m_tile, m_scratch));
             const qsizetype bytes = std::min(tileRowBytes, m_strideBytes - column);
             for (int i = 0; i < rows; ++i)
                 std::memcpy(planeStart(plane) + i * m_strideBytes + column,

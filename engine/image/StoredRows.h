@@ -58,6 +58,7 @@ private:
     std::unique_ptr<MappedTiffCopy> m_mappedCopy; ///< owns `m_handle` where it is needed
     std::vector<std::uint8_t> m_samples; ///< of a band, plane after plane
     std::vector<std::uint8_t> m_tile;
+    std::vector<std::uint8_t> m_scratch; ///< see readTile()
 };
 
 } // namespace pagestack

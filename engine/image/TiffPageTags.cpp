@@ -21,6 +21,7 @@ namespace {
 
     // The steps from the file to an output each hold a row or more.
     constexpr std::uint32_t longestRowPx = 16 * 1024 * 1024;
+    constexpr std::uint32_t longestFaxRowPx = 4 * 1024 * 1024; // 16 bytes each in libtiff's tables
     constexpr std::uint64_t longestRowBytes = std::uint64_t { 32 } * 1024 * 1024;
 
     // Beyond this a page has to bring a byte for every `mostDecodedPerByte` of its pixels, or a
@@ -171,8 +172,9 @@ TiffPageTags readTiffPageTags(tiff* handle)
 
 void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes)
 {
-    if (tags.widthPx > longestRowPx
-        || tags.planeRowBytes() * static_cast<unsigned>(tags.planes()) > longestRowBytes)
+    const bool isTooLong = tags.isFax() ? std::max(tags.widthPx, tags.tileWidthPx) > longestFaxRowPx
+                                        : tags.widthPx > longestRowPx;
+    if (isTooLong || tags.planeRowBytes() * static_cast<unsigned>(tags.planes()) > longestRowBytes)
         throw std::runtime_error("its rows of " + std::to_string(tags.widthPx)
                                  + " pixels are too long");
     const std::uint32_t pieces
@@ -194,6 +196,7 @@ void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t file
     }
     if (used == 0)
         throw std::runtime_error("the page has no pixel data");
+    encoded = std::min(encoded, fileSizeBytes); // strips may share their bytes
     const std::uint64_t decoded = tags.decodedBytes();
     const std::uint64_t ratio = highestRatio(tags.compression);
     // A row of a fax page takes a bit at least.

@@ -123,7 +123,7 @@ namespace {
                     TIFFNumberOfTiles(m_from), TIFFTileSize,
                     [this](TIFF* from, std::uint32_t tile, std::uint8_t* to, tmsize_t size) {
                         const std::span bytes(to, static_cast<std::size_t>(size));
-                        return readTile(from, m_tags, tile, bytes) ? size : 0;
+                        return readTile(from, m_tags, tile, bytes, m_scratch) ? size : 0;
                     },
                     TIFFWriteEncodedTile);
             else if (m_tags.isSubsampled())
@@ -306,6 +306,7 @@ namespace {
         const TiffPageTags& m_tags;
         int m_compression;
         std::vector<std::uint8_t> m_part;
+        std::vector<std::uint8_t> m_scratch; ///< see readTile()
     };
 
     void setDisplayTags(TIFF* to, const PixelLayout& layout, const PageProperties& page)

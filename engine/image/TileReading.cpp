@@ -5,7 +5,6 @@
 #include <tiffio.h>
 
 #include <algorithm>
-#include <vector>
 
 namespace pagestack {
 
@@ -21,7 +20,7 @@ namespace {
 } // namespace
 
 bool readTile(tiff* handle, const TiffPageTags& tags, std::uint32_t index,
-              std::span<std::uint8_t> to)
+              std::span<std::uint8_t> to, std::vector<std::uint8_t>& scratch)
 {
     if (!decode(handle, index, to, 0))
         return false;
@@ -29,8 +28,9 @@ bool readTile(tiff* handle, const TiffPageTags& tags, std::uint32_t index,
         return true;
     // libtiff 4.5 calls it a success when the data of a fax tile end between two rows, and leaves
     // the other rows as they were: they differ when it starts from other bytes.
-    std::vector<std::uint8_t> again(to.size());
-    return decode(handle, index, again, 0xFF) && std::equal(to.begin(), to.end(), again.begin());
+    scratch.resize(to.size());
+    return decode(handle, index, scratch, 0xFF)
+        && std::equal(to.begin(), to.end(), scratch.begin());
 }
 
 } // namespace pagestack

@@ -9,8 +9,8 @@ namespace pagestack {
 
 /// SIGINT and SIGTERM, from its making to its end. One at a time, on the main thread.
 ///
-/// The first signal is announced on the main thread; a second one ends the program at once, with
-/// the code 128 + its number.
+/// The first signal is announced on the main thread; a second one, unless it comes within 100 ms,
+/// ends the program at once, with the code 128 + its number.
 class Signals : public QObject
 {
     Q_OBJECT

@@ -8,7 +8,7 @@
 
 namespace pagestack {
 
-/// A thread that does `work`, from which nothing may be thrown. It is waited for before it goes.
+/// A thread that does `work`, from which nothing may be thrown. To be waited for before it goes.
 ///
 /// It does what a thread of QThread::create does, in a way that the thread sanitizer can follow.
 /// That runs `work` from within a call_once of Qt's library, where the sanitizer looks away when it

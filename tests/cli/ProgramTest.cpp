@@ -87,6 +87,9 @@ void ProgramTest::runs_data()
 in/b.tif: 1 page written
 Total 4 files converted successfully.
 0 LOG in/a_1.bmp in/a_2.bmp in/a_3.bmp in/b_1.bmp)"_s);
+    row("a log in place of a source", u"a.tif:W b.tif>a.tif"_s,
+        u"-o out --on-exists overwrite --log b.tif a.tif"_s,
+        u"! a.tif is a source, which the log would replace\n4"_s);
     row("wrong usage", u"a.tif:W"_s, u"--quality 11 a.tif"_s,
         u"! quality '11' is no number from 0 to 10; 'pagestack-convert --help' tells more\n2"_s);
     row("troubles", u"a.tif:WB b.tif c.tif:W"_s, u"none.tif a.tif b.tif c.tif -o out"_s,

@@ -86,6 +86,8 @@ void BadInputTest::savesNoPageThatCannotBeDecodedWhole_data()
         QTest::newRow(page) << QByteArray("0123456789");
     // A bit a row, each like the one above: this would decode to 1.25 GB of blank paper.
     QTest::newRow("width=100008 height=100008 rows=100008 fax") << QByteArray(12'600, '\xFF');
+    QTest::newRow("width=4194312 height=1 fax")
+        << QByteArray(100, '\xFF'); // tables as long as a row
 }
 
 void BadInputTest::savesNoPageThatCannotBeDecodedWhole()
