@@ -53,7 +53,9 @@ namespace {
 
         const Options& m_options;
         Console& m_console;
-        Signals m_signals;
+        /// None while sources are looked up, which may wait for input: then a signal ends the
+        /// program.
+        std::optional<Signals> m_signals;
         Settings m_settings;
         QList<Source> m_sources;
         QList<OutputFile> m_outputs;
@@ -66,6 +68,7 @@ namespace {
             m_console.trouble(u"no source found"_s);
             return code(ExitCode::NoSource);
         }
+        m_signals.emplace();
         try {
             takeSettings();
             planOutputs();
@@ -185,7 +188,7 @@ namespace {
                 const QFileInfo info(path);
                 return !info.exists() && !info.isSymLink();
             });
-        QObject::connect(&m_signals, &Signals::interrupted, &job, &Process::stop);
+        QObject::connect(&*m_signals, &Signals::interrupted, &job, &Process::stop);
         job.setIsCombining(Signals::received() == 0);
 
         std::atomic<bool> endedBadly = false;
