@@ -70,7 +70,10 @@ void MultiPageTiff::append(const PageImage& page, PreparedPage prepared)
     } else if (m_failureReason.isEmpty()) {
         write(page, prepared.pieces.bytes ? &prepared.pieces : nullptr);
     }
-    m_pages.push_back(page);
+    // A file can have very many pages.
+    if (const TiffPage* read = page.source().tiffPage())
+        read->forgetTags();
+    m_pages.push_back(page.sharedSource());
 }
 
 void MultiPageTiff::write(const PageImage& page, const TiffPieces* pieces)
@@ -96,8 +99,11 @@ void MultiPageTiff::rebuildAsBigTiff()
     m_assembly
         = std::make_unique<TiffAssembly>(m_path, m_compression, m_plannedPages, true, m_limitBytes);
     try {
-        for (const PageImage& page : m_pages)
-            m_assembly->append(page.source());
+        for (const std::shared_ptr<const PageSource>& page : m_pages) {
+            m_assembly->append(*page);
+            if (const TiffPage* read = page->tiffPage())
+                read->forgetTags();
+        }
     } catch (const std::runtime_error& error) {
         // A page that could be read before: without it the file would not be what was gathered.
         throw TiffAssembly::WriteFailure(error.what());

@@ -66,7 +66,7 @@ private:
     int m_compression; ///< value of the Compression tag
     int m_plannedPages;
     std::uint64_t m_limitBytes;
-    std::vector<PageImage> m_pages;
+    std::vector<std::shared_ptr<const PageSource>> m_pages; ///< to be read again for a BigTIFF file
     std::unique_ptr<class TiffAssembly> m_assembly; ///< null before the first page
     std::unique_ptr<StagedFile> m_complete; ///< with the only page, instead of an assembly
     QString m_failureReason;

@@ -42,6 +42,7 @@ public:
     int widthPx() const; ///< as stored, before orientation
     int heightPx() const;
     const PageSource& source() const { return *m_source; }
+    std::shared_ptr<const PageSource> sharedSource() const { return m_source; }
 
     /// Chooses the writer by the extension of `path`, compared exactly: bmp, jpg, png, gif or tiff.
     /// Any other extension writes nothing and gives false.

@@ -10,26 +10,26 @@ TiffPage::TiffPage(std::shared_ptr<TiffFile> file, int index)
 {
 }
 
-const TiffPageTags& TiffPage::tags() const
+const TiffPage::Description& TiffPage::description() const
 {
-    if (!m_tags) {
-        const TiffPageTags tags = readTiffPageTags(m_file->describe(m_index));
-        m_properties.widthPx = static_cast<int>(tags.widthPx);
-        m_properties.heightPx = static_cast<int>(tags.heightPx);
-        m_properties.resolution = tags.resolution;
-        m_properties.orientation = tags.orientation;
+    if (!m_description) {
+        auto read = std::make_unique<Description>();
+        read->tags = readTiffPageTags(m_file->describe(m_index));
+        const TiffPageTags& tags = read->tags;
+        read->properties.widthPx = static_cast<int>(tags.widthPx);
+        read->properties.heightPx = static_cast<int>(tags.heightPx);
+        read->properties.resolution = tags.resolution;
+        read->properties.orientation = tags.orientation;
         if (profileFitsDisplayRows(tags))
-            m_properties.iccProfile = tags.iccProfile;
-        m_tags = tags;
+            read->properties.iccProfile = tags.iccProfile;
+        m_description = std::move(read);
     }
-    return *m_tags;
+    return *m_description;
 }
 
-const PageProperties& TiffPage::properties() const
-{
-    tags();
-    return m_properties;
-}
+const TiffPageTags& TiffPage::tags() const { return description().tags; }
+
+const PageProperties& TiffPage::properties() const { return description().properties; }
 
 void TiffPage::checkSize() const
 {

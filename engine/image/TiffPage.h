@@ -5,7 +5,6 @@
 #include "engine/image/TiffPageTags.h"
 
 #include <memory>
-#include <optional>
 
 namespace pagestack {
 
@@ -27,15 +26,25 @@ public:
     /// Throws std::runtime_error when the page's directory cannot be read or is not supported.
     const TiffPageTags& tags() const;
 
+    /// Gives back the memory of what was read of the tags, which are read again when asked for.
+    /// What tags() and properties() gave is not valid any more.
+    void forgetTags() const { m_description.reset(); }
+
     /// Throws std::runtime_error when the page's data cannot hold its pixels (see
     /// checkEncodedSize).
     void checkSize() const;
 
 private:
+    struct Description
+    {
+        TiffPageTags tags;
+        PageProperties properties;
+    };
+    const Description& description() const;
+
     std::shared_ptr<TiffFile> m_file;
     int m_index;
-    mutable std::optional<TiffPageTags> m_tags; ///< read when first asked for
-    mutable PageProperties m_properties; ///< set with `m_tags`
+    mutable std::unique_ptr<const Description> m_description; ///< read when first asked for
 };
 
 } // namespace pagestack

@@ -42,9 +42,11 @@ def tiff_of(pages):
 class Watch:
     """What a process takes, looked up whenever a thousand outputs are written and at its end."""
 
-    def __init__(self, process):
+    def __init__(self, process, output):
         self.proc = Path(f"/proc/{process.pid}")
+        self.output = output
         self.peak_kb = 0
+        self.early_kb = None  # when the first quarter of a megabyte of an output is written
         self.steps = []  # of (peak in kB, open files, seconds of processor time)
         threading.Thread(target=self.follow, daemon=True).start()
 
@@ -57,9 +59,18 @@ class Watch:
         try:
             while True:
                 self.look_up_peak()
+                if not self.early_kb and any(self.size_of(path) for path in self.output.glob(".pagestack-*")):
+                    self.early_kb = self.peak_kb
                 time.sleep(0.005)
         except (OSError, ValueError):
             pass  # it has ended
+
+    @staticmethod
+    def size_of(path):
+        try:
+            return path.stat().st_size
+        except FileNotFoundError:
+            return 0  # it is in place
 
     def note(self):
         self.look_up_peak()
@@ -71,7 +82,7 @@ def check(problems, name, arguments, count, folder):
     """Runs the program, which tells of each page that it has written, and looks at it on the way."""
     home = folder / "home"
     process = start(["-v", "--jobs", "2", *arguments], home)
-    watch = Watch(process)
+    watch = Watch(process, folder / "out")
     done = 0
     for line in process.stdout:
         done += "/out/" in line
@@ -95,6 +106,18 @@ def check(problems, name, arguments, count, folder):
           f"median {usual:.2f} s, last {times[-1]:.2f} s", flush=True)
 
 
+def check_together(problems, count, folder):
+    """One source of very many pages, kept together: the output is announced once, at its end."""
+    process = start(["-f", "tiff", "--jobs", "2", "-o", folder / "out", folder / "in"], folder / "home")
+    watch = Watch(process, folder / "out")
+    errors = process.communicate()[1]
+    problems.expect(process.returncode == 0 and not errors, f"pages together: {process.returncode}, {errors}")
+    growth = (watch.peak_kb - (watch.early_kb or 0)) / 1024
+    problems.expect(growth <= GROWTH_MB, f"pages together: {growth:.1f} MB more than at its first pages")
+    print(f"pages to tiff together: {count} pages, peak {watch.peak_kb / 1024:.1f} MB, {growth:.1f} MB more than "
+          f"at its first pages", flush=True)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--count", type=int, default=50000)
@@ -103,12 +126,13 @@ def main():
     cases = {"png": ["-f", "png"], "tiff together": ["-f", "tiff"], "tiff split": ["-f", "tiff", "--split"]}
     for name, arguments in cases.items():
         for shape in ("sources", "pages"):
-            if (shape, name) == ("pages", "tiff together"):
-                continue  # such a file is announced once, at its end
             folder = workspace()
             (folder / "in").mkdir()
             for number in range(count if shape == "sources" else 1):
                 (folder / "in" / f"{number}.tif").write_bytes(tiff_of(1 if shape == "sources" else count))
+            if (shape, name) == ("pages", "tiff together"):
+                check_together(problems, count, folder)
+                continue
             check(problems, f"{shape} to {name}", [*arguments, "-o", folder / "out", folder / "in"], count, folder)
     problems.finish("long runs")
 
