@@ -10,7 +10,7 @@ import layering
 GOOD = [
     ("engine/support/A.cpp", '#include "engine/support/A.h"\n#include <QString>\n#include <vector>'),
     ("engine/support/A.cpp", "#include <QtCore/QString>\n#include <tiffio.h>"),
-    ("engine/image/A.h", '#include "engine/log/Log.h"\n#include "engine/settings/Settings.h"'),
+    ("engine/image/A.h", '#include "engine/files/F.h"\n#include "engine/settings/Settings.h"'),
     ("engine/job/A.h", '#include "filelist/FileItem.h"\n#include "engine/image/B.h"'),
     ("filelist/FileItem.cpp", '#include "filelist/FileItem.h"\n#include "engine/image/B.h"'),
     ("filelist/FileItem.cpp", '#include "filelist/AllocatedSize.h"'),

@@ -99,7 +99,8 @@ def check(problems, name, arguments, count, folder):
     problems.expect(most[1] <= MOST_OPEN, f"{name}: {most[0]} files open at first, {most[1]} later")
     times = [after[2] - before[2] for before, after in zip(watch.steps, watch.steps[1:])]
     usual = sorted(times)[len(times) // 2]
-    problems.expect(times[-1] <= 2 * usual + 0.1, f"{name}: {usual:.2f} s for {STEP} as a rule, {times[-1]:.2f} s at last")
+    # Of a few steps a busy machine would tell, not the program.
+    problems.expect(len(times) < 20 or times[-1] <= 2 * usual + 0.1, f"{name}: {usual:.2f} s for {STEP} as a rule, {times[-1]:.2f} s at last")
     print(f"{name}: {count} pages, peak {watch.peak_kb / 1024:.1f} MB, {growth:.1f} MB more than after the first "
           f"{STEP}; at most {most[0]} open files in the first ten "
           f"thousand, {most[1]} in all; processor time for {STEP}: first {times[0]:.2f} s, "
