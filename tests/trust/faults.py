@@ -219,16 +219,15 @@ def faults(rng, call, thorough, in_place):
 
 def small_disk(ground):
     # In a namespace of its own, so that the mount ends with this script.
-    rights = ["--mount"]
     place = ground.folder / "disk"
     place.mkdir()
     probe = f'mount -t tmpfs -o size=2m none "{place}"'
-    if os.geteuid() != 0 or not shutil.which("unshare") or subprocess.run(["unshare", *rights, "sh", "-c", probe],
-                                                     capture_output=True).returncode != 0:
+    if os.geteuid() != 0 or not shutil.which("unshare") or subprocess.run(
+            ["unshare", "--mount", "sh", "-c", probe], capture_output=True).returncode != 0:
         print("a small disk cannot be mounted here: that part is left out")
         return
     again = f'{probe} && exec "$0" -B "$@"'
-    ended = subprocess.run(["unshare", *rights, "sh", "-c", again, sys.executable, __file__, ground.shim,
+    ended = subprocess.run(["unshare", "--mount", "sh", "-c", again, sys.executable, __file__, ground.shim,
                             "--small-disk", place], text=True, capture_output=True)
     ground.problems.expect(ended.returncode == 0, ended.stdout + ended.stderr)
     print(ended.stdout.splitlines()[-1])
