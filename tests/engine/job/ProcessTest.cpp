@@ -1,5 +1,6 @@
 #include "engine/job/Process.h"
 
+#include "engine/support/WorkerThread.h"
 #include "tests/engine/job/JobFixture.h"
 
 #include <QRegularExpression>
@@ -68,9 +69,10 @@ isCompleted true)"_s;
         };
         fixture.job.viewLog();
         QVERIFY(fixture.opened.isEmpty());
-        const std::unique_ptr<QThread> worker(QThread::create([&] { fixture.run(); }));
-        worker->start();
-        QTRY_VERIFY(worker->isFinished());
+        WorkerThread worker([&] { fixture.run(); });
+        worker.start();
+        QTRY_VERIFY(worker.isFinished());
+        worker.wait();
         QCOMPARE(misplaced, QStringList());
         QCOMPARE(fixture.events.join(u'\n'),
                  isTogether ? expected.arg(together, u"All"_s) : expected.arg(pages, u"Total 2"_s));

@@ -1,10 +1,11 @@
 #include "engine/support/MainThread.h"
 
+#include "engine/support/WorkerThread.h"
+
 #include <QCoreApplication>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
-#include <QThread>
 
 #include <atomic>
 #include <memory>
@@ -71,7 +72,8 @@ private slots:
             joinWorker(*worker); // serves the other one's calls too
         QCOMPARE(calls, 1000);
         QCOMPARE(caught.load(), 333);
-        joinWorker(*std::unique_ptr<QThread>(QThread::create(work))); // never started
+        WorkerThread idle(work);
+        joinWorker(idle); // never started
     }
 
     void releasesCallersAtShutdown()
@@ -88,7 +90,9 @@ private slots:
             const auto second = started(work);
             isAboutToCall.acquire(2);
             applicationGoes ? m_application.reset() : endMainThreadCalls();
-            QVERIFY(first->wait() && second->wait());
+            first->wait();
+            second->wait();
+            QVERIFY(first->isFinished() && second->isFinished());
             callOnMainThread([&] { ++calls; });
             QCoreApplication::processEvents(); // a wake-up still posted finds nothing to run
             QCOMPARE(calls.load(), 0);
@@ -96,9 +100,9 @@ private slots:
     }
 
 private:
-    static std::unique_ptr<QThread> started(const std::function<void()>& work)
+    static std::unique_ptr<WorkerThread> started(const std::function<void()>& work)
     {
-        std::unique_ptr<QThread> worker(QThread::create(work));
+        auto worker = std::make_unique<WorkerThread>(work);
         worker->start();
         return worker;
     }
