@@ -15,7 +15,11 @@ namespace {
     // qpdf's C interface: Clang 14 does not compile its C++ headers as C++20.
     struct PdfCloser
     {
-        void operator()(_qpdf_data* document) const noexcept { qpdf_cleanup(&document); }
+        void operator()(_qpdf_data* document) const noexcept
+        {
+            qpdf_get_error(document); // one that nobody asked for goes to standard error
+            qpdf_cleanup(&document);
+        }
     };
     using Pdf = std::unique_ptr<_qpdf_data, PdfCloser>;
 

@@ -17,19 +17,32 @@ namespace {
     /// Strips and tiles may be large; what is made of them is shown in smaller bands.
     constexpr std::uint64_t mostShownBytes = std::uint64_t { 4 } * 1024 * 1024;
 
+    /// What libtiff holds to make RGBA pixels of a page, until this object ends.
+    struct RgbaPage
+    {
+        explicit RgbaPage(TIFF* handle)
+        {
+            std::array<char, 1024> reason = {};
+            if (TIFFRGBAImageBegin(&image, handle, 1, reason.data()) == 0)
+                throw std::runtime_error(reason.data());
+        }
+        ~RgbaPage() { TIFFRGBAImageEnd(&image); }
+        RgbaPage(const RgbaPage&) = delete;
+        RgbaPage& operator=(const RgbaPage&) = delete;
+
+        TIFFRGBAImage image = {};
+    };
+
     class RgbaRows : public RowSource
     {
     public:
         RgbaRows(TiffFile& file, int index, const TiffPageTags& tags)
             : m_file(file)
             , m_tags(tags)
+            , m_page(file.select(index))
         {
-            TIFF* handle = file.select(index);
-            std::array<char, 1024> reason = {};
-            if (TIFFRGBAImageBegin(&m_image, handle, 1, reason.data()) == 0)
-                throw std::runtime_error(reason.data());
             // Rows come in stored order; turning the page is not done here.
-            m_image.req_orientation = m_image.orientation;
+            m_page.image.req_orientation = m_page.image.orientation;
             m_layout.model = tags.photometric == PHOTOMETRIC_MINISBLACK
                     || tags.photometric == PHOTOMETRIC_MINISWHITE
                     || tags.photometric == PHOTOMETRIC_LOGL
@@ -37,10 +50,6 @@ namespace {
                 : ColorModel::Rgb;
             chooseBand();
         }
-
-        ~RgbaRows() override { TIFFRGBAImageEnd(&m_image); }
-        RgbaRows(const RgbaRows&) = delete;
-        RgbaRows& operator=(const RgbaRows&) = delete;
 
         int widthPx() const override { return static_cast<int>(m_tags.widthPx); }
         int heightPx() const override { return static_cast<int>(m_tags.heightPx); }
@@ -69,8 +78,8 @@ namespace {
                 = std::max<std::uint64_t>(1, wantedBandBytes / (piece * rowBytes));
             m_bandRows = static_cast<std::uint32_t>(
                 std::min<std::uint64_t>(piece * pieces, m_tags.heightPx));
-            const std::uint64_t pieceBytes
-                = m_tags.isTiled ? TIFFTileSize64(m_image.tif) : TIFFStripSize64(m_image.tif);
+            const std::uint64_t pieceBytes = m_tags.isTiled ? TIFFTileSize64(m_page.image.tif)
+                                                            : TIFFStripSize64(m_page.image.tif);
             if (m_bandRows * rowBytes > mostHeldBytes
                 || pieceBytes > mostHeldBytes - m_bandRows * rowBytes)
                 throw std::runtime_error("its strips or tiles are too large");
@@ -84,9 +93,9 @@ namespace {
             m_decodedRows = std::min(m_bandRows, m_tags.heightPx - m_nextRow);
             if (m_decodedRows == 0)
                 return;
-            m_image.row_offset = static_cast<int>(m_nextRow);
+            m_page.image.row_offset = static_cast<int>(m_nextRow);
             const int ok
-                = TIFFRGBAImageGet(&m_image, m_raster.data(), m_tags.widthPx, m_decodedRows);
+                = TIFFRGBAImageGet(&m_page.image, m_raster.data(), m_tags.widthPx, m_decodedRows);
             if (ok == 0 || m_file.messages().failed())
                 m_file.messages().fail("the pixels cannot be decoded");
             m_nextRow += m_decodedRows;
@@ -112,7 +121,7 @@ namespace {
 
         TiffFile& m_file;
         TiffPageTags m_tags;
-        TIFFRGBAImage m_image = {};
+        RgbaPage m_page;
         PixelLayout m_layout;
         std::uint32_t m_bandRows = 0;
         std::uint32_t m_nextRow = 0; ///< to be decoded
