@@ -28,10 +28,28 @@ if(PAGESTACK_COVERAGE)
   target_link_options(pagestack_options INTERFACE --coverage)
 endif()
 
+# The headers that most files include, compiled once for all of a build: a third of its time goes into
+# them otherwise. Not for what users run, so that a file that lacks an include is noticed there.
+if(PAGESTACK_PRECOMPILE)
+  file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/precompiled.cpp CONTENT "")
+  add_library(pagestack_precompiled OBJECT ${PROJECT_BINARY_DIR}/precompiled.cpp)
+  target_link_libraries(pagestack_precompiled PRIVATE pagestack_options Qt6::Core)
+  target_precompile_headers(pagestack_precompiled PRIVATE
+    <QtCore> <algorithm> <array> <cmath> <cstdint> <cstring> <functional> <memory> <optional> <span>
+    <stdexcept> <string> <utility> <vector>)
+endif()
+
+function(pagestack_precompile target)
+  if(PAGESTACK_PRECOMPILE)
+    target_precompile_headers(${target} REUSE_FROM pagestack_precompiled)
+  endif()
+endfunction()
+
 # One static library of the project: pagestack_library(NAME SOURCES ... LINKS ... CODECS ...).
 # LINKS are visible to users of the library, CODECS are not.
 function(pagestack_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;CODECS" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC pagestack_options Qt6::Core ${ARG_LINKS} PRIVATE ${ARG_CODECS})
+  pagestack_precompile(${name})
 endfunction()
