@@ -4,15 +4,13 @@
 #include <QString>
 #include <QVariant>
 
-#include <utility>
-
 namespace pagestack {
 
 /// The user's store of settings: plain values (numbers, booleans, texts) and dictionaries of plain
 /// values under short keys. A dictionary is kept as a group, so that it can be read and edited in
 /// the file. Values come back as the platform keeps them: in an INI file every value is text, which
-/// toInt() and toBool() of QVariant understand. A file that is damaged beyond reading acts as an
-/// empty one that cannot be written. One thread at a time.
+/// toInt() and toBool() of QVariant understand. A file that holds other objects than plain values
+/// acts as an empty one that cannot be written. One thread at a time.
 class UserDefaults
 {
 public:
@@ -39,11 +37,10 @@ public:
     bool synchronize();
 
 private:
-    template <typename Access>
-    auto guarded(decltype(std::declval<Access>()()) otherwise, Access access) const;
-    void store(const QString& key, const QVariant& value);
+    void examine();
 
     QSettings m_store;
+    bool m_isDamaged = false;
 };
 
 } // namespace pagestack

@@ -76,6 +76,11 @@ namespace {
         file.close();
         UserDefaults store(path);
         Settings settings(&store);
+        if (!store.synchronize()) {
+            require(valuesOf(settings) == valuesOf(Settings(nullptr)),
+                    "a store that cannot be read is an empty one");
+            return;
+        }
         if (store.objectForKey(storeKey).typeId() == QMetaType::QVariantMap)
             checkFolderRule(settings);
         checkStored(folder, settings, path);

@@ -79,8 +79,9 @@ trailer <</Root 1 0 R/Size 4>>\nstartxref\n0\n%%%%EOF\n' | put openFile one-page
     printf '\357\273\277/\303\274/\351\233\252.tif\r\n/%%41/#?.tif\n.tif\n/a b.pdf/\n' |
         put parsePaths signs
 
+    printf '\0[SETTINGS]\noutputType=@Variant(\\0\\0\\0\\x1\\x1)\n' | put readSettings object
     printf '\0[SETTINGS]\noutputType=2\nisSetCurrentAsDefaultOutputFolderPath=true
-isOpenFolderAfterConversion=@Variant(\\0\\0\\0\\x1\\x1)\noutputFolderPath=/a, "b;\\x263a"
+isOpenFolderAfterConversion=@Invalid()\noutputFolderPath=/a, "b;\\x263a"
 separator=@Invalid()\njpegQuality=@ByteArray(7)\ntiffCompressionIndex=1e9\n' | put readSettings store
     printf '\1PKC1\0\0\0\2\0\0\0\13jpegQualityi\0\0\0\7\0\0\0\11separators\0\0\0\2\0_' |
         put readSettings record

@@ -61,6 +61,31 @@ private slots:
         QVERIFY(!blocked.synchronize() && blocked.boolForKey(u"ON"_s));
     }
 
+    void makesNoObjects()
+    {
+        const QString key = u"separator"_s;
+        for (const QByteArray value :
+             { "@Variant(\\0)", " \"@Var\"iant()", "a, \"\" \\Q@Variant(\\0)", "\\x@Variant()",
+               "\\\r\n\"\"@Variant()", "\\x40Variant()", "\\x10040Variant()", "\\100Variant()",
+               "@DateTime()", "@\\qVariant()" }) {
+            QFile file(m_path);
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write("[SETTINGS]\nseparator=" + value + '\n');
+            file.close();
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"are damaged and"_s));
+            UserDefaults store(m_path);
+            QVERIFY2(!store.objectForKey(u"SETTINGS"_s).isValid() && !store.synchronize(), value);
+        }
+        QVERIFY(QFile::remove(m_path));
+        for (const QString& text :
+             { u"@Variant(\\0)"_s, u"\u0140@Variant()"_s, u"\u7840\\x40"_s,
+               u"\u00e9"_s + QChar() + u"40@DateTime()"_s, u"/me@Variant(1)"_s, u" @DateTime()"_s,
+               u"a=@@, \\@Variant()"_s }) {
+            UserDefaults(m_path).setObject(key, text);
+            QCOMPARE(UserDefaults(m_path).objectForKey(key), text);
+        }
+    }
+
     void takesOverADictionary()
     {
         const QString flag = u"isSetCurrentAsDefaultOutputFolderPath"_s;
