@@ -24,9 +24,13 @@ namespace {
     /// More than this is never held at a time.
     constexpr std::uint64_t largestBandBytes = std::uint64_t { 256 } * 1024 * 1024;
 
-    /// libtiff 4.5 takes a fax row for one sample a pixel and leaves the bytes of the others as
-    /// they were.
-    bool leavesGaps(const TiffPageTags& tags) { return tags.samplesInPlane() > 1 && tags.isFax(); }
+    /// libtiff 4.5 takes a fax row for one sample a pixel, and JPEG strips that are smaller than
+    /// they should be, and leaves the other bytes as they were: they must not be those of other
+    /// rows.
+    bool mayLeaveGaps(const TiffPageTags& tags)
+    {
+        return tags.isFax() || tags.compression == COMPRESSION_JPEG;
+    }
 
 } // namespace
 
@@ -39,9 +43,9 @@ StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
     const std::uint64_t rowBytes = tags.planeRowBytes() * static_cast<unsigned>(tags.planes());
     const std::uint64_t pieceRows = tags.isTiled ? tags.tileHeightPx : tags.rowsPerStrip;
     std::uint64_t rows = std::min<std::uint64_t>(pieceRows, tags.heightPx);
-    // Switching planes in mid-strip would decode the strip from its start again.
-    m_isRowByRow
-        = !tags.isTiled && !tags.planesAreSeparate && rows * rowBytes > largestWholeStripBytes;
+    // Switching planes in mid-strip would decode the strip from its start again. JBIG has no rows.
+    m_isRowByRow = !tags.isTiled && !tags.planesAreSeparate && tags.compression != COMPRESSION_JBIG
+        && rows * rowBytes > largestWholeStripBytes;
     if (m_isRowByRow && hasLargeEncodedStrip()) {
         m_mappedCopy = std::make_unique<MappedTiffCopy>(file, index);
         m_handle = m_mappedCopy->handle();
@@ -96,7 +100,7 @@ StoredBand StoredRows::nextBand()
         static_cast<std::uint32_t>(m_rowsPerBand), m_tags.heightPx - m_nextRow));
     if (rows == 0)
         return band;
-    if (leavesGaps(m_tags))
+    if (mayLeaveGaps(m_tags))
         std::fill(m_samples.begin(), m_samples.end(), std::uint8_t { 0 });
     if (m_tags.isTiled)
         readTiles(rows);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <stdexcept>
+#include <string_view>
 
 namespace pagestack {
 
@@ -15,14 +16,36 @@ namespace {
     /// A damaged fax page can give a message a row.
     constexpr int mostReports = 20;
 
-    /// Warnings after which some rows hold no pixels of the page: libtiff 4.5 goes on after them as
+    /// A warning after which some rows hold no pixels of the page: libtiff 4.5 goes on after it as
     /// if it had decoded the strip.
-    constexpr std::array<const char*, 4> lostPixelWarnings {
-        "Premature EOF", // fax: the strip ends before its last row
-        "Premature end of JPEG file",
-        "premature end of data segment",
-        "Corrupt JPEG data: bad Huffman code",
+    struct LostPixels
+    {
+        std::string_view module; ///< that gives it; any when empty
+        std::string_view sign; ///< in the text
     };
+    constexpr std::array lostPixelWarnings {
+        LostPixels { "", "Premature EOF" }, // fax: the strip ends before its last row
+        // A row of T.6 that is too short or too long makes those below it wrong.
+        LostPixels { "Fax4Decode", "Premature EOL" },
+        LostPixels { "Fax4Decode", "Line length mismatch" },
+        LostPixels { "", "Improper JPEG strip/tile size" },
+        LostPixels { "", "Premature end of JPEG file" },
+        // Of a stream only the first of these is given, whatever else is wrong with it.
+        LostPixels { "", "Corrupt JPEG data" },
+        LostPixels { "", "Inconsistent progression sequence" },
+        LostPixels { "JBIG", "Only decoded" },
+    };
+    constexpr std::string_view behindTheLastRow = "extraneous bytes before marker 0xd9";
+
+    bool tellsOfLostPixels(std::string_view module, std::string_view text)
+    {
+        const auto is = [&](const LostPixels& lost) {
+            return (lost.module.empty() || lost.module == module)
+                && text.find(lost.sign) != std::string_view::npos;
+        };
+        return std::any_of(lostPixelWarnings.begin(), lostPixelWarnings.end(), is)
+            && text.find(behindTheLastRow) == std::string_view::npos;
+    }
 
 } // namespace
 
@@ -51,10 +74,7 @@ void TiffMessages::addError(const char* module, const std::string& text)
 
 void TiffMessages::addWarning(const char* module, const std::string& text)
 {
-    const bool pixelsAreLost
-        = std::any_of(lostPixelWarnings.begin(), lostPixelWarnings.end(),
-                      [&](const char* sign) { return text.find(sign) != std::string::npos; });
-    if (pixelsAreLost && m_reason.empty())
+    if (m_reason.empty() && tellsOfLostPixels(module != nullptr ? module : "", text))
         m_reason = withoutName(text);
     report("warning", module, text);
 }

@@ -3,8 +3,10 @@
 #include <tiffio.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
+#include <span>
 #include <stdexcept>
 #include <string>
 
@@ -29,6 +31,8 @@ namespace {
     // pages of that size, plans or printing plates, stay far below it.
     constexpr std::uint64_t largestSparsePage = std::uint64_t { 1024 } * 1024 * 1024;
     constexpr std::uint64_t mostDecodedPerByte = 1000;
+
+    constexpr std::uint64_t largestJbigPage = std::uint64_t { 96 } * 1024 * 1024;
 
     int photometricOf(TIFF* handle, const TiffPageTags& tags)
     {
@@ -98,6 +102,29 @@ namespace {
         default:
             return 0;
         }
+    }
+
+    /// libjbig holds a page as a whole, and ends the program when the size in the encoded data asks
+    /// for more memory than there is. ITU-T T.82, section 6.2.2: the header of the data.
+    void checkJbigHeader(TIFF* handle, const TiffPageTags& tags)
+    {
+        std::array<std::uint8_t, 12> head = {};
+        const auto bytes = static_cast<tmsize_t>(head.size());
+        if (tags.isTiled || TIFFReadRawStrip(handle, 0, head.data(), bytes) != bytes)
+            throw std::runtime_error("its JBIG data are damaged");
+        if (tags.fillOrder == FILLORDER_MSB2LSB)
+            TIFFReverseBits(head.data(), bytes); // libtiff's notion of the order, here only
+        const auto number = [&](std::size_t first) {
+            std::uint32_t value = 0;
+            for (const std::uint8_t byte : std::span(head).subspan(first, 4))
+                value = value << 8U | byte;
+            return value;
+        };
+        const bool isOneLayer = head[0] == 0 && head[1] == 0 && head[2] == 1;
+        if (!isOneLayer || number(4) != tags.widthPx || number(8) != tags.heightPx)
+            throw std::runtime_error("its JBIG data do not have the size of the page");
+        if (tags.decodedBytes() > largestJbigPage)
+            throw std::runtime_error("it is too large for a page of JBIG data");
     }
 
 } // namespace
@@ -212,6 +239,8 @@ void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t file
             "its " + std::to_string(encoded) + " bytes of data announce "
             + std::to_string(tags.widthPx) + " x " + std::to_string(tags.heightPx)
             + " pixels; a page of more than 1 GiB needs a byte for every 1000");
+    if (tags.compression == COMPRESSION_JBIG)
+        checkJbigHeader(handle, tags);
 }
 
 } // namespace pagestack

@@ -2,8 +2,12 @@
 
 #include <tiffio.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <vector>
 
 namespace pagestack {
 
@@ -17,11 +21,22 @@ namespace {
             TIFFSetField(to, tag, value);
     }
 
-    void copyFloat(TIFF* from, TIFF* to, ttag_t tag)
+    /// Whether a tag of unsigned fractions can hold it: what cannot would make the page fail.
+    bool isFraction(float value) { return std::isfinite(value) && value >= 0; }
+
+    void copyFraction(TIFF* from, TIFF* to, ttag_t tag)
     {
         float value = 0;
-        if (TIFFGetField(from, tag, &value) == 1)
+        if (TIFFGetField(from, tag, &value) == 1 && isFraction(value))
             TIFFSetField(to, tag, static_cast<double>(value));
+    }
+
+    void copyFractions(TIFF* from, TIFF* to, ttag_t tag, std::ptrdiff_t count)
+    {
+        float* values = nullptr;
+        if (TIFFGetField(from, tag, &values) == 1 && values != nullptr
+            && std::all_of(values, values + count, isFraction))
+            TIFFSetField(to, tag, values);
     }
 
     void copyPair(TIFF* from, TIFF* to, ttag_t tag)
@@ -49,6 +64,23 @@ namespace {
             TIFFSetField(to, tag, count, block);
     }
 
+    /// Bytes that many files declare as numbers of 4 bytes, whose order libtiff turns round
+    /// where the file has the other one. A record of it begins with 0x1C. IIM, section 1.6.
+    void copyIptc(TIFF* from, TIFF* to)
+    {
+        std::uint32_t count = 0;
+        void* block = nullptr;
+        if (TIFFGetField(from, TIFFTAG_RICHTIFFIPTC, &count, &block) != 1 || block == nullptr)
+            return;
+        std::vector<std::uint32_t> numbers((count + 3) / 4);
+        std::memcpy(numbers.data(), block, count);
+        constexpr std::uint8_t mark = 0x1C;
+        const auto* bytes = static_cast<const std::uint8_t*>(block);
+        if (TIFFIsByteSwapped(from) != 0 && count > 3 && bytes[0] != mark && bytes[3] == mark)
+            TIFFSwabArrayOfLong(numbers.data(), count / 4);
+        TIFFSetField(to, TIFFTAG_RICHTIFFIPTC, count, numbers.data());
+    }
+
     void copyThreeCurves(TIFF* from, TIFF* to, ttag_t tag)
     {
         std::uint16_t* red = nullptr;
@@ -64,10 +96,9 @@ namespace {
         TIFFTAG_HOSTCOMPUTER, TIFFTAG_COPYRIGHT,        TIFFTAG_TARGETPRINTER,
     };
 
-    constexpr std::array<ttag_t, 4> blockTags {
+    constexpr std::array<ttag_t, 3> blockTags {
         TIFFTAG_ICCPROFILE,
         TIFFTAG_XMLPACKET,
-        TIFFTAG_RICHTIFFIPTC,
         TIFFTAG_PHOTOSHOP,
     };
 
@@ -79,9 +110,10 @@ void copyDescriptiveTags(tiff* from, tiff* to)
         copyArray<char>(from, to, tag);
     for (const ttag_t tag : blockTags)
         copyBlock(from, to, tag);
+    copyIptc(from, to);
     for (const ttag_t tag :
          { TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION })
-        copyFloat(from, to, static_cast<ttag_t>(tag));
+        copyFraction(from, to, static_cast<ttag_t>(tag));
     copyValue<std::uint16_t>(from, to, TIFFTAG_RESOLUTIONUNIT);
 }
 
@@ -97,14 +129,14 @@ void copyInterpretationTags(tiff* from, tiff* to)
     copyValue<std::uint16_t>(from, to, TIFFTAG_THRESHHOLDING);
     copyPair(from, to, TIFFTAG_HALFTONEHINTS);
     copyPair(from, to, TIFFTAG_DOTRANGE);
-    copyArray<float>(from, to, TIFFTAG_WHITEPOINT);
-    copyArray<float>(from, to, TIFFTAG_PRIMARYCHROMATICITIES);
+    copyFractions(from, to, TIFFTAG_WHITEPOINT, 2);
+    copyFractions(from, to, TIFFTAG_PRIMARYCHROMATICITIES, 6);
     std::uint16_t photometric = 0;
     if (TIFFGetField(from, TIFFTAG_PHOTOMETRIC, &photometric) != 1
         || photometric != PHOTOMETRIC_YCBCR)
         return;
-    copyArray<float>(from, to, TIFFTAG_YCBCRCOEFFICIENTS);
-    copyArray<float>(from, to, TIFFTAG_REFERENCEBLACKWHITE);
+    copyFractions(from, to, TIFFTAG_YCBCRCOEFFICIENTS, 3);
+    copyFractions(from, to, TIFFTAG_REFERENCEBLACKWHITE, 6);
     copyPair(from, to, TIFFTAG_YCBCRSUBSAMPLING);
     copyValue<std::uint16_t>(from, to, TIFFTAG_YCBCRPOSITIONING);
 }

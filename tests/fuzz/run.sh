@@ -65,6 +65,8 @@ tiff_seed() {
 make_seeds() {
     local file name size
     rm -rf "$build/seeds"
+    mkdir -p "$build/seeds"
+    cp -r "$root"/tests/data/fuzz/* "$build/seeds/"
     while IFS= read -r file; do
         name=$(basename -- "$(dirname -- "$file")")-$(basename -- "$file")
         size=$(($(wc -c <"$file")))

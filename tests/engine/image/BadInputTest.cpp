@@ -35,6 +35,23 @@ void patchEntry(const QString& path, unsigned tag, unsigned newTag, unsigned val
     qFatal("the test file has no such entry");
 }
 
+/// The only strip of such a page.
+QByteArray stripOf(const TestPage& page)
+{
+    const SinglePage single(page);
+    return readTiff(single.path(u"page.tif"_s)).value(0).encoded;
+}
+
+/// A page whose strip holds all that its decoder needs.
+TestPage wholeStrip(const char* text)
+{
+    TestPage page(text);
+    page.rows = page.height;
+    if (page.compression == COMPRESSION_JPEG)
+        page.moreTags = [](tiff* to) { TIFFSetField(to, TIFFTAG_JPEGTABLESMODE, 0); };
+    return page;
+}
+
 } // namespace
 
 class BadInputTest : public QObject
@@ -44,6 +61,8 @@ class BadInputTest : public QObject
 private slots:
     void savesNoPageThatCannotBeDecodedWhole_data();
     void savesNoPageThatCannotBeDecodedWhole();
+    void savesNoPageWithTheStripOfAnother_data();
+    void savesNoPageWithTheStripOfAnother();
     void savesNoPageThatMakesNoSense_data();
     void savesNoPageThatMakesNoSense();
     void savesNoPageWhosePixelsTheFileLost();
@@ -104,6 +123,42 @@ void BadInputTest::savesNoPageThatCannotBeDecodedWhole()
     page.encoded = { encoded };
     writeTiff(path, { page });
     QVERIFY(isRefused(page));
+}
+
+void BadInputTest::savesNoPageWithTheStripOfAnother_data()
+{
+    QTest::addColumn<QByteArray>("page");
+    QTest::addColumn<QByteArray>("strip");
+    const char* const jpeg = "compression=7";
+    const char* const jbig = "bits=1 compression=34661";
+    QTest::newRow("fax that ends early")
+        << QByteArray("fax") << stripOf(wholeStrip("height=10 fax"));
+    QTest::newRow("low JPEG") << QByteArray(jpeg) << stripOf(wholeStrip("height=16 compression=7"));
+    QTest::newRow("narrow JPEG") << QByteArray(jpeg)
+                                 << stripOf(wholeStrip("width=16 compression=7"));
+    QTest::newRow("JPEG with something between its segments")
+        << QByteArray(jpeg) << stripOf(wholeStrip(jpeg)).insert(2, "xx");
+    QTest::newRow("large JBIG") << QByteArray(jbig)
+                                << stripOf(wholeStrip("width=470 bits=1 compression=34661"));
+    // Its decoder ends the program where there is not so much memory; the bits are turned round.
+    QTest::newRow("huge JBIG") << QByteArray(jbig)
+                               << stripOf(wholeStrip(jbig)).replace(4, 8, QByteArray(8, '\x7F'));
+}
+
+void BadInputTest::savesNoPageWithTheStripOfAnother()
+{
+    QFETCH(QByteArray, page);
+    QFETCH(QByteArray, strip);
+    m_folder = std::make_unique<QTemporaryDir>();
+    const QString path = m_folder->filePath(u"page.tif"_s);
+    TestPage test = wholeStrip(page);
+    test.encoded = { stripOf(test) };
+    writeTiff(path, { test });
+    QVERIFY(TiffDocument(path).page(0).save(m_folder->filePath(u"a.png"_s), Settings(nullptr)));
+    QVERIFY(QFile::remove(m_folder->filePath(u"a.png"_s)));
+    test.encoded = { strip };
+    writeTiff(path, { test });
+    QVERIFY(isRefused(test));
 }
 
 void BadInputTest::savesNoPageThatMakesNoSense_data()

@@ -182,7 +182,7 @@ namespace {
             if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &text) == 1)
                 page.texts[tag] = text;
         }
-        for (const int tag : { TIFFTAG_ICCPROFILE, TIFFTAG_XMLPACKET }) {
+        for (const int tag : { TIFFTAG_ICCPROFILE, TIFFTAG_XMLPACKET, TIFFTAG_RICHTIFFIPTC }) {
             std::uint32_t size = 0;
             const char* block = nullptr;
             if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &size, &block) == 1)

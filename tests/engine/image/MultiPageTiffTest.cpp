@@ -81,6 +81,7 @@ private slots:
     void copiesEncodedPiecesThatFit();
     void encodesAnewWhatOthersCouldNotRead();
     void carriesWhatDescribesThePage();
+    void keepsTheBytesOfIptcThatLibtiffTurnsRound();
     void numbersThePagesThatAreThere();
     void leavesNoTraceOfADamagedPage();
     void isTheSameOnEveryRun();
@@ -243,6 +244,20 @@ void MultiPageTiffTest::carriesWhatDescribesThePage()
         QCOMPARE(picture.resolution, (std::array { 204.0F, 98.0F }));
         QCOMPARE(picture.number(TIFFTAG_RESOLUTIONUNIT), 3);
         QCOMPARE(picture.number(TIFFTAG_SUBFILETYPE), int { FILETYPE_PAGE });
+    }
+}
+
+void MultiPageTiffTest::keepsTheBytesOfIptcThatLibtiffTurnsRound()
+{
+    const QByteArray caption("\x1C\x02\x78\0\3sea\x1C\x02\x50\0\1x\0\0", 16);
+    QByteArray turned;
+    for (qsizetype i = 0; i < caption.size(); ++i)
+        turned.append(caption[i / 4 * 4 + 3 - i % 4]);
+    TestPage page;
+    for (const QByteArray& bytes : { caption, turned }) {
+        page.moreTags = [&](tiff* to) { TIFFSetField(to, TIFFTAG_RICHTIFFIPTC, 16, bytes.data()); };
+        QVERIFY(collect({ page }, 3, "wb"));
+        QCOMPARE(readTiff(m_out).value(0).texts[TIFFTAG_RICHTIFFIPTC], caption);
     }
 }
 

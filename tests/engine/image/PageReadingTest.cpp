@@ -97,6 +97,8 @@ constexpr Case cases[] = {
     { "bits=8", 1, 8, asStored },
     { "bits=16", 1, 16, asStored },
     { "bits=1 photometric=0", 1, 1, inverted },
+    { "bits=1 rows=33 compression=34661", 1, 1, asStored },
+    { "bits=1 rows=33 compression=34661 fillOrder=2", 1, 1, asStored },
     { "bits=4 photometric=0", 1, 4, inverted },
     { "bits=8 photometric=0", 1, 8, inverted },
     { "bits=16 photometric=0", 1, 16, inverted },
