@@ -32,7 +32,7 @@ namespace {
     constexpr std::uint64_t largestSparsePage = std::uint64_t { 1024 } * 1024 * 1024;
     constexpr std::uint64_t mostDecodedPerByte = 1000;
 
-    constexpr std::uint64_t largestJbigPage = std::uint64_t { 96 } * 1024 * 1024;
+    constexpr std::uint64_t largestJbigPage = std::uint64_t { 64 } * 1024 * 1024;
 
     int photometricOf(TIFF* handle, const TiffPageTags& tags)
     {

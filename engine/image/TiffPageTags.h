@@ -65,7 +65,7 @@ TiffPageTags readTiffPageTags(tiff* handle);
 /// Throws std::runtime_error when the current page announces rows of more than 16 Mi pixels (4 Mi
 /// of a fax page) or 32 MiB, more pixels than its strips or tiles can hold, more than 1 GiB of them
 /// with less than a byte of data for every 1000 bytes, strips that lie beyond the end of a file of
-/// `fileSizeBytes`, or JBIG data of another size than the page or of more than 96 MiB; to be asked
+/// `fileSizeBytes`, or JBIG data of another size than the page or of more than 64 MiB; to be asked
 /// before memory is taken or a decoder is started.
 void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes);
 
