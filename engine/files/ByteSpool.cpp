@@ -25,7 +25,7 @@ void ByteSpool::moveToFile()
 void ByteSpool::writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes)
 {
     const std::uint64_t end = offset + bytes.size();
-    if (m_file < 0 && end > mostBytesInMemory)
+    if (m_file < 0 && end > m_mostInMemory)
         moveToFile();
     if (m_file < 0) {
         m_memory.resize(std::max<std::size_t>(m_memory.size(), end));

@@ -6,14 +6,15 @@
 
 namespace pagestack {
 
-/// Bytes that wait for their use: in memory up to `mostBytesInMemory`, beyond that in a temporary
-/// file that has no name. May be handed from one thread to another.
+/// Bytes that wait for their use: in memory up to a limit, beyond that in a temporary file that has
+/// no name. May be handed from one thread to another.
 class ByteSpool : public ByteFile
 {
 public:
-    static constexpr std::uint64_t mostBytesInMemory = std::uint64_t { 1024 } * 1024;
-
-    ByteSpool() = default;
+    explicit ByteSpool(std::uint64_t mostBytesInMemory = std::uint64_t { 1024 } * 1024)
+        : m_mostInMemory(mostBytesInMemory)
+    {
+    }
     ~ByteSpool() override;
     ByteSpool(const ByteSpool&) = delete;
     ByteSpool& operator=(const ByteSpool&) = delete;
@@ -25,6 +26,7 @@ public:
 private:
     void moveToFile();
 
+    std::uint64_t m_mostInMemory;
     std::vector<std::uint8_t> m_memory; ///< all bytes while there is no file
     std::uint64_t m_size = 0;
     int m_file = -1;

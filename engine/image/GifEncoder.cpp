@@ -188,13 +188,16 @@ TargetPixels gifPixels()
     return target;
 }
 
+void checkGifSize(const PageProperties& page)
+{
+    if (page.widthPx > GifImage::mostSidePx || page.heightPx > GifImage::mostSidePx)
+        throw std::runtime_error("a page of " + std::to_string(page.widthPx) + " x "
+                                 + std::to_string(page.heightPx) + " pixels is too large for GIF");
+}
+
 void encodeGif(const std::function<std::unique_ptr<RowSource>()>& source, StagedFile& file)
 {
     std::unique_ptr<RowSource> rows = source();
-    if (rows->widthPx() > GifImage::mostSidePx || rows->heightPx() > GifImage::mostSidePx)
-        throw std::runtime_error("a page of " + std::to_string(rows->widthPx()) + " x "
-                                 + std::to_string(rows->heightPx())
-                                 + " pixels is too large for GIF");
     const bool isIndexed
         = rows->layout().model != ColorModel::Rgb && rows->layout().alpha == AlphaKind::None;
     if (isIndexed) {

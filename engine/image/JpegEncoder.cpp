@@ -156,11 +156,15 @@ namespace {
 
 TargetPixels jpegPixels() { return {}; }
 
-void encodeJpeg(RowSource& rows, const PageProperties& page, int quality, StagedFile& file)
+void checkJpegSize(const PageProperties& page)
 {
     if (page.widthPx > JPEG_MAX_DIMENSION || page.heightPx > JPEG_MAX_DIMENSION)
         throw std::runtime_error("a page of " + std::to_string(page.widthPx) + " x "
                                  + std::to_string(page.heightPx) + " pixels is too large for JPEG");
+}
+
+void encodeJpeg(RowSource& rows, const PageProperties& page, int quality, StagedFile& file)
+{
     auto compressor = std::make_unique<JpegCompressor>(file);
     jpeg_compress_struct& codec = compressor->codec();
     const PixelLayout& layout = rows.layout();

@@ -156,6 +156,10 @@ std::unique_ptr<StagedFile> PageImage::encoded(const QString& path, OutputType t
         pages.append(*this);
         return pages.finish();
     }
+    if (type == OutputType::Jpeg)
+        checkJpegSize(uprightProperties(m_source->properties()));
+    else if (type == OutputType::Gif)
+        checkGifSize(uprightProperties(m_source->properties()));
     auto file = std::make_unique<StagedFile>(path);
     if (type == OutputType::Gif) {
         encodeGif([&] { return uprightAhead(*m_source, gifPixels(), options.threads); }, *file);

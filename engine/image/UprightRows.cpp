@@ -1,18 +1,30 @@
 #include "engine/image/UprightRows.h"
 
-#include <QDir>
-#include <QTemporaryFile>
+#include "engine/files/ByteSpool.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace pagestack {
 
 namespace {
 
-    constexpr qsizetype mostBytesInMemory = qsizetype { 16 } * 1024 * 1024;
+    constexpr std::uint64_t mostBytesInMemory = std::uint64_t { 16 } * 1024 * 1024;
+
+    /// What a block of stored rows and a band of upright rows aim at.
+    constexpr qsizetype wantedBlockBytes = qsizetype { 4 } * 1024 * 1024;
+    constexpr qsizetype wantedBandBytes = qsizetype { 1024 } * 1024;
+
+    /// So many rows stay in the cache while they are transposed.
+    constexpr int cachedRows = 64;
+
+    /// Rows are as long as stored ones may be.
+    constexpr int longestRowPx = 16 * 1024 * 1024;
+    constexpr qsizetype longestRowBytes = qsizetype { 32 } * 1024 * 1024;
 
     /// What TIFF 6.0 says of the first stored row and column.
     bool swapsSides(int orientation) { return orientation >= 5; }
@@ -26,45 +38,110 @@ namespace {
         return orientation == 7 || orientation == 8;
     }
 
-    /// Pixels as units that can be moved: packed samples are spread to a byte each.
-    class PixelUnits
+    int rowsOf(qsizetype bytes, qsizetype rowBytes, int most)
+    {
+        return static_cast<int>(std::clamp<qsizetype>(bytes / rowBytes, 1, std::max(1, most)));
+    }
+
+    /// Transposes samples of `bits` bits, which stay packed, a group that fills a byte in each
+    /// direction at a time.
+    template <int bits>
+    void transposePacked(const std::uint8_t* from, qsizetype columns, qsizetype rows,
+                         std::uint8_t* to, qsizetype toStride)
+    {
+        constexpr int perByte = 8 / bits;
+        constexpr unsigned mask = (1U << bits) - 1;
+        const qsizetype stride = (columns + perByte - 1) / perByte;
+        for (qsizetype x = 0; x < columns; x += perByte)
+            for (qsizetype y = 0; y < rows; y += perByte) {
+                std::array<unsigned, perByte> turned = {};
+                const qsizetype down = std::min<qsizetype>(perByte, rows - y);
+                for (qsizetype i = 0; i < down; ++i) {
+                    const unsigned samples = from[(y + i) * stride + x / perByte];
+                    for (std::size_t k = 0; k < perByte; ++k)
+                        turned[k] |= (samples >> (8 - bits * (k + 1)) & mask)
+                            << (8 - bits * (i + 1));
+                }
+                const qsizetype across = std::min<qsizetype>(perByte, columns - x);
+                for (qsizetype k = 0; k < across; ++k)
+                    to[(x + k) * toStride + y / perByte]
+                        = static_cast<std::uint8_t>(turned[static_cast<std::size_t>(k)]);
+            }
+    }
+
+    /// How pixels are moved: whole bytes each, or samples of 1, 2 or 4 bits that stay packed.
+    class PixelMover
     {
     public:
-        explicit PixelUnits(const PixelLayout& layout)
-            : m_bits(layout.bitsPerSample)
-            , m_bytes(m_bits < 8 ? 1 : layout.channels() * m_bits / 8)
+        explicit PixelMover(const PixelLayout& layout)
+            : m_bits(layout.channels() * layout.bitsPerSample)
+            , m_perByte(std::max(1, 8 / m_bits))
         {
-        }
-        qsizetype bytes() const { return m_bytes; }
-
-        void spread(const std::uint8_t* row, int pixels, std::uint8_t* to) const
-        {
-            if (m_bits >= 8) {
-                std::memcpy(to, row, static_cast<std::size_t>(pixels * m_bytes));
-                return;
+            for (unsigned byte = 0; m_bits < 8 && byte < m_mirrored.size(); ++byte) {
+                unsigned mirrored = 0;
+                for (int i = 0; i < m_perByte; ++i)
+                    mirrored = mirrored << m_bits | (byte >> (m_bits * i) & ((1U << m_bits) - 1));
+                m_mirrored[byte] = static_cast<std::uint8_t>(mirrored);
             }
-            const int perByte = 8 / m_bits;
-            for (int i = 0; i < pixels; ++i)
-                to[i] = static_cast<std::uint8_t>(
-                    (row[i / perByte] >> (8 - m_bits * (i % perByte + 1))) & ((1 << m_bits) - 1));
         }
 
-        void pack(const std::uint8_t* units, int pixels, std::uint8_t* row) const
+        /// Of so many pixels in a row.
+        qsizetype bytes(qsizetype pixels) const { return (pixels * m_bits + 7) / 8; }
+        int pixelsPerByte() const { return m_perByte; }
+
+        void mirror(const std::uint8_t* row, qsizetype pixels, std::uint8_t* to) const
         {
+            const qsizetype rowBytes = bytes(pixels);
             if (m_bits >= 8) {
-                std::memcpy(row, units, static_cast<std::size_t>(pixels * m_bytes));
+                const qsizetype unit = m_bits / 8;
+                for (qsizetype from = rowBytes - unit; from >= 0; from -= unit, to += unit)
+                    std::memcpy(to, row + from, static_cast<std::size_t>(unit));
                 return;
             }
-            const int perByte = 8 / m_bits;
-            std::memset(row, 0, static_cast<std::size_t>((pixels + perByte - 1) / perByte));
-            for (int i = 0; i < pixels; ++i)
-                row[i / perByte] = static_cast<std::uint8_t>(
-                    row[i / perByte] | units[i] << (8 - m_bits * (i % perByte + 1)));
+            // What fills up the last byte would come first.
+            const auto fill = static_cast<unsigned>(rowBytes * 8 - pixels * m_bits);
+            unsigned bits = m_mirrored[row[rowBytes - 1]];
+            for (qsizetype from = rowBytes - 2; from >= 0; --from) {
+                bits = bits << 8U | m_mirrored[row[from]];
+                *to++ = static_cast<std::uint8_t>(bits >> (8 - fill));
+            }
+            *to = static_cast<std::uint8_t>(bits << fill);
+        }
+
+        /// Makes of `rows` rows of `columns` pixels as many rows as there are columns.
+        void transpose(const std::uint8_t* from, qsizetype columns, qsizetype rows,
+                       std::uint8_t* to) const
+        {
+            const auto part = m_bits == 1 ? transposePacked<1>
+                : m_bits == 2             ? transposePacked<2>
+                : m_bits == 4             ? transposePacked<4>
+                                          : nullptr;
+            const qsizetype toStride = bytes(rows);
+            for (qsizetype done = 0; done < rows; done += cachedRows) {
+                const qsizetype count = std::min<qsizetype>(cachedRows, rows - done);
+                if (part != nullptr)
+                    part(from, columns, count, to, toStride);
+                else
+                    transposeUnits(from, columns, count, to, toStride);
+                from += count * bytes(columns);
+                to += bytes(count);
+            }
         }
 
     private:
-        int m_bits;
-        qsizetype m_bytes;
+        void transposeUnits(const std::uint8_t* from, qsizetype columns, qsizetype rows,
+                            std::uint8_t* to, qsizetype toStride) const
+        {
+            const qsizetype unit = m_bits / 8;
+            for (qsizetype x = 0; x < columns; ++x)
+                for (qsizetype y = 0; y < rows; ++y)
+                    std::memcpy(to + x * toStride + y * unit, from + (y * columns + x) * unit,
+                                static_cast<std::size_t>(unit));
+        }
+
+        int m_bits; ///< of a pixel
+        int m_perByte;
+        std::array<std::uint8_t, 256> m_mirrored = {}; ///< each byte of packed samples
     };
 
     /// Mirrors each row; the order of the rows stays.
@@ -73,10 +150,7 @@ namespace {
     public:
         explicit MirroredRows(std::unique_ptr<RowSource> source)
             : m_source(std::move(source))
-            , m_units(m_source->layout())
-            , m_spread(
-                  static_cast<std::size_t>(qsizetype { m_source->widthPx() } * m_units.bytes()))
-            , m_mirrored(m_spread.size())
+            , m_mover(m_source->layout())
         {
         }
         int widthPx() const override { return m_source->widthPx(); }
@@ -85,92 +159,47 @@ namespace {
 
         Band nextBand() override
         {
-            const Band band = m_source->nextBand();
-            const qsizetype stride = layout().rowBytes(widthPx());
-            m_samples.resize(static_cast<std::size_t>(stride) * static_cast<unsigned>(band.rows));
-            const qsizetype unit = m_units.bytes();
-            for (int i = 0; i < band.rows; ++i) {
-                m_units.spread(band.row(i), widthPx(), m_spread.data());
-                for (qsizetype x = 0; x < widthPx(); ++x)
-                    std::memcpy(m_mirrored.data() + x * unit,
-                                m_spread.data() + (widthPx() - 1 - x) * unit,
-                                static_cast<std::size_t>(unit));
-                m_units.pack(m_mirrored.data(), widthPx(), m_samples.data() + i * stride);
+            if (m_done == m_band.rows) {
+                m_band = m_source->nextBand();
+                m_done = 0;
             }
-            return { m_samples.data(), band.rows, stride };
+            const qsizetype stride = layout().rowBytes(widthPx());
+            const int rows
+                = std::min(m_band.rows - m_done, rowsOf(wantedBandBytes, stride, m_band.rows));
+            m_samples.resize(static_cast<std::size_t>(stride * rows));
+            for (int i = 0; i < rows; ++i)
+                m_mover.mirror(m_band.row(m_done + i), widthPx(), m_samples.data() + i * stride);
+            m_done += rows;
+            return { m_samples.data(), rows, stride };
         }
 
     private:
         std::unique_ptr<RowSource> m_source;
-        PixelUnits m_units;
-        std::vector<std::uint8_t> m_spread;
-        std::vector<std::uint8_t> m_mirrored;
+        PixelMover m_mover;
+        Band m_band; ///< of the source
+        int m_done = 0; ///< rows of it that were handed out
         std::vector<std::uint8_t> m_samples;
     };
 
-    /// A store of bytes in memory or, when it is large, in a temporary file that has no name any
-    /// more once the program has ended.
-    class Spool
-    {
-    public:
-        explicit Spool(qsizetype bytes)
-        {
-            if (bytes <= mostBytesInMemory) {
-                m_memory.resize(static_cast<std::size_t>(bytes));
-                return;
-            }
-            m_file = std::make_unique<QTemporaryFile>(QDir::tempPath()
-                                                      + QStringLiteral("/pagestack-XXXXXX"));
-            if (!m_file->open() || !m_file->resize(bytes))
-                fail();
-        }
-
-        void write(qsizetype offset, const std::uint8_t* from, qsizetype bytes)
-        {
-            if (!m_file) {
-                std::memcpy(m_memory.data() + offset, from, static_cast<std::size_t>(bytes));
-                return;
-            }
-            if (!m_file->seek(offset)
-                || m_file->write(reinterpret_cast<const char*>(from), bytes) != bytes)
-                fail();
-        }
-
-        void read(qsizetype offset, std::uint8_t* to, qsizetype bytes)
-        {
-            if (!m_file) {
-                std::memcpy(to, m_memory.data() + offset, static_cast<std::size_t>(bytes));
-                return;
-            }
-            if (!m_file->seek(offset) || m_file->read(reinterpret_cast<char*>(to), bytes) != bytes)
-                fail();
-        }
-
-    private:
-        [[noreturn]] void fail() const
-        {
-            throw std::runtime_error("the temporary file for turning the page: "
-                                     + m_file->errorString().toStdString());
-        }
-
-        std::vector<std::uint8_t> m_memory;
-        std::unique_ptr<QTemporaryFile> m_file;
-    };
-
     /// Rows in another order or turned into columns. The stored page is read once and kept in
-    /// blocks of `blockRows` stored rows; a block of a turned page is transposed, so that what a
-    /// band of output rows needs of it lies in one piece.
+    /// blocks of stored rows; a block of a turned page is transposed, so that what a band of output
+    /// rows needs of it lies in one piece.
     class RearrangedRows : public RowSource
     {
     public:
         RearrangedRows(std::unique_ptr<RowSource> source, int orientation)
             : m_layout(source->layout())
-            , m_units(m_layout)
+            , m_mover(m_layout)
             , m_orientation(orientation)
             , m_storedWidth(source->widthPx())
             , m_storedHeight(source->heightPx())
-            , m_spool(static_cast<qsizetype>(m_storedWidth) * m_storedHeight * m_units.bytes())
+            , m_blockRows(rowsOfBlocks())
+            , m_spool(blockOffset(m_storedHeight) > mostBytesInMemory ? 0 : mostBytesInMemory)
         {
+            if (swapsSides(m_orientation)
+                && (widthPx() > longestRowPx || m_mover.bytes(widthPx()) > longestRowBytes))
+                throw std::runtime_error("its rows of " + std::to_string(widthPx())
+                                         + " pixels, once it is turned, are too long");
             fill(*source);
         }
         int widthPx() const override
@@ -185,130 +214,123 @@ namespace {
 
         Band nextBand() override
         {
-            const int rows = std::min(blockRows, heightPx() - m_nextRow);
-            const qsizetype stride = m_layout.rowBytes(widthPx());
+            const qsizetype stride = m_mover.bytes(widthPx());
+            const int rows
+                = std::min(rowsOf(wantedBandBytes, stride, heightPx()), heightPx() - m_nextRow);
             m_samples.resize(static_cast<std::size_t>(stride * rows));
             if (rows > 0 && swapsSides(m_orientation))
                 gatherColumns(rows);
             else if (rows > 0)
                 gatherRows(rows);
-            const qsizetype unitRowBytes = widthPx() * m_units.bytes();
-            for (int i = 0; i < rows; ++i)
-                m_units.pack(m_gathered.data() + i * unitRowBytes, widthPx(),
-                             m_samples.data() + i * stride);
             m_nextRow += rows;
             return { m_samples.data(), rows, stride };
         }
 
     private:
-        static constexpr int blockRows = 64;
-
-        qsizetype blockOffset(int firstRow) const
+        /// Few where rows are long: a block is held twice. All but the last fill whole bytes with
+        /// the pixels of a column.
+        int rowsOfBlocks() const
         {
-            return static_cast<qsizetype>(firstRow) * m_storedWidth * m_units.bytes();
+            const int perByte = m_mover.pixelsPerByte();
+            const int rows = rowsOf(wantedBlockBytes, m_mover.bytes(m_storedWidth), m_storedHeight);
+            return std::max(rows / perByte, 1) * perByte;
+        }
+
+        std::uint64_t blockOffset(int firstRow) const
+        {
+            return static_cast<std::uint64_t>(swapsSides(m_orientation)
+                                                  ? m_mover.bytes(firstRow) * m_storedWidth
+                                                  : m_mover.bytes(m_storedWidth) * firstRow);
         }
 
         void fill(RowSource& source)
         {
-            const qsizetype unit = m_units.bytes();
-            const qsizetype rowBytes = m_storedWidth * unit;
-            std::vector<std::uint8_t> block(static_cast<std::size_t>(rowBytes * blockRows));
-            int inBlock = 0;
+            const auto rowBytes = static_cast<std::size_t>(m_mover.bytes(m_storedWidth));
+            const auto most = static_cast<std::size_t>(std::min(m_blockRows, m_storedHeight));
+            std::vector<std::uint8_t> block;
+            block.reserve(rowBytes * most);
             int stored = 0;
-            for (Band band = source.nextBand(); band.rows > 0; band = source.nextBand()) {
+            for (Band band = source.nextBand(); band.rows > 0; band = source.nextBand())
                 for (int i = 0; i < band.rows; ++i) {
-                    m_units.spread(band.row(i), m_storedWidth, block.data() + inBlock * rowBytes);
-                    ++inBlock;
-                    if (inBlock == blockRows || stored + inBlock == m_storedHeight) {
-                        store(block, stored, inBlock);
-                        stored += inBlock;
-                        inBlock = 0;
-                    }
+                    block.insert(block.end(), band.row(i), band.row(i) + rowBytes);
+                    const int rows = static_cast<int>(block.size() / rowBytes);
+                    if (rows < m_blockRows && stored + rows < m_storedHeight)
+                        continue;
+                    store(block, stored, rows);
+                    stored += rows;
+                    block.clear();
                 }
-            }
+            m_piece = {};
         }
 
         void store(const std::vector<std::uint8_t>& block, int firstRow, int rows)
         {
-            const qsizetype unit = m_units.bytes();
-            const qsizetype bytes = unit * m_storedWidth * rows;
             if (!swapsSides(m_orientation)) {
-                m_spool.write(blockOffset(firstRow), block.data(), bytes);
+                m_spool.writeAt(blockOffset(firstRow), block);
                 return;
             }
-            m_transposed.resize(static_cast<std::size_t>(bytes));
-            std::uint8_t* to = m_transposed.data();
-            for (qsizetype x = 0; x < m_storedWidth; ++x)
-                for (qsizetype y = 0; y < rows; ++y) {
-                    std::memcpy(to, block.data() + (y * m_storedWidth + x) * unit,
-                                static_cast<std::size_t>(unit));
-                    to += unit;
-                }
-            m_spool.write(blockOffset(firstRow), m_transposed.data(), bytes);
+            m_piece.resize(static_cast<std::size_t>(m_mover.bytes(rows) * m_storedWidth));
+            m_mover.transpose(block.data(), m_storedWidth, rows, m_piece.data());
+            m_spool.writeAt(blockOffset(firstRow), m_piece);
         }
 
         /// Output rows are stored rows from the bottom on, mirrored where that is asked.
         void gatherRows(int rows)
         {
-            const qsizetype unit = m_units.bytes();
-            const qsizetype rowBytes = m_storedWidth * unit;
-            m_gathered.resize(static_cast<std::size_t>(rowBytes * rows));
-            m_piece.resize(static_cast<std::size_t>(rowBytes));
+            const qsizetype rowBytes = m_mover.bytes(m_storedWidth);
+            const bool fromBottom = firstRowIsBottom(m_orientation);
+            m_piece.resize(m_samples.size());
+            m_spool.readAt(blockOffset(fromBottom ? m_storedHeight - m_nextRow - rows : m_nextRow),
+                           m_piece);
             for (int i = 0; i < rows; ++i) {
-                const int row = m_nextRow + i;
-                const int storedRow
-                    = firstRowIsBottom(m_orientation) ? m_storedHeight - 1 - row : row;
-                m_spool.read(blockOffset(storedRow), m_piece.data(), rowBytes);
-                std::uint8_t* to = m_gathered.data() + i * rowBytes;
-                if (!firstColumnIsRight(m_orientation)) {
-                    std::memcpy(to, m_piece.data(), m_piece.size());
-                    continue;
-                }
-                for (qsizetype x = 0; x < m_storedWidth; ++x)
-                    std::memcpy(to + x * unit, m_piece.data() + (m_storedWidth - 1 - x) * unit,
-                                static_cast<std::size_t>(unit));
+                const std::uint8_t* from
+                    = m_piece.data() + (fromBottom ? rows - 1 - i : i) * rowBytes;
+                std::uint8_t* to = m_samples.data() + i * rowBytes;
+                if (firstColumnIsRight(m_orientation))
+                    m_mover.mirror(from, m_storedWidth, to);
+                else
+                    std::memcpy(to, from, static_cast<std::size_t>(rowBytes));
             }
         }
 
         /// Output rows are stored columns: each block gives the pixels of its stored rows.
         void gatherColumns(int rows)
         {
-            const qsizetype unit = m_units.bytes();
-            m_gathered.resize(static_cast<std::size_t>(unit * widthPx() * rows));
+            const qsizetype stride = m_mover.bytes(widthPx());
             const bool fromBottom = storedColumnsRunFromBottom(m_orientation);
             const int firstColumn = fromBottom ? m_storedWidth - m_nextRow - rows : m_nextRow;
-            for (int first = 0; first < m_storedHeight; first += blockRows) {
-                const int inBlock = std::min(blockRows, m_storedHeight - first);
-                const qsizetype pieceBytes = unit * inBlock * rows;
-                m_piece.resize(static_cast<std::size_t>(pieceBytes));
-                m_spool.read(blockOffset(first)
-                                 + static_cast<qsizetype>(firstColumn) * inBlock * unit,
-                             m_piece.data(), pieceBytes);
-                for (int i = 0; i < rows; ++i) {
-                    const int column = fromBottom ? rows - 1 - i : i;
-                    for (int k = 0; k < inBlock; ++k) {
-                        const int x = storedRowsRunFromRight(m_orientation)
-                            ? m_storedHeight - 1 - (first + k)
-                            : first + k;
-                        std::memcpy(
-                            m_gathered.data() + (static_cast<qsizetype>(i) * widthPx() + x) * unit,
-                            m_piece.data() + (static_cast<qsizetype>(column) * inBlock + k) * unit,
-                            static_cast<std::size_t>(unit));
-                    }
-                }
+            for (int first = 0; first < m_storedHeight;) {
+                const int inBlock = std::min(m_blockRows, m_storedHeight - first);
+                const qsizetype columnBytes = m_mover.bytes(inBlock);
+                m_piece.resize(static_cast<std::size_t>(columnBytes * rows));
+                m_spool.readAt(blockOffset(first)
+                                   + static_cast<std::uint64_t>(columnBytes * firstColumn),
+                               m_piece);
+                for (int i = 0; i < rows; ++i)
+                    std::memcpy(m_samples.data() + i * stride + m_mover.bytes(first),
+                                m_piece.data() + (fromBottom ? rows - 1 - i : i) * columnBytes,
+                                static_cast<std::size_t>(columnBytes));
+                first += inBlock;
+            }
+            if (!storedRowsRunFromRight(m_orientation))
+                return;
+            m_piece.resize(static_cast<std::size_t>(stride));
+            for (int i = 0; i < rows; ++i) {
+                std::uint8_t* row = m_samples.data() + i * stride;
+                m_mover.mirror(row, widthPx(), m_piece.data());
+                std::memcpy(row, m_piece.data(), m_piece.size());
             }
         }
 
         PixelLayout m_layout;
-        PixelUnits m_units;
+        PixelMover m_mover;
         int m_orientation;
         int m_storedWidth;
         int m_storedHeight;
-        Spool m_spool;
+        int m_blockRows;
+        ByteSpool m_spool;
         int m_nextRow = 0;
-        std::vector<std::uint8_t> m_transposed;
         std::vector<std::uint8_t> m_piece;
-        std::vector<std::uint8_t> m_gathered;
         std::vector<std::uint8_t> m_samples;
     };
 

@@ -1,5 +1,7 @@
 #include "engine/image/TiffDocument.h"
+#include "engine/settings/Settings.h"
 #include "tests/engine/image/PeakMemory.h"
+#include "tests/engine/image/TiffBuilder.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -93,6 +95,8 @@ private slots:
     void showsTheRowsOfALargePiece_data();
     void showsTheRowsOfALargePiece();
     void refusesATileThatIsTooLargeForItsPage();
+    void turnsPagesOfFewLongRows_data();
+    void turnsPagesOfFewLongRows();
     void tookNoMoreMemoryThanPromised() { checkPeakMemory(300'000); } // after all of the above
 
 private:
@@ -137,6 +141,40 @@ void LargePiecesTest::refusesATileThatIsTooLargeForItsPage()
 {
     const PageImage page = image({ 13008, 1, 1, 1, true });
     QVERIFY_THROWS_EXCEPTION(std::runtime_error, page.source().rows());
+}
+
+void LargePiecesTest::turnsPagesOfFewLongRows_data()
+{
+    const QByteArray zeros = QByteArray("\x81\0", 2).repeated(16384); // 2 MiB in 128s
+    const QByteArray white(8, '\xFF'); // each fax row is like the one above
+    QTest::addColumn<QByteArray>("encoded");
+    QTest::addColumn<QStringList>("written");
+    const char* const line = "width=16777216 height=1 rows=1 bits=1 compression=32773";
+    QTest::addRow("%s orientation=2", line) << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
+    QTest::addRow("%s orientation=3", line) << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
+    QTest::addRow("%s orientation=3 photometric=3", line)
+        << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
+    QTest::newRow("width=4194304 height=64 rows=64 fax orientation=6")
+        << white << QStringList { u"a.bmp"_s };
+    QTest::newRow("width=1 height=16777217 rows=16777217 orientation=6") // too long, once turned
+        << QByteArray(16'777'217, '\0') << QStringList {};
+}
+
+/// Memory follows neither the number of rows that a page could have nor the bits that are spread.
+void LargePiecesTest::turnsPagesOfFewLongRows()
+{
+    QFETCH(QByteArray, encoded);
+    QFETCH(QStringList, written);
+    TestPage page(QTest::currentDataTag());
+    page.encoded = { encoded };
+    if (page.photometric == 3)
+        page.colorMap = { 0, 65535, 0, 0, 0, 65535 };
+    SinglePage single(page);
+    for (const QString& name : { u"a.jpg"_s, u"a.gif"_s, u"a.png"_s, u"a.bmp"_s }) {
+        const bool isWanted = written.contains(name);
+        if (isWanted || page.compression != 4)
+            QCOMPARE(single.image().save(single.path(name), Settings(nullptr)), isWanted);
+    }
 }
 
 QTEST_GUILESS_MAIN(LargePiecesTest)

@@ -296,12 +296,16 @@ void PageReadingTest::putsPagesUprightWhateverTheirSize_data()
 {
     QTest::addColumn<int>("step");
     for (int i = 2; i <= 8; ++i) {
-        QTest::addRow("width=203 height=151 bits=1 orientation=%d", i) << 1;
+        for (const int bits : { 1, 2, 4 })
+            QTest::addRow("width=203 height=151 bits=%d orientation=%d", bits, i) << 1;
         QTest::addRow("width=203 height=151 rgb bits=16 orientation=%d", i) << 1;
     }
     // More than is kept in memory while it is turned.
     for (const int i : { 3, 6, 7 })
         QTest::addRow("width=1710 height=1690 rgb bits=16 orientation=%d", i) << 97;
+    // In blocks of eight rows, since they are long.
+    for (const int i : { 5, 6 })
+        QTest::addRow("width=999999 height=9 rows=9 bits=4 orientation=%d", i) << 997;
 }
 
 void PageReadingTest::putsPagesUprightWhateverTheirSize()
