@@ -3,6 +3,7 @@
 #include "engine/files/FileBytes.h"
 
 #include <array>
+#include <limits>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -14,6 +15,18 @@ namespace pagestack {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+    std::uint64_t numberIn(std::span<const std::uint8_t> bytes, bool isBigEndian)
+    {
+        std::uint64_t value = 0;
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+            value = value << 8U | bytes[isBigEndian ? i : bytes.size() - 1 - i];
+        return value;
+    }
+
+    /// Bytes of a value of each type. TIFF 6.0, section 2; those of BigTIFF from 16 on.
+    constexpr std::array<std::uint64_t, 19> typeBytes { 0, 1, 1, 2, 4, 8, 1, 1, 2, 4,
+                                                        8, 4, 8, 4, 0, 0, 8, 8, 8 };
 
     class DirectoryWalker
     {
@@ -68,10 +81,7 @@ namespace {
             std::array<std::uint8_t, 8> bytes = {};
             if (!read(offset, std::span(bytes).first(count)))
                 return std::nullopt;
-            std::uint64_t value = 0;
-            for (std::size_t i = 0; i < count; ++i)
-                value = value << 8U | bytes.at(m_chain.isBigEndian ? i : count - 1 - i);
-            return value;
+            return numberIn(std::span(bytes).first(count), m_chain.isBigEndian);
         }
 
         /// The offset of the first directory; 0 when there is none.
@@ -138,6 +148,40 @@ namespace {
 TiffDirectoryChain walkDirectoryChain(int fileDescriptor)
 {
     return DirectoryWalker(fileDescriptor).walk();
+}
+
+TiffDirectory readDirectoryEntries(int fileDescriptor, const TiffDirectoryChain& chain,
+                                   std::uint64_t offset)
+{
+    const std::size_t countBytes = chain.isBigTiff ? 8 : 2;
+    const std::size_t entryBytes = chain.isBigTiff ? 20 : 12;
+    const std::size_t offsetBytes = chain.isBigTiff ? 8 : 4;
+    std::vector<std::uint8_t> bytes(countBytes);
+    readFully(fileDescriptor, offset, bytes);
+    const std::uint64_t entries = numberIn(bytes, chain.isBigEndian);
+    if (entries > std::numeric_limits<std::uint16_t>::max())
+        throw std::runtime_error("the directory of the page is damaged");
+    bytes.resize(entries * entryBytes);
+    readFully(fileDescriptor, offset + countBytes, bytes);
+
+    TiffDirectory directory;
+    directory.range = { offset, offset + countBytes + bytes.size() + offsetBytes };
+    for (std::size_t at = 0; at < bytes.size(); at += entryBytes) {
+        const auto field = [&](std::size_t from, std::size_t count) {
+            return numberIn(std::span(bytes).subspan(at + from, count), chain.isBigEndian);
+        };
+        const std::uint64_t type = field(2, 2);
+        const std::uint64_t size = type < typeBytes.size() ? typeBytes.at(type) : 0;
+        const std::uint64_t count = field(4, offsetBytes);
+        TiffTagValue value;
+        value.tag = static_cast<unsigned>(field(0, 2));
+        constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+        value.bytes = size != 0 && count > most / size ? most : count * size;
+        value.offset = value.bytes <= offsetBytes ? offset + countBytes + at + 4 + offsetBytes
+                                                  : field(4 + offsetBytes, offsetBytes);
+        directory.values.push_back(value);
+    }
+    return directory;
 }
 
 } // namespace pagestack

@@ -23,4 +23,31 @@ struct TiffDirectoryChain
 /// directory without entries ends the chain as a fault. Any thread.
 TiffDirectoryChain walkDirectoryChain(int fileDescriptor);
 
+/// A stretch of a file.
+struct FileRange
+{
+    std::uint64_t begin = 0;
+    std::uint64_t end = 0;
+};
+
+/// The value of a tag as its directory announces it, inside the entry or elsewhere in the file, or
+/// beyond its end.
+struct TiffTagValue
+{
+    unsigned tag = 0;
+    std::uint64_t offset = 0;
+    std::uint64_t bytes = 0; ///< 0 where the type is unknown
+};
+
+struct TiffDirectory
+{
+    FileRange range; ///< from the number of entries to the offset of the next directory
+    std::vector<TiffTagValue> values;
+};
+
+/// Reads the directory at `offset`, one of `chain`, in the open file. Throws std::runtime_error
+/// when it cannot be read or has more entries than a directory can. Any thread.
+TiffDirectory readDirectoryEntries(int fileDescriptor, const TiffDirectoryChain& chain,
+                                   std::uint64_t offset);
+
 } // namespace pagestack

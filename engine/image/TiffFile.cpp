@@ -10,12 +10,44 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <stdexcept>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace pagestack {
 
 namespace {
+
+    /// libtiff holds the values of all tags at once. Some profiles and texts have many megabytes.
+    constexpr std::uint64_t mostValueBytes = std::uint64_t { 64 } * 1024 * 1024;
+
+    /// Throws std::runtime_error when the values, which may share their bytes, are more than that.
+    /// Those that reach out of the file do not count: libtiff leaves them out.
+    void checkValues(const TiffDirectory& directory, std::uint64_t fileSizeBytes)
+    {
+        std::uint64_t sum = 0;
+        for (const TiffTagValue& value : directory.values) {
+            switch (value.tag) {
+            // Lists as long as the page has strips or tiles, and the layers that some programs put
+            // beside the page. They are bounded as any single allocation is, and read once.
+            case TIFFTAG_STRIPOFFSETS:
+            case TIFFTAG_STRIPBYTECOUNTS:
+            case TIFFTAG_TILEOFFSETS:
+            case TIFFTAG_TILEBYTECOUNTS:
+            case TIFFTAG_IMAGESOURCEDATA:
+                continue;
+            default:
+                break;
+            }
+            if (value.offset > fileSizeBytes || value.bytes > fileSizeBytes - value.offset)
+                continue;
+            if (value.bytes > mostValueBytes - sum)
+                throw std::runtime_error("its tags announce more than "
+                                         + std::to_string(mostValueBytes >> 20U)
+                                         + " MiB of values");
+            sum += value.bytes;
+        }
+    }
 
     class FileDescriptor
     {
@@ -101,6 +133,12 @@ void TiffFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const
     readFully(m_opened->file.get(), offset, bytes);
 }
 
+TiffDirectory TiffFile::directory(int index) const
+{
+    return readDirectoryEntries(m_opened->file.get(), chain(),
+                                chain().offsets.at(static_cast<std::size_t>(index)));
+}
+
 void TiffFile::openHandle()
 {
     if (!m_handle)
@@ -132,6 +170,7 @@ tiff* TiffFile::describe(int index)
 {
     if (index == m_current)
         return m_handle.get();
+    checkValues(directory(index), sizeBytes());
     openHandle();
     leavePage();
     m_messages.forget();

@@ -37,13 +37,16 @@ public:
     /// Fills all of `bytes` with what the file has from `offset` on. Throws std::runtime_error.
     void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
 
+    /// The entries of the directory of page `index`, from 0. Throws std::runtime_error.
+    TiffDirectory directory(int index) const;
+
     /// libtiff walks the chain of directories, and says what it finds wrong with it, once for each
     /// handle, before another page than the first is read. This brings that about for page `index`;
     /// to be called when what was made of the page with a clone takes its place.
     void reportChain(int index);
 
     /// Makes page `index` (from 0) the current one, for reading its tags. Throws std::runtime_error
-    /// when its directory cannot be read.
+    /// when its directory cannot be read, or announces more tag values than should be held.
     tiff* describe(int index);
 
     /// The same for decoding it from the start: the decoder is in its initial state and the

@@ -66,6 +66,7 @@ private slots:
     void savesNoPageThatMakesNoSense_data();
     void savesNoPageThatMakesNoSense();
     void savesNoPageWhosePixelsTheFileLost();
+    void boundsWhatTheTagsHoldTogether();
 
 private:
     /// Whether every writer refuses the page of "page.tif" with a reason and leaves nothing.
@@ -200,6 +201,26 @@ void BadInputTest::savesNoPageWhosePixelsTheFileLost()
         QVERIFY(!single.image().failureReason().isEmpty());
         QCOMPARE(namesIn(single.folder()), QStringList { u"page.tif"_s });
     }
+}
+
+void BadInputTest::boundsWhatTheTagsHoldTogether()
+{
+    const auto saves = [](unsigned tags, unsigned bytes) {
+        TestPage page;
+        page.moreTags = [=](tiff* to) {
+            const QByteArray value(bytes, 'x');
+            for (unsigned i = 0; i < tags; ++i)
+                TIFFSetField(to, i == 0 ? TIFFTAG_XMLPACKET : TIFFTAG_PHOTOSHOP, bytes,
+                             value.constData());
+        };
+        SinglePage single(page);
+        return single.image().save(single.path(u"a.png"_s), Settings(nullptr))
+            ? QString()
+            : single.image().failureReason();
+    };
+    constexpr unsigned limit = 64 * 1024 * 1024;
+    QCOMPARE(saves(1, limit - 1000), QString()); // with the other tags
+    QCOMPARE(saves(2, limit / 2), u"its tags announce more than 64 MiB of values"_s);
 }
 
 QTEST_GUILESS_MAIN(BadInputTest)
