@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <stdexcept>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <vector>
@@ -19,16 +18,61 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::size_t copyBytes = std::size_t { 1024 } * 1024;
+    constexpr std::uint64_t copyBytes = std::uint64_t { 1024 } * 1024;
+    constexpr std::uint64_t headerBytes = 8; // of BigTIFF, all but the offset
 
-    void copyFile(const TiffFile& from, int to)
+    /// Where libtiff reads of the page: the header, the directory, the values of its tags, the
+    /// strips.
+    std::vector<FileRange> rangesOf(TiffFile& file, int index)
     {
-        std::vector<std::uint8_t> buffer(copyBytes);
-        for (std::uint64_t done = 0; done < from.sizeBytes(); done += buffer.size()) {
-            buffer.resize(std::min<std::uint64_t>(copyBytes, from.sizeBytes() - done));
-            from.readAt(done, buffer);
-            writeFully(to, done, buffer);
-        }
+        const TiffDirectory directory = file.directory(index);
+        std::vector<FileRange> ranges { { 0, headerBytes } };
+        const auto add
+            = [&ranges, size = file.sizeBytes()](std::uint64_t offset, std::uint64_t bytes) {
+                  if (offset < size)
+                      ranges.push_back({ offset, offset + std::min(bytes, size - offset) });
+              };
+        add(directory.range.begin, directory.range.end - directory.range.begin);
+        for (const TiffTagValue& value : directory.values)
+            add(value.offset, value.bytes);
+        tiff* page = file.describe(index);
+        const std::uint32_t strips = TIFFNumberOfStrips(page);
+        for (std::uint32_t strip = 0; strip < strips; ++strip)
+            add(TIFFGetStrileOffset(page, strip), TIFFGetStrileByteCount(page, strip));
+        return ranges;
+    }
+
+    /// Copies the ranges, which may share bytes, to where they lie in the file.
+    void copyRanges(const TiffFile& from, std::vector<FileRange> ranges, int to)
+    {
+        std::sort(ranges.begin(), ranges.end(),
+                  [](const FileRange& a, const FileRange& b) { return a.begin < b.begin; });
+        std::vector<std::uint8_t> buffer;
+        std::uint64_t done = 0;
+        for (const FileRange& range : ranges)
+            for (done = std::max(done, range.begin); done < range.end; done += buffer.size()) {
+                buffer.resize(std::min(copyBytes, range.end - done));
+                from.readAt(done, buffer);
+                writeFully(to, done, buffer);
+            }
+    }
+
+    /// Writes an offset of a directory as the file has it.
+    void putOffset(int to, std::uint64_t at, const TiffDirectoryChain& chain, std::uint64_t offset)
+    {
+        std::vector<std::uint8_t> bytes(chain.isBigTiff ? 8 : 4);
+        for (std::size_t i = 0; i < bytes.size(); ++i, offset >>= 8U)
+            bytes[chain.isBigEndian ? bytes.size() - 1 - i : i] = static_cast<std::uint8_t>(offset);
+        writeFully(to, at, bytes);
+    }
+
+    /// libtiff walks the chain, which is that of one page here: the others are not copied.
+    void leaveAlone(const TiffFile& file, int index, int copy)
+    {
+        const TiffDirectoryChain& chain = file.chain();
+        const FileRange directory = file.directory(index).range;
+        putOffset(copy, chain.isBigTiff ? 8 : 4, chain, directory.begin);
+        putOffset(copy, directory.end - (chain.isBigTiff ? 8 : 4), chain, 0);
     }
 
     /// What libtiff calls for a handle on a mapping. The mapping belongs to the MappedTiffCopy.
@@ -95,40 +139,37 @@ namespace {
 
 } // namespace
 
+void Unmapper::operator()(std::uint8_t* bytes) const noexcept
+{
+    ::munmap(bytes, size);
+}
+
 MappedTiffCopy::MappedTiffCopy(TiffFile& file, int index)
 {
     const int copy = openUnnamedFile();
     const auto closeCopy = qScopeGuard([copy] { ::close(copy); });
-    copyFile(file, copy);
-    void* bytes = ::mmap(nullptr, file.sizeBytes(), PROT_READ, MAP_SHARED, copy, 0);
+    copyRanges(file, rangesOf(file, index), copy);
+    leaveAlone(file, index, copy);
+    const std::uint64_t size = file.sizeBytes();
+    // A directory may end with the file, before the offset of the next.
+    if (::ftruncate(copy, static_cast<off_t>(size)) != 0)
+        throwFileSystemError("cannot make the temporary file", errno);
+    void* bytes = ::mmap(nullptr, size, PROT_READ, MAP_SHARED, copy, 0);
     if (bytes == MAP_FAILED)
         throwFileSystemError("cannot map the temporary file", errno);
     // The mapping keeps the bytes when the descriptor is closed.
-    m_bytes = static_cast<std::uint8_t*>(bytes);
-    m_size = file.sizeBytes();
-    try {
-        m_handle = openMapped(m_bytes, m_size, file.messages());
-        if (TIFFSetSubDirectory(handle(), file.chain().offsets.at(static_cast<std::size_t>(index)))
-            == 0)
-            file.messages().fail("the directory of the page cannot be read");
-    } catch (const std::runtime_error&) {
-        m_handle.reset();
-        ::munmap(m_bytes, m_size);
-        throw;
-    }
+    m_mapping = { static_cast<std::uint8_t*>(bytes), Unmapper { size } };
+    m_handle = openMapped(m_mapping.get(), size, file.messages());
+    if (TIFFSetSubDirectory(handle(), file.chain().offsets.at(static_cast<std::size_t>(index)))
+        == 0)
+        file.messages().fail("the directory of the page cannot be read");
     file.messages().forget();
-}
-
-MappedTiffCopy::~MappedTiffCopy()
-{
-    m_handle.reset();
-    ::munmap(m_bytes, m_size);
 }
 
 void MappedTiffCopy::dropPages()
 {
     // Advice only: that it is not taken costs memory, nothing else.
-    static_cast<void>(::madvise(m_bytes, m_size, MADV_DONTNEED));
+    static_cast<void>(::madvise(m_mapping.get(), m_mapping.get_deleter().size, MADV_DONTNEED));
 }
 
 } // namespace pagestack

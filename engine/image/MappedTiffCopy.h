@@ -3,26 +3,31 @@
 #include "engine/image/TiffHandle.h"
 
 #include <cstdint>
+#include <memory>
 
 namespace pagestack {
 
 class TiffFile;
 
-/// A second handle on a TIFF file for pages with a very large compressed strip. libtiff reads a
+struct Unmapper
+{
+    std::uint64_t size = 0; ///< of the mapping
+    void operator()(std::uint8_t* bytes) const noexcept;
+};
+
+/// A second handle on a page of a TIFF file with a very large compressed strip. libtiff reads a
 /// strip as a whole before it decodes its first row; where the file is mapped into memory it
 /// decodes from the mapping instead, and what was decoded can be dropped.
 ///
 /// The mapping is of a private copy in a temporary file: a mapped file that another program cuts
-/// short would end this one.
+/// short would end this one. Of other pages the copy has nothing but holes.
 class MappedTiffCopy
 {
 public:
-    /// Copies `file` and makes page `index` the current one of the handle, whose messages go to
-    /// those of `file`, which must outlive this object. Throws std::runtime_error with the reason.
+    /// Copies page `index` of `file` and makes it the current one of the handle, whose messages go
+    /// to those of `file`, which must outlive this object. Throws std::runtime_error with the
+    /// reason.
     MappedTiffCopy(TiffFile& file, int index);
-    ~MappedTiffCopy();
-    MappedTiffCopy(const MappedTiffCopy&) = delete;
-    MappedTiffCopy& operator=(const MappedTiffCopy&) = delete;
 
     tiff* handle() const { return m_handle.get(); }
 
@@ -30,9 +35,8 @@ public:
     void dropPages();
 
 private:
-    std::uint8_t* m_bytes = nullptr;
-    std::uint64_t m_size = 0;
-    TiffHandle m_handle;
+    std::unique_ptr<std::uint8_t, Unmapper> m_mapping;
+    TiffHandle m_handle; ///< closed before the mapping goes
 };
 
 } // namespace pagestack

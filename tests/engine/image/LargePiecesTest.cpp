@@ -1,5 +1,6 @@
 #include "engine/image/TiffDocument.h"
 #include "engine/settings/Settings.h"
+#include "engine/support/SystemLog.h"
 #include "tests/engine/image/PeakMemory.h"
 #include "tests/engine/image/TiffBuilder.h"
 
@@ -84,6 +85,16 @@ private:
     }
 };
 
+/// What this process has written to files so far; 0 where the system does not tell.
+qint64 bytesWritten()
+{
+    QFile io(u"/proc/self/io"_s);
+    if (!io.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray all = io.readAll();
+    return all.mid(all.indexOf("wchar:") + 6).split('\n').first().trimmed().toLongLong();
+}
+
 } // namespace
 
 /// Pages whose strips or tiles are nearly as large as the program takes, or larger.
@@ -95,6 +106,8 @@ private slots:
     void showsTheRowsOfALargePiece_data();
     void showsTheRowsOfALargePiece();
     void refusesATileThatIsTooLargeForItsPage();
+    void copiesOnlyThePageThatIsRead_data();
+    void copiesOnlyThePageThatIsRead();
     void turnsPagesOfFewLongRows_data();
     void turnsPagesOfFewLongRows();
     void tookNoMoreMemoryThanPromised() { checkPeakMemory(300'000); } // after all of the above
@@ -141,6 +154,43 @@ void LargePiecesTest::refusesATileThatIsTooLargeForItsPage()
 {
     const PageImage page = image({ 13008, 1, 1, 1, true });
     QVERIFY_THROWS_EXCEPTION(std::runtime_error, page.source().rows());
+}
+
+void LargePiecesTest::copiesOnlyThePageThatIsRead_data()
+{
+    QTest::addColumn<int>("index");
+    for (const char* mode : { "wl", "wb8" })
+        for (const int index : { 0, 1, 2 })
+            QTest::addRow("%s, page %d", mode, index) << index;
+}
+
+/// A strip too large to be held is decoded from a copy.
+void LargePiecesTest::copiesOnlyThePageThatIsRead()
+{
+    QFETCH(int, index);
+    constexpr int side = 4160;
+    QByteArray strip; // literal runs of PackBits
+    for (int y = 0; y < side; ++y)
+        strip += ('\x7F' + QByteArray(128, valueOf(y))).repeated(32)
+            + ('\x3F' + QByteArray(64, valueOf(y)));
+    TestPage page("width=4160 height=4160 rows=4160 compression=32773");
+    page.encoded = { strip };
+    const QString path = m_folder.filePath(u"pages.tif"_s);
+    writeTiff(path, { page, page, page }, QByteArray(QTest::currentDataTag()).split(',')[0]);
+    const PageImage shown = TiffDocument(path).page(index);
+    LogHold log;
+    const qint64 writtenBefore = bytesWritten();
+    const std::unique_ptr<RowSource> rows = shown.source().rows();
+    int y = 0;
+    for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
+        for (int i = 0; i < band.rows; ++i, ++y)
+            if (band.row(i)[0] != static_cast<std::uint8_t>(valueOf(y))
+                || band.row(i)[side - 1] != static_cast<std::uint8_t>(valueOf(y)))
+                QFAIL(qPrintable(u"row %1 starts with %2"_s.arg(y).arg(band.row(i)[0])));
+    QCOMPARE(y, side);
+    const qint64 written = bytesWritten() - writtenBefore;
+    QVERIFY(log.takeLines().empty()); // the holes are no damage
+    QVERIFY2(written < strip.size() + 65'536, QByteArray::number(written));
 }
 
 void LargePiecesTest::turnsPagesOfFewLongRows_data()
