@@ -22,6 +22,9 @@ namespace {
 
     constexpr std::size_t bufferBytes = std::size_t { 64 } * 1024;
 
+    /// ICC.1, annex B.4: up to 255 numbered segments, and what is left in each.
+    constexpr qsizetype largestProfileBytes = 255 * qsizetype { 65519 };
+
     struct JpegErrors
     {
         jpeg_error_mgr base;
@@ -165,6 +168,9 @@ void checkJpegSize(const PageProperties& page)
 
 void encodeJpeg(RowSource& rows, const PageProperties& page, int quality, StagedFile& file)
 {
+    if (page.iccProfile.size() > largestProfileBytes)
+        throw std::runtime_error("an ICC profile of " + std::to_string(page.iccProfile.size())
+                                 + " bytes is too large for JPEG");
     auto compressor = std::make_unique<JpegCompressor>(file);
     jpeg_compress_struct& codec = compressor->codec();
     const PixelLayout& layout = rows.layout();

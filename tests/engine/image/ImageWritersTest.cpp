@@ -78,6 +78,7 @@ private slots:
     void writesByTheExactExtension();
     void refusesWhatTheFormatCannotHold_data();
     void refusesWhatTheFormatCannotHold();
+    void refusesProfilesTooLargeForJpeg();
 };
 
 void ImageWritersTest::keepsDepthAndChannels_data()
@@ -352,6 +353,19 @@ void ImageWritersTest::refusesWhatTheFormatCannotHold()
         return;
     QVERIFY(single.image().save(single.path(u"a.png"_s), Settings(nullptr)));
     QCOMPARE(readPicture(single.path(u"a.png"_s)).samples.size(), std::size_t { 70000 });
+}
+
+void ImageWritersTest::refusesProfilesTooLargeForJpeg()
+{
+    for (const qsizetype segments : { 255, 256 }) {
+        TestPage page("rgb");
+        page.iccProfile = profile("rgb").leftJustified(segments * 65'519, '\0');
+        SinglePage single(page);
+        const QString path = single.path(u"a.jpg"_s);
+        QCOMPARE(single.image().saveAsJpegWithName(path, 10), segments == 255);
+        if (segments == 255)
+            QVERIFY(readPicture(path).iccProfile == page.iccProfile);
+    }
 }
 
 QTEST_GUILESS_MAIN(ImageWritersTest)
