@@ -132,19 +132,24 @@ namespace {
         return reduction;
     }
 
-    /// The indexes of colours that are all in `palette`, which is sorted; those that are not, as
-    /// below transparent pixels, get any.
-    void findIndexes(const std::vector<RgbColor>& palette, const std::uint8_t* colors,
-                     std::vector<std::uint8_t>& to)
+    /// The indexes of the row's colours in `palette`, which is sorted; of transparent pixels, any.
+    /// Throws std::runtime_error when a colour is missing.
+    void findIndexes(const std::vector<RgbColor>& palette, ColorPixels& pixels,
+                     const std::uint8_t* row, std::vector<std::uint8_t>& to)
     {
+        const std::uint8_t* colors = pixels.colors(row);
+        bool isFound = false;
         for (std::size_t x = 0; x < to.size(); ++x, colors += 3) {
             if (x > 0 && std::equal(colors, colors + 3, colors - 3)) {
                 to[x] = to[x - 1];
-                continue;
+            } else {
+                const RgbColor color { colors[0], colors[1], colors[2] };
+                const auto found = std::lower_bound(palette.begin(), palette.end(), color);
+                isFound = found != palette.end() && *found == color;
+                to[x] = isFound ? static_cast<std::uint8_t>(found - palette.begin()) : 0;
             }
-            const RgbColor color { colors[0], colors[1], colors[2] };
-            to[x] = static_cast<std::uint8_t>(
-                std::lower_bound(palette.begin(), palette.end(), color) - palette.begin());
+            if (!isFound && !pixels.isTransparent(row, static_cast<qsizetype>(x)))
+                throw std::runtime_error("the pixels changed while they were read");
         }
     }
 
@@ -164,7 +169,7 @@ namespace {
             for (int i = 0; i < band.rows; ++i) {
                 const std::uint8_t* const row = band.row(i);
                 if (reduction.isExact)
-                    findIndexes(opaque, pixels.colors(row), indexes);
+                    findIndexes(opaque, pixels, row, indexes);
                 else
                     diffusion.mapRow(pixels.colors(row), indexes.data());
                 for (qsizetype x = 0; reduction.transparentIndex && x < width; ++x)

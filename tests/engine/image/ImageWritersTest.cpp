@@ -1,3 +1,5 @@
+#include "engine/image/Bitmap.h"
+#include "engine/image/Encoders.h"
 #include "engine/settings/Settings.h"
 #include "tests/engine/image/ImageReaders.h"
 #include "tests/engine/image/TiffBuilder.h"
@@ -9,6 +11,7 @@
 
 #include <cmath>
 #include <set>
+#include <utility>
 
 using namespace pagestack;
 using namespace Qt::StringLiterals;
@@ -79,6 +82,7 @@ private slots:
     void refusesWhatTheFormatCannotHold_data();
     void refusesWhatTheFormatCannotHold();
     void refusesProfilesTooLargeForJpeg();
+    void refusesGifColorsThatCameLater();
 };
 
 void ImageWritersTest::keepsDepthAndChannels_data()
@@ -365,6 +369,26 @@ void ImageWritersTest::refusesProfilesTooLargeForJpeg()
         QCOMPARE(single.image().saveAsJpegWithName(path, 10), segments == 255);
         if (segments == 255)
             QVERIFY(readPicture(path).iccProfile == page.iccProfile);
+    }
+}
+
+/// As where the source is written to between the passes.
+void ImageWritersTest::refusesGifColorsThatCameLater()
+{
+    PixelLayout layout;
+    layout.model = ColorModel::Rgb;
+    for (const auto later : std::initializer_list<std::uint8_t> { 0, 9, 200 }) {
+        Bitmap first(2, 1, layout, { 5, 5, 5, 9, 9, 9 });
+        Bitmap second(2, 1, layout, { 5, 5, 5, later, later, later });
+        Bitmap* next = &first;
+        QTemporaryDir folder;
+        StagedFile file(folder.filePath(u"a.gif"_s));
+        const auto encode
+            = [&] { encodeGif([&] { return std::exchange(next, &second)->rows(); }, file); };
+        if (later == 9)
+            encode();
+        else
+            QVERIFY_THROWS_EXCEPTION(std::runtime_error, encode());
     }
 }
 
