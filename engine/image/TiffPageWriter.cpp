@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <stdexcept>
 #include <vector>
 
@@ -46,7 +47,8 @@ namespace {
         if (position.total > 1) {
             const std::uint32_t kept = sourceType & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK);
             setTag(to, TIFFTAG_SUBFILETYPE, kept | FILETYPE_PAGE);
-            setTag(to, TIFFTAG_PAGENUMBER, position.index, position.total);
+            if (position.total <= std::numeric_limits<std::uint16_t>::max())
+                setTag(to, TIFFTAG_PAGENUMBER, position.index, position.total);
         } else {
             // A page that stands alone is no thumbnail of another.
             setTag(to, TIFFTAG_SUBFILETYPE, sourceType & FILETYPE_MASK);
@@ -74,6 +76,12 @@ namespace {
             setTag(to, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
     }
 
+    /// TIFF 6.0, section 15: the sides of a tile are multiples of 16. Some files have others.
+    bool tilesAreOfOddSize(const TiffPageTags& tags)
+    {
+        return tags.isTiled && (tags.tileWidthPx % 16 != 0 || tags.tileHeightPx % 16 != 0);
+    }
+
     /// A page of a TIFF file, written with its samples as they are.
     class SampleCopy
     {
@@ -86,6 +94,7 @@ namespace {
             , m_tags(page.tags())
             , m_compression(isFax(compression) && !m_tags.isOneBitDeep() ? COMPRESSION_NONE
                                                                          : compression)
+            , m_keepsTiles(m_tags.isTiled && !tilesAreOfOddSize(m_tags))
         {
         }
 
@@ -118,7 +127,7 @@ namespace {
     private:
         void recode()
         {
-            if (m_tags.isTiled)
+            if (m_keepsTiles)
                 recodePieces(
                     TIFFNumberOfTiles(m_from), TIFFTileSize,
                     [this](TIFF* from, std::uint32_t tile, std::uint8_t* to, tmsize_t size) {
@@ -159,7 +168,7 @@ namespace {
                 TIFFUnsetField(m_to, TIFFTAG_YCBCRSUBSAMPLING);
                 TIFFUnsetField(m_to, TIFFTAG_YCBCRPOSITIONING);
             }
-            if (m_tags.isTiled) {
+            if (m_keepsTiles) {
                 setTag(m_to, TIFFTAG_TILEWIDTH, m_tags.tileWidthPx);
                 setTag(m_to, TIFFTAG_TILELENGTH, m_tags.tileHeightPx);
             }
@@ -168,6 +177,8 @@ namespace {
         /// True when the strips or tiles are, as they lie, what the output has to hold.
         bool encodedPiecesFit() const
         {
+            if (m_tags.isTiled != m_keepsTiles)
+                return false;
             // Uncompressed pages are copied row by row: that checks them at no cost.
             if (m_tags.compression != m_compression || m_compression == COMPRESSION_NONE)
                 return false;
@@ -212,7 +223,7 @@ namespace {
             if (m_tags.photometric != PHOTOMETRIC_PALETTE && !m_tags.isSubsampled()
                 && m_tags.sampleFormat != SAMPLEFORMAT_IEEEFP)
                 setPredictor(m_to, m_tags.bitsPerSample, m_compression);
-            if (m_tags.isTiled)
+            if (m_keepsTiles)
                 return;
             setTag(m_to, TIFFTAG_ROWSPERSTRIP,
                    m_tags.isSubsampled() ? m_tags.rowsPerStrip : rowsOfNewStrips());
@@ -305,6 +316,7 @@ namespace {
         TiffFile& m_file;
         const TiffPageTags& m_tags;
         int m_compression;
+        bool m_keepsTiles; ///< else the page is written in strips
         std::vector<std::uint8_t> m_part;
         std::vector<std::uint8_t> m_scratch; ///< see readTile()
     };
@@ -379,6 +391,8 @@ namespace {
         const TiffPageTags& tags = source->tags();
         const bool isCodedColor = tags.photometric == PHOTOMETRIC_YCBCR
             && tags.compression != COMPRESSION_OJPEG && tags.compression != COMPRESSION_JPEG;
+        if (tilesAreOfOddSize(tags) && tags.isSubsampled())
+            return nullptr; // its blocks of samples cannot be put into strips as they are
         return !needsRgbaInterface(tags) || isCodedColor ? source : nullptr;
     }
 

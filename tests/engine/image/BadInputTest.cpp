@@ -4,7 +4,6 @@
 
 #include <QFile>
 #include <QTest>
-#include <QtEndian>
 
 #include <tiffio.h>
 
@@ -14,26 +13,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QStringList outputs { u"a.jpg"_s, u"a.png"_s, u"a.gif"_s, u"a.bmp"_s, u"a.tiff"_s };
-
-/// Turns the entry of `tag` of the only page into one of `newTag` with a 32-bit number.
-void patchEntry(const QString& path, unsigned tag, unsigned newTag, unsigned value)
-{
-    QByteArray bytes = bytesOf(path);
-    const auto directory = qFromLittleEndian<quint32>(bytes.constData() + 4);
-    const auto entries = qFromLittleEndian<quint16>(bytes.constData() + directory);
-    for (unsigned i = 0; i < entries; ++i) {
-        char* entry = bytes.data() + directory + 2 + 12 * i;
-        if (qFromLittleEndian<quint16>(entry) != tag)
-            continue;
-        qToLittleEndian<quint16>(static_cast<quint16>(newTag), entry);
-        qToLittleEndian<quint16>(4, entry + 2);
-        qToLittleEndian<quint32>(1, entry + 4);
-        qToLittleEndian<quint32>(value, entry + 8);
-        putBytes(path, bytes);
-        return;
-    }
-    qFatal("the test file has no such entry");
-}
 
 /// The only strip of such a page.
 QByteArray stripOf(const TestPage& page)

@@ -82,6 +82,7 @@ private slots:
     void encodesAnewWhatOthersCouldNotRead();
     void carriesWhatDescribesThePage();
     void keepsTheBytesOfIptcThatLibtiffTurnsRound();
+    void writesTilesOfOtherSizesAsStrips();
     void numbersThePagesThatAreThere();
     void leavesNoTraceOfADamagedPage();
     void isTheSameOnEveryRun();
@@ -261,6 +262,28 @@ void MultiPageTiffTest::keepsTheBytesOfIptcThatLibtiffTurnsRound()
     }
 }
 
+void MultiPageTiffTest::writesTilesOfOtherSizesAsStrips()
+{
+    for (const char* compression : { "", " compression=5" }) {
+        const QByteArray text = "width=180 height=90 tileWidth=112 tileHeight=64";
+        writeTiff(m_source, { TestPage((text + compression).constData()) });
+        const QByteArray tiles = readTiff(m_source).value(0).samples;
+        // The same bytes as tiles of 56 x 128 pixels.
+        patchEntry(m_source, TIFFTAG_TILEWIDTH, TIFFTAG_TILEWIDTH, 56);
+        patchEntry(m_source, TIFFTAG_TILELENGTH, TIFFTAG_TILELENGTH, 128);
+        QByteArray pixels;
+        for (int y = 0; y < 90; ++y)
+            for (int x = 0; x < 180; ++x)
+                pixels += tiles[x / 56 * 56 * 128 + y * 56 + x % 56];
+        for (const int index : { 0, 3 }) {
+            MultiPageTiff file(m_out, index, 1);
+            file.append(TiffDocument(m_source).page(0));
+            QVERIFY2(file.commit(), qPrintable(file.failureReason()));
+            QCOMPARE(readTiff(m_out).value(0).samples, pixels);
+        }
+    }
+}
+
 void MultiPageTiffTest::numbersThePagesThatAreThere()
 {
     for (const std::uint64_t limit : { MultiPageTiff::classicLimitBytes, std::uint64_t { 500 } }) {
@@ -273,6 +296,12 @@ void MultiPageTiffTest::numbersThePagesThatAreThere()
             QCOMPARE(written[i].pageNumber, (std::array { i, 3 }));
     }
     QVERIFY(collect({ "" }, 0));
+    QCOMPARE(readTiff(m_out).value(0).pageNumber, (std::array { -1, -1 }));
+
+    writeTiff(m_source, { TestPage() });
+    MultiPageTiff file(m_out, 0, 65'536); // the tag has no number for it
+    file.append(TiffDocument(m_source).page(0));
+    QVERIFY(file.commit());
     QCOMPARE(readTiff(m_out).value(0).pageNumber, (std::array { -1, -1 }));
 }
 

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QHash>
+#include <QtEndian>
 
 #include <tiffio.h>
 
@@ -206,6 +207,25 @@ void writeTiff(const QString& path, const QList<TestPage>& pages, const char* mo
         check(TIFFWriteDirectory(to) == 1, "directory");
     }
     TIFFClose(to);
+}
+
+void patchEntry(const QString& path, unsigned tag, unsigned newTag, unsigned value)
+{
+    QByteArray bytes = bytesOf(path);
+    const auto directory = qFromLittleEndian<quint32>(bytes.constData() + 4);
+    const auto entries = qFromLittleEndian<quint16>(bytes.constData() + directory);
+    for (unsigned i = 0; i < entries; ++i) {
+        char* entry = bytes.data() + directory + 2 + 12 * i;
+        if (qFromLittleEndian<quint16>(entry) != tag)
+            continue;
+        qToLittleEndian<quint16>(static_cast<quint16>(newTag), entry);
+        qToLittleEndian<quint16>(4, entry + 2);
+        qToLittleEndian<quint32>(1, entry + 4);
+        qToLittleEndian<quint32>(value, entry + 8);
+        putBytes(path, bytes);
+        return;
+    }
+    qFatal("the test file has no such entry");
 }
 
 QByteArray bytesOf(const QString& path)

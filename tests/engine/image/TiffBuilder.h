@@ -59,6 +59,10 @@ struct TestPage
 /// Ends the test program when that fails.
 void writeTiff(const QString& path, const QList<TestPage>& pages, const char* mode = "wl");
 
+/// Turns the entry of `tag` of the only page of a little-endian file into one of `newTag` with a
+/// 32-bit number.
+void patchEntry(const QString& path, unsigned tag, unsigned newTag, unsigned value);
+
 QByteArray bytesOf(const QString& path);
 void putBytes(const QString& path, const QByteArray& bytes);
 
