@@ -2,7 +2,27 @@
 
 #include "engine/image/DisplayRows.h"
 
+#include <tiffio.h>
+
+#include <stdexcept>
+#include <string>
+
 namespace pagestack {
+
+namespace {
+
+    /// A page of several slices, one behind the other, would lose all but the first.
+    void checkDepth(tiff* page)
+    {
+        for (const ttag_t tag : { TIFFTAG_IMAGEDEPTH, TIFFTAG_TILEDEPTH }) {
+            std::uint32_t depth = 0;
+            if (TIFFGetField(page, tag, &depth) == 1 && depth > 1)
+                throw std::runtime_error("a page of " + std::to_string(depth)
+                                         + " slices in depth is not supported");
+        }
+    }
+
+} // namespace
 
 TiffPage::TiffPage(std::shared_ptr<TiffFile> file, int index)
     : m_file(std::move(file))
@@ -14,6 +34,7 @@ const TiffPage::Description& TiffPage::description() const
 {
     if (!m_description) {
         auto read = std::make_unique<Description>();
+        checkDepth(m_file->describe(m_index));
         read->tags = readTiffPageTags(m_file->describe(m_index));
         const TiffPageTags& tags = read->tags;
         read->properties.widthPx = static_cast<int>(tags.widthPx);

@@ -154,6 +154,8 @@ void BadInputTest::savesNoPageThatMakesNoSense_data()
     QTest::newRow("77 bits") << QList { 258U, 258U, 77U };
     QTest::newRow("no samples") << QList { 277U, 277U, 0U };
     QTest::newRow("strip beyond the end") << QList { 273U, 273U, 0x7FFFFFFFU };
+    QTest::newRow("slices") << QList { 284U, 32997U, 4U };
+    QTest::newRow("slices of tiles") << QList { 284U, 32998U, 4U };
     QTest::newRow("wide tiles") << QList { 322U, 322U, 1'000'000'000U };
 }
 
@@ -163,7 +165,7 @@ void BadInputTest::savesNoPageThatMakesNoSense()
     m_folder = std::make_unique<QTemporaryDir>();
     TestPage page("bits=4 photometric=3 rows=33");
     page.colorMap.assign(48, 7);
-    if (patch[0] == TIFFTAG_TILEWIDTH)
+    if (patch[0] == TIFFTAG_TILEWIDTH || patch[1] == TIFFTAG_TILEDEPTH)
         page.tileWidth = page.tileHeight = 16;
     writeTiff(m_folder->filePath(u"page.tif"_s), { page });
     patchEntry(m_folder->filePath(u"page.tif"_s), patch[0], patch[1], patch[2]);
