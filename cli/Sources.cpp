@@ -31,18 +31,6 @@ namespace {
                            [&](const QString& extension) { return name.endsWith(extension); });
     }
 
-    /// ".." is not resolved in the text: behind a symbolic link it leads elsewhere.
-    QString absolutePath(const QString& path)
-    {
-        if (!path.split(u'/').contains(u".."_s))
-            return QFileInfo(path).absoluteFilePath();
-        const QString name = lastPathComponent(path);
-        if (name == u"..")
-            return QFileInfo(path).canonicalFilePath();
-        const QString folder = folderPart(path);
-        return joinedPath(QFileInfo(folder).canonicalFilePath(), name);
-    }
-
     /// Qt shows the working folder, and what a link leads to, as text even where it is none.
     bool leadsToSameFile(const QString& path, const QString& shown)
     {

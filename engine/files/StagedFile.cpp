@@ -3,9 +3,9 @@
 #include "engine/files/FileBytes.h"
 #include "engine/files/InPlace.h"
 #include "engine/files/StagedNames.h"
+#include "engine/support/PathName.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
@@ -72,7 +72,7 @@ void StagedFile::lookAtTarget()
 
 QByteArray StagedFile::resolvedTarget(const QString& targetPath)
 {
-    return resolveLinks(QFile::encodeName(QFileInfo(targetPath).absoluteFilePath()));
+    return resolveLinks(QFile::encodeName(absolutePath(targetPath)));
 }
 
 /// False when the folder takes no new file but what is at the target can be written to.
