@@ -87,10 +87,11 @@ namespace {
             return Entry::Refused;
         if (QThread::currentThread() == queue.mainThread)
             return Entry::OnMainThread;
+        // The application object is still there: it takes the lock before it goes. And first:
+        // should it throw, no call may be left in the queue that nobody waits for.
+        QMetaObject::invokeMethod(qApp, &servePendingCalls, Qt::QueuedConnection);
         queue.calls.push_back({ &call, {} });
         outcome = queue.calls.back().outcome.get_future();
-        // The application object is still there: it takes the lock before it goes.
-        QMetaObject::invokeMethod(qApp, &servePendingCalls, Qt::QueuedConnection);
         queue.changed.notify_all();
         return Entry::Queued;
     }
