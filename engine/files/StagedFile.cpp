@@ -1,6 +1,8 @@
 #include "engine/files/StagedFile.h"
 
+#include "engine/files/AccessList.h"
 #include "engine/files/FileBytes.h"
+#include "engine/files/FreeName.h"
 #include "engine/files/InPlace.h"
 #include "engine/files/StagedNames.h"
 #include "engine/support/PathName.h"
@@ -22,6 +24,7 @@ namespace {
     constexpr std::size_t appendBufferBytes = std::size_t { 256 } * 1024;
     constexpr std::uint64_t longestGap = 4096; // that is filled rather than left to the file system
     constexpr int longestLinkChain = 40;
+    constexpr char nameIsTaken[] = "a file of that name has appeared during the run";
 
     /// The file that a write to `path` would end in: links are followed also when they dangle.
     QByteArray resolveLinks(const QByteArray& path)
@@ -91,10 +94,8 @@ bool StagedFile::createBesideTarget()
         if (m_file >= 0 && ownStagedFile(m_file))
             return true;
         error = m_file < 0 ? errno : EEXIST;
-        if (m_file >= 0) {
-            ::unlink(m_temporary.constData());
+        if (m_file >= 0) // Who took it for a leftover removes it; the name may be another's by now.
             ::close(std::exchange(m_file, -1));
-        }
     }
     m_temporary.clear();
     const bool folderTakesNoFile = error == EACCES || error == EPERM || error == EROFS;
@@ -184,10 +185,12 @@ void StagedFile::settle()
         syncToDisk(m_file);
 }
 
-void StagedFile::commit()
+void StagedFile::commit(Existing existing)
 {
     flush();
     lookAtTarget(); // by now there may be something
+    if (existing == Existing::Kept && m_replaces)
+        throw std::runtime_error(nameIsTaken);
     if (m_inPlace) {
         replaceContent(m_target, m_file, m_size);
         return;
@@ -198,16 +201,28 @@ void StagedFile::commit()
         syncToDisk(m_file);
     }
     checkAtClose(m_file);
-    // Still open, and so still owned: nobody takes it for a leftover.
-    const auto putInPlace = [&] { return ::rename(m_temporary.constData(), m_target.constData()); };
-    if (retryInterrupted(putInPlace) != 0)
-        throwFileSystemError("cannot put the file in place", errno);
+    putInPlace(existing);
     m_temporary.clear();
     ::close(std::exchange(m_file, -1));
 }
 
+/// Still open, and so still owned: nobody takes it for a leftover.
+void StagedFile::putInPlace(Existing existing)
+{
+    if (existing == Existing::Kept) {
+        if (!takeFreeName(m_temporary, m_target))
+            throw std::runtime_error(nameIsTaken);
+        return;
+    }
+    const auto rename = [&] { return ::rename(m_temporary.constData(), m_target.constData()); };
+    if (retryInterrupted(rename) != 0)
+        throwFileSystemError("cannot put the file in place", errno);
+}
+
 /// Owner, group and permissions of the file that is replaced. Who may not give the file away keeps
 /// it, and where the group cannot be kept another one gets no more rights than everybody has.
+/// Without its access list the group's bits, which are the most that a list gives, would mean the
+/// group's own.
 void StagedFile::keepPermissions()
 {
     unsigned permissions = m_permissions;
@@ -217,7 +232,9 @@ void StagedFile::keepPermissions()
     if (isOther && ::fchown(m_file, m_owner, m_group) != 0
         && ::fchown(m_file, static_cast<uid_t>(-1), m_group) != 0)
         permissions &= ~0070U | (permissions & 0007U) << 3U;
-    if (!isOther && (status.st_mode & 0777U) == permissions)
+    if (!keepAccessList(m_target, m_file))
+        permissions &= ~0070U;
+    if (::fstat(m_file, &status) == 0 && (status.st_mode & 0777U) == permissions)
         return;
     if (retryInterrupted([&] { return ::fchmod(m_file, static_cast<mode_t>(permissions)); }) != 0)
         throwFileSystemError("cannot keep the permissions", errno);

@@ -12,13 +12,20 @@ namespace pagestack {
 /// it is complete, so that a failure, a crash or a cancel leaves what was at the target as it was.
 ///
 /// Through a symbolic link the link's target is replaced. The permissions of a file that is
-/// replaced are kept, its owner and group where that is allowed; the temporary file is never
-/// readable to more. In a folder that takes no new file, an existing writable file is replaced in
-/// place at `commit`. What a program that was killed leaves behind is what StagedNames.h says. One
-/// thread at a time; a staged file may be handed from one thread to another.
+/// replaced are kept, with its access list, its owner and group where that is allowed; the
+/// temporary file is never readable to more. In a folder that takes no new file, an existing
+/// writable file is replaced in place at `commit`. What a program that was killed leaves behind is
+/// what StagedNames.h says. One thread at a time; a staged file may be handed from one thread to
+/// another.
 class StagedFile : public ByteFile
 {
 public:
+    /// What becomes of a file that is at the target when the new one is put there.
+    enum class Existing {
+        Replaced,
+        Kept, ///< it is an error, also when it has come a moment ago
+    };
+
     /// Creates the temporary file. Throws std::runtime_error with the reason (no such folder, no
     /// permission, the target is no regular file).
     explicit StagedFile(const QString& targetPath);
@@ -48,11 +55,12 @@ public:
 
     /// Puts the file in place of the target. Throws std::runtime_error with the reason; the target
     /// is then as it was.
-    void commit();
+    void commit(Existing existing = Existing::Replaced);
 
 private:
     void lookAtTarget();
     bool createBesideTarget();
+    void putInPlace(Existing existing);
     void keepPermissions();
     void flush();
     /// Whether these bytes have not been handed to the file system yet.

@@ -27,15 +27,6 @@ namespace {
             && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
     }
 
-    bool isStagedName(const QByteArray& name)
-    {
-        if (!name.startsWith(start) || !name.endsWith(end))
-            return false;
-        const qsizetype length = name.size() - qsizetype { sizeof start - 1 + sizeof end - 1 };
-        const QList<QByteArray> numbers = name.mid(sizeof start - 1, length).split('-');
-        return numbers.size() == 2 && isNumber(numbers[0]) && isNumber(numbers[1]);
-    }
-
     struct FolderCloser
     {
         void operator()(DIR* folder) const noexcept { ::closedir(folder); }
@@ -75,6 +66,15 @@ QByteArray stagedName()
         + end;
 }
 
+bool isStagedName(const QByteArray& name)
+{
+    if (!name.startsWith(start) || !name.endsWith(end))
+        return false;
+    const qsizetype length = name.size() - qsizetype { sizeof start - 1 + sizeof end - 1 };
+    const QList<QByteArray> numbers = name.mid(sizeof start - 1, length).split('-');
+    return numbers.size() == 2 && isNumber(numbers[0]) && isNumber(numbers[1]);
+}
+
 bool ownStagedFile(int file)
 {
     if (retryInterrupted([&] { return ::flock(file, LOCK_EX | LOCK_NB); }) != 0)
@@ -83,16 +83,18 @@ bool ownStagedFile(int file)
     return ::fstat(file, &status) == 0 && status.st_nlink > 0;
 }
 
-void removeLeftStagedFiles(const QString& folder)
+void removeLeftStagedFiles(const QString& folder, const QSet<QByteArray>& kept)
 {
     const std::unique_ptr<DIR, FolderCloser> entries(
         ::opendir(QFile::encodeName(folder).constData()));
     if (!entries)
         return;
     // Of a stream of this call's own: NOLINTNEXTLINE(concurrency-mt-unsafe)
-    while (const dirent* entry = ::readdir(entries.get()))
-        if (isStagedName(QByteArray::fromRawData(entry->d_name, qsizetype(qstrlen(entry->d_name)))))
+    while (const dirent* entry = ::readdir(entries.get())) {
+        const auto name = QByteArray::fromRawData(entry->d_name, qsizetype(qstrlen(entry->d_name)));
+        if (isStagedName(name) && !kept.contains(name))
             removeUnlessOwned(::dirfd(entries.get()), entry->d_name);
+    }
 }
 
 } // namespace pagestack

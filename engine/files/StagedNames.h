@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QSet>
 #include <QString>
 
 namespace pagestack {
@@ -19,8 +20,11 @@ QByteArray stagedName();
 /// the moment before.
 bool ownStagedFile(int file);
 
-/// Removes the staged files in `folder` that no running program owns. What cannot be removed, or
-/// looked at, stays. Any thread.
-void removeLeftStagedFiles(const QString& folder);
+/// Whether a staged file could have this name.
+bool isStagedName(const QByteArray& name);
+
+/// Removes the staged files in `folder` that no running program owns, except for those with a name
+/// of `kept`. What cannot be removed, or looked at, stays. Any thread.
+void removeLeftStagedFiles(const QString& folder, const QSet<QByteArray>& kept = {});
 
 } // namespace pagestack

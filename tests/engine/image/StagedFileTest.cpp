@@ -13,6 +13,9 @@
 #include <stdexcept>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#ifdef __linux__
+#include <sys/xattr.h>
+#endif
 #include <unistd.h>
 
 using namespace pagestack;
@@ -79,8 +82,11 @@ private slots:
     void leavesNothingBehindWhenItIsGivenUp();
     void holdsWhatWasWrittenAnywhere();
     void keepsPermissionsOfTheFileItReplaces();
+    void keepsAccessListsOfTheFileItReplaces();
+    void keepsWhatHasComeToTheTarget();
     void replacesTheTargetOfALink_data();
     void replacesTheTargetOfALink();
+    void goesThroughALinkBeforeGoingUp();
     void refusesTargetsThatAreNoFiles_data();
     void refusesTargetsThatAreNoFiles();
     void replacesInPlaceWhereTheFolderTakesNoFile();
@@ -152,6 +158,72 @@ void StagedFileTest::keepsPermissionsOfTheFileItReplaces()
     ::umask(mask);
     QVERIFY(isMade);
     QCOMPARE(permissions(path(u"b"_s)), mode_t { 0640 });
+}
+
+void StagedFileTest::keepsAccessListsOfTheFileItReplaces()
+{
+#ifdef __linux__
+    // Version 2; tag, rights and number, little-endian: the owner, user 1, the group, the mask,
+    // all.
+    const QByteArray list = QByteArray::fromHex("02000000"
+                                                "01000600ffffffff"
+                                                "0200040001000000"
+                                                "04000000ffffffff"
+                                                "10000400ffffffff"
+                                                "20000000ffffffff");
+    const auto listOf = [this](const QString& name) {
+        QByteArray found(100, '\0');
+        const ssize_t size = ::getxattr(QFile::encodeName(path(name)).constData(),
+                                        "system.posix_acl_access", found.data(), 100);
+        return found.first(std::max<qsizetype>(0, size));
+    };
+    const auto set = [&](const QString& name, const char* attribute) {
+        return ::setxattr(QFile::encodeName(path(name)).constData(), attribute, list.constData(),
+                          static_cast<std::size_t>(list.size()), 0)
+            == 0;
+    };
+    putBytes(path(u"plain"_s), "old");
+    setPermissions(path(u"plain"_s), 0640);
+    putBytes(path(u"listed"_s), "old");
+    if (!set(u"listed"_s, "system.posix_acl_access"))
+        QSKIP("the file system knows no access lists");
+    QVERIFY(set({}, "system.posix_acl_default")); // which a new file of the folder inherits
+    for (const QString& name : { u"plain"_s, u"listed"_s }) {
+        QVERIFY(replaces(path(name), "new"));
+        QCOMPARE(permissions(path(name)), mode_t { 0640 });
+        QCOMPARE(listOf(name), name == u"plain" ? QByteArray() : list);
+    }
+#else
+    QSKIP("the lists of this system are not kept");
+#endif
+}
+
+void StagedFileTest::keepsWhatHasComeToTheTarget()
+{
+    {
+        StagedFile first(path(u"a"_s));
+        StagedFile second(path(u"a"_s));
+        StagedFile atALink(path(u"b"_s));
+        first.write(span("first"));
+        first.commit(StagedFile::Existing::Kept);
+        QVERIFY(QFile::link(u"nowhere"_s, path(u"b"_s)));
+        StagedFile last(path(u"a"_s));
+        for (StagedFile* file : { &second, &atALink, &last }) {
+            file->write(span("later"));
+            QVERIFY_THROWS_EXCEPTION(std::runtime_error, file->commit(StagedFile::Existing::Kept));
+        }
+    }
+    QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("first"));
+    QCOMPARE(QFile::symLinkTarget(path(u"b"_s)), path(u"nowhere"_s));
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden), QStringList { u"a"_s });
+}
+
+void StagedFileTest::goesThroughALinkBeforeGoingUp()
+{
+    QVERIFY(QDir(m_folder->path()).mkpath(u"far/away"_s));
+    QVERIFY(QFile::link(u"far/away"_s, path(u"link"_s)));
+    QVERIFY(replaces(path(u"link/../a"_s), "new"));
+    QCOMPARE(bytesOf(path(u"far/a"_s)), QByteArray("new"));
 }
 
 void StagedFileTest::replacesTheTargetOfALink_data()

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <optional>
+
+struct stat;
+
+namespace pagestack {
+
+/// Which file it is, and what tells whether it was written to since: another file under its name,
+/// or other bytes in it, make another state.
+struct FileState
+{
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t sizeBytes = 0;
+    std::int64_t modifiedNs = 0;
+    std::int64_t changedNs = 0; ///< of its description: what sets the other time back sets this one
+
+    FileState() = default;
+    explicit FileState(const struct stat& status);
+
+    bool isSameFileAs(const FileState& other) const
+    {
+        return device == other.device && inode == other.inode;
+    }
+    friend bool operator==(const FileState&, const FileState&) = default;
+};
+
+/// Of the file that `path` leads to, links followed; none when there is nothing.
+std::optional<FileState> fileState(const QByteArray& path);
+
+} // namespace pagestack

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QByteArray>
+
+namespace pagestack {
+
+/// Renames the file `from` to `to` if nothing has that name; false when something has. Where the
+/// file system knows no such step, the two are one after the other. Throws std::runtime_error with
+/// the reason. Both in the file system's encoding, in one folder.
+bool takeFreeName(const QByteArray& from, const QByteArray& to);
+
+} // namespace pagestack
