@@ -94,20 +94,18 @@ void MultiPageTiff::write(const PageImage& page, const TiffPieces* pieces)
 }
 
 void MultiPageTiff::rebuildAsBigTiff()
-{
+try {
     m_assembly.reset();
     m_assembly
         = std::make_unique<TiffAssembly>(m_path, m_compression, m_plannedPages, true, m_limitBytes);
-    try {
-        for (const std::shared_ptr<const PageSource>& page : m_pages) {
-            m_assembly->append(*page);
-            if (const TiffPage* read = page->tiffPage())
-                read->forgetTags();
-        }
-    } catch (const std::runtime_error& error) {
-        // A page that could be read before: without it the file would not be what was gathered.
-        throw TiffAssembly::WriteFailure(error.what());
+    for (const std::shared_ptr<const PageSource>& page : m_pages) {
+        m_assembly->append(*page);
+        if (const TiffPage* read = page->tiffPage())
+            read->forgetTags();
     }
+} catch (const std::exception& error) {
+    // A page that could be read before: without it the file would not be what was gathered.
+    throw TiffAssembly::WriteFailure(error.what());
 }
 
 std::unique_ptr<StagedFile> MultiPageTiff::finish()
@@ -119,12 +117,12 @@ std::unique_ptr<StagedFile> MultiPageTiff::finish()
     return m_complete ? std::move(m_complete) : m_assembly->finish();
 }
 
-bool MultiPageTiff::commit()
+bool MultiPageTiff::commit(StagedFile::Existing existing)
 {
     try {
-        finish()->commit();
+        finish()->commit(existing);
         return true;
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         m_failureReason = QString::fromStdString(error.what());
         return false;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/StagedFile.h"
 #include "engine/image/PageImage.h"
 
 #include <cstdint>
@@ -10,7 +11,6 @@ namespace pagestack {
 
 struct PreparedPage;
 struct TiffPieces;
-class StagedFile;
 
 /// A TIFF file that is made of pages, one after the other, and put in place at the end.
 ///
@@ -52,7 +52,7 @@ public:
 
     /// Puts the file in place. False when nothing was gathered or the file could not be written;
     /// what was at the path is then as it was.
-    bool commit();
+    bool commit(StagedFile::Existing existing = StagedFile::Existing::Replaced);
 
     /// Why `commit` returned, or will return, false; empty after a success.
     QString failureReason() const { return m_failureReason; }

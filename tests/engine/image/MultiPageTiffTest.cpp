@@ -1,5 +1,6 @@
 #include "engine/image/MultiPageTiff.h"
 
+#include "engine/image/Bitmap.h"
 #include "engine/image/PreparedPage.h"
 #include "tests/engine/image/FileSizeLimit.h"
 #include "tests/engine/image/ImageReaders.h"
@@ -11,6 +12,7 @@
 #include <tiffio.h>
 
 #include <map>
+#include <new>
 #include <stdexcept>
 
 using namespace pagestack;
@@ -66,6 +68,24 @@ TestPage oldStyleLzw()
     return page;
 }
 
+/// A gray page for whose rows there is no memory any more once it `isShort`.
+class ShortOfMemory : public PageSource
+{
+public:
+    const PageProperties& properties() const override { return m_bitmap.properties(); }
+    std::unique_ptr<RowSource> rows() const override
+    {
+        if (isShort)
+            throw std::bad_alloc();
+        return m_bitmap.rows();
+    }
+
+    bool isShort = false;
+
+private:
+    Bitmap m_bitmap { 40, 40, {}, std::vector<std::uint8_t>(1600) };
+};
+
 bool isBigTiff(const QString& path) { return bytesOf(path).startsWith("II\x2B"); }
 
 } // namespace
@@ -93,6 +113,7 @@ private slots:
     void linksManyPages();
     void tellsAtTheEndThatTheTargetTookNoMore_data();
     void tellsAtTheEndThatTheTargetTookNoMore();
+    void losesNoPageForWantOfMemory();
     void writesNothingWithoutAPage();
 
 private:
@@ -449,6 +470,18 @@ void MultiPageTiffTest::tellsAtTheEndThatTheTargetTookNoMore()
     }
     QCOMPARE(bytesOf(m_out), QByteArray("old"));
     QCOMPARE(namesIn(m_folder.path()), (QStringList { u"out.tiff"_s, u"page.tif"_s }));
+}
+
+void MultiPageTiffTest::losesNoPageForWantOfMemory()
+{
+    putBytes(m_out, "old");
+    const auto page = std::make_shared<ShortOfMemory>();
+    MultiPageTiff file(m_out, 0, 2, 2500);
+    file.append(PageImage(page));
+    page->isShort = true; // when it is read again for a BigTIFF file, which the next page asks for
+    file.append(PageImage(std::make_shared<ShortOfMemory>()));
+    QVERIFY(!file.commit());
+    QCOMPARE(bytesOf(m_out), QByteArray("old"));
 }
 
 void MultiPageTiffTest::writesNothingWithoutAPage()
