@@ -99,7 +99,7 @@ bool PageImage::save(const QString& path, const Settings& settings)
 }
 
 bool PageImage::save(const QString& path, const Settings& settings, PreparedPage prepared,
-                     SpareThreads* threads)
+                     SpareThreads* threads, StagedFile::Existing existing)
 {
     OutputType type {};
     try {
@@ -108,7 +108,8 @@ bool PageImage::save(const QString& path, const Settings& settings, PreparedPage
         m_failureReason = QString::fromStdString(error.what());
         return false;
     }
-    return write(path, type, { settings.jpegQuality(), settings.tiffCompressionIndex(), threads },
+    return write(path, type,
+                 { settings.jpegQuality(), settings.tiffCompressionIndex(), threads, existing },
                  std::move(prepared));
 }
 
@@ -190,7 +191,7 @@ bool PageImage::write(const QString& path, OutputType type, const SaveOptions& o
         writeComplaints(prepared);
         if (!prepared.file)
             prepared.file = encoded(path, type, options);
-        prepared.file->commit();
+        prepared.file->commit(options.existing);
         return true;
     } catch (const std::exception& error) {
         m_failureReason = QString::fromStdString(error.what());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/StagedFile.h"
 #include "engine/image/PageSource.h"
 
 #include <QString>
@@ -11,7 +12,6 @@ namespace pagestack {
 
 class Settings;
 class SpareThreads;
-class StagedFile;
 enum class OutputType : int;
 struct PreparedPage;
 struct TiffPieces;
@@ -22,6 +22,7 @@ struct SaveOptions
     int jpegQuality = 10; ///< as for PageImage::saveAsJpegWithName
     int tiffCompressionIndex = 0; ///< as for PageImage::saveAsTiffWithName
     SpareThreads* threads = nullptr; ///< may help with a large page; null: there are none
+    StagedFile::Existing existing = StagedFile::Existing::Replaced; ///< not for `stage`
 };
 
 /// The image of one page, and the writers that turn it into a file.
@@ -49,9 +50,10 @@ public:
     bool save(const QString& path, const Settings& settings);
 
     /// The same with what was made of the page ahead by `stage`, for the same path. If nothing was,
-    /// `threads` can help.
+    /// `threads` can help. A file at `path` that is to be kept makes it fail.
     bool save(const QString& path, const Settings& settings, PreparedPage prepared,
-              SpareThreads* threads = nullptr);
+              SpareThreads* threads = nullptr,
+              StagedFile::Existing existing = StagedFile::Existing::Replaced);
 
     /// The first half of `save`: the complete file, which waits to be put in place and holds no
     /// memory. Throws std::runtime_error with the reason, which is told to nobody else.

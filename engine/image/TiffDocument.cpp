@@ -26,6 +26,8 @@ std::unique_ptr<TiffDocument> TiffDocument::clone() const
 
 QString TiffDocument::path() const { return m_file->path(); }
 
+const FileState& TiffDocument::stateAtOpening() const { return m_file->stateAtOpening(); }
+
 int TiffDocument::pageCount() const { return static_cast<int>(m_file->chain().offsets.size()); }
 
 PageImage TiffDocument::page(int index) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/FileState.h"
 #include "engine/image/PageImage.h"
 
 #include <QString>
@@ -29,6 +30,9 @@ public:
     std::unique_ptr<TiffDocument> clone() const;
 
     QString path() const;
+
+    /// Of the file that is read, as it was before anything was read.
+    const FileState& stateAtOpening() const;
 
     /// Number of images in the main chain of directories, thumbnails included; 1 or more.
     int pageCount() const;

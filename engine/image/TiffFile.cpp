@@ -78,7 +78,7 @@ struct TiffFile::Opened
 
     QString path;
     FileDescriptor file;
-    std::uint64_t sizeBytes = 0;
+    FileState state;
     TiffDirectoryChain chain;
 };
 
@@ -94,7 +94,7 @@ TiffFile::Opened::Opened(const QString& name)
         throw std::runtime_error("it is no regular file");
     if (status.st_size == 0)
         throw std::runtime_error("the file is empty");
-    sizeBytes = static_cast<std::uint64_t>(status.st_size);
+    state = FileState(status);
     chain = walkDirectoryChain(file.get());
     if (!chain.isTiff)
         throw std::runtime_error("it is no TIFF file");
@@ -126,7 +126,12 @@ const QString& TiffFile::path() const { return m_opened->path; }
 
 const TiffDirectoryChain& TiffFile::chain() const { return m_opened->chain; }
 
-std::uint64_t TiffFile::sizeBytes() const { return m_opened->sizeBytes; }
+std::uint64_t TiffFile::sizeBytes() const
+{
+    return static_cast<std::uint64_t>(m_opened->state.sizeBytes);
+}
+
+const FileState& TiffFile::stateAtOpening() const { return m_opened->state; }
 
 void TiffFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/FileState.h"
 #include "engine/image/TiffDirectoryChain.h"
 #include "engine/image/TiffHandle.h"
 
@@ -32,6 +33,7 @@ public:
     const QString& path() const;
     const TiffDirectoryChain& chain() const;
     std::uint64_t sizeBytes() const;
+    const FileState& stateAtOpening() const; ///< before anything was read
     TiffMessages& messages() { return m_messages; }
 
     /// Fills all of `bytes` with what the file has from `offset` on. Throws std::runtime_error.

@@ -37,6 +37,16 @@ namespace {
         return false;
     }
 
+    QSet<QByteArray> stagedSources(const QList<OutputFile>& plan)
+    {
+        QSet<QByteArray> names;
+        for (const OutputFile& output : plan)
+            for (const std::shared_ptr<FileItem>& item : output.fileItems)
+                if (const QByteArray name = QFile::encodeName(item->name()); isStagedName(name))
+                    names.insert(name);
+        return names;
+    }
+
 } // namespace
 
 Process::Process(Workspace* workspace, TimeLine updateTimeTakenLabel, QObject* parent)
@@ -61,15 +71,23 @@ void Process::start()
     if (settings()->separator().isNull())
         settings()->setSeparator(u""_s);
     try {
-        convertOutputs();
-    } catch (const std::exception& error) {
-        m_hasFailed = true;
-        systemLog(u"Error in (Process=>start) : "_s + reasonOf(error));
+        convertOrFail();
     } catch (...) {
         endRun();
         throw;
     }
     endRun();
+}
+
+void Process::convertOrFail()
+{
+    try {
+        convertOutputs();
+    } catch (const std::exception& error) {
+        m_hasFailed = true;
+        m_failure = reasonOf(error);
+        systemLog(u"Error in (Process=>start) : "_s + m_failure);
+    }
 }
 
 void Process::stop()
@@ -148,14 +166,15 @@ void Process::convertOutput(const OutputFile& output, qsizetype index)
     }
 }
 
-/// Staged files of a program that was killed, once a run and folder.
 void Process::removeLeftovers(const QString& folder)
 {
     const std::size_t key = qHash(folder);
     if (m_sweptFolders.contains(key))
         return;
     m_sweptFolders.insert(key);
-    removeLeftStagedFiles(folder);
+    if (!m_stagedSources)
+        m_stagedSources = stagedSources(outputFiles());
+    removeLeftStagedFiles(folder, *m_stagedSources);
 }
 
 void Process::convertItem(const OutputFile& output, PlanPlace place, LogFiles& record)
@@ -166,7 +185,7 @@ void Process::convertItem(const OutputFile& output, PlanPlace place, LogFiles& r
     QString refusal;
     try {
         document = openSource(path, place);
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         refusal = reasonOf(error);
     }
     try {
@@ -263,6 +282,8 @@ void Process::savePage(const Source& source, PageImage& image, LogFile& record)
         setTotalFileCreated(totalFileCreated() + 1);
         ++source.record.pages;
         emit fileWritten(sourcePath, path, 1);
+    } else if (!isWanted(path)) { // Meanwhile something came to its place.
+        record.status = u"Skipped"_s;
     } else {
         outcome = PageOutcome::Failed;
         record.status = u"Unable to save page!"_s;
@@ -280,9 +301,14 @@ QString Process::saveImage(const Source& source, PageImage& image, int page, con
             lastPathComponent(path));
     PreparedPage prepared = takePage(source.document, page);
     const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads->take();
-    if (image.save(path, *settings(), std::move(prepared), m_threads.get()))
+    if (image.save(path, *settings(), std::move(prepared), m_threads.get(), existing()))
         return {};
     return image.failureReason().isNull() ? u""_s : image.failureReason();
+}
+
+StagedFile::Existing Process::existing() const
+{
+    return m_keepsExisting ? StagedFile::Existing::Kept : StagedFile::Existing::Replaced;
 }
 
 bool Process::isWanted(const QString& outputPath) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/StagedFile.h"
 #include "engine/job/FileIdentity.h"
 #include "engine/job/OutputFile.h"
 #include "engine/log/Log.h"
@@ -110,6 +111,19 @@ public:
     /// well, so it must change nothing. To be set before the start.
     void setTargetFilter(TargetFilter filter) { m_targetFilter = std::move(filter); }
 
+    /// A file that is at a target when its output is put there is kept, and the output is a
+    /// failure, or, should the target filter refuse the target by then, skipped. False, as at
+    /// first: it is replaced. To be set before the start.
+    void setKeepsExisting(bool isKept) { m_keepsExisting = isKept; }
+
+    /// Removes the staged files in `folder` that no running program owns, once a job and folder.
+    /// Sources of the job with such a name stay. On the thread that runs `start`, or when it ended.
+    void removeLeftovers(const QString& folder);
+
+    /// The reason why `start` gave up before it was through with all outputs; null when it did not.
+    /// To be asked when it has returned.
+    QString failure() const { return m_failure; }
+
     /// How many pages are worked on at the same time: that many threads prepare the pages that come
     /// next, while the job's own takes them one after the other. When there are fewer pages,
     /// several threads work on a large one. What the job announces, logs and writes does not depend
@@ -166,6 +180,9 @@ signals:
                   pagestack::Process::PageOutcome outcome);
     /// A file with `pages` pages is in place.
     void fileWritten(const QString& sourcePath, const QString& outputPath, int pages);
+    /// The `pages` pages that were gathered, and told so, for a file that was not put in place,
+    /// since its target is no longer wanted.
+    void fileSkipped(const QString& sourcePath, const QString& outputPath, int pages);
 
 private:
     /// What the pages of one item have in common.
@@ -182,7 +199,6 @@ private:
     void convertItem(const OutputFile& output, PlanPlace place, LogFiles& record);
     void startThreads(const QList<OutputFile>& plan);
     QString saveImage(const Source& source, PageImage& image, int page, const QString& path);
-    void removeLeftovers(const QString& folder);
     std::unique_ptr<TiffDocument> openSource(const QString& path, PlanPlace place);
     PreparedPage takePage(const TiffDocument& document, int page);
     void convertDocument(const Source& source, const FileItem& item);
@@ -191,6 +207,9 @@ private:
     void writePage(const Source& source, int page);
     void savePage(const Source& source, PageImage& image, LogFile& record);
     void skipTogether(const Source& source, const QList<int>& range, const QString& path);
+    void skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles);
+    StagedFile::Existing existing() const;
+    void convertOrFail();
     void gatherPages(MultiPageTiff& file, const QString& path, const QList<int>& range,
                      const TiffDocument& document, LogFiles& logFiles);
     PageOutcome gatherPage(MultiPageTiff& file, const TiffDocument& document, LogFile& record);
@@ -218,9 +237,12 @@ private:
     Workspace* m_workspace;
     TimeLine m_updateTimeTakenLabel;
     TargetFilter m_targetFilter;
-    bool m_hasFailed = false; ///< as the next four, job's thread only
+    bool m_hasFailed = false; ///< as the next seven, job's thread only
+    QString m_failure;
+    bool m_keepsExisting = false;
     int m_jobs = 0;
     QSet<std::size_t> m_sweptFolders; ///< hashes of their paths
+    std::optional<QSet<QByteArray>> m_stagedSources; ///< names, of sources that look like leftovers
     std::unique_ptr<SpareThreads> m_threads; ///< of the run; null before it
     std::unique_ptr<LookAhead> m_lookAhead; ///< null outside of a run and when one thread does all
 

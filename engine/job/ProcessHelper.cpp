@@ -1,3 +1,4 @@
+#include "engine/files/FileState.h"
 #include "engine/image/MultiPageTiff.h"
 #include "engine/image/PreparedPage.h"
 #include "engine/image/TiffDocument.h"
@@ -7,7 +8,9 @@
 
 #include <QFile>
 
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -15,14 +18,23 @@ namespace pagestack {
 
 namespace {
 
-    /// Whether `pages` pages, put in place at `path`, would be all that is left of `document`.
-    bool losesPages(const TiffDocument& document, int pages, const QString& path)
+    /// Why `pages` pages must not be put in place at `path`, where they would be all that is left
+    /// of the source; null when they may.
+    QString lossOfPages(const TiffDocument& document, int pages, const QString& path)
     {
-        const bool isWhole = pages == document.pageCount() && document.chainFault().isEmpty();
-        if (isWhole)
-            return false;
-        const std::optional<FileIdentity> target = fileIdentity(QFile::encodeName(path));
-        return target && target == fileIdentity(QFile::encodeName(document.path()));
+        const std::optional<FileState> target = fileState(QFile::encodeName(path));
+        const std::optional<FileState> source = fileState(QFile::encodeName(document.path()));
+        const FileState& opened = document.stateAtOpening();
+        const bool isSource
+            = target && (target->isSameFileAs(opened) || (source && target->isSameFileAs(*source)));
+        if (!isSource)
+            return {};
+        if (target != opened)
+            return u"the file is kept as it is, since it has changed since its pages were read"_s;
+        if (pages != document.pageCount() || !document.chainFault().isEmpty())
+            return u"the file is kept as it is, since not all of its pages could be gathered to "
+                   "replace it"_s;
+        return {};
     }
 
 } // namespace
@@ -54,23 +66,32 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
         emit troubleMet(document->path(), 0, reason);
     } catch (...) {
         // The pages gathered are kept; the result is lost with the exception.
-        file.commit();
+        if (lossOfPages(*document, file.pageCount(), path).isNull())
+            file.commit(existing());
         throw;
     }
     if (file.pageCount() == 0)
         return false;
-    if (losesPages(*document, file.pageCount(), path)) {
-        emit troubleMet(document->path(), 0,
-                        u"the file is kept as it is, since not all of its pages could be gathered "
-                        "to replace it"_s);
-        return false;
-    }
-    if (file.commit()) {
+    const QString loss = lossOfPages(*document, file.pageCount(), path);
+    if (loss.isNull() && file.commit(existing())) {
         emit fileWritten(document->path(), path, file.pageCount());
         return true;
     }
-    emit troubleMet(document->path(), 0, file.failureReason());
+    if (isWanted(path))
+        emit troubleMet(document->path(), 0, loss.isNull() ? file.failureReason() : loss);
+    else
+        skipGathered(*document, path, logFiles);
     return false;
+}
+
+/// For pages that were gathered before something came to their target. Those records that were put
+/// aside already stay as they are.
+void Process::skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles)
+{
+    for (LogFile& record : logFiles.logFiles)
+        if (record.status == u"Completed")
+            record.status = u"Skipped"_s;
+    emit fileSkipped(document.path(), path, std::exchange(logFiles.pages, 0));
 }
 
 void Process::gatherPages(MultiPageTiff& file, const QString& path, const QList<int>& range,

@@ -57,6 +57,7 @@ public:
         listen(u"log trouble"_s, &Process::logTroubleMet);
         listen(u"page"_s, &Process::pageDone);
         listen(u"written"_s, &Process::fileWritten);
+        listen(u"skipped"_s, &Process::fileSkipped);
     }
 
     void openURL(const QUrl& url) override { opened.append(url.toLocalFile()); }

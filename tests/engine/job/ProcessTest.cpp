@@ -7,6 +7,8 @@
 #include <QTest>
 #include <QThread>
 
+#include <cstdio>
+
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
@@ -27,7 +29,11 @@ private slots:
     void announcesEachStepInOrder();
     void converts_data();
     void converts();
+    void keepsASourceThatAnotherProgramChanges();
+    void keepsWhatHasComeToATarget_data();
+    void keepsWhatHasComeToATarget();
     void bringsTheRunToItsEndAfterAnException();
+    void keepsTheSourceAfterAnException();
 };
 
 void ProcessTest::announcesEachStepInOrder()
@@ -159,6 +165,9 @@ trouble in/a.tif 1 a1.png leads to the source itself, which a single page must n
     row("leftovers", u"a.tif:W"_s, u"out/.pagestack-1-2.part out/.pagestack-1.part"_s,
         uR"(in/a.tif to out, 1 pages [] a1.png 1 Completed
 1/1 out/a1.png -out/.pagestack-1-2.part All files converted successfully.)"_s);
+    row("a leftover that is a source", u".pagestack-1-2.part:W"_s, u"outputFolderPath="_s,
+        uR"(in/.pagestack-1-2.part to in, 1 pages [] .pagestack-1-21.png 1 Completed
+1/1 in/.pagestack-1-21.png All files converted successfully.)"_s);
     row("together with troubles", u"bad.tif:WBW worse.tif:B less.tif:WWWW text.tif"_s,
         u"outputType=2 in/less.tif:WW in/text.tif:W"_s,
         uR"(in/bad.tif to out, 2 pages [] bad.tiff 1 Completed, bad.tiff 2 Unable to save page!, bad.tiff 3 Completed
@@ -214,6 +223,66 @@ void ProcessTest::converts()
     QVERIFY(fixture.hasEnded());
 }
 
+void ProcessTest::keepsASourceThatAnotherProgramChanges()
+{
+    for (const bool isRenamed : { true, false }) {
+        JobFixture fixture(u"a.tiff:WW"_s, u"outputType=2 outputFolderPath= in/new:WWW"_s);
+        fixture.onEvent = [&](const QString& met) {
+            if (!met.startsWith(u"page in/a.tiff 1 "))
+                return;
+            if (!isRenamed)
+                fixture.folder.make(u"in/a.tiff:WWW"_s);
+            else if (::rename(QFile::encodeName(fixture.folder.path(u"in/new"_s)).constData(),
+                              QFile::encodeName(fixture.folder.path(u"in/a.tiff"_s)).constData()))
+                throw std::runtime_error("cannot rename");
+        };
+        fixture.run();
+        QVERIFY(fixture.folder.changes().contains(u"in/a.tiff[1/8,2/8,3/8]"_s));
+        QCOMPARE(fixture.events.filter(u"trouble "_s),
+                 QStringList { u"trouble in/a.tiff 0 the file is kept as it is, since it has "
+                               "changed since its pages were read"_s });
+    }
+}
+
+void ProcessTest::keepsWhatHasComeToATarget_data()
+{
+    QTest::addColumn<QString>("changes");
+    QTest::addColumn<bool>("isSkipped");
+    QTest::addColumn<QString>("summary");
+    const QString page = u"in/a.tif to out, 1 pages [] a1.png 1 %1, a2.png 2 Completed\n"_s;
+    const QString pageEnd = u"1/1 out/a1.png out/a2.png All *"_s;
+    const QString together = u"in/a.tif to out, %1 pages [] a.tiff 1 %2, a.tiff 2 %2\n"_s;
+    const QString togetherEnd = u"1/0 out/a.tiff[101/8] Total 0 *"_s;
+    const QString trouble
+        = u"trouble in/a.tif %1 a file of that name has appeared during the run\n"_s;
+    QTest::newRow("skip") << QString() << true << page.arg(u"Skipped"_s) + pageEnd;
+    QTest::newRow("error") << QString() << false
+                           << page.arg(u"Unable to save page!"_s) + trouble.arg(1) + pageEnd;
+    QTest::newRow("skip, together")
+        << u"outputType=2"_s << true << together.arg(u"0"_s, u"Skipped"_s) + togetherEnd;
+    QTest::newRow("error, together")
+        << u"outputType=2"_s << false
+        << together.arg(u"2"_s, u"Completed"_s) + trouble.arg(0) + togetherEnd;
+}
+
+void ProcessTest::keepsWhatHasComeToATarget()
+{
+    QFETCH(const QString, changes);
+    QFETCH(const bool, isSkipped);
+    QFETCH(const QString, summary);
+    JobFixture fixture(u"a.tif:WW"_s, changes + u" jobs=1"_s);
+    fixture.job.setKeepsExisting(true);
+    fixture.job.setTargetFilter([&](const QString& path) {
+        const bool isFree = !QFile::exists(path);
+        if (isFree && !path.endsWith(u"a2.png")) // It comes as soon as somebody has looked.
+            fixture.folder.make(u"out/%1:V"_s.arg(lastPathComponent(path)));
+        return isFree || !isSkipped;
+    });
+    fixture.run();
+    QCOMPARE(withStars(fixture.summary(), summary), summary);
+    QCOMPARE(fixture.events.filter(u"skipped "_s).size(), isSkipped && !changes.isEmpty() ? 1 : 0);
+}
+
 void ProcessTest::bringsTheRunToItsEndAfterAnException()
 {
     for (const bool hasReason : { true, false }) {
@@ -233,9 +302,21 @@ void ProcessTest::bringsTheRunToItsEndAfterAnException()
         // Without a reason it is no failure of the run that a message could tell.
         QCOMPARE(fixture.job.message(),
                  hasReason ? failure : u"Total 1 files converted successfully."_s);
+        QCOMPARE(fixture.job.failure(), hasReason ? u"no line to write on"_s : QString());
         QCOMPARE(fixture.folder.changes(), u"out/a1.png"_s);
         QVERIFY(fixture.hasEnded());
     }
+}
+
+void ProcessTest::keepsTheSourceAfterAnException()
+{
+    JobFixture fixture(u"a.tiff:WW"_s, u"outputType=2 outputFolderPath="_s);
+    fixture.onEvent = [](const QString& met) {
+        if (met.startsWith(u"page in/a.tiff 1 "))
+            throw 7;
+    };
+    QVERIFY_THROWS_EXCEPTION(int, fixture.run());
+    QCOMPARE(fixture.folder.changes(), QString());
 }
 
 QTEST_GUILESS_MAIN(ProcessTest)
