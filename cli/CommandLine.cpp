@@ -59,6 +59,8 @@ int runCommandLine(int argc, char* argv[])
     occupyStandardStreams();
     // A reader that goes away is seen where the text is written.
     std::signal(SIGPIPE, SIG_IGN);
+    // So is a file that grows past the limit of the process: the write fails.
+    std::signal(SIGXFSZ, SIG_IGN);
     Console console;
     SystemLogLines systemLogLines(console);
     try {

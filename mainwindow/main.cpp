@@ -9,10 +9,14 @@
 
 #include <QApplication>
 
+#include <csignal>
+
 int main(int argc, char* argv[])
 {
     using namespace pagestack;
 
+    // A file that grows past the limit of the process is a write that fails, and no end of it.
+    std::signal(SIGXFSZ, SIG_IGN);
     QApplication application(argc, argv);
     QApplication::setApplicationName(displayName.toString());
     QApplication::setApplicationVersion(version.toString());
