@@ -1,6 +1,9 @@
 #include "cli/Console.h"
 
+#include "engine/files/FileBytes.h"
+
 #include <cerrno>
+#include <poll.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -14,6 +17,27 @@ namespace {
     {
         static const QString name = u"pagestack-convert: "_s;
         return name;
+    }
+
+    /// Also to a stream that does not wait for its reader, which another program may have made of
+    /// it. 0, or the number of the error.
+    int writeAll(int file, QByteArrayView bytes)
+    {
+        while (!bytes.isEmpty()) {
+            const ssize_t written = retryInterrupted([&] {
+                return ::write(file, bytes.data(), static_cast<std::size_t>(bytes.size()));
+            });
+            if (written >= 0) {
+                bytes = bytes.sliced(written);
+                continue;
+            }
+            if (errno != EAGAIN && errno != EWOULDBLOCK)
+                return errno;
+            pollfd ready { file, POLLOUT, 0 };
+            if (retryInterrupted([&] { return ::poll(&ready, 1, -1); }) < 0)
+                return errno;
+        }
+        return 0;
     }
 
     QString asOneLine(QString text)
@@ -79,12 +103,9 @@ void Console::write(Stream& stream, const QString& text)
 {
     if (stream.isBroken)
         return;
-    const QByteArray bytes = text.toUtf8();
-    const auto size = static_cast<std::size_t>(bytes.size());
-    if (std::fwrite(bytes.constData(), 1, size, stream.file) == size
-        && std::fflush(stream.file) == 0)
+    const int error = writeAll(::fileno(stream.file), text.toUtf8());
+    if (error == 0)
         return;
-    const int error = errno;
     stream.isBroken = true;
     if (&stream == &m_output)
         write(m_errors,

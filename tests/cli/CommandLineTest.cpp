@@ -8,10 +8,12 @@
 #include <QDir>
 #include <QTest>
 
+#include <array>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
 #include <stdlib.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -31,6 +33,7 @@ private slots:
     void reportsANameThatIsNoText();
     void tellsTheTimeLeft();
     void drawsProgressOverItselfOnATerminal();
+    void waitsForTheReaderOfAStreamThatDoesNot();
 };
 
 namespace {
@@ -227,6 +230,25 @@ void CommandLineTest::drawsProgressOverItselfOnATerminal()
         drawn.append(byte);
     ::close(terminal);
     QCOMPARE(drawn, QByteArray("\r10 of 11\r1 left  \r      \rpagestack-convert: bad\r\n"));
+}
+
+void CommandLineTest::waitsForTheReaderOfAStreamThatDoesNot()
+{
+    std::array<int, 2> ends {};
+    QCOMPARE(::pipe(ends.data()), 0);
+    QCOMPARE(::fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
+    const QString line(1'000'000, u'a'); // more than a pipe takes
+    std::thread writer([&] {
+        const Stream output(::fdopen(ends[1], "w"));
+        Console(output.get(), stderr).result(line);
+    });
+    std::array<char, 4096> part {};
+    qsizetype size = 0;
+    for (ssize_t got = 0; (got = ::read(ends[0], part.data(), part.size())) > 0;)
+        size += got;
+    writer.join();
+    ::close(ends[0]);
+    QCOMPARE(size, line.size() + 1);
 }
 
 QTEST_GUILESS_MAIN(CommandLineTest)
