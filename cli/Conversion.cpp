@@ -5,8 +5,8 @@
 #include "cli/Preflight.h"
 #include "cli/Report.h"
 #include "cli/Sources.h"
-#include "engine/files/StagedNames.h"
 #include "engine/job/FileIdentity.h"
+#include "engine/job/OutputNames.h"
 #include "engine/job/Process.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/Signals.h"
@@ -17,9 +17,10 @@
 #include <QFileInfo>
 
 #include <atomic>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 
 using namespace Qt::StringLiterals;
 
@@ -43,12 +44,13 @@ namespace {
         bool lookUpSources();
         void takeSettings();
         void planOutputs();
-        void refuseLogInPlaceOfSource();
+        void refuseLogInPlaceOfInput();
         void checkTargets();
         void report(const Findings& findings);
         void prepareLog(Process& job);
+        bool runOnThread(const std::function<void()>& work);
         void runJob(Process& job);
-        void copyLog(const Process& job);
+        void copyLog(Process& job);
         int code(ExitCode ended) const;
 
         const Options& m_options;
@@ -133,22 +135,27 @@ namespace {
         }
     }
 
-    void Conversion::refuseLogInPlaceOfSource()
+    void Conversion::refuseLogInPlaceOfInput()
     {
         if (m_options.logFile.isEmpty())
             return;
-        const std::optional<FileIdentity> log = fileIdentity(QFile::encodeName(m_options.logFile));
+        const std::optional<FileIdentity> log
+            = fileIdentity(QFile::encodeName(logTarget(m_options)));
         for (const Source& source : m_sources)
             if (log && log == fileIdentity(QFile::encodeName(source.path)))
                 throw OutputRefused(
                     u"%1 is a source, which the log would replace"_s.arg(source.shown));
+        for (const QString& list : m_options.pathLists)
+            if (log && list != u"-" && log == fileIdentity(QFile::encodeName(list)))
+                throw OutputRefused(
+                    u"%1 is a list of sources, which the log would replace"_s.arg(list));
     }
 
     void Conversion::checkTargets()
     {
+        refuseLogInPlaceOfInput(); // The log is written after a signal, too.
         if (Signals::received())
             return;
-        refuseLogInPlaceOfSource();
         const TargetFindings found = findTargets(m_sources, m_outputs, m_settings, m_options);
         const bool isStrict = m_options.onExists == OnExists::Error;
         Findings refusals = found.unwritable;
@@ -175,6 +182,20 @@ namespace {
             m_console.trouble(u"the folder for the log cannot be made: %1"_s.arg(fault));
     }
 
+    /// Until `work` is done. False, at once, when the system has no thread for it.
+    bool Conversion::runOnThread(const std::function<void()>& work)
+    {
+        WorkerThread worker(work);
+        QObject::connect(&worker, &QThread::finished, qApp, &QCoreApplication::quit,
+                         Qt::QueuedConnection);
+        worker.start();
+        if (!worker.isRunning() && !worker.isFinished())
+            return false;
+        QCoreApplication::exec();
+        worker.wait();
+        return true;
+    }
+
     void Conversion::runJob(Process& job)
     {
         Report report(m_options, m_sources, m_outputs, m_console);
@@ -182,6 +203,7 @@ namespace {
         job.setOutputFiles(m_outputs);
         job.setSettings(&m_settings);
         job.setJobs(m_options.jobs);
+        job.setKeepsExisting(m_options.onExists != OnExists::Overwrite);
         job.setTotalFileSelected(static_cast<int>(m_outputs.size()));
         if (m_options.onExists == OnExists::Skip)
             job.setTargetFilter([](const QString& path) {
@@ -192,35 +214,41 @@ namespace {
         job.setIsCombining(Signals::received() == 0);
 
         std::atomic<bool> endedBadly = false;
-        WorkerThread worker([&] {
+        const auto work = [&] {
             try {
                 job.start();
             } catch (
                 ...) { // The worker's edge: the job has come to its end, only the reason is lost.
                 endedBadly = true;
             }
-        });
-        QObject::connect(&worker, &QThread::finished, qApp, &QCoreApplication::quit,
-                         Qt::QueuedConnection);
-        worker.start();
-        QCoreApplication::exec();
-        worker.wait();
+        };
+        if (!runOnThread(work)) {
+            // There is no event loop to tell of a signal.
+            QObject::connect(&job, &Process::pageDone, &job, [&job] {
+                if (Signals::received())
+                    job.stop();
+            });
+            work();
+        }
 
         report.finish(job.message());
+        const bool isCutShort = !job.failure().isNull();
+        if (isCutShort)
+            m_console.trouble(u"the run ended early: %1"_s.arg(job.failure()));
         if (endedBadly)
             m_console.trouble(u"the run was ended by an unknown error"_s);
-        m_hasFailures = m_hasFailures || report.hasFailures() || endedBadly;
+        m_hasFailures = m_hasFailures || report.hasFailures() || isCutShort || endedBadly;
     }
 
-    void Conversion::copyLog(const Process& job)
+    void Conversion::copyLog(Process& job)
     {
         QString fault;
         try {
-            removeLeftStagedFiles(QFileInfo(m_options.logFile).absolutePath());
+            job.removeLeftovers(folderPart(logTarget(m_options)));
             fault = job.log()->saveTo(m_options.logFile);
             if (fault.isNull())
                 return;
-        } catch (const std::runtime_error& error) {
+        } catch (const std::exception& error) {
             fault = QString::fromUtf8(error.what());
         }
         m_hasFailures = true;

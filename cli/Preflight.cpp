@@ -1,15 +1,19 @@
 #include "cli/Preflight.h"
 
 #include "cli/Options.h"
+#include "engine/files/StagedFile.h"
 #include "engine/job/FileIdentity.h"
 #include "engine/job/OutputNames.h"
 #include "engine/settings/Settings.h"
+#include "engine/support/PathName.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
 
+#include <optional>
+#include <stdexcept>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -20,7 +24,7 @@ namespace {
 
     constexpr qsizetype shownFindings = 10;
 
-    /// Paths that lead to the same place by different folders, made equal.
+    /// Paths that lead to the same place by different folders, or mounts, made equal.
     class Places
     {
     public:
@@ -28,14 +32,21 @@ namespace {
         {
             const QString folder = folderPart(path);
             auto known = m_folders.find(folder);
-            if (known == m_folders.end()) {
-                const QString canonical = QFileInfo(folder).canonicalFilePath();
-                known = m_folders.insert(folder, canonical.isEmpty() ? folder : canonical);
-            }
+            if (known == m_folders.end())
+                known = m_folders.insert(folder, folderKey(folder));
             return joinedPath(*known, lastPathComponent(path));
         }
 
     private:
+        /// Of a folder that is still to be made, by the one above.
+        QString folderKey(const QString& folder)
+        {
+            const std::optional<FileIdentity> identity = fileIdentity(QFile::encodeName(folder));
+            if (identity)
+                return u"%1 %2"_s.arg(identity->device).arg(identity->inode);
+            return folder.size() > 1 ? key(folder) : folder;
+        }
+
         QHash<QString, QString> m_folders;
     };
 
@@ -50,8 +61,7 @@ namespace {
             for (const Source& source : sources)
                 m_sources.insert(m_places.key(source.path), source.shown);
             if (!options.logFile.isEmpty())
-                m_owners.insert(m_places.key(QFileInfo(options.logFile).absoluteFilePath()),
-                                u"the log"_s);
+                m_owners.insert(m_places.key(logTarget(options)), u"the log"_s);
         }
 
         void add(const Source& source, const OutputFile& output)
@@ -125,19 +135,27 @@ namespace {
 
 } // namespace
 
+QString logTarget(const Options& options)
+try {
+    return QFile::decodeName(StagedFile::resolvedTarget(options.logFile));
+} catch (const std::runtime_error&) {
+    return absolutePath(options.logFile); // Links in a circle: the writer will say so.
+}
+
 QString checkedOutputFolder(const QString& folder)
 {
-    const QFileInfo info(QFileInfo(folder).absoluteFilePath());
+    const QString path = absolutePath(folder);
+    const QFileInfo info(path);
     if (info.exists() && !info.isDir())
         throw OutputRefused(u"output folder %1 is no folder"_s.arg(folder));
     if (info.exists() && !info.isWritable())
         throw OutputRefused(u"output folder %1 is not writable"_s.arg(folder));
-    const QFileInfo parent(info.absolutePath());
+    const QFileInfo parent(folderPart(path));
     if (!info.exists() && !parent.isDir())
         throw OutputRefused(u"output folder %1 and its parent are missing"_s.arg(folder));
     if (!info.exists() && !parent.isWritable())
         throw OutputRefused(u"output folder %1 cannot be made"_s.arg(folder));
-    return info.absoluteFilePath();
+    return path;
 }
 
 void makeOutputFolder(const QString& path)

@@ -25,6 +25,9 @@ public:
     }
 };
 
+/// The file that a log to `options.logFile` is written to, whatever links lead there.
+QString logTarget(const Options& options);
+
 /// The absolute path of the output folder `folder`. Throws OutputRefused when it is not writable,
 /// or missing with its parent. Makes nothing.
 QString checkedOutputFolder(const QString& folder);

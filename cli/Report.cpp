@@ -67,6 +67,7 @@ void Report::listenTo(const Process& job)
     connect(&job, &Process::troubleMet, this, &Report::addTrouble, atOnce);
     connect(&job, &Process::pageDone, this, &Report::addPage, atOnce);
     connect(&job, &Process::fileWritten, this, &Report::addFile, atOnce);
+    connect(&job, &Process::fileSkipped, this, &Report::skipFile, atOnce);
     connect(&job, &Process::totalFileProcessedChanged, this, &Report::endSource, atOnce);
     connect(
         &job, &Process::logTroubleMet, this,
@@ -117,6 +118,12 @@ void Report::addFile(const QString& sourcePath, const QString& outputPath, int p
     if (m_options.isVerbose && place >= 0)
         m_console.result(
             shownTarget(m_sources.at(place), lastPathComponent(outputPath), m_options));
+}
+
+void Report::skipFile(const QString&, const QString&, int pages)
+{
+    m_counts.gathered -= pages;
+    m_counts.skipped += pages;
 }
 
 void Report::endSource(int processed)

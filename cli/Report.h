@@ -52,6 +52,7 @@ private:
     void addPage(const QString& sourcePath, int page, const QString& outputPath,
                  Process::PageOutcome outcome);
     void addFile(const QString& sourcePath, const QString& outputPath, int pages);
+    void skipFile(const QString& sourcePath, const QString& outputPath, int pages);
     void endSource(int processed);
 
     const Options& m_options;

@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -23,6 +24,9 @@ private slots:
     void refusesFoldersThatAreNotWritable();
     void finishesThePageAfterASignal();
     void endsAtOnceAfterASecondSignal();
+    void leavesTheSourceToNoLogAfterAnEarlySignal();
+    void replacesWhatComesDuringTheRunOnlyWhenTold();
+    void needsNoThreadOfItsOwn();
 
 private:
     void start(const QString& words, const QByteArray& input = {});
@@ -92,6 +96,18 @@ Total 4 files converted successfully.
     row("a log in place of a source", u"a.tif:W b.tif>a.tif"_s,
         u"-o out --on-exists overwrite --log b.tif a.tif"_s,
         u"! a.tif is a source, which the log would replace\n4"_s);
+    row("a log in place of the list", u"a.tif:W list"_s, u"a.tif --files-from list --log ./list/"_s,
+        u"! text: no such file or folder\n! list is a list of sources, which the log would "
+        "replace\n4"_s);
+    row("a log that a link puts in place of an output", u"a.tif:W log>a1.jpg"_s,
+        u"a.tif --log log"_s,
+        u"! a1.jpg is wanted by the log and by a.tif\n! nothing was written; *\n4"_s);
+    row("upwards behind a link", u"a.tif:W far/away/ link>far/away"_s,
+        u"-q a.tif -o link/../out/ --log link/../log"_s,
+        u"0 LOG far/log far/out/ far/out/a1.jpg"_s);
+    row("a limit of what a file may hold", u"a.tif:W"_s,
+        u"sh ulimit -f 1; exec '%1' -q --no-log -f bmp a.tif"_s,
+        u"! a.tif[1]: cannot write: File too large\n1"_s);
     row("wrong usage", u"a.tif:W"_s, u"--quality 11 a.tif"_s,
         u"! quality '11' is no number from 0 to 10; 'pagestack-convert --help' tells more\n2"_s);
     row("troubles", u"a.tif:WB b.tif c.tif:W"_s, u"none.tif a.tif b.tif c.tif -o out"_s,
@@ -234,6 +250,69 @@ void ProgramTest::endsAtOnceAfterASecondSignal()
     while (!m_process->waitForFinished(40));
     QVERIFY(summary().startsWith(u"130 "));
     QVERIFY2(!QFile::exists(u"out/a1.jpg"_s), "a page has its name only when it is complete");
+}
+
+void ProgramTest::leavesTheSourceToNoLogAfterAnEarlySignal()
+{
+    m_folder->make(u"a.tif:"_s + QString(5000, u'W'));
+    // The first word is told before the pages are counted. Until then a signal ends the program.
+    do {
+        start(u"none.tif a.tif -o out --log a.tif"_s);
+        m_process->setReadChannel(QProcess::StandardError);
+        QVERIFY(m_process->waitForReadyRead(30000));
+        QCOMPARE(::kill(static_cast<pid_t>(m_process->processId()), SIGINT), 0);
+        m_process->waitForFinished(60000);
+    } while (m_process->exitStatus() == QProcess::CrashExit);
+    QCOMPARE(m_process->exitCode(), 130);
+    QCOMPARE(m_folder->changes(), QString());
+}
+
+void ProgramTest::replacesWhatComesDuringTheRunOnlyWhenTold()
+{
+    for (const QString& policy : { u"error"_s, u"overwrite"_s }) {
+        const bool isKept = policy == u"error";
+        init();
+        m_folder->make(u"a.tif:"_s + QString(2000, u'W'));
+        start(u"-q a.tif -o out --on-exists "_s + policy);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(u"out/a1.jpg"_s), 30000);
+        m_folder->make(u"out/a2000.jpg"_s);
+        const QString found = summary();
+        QVERIFY2(found.startsWith(isKept
+                                      ? u"! a.tif[2000]: a file of that name has appeared during "
+                                        "the run\n1 "_s
+                                      : u"0 "_s),
+                 qPrintable(found.left(200)));
+        QCOMPARE(QFileInfo(u"out/a2000.jpg"_s).size() == 4, isKept);
+    }
+}
+
+void ProgramTest::needsNoThreadOfItsOwn()
+{
+#ifdef __SANITIZE_THREAD__
+    QSKIP("the thread sanitizer itself needs a thread");
+#endif
+    // So does the search for leaks at the end.
+    const QStringList environment = m_process->environment();
+    m_process->setEnvironment(
+        QStringList(environment)
+            .replaceInStrings(u"ASAN_OPTIONS="_s, u"ASAN_OPTIONS=detect_leaks=0:"_s));
+    m_folder->make(u"a.tif:WW out/"_s);
+    for (const QString& name : { QString(), u"out"_s })
+        QVERIFY(QFile::setPermissions(m_folder->path(name), QFile::Permissions(0x7777)));
+    // Root may always have another thread.
+    m_process->setChildProcessModifier([] {
+        constexpr unsigned nobody = 65534;
+        const rlimit none {};
+        if (::geteuid() == 0 && (::setgid(nobody) != 0 || ::setuid(nobody) != 0))
+            ::_exit(99);
+        ::setrlimit(RLIMIT_NPROC, &none);
+    });
+    start(u"a.tif -o out --no-log"_s);
+    if (!m_process->waitForStarted())
+        QSKIP("the program cannot be run by another user here");
+    QTRY_COMPARE_WITH_TIMEOUT(m_process->state(), QProcess::NotRunning, 30000);
+    QCOMPARE(made(), (QStringList { u"a1.jpg"_s, u"a2.jpg"_s }));
+    QCOMPARE(m_process->exitCode(), 0);
 }
 
 QTEST_GUILESS_MAIN(ProgramTest)
