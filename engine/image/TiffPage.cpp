@@ -4,6 +4,8 @@
 
 #include <tiffio.h>
 
+#include <array>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -22,6 +24,22 @@ namespace {
         }
     }
 
+    /// libtiff takes indexes of 8 bits and more for grays where their colours are missing, or are
+    /// not as many as there are indexes.
+    void checkColorMap(const TiffFile& file, int index, const TiffPageTags& tags)
+    {
+        if (tags.photometric != PHOTOMETRIC_MINISBLACK && tags.photometric != PHOTOMETRIC_RGB)
+            return;
+        for (const TiffTagValue& value : file.directory(index).values) {
+            if (value.tag != TIFFTAG_PHOTOMETRIC || value.bytes == 0)
+                continue;
+            std::array<std::uint8_t, 1> low = {};
+            file.readAt(value.offset + (file.chain().isBigEndian ? value.bytes - 1 : 0), low);
+            if (low[0] == PHOTOMETRIC_PALETTE)
+                throw std::runtime_error("the colour map is missing or of another length");
+        }
+    }
+
 } // namespace
 
 TiffPage::TiffPage(std::shared_ptr<TiffFile> file, int index)
@@ -37,6 +55,7 @@ const TiffPage::Description& TiffPage::description() const
         checkDepth(m_file->describe(m_index));
         read->tags = readTiffPageTags(m_file->describe(m_index));
         const TiffPageTags& tags = read->tags;
+        checkColorMap(*m_file, m_index, tags);
         read->properties.widthPx = static_cast<int>(tags.widthPx);
         read->properties.heightPx = static_cast<int>(tags.heightPx);
         read->properties.resolution = tags.resolution;

@@ -144,11 +144,12 @@ void BadInputTest::savesNoPageWithTheStripOfAnother()
 void BadInputTest::savesNoPageThatMakesNoSense_data()
 {
     constexpr unsigned unknown = 65000;
-    QTest::addColumn<QList<unsigned>>("patch"); // tag, new tag, new value
+    QTest::addColumn<QList<unsigned>>("patch"); // tag, new tag, new value; bits unless 4
     QTest::newRow("no width") << QList { 256U, unknown, 47U };
     QTest::newRow("no height") << QList { 257U, unknown, 33U };
     QTest::newRow("no strips") << QList { 273U, unknown, 8U };
     QTest::newRow("no colour map") << QList { 320U, unknown, 8U };
+    QTest::newRow("no colour map, 8 bits") << QList { 320U, unknown, 8U, 8U };
     QTest::newRow("width 0") << QList { 256U, 256U, 0U };
     QTest::newRow("unknown compression") << QList { 259U, 259U, 999U };
     QTest::newRow("77 bits") << QList { 258U, 258U, 77U };
@@ -163,8 +164,9 @@ void BadInputTest::savesNoPageThatMakesNoSense()
 {
     QFETCH(QList<unsigned>, patch);
     m_folder = std::make_unique<QTemporaryDir>();
-    TestPage page("bits=4 photometric=3 rows=33");
-    page.colorMap.assign(48, 7);
+    TestPage page("photometric=3 rows=33");
+    page.bits = static_cast<int>(patch.value(3, 4));
+    page.colorMap.assign(3U << page.bits, 7);
     if (patch[0] == TIFFTAG_TILEWIDTH || patch[1] == TIFFTAG_TILEDEPTH)
         page.tileWidth = page.tileHeight = 16;
     writeTiff(m_folder->filePath(u"page.tif"_s), { page });
