@@ -139,10 +139,7 @@ namespace {
 
 } // namespace
 
-void Unmapper::operator()(std::uint8_t* bytes) const noexcept
-{
-    ::munmap(bytes, size);
-}
+void Unmapper::operator()(std::uint8_t* bytes) const noexcept { ::munmap(bytes, size); }
 
 MappedTiffCopy::MappedTiffCopy(TiffFile& file, int index)
 {
