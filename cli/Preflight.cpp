@@ -144,7 +144,7 @@ try {
 
 QString checkedOutputFolder(const QString& folder)
 {
-    const QString path = absolutePath(folder);
+    QString path = absolutePath(folder);
     const QFileInfo info(path);
     if (info.exists() && !info.isDir())
         throw OutputRefused(u"output folder %1 is no folder"_s.arg(folder));

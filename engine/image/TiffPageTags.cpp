@@ -1,5 +1,7 @@
 #include "engine/image/TiffPageTags.h"
 
+#include "engine/image/RowLimits.h"
+
 #include <tiffio.h>
 
 #include <algorithm>
@@ -21,10 +23,7 @@ namespace {
         return TIFFGetFieldDefaulted(handle, tag, &value) == 1 ? value : fallback;
     }
 
-    // The steps from the file to an output each hold a row or more.
-    constexpr std::uint32_t longestRowPx = 16 * 1024 * 1024;
     constexpr std::uint32_t longestFaxRowPx = 4 * 1024 * 1024; // 16 bytes each in libtiff's tables
-    constexpr std::uint64_t longestRowBytes = std::uint64_t { 32 } * 1024 * 1024;
 
     // Beyond this a page has to bring a byte for every `mostDecodedPerByte` of its pixels, or a
     // file of some kilobytes would keep a run busy for hours and fill the disk. Blank areas of real

@@ -63,7 +63,7 @@ struct TiffPageTags
 TiffPageTags readTiffPageTags(tiff* handle);
 
 /// Throws std::runtime_error when the current page announces rows of more than 16 Mi pixels (4 Mi
-/// of a fax page) or 32 MiB, more pixels than its strips or tiles can hold, more than 1 GiB of them
+/// of a fax page) or 16 MiB, more pixels than its strips or tiles can hold, more than 1 GiB of them
 /// with less than a byte of data for every 1000 bytes, strips that lie beyond the end of a file of
 /// `fileSizeBytes`, or JBIG data of another size than the page or of more than 64 MiB; to be asked
 /// before memory is taken or a decoder is started.

@@ -1,6 +1,7 @@
 #include "engine/image/UprightRows.h"
 
 #include "engine/files/ByteSpool.h"
+#include "engine/image/RowLimits.h"
 
 #include <algorithm>
 #include <array>
@@ -21,10 +22,6 @@ namespace {
 
     /// So many rows stay in the cache while they are transposed.
     constexpr int cachedRows = 64;
-
-    /// Rows are as long as stored ones may be.
-    constexpr int longestRowPx = 16 * 1024 * 1024;
-    constexpr qsizetype longestRowBytes = qsizetype { 32 } * 1024 * 1024;
 
     /// What TIFF 6.0 says of the first stored row and column.
     bool swapsSides(int orientation) { return orientation >= 5; }
@@ -196,9 +193,11 @@ namespace {
             , m_blockRows(rowsOfBlocks())
             , m_spool(blockOffset(m_storedHeight) > mostBytesInMemory ? 0 : mostBytesInMemory)
         {
+            const int turnedWidth = m_storedHeight;
             if (swapsSides(m_orientation)
-                && (widthPx() > longestRowPx || m_mover.bytes(widthPx()) > longestRowBytes))
-                throw std::runtime_error("its rows of " + std::to_string(widthPx())
+                && (static_cast<std::uint32_t>(turnedWidth) > longestRowPx
+                    || static_cast<std::uint64_t>(m_mover.bytes(turnedWidth)) > longestRowBytes))
+                throw std::runtime_error("its rows of " + std::to_string(turnedWidth)
                                          + " pixels, once it is turned, are too long");
             fill(*source);
         }

@@ -274,16 +274,18 @@ void Process::savePage(const Source& source, PageImage& image, LogFile& record)
     const QString sourcePath = source.document.path();
     const int page = record.sourcePageNo;
     PageOutcome outcome = PageOutcome::Skipped;
-    if (!isWanted(path)) {
+    bool isSkipped = !isWanted(path);
+    const QString trouble = isSkipped ? QString() : saveImage(source, image, page, path);
+    // Meanwhile something may have come to its place.
+    isSkipped = isSkipped || (!trouble.isNull() && !isWanted(path));
+    if (isSkipped) {
         record.status = u"Skipped"_s;
-    } else if (const QString trouble = saveImage(source, image, page, path); trouble.isNull()) {
+    } else if (trouble.isNull()) {
         outcome = PageOutcome::Written;
         record.status = u"Completed"_s;
         setTotalFileCreated(totalFileCreated() + 1);
         ++source.record.pages;
         emit fileWritten(sourcePath, path, 1);
-    } else if (!isWanted(path)) { // Meanwhile something came to its place.
-        record.status = u"Skipped"_s;
     } else {
         outcome = PageOutcome::Failed;
         record.status = u"Unable to save page!"_s;

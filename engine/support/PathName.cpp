@@ -26,7 +26,7 @@ QString absolutePath(const QString& path)
         plain += u"/."_s;
     const qsizetype slash = plain.lastIndexOf(u'/');
     const QString name = plain.mid(slash + 1);
-    const QString folder = QFileInfo(plain.left(slash)).canonicalFilePath();
+    QString folder = QFileInfo(plain.left(slash)).canonicalFilePath();
     if (folder.isEmpty()) // There is no such folder: whoever goes there is told so.
         return plain.startsWith(u'/') ? plain : QDir::currentPath() + u'/' + plain;
     if (name == u".")
