@@ -5,7 +5,7 @@
 #include "cli/Preflight.h"
 #include "cli/Report.h"
 #include "cli/Sources.h"
-#include "engine/job/FileIdentity.h"
+#include "engine/files/FileState.h"
 #include "engine/job/OutputNames.h"
 #include "engine/job/Process.h"
 #include "engine/support/AppFolders.h"

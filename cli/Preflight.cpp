@@ -1,8 +1,8 @@
 #include "cli/Preflight.h"
 
 #include "cli/Options.h"
+#include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
-#include "engine/job/FileIdentity.h"
 #include "engine/job/OutputNames.h"
 #include "engine/settings/Settings.h"
 #include "engine/support/PathName.h"

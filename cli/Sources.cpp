@@ -2,7 +2,7 @@
 
 #include "cli/FolderReader.h"
 #include "cli/Options.h"
-#include "engine/job/FileIdentity.h"
+#include "engine/files/FileState.h"
 #include "engine/job/OutputNames.h"
 #include "engine/support/PathName.h"
 

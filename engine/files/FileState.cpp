@@ -14,8 +14,8 @@ namespace {
 } // namespace
 
 FileState::FileState(const struct stat& status)
-    : device(static_cast<std::uint64_t>(status.st_dev))
-    , inode(static_cast<std::uint64_t>(status.st_ino))
+    : identity { static_cast<std::uint64_t>(status.st_dev),
+                 static_cast<std::uint64_t>(status.st_ino) }
     , sizeBytes(status.st_size)
 #ifdef __APPLE__
     , modifiedNs(nanoseconds(status.st_mtimespec))
@@ -33,6 +33,12 @@ std::optional<FileState> fileState(const QByteArray& path)
     if (::stat(path.constData(), &status) != 0)
         return std::nullopt;
     return FileState(status);
+}
+
+std::optional<FileIdentity> fileIdentity(const QByteArray& path)
+{
+    const std::optional<FileState> state = fileState(path);
+    return state ? std::optional(state->identity) : std::nullopt;
 }
 
 } // namespace pagestack

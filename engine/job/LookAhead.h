@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/job/FileIdentity.h"
 #include "engine/job/OutputFile.h"
+#include "engine/job/OutputTarget.h"
 #include "engine/job/PageWorkers.h"
 
 #include <deque>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
-#include "engine/job/FileIdentity.h"
 #include "engine/job/OutputFile.h"
 #include "engine/log/Log.h"
 #include "engine/settings/Settings.h"

@@ -23,10 +23,10 @@ namespace {
     QString lossOfPages(const TiffDocument& document, int pages, const QString& path)
     {
         const std::optional<FileState> target = fileState(QFile::encodeName(path));
-        const std::optional<FileState> source = fileState(QFile::encodeName(document.path()));
         const FileState& opened = document.stateAtOpening();
-        const bool isSource
-            = target && (target->isSameFileAs(opened) || (source && target->isSameFileAs(*source)));
+        const bool isSource = target
+            && (target->identity == opened.identity
+                || target->identity == fileIdentity(QFile::encodeName(document.path())));
         if (!isSource)
             return {};
         if (target != opened)

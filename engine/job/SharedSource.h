@@ -1,7 +1,7 @@
 #pragma once
 
+#include "engine/files/FileState.h"
 #include "engine/image/TiffDocument.h"
-#include "engine/job/FileIdentity.h"
 #include "engine/support/SystemLog.h"
 
 #include <memory>

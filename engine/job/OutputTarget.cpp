@@ -1,22 +1,12 @@
-#include "engine/job/FileIdentity.h"
+#include "engine/job/OutputTarget.h"
 
 #include "engine/files/StagedFile.h"
 
 #include <QFile>
 
 #include <stdexcept>
-#include <sys/stat.h>
 
 namespace pagestack {
-
-std::optional<FileIdentity> fileIdentity(const QByteArray& path)
-{
-    struct stat status = {};
-    if (::stat(path.constData(), &status) != 0)
-        return std::nullopt;
-    return FileIdentity { static_cast<std::uint64_t>(status.st_dev),
-                          static_cast<std::uint64_t>(status.st_ino) };
-}
 
 OutputTarget::OutputTarget(const QString& path)
 {

@@ -1,24 +1,12 @@
 #pragma once
 
-#include <QByteArray>
+#include "engine/files/FileState.h"
+
 #include <QString>
 
-#include <cstdint>
 #include <optional>
 
 namespace pagestack {
-
-/// Which file it is, whatever the path that leads to it.
-struct FileIdentity
-{
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-
-    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
-};
-
-/// The file or folder that `path` leads to, links followed; none when there is nothing.
-std::optional<FileIdentity> fileIdentity(const QByteArray& path);
 
 /// Where an output goes, as it was when this was made.
 class OutputTarget
