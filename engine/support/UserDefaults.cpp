@@ -6,6 +6,8 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace pagestack {
@@ -23,24 +25,33 @@ namespace {
         return value.typeId() == QMetaType::QString && value.toString().isNull();
     }
 
-    /// Whether no value of the INI file stands for an object. The system's reader makes one of
+    /// Whether every line of the INI file is one that the system's writer could have written, or a
+    /// person, and no value stands for an object. The system's reader makes an object of
     /// "@Variant(...)" and "@DateTime(...)" and takes the lengths in it as they are, so that a few
-    /// bytes can ask for gigabytes. No value that was stored here is one: a text that begins with
-    /// '@' is written with two of them, and the sign itself never as an escape.
+    /// bytes can ask for gigabytes. Stored values never are one: a text that begins with '@' is
+    /// written with two of them, and the sign itself never as an escape. Lines in which a value
+    /// could begin where it does not seem to are refused (quotes or a backslash at odd places).
     bool holdsPlainValues(const QString& path)
     {
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly))
             return true;
-        // A value begins after '=' or ','. Dropped before it: blanks outside of quotes, quotes,
-        // a backslash with a sign that needs none or with the end of the line.
-        static const QRegularExpression object(
-            uR"((?(DEFINE)(?<dropped>\\(?:\r\n|\n\r|x(?![0-9a-fA-F])|[^abfnrtvx0-7"?'\\]))))"
-            uR"([=,]\s*+(?:(?&dropped)*+"(?&dropped)*+"\s*+)*+(?&dropped)*+(?:"(?&dropped)*+)?)"
-            uR"(@(?![@BISPR])|)"
-            uR"((?<!\\)(?:\\\\)*+\\(?:x(?:[0-9a-fA-F]+00|0*)40(?![0-9a-fA-F])|[1-7]|0[0-7]))"_s);
-        const QRegularExpressionMatch match = object.match(QString::fromLatin1(file.readAll()));
-        return match.isValid() && !match.hasMatch();
+        static const QRegularExpression line(QRegularExpression::anchoredPattern(uR"((?(DEFINE)
+                (?<name>(?:\\?[A-Za-z0-9_.%-])++)
+                (?<escape>\\[abfnrtv"?'\\]|\\0(?![0-7])
+                    |\\x(?!0*+40(?![0-9A-Fa-f]))[0-9A-Fa-f]{1,4}+(?![0-9A-Fa-f]))
+                (?<noObject>(?!(?:\xEF\xBB\xBF)*+@(?![@BISPR])))
+                (?<item>(?:"(?&noObject)(?:(?&escape)|[^"\\\x00-\x08\x0A-\x1F])*+"
+                    |(?&noObject)(?:(?&escape)|[^"\\,;\x00-\x08\x0A-\x1F])*+)[ \t]*+)
+                )
+                [ \t]*+(?:\[(?&name)\]|(?&name)[ \t]*+=[ \t]*+(?&item)(?:,[ \t]*+(?&item))*+)?
+                [ \t]*+(?:;.*+)?)"_s),
+                                             QRegularExpression::ExtendedPatternSyntaxOption);
+        QString text = QString::fromLatin1(file.readAll());
+        text.replace(u'\r', u'\n');
+        return std::ranges::all_of(QStringView(text).split(u'\n'), [](const QStringView& each) {
+            return line.match(each).hasMatch();
+        });
     }
 
 } // namespace

@@ -6,6 +6,10 @@
 #include <QDataStream>
 #include <QFile>
 #include <QMetaProperty>
+#include <QSet>
+#include <QSettings>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -66,6 +70,18 @@ namespace {
         require(valuesOf(reloaded) == valuesOf(expected), "what was stored is what is read");
     }
 
+    /// Whether the system's reader made no object of the value but those of fixed size.
+    bool isPlain(const QVariant& value)
+    {
+        if (value.typeId() == QMetaType::QVariantList)
+            return std::ranges::all_of(value.toList(), isPlain);
+        static const QSet<int> types { QMetaType::UnknownType, QMetaType::QString,
+                                       QMetaType::QStringList, QMetaType::QByteArray,
+                                       QMetaType::QRect,       QMetaType::QSize,
+                                       QMetaType::QPoint };
+        return types.contains(value.typeId());
+    }
+
     void readStoreFile(const FuzzFolder& folder, FuzzInput bytes)
     {
         const QString path = newStorePath(folder);
@@ -81,6 +97,9 @@ namespace {
                     "a store that cannot be read is an empty one");
             return;
         }
+        const QSettings values(path, QSettings::IniFormat);
+        for (const QString& key : values.allKeys())
+            require(isPlain(values.value(key)), "a store with objects in it is not read");
         if (store.objectForKey(storeKey).typeId() == QMetaType::QVariantMap)
             checkFolderRule(settings);
         checkStored(folder, settings, path);

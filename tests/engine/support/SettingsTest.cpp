@@ -67,7 +67,8 @@ private slots:
         for (const QByteArray value :
              { "@Variant(\\0)", " \"@Var\"iant()", "a, \"\" \\Q@Variant(\\0)", "\\x@Variant()",
                "\\\r\n\"\"@Variant()", "\\x40Variant()", "\\x10040Variant()", "\\100Variant()",
-               "@DateTime()", "@\\qVariant()" }) {
+               "@DateTime()", "@\\qVariant()", "\xEF\xBB\xBF@Variant()",
+               "\xEF\xBB\xBF\"@Variant()\"", "\"a\nb=@Variant()\"" }) {
             QFile file(m_path);
             QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
             file.write("[SETTINGS]\nseparator=" + value + '\n');
@@ -80,7 +81,8 @@ private slots:
         for (const QString& text :
              { u"@Variant(\\0)"_s, u"\u0140@Variant()"_s, u"\u7840\\x40"_s,
                u"\u00e9"_s + QChar() + u"40@DateTime()"_s, u"/me@Variant(1)"_s, u" @DateTime()"_s,
-               u"a=@@, \\@Variant()"_s }) {
+               u"a=@@, \\@Variant()"_s, u"/=@DateTime(), ,@Variant()"_s, u"\\x40"_s,
+               u"a\n\"=@Variant()"_s }) {
             UserDefaults(m_path).setObject(key, text);
             QCOMPARE(UserDefaults(m_path).objectForKey(key), text);
         }
