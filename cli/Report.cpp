@@ -65,6 +65,7 @@ void Report::listenTo(const Process& job)
     // At once, on the job's thread: waking another one for every page takes as long as copying it.
     const Qt::ConnectionType atOnce = Qt::DirectConnection;
     connect(&job, &Process::troubleMet, this, &Report::addTrouble, atOnce);
+    connect(&job, &Process::pageRemarked, this, &Report::addRemark, atOnce);
     connect(&job, &Process::pageDone, this, &Report::addPage, atOnce);
     connect(&job, &Process::fileWritten, this, &Report::addFile, atOnce);
     connect(&job, &Process::fileSkipped, this, &Report::skipFile, atOnce);
@@ -89,9 +90,18 @@ void Report::finish(const QString& message)
 void Report::addTrouble(const QString& sourcePath, int page, const QString& reason)
 {
     m_hasFailures = true;
+    m_console.trouble(troubleText(shown(sourcePath), page, reason));
+}
+
+void Report::addRemark(const QString& sourcePath, int page, const QString& remark)
+{
+    m_console.trouble(troubleText(shown(sourcePath), page, u"warning: "_s + remark));
+}
+
+QString Report::shown(const QString& sourcePath) const
+{
     const qsizetype place = m_places.value(sourcePath, -1);
-    const QString shown = place < 0 ? sourcePath : m_sources.at(place).shown;
-    m_console.trouble(troubleText(shown, page, reason));
+    return place < 0 ? sourcePath : m_sources.at(place).shown;
 }
 
 void Report::addPage(const QString&, int, const QString&, Process::PageOutcome outcome)

@@ -49,11 +49,14 @@ public:
 
 private:
     void addTrouble(const QString& sourcePath, int page, const QString& reason);
+    void addRemark(const QString& sourcePath, int page, const QString& remark);
     void addPage(const QString& sourcePath, int page, const QString& outputPath,
                  Process::PageOutcome outcome);
     void addFile(const QString& sourcePath, const QString& outputPath, int pages);
     void skipFile(const QString& sourcePath, const QString& outputPath, int pages);
     void endSource(int processed);
+
+    QString shown(const QString& sourcePath) const;
 
     const Options& m_options;
     QList<Source> m_sources;

@@ -149,6 +149,12 @@ std::uint64_t PageImage::decodedBytes() const
     return rowBytes * static_cast<unsigned>(heightPx());
 }
 
+int PageImage::repairedRows() const
+{
+    const TiffPage* page = m_source->tiffPage();
+    return page ? page->file().messages().repairedRows() : 0;
+}
+
 std::unique_ptr<StagedFile> PageImage::encoded(const QString& path, OutputType type,
                                                const SaveOptions& options) const
 {

@@ -87,6 +87,10 @@ public:
     /// an opaque image is 255. Throws std::runtime_error when the page cannot be decoded.
     PageImage monochromeImage() const;
 
+    /// Damaged rows of a fax page that are white, from some place on, in what was made of the page
+    /// last with this image and its source.
+    int repairedRows() const;
+
     /// Why the last writer returned false; empty after a success.
     QString failureReason() const { return m_failureReason; }
 

@@ -5,6 +5,7 @@
 #include "engine/support/SystemLog.h"
 
 #include <memory>
+#include <optional>
 
 namespace pagestack {
 
@@ -14,6 +15,7 @@ struct PreparedPage
 {
     std::unique_ptr<StagedFile> file; ///< the complete output; only to be put in place
     HeldLines complaints; ///< to be written to the system log with `file`
+    std::optional<int> repairedRows; ///< see PageImage; of `file` or `pieces`, none without them
     TiffPieces pieces; ///< for the TIFF file that the page is gathered in
 };
 

@@ -35,6 +35,11 @@ namespace {
         LostPixels { "", "Inconsistent progression sequence" },
         LostPixels { "JBIG", "Only decoded" },
     };
+    // Of T.4, where rows below are sound again, at the latest from one that stands for itself.
+    constexpr std::array repairedRowWarnings {
+        std::string_view { "Premature EOL" },
+        std::string_view { "Line length mismatch" },
+    };
     constexpr std::string_view behindTheLastRow = "extraneous bytes before marker 0xd9";
 
     bool tellsOfLostPixels(std::string_view module, std::string_view text)
@@ -45,6 +50,13 @@ namespace {
         };
         return std::any_of(lostPixelWarnings.begin(), lostPixelWarnings.end(), is)
             && text.find(behindTheLastRow) == std::string_view::npos;
+    }
+
+    bool tellsOfRepairedRow(std::string_view text)
+    {
+        return std::any_of(
+            repairedRowWarnings.begin(), repairedRowWarnings.end(),
+            [=](std::string_view sign) { return text.find(sign) != std::string_view::npos; });
     }
 
 } // namespace
@@ -74,7 +86,9 @@ void TiffMessages::addError(const char* module, const std::string& text)
 
 void TiffMessages::addWarning(const char* module, const std::string& text)
 {
-    if (m_reason.empty() && tellsOfLostPixels(module != nullptr ? module : "", text))
+    if (!tellsOfLostPixels(module != nullptr ? module : "", text))
+        m_repairedRows += tellsOfRepairedRow(text) ? 1 : 0;
+    else if (m_reason.empty())
         m_reason = withoutName(text);
     report("warning", module, text);
 }
@@ -87,7 +101,11 @@ void TiffMessages::report(const char* kind, const char* module, const std::strin
               m_quota);
 }
 
-void TiffMessages::forget() { m_reason.clear(); }
+void TiffMessages::forget()
+{
+    m_reason.clear();
+    m_repairedRows = 0;
+}
 
 void TiffMessages::fail(const char* fallback) const
 {

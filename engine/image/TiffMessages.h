@@ -24,7 +24,7 @@ public:
     void addError(const char* module, const std::string& text);
     void addWarning(const char* module, const std::string& text);
 
-    /// Starts anew: no error so far.
+    /// Starts anew: no message so far.
     void forget();
 
     /// True when an error came, or a warning that tells of pixels that could not be read, since the
@@ -33,6 +33,11 @@ public:
 
     /// The first of these messages; empty when there is none.
     const std::string& reason() const { return m_reason; }
+
+    /// Rows of a fax page, since the last `forget`, that turned out too short or too long: libtiff
+    /// makes them white from where they stop making sense, as a fax machine does. Of T.6 there are
+    /// none: that is a failure there.
+    int repairedRows() const { return m_repairedRows; }
 
     /// Throws std::runtime_error with `reason`, or with `fallback` when libtiff gave none.
     [[noreturn]] void fail(const char* fallback) const;
@@ -43,6 +48,7 @@ private:
 
     QString m_fileName;
     std::string m_reason;
+    int m_repairedRows = 0;
     std::shared_ptr<LogQuota> m_quota;
 };
 

@@ -142,6 +142,8 @@ void PageWorkers::prepare(PageTask& task, Desk& desk)
             result.file = image.stage(task.targetPath, task.options);
             result.complaints = hold.takeLines();
         }
+        if (!needsNoEncoding)
+            result.repairedRows = image.repairedRows();
     } catch (...) {
         // Nothing is lost: the job's thread does the page again and meets the same fault.
         result = {};

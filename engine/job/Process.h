@@ -173,6 +173,8 @@ signals:
 
     /// Something of `sourcePath` went wrong; the run goes on. `pageNo` 0 is the file as a whole.
     void troubleMet(const QString& sourcePath, int pageNo, const QString& reason);
+    /// The page is written, or gathered, but not quite what it was.
+    void pageRemarked(const QString& sourcePath, int pageNo, const QString& remark);
     /// The log could not be written to its file; `logPath` may be empty.
     void logTroubleMet(const QString& logPath, const QString& reason);
     /// A page was dealt with. `outputPath` is the file that it is in or was meant for.
@@ -214,6 +216,7 @@ private:
                      const TiffDocument& document, LogFiles& logFiles);
     PageOutcome gatherPage(MultiPageTiff& file, const TiffDocument& document, LogFile& record);
     bool isWanted(const QString& outputPath) const;
+    void remarkRepairs(const TiffDocument& document, int page, int rows);
     void reportChain(const TiffDocument& document, const FileItem& item);
     void endRun();
     void saveLog();

@@ -121,6 +121,9 @@ Total 2 files converted successfully.
 ! a.tif[2]: *
 ! b.tif: *
 1 LOG out/ out/a1.jpg out/c1.jpg)"_s);
+    row("a damaged fax row", u"a.tif:WF"_s, u"-q a.tif"_s,
+        u"! a.tif[2]: warning: 1 row of the fax is damaged; what is lost of it is white\n"
+        "0 a1.jpg a2.jpg LOG"_s);
     row("a missing source", u"a.tif:W"_s, u"-q a.tif none.tif"_s,
         u"! none.tif: no such file or folder\n1 a1.jpg LOG"_s);
     row("a broken page", u"a.tif:B"_s, u"-q a.tif"_s, u"! a.tif[1]: *\n1 LOG"_s);

@@ -54,6 +54,7 @@ public:
         listen(u"timeTaken"_s, &Process::timeTakenChanged);
         listen(u"message"_s, &Process::messageChanged);
         listen(u"trouble"_s, &Process::troubleMet);
+        listen(u"remark"_s, &Process::pageRemarked);
         listen(u"log trouble"_s, &Process::logTroubleMet);
         listen(u"page"_s, &Process::pageDone);
         listen(u"written"_s, &Process::fileWritten);

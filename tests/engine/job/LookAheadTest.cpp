@@ -147,6 +147,10 @@ void LookAheadTest::showsWhatOneThreadShows_data()
         u"page in/bad.tif 5 out/bad5.jpg Failed"_s);
     row(u"troubles, together"_s, mixed, together + mixedChanges,
         u"page in/bad.tif 5 out/bad.tiff Failed"_s);
+    for (const QString& type : { u"0"_s, u"1"_s, u"3"_s, u"4"_s, u"2 tiffCompressionIndex=2"_s })
+        row(u"damaged fax rows, type "_s + type, u"a.tif:WFF b.tif:FW c.tif:F"_s,
+            u"outputType="_s + type,
+            u"remark in/a.tif 3 1 row of the fax is damaged; what is lost of it is white"_s);
     row(u"no target folder"_s, u"a.tif:UWW b.tif:W"_s, u"outputFolderPath=nowhere"_s,
         u"page in/b.tif 1 nowhere/b1.png Failed"_s);
     row(u"target folder is a file, together"_s, u"a.tif:UWW b.tif:W"_s,

@@ -26,18 +26,26 @@ namespace {
         TIFFSetField(tiff, 65100, 1);
     }
 
+    /// The strip of an F page: ITU-T T.4, an end of line and a run of 47 in each row but one.
+    QByteArray damagedFax()
+    {
+        return QByteArray::fromHex(QByteArray("0010a").repeated(33).replace(10, 5, "00105") + '0');
+    }
+
     bool writeTiff(const QString& path, const QString& pages)
     {
         const Handle tiff(TIFFOpen(QFile::encodeName(path).constData(), "w"));
         bool isWritten = tiff != nullptr;
         for (qsizetype i = 0; isWritten && i < pages.size(); ++i) {
             const bool isHuge = pages.at(i) == u'H';
+            const bool isFax = pages.at(i) == u'F';
             const std::uint32_t strips = isHuge ? 40 : 1;
             TIFFSetField(tiff.get(), TIFFTAG_IMAGEWIDTH, isHuge ? 40000 : 47);
             TIFFSetField(tiff.get(), TIFFTAG_IMAGELENGTH, isHuge ? 40000 : 33);
-            TIFFSetField(tiff.get(), TIFFTAG_BITSPERSAMPLE, isHuge ? 1 : 8);
+            TIFFSetField(tiff.get(), TIFFTAG_BITSPERSAMPLE, isHuge || isFax ? 1 : 8);
             TIFFSetField(tiff.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-            TIFFSetField(tiff.get(), TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
+            TIFFSetField(tiff.get(), TIFFTAG_COMPRESSION,
+                         isFax ? COMPRESSION_CCITTFAX3 : COMPRESSION_ADOBE_DEFLATE);
             TIFFSetField(tiff.get(), TIFFTAG_ROWSPERSTRIP, isHuge ? 1000 : 33);
             const bool isBright = pages.at(i) == u'V';
             QByteArray pixels(TIFFStripSize(tiff.get()),
@@ -45,10 +53,11 @@ namespace {
             if (pages.at(i) == u'U')
                 setUnknownTag(tiff.get());
             const bool isBroken = pages.at(i) == u'B';
-            const auto write = isBroken ? TIFFWriteRawStrip : TIFFWriteEncodedStrip;
+            if (isBroken || isFax)
+                pixels = isFax ? damagedFax() : pixels.first(9);
+            const auto write = isBroken || isFax ? TIFFWriteRawStrip : TIFFWriteEncodedStrip;
             for (std::uint32_t strip = 0; isWritten && strip < strips; ++strip)
-                isWritten
-                    = write(tiff.get(), strip, pixels.data(), isBroken ? 9 : pixels.size()) > 0;
+                isWritten = write(tiff.get(), strip, pixels.data(), pixels.size()) > 0;
             isWritten = isWritten && TIFFWriteDirectory(tiff.get()) == 1;
         }
         return isWritten;

@@ -15,9 +15,10 @@ public:
     /// Makes what `list` names, separated by blanks, with the folders above: "b>a.tif" is a
     /// symbolic link to "a.tif", "c" a file that is no image, "d/" a folder, "a.tif:WBH" a TIFF
     /// file with a page for each letter: W is whole, 47 x 33 pixels of gray, the gray being the
-    /// page's number; B is listed, but its pixels cannot be decoded; U is whole and has a tag that
-    /// nobody knows; V is whole, its gray is the number and 100; the conversion of H takes
-    /// seconds. "d.tif|a.tif" is another name (a hard link) of "@/a.tif".
+    /// page's number; F is a fax with a row that is too short; B is listed, but its pixels cannot
+    /// be decoded; U is whole and has a tag that nobody knows; V is whole, its gray is the number
+    /// and 100; the conversion of H takes seconds. "d.tif|a.tif" is another name (a hard link) of
+    /// "@/a.tif".
     /// '@' is this folder. Throws std::runtime_error.
     void make(const QString& list) const;
 
