@@ -214,7 +214,7 @@ namespace {
             }
             hasAdded = load.hasAdded();
         } catch (const std::exception& error) {
-            systemLog(u"Error in ("_s + name + u":) : "_s + QString::fromUtf8(error.what()));
+            systemLogError(name + u':', error);
         }
         return hasAdded;
     }

@@ -162,7 +162,7 @@ void ImportFilesWindowController::parseFile(const QString& path)
     try {
         text = readPathList(path);
     } catch (const std::exception& error) {
-        systemLog(u"Error in (parseFile:) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"parseFile:"_s, error);
     }
     parseText(text);
 }
@@ -173,7 +173,7 @@ void ImportFilesWindowController::parseText(const QString& text)
     try {
         list = parsePathList(text, m_allowedTypes);
     } catch (const std::exception& error) {
-        systemLog(u"Error in (parseText:) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"parseText:"_s, error);
     }
     m_files = list.files;
     showFound(list);
@@ -185,7 +185,7 @@ void ImportFilesWindowController::follow()
     try {
         showFound(parsePathList(enteredText(), m_allowedTypes));
     } catch (const std::exception& error) {
-        systemLog(u"Error in (follow) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"follow"_s, error);
     }
 }
 

@@ -129,8 +129,7 @@ void PagestackAppDelegate::setButtonKeyCharacter(QAbstractButton* button, const 
         else if (auto* check = qobject_cast<KeyLetterCheckBox*>(button))
             check->setKeyLetter(position, color);
     } catch (const std::exception& error) {
-        systemLog(u"Error in (setButtonKeyCharacter:keyChar:color:) : "_s
-                  + QString::fromUtf8(error.what()));
+        systemLogError(u"setButtonKeyCharacter:keyChar:color:"_s, error);
     }
 }
 

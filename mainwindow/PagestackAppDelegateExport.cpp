@@ -30,7 +30,7 @@ void PagestackAppDelegate::exportTo(const QString& path)
             if (!text.isEmpty())
                 writeExport(path, text);
         } catch (const std::exception& error) {
-            systemLog(u"Error in (export) : "_s + QString::fromUtf8(error.what()));
+            systemLogError(u"export"_s, error);
         }
     });
 }

@@ -28,7 +28,7 @@ void PagestackAppDelegate::openFiles()
         for (const QUrl& url : highlightedUrls())
             m_services.workspace.openURL(url);
     } catch (const std::exception& error) {
-        systemLog(u"Error in (openFiles) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"openFiles"_s, error);
     }
 }
 
@@ -37,7 +37,7 @@ void PagestackAppDelegate::openEnclodingFolder()
     try {
         m_services.workspace.activateFileViewerSelectingURLs(highlightedUrls());
     } catch (const std::exception& error) {
-        systemLog(u"Error in (openEnclodingFolder) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"openEnclodingFolder"_s, error);
     }
 }
 
@@ -46,7 +46,7 @@ void PagestackAppDelegate::getInfo()
     try {
         m_services.workspace.showInformation(highlightedUrls());
     } catch (const std::exception& error) {
-        systemLog(u"Error in (getInfo) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"getInfo"_s, error);
     }
 }
 

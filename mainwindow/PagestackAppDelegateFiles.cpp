@@ -116,7 +116,7 @@ void PagestackAppDelegate::loadURLs(const Arguments& arguments)
         if (isChanged)
             sortAsTable();
     } catch (const std::exception& error) {
-        systemLog(u"Error in (loadURLs:) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"loadURLs:"_s, error);
     }
     const QString taken = timeTakenString(start, QDateTime::currentDateTime());
     callOnMainThread([this] { stopProcess(); });

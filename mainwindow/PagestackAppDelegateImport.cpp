@@ -25,7 +25,7 @@ void PagestackAppDelegate::openImportFilesPanel()
         m_importPanel->resetView();
         m_importPanel->open();
     } catch (const std::exception& error) {
-        systemLog(u"Error in (openImportFilesPanel) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"openImportFilesPanel"_s, error);
     }
 }
 

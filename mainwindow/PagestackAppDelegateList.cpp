@@ -26,11 +26,6 @@ namespace {
         return rows;
     }
 
-    void logError(const QString& operation, const std::exception& error)
-    {
-        systemLog(u"Error in (%1) : %2"_s.arg(operation, QString::fromUtf8(error.what())));
-    }
-
 } // namespace
 
 void PagestackAppDelegate::connectListCommands()
@@ -75,7 +70,7 @@ void PagestackAppDelegate::checkUncheckInvertSelection(int tag)
     try {
         markByTag(m_ui->mainTableView->highlightedRows(), tag);
     } catch (const std::exception& error) {
-        logError(u"checkUncheckInvertSelection:"_s, error);
+        systemLogError(u"checkUncheckInvertSelection:"_s, error);
     }
     followList();
 }
@@ -85,7 +80,7 @@ void PagestackAppDelegate::checkUncheckInvertAll(int tag)
     try {
         markByTag(allRows(m_files), tag);
     } catch (const std::exception& error) {
-        logError(u"checkUncheckInvertAll:"_s, error);
+        systemLogError(u"checkUncheckInvertAll:"_s, error);
     }
     followList();
 }
@@ -122,7 +117,7 @@ void PagestackAppDelegate::selectDeselectRemoveAll(int tag)
             removeRows(table->highlightedRows());
         }
     } catch (const std::exception& error) {
-        logError(u"selectDeselectRemoveAll:"_s, error);
+        systemLogError(u"selectDeselectRemoveAll:"_s, error);
     }
 }
 
@@ -138,7 +133,7 @@ void PagestackAppDelegate::removeFiles()
         if (const QList<int> rows = m_ui->mainTableView->highlightedRows(); !rows.isEmpty())
             removeRows(rows);
     } catch (const std::exception& error) {
-        logError(u"remove"_s, error);
+        systemLogError(u"remove"_s, error);
     }
 }
 

@@ -13,15 +13,6 @@ namespace pagestack {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-    void logError(const QString& operation, const std::exception& error)
-    {
-        systemLog(u"Error in (%1) : %2"_s.arg(operation, QString::fromUtf8(error.what())));
-    }
-
-} // namespace
-
 void PagestackAppDelegate::convertAction() { split(); }
 
 void PagestackAppDelegate::split()
@@ -51,7 +42,7 @@ void PagestackAppDelegate::split()
         else
             beginRun();
     } catch (const std::exception& error) {
-        logError(u"Split"_s, error);
+        systemLogError(u"Split"_s, error);
     }
 }
 
@@ -95,7 +86,7 @@ void PagestackAppDelegate::beginRun()
         startWorker([job] { job->start(); });
         m_processViewPanel->open();
     } catch (const std::exception& error) {
-        logError(u"Split"_s, error);
+        systemLogError(u"Split"_s, error);
     }
 }
 
@@ -181,7 +172,7 @@ void PagestackAppDelegate::resetView(bool enable)
         followOutputFolder();
         showQuality();
     } catch (const std::exception& error) {
-        logError(u"resetView:"_s, error);
+        systemLogError(u"resetView:"_s, error);
     }
     m_ui->lableDragAndDrop->setVisible(!hasFiles);
     m_window->update();
@@ -195,7 +186,7 @@ void PagestackAppDelegate::resetViewForProcess(bool enable)
         m_ui->convertMenuAction->setEnabled(enable);
         m_ui->cancelMenuAction->setEnabled(enable);
     } catch (const std::exception& error) {
-        logError(u"resetViewForProcess:"_s, error);
+        systemLogError(u"resetViewForProcess:"_s, error);
     }
     m_window->update();
 }

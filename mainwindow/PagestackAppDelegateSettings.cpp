@@ -129,7 +129,7 @@ void PagestackAppDelegate::showSettings(bool show)
         m_ui->toggleSettingsAction->setChecked(show);
         m_ui->mainSplitView->setSubviewCollapsed(paneIndex, !show);
     } catch (const std::exception& error) {
-        systemLog(u"Error in (showSettings:) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"showSettings:"_s, error);
     }
 }
 
@@ -145,7 +145,7 @@ void PagestackAppDelegate::setSplitOptions(int)
         m_ui->fileNameSeparatorLabel->setEnabled(hasSeparator);
         m_ui->fileNameSeparatorText->setEnabled(hasSeparator);
     } catch (const std::exception& error) {
-        systemLog(u"Error in (setSplitOptions:) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"setSplitOptions:"_s, error);
     }
     updateTotalLabel();
 }

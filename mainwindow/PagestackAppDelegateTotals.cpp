@@ -19,7 +19,7 @@ void PagestackAppDelegate::updateTotalLabel()
                 .arg(m_files.checkedCount())
                 .arg(m_files.checkedPages()));
     } catch (const std::exception& error) {
-        systemLog(u"Error in (updateTotalLabel:) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"updateTotalLabel:"_s, error);
     }
     updateTimeTakenLabel(QString());
 }
@@ -38,7 +38,7 @@ void PagestackAppDelegate::updateTimeTakenLabel(const QString& text)
     try {
         m_ui->labelTimeTaken->setText(text.isNull() ? zeroTotalTimeTakenText() : text);
     } catch (const std::exception& error) {
-        systemLog(u"Error in (updateTimeTakenLabel:) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"updateTimeTakenLabel:"_s, error);
     }
 }
 

@@ -95,7 +95,7 @@ void Process::stop()
     try {
         setIsCombining(false);
     } catch (const std::exception& error) {
-        systemLog(u"Error in (Process=>stop) : "_s + reasonOf(error));
+        systemLogError(u"Process=>stop"_s, error);
     }
 }
 
@@ -106,7 +106,7 @@ void Process::viewLog()
         if (!path.isNull() && m_workspace)
             m_workspace->openURL(QUrl::fromLocalFile(path));
     } catch (const std::exception& error) {
-        systemLog(u"Error in (Process=>viewLog) : "_s + reasonOf(error));
+        systemLogError(u"Process=>viewLog"_s, error);
     }
 }
 
@@ -346,7 +346,7 @@ void Process::endRun()
         showTimeTaken();
         openOutputFolder();
     } catch (const std::exception& error) {
-        systemLog(u"Error in (Process=>start) : "_s + reasonOf(error));
+        systemLogError(u"Process=>start"_s, error);
     }
 }
 

@@ -47,7 +47,7 @@ QList<int> Process::getPageRanges(const FileItem* item) const
         for (int page = 1; page <= pages; ++page)
             range.append(page);
     } catch (const std::exception& error) {
-        systemLog(u"Error in (getPageRanges:fileItem:) : "_s + QString::fromUtf8(error.what()));
+        systemLogError(u"getPageRanges:fileItem:"_s, error);
     }
     return range;
 }

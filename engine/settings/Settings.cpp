@@ -15,11 +15,6 @@ namespace {
 
     const QString storeKey = u"SETTINGS"_s;
 
-    void logError(const QString& operation, const std::exception& error)
-    {
-        systemLog(u"Error in ("_s + operation + u") : "_s + QString::fromUtf8(error.what()));
-    }
-
     // QString's own comparison takes null for empty.
     bool isSame(const QString& a, const QString& b) { return a == b && a.isNull() == b.isNull(); }
 
@@ -125,7 +120,7 @@ std::optional<Settings::Pairs> Settings::getData()
         };
         return data;
     } catch (const std::exception& error) {
-        logError(u"Settings=>getData"_s, error);
+        systemLogError(u"Settings=>getData"_s, error);
         return std::nullopt;
     }
 }
@@ -138,7 +133,7 @@ void Settings::setData(const QVariant& data)
         readFields(data.toMap());
         applyFolderRule();
     } catch (const std::exception& error) {
-        logError(u"Settings=>setData:"_s, error);
+        systemLogError(u"Settings=>setData:"_s, error);
     }
 }
 
@@ -176,7 +171,7 @@ void Settings::synchronize()
             m_store->setObject(storeKey, dictionary);
         }
     } catch (const std::exception& error) {
-        logError(u"Settings=>synchronize"_s, error);
+        systemLogError(u"Settings=>synchronize"_s, error);
     }
     if (!m_store->synchronize())
         systemLog(u"The settings could not be written to disk"_s);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace pagestack {
 
 Q_LOGGING_CATEGORY(systemLogCategory, "pagestack")
@@ -29,6 +31,11 @@ void systemLog(const QString& text)
         currentHold->hold(text, nullptr);
     else
         qCWarning(systemLogCategory).noquote() << asOneLine(text);
+}
+
+void systemLogError(const QString& operation, const std::exception& error)
+{
+    systemLog(u"Error in (%1) : %2"_s.arg(operation, QString::fromUtf8(error.what())));
 }
 
 void systemLog(const QString& text, const std::shared_ptr<LogQuota>& quota)

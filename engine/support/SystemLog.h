@@ -3,6 +3,7 @@
 #include <QLoggingCategory>
 #include <QString>
 
+#include <exception>
 #include <memory>
 #include <vector>
 
@@ -14,6 +15,9 @@ Q_DECLARE_LOGGING_CATEGORY(systemLogCategory)
 /// or the unified log, whichever the platform offers. Control characters in `text`, line breaks
 /// included, are written as blanks. Any thread.
 void systemLog(const QString& text);
+
+/// The same for what `operation` met: "Error in (getInfo) : reason".
+void systemLogError(const QString& operation, const std::exception& error);
 
 /// How many lines about one subject the system log takes. Those who write about it share one;
 /// their lines are written by one thread at a time, but may be held back by any number.
