@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """clang-tidy over every source: check-tidy.py BUILD [FOLDER...]
 
-BUILD is a build folder, whose commands and generated headers are used; FOLDER is below the root, such
-as engine/image, all when none is named. Exits with 1 where something is found, with 77 where there is
-no clang-tidy.
+BUILD is a build folder, other than of a unity build, whose commands and generated headers are used;
+FOLDER is below the root, such as engine/image, all when none is named. Exits with 1 where something is
+found, with 77 where there is no clang-tidy.
 
 Most of the time of clang-tidy goes into the headers of Qt, once a file. So the files of a folder are
 joined to one and what is said about that is put down to the file and line it came from. Files that
@@ -29,6 +29,8 @@ IN_TESTS = ",".join(f"-{check}" for check in (
     "concurrency-mt-unsafe", "cppcoreguidelines-special-member-functions", "cppcoreguidelines-pro-type-member-init"))
 # What is cheap, to find out whether files can stand together.
 PARSED_ONLY = "-*,misc-misplaced-const"
+# An assertion tells the path analysis what cannot be.
+WITHOUT_ASSERTIONS = ("-DNDEBUG", "-DQT_NO_DEBUG")
 MESSAGE = re.compile(r"^(?P<path>[^\s:][^:]*):(?P<line>\d+):(?P<column>\d+): (?P<text>.*)$")
 
 
@@ -50,8 +52,9 @@ def flags_of(command):
     for word in words:
         if word == "-isystem":
             yield (word, next(words))
-        elif word.startswith(("-I", "-D", "-std=")):
+        elif word.startswith(("-I", "-D", "-std=")) and word not in WITHOUT_ASSERTIONS:
             yield (word,)
+    yield ("-DQT_FORCE_ASSERTS",)
 
 
 class Joined:

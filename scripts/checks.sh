@@ -41,7 +41,7 @@ run_checks() {
     # A tool that cannot be installed is missed by its check.
     ensure_packages checks
     check_threads
-    check "clang-tidy" "$root/scripts/check-tidy.py" "$root/build/asan"
+    check "clang-tidy" "$root/scripts/check-tidy.py" "$root/build/release"
     check "cppcheck" "$root/scripts/check-cppcheck.sh"
     check_coverage
     check "fuzz targets" env FUZZ_JOBS="$cores" "$root/tests/fuzz/run.sh" 60

@@ -15,7 +15,7 @@ namespace pagestack {
 namespace {
 
     constexpr std::size_t headerBytes = 16; // of a BigTIFF file: the pieces have no limit here
-    constexpr std::uint64_t largestPartBytes = std::uint64_t { 4 } * 1024 * 1024;
+    constexpr std::uint64_t partBytes = std::uint64_t { 4 } * 1024 * 1024;
 
     std::vector<TiffPieces::Piece> writtenPieces(TIFF* handle)
     {
@@ -59,7 +59,7 @@ void putTiffPieces(tiff* handle, const TiffPieces& pieces)
     std::vector<std::uint8_t> part;
     for (const TiffPieces::Piece& piece : pieces.pieces) {
         for (std::uint64_t done = 0; done < piece.size; done += part.size()) {
-            part.resize(std::min(largestPartBytes, piece.size - done));
+            part.resize(std::min(partBytes, piece.size - done));
             pieces.bytes->readAt(piece.offset + done, part);
             const auto size = static_cast<tmsize_t>(part.size());
             // A further part of the piece that was written last is appended to it.

@@ -9,7 +9,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr int mostPages = 8;
+    constexpr int mostPagesDecoded = 8;
     constexpr std::uint64_t wholePageBytes = 2 * 1024 * 1024;
 
     /// The start of a page that would take too long as a whole. What it announces must not cost
@@ -32,7 +32,7 @@ void decodePages(FuzzInput input)
     try {
         const TiffDocument document(path);
         const std::unique_ptr<TiffDocument> clone = document.clone();
-        for (int index = 0; index < std::min(document.pageCount(), mostPages); ++index) {
+        for (int index = 0; index < std::min(document.pageCount(), mostPagesDecoded); ++index) {
             const PageImage page = document.page(index);
             if (!isSmall(page, wholePageBytes))
                 decodeStart(page);

@@ -12,7 +12,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr int mostPages = 64;
+    constexpr int mostPagesRead = 64;
 
     /// What the tags of a page say; empty when they cannot be read.
     QList<int> described(const PageImage& page)
@@ -32,7 +32,7 @@ namespace {
     {
         const std::unique_ptr<TiffDocument> clone = document.clone();
         require(clone->pageCount() == document.pageCount(), "a clone has the same pages");
-        const int pages = std::min(document.pageCount(), mostPages);
+        const int pages = std::min(document.pageCount(), mostPagesRead);
         QList<QList<int>> descriptions;
         for (int page = 0; page < pages; ++page)
             descriptions.append(described(document.page(page)));

@@ -17,7 +17,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr int mostPages = 3;
+    constexpr int mostPagesWritten = 3;
     constexpr std::uint64_t largestPageBytes = 256 * 1024;
     constexpr std::size_t choiceBytes = 3;
     const QString sourceName = u"input.tif"_s;
@@ -147,7 +147,7 @@ void writePages(FuzzInput input)
     try {
         document = std::make_unique<TiffDocument>(path);
         const TiffDocument reference(path); // what is read of it is not known to `document`
-        for (int index = 0; index < std::min(reference.pageCount(), mostPages); ++index) {
+        for (int index = 0; index < std::min(reference.pageCount(), mostPagesWritten); ++index) {
             const PageImage page = reference.page(index);
             if (!isQuick(page))
                 continue;

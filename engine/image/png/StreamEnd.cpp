@@ -12,7 +12,7 @@ namespace pagestack {
 namespace {
 
     constexpr unsigned tableBits = 11;
-    constexpr unsigned longestCode = 15;
+    constexpr unsigned longestCodeAllowed = 15;
     constexpr std::size_t endOfBlock = 256;
     constexpr std::size_t mostLiterals = 288;
     constexpr std::size_t mostDistances = 32;
