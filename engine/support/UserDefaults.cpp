@@ -30,7 +30,8 @@ namespace {
     /// "@Variant(...)" and "@DateTime(...)" and takes the lengths in it as they are, so that a few
     /// bytes can ask for gigabytes. Stored values never are one: a text that begins with '@' is
     /// written with two of them, and the sign itself never as an escape. Lines in which a value
-    /// could begin where it does not seem to are refused (quotes or a backslash at odd places).
+    /// could begin where it does not seem to are refused (quotes or a backslash at odd places, a
+    /// byte order mark).
     bool holdsPlainValues(const QString& path)
     {
         QFile file(path);
@@ -40,7 +41,7 @@ namespace {
                 (?<name>(?:\\?[A-Za-z0-9_.%-])++)
                 (?<escape>\\[abfnrtv"?'\\]|\\0(?![0-7])
                     |\\x(?!0*+40(?![0-9A-Fa-f]))[0-9A-Fa-f]{1,4}+(?![0-9A-Fa-f]))
-                (?<noObject>(?!(?:\xEF\xBB\xBF)*+@(?![@BISPR])))
+                (?<noObject>(?![\xEF\xBB\xBF]*+@(?![@BISPR])))
                 (?<item>(?:"(?&noObject)(?:(?&escape)|[^"\\\x00-\x08\x0A-\x1F])*+"
                     |(?&noObject)(?:(?&escape)|[^"\\,;\x00-\x08\x0A-\x1F])*+)[ \t]*+)
                 )

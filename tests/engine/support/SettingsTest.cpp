@@ -67,7 +67,7 @@ private slots:
         for (const QByteArray value :
              { "@Variant(\\0)", " \"@Var\"iant()", "a, \"\" \\Q@Variant(\\0)", "\\x@Variant()",
                "\\\r\n\"\"@Variant()", "\\x40Variant()", "\\x10040Variant()", "\\100Variant()",
-               "@DateTime()", "@\\qVariant()", "\xEF\xBB\xBF@Variant()",
+               "@DateTime()", "@\\qVariant()", "\xEF\xBB\xBF@Variant()", "\xEF\xBB, \xBF@Variant()",
                "\xEF\xBB\xBF\"@Variant()\"", "\"a\nb=@Variant()\"" }) {
             QFile file(m_path);
             QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
