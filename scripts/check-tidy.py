@@ -39,6 +39,8 @@ def sources_by_folder(build, wanted):
     folders = {}
     for entry in json.loads((build / "compile_commands.json").read_text()):
         path = Path(entry["file"])
+        if "Unity" in path.parts:
+            sys.exit(f"{build} is a unity build, which does not name the files.")
         if path.suffix != ".cpp" or build in path.parents or ROOT not in path.parents:
             continue
         folder = str(path.parent.relative_to(ROOT))
@@ -55,6 +57,7 @@ def flags_of(command):
         elif word.startswith(("-I", "-D", "-std=")) and word not in WITHOUT_ASSERTIONS:
             yield (word,)
     yield ("-DQT_FORCE_ASSERTS",)
+    yield ("-D_GLIBCXX_ASSERTIONS",)
 
 
 class Joined:

@@ -25,9 +25,12 @@ namespace {
     };
     constexpr std::array lostPixelWarnings {
         LostPixels { "", "Premature EOF" }, // fax: the strip ends before its last row
-        // A row of T.6 that is too short or too long makes those below it wrong.
+        // A row that is too short or too long makes those below it wrong: in T.6, and where no end
+        // of line parts the rows.
         LostPixels { "Fax4Decode", "Premature EOL" },
         LostPixels { "Fax4Decode", "Line length mismatch" },
+        LostPixels { "Fax3DecodeRLE", "Premature EOL" },
+        LostPixels { "Fax3DecodeRLE", "Line length mismatch" },
         LostPixels { "", "Improper JPEG strip/tile size" },
         LostPixels { "", "Premature end of JPEG file" },
         // Of a stream only the first of these is given, whatever else is wrong with it.

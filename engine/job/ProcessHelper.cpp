@@ -120,7 +120,9 @@ Process::PageOutcome Process::gatherPage(MultiPageTiff& file, const TiffDocument
         PreparedPage prepared = takePage(document, record.sourcePageNo);
         const std::optional<int> repairedRows = prepared.repairedRows;
         file.append(image, std::move(prepared));
-        remarkRepairs(document, record.sourcePageNo, repairedRows.value_or(image.repairedRows()));
+        if (file.failureReason().isEmpty())
+            remarkRepairs(document, record.sourcePageNo,
+                          repairedRows.value_or(image.repairedRows()));
     } catch (const std::runtime_error& error) {
         record.status = u"Unable to save page!"_s;
         emit troubleMet(document.path(), record.sourcePageNo, QString::fromUtf8(error.what()));

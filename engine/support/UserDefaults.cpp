@@ -25,13 +25,25 @@ namespace {
         return value.typeId() == QMetaType::QString && value.toString().isNull();
     }
 
+    /// What comes back as it was stored: the system's reader drops a byte order mark that a text
+    /// begins with.
+    QVariant storable(const QVariant& value)
+    {
+        if (value.typeId() != QMetaType::QString)
+            return value;
+        QString text = value.toString();
+        while (text.startsWith(QChar::ByteOrderMark))
+            text.remove(0, 1);
+        return text;
+    }
+
     /// Whether every line of the INI file is one that the system's writer could have written, or a
     /// person, and no value stands for an object. The system's reader makes an object of
     /// "@Variant(...)" and "@DateTime(...)" and takes the lengths in it as they are, so that a few
     /// bytes can ask for gigabytes. Stored values never are one: a text that begins with '@' is
     /// written with two of them, and the sign itself never as an escape. Lines in which a value
-    /// could begin where it does not seem to are refused (quotes or a backslash at odd places, a
-    /// byte order mark).
+    /// could begin where it does not seem to are refused: quotes or a backslash at odd places, an
+    /// end of a byte order mark, which the reader drops.
     bool holdsPlainValues(const QString& path)
     {
         QFile file(path);
@@ -41,7 +53,7 @@ namespace {
                 (?<name>(?:\\?[A-Za-z0-9_.%-])++)
                 (?<escape>\\[abfnrtv"?'\\]|\\0(?![0-7])
                     |\\x(?!0*+40(?![0-9A-Fa-f]))[0-9A-Fa-f]{1,4}+(?![0-9A-Fa-f]))
-                (?<noObject>(?![\xEF\xBB\xBF]*+@(?![@BISPR])))
+                (?<noObject>(?!(?:(?:\xEF?\xBB)?\xBF)?@(?![@BISPR])))
                 (?<item>(?:"(?&noObject)(?:(?&escape)|[^"\\\x00-\x08\x0A-\x1F])*+"
                     |(?&noObject)(?:(?&escape)|[^"\\,;\x00-\x08\x0A-\x1F])*+)[ \t]*+)
                 )
@@ -99,13 +111,13 @@ void UserDefaults::setObject(const QString& key, const QVariant& value)
     m_store.remove(key);
     if (value.typeId() != QMetaType::QVariantMap) {
         if (value.isValid())
-            m_store.setValue(key, value);
+            m_store.setValue(key, storable(value));
         return;
     }
     const QVariantMap dictionary = value.toMap();
     for (auto entry = dictionary.cbegin(); entry != dictionary.cend(); ++entry) {
         if (!isNullText(entry.value()))
-            m_store.setValue(key + u'/' + entry.key(), entry.value());
+            m_store.setValue(key + u'/' + entry.key(), storable(entry.value()));
     }
 }
 

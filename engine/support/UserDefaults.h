@@ -25,7 +25,8 @@ public:
     QVariant objectForKey(const QString& key) const;
 
     /// Replaces what is under `key`, a whole dictionary included. An invalid value removes the key;
-    /// an empty dictionary and a null text inside a dictionary leave nothing behind.
+    /// an empty dictionary and a null text inside a dictionary leave nothing behind;
+    /// so do byte order marks at the start of a text.
     void setObject(const QString& key, const QVariant& value);
 
     /// False when there is no value under `key`.

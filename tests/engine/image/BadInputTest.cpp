@@ -113,6 +113,9 @@ void BadInputTest::savesNoPageWithTheStripOfAnother_data()
     const char* const jbig = "bits=1 compression=34661";
     QTest::newRow("fax that ends early")
         << QByteArray("fax") << stripOf(wholeStrip("height=10 fax"));
+    QTest::newRow("narrow fax without ends of line")
+        << QByteArray("bits=1 compression=2")
+        << stripOf(wholeStrip("width=40 bits=1 compression=2"));
     QTest::newRow("low JPEG") << QByteArray(jpeg) << stripOf(wholeStrip("height=16 compression=7"));
     QTest::newRow("narrow JPEG") << QByteArray(jpeg)
                                  << stripOf(wholeStrip("width=16 compression=7"));

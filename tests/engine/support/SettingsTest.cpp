@@ -78,13 +78,17 @@ private slots:
             QVERIFY2(!store.objectForKey(u"SETTINGS"_s).isValid() && !store.synchronize(), value);
         }
         QVERIFY(QFile::remove(m_path));
+        int copies = 0;
         for (const QString& text :
              { u"@Variant(\\0)"_s, u"\u0140@Variant()"_s, u"\u7840\\x40"_s,
                u"\u00e9"_s + QChar() + u"40@DateTime()"_s, u"/me@Variant(1)"_s, u" @DateTime()"_s,
                u"a=@@, \\@Variant()"_s, u"/=@DateTime(), ,@Variant()"_s, u"\\x40"_s,
-               u"a\n\"=@Variant()"_s }) {
-            UserDefaults(m_path).setObject(key, text);
-            QCOMPARE(UserDefaults(m_path).objectForKey(key), text);
+               u"a\n\"=@Variant()"_s, u"\uFEFB@Variant()"_s }) {
+            UserDefaults(m_path).setObject(key, QChar(QChar::ByteOrderMark) + text);
+            // Of a file that it wrote Qt remembers the values.
+            const QString copy = m_folder->filePath(QString::number(++copies));
+            QVERIFY(QFile::copy(m_path, copy));
+            QCOMPARE(UserDefaults(copy).objectForKey(key), text);
         }
     }
 
