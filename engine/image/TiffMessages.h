@@ -35,8 +35,8 @@ public:
     const std::string& reason() const { return m_reason; }
 
     /// Rows of a fax page, since the last `forget`, that turned out too short or too long: libtiff
-    /// makes them white from where they stop making sense, as a fax machine does. There are none but of T.4
-    /// (Compression 3): elsewhere that is a failure.
+    /// makes them white from where they stop making sense, as a fax machine does. There are none
+    /// but of T.4 (Compression 3): elsewhere that is a failure.
     int repairedRows() const { return m_repairedRows; }
 
     /// Throws std::runtime_error with `reason`, or with `fallback` when libtiff gave none.
