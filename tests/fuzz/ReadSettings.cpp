@@ -19,8 +19,15 @@ namespace {
 
     const QString storeKey = u"SETTINGS"_s;
 
-    /// The nine fields in their order; a text as UTF-8, which is what a store keeps of
-    /// text that is no valid UTF-16.
+    /// What a store keeps of a text, in which not all need be valid UTF-16.
+    QByteArray kept(QString text)
+    {
+        while (text.startsWith(QChar::ByteOrderMark))
+            text.remove(0, 1);
+        return text.toUtf8();
+    }
+
+    /// The nine fields in their order.
     QVariantList valuesOf(const Settings& settings)
     {
         QVariantList values;
@@ -28,7 +35,7 @@ namespace {
         for (int i = type->propertyOffset(); i < type->propertyCount(); ++i) {
             const QVariant value = type->property(i).read(&settings);
             const bool isText = value.typeId() == QMetaType::QString;
-            values.append(isText ? value.toString().toUtf8() : value);
+            values.append(isText ? kept(value.toString()) : value);
         }
         require(values.size() == 9, "there are nine fields");
         return values;
