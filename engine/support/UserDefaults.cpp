@@ -42,8 +42,9 @@ namespace {
     /// "@Variant(...)" and "@DateTime(...)" and takes the lengths in it as they are, so that a few
     /// bytes can ask for gigabytes. Stored values never are one: a text that begins with '@' is
     /// written with two of them, and the sign itself never as an escape. Lines in which a value
-    /// could begin where it does not seem to are refused: quotes or a backslash at odd places, an
-    /// end of a byte order mark, which the reader drops.
+    /// could begin where it does not seem to are refused: quotes or a backslash at odd places, the
+    /// end of a byte order mark, which the reader drops, or the mark as an escape, which the writer
+    /// would not write again.
     bool holdsPlainValues(const QString& path)
     {
         QFile file(path);
@@ -52,8 +53,8 @@ namespace {
         static const QRegularExpression line(QRegularExpression::anchoredPattern(uR"((?(DEFINE)
                 (?<name>(?:\\?[A-Za-z0-9_.%-])++)
                 (?<escape>\\[abfnrtv"?'\\]|\\0(?![0-7])
-                    |\\x(?!0*+40(?![0-9A-Fa-f]))[0-9A-Fa-f]{1,4}+(?![0-9A-Fa-f]))
-                (?<noObject>(?!(?:(?:\xEF?\xBB)?\xBF)?@(?![@BISPR])))
+                    |\\x(?!(?:0*+40|[Ff][Ee][Ff][Ff])(?![0-9A-Fa-f]))[0-9A-Fa-f]{1,4}+(?![0-9A-Fa-f]))
+                (?<noObject>(?!(?:(?:\xEF?\xBB)?\xBF)?(?:\xEF\xBB\xBF)*+@(?![@BISPR])))
                 (?<item>(?:"(?&noObject)(?:(?&escape)|[^"\\\x00-\x08\x0A-\x1F])*+"
                     |(?&noObject)(?:(?&escape)|[^"\\,;\x00-\x08\x0A-\x1F])*+)[ \t]*+)
                 )
