@@ -9,8 +9,9 @@ namespace pagestack {
 /// The user's store of settings: plain values (numbers, booleans, texts) and dictionaries of plain
 /// values under short keys. A dictionary is kept as a group, so that it can be read and edited in
 /// the file. Values come back as the platform keeps them: in an INI file every value is text, which
-/// toInt() and toBool() of QVariant understand. A file that holds other objects than plain values
-/// acts as an empty one that cannot be written. One thread at a time.
+/// toInt() and toBool() of QVariant understand. A file that holds other objects than plain values,
+/// or lines that are neither settings nor comments, acts as an empty one that cannot be written.
+/// One thread at a time.
 class UserDefaults
 {
 public:
@@ -25,8 +26,8 @@ public:
     QVariant objectForKey(const QString& key) const;
 
     /// Replaces what is under `key`, a whole dictionary included. An invalid value removes the key;
-    /// an empty dictionary and a null text inside a dictionary leave nothing behind;
-    /// so do byte order marks at the start of a text.
+    /// an empty dictionary, a null text inside a dictionary and byte order marks at the start of a
+    /// text leave nothing behind.
     void setObject(const QString& key, const QVariant& value);
 
     /// False when there is no value under `key`.
