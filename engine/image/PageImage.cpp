@@ -149,10 +149,10 @@ std::uint64_t PageImage::decodedBytes() const
     return rowBytes * static_cast<unsigned>(heightPx());
 }
 
-int PageImage::repairedRows() const
+QStringList PageImage::warnings() const
 {
     const TiffPage* page = m_source->tiffPage();
-    return page ? page->file().messages().repairedRows() : 0;
+    return page ? page->file().messages().pageWarnings() : QStringList();
 }
 
 std::unique_ptr<StagedFile> PageImage::encoded(const QString& path, OutputType type,

@@ -4,6 +4,7 @@
 #include "engine/image/PageSource.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 #include <memory>
@@ -87,9 +88,9 @@ public:
     /// an opaque image is 255. Throws std::runtime_error when the page cannot be decoded.
     PageImage monochromeImage() const;
 
-    /// Damaged rows of a fax page that are white, from some place on, in what was made of the page
-    /// last with this image and its source.
-    int repairedRows() const;
+    /// In what the pixels that were made of the page last, with this image and its source, are not,
+    /// or may not be, those of the page; a clause each.
+    QStringList warnings() const;
 
     /// Why the last writer returned false; empty after a success.
     QString failureReason() const { return m_failureReason; }

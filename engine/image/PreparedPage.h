@@ -4,6 +4,8 @@
 #include "engine/image/TiffPieces.h"
 #include "engine/support/SystemLog.h"
 
+#include <QStringList>
+
 #include <memory>
 #include <optional>
 
@@ -15,7 +17,7 @@ struct PreparedPage
 {
     std::unique_ptr<StagedFile> file; ///< the complete output; only to be put in place
     HeldLines complaints; ///< to be written to the system log with `file`
-    std::optional<int> repairedRows; ///< see PageImage; of `file` or `pieces`, none without them
+    std::optional<QStringList> warnings; ///< see PageImage; of `file` or `pieces`, none without
     TiffPieces pieces; ///< for the TIFF file that the page is gathered in
 };
 

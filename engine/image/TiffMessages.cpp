@@ -1,11 +1,11 @@
 #include "engine/image/TiffMessages.h"
 
+#include "engine/image/CodecMessages.h"
 #include "engine/support/SystemLog.h"
 
-#include <algorithm>
-#include <array>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace pagestack {
 
@@ -16,50 +16,14 @@ namespace {
     /// A damaged fax page can give a message a row.
     constexpr int mostReports = 20;
 
-    /// A warning after which some rows hold no pixels of the page: libtiff 4.5 goes on after it as
-    /// if it had decoded the strip.
-    struct LostPixels
+    /// The count in "17 extraneous bytes before marker 0xd9" behind other words.
+    std::uint64_t countBefore(std::string_view text, std::string_view sign)
     {
-        std::string_view module; ///< that gives it; any when empty
-        std::string_view sign; ///< in the text
-    };
-    constexpr std::array lostPixelWarnings {
-        LostPixels { "", "Premature EOF" }, // fax: the strip ends before its last row
-        // A row that is too short or too long makes those below it wrong: in T.6, and where no end
-        // of line parts the rows.
-        LostPixels { "Fax4Decode", "Premature EOL" },
-        LostPixels { "Fax4Decode", "Line length mismatch" },
-        LostPixels { "Fax3DecodeRLE", "Premature EOL" },
-        LostPixels { "Fax3DecodeRLE", "Line length mismatch" },
-        LostPixels { "", "Improper JPEG strip/tile size" },
-        LostPixels { "", "Premature end of JPEG file" },
-        // Of a stream only the first of these is given, whatever else is wrong with it.
-        LostPixels { "", "Corrupt JPEG data" },
-        LostPixels { "", "Inconsistent progression sequence" },
-        LostPixels { "JBIG", "Only decoded" },
-    };
-    // Of T.4, where rows below are sound again, at the latest from one that stands for itself.
-    constexpr std::array repairedRowWarnings {
-        std::string_view { "Premature EOL" },
-        std::string_view { "Line length mismatch" },
-    };
-    constexpr std::string_view behindTheLastRow = "extraneous bytes before marker 0xd9";
-
-    bool tellsOfLostPixels(std::string_view module, std::string_view text)
-    {
-        const auto is = [&](const LostPixels& lost) {
-            return (lost.module.empty() || lost.module == module)
-                && text.find(lost.sign) != std::string_view::npos;
-        };
-        return std::any_of(lostPixelWarnings.begin(), lostPixelWarnings.end(), is)
-            && text.find(behindTheLastRow) == std::string_view::npos;
-    }
-
-    bool tellsOfRepairedRow(std::string_view text)
-    {
-        return std::any_of(
-            repairedRowWarnings.begin(), repairedRowWarnings.end(),
-            [=](std::string_view sign) { return text.find(sign) != std::string_view::npos; });
+        std::size_t at = text.find(sign);
+        std::uint64_t count = 0;
+        for (std::uint64_t place = 1; at-- > 0 && text[at] >= '0' && text[at] <= '9'; place *= 10)
+            count += place * static_cast<unsigned>(text[at] - '0');
+        return count;
     }
 
 } // namespace
@@ -89,10 +53,23 @@ void TiffMessages::addError(const char* module, const std::string& text)
 
 void TiffMessages::addWarning(const char* module, const std::string& text)
 {
-    if (!tellsOfLostPixels(module != nullptr ? module : "", text))
-        m_repairedRows += tellsOfRepairedRow(text) ? 1 : 0;
-    else if (m_reason.empty())
-        m_reason = withoutName(text);
+    switch (classOfWarning(module != nullptr ? module : "", text)) {
+    case CodecMessage::Harmless:
+        break;
+    case CodecMessage::Unsure:
+        addPageWarning(u"the decoder says: "_s + QString::fromStdString(withoutName(text)));
+        break;
+    case CodecMessage::Loss:
+        if (m_reason.empty())
+            m_reason = withoutName(text);
+        break;
+    case CodecMessage::RepairedRow:
+        ++m_repairedRows;
+        break;
+    case CodecMessage::JpegTail:
+        m_jpegTail = countBefore(text, " extraneous bytes");
+        break;
+    }
     report("warning", module, text);
 }
 
@@ -108,6 +85,32 @@ void TiffMessages::forget()
 {
     m_reason.clear();
     m_repairedRows = 0;
+    m_jpegTail.reset();
+    m_pageWarnings.clear();
+}
+
+void TiffMessages::addPageWarning(const QString& text)
+{
+    if (!m_pageWarnings.contains(text))
+        m_pageWarnings.append(text);
+}
+
+QStringList TiffMessages::pageWarnings() const
+{
+    QStringList warnings = m_pageWarnings;
+    if (m_repairedRows == 1)
+        warnings.prepend(u"1 row of the fax is damaged; what is lost of it is white"_s);
+    else if (m_repairedRows > 1)
+        warnings.prepend(
+            u"%1 rows of the fax are damaged; what is lost of them is white"_s.arg(m_repairedRows));
+    if (m_jpegTail)
+        warnings.append(jpegTailWarning());
+    return warnings;
+}
+
+QString TiffMessages::jpegTailWarning()
+{
+    return u"its JPEG data go on behind the last pixels; some of them may be damaged"_s;
 }
 
 void TiffMessages::fail(const char* fallback) const

@@ -1,17 +1,21 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace pagestack {
 
 class LogQuota;
 
 /// What libtiff has to say about one open file. Every message goes to the system log with the
-/// file's name, up to a limit; the errors are counted, and the first since `forget` is kept as the
-/// reason of a failure.
+/// file's name, up to a limit. The first since `forget` that tells of a failure is kept as its
+/// reason; see CodecMessages.h for what warnings mean.
 class TiffMessages
 {
 public:
@@ -34,10 +38,18 @@ public:
     /// The first of these messages; empty when there is none.
     const std::string& reason() const { return m_reason; }
 
-    /// Rows of a fax page, since the last `forget`, that turned out too short or too long: libtiff
-    /// makes them white from where they stop making sense, as a fax machine does. There are none
-    /// but of T.4 (Compression 3): elsewhere that is a failure.
-    int repairedRows() const { return m_repairedRows; }
+    /// Adds to `pageWarnings`, once however often it is given.
+    void addPageWarning(const QString& text);
+
+    /// In what the pixels that were read since the last `forget` are not, or may not be, those of
+    /// the page. Rows of a T.4 fax (Compression 3) that turned out too short or too long are among
+    /// them: libtiff makes them white from where they stop making sense, as a fax machine does.
+    QStringList pageWarnings() const;
+
+    /// How many bytes libjpeg left before the end of a stream, if it did since this was asked last.
+    /// What nobody asks for becomes the warning `jpegTailWarning`.
+    std::optional<std::uint64_t> takeJpegTail() { return std::exchange(m_jpegTail, {}); }
+    static QString jpegTailWarning();
 
     /// Throws std::runtime_error with `reason`, or with `fallback` when libtiff gave none.
     [[noreturn]] void fail(const char* fallback) const;
@@ -49,6 +61,8 @@ private:
     QString m_fileName;
     std::string m_reason;
     int m_repairedRows = 0;
+    std::optional<std::uint64_t> m_jpegTail;
+    QStringList m_pageWarnings;
     std::shared_ptr<LogQuota> m_quota;
 };
 

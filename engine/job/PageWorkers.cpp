@@ -143,7 +143,7 @@ void PageWorkers::prepare(PageTask& task, Desk& desk)
             result.complaints = hold.takeLines();
         }
         if (!needsNoEncoding)
-            result.repairedRows = image.repairedRows();
+            result.warnings = image.warnings();
     } catch (...) {
         // Nothing is lost: the job's thread does the page again and meets the same fault.
         result = {};

@@ -303,22 +303,18 @@ QString Process::saveImage(const Source& source, PageImage& image, int page, con
             lastPathComponent(path));
     PreparedPage prepared = takePage(source.document, page);
     const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads->take();
-    const std::optional<int> repairedRows = prepared.repairedRows;
+    const std::optional<QStringList> warnings = prepared.warnings;
     if (image.save(path, *settings(), std::move(prepared), m_threads.get(), existing())) {
-        remarkRepairs(source.document, page, repairedRows.value_or(image.repairedRows()));
+        remark(source.document, page, warnings ? *warnings : image.warnings());
         return {};
     }
     return image.failureReason().isNull() ? u""_s : image.failureReason();
 }
 
-void Process::remarkRepairs(const TiffDocument& document, int page, int rows)
+void Process::remark(const TiffDocument& document, int page, const QStringList& warnings)
 {
-    if (rows > 0)
-        emit pageRemarked(
-            document.path(), page,
-            (rows == 1
-                 ? u"1 row of the fax is damaged; what is lost of it is white"_s
-                 : u"%1 rows of the fax are damaged; what is lost of them is white"_s.arg(rows)));
+    for (const QString& warning : warnings)
+        emit pageRemarked(document.path(), page, warning);
 }
 
 StagedFile::Existing Process::existing() const

@@ -216,7 +216,7 @@ private:
                      const TiffDocument& document, LogFiles& logFiles);
     PageOutcome gatherPage(MultiPageTiff& file, const TiffDocument& document, LogFile& record);
     bool isWanted(const QString& outputPath) const;
-    void remarkRepairs(const TiffDocument& document, int page, int rows);
+    void remark(const TiffDocument& document, int page, const QStringList& warnings);
     void reportChain(const TiffDocument& document, const FileItem& item);
     void endRun();
     void saveLog();

@@ -118,11 +118,10 @@ Process::PageOutcome Process::gatherPage(MultiPageTiff& file, const TiffDocument
     const PageImage image = document.page(record.sourcePageNo - 1);
     try {
         PreparedPage prepared = takePage(document, record.sourcePageNo);
-        const std::optional<int> repairedRows = prepared.repairedRows;
+        const std::optional<QStringList> warnings = prepared.warnings;
         file.append(image, std::move(prepared));
         if (file.failureReason().isEmpty())
-            remarkRepairs(document, record.sourcePageNo,
-                          repairedRows.value_or(image.repairedRows()));
+            remark(document, record.sourcePageNo, warnings ? *warnings : image.warnings());
     } catch (const std::runtime_error& error) {
         record.status = u"Unable to save page!"_s;
         emit troubleMet(document.path(), record.sourcePageNo, QString::fromUtf8(error.what()));
