@@ -1,5 +1,8 @@
 #include "engine/image/RgbaRows.h"
 
+#include "engine/image/StripDecoder.h"
+#include "engine/image/TiffLimits.h"
+
 #include <tiffio.h>
 
 #include <algorithm>
@@ -33,13 +36,39 @@ namespace {
         TIFFRGBAImage image = {};
     };
 
+    /// Makes the page the current one. libtiff 4.5 takes damaged Deflate data for sound, so they
+    /// are looked through first, and by itself it would not write the end of a strip that is filled
+    /// up with rows.
+    TIFF* startDecoding(TiffFile& file, int index, const TiffPageTags& tags)
+    {
+        TIFF* handle = selectForDecoding(file, index, tags);
+        if (hasSparseStrips(handle))
+            throw std::runtime_error("strips without data are not supported for such a page");
+        if (tags.compression != COMPRESSION_DEFLATE
+            && tags.compression != COMPRESSION_ADOBE_DEFLATE)
+            return handle;
+        StripDecoder decoder(file, index, handle, tags);
+        const std::uint32_t count
+            = tags.isTiled ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
+        std::vector<std::uint8_t> piece;
+        for (std::uint32_t number = 0; number < count; ++number) {
+            const std::uint64_t bytes = plainBytes(handle, tags, number);
+            if (bytes > mostHeldBytes)
+                throw std::runtime_error("its strips or tiles are too large");
+            piece.resize(bytes);
+            decoder.decode(number, piece);
+        }
+        TIFFSetField(handle, TIFFTAG_DEFLATE_SUBCODEC, DEFLATE_SUBCODEC_ZLIB);
+        return handle;
+    }
+
     class RgbaRows : public RowSource
     {
     public:
         RgbaRows(TiffFile& file, int index, const TiffPageTags& tags)
             : m_file(file)
             , m_tags(tags)
-            , m_page(file.select(index))
+            , m_page(startDecoding(file, index, tags))
         {
             // Rows come in stored order; turning the page is not done here.
             m_page.image.req_orientation = m_page.image.orientation;

@@ -1,7 +1,5 @@
 #include "engine/image/StoredRows.h"
 
-#include "engine/image/TileReading.h"
-
 #include <tiffio.h>
 
 #include <algorithm>
@@ -35,8 +33,7 @@ namespace {
 } // namespace
 
 StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
-    : m_file(file)
-    , m_handle(file.select(index))
+    : m_handle(selectForDecoding(file, index, tags))
     , m_tags(tags)
     , m_strideBytes(static_cast<qsizetype>(tags.planeRowBytes()))
 {
@@ -46,9 +43,10 @@ StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
     // Switching planes in mid-strip would decode the strip from its start again. JBIG has no rows.
     m_isRowByRow = !tags.isTiled && !tags.planesAreSeparate && tags.compression != COMPRESSION_JBIG
         && rows * rowBytes > largestWholeStripBytes;
-    if (m_isRowByRow && hasLargeEncodedStrip()) {
+    if (m_isRowByRow && isDecodedByLibtiff(tags) && hasLargeEncodedStrip()) {
         m_mappedCopy = std::make_unique<MappedTiffCopy>(file, index);
         m_handle = m_mappedCopy->handle();
+        applyRowsPerStrip(m_handle, tags);
     }
     if (tags.compression == COMPRESSION_JPEG && tags.photometric == PHOTOMETRIC_YCBCR
         && !tags.planesAreSeparate)
@@ -77,6 +75,7 @@ StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
                                      + " is not supported");
         m_tile.resize(static_cast<std::size_t>(tileBytes));
     }
+    m_decoder.emplace(file, index, m_handle, tags);
 }
 
 bool StoredRows::hasLargeEncodedStrip() const
@@ -116,12 +115,6 @@ StoredBand StoredRows::nextBand()
     return band;
 }
 
-void StoredRows::checkDecoded(bool ok) const
-{
-    if (!ok || m_file.messages().failed())
-        m_file.messages().fail("the pixels cannot be decoded");
-}
-
 void StoredRows::readStrips(int rows)
 {
     for (int plane = 0; plane < m_tags.planes(); ++plane) {
@@ -129,11 +122,10 @@ void StoredRows::readStrips(int rows)
         for (std::uint32_t done = 0; done < static_cast<std::uint32_t>(rows);) {
             const std::uint32_t row = m_nextRow + done;
             const std::uint32_t count = std::min(m_tags.rowsPerStrip, m_tags.heightPx - row);
-            const auto bytes = static_cast<tmsize_t>(count) * m_strideBytes;
-            const std::uint32_t strip
-                = TIFFComputeStrip(m_handle, row, static_cast<std::uint16_t>(plane));
-            const tmsize_t got = TIFFReadEncodedStrip(m_handle, strip, to, bytes);
-            checkDecoded(got == bytes);
+            const auto bytes = static_cast<std::size_t>(count * m_strideBytes);
+            m_decoder->decode(static_cast<std::uint32_t>(plane) * m_tags.stripsInPlane()
+                                  + row / m_tags.rowsPerStrip,
+                              { to, bytes });
             to += bytes;
             done += count;
         }
@@ -143,9 +135,12 @@ void StoredRows::readStrips(int rows)
 void StoredRows::readRowByRow(int rows)
 {
     for (int i = 0; i < rows; ++i) {
-        const int result = TIFFReadScanline(m_handle, m_samples.data() + i * m_strideBytes,
-                                            m_nextRow + static_cast<std::uint32_t>(i), 0);
-        checkDecoded(result == 1);
+        const std::uint32_t row = m_nextRow + static_cast<std::uint32_t>(i);
+        if (row % m_tags.rowsPerStrip == 0)
+            m_decoder->begin(row / m_tags.rowsPerStrip,
+                             std::min(m_tags.rowsPerStrip, m_tags.heightPx - row));
+        m_decoder->nextRow(
+            { m_samples.data() + i * m_strideBytes, static_cast<std::size_t>(m_strideBytes) });
     }
     if (m_mappedCopy)
         m_mappedCopy->dropPages();
@@ -161,7 +156,7 @@ void StoredRows::readTiles(int rows)
         for (std::uint32_t x = 0; x < m_tags.widthPx; x += m_tags.tileWidthPx) {
             const std::uint32_t tile
                 = TIFFComputeTile(m_handle, x, m_nextRow, 0, static_cast<std::uint16_t>(plane));
-            checkDecoded(readTile(m_handle, m_tags, tile, m_tile, m_scratch));
+            m_decoder->decode(tile, m_tile);
             const qsizetype bytes = std::min(tileRowBytes, m_strideBytes - column);
             for (int i = 0; i < rows; ++i)
                 std::memcpy(planeStart(plane) + i * m_strideBytes + column,

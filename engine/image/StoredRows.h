@@ -1,11 +1,13 @@
 #pragma once
 
 #include "engine/image/MappedTiffCopy.h"
+#include "engine/image/StripDecoder.h"
 #include "engine/image/TiffFile.h"
 #include "engine/image/TiffPageTags.h"
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace pagestack {
@@ -45,10 +47,8 @@ private:
     void readStrips(int rows);
     void readRowByRow(int rows);
     void readTiles(int rows);
-    void checkDecoded(bool ok) const;
     std::uint8_t* planeStart(int plane);
 
-    TiffFile& m_file;
     tiff* m_handle;
     TiffPageTags m_tags;
     qsizetype m_strideBytes = 0;
@@ -56,9 +56,9 @@ private:
     std::uint32_t m_nextRow = 0;
     bool m_isRowByRow = false;
     std::unique_ptr<MappedTiffCopy> m_mappedCopy; ///< owns `m_handle` where it is needed
+    std::optional<StripDecoder> m_decoder; ///< set by the constructor
     std::vector<std::uint8_t> m_samples; ///< of a band, plane after plane
     std::vector<std::uint8_t> m_tile;
-    std::vector<std::uint8_t> m_scratch; ///< see readTile()
 };
 
 } // namespace pagestack

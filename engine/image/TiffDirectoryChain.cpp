@@ -175,6 +175,7 @@ TiffDirectory readDirectoryEntries(int fileDescriptor, const TiffDirectoryChain&
         const std::uint64_t count = field(4, offsetBytes);
         TiffTagValue value;
         value.tag = static_cast<unsigned>(field(0, 2));
+        value.count = count;
         constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
         value.bytes = size != 0 && count > most / size ? most : count * size;
         value.offset = value.bytes <= offsetBytes ? offset + countBytes + at + 4 + offsetBytes

@@ -37,6 +37,7 @@ struct TiffTagValue
     unsigned tag = 0;
     std::uint64_t offset = 0;
     std::uint64_t bytes = 0; ///< 0 where the type is unknown
+    std::uint64_t count = 0; ///< of values of the type
 };
 
 struct TiffDirectory

@@ -1,6 +1,7 @@
 #include "engine/image/TiffPage.h"
 
 #include "engine/image/DisplayRows.h"
+#include "engine/image/TiffLimits.h"
 
 #include <tiffio.h>
 
@@ -26,11 +27,12 @@ namespace {
 
     /// libtiff takes indexes of 8 bits and more for grays where their colours are missing, or are
     /// not as many as there are indexes.
-    void checkColorMap(const TiffFile& file, int index, const TiffPageTags& tags)
+    void checkColorMap(const TiffFile& file, const TiffDirectory& directory,
+                       const TiffPageTags& tags)
     {
         if (tags.photometric != PHOTOMETRIC_MINISBLACK && tags.photometric != PHOTOMETRIC_RGB)
             return;
-        for (const TiffTagValue& value : file.directory(index).values) {
+        for (const TiffTagValue& value : directory.values) {
             if (value.tag != TIFFTAG_PHOTOMETRIC || value.bytes == 0)
                 continue;
             std::array<std::uint8_t, 1> low = {};
@@ -54,8 +56,10 @@ const TiffPage::Description& TiffPage::description() const
         auto read = std::make_unique<Description>();
         checkDepth(m_file->describe(m_index));
         read->tags = readTiffPageTags(m_file->describe(m_index));
-        const TiffPageTags& tags = read->tags;
-        checkColorMap(*m_file, m_index, tags);
+        TiffPageTags& tags = read->tags;
+        const TiffDirectory directory = m_file->directory(m_index);
+        checkStripTable(directory, m_file->describe(m_index), tags);
+        checkColorMap(*m_file, directory, tags);
         read->properties.widthPx = static_cast<int>(tags.widthPx);
         read->properties.heightPx = static_cast<int>(tags.heightPx);
         read->properties.resolution = tags.resolution;

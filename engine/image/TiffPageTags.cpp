@@ -1,14 +1,10 @@
 #include "engine/image/TiffPageTags.h"
 
-#include "engine/image/RowLimits.h"
-
 #include <tiffio.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
-#include <span>
 #include <stdexcept>
 #include <string>
 
@@ -22,16 +18,6 @@ namespace {
         Value value = fallback;
         return TIFFGetFieldDefaulted(handle, tag, &value) == 1 ? value : fallback;
     }
-
-    constexpr std::uint32_t longestFaxRowPx = 4 * 1024 * 1024; // 16 bytes each in libtiff's tables
-
-    // Beyond this a page has to bring a byte for every `mostDecodedPerByte` of its pixels, or a
-    // file of some kilobytes would keep a run busy for hours and fill the disk. Blank areas of real
-    // pages of that size, plans or printing plates, stay far below it.
-    constexpr std::uint64_t largestSparsePage = std::uint64_t { 1024 } * 1024 * 1024;
-    constexpr std::uint64_t mostDecodedPerByte = 1000;
-
-    constexpr std::uint64_t largestJbigPage = std::uint64_t { 64 } * 1024 * 1024;
 
     int photometricOf(TIFF* handle, const TiffPageTags& tags)
     {
@@ -80,50 +66,6 @@ namespace {
             throw std::runtime_error("the image has no samples");
         if (tags.isTiled && (tags.tileWidthPx == 0 || tags.tileHeightPx == 0))
             throw std::runtime_error("the tile size is missing");
-    }
-
-    /// The most bytes that one encoded byte can decode to; 0: no useful bound.
-    std::uint64_t highestRatio(int compression)
-    {
-        switch (compression) {
-        case COMPRESSION_NONE:
-            return 1;
-        case COMPRESSION_PACKBITS:
-            return 64;
-        case COMPRESSION_LZW:
-            return 4096; // codes of 9 to 12 bits for strings of up to 4096 bytes
-        case COMPRESSION_DEFLATE:
-        case COMPRESSION_ADOBE_DEFLATE:
-            return 1100; // two bits for 258 bytes
-        case COMPRESSION_JPEG:
-        case COMPRESSION_OJPEG:
-            return 4096; // some bits for the 64 samples of each of some channels
-        default:
-            return 0;
-        }
-    }
-
-    /// libjbig holds a page as a whole, and ends the program when the size in the encoded data asks
-    /// for more memory than there is. ITU-T T.82, section 6.2.2: the header of the data.
-    void checkJbigHeader(TIFF* handle, const TiffPageTags& tags)
-    {
-        std::array<std::uint8_t, 12> head = {};
-        const auto bytes = static_cast<tmsize_t>(head.size());
-        if (tags.isTiled || TIFFReadRawStrip(handle, 0, head.data(), bytes) != bytes)
-            throw std::runtime_error("its JBIG data are damaged");
-        if (tags.fillOrder == FILLORDER_MSB2LSB)
-            TIFFReverseBits(head.data(), bytes); // libtiff's notion of the order, here only
-        const auto number = [&](std::size_t first) {
-            std::uint32_t value = 0;
-            for (const std::uint8_t byte : std::span(head).subspan(first, 4))
-                value = value << 8U | byte;
-            return value;
-        };
-        const bool isOneLayer = head[0] == 0 && head[1] == 0 && head[2] == 1;
-        if (!isOneLayer || number(4) != tags.widthPx || number(8) != tags.heightPx)
-            throw std::runtime_error("its JBIG data do not have the size of the page");
-        if (tags.decodedBytes() > largestJbigPage)
-            throw std::runtime_error("it is too large for a page of JBIG data");
     }
 
 } // namespace
@@ -196,50 +138,11 @@ TiffPageTags readTiffPageTags(tiff* handle)
     return tags;
 }
 
-void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes)
+void applyRowsPerStrip(tiff* handle, const TiffPageTags& tags)
 {
-    const bool isTooLong = tags.isFax() ? std::max(tags.widthPx, tags.tileWidthPx) > longestFaxRowPx
-                                        : tags.widthPx > longestRowPx;
-    if (isTooLong || tags.planeRowBytes() * static_cast<unsigned>(tags.planes()) > longestRowBytes)
-        throw std::runtime_error("its rows of " + std::to_string(tags.widthPx)
-                                 + " pixels are too long");
-    const std::uint32_t pieces
-        = tags.isTiled ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
-    std::uint64_t encoded = 0;
-    std::uint64_t used = 0;
-    for (std::uint32_t piece = 0; piece < pieces; ++piece) {
-        int failed = 0;
-        const std::uint64_t bytes = TIFFGetStrileByteCountWithErr(handle, piece, &failed);
-        const std::uint64_t offset = TIFFGetStrileOffsetWithErr(handle, piece, &failed);
-        if (failed != 0)
-            throw std::runtime_error("the table of its strips is damaged");
-        if (bytes == 0)
-            continue;
-        if (offset >= fileSizeBytes)
-            throw std::runtime_error("its pixels lie beyond the end of the file");
-        encoded += std::min(bytes, fileSizeBytes - offset);
-        ++used;
-    }
-    if (used == 0)
-        throw std::runtime_error("the page has no pixel data");
-    encoded = std::min(encoded, fileSizeBytes); // strips may share their bytes
-    const std::uint64_t decoded = tags.decodedBytes();
-    const std::uint64_t ratio = highestRatio(tags.compression);
-    // A row of a fax page takes a bit at least.
-    const bool tooManyRows = tags.isFax() && tags.heightPx / 8 > encoded;
-    // Sub-sampled pages hold less than their rows suggest, and the last tiles reach past the page.
-    const std::uint64_t slack = tags.photometric == PHOTOMETRIC_YCBCR ? 16 : 1;
-    if (tooManyRows || (ratio != 0 && decoded / ratio / slack > encoded))
-        throw std::runtime_error("it announces " + std::to_string(tags.widthPx) + " x "
-                                 + std::to_string(tags.heightPx) + " pixels, more than its "
-                                 + std::to_string(encoded) + " bytes of data can hold");
-    if (decoded > largestSparsePage && decoded / mostDecodedPerByte > encoded)
-        throw std::runtime_error(
-            "its " + std::to_string(encoded) + " bytes of data announce "
-            + std::to_string(tags.widthPx) + " x " + std::to_string(tags.heightPx)
-            + " pixels; a page of more than 1 GiB needs a byte for every 1000");
-    if (tags.compression == COMPRESSION_JBIG)
-        checkJbigHeader(handle, tags);
+    const auto rows = defaultedTag<std::uint32_t>(handle, TIFFTAG_ROWSPERSTRIP, tags.heightPx);
+    if (!tags.isTiled && std::min(rows, tags.heightPx) < tags.rowsPerStrip)
+        TIFFSetField(handle, TIFFTAG_ROWSPERSTRIP, tags.rowsPerStrip);
 }
 
 } // namespace pagestack

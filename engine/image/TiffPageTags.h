@@ -50,6 +50,7 @@ struct TiffPageTags
     {
         return planeRowBytes() * heightPx * static_cast<unsigned>(planes());
     }
+    std::uint32_t stripsInPlane() const { return (heightPx - 1) / rowsPerStrip + 1; }
     /// One sample of one bit a pixel: black and white, or a palette of two colours.
     bool isOneBitDeep() const { return bitsPerSample == 1 && samplesPerPixel == 1; }
     /// Encoded as ITU-T T.4 or T.6 say.
@@ -62,11 +63,7 @@ struct TiffPageTags
 /// image that this program reads: no pixels, more than 2^31 - 1 in a direction, an unknown codec.
 TiffPageTags readTiffPageTags(tiff* handle);
 
-/// Throws std::runtime_error when the current page announces rows of more than 16 Mi pixels (4 Mi
-/// of a fax page) or 16 MiB, more pixels than its strips or tiles can hold, more than 1 GiB of them
-/// with less than a byte of data for every 1000 bytes, strips that lie beyond the end of a file of
-/// `fileSizeBytes`, or JBIG data of another size than the page or of more than 64 MiB; to be asked
-/// before memory is taken or a decoder is started.
-void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes);
+/// Has `handle`, at the page of `tags`, take the page for one of strips as `tags` say.
+void applyRowsPerStrip(tiff* handle, const TiffPageTags& tags);
 
 } // namespace pagestack

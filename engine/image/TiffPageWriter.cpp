@@ -2,10 +2,11 @@
 
 #include "engine/image/DisplayRows.h"
 #include "engine/image/StoredRows.h"
+#include "engine/image/StripDecoder.h"
+#include "engine/image/TiffLimits.h"
 #include "engine/image/TiffPage.h"
 #include "engine/image/TiffPieces.h"
 #include "engine/image/TiffTagCopy.h"
-#include "engine/image/TileReading.h"
 
 #include <tiffio.h>
 
@@ -128,16 +129,9 @@ namespace {
         void recode()
         {
             if (m_keepsTiles)
-                recodePieces(
-                    TIFFNumberOfTiles(m_from), TIFFTileSize,
-                    [this](TIFF* from, std::uint32_t tile, std::uint8_t* to, tmsize_t size) {
-                        const std::span bytes(to, static_cast<std::size_t>(size));
-                        return readTile(from, m_tags, tile, bytes, m_scratch) ? size : 0;
-                    },
-                    TIFFWriteEncodedTile);
+                recodePieces(TIFFNumberOfTiles, TIFFTileSize, TIFFWriteEncodedTile);
             else if (m_tags.isSubsampled())
-                recodePieces(TIFFNumberOfStrips(m_from), TIFFStripSize, TIFFReadEncodedStrip,
-                             TIFFWriteEncodedStrip);
+                recodePieces(TIFFNumberOfStrips, TIFFStripSize, TIFFWriteEncodedStrip);
             else
                 recodeRows();
         }
@@ -179,6 +173,8 @@ namespace {
         {
             if (m_tags.isTiled != m_keepsTiles)
                 return false;
+            if (hasSparseStrips(m_from))
+                return false;
             // Uncompressed pages are copied row by row: that checks them at no cost.
             if (m_tags.compression != m_compression || m_compression == COMPRESSION_NONE)
                 return false;
@@ -210,9 +206,9 @@ namespace {
             }
             if (!m_tags.isTiled)
                 setTag(m_to, TIFFTAG_ROWSPERSTRIP, m_tags.rowsPerStrip);
+            selectForDecoding(m_file, m_page.index(), m_tags);
             const std::uint32_t pieces
                 = m_tags.isTiled ? TIFFNumberOfTiles(m_from) : TIFFNumberOfStrips(m_from);
-            m_file.select(m_page.index());
             for (std::uint32_t i = 0; i < pieces; ++i)
                 copyEncodedPiece(i);
         }
@@ -254,22 +250,25 @@ namespace {
             }
         }
 
-        template <typename Read, typename Write>
-        void recodePieces(std::uint32_t count, tmsize_t (*sizeOf)(TIFF*), Read readPiece,
+        template <typename Write>
+        void recodePieces(std::uint32_t (*countOf)(TIFF*), tmsize_t (*sizeOf)(TIFF*),
                           Write writePiece)
         {
-            m_file.select(m_page.index());
+            selectForDecoding(m_file, m_page.index(), m_tags);
             if (becomesRgb()) // before the size is asked for: sub-sampled pieces are smaller
                 TIFFSetField(m_from, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
             const tmsize_t pieceBytes = sizeOf(m_from);
             if (pieceBytes <= 0 || pieceBytes > largestPieceBytes)
                 throw std::runtime_error("its strips or tiles are too large");
+            StripDecoder decoder(m_file, m_page.index(), m_from, m_tags);
             std::vector<std::uint8_t> piece(static_cast<std::size_t>(pieceBytes));
+            const std::uint32_t count = countOf(m_from);
             for (std::uint32_t i = 0; i < count; ++i) {
-                std::fill(piece.begin(), piece.end(), std::uint8_t { 0 });
-                const tmsize_t got = readPiece(m_from, i, piece.data(), pieceBytes);
-                checkRead(got > 0);
-                check(writePiece(m_to, i, piece.data(), got) == got);
+                const auto size = static_cast<tmsize_t>(plainBytes(m_from, m_tags, i));
+                const std::span bytes(piece.data(), static_cast<std::size_t>(size));
+                std::fill(bytes.begin(), bytes.end(), std::uint8_t { 0 });
+                decoder.decode(i, bytes);
+                check(writePiece(m_to, i, piece.data(), size) == size);
             }
         }
 
@@ -304,12 +303,6 @@ namespace {
             }
         }
 
-        void checkRead(bool ok) const
-        {
-            if (!ok || m_file.messages().failed())
-                m_file.messages().fail("the pixels cannot be decoded");
-        }
-
         TIFF* m_to;
         TIFF* m_from = nullptr;
         const TiffPage& m_page;
@@ -318,7 +311,6 @@ namespace {
         int m_compression;
         bool m_keepsTiles; ///< else the page is written in strips
         std::vector<std::uint8_t> m_part;
-        std::vector<std::uint8_t> m_scratch; ///< see readTile()
     };
 
     void setDisplayTags(TIFF* to, const PixelLayout& layout, const PageProperties& page)

@@ -1,0 +1,135 @@
+#include "engine/image/SampleOrder.h"
+
+#include "engine/image/TiffPageTags.h"
+
+#include <tiffio.h>
+
+#include <bit>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+namespace pagestack {
+
+namespace {
+
+    /// Adds to each sample the one a pixel before it.
+    template <typename Sample>
+    void accumulate(std::span<std::uint8_t> row, std::size_t stride)
+    {
+        const std::size_t count = row.size() / sizeof(Sample);
+        for (std::size_t i = stride; i < count; ++i) {
+            Sample before;
+            Sample here;
+            std::memcpy(&before, row.data() + (i - stride) * sizeof(Sample), sizeof(Sample));
+            std::memcpy(&here, row.data() + i * sizeof(Sample), sizeof(Sample));
+            here = static_cast<Sample>(here + before);
+            std::memcpy(row.data() + i * sizeof(Sample), &here, sizeof(Sample));
+        }
+    }
+
+    /// The same for bytes of `stride` interleaved channels, held in registers.
+    template <std::size_t stride>
+    void accumulateBytes(std::span<std::uint8_t> row)
+    {
+        std::uint8_t sums[stride] = {};
+        for (std::size_t i = 0; i + stride <= row.size(); i += stride)
+            for (std::size_t c = 0; c < stride; ++c)
+                row[i + c] = sums[c] = static_cast<std::uint8_t>(sums[c] + row[i + c]);
+    }
+
+    void accumulateBytes(std::span<std::uint8_t> row, std::size_t stride)
+    {
+        switch (stride) {
+        case 1:
+            return accumulateBytes<1>(row);
+        case 3:
+            return accumulateBytes<3>(row);
+        case 4:
+            return accumulateBytes<4>(row);
+        default:
+            return accumulate<std::uint8_t>(row, stride);
+        }
+    }
+
+    bool isWholeBytes(int bits) { return bits == 16 || bits == 24 || bits == 32 || bits == 64; }
+
+} // namespace
+
+SampleOrder::SampleOrder(const TiffPageTags& tags, bool isSwapped)
+    : m_bits(tags.bitsPerSample)
+    , m_predictor(tags.predictor)
+    , m_stride(static_cast<std::size_t>(tags.samplesInPlane()))
+    , m_isSwapped(isSwapped && isWholeBytes(tags.bitsPerSample))
+{
+    const bool isKnown = m_predictor == PREDICTOR_NONE
+        || (m_predictor == PREDICTOR_HORIZONTAL
+            && (m_bits == 8 || m_bits == 16 || m_bits == 32 || m_bits == 64))
+        || (m_predictor == PREDICTOR_FLOATINGPOINT && tags.sampleFormat == SAMPLEFORMAT_IEEEFP
+            && isWholeBytes(m_bits));
+    if (!isKnown)
+        throw std::runtime_error("predictor " + std::to_string(m_predictor)
+                                 + " is not supported for its samples");
+}
+
+void SampleOrder::restore(std::span<std::uint8_t> rows, std::size_t rowBytes)
+{
+    if (m_predictor == PREDICTOR_FLOATINGPOINT) {
+        for (; rows.size() >= rowBytes; rows = rows.subspan(rowBytes))
+            restoreFloats(rows.first(rowBytes));
+        return; // which gives the machine's order
+    }
+    if (m_isSwapped)
+        swapBytes(rows);
+    if (m_predictor == PREDICTOR_HORIZONTAL)
+        for (; rows.size() >= rowBytes; rows = rows.subspan(rowBytes))
+            restoreRow(rows.first(rowBytes));
+}
+
+void SampleOrder::restoreRow(std::span<std::uint8_t> row)
+{
+    switch (m_bits) {
+    case 8:
+        return accumulateBytes(row, m_stride);
+    case 16:
+        return accumulate<std::uint16_t>(row, m_stride);
+    case 32:
+        return accumulate<std::uint32_t>(row, m_stride);
+    default:
+        return accumulate<std::uint64_t>(row, m_stride);
+    }
+}
+
+/// The row has the highest bytes of all its samples, then the next lower ones, each byte as the
+/// difference to the one of the pixel before.
+void SampleOrder::restoreFloats(std::span<std::uint8_t> row)
+{
+    accumulateBytes(row, m_stride);
+    m_bytePlanes.assign(row.begin(), row.end());
+    const auto bytes = static_cast<std::size_t>(m_bits / 8);
+    const std::size_t samples = row.size() / bytes;
+    for (std::size_t i = 0; i < samples; ++i)
+        for (std::size_t b = 0; b < bytes; ++b) {
+            const std::size_t plane
+                = std::endian::native == std::endian::little ? bytes - 1 - b : b;
+            row[i * bytes + b] = m_bytePlanes[plane * samples + i];
+        }
+}
+
+void SampleOrder::swapBytes(std::span<std::uint8_t> bytes) const
+{
+    const auto count = static_cast<tmsize_t>(bytes.size() / static_cast<std::size_t>(m_bits / 8));
+    void* samples = bytes.data(); // libtiff takes them byte by byte
+    switch (m_bits) {
+    case 16:
+        return TIFFSwabArrayOfShort(static_cast<std::uint16_t*>(samples), count);
+    case 24:
+        return TIFFSwabArrayOfTriples(bytes.data(), count);
+    case 32:
+        return TIFFSwabArrayOfLong(static_cast<std::uint32_t*>(samples), count);
+    default:
+        return TIFFSwabArrayOfLong8(static_cast<std::uint64_t*>(samples), count);
+    }
+}
+
+} // namespace pagestack

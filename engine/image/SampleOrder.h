@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace pagestack {
+
+struct TiffPageTags;
+
+/// Brings decoded rows of a strip or tile to plain samples in the machine's byte order: undoes the
+/// predictor (TIFF 6.0, section 14: horizontal differencing of samples of 8, 16, 32 and 64 bits;
+/// Adobe's Technical Note 3 for Photoshop TIFF: floating point of 16 to 64 bits) and turns bytes
+/// round where the file has the other order. One thread.
+class SampleOrder
+{
+public:
+    /// `isSwapped`: the file has not the machine's byte order. Throws std::runtime_error when there
+    /// is no such predictor for the samples.
+    SampleOrder(const TiffPageTags& tags, bool isSwapped);
+
+    /// `rows` holds rows of `rowBytes` bytes.
+    void restore(std::span<std::uint8_t> rows, std::size_t rowBytes);
+
+private:
+    void restoreRow(std::span<std::uint8_t> row);
+    void restoreFloats(std::span<std::uint8_t> row);
+    void swapBytes(std::span<std::uint8_t> bytes) const;
+
+    int m_bits;
+    int m_predictor;
+    std::size_t m_stride; ///< samples from a pixel to the next
+    bool m_isSwapped;
+    std::vector<std::uint8_t> m_bytePlanes;
+};
+
+} // namespace pagestack

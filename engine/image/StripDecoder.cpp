@@ -1,0 +1,216 @@
+#include "engine/image/StripDecoder.h"
+
+#include "engine/image/InflateStream.h"
+#include "engine/image/JpegTail.h"
+#include "engine/image/NoDataValue.h"
+#include "engine/image/PackBitsStream.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    /// Encoded data up to this size are read as a whole; they do not decode to less than a strip
+    /// that is held anyway.
+    constexpr std::uint64_t wholeBytes(std::uint64_t decoded) { return 2 * decoded + 65536; }
+
+    constexpr std::uint64_t mostPaddingBytes = std::uint64_t { 64 } * 1024 * 1024;
+    constexpr std::uint64_t longestJudgedStream = std::uint64_t { 64 } * 1024 * 1024;
+
+    bool isDeflate(const TiffPageTags& tags)
+    {
+        return tags.compression == COMPRESSION_DEFLATE
+            || tags.compression == COMPRESSION_ADOBE_DEFLATE;
+    }
+
+    bool isSparseAt(tiff* handle, std::uint32_t number)
+    {
+        return TIFFGetStrileOffset(handle, number) == 0
+            && TIFFGetStrileByteCount(handle, number) == 0;
+    }
+
+    std::uint32_t piecesOf(tiff* handle)
+    {
+        return TIFFIsTiled(handle) != 0 ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
+    }
+
+} // namespace
+
+bool isDecodedByLibtiff(const TiffPageTags& tags)
+{
+    return !isDeflate(tags) && tags.compression != COMPRESSION_PACKBITS;
+}
+
+bool hasSparseStrips(tiff* handle)
+{
+    const std::uint32_t count = piecesOf(handle);
+    for (std::uint32_t number = 0; number < count; ++number)
+        if (isSparseAt(handle, number))
+            return true;
+    return false;
+}
+
+tiff* selectForDecoding(TiffFile& file, int index, const TiffPageTags& tags)
+{
+    tiff* handle = file.select(index);
+    applyRowsPerStrip(handle, tags);
+    return handle;
+}
+
+StripDecoder::StripDecoder(TiffFile& file, int index, tiff* handle, const TiffPageTags& tags)
+    : m_file(file)
+    , m_handle(handle)
+    , m_tags(tags)
+    , m_rowBytes(static_cast<std::size_t>(tags.isTiled ? TIFFTileRowSize(handle)
+                                                       : TIFFScanlineSize(handle)))
+{
+    if (!isDecodedByLibtiff(tags))
+        m_order.emplace(tags, TIFFIsByteSwapped(handle) != 0);
+    const std::uint32_t count = piecesOf(handle);
+    std::uint32_t sparse = 0;
+    for (std::uint32_t number = 0; number < count; ++number)
+        sparse += isSparseAt(handle, number) ? 1 : 0;
+    if (sparse == 0)
+        return;
+    const NoDataValue noData = noDataValue(file, index, tags);
+    m_noData = noData.bits;
+    file.messages().addPageWarning(
+        u"%1 of its %2 %3 have no data in the file and are filled with %4"_s.arg(sparse)
+            .arg(count)
+            .arg(tags.isTiled ? u"tiles"_s : u"strips"_s, noData.text));
+}
+
+bool StripDecoder::isSparse(std::uint32_t number) const { return isSparseAt(m_handle, number); }
+
+EncodedBytes StripDecoder::encoded(std::uint32_t number) const
+{
+    return { m_file, TIFFGetStrileOffset(m_handle, number),
+             TIFFGetStrileByteCount(m_handle, number), m_tags.fillOrder == FILLORDER_LSB2MSB };
+}
+
+std::unique_ptr<StripStream> StripDecoder::openStream(std::uint32_t number) const
+{
+    if (isDeflate(m_tags))
+        return std::make_unique<InflateStream>(encoded(number));
+    return std::make_unique<PackBitsStream>(encoded(number));
+}
+
+void StripDecoder::decode(std::uint32_t number, std::span<std::uint8_t> to)
+{
+    if (isSparse(number)) {
+        fillSamples(to, m_rowBytes, m_tags.bitsPerSample, m_noData);
+    } else if (m_order) {
+        if (!isDeflate(m_tags) || !inflatedWhole(number, to)) {
+            const std::unique_ptr<StripStream> stream = openStream(number);
+            stream->read(to);
+            endStream(*stream, to.size() / m_rowBytes);
+        }
+        m_order->restore(to, m_rowBytes);
+    } else {
+        check(decodedByLibtiff(number, to), number);
+    }
+}
+
+bool StripDecoder::inflatedWhole(std::uint32_t number, std::span<std::uint8_t> to) const
+{
+    EncodedBytes bytes = encoded(number);
+    return bytes.left() <= wholeBytes(to.size()) && inflateWhole(bytes.next(bytes.left()), to);
+}
+
+/// Some writers fill the last strip up to RowsPerStrip rows. Anything else behind the rows is no
+/// sign of sound data.
+void StripDecoder::endStream(StripStream& stream, std::uint64_t rows)
+{
+    std::uint32_t stripRows = 0;
+    std::uint64_t padding = 0;
+    if (!m_tags.isTiled && TIFFGetField(m_handle, TIFFTAG_ROWSPERSTRIP, &stripRows) == 1
+        && stripRows > rows)
+        padding = std::min((stripRows - rows) * m_rowBytes, mostPaddingBytes);
+    const std::uint64_t most = padding + mostPaddingBytes;
+    const std::uint64_t rest = stream.skipRest(most);
+    if (rest > most)
+        throw std::runtime_error("its strips hold far more than their rows");
+    if (rest > padding || rest % m_rowBytes != 0)
+        m_file.messages().addPageWarning(
+            u"its strips or tiles hold more than their rows; the rest is left out"_s);
+}
+
+bool StripDecoder::decodedByLibtiff(std::uint32_t number, std::span<std::uint8_t> to)
+{
+    if (m_tags.isTiled)
+        return decodedTile(number, to);
+    const auto size = static_cast<tmsize_t>(to.size());
+    return TIFFReadEncodedStrip(m_handle, number, to.data(), size) == size;
+}
+
+bool StripDecoder::decodedTile(std::uint32_t number, std::span<std::uint8_t> to)
+{
+    const auto decodeOver = [&](std::span<std::uint8_t> bytes, std::uint8_t before) {
+        std::fill(bytes.begin(), bytes.end(), before);
+        const auto size = static_cast<tmsize_t>(bytes.size());
+        return TIFFReadEncodedTile(m_handle, number, bytes.data(), size) == size;
+    };
+    if (!decodeOver(to, 0))
+        return false;
+    if (!m_tags.isFax() || m_tags.samplesInPlane() > 1)
+        return true;
+    // libtiff 4.5 calls it a success when the data of a fax tile end between two rows, and leaves
+    // the other rows as they were: they differ when it starts from other bytes.
+    m_scratch.resize(to.size());
+    return decodeOver(m_scratch, 0xFF) && std::equal(to.begin(), to.end(), m_scratch.begin());
+}
+
+void StripDecoder::begin(std::uint32_t strip, std::uint32_t rows)
+{
+    m_strip = strip;
+    m_row = strip * m_tags.rowsPerStrip;
+    m_rows = m_rowsLeft = rows;
+    m_isStripSparse = isSparse(strip);
+    m_stream = m_order && !m_isStripSparse ? openStream(strip) : nullptr;
+}
+
+void StripDecoder::nextRow(std::span<std::uint8_t> to)
+{
+    --m_rowsLeft;
+    if (m_isStripSparse) {
+        fillSamples(to, m_rowBytes, m_tags.bitsPerSample, m_noData);
+    } else if (m_stream) {
+        m_stream->read(to);
+        if (m_rowsLeft == 0)
+            endStream(*m_stream, m_rows);
+        m_order->restore(to, m_rowBytes);
+    } else {
+        check(TIFFReadScanline(m_handle, to.data(), m_row, 0) == 1, m_strip);
+    }
+    ++m_row;
+}
+
+/// After libtiff has decoded something of the strip or tile.
+void StripDecoder::check(bool ok, std::uint32_t number)
+{
+    TiffMessages& messages = m_file.messages();
+    if (!ok || messages.failed())
+        messages.fail("the pixels cannot be decoded");
+    if (const std::optional<std::uint64_t> left = messages.takeJpegTail())
+        judgeTail(number, *left);
+}
+
+void StripDecoder::judgeTail(std::uint32_t number, std::uint64_t leftBytes)
+{
+    EncodedBytes bytes = encoded(number);
+    const JpegTail tail = bytes.left() <= longestJudgedStream
+        ? judgeJpegTail(bytes.next(bytes.left()), leftBytes)
+        : JpegTail::Unknown;
+    if (tail == JpegTail::LostRestarts)
+        throw std::runtime_error("its JPEG data lack restart markers, and pixels with them");
+    if (tail == JpegTail::Unknown)
+        m_file.messages().addPageWarning(TiffMessages::jpegTailWarning());
+}
+
+} // namespace pagestack

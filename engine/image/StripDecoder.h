@@ -1,0 +1,81 @@
+#pragma once
+
+#include "engine/image/EncodedBytes.h"
+#include "engine/image/SampleOrder.h"
+#include "engine/image/StripStream.h"
+#include "engine/image/TiffFile.h"
+#include "engine/image/TiffPageTags.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace pagestack {
+
+/// Decodes the strips or tiles of the page that is the current one of a handle, to samples in the
+/// machine's byte order.
+///
+/// Deflate and PackBits are decoded here, since libtiff 4.5 takes damaged Deflate data for sound
+/// and drops bytes of PackBits runs that reach over the end of a row; everything else by libtiff.
+/// Strips and tiles without data (sparse files: offset and size 0) are filled with 0, or with the
+/// value of GDAL_NODATA where the page has it, and the page gets a warning.
+class StripDecoder
+{
+public:
+    /// `handle` is one on the page of `file` that was just selected; both are borrowed.
+    /// Throws std::runtime_error when the samples are of a kind that cannot be decoded.
+    StripDecoder(TiffFile& file, int index, tiff* handle, const TiffPageTags& tags);
+
+    /// Decodes the strip or tile `number` to the whole of `to`, which holds whole rows: those of
+    /// the page in the strip, or all of the tile. Throws std::runtime_error when it is damaged or
+    /// holds less.
+    void decode(std::uint32_t number, std::span<std::uint8_t> to);
+
+    /// Starts to decode a strip of `rows` rows that is too large to be held. Of pages with one
+    /// plane.
+    void begin(std::uint32_t strip, std::uint32_t rows);
+    /// Decodes the next row of the strip that was begun, which has one left, to the whole of `to`.
+    /// Throws as `decode` does.
+    void nextRow(std::span<std::uint8_t> to);
+
+private:
+    EncodedBytes encoded(std::uint32_t number) const;
+    std::unique_ptr<StripStream> openStream(std::uint32_t number) const;
+    bool isSparse(std::uint32_t number) const;
+    bool inflatedWhole(std::uint32_t number, std::span<std::uint8_t> to) const;
+    void endStream(StripStream& stream, std::uint64_t rows);
+    bool decodedByLibtiff(std::uint32_t number, std::span<std::uint8_t> to);
+    bool decodedTile(std::uint32_t number, std::span<std::uint8_t> to);
+    void check(bool ok, std::uint32_t number);
+    void judgeTail(std::uint32_t number, std::uint64_t leftBytes);
+
+    TiffFile& m_file;
+    tiff* m_handle;
+    const TiffPageTags m_tags;
+    std::size_t m_rowBytes; ///< of a strip or tile; of sub-sampled pages, a row of blocks
+    std::optional<SampleOrder> m_order; ///< of what is decoded here, not by libtiff
+    std::uint64_t m_noData = 0; ///< the bits of a sample where the file has no data
+    std::vector<std::uint8_t> m_scratch;
+
+    // Of the strip that is decoded row by row.
+    std::uint32_t m_strip = 0;
+    std::uint32_t m_row = 0; ///< of the page, the next
+    std::uint32_t m_rows = 0;
+    std::uint32_t m_rowsLeft = 0;
+    bool m_isStripSparse = false;
+    std::unique_ptr<StripStream> m_stream; ///< null: libtiff decodes it
+};
+
+/// False when StripDecoder decodes such pages itself.
+bool isDecodedByLibtiff(const TiffPageTags& tags);
+
+/// True when a strip or tile of the current page of `handle` has no data in the file.
+bool hasSparseStrips(tiff* handle);
+
+/// Makes page `index` the current one of `file`, to be decoded from its start, in strips as `tags`
+/// say. Throws std::runtime_error.
+tiff* selectForDecoding(TiffFile& file, int index, const TiffPageTags& tags);
+
+} // namespace pagestack

@@ -1,0 +1,186 @@
+#include "engine/image/TiffLimits.h"
+
+#include "engine/image/RowLimits.h"
+#include "engine/image/TiffDirectoryChain.h"
+#include "engine/image/TiffPageTags.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <stdexcept>
+#include <string>
+
+namespace pagestack {
+
+namespace {
+
+    constexpr std::uint32_t longestFaxRowPx = 4 * 1024 * 1024; // 16 bytes each in libtiff's tables
+
+    // Beyond this a page has to bring a byte for every `mostDecodedPerByte` of its pixels, or a
+    // file of some kilobytes would keep a run busy for hours and fill the disk. Blank areas of real
+    // pages of that size, plans or printing plates, stay far below it.
+    constexpr std::uint64_t largestSparsePage = std::uint64_t { 1024 } * 1024 * 1024;
+    constexpr std::uint64_t mostDecodedPerByte = 1000;
+
+    constexpr std::uint64_t largestJbigPage = std::uint64_t { 64 } * 1024 * 1024;
+
+    /// The most bytes that one encoded byte can decode to; 0: no useful bound.
+    std::uint64_t highestRatio(int compression)
+    {
+        switch (compression) {
+        case COMPRESSION_NONE:
+            return 1;
+        case COMPRESSION_PACKBITS:
+            return 64;
+        case COMPRESSION_LZW:
+            return 4096; // codes of 9 to 12 bits for strings of up to 4096 bytes
+        case COMPRESSION_DEFLATE:
+        case COMPRESSION_ADOBE_DEFLATE:
+            return 1100; // two bits for 258 bytes
+        case COMPRESSION_JPEG:
+        case COMPRESSION_OJPEG:
+            return 4096; // some bits for the 64 samples of each of some channels
+        default:
+            return 0;
+        }
+    }
+
+    /// libjbig holds a page as a whole, and ends the program when the size in the encoded data asks
+    /// for more memory than there is. ITU-T T.82, section 6.2.2: the header of the data.
+    void checkJbigHeader(TIFF* handle, const TiffPageTags& tags)
+    {
+        std::array<std::uint8_t, 12> head = {};
+        const auto bytes = static_cast<tmsize_t>(head.size());
+        if (tags.isTiled || TIFFReadRawStrip(handle, 0, head.data(), bytes) != bytes)
+            throw std::runtime_error("its JBIG data are damaged");
+        if (tags.fillOrder == FILLORDER_MSB2LSB)
+            TIFFReverseBits(head.data(), bytes); // libtiff's notion of the order, here only
+        const auto number = [&](std::size_t first) {
+            std::uint32_t value = 0;
+            for (const std::uint8_t byte : std::span(head).subspan(first, 4))
+                value = value << 8U | byte;
+            return value;
+        };
+        const bool isOneLayer = head[0] == 0 && head[1] == 0 && head[2] == 1;
+        if (!isOneLayer || number(4) != tags.widthPx || number(8) != tags.heightPx)
+            throw std::runtime_error("its JBIG data do not have the size of the page");
+        if (tags.decodedBytes() > largestJbigPage)
+            throw std::runtime_error("it is too large for a page of JBIG data");
+    }
+
+    /// What the strips and tiles of a page have in the file.
+    struct EncodedSize
+    {
+        std::uint64_t bytes = 0;
+        std::uint64_t pieces = 0; ///< strips or tiles with data
+    };
+
+    [[noreturn]] void refusePiece(const TiffPageTags& tags, std::uint32_t number, const char* fault)
+    {
+        throw std::runtime_error((tags.isTiled ? "tile " : "strip ") + std::to_string(number)
+                                 + " of the page " + fault);
+    }
+
+    /// Looks at every strip and tile. One without offset and size is left out by the writer of a
+    /// sparse file; any other place in the header is none of pixels.
+    EncodedSize checkPieces(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes)
+    {
+        const std::uint64_t headerBytes = TIFFIsBigTIFF(handle) != 0 ? 16 : 8;
+        const std::uint32_t count
+            = tags.isTiled ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
+        EncodedSize sum;
+        for (std::uint32_t number = 0; number < count; ++number) {
+            int failed = 0;
+            const std::uint64_t bytes = TIFFGetStrileByteCountWithErr(handle, number, &failed);
+            const std::uint64_t offset = TIFFGetStrileOffsetWithErr(handle, number, &failed);
+            if (failed != 0)
+                throw std::runtime_error("the table of its strips is damaged");
+            if (bytes == 0 && offset == 0)
+                continue;
+            if (offset < headerBytes)
+                refusePiece(tags, number, "lies in the header of the file");
+            if (offset >= fileSizeBytes)
+                throw std::runtime_error("its pixels lie beyond the end of the file");
+            const std::uint64_t held = std::min(bytes, fileSizeBytes - offset);
+            // libtiff would go on reading what lies behind it.
+            if (tags.compression == COMPRESSION_NONE && held < plainBytes(handle, tags, number))
+                refusePiece(tags, number, "is smaller than its rows");
+            sum.bytes += held;
+            sum.pieces += held > 0 ? 1 : 0;
+        }
+        return sum;
+    }
+
+    /// Bytes that the strips and tiles with data decode to, at most.
+    std::uint64_t decodedBytes(tiff* handle, const TiffPageTags& tags, std::uint64_t pieces)
+    {
+        const std::uint64_t piece
+            = tags.isTiled ? TIFFTileSize64(handle) : tags.planeRowBytes() * tags.rowsPerStrip;
+        const std::uint64_t whole = tags.decodedBytes();
+        return piece == 0 || pieces > whole / piece ? whole : pieces * piece;
+    }
+
+} // namespace
+
+std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t number)
+{
+    if (tags.isTiled)
+        return TIFFTileSize64(handle);
+    const std::uint32_t above = number % tags.stripsInPlane() * tags.rowsPerStrip;
+    return TIFFVStripSize64(handle, std::min(tags.rowsPerStrip, tags.heightPx - above));
+}
+
+void checkStripTable(const TiffDirectory& directory, tiff* handle, TiffPageTags& tags)
+{
+    const auto isOffsets = [](const TiffTagValue& value) {
+        return value.tag == TIFFTAG_STRIPOFFSETS || value.tag == TIFFTAG_TILEOFFSETS;
+    };
+    const auto table = std::find_if(directory.values.begin(), directory.values.end(), isOffsets);
+    const std::uint32_t needed
+        = tags.isTiled ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
+    // libtiff cuts a large uncompressed strip into several, and fills a table that is too short
+    // with 0.
+    if (table == directory.values.end() || table->count >= needed
+        || TIFFGetStrileOffset(handle, needed - 1) != 0)
+        return;
+    if (tags.isTiled || table->count != static_cast<unsigned>(tags.planes()))
+        throw std::runtime_error("the table of its strips has " + std::to_string(table->count)
+                                 + " entries, " + std::to_string(needed) + " are needed");
+    tags.rowsPerStrip = tags.heightPx;
+    applyRowsPerStrip(handle, tags);
+}
+
+void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes)
+{
+    const bool isTooLong = tags.isFax() ? std::max(tags.widthPx, tags.tileWidthPx) > longestFaxRowPx
+                                        : tags.widthPx > longestRowPx;
+    if (isTooLong || tags.planeRowBytes() * static_cast<unsigned>(tags.planes()) > longestRowBytes)
+        throw std::runtime_error("its rows of " + std::to_string(tags.widthPx)
+                                 + " pixels are too long");
+    const EncodedSize held = checkPieces(handle, tags, fileSizeBytes);
+    if (held.pieces == 0)
+        throw std::runtime_error("the page has no pixel data");
+    const std::uint64_t encoded = std::min(held.bytes, fileSizeBytes); // strips may share bytes
+    const std::uint64_t decoded = decodedBytes(handle, tags, held.pieces);
+    const std::uint64_t ratio = highestRatio(tags.compression);
+    // A row of a fax page takes a bit at least.
+    const bool tooManyRows = tags.isFax() && decoded / tags.planeRowBytes() / 8 > encoded;
+    // Sub-sampled pages hold less than their rows suggest.
+    const std::uint64_t slack = tags.photometric == PHOTOMETRIC_YCBCR ? 16 : 1;
+    if (tooManyRows || (ratio != 0 && decoded / ratio / slack > encoded))
+        throw std::runtime_error("it announces " + std::to_string(tags.widthPx) + " x "
+                                 + std::to_string(tags.heightPx) + " pixels, more than its "
+                                 + std::to_string(encoded) + " bytes of data can hold");
+    if (tags.decodedBytes() > largestSparsePage
+        && tags.decodedBytes() / mostDecodedPerByte > encoded)
+        throw std::runtime_error(
+            "its " + std::to_string(encoded) + " bytes of data announce "
+            + std::to_string(tags.widthPx) + " x " + std::to_string(tags.heightPx)
+            + " pixels; a page of more than 1 GiB needs a byte for every 1000");
+    if (tags.compression == COMPRESSION_JBIG)
+        checkJbigHeader(handle, tags);
+}
+
+} // namespace pagestack

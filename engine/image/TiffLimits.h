@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+
+struct tiff;
+
+namespace pagestack {
+
+struct TiffDirectory;
+struct TiffPageTags;
+
+/// Decoded bytes of the strip or tile `number` of the current page; the last strip of a plane may
+/// have fewer rows than the others.
+std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t number);
+
+/// Looks whether the table of offsets in `directory`, that of the current page, has an entry for
+/// each strip or tile. If it has just one a plane, RowsPerStrip is wrong and the strip holds all
+/// rows, which `tags` and `handle` are told. Throws std::runtime_error for any other table that is
+/// too short.
+void checkStripTable(const TiffDirectory& directory, tiff* handle, TiffPageTags& tags);
+
+/// Throws std::runtime_error when the current page announces rows of more than 16 Mi pixels (4 Mi
+/// of a fax page) or 16 MiB, more pixels than its strips or tiles can hold, more than 1 GiB of them
+/// with less than a byte of data for every 1000 bytes, strips that lie beyond the end of a file of
+/// `fileSizeBytes` or in its header, uncompressed ones that are smaller than their rows, or JBIG
+/// data of another size than the page or of more than 64 MiB; to be asked before memory is taken or
+/// a decoder is started.
+void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes);
+
+} // namespace pagestack
