@@ -77,6 +77,15 @@ namespace {
             setTag(to, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
     }
 
+    /// libtiff 4.5 has no room for all the runs of a row of T.4's one-dimensional coding that
+    /// begins black and changes at every pixel, if its width is a multiple of 32: neither it nor
+    /// those who read with it could open the page. In two-dimensional coding it has.
+    void setFaxOptions(TIFF* to, std::uint32_t rowPx, int compression)
+    {
+        if (compression == COMPRESSION_CCITTFAX3 && rowPx % 32 == 0)
+            setTag(to, TIFFTAG_GROUP3OPTIONS, GROUP3OPT_2DENCODING);
+    }
+
     /// TIFF 6.0, section 15: the sides of a tile are multiples of 16. Some files have others.
     bool tilesAreOfOddSize(const TiffPageTags& tags)
     {
@@ -219,6 +228,7 @@ namespace {
             if (m_tags.photometric != PHOTOMETRIC_PALETTE && !m_tags.isSubsampled()
                 && m_tags.sampleFormat != SAMPLEFORMAT_IEEEFP)
                 setPredictor(m_to, m_tags.bitsPerSample, m_compression);
+            setFaxOptions(m_to, m_keepsTiles ? m_tags.tileWidthPx : m_tags.widthPx, m_compression);
             if (m_keepsTiles)
                 return;
             setTag(m_to, TIFFTAG_ROWSPERSTRIP,
@@ -364,6 +374,7 @@ namespace {
         setTag(to, TIFFTAG_COMPRESSION, used);
         if (layout.model != ColorModel::Palette)
             setPredictor(to, layout.bitsPerSample, used);
+        setFaxOptions(to, static_cast<std::uint32_t>(properties.widthPx), used);
         setPosition(to, source != nullptr ? source->tags().subfileType : 0, position);
         const auto rowBytes = static_cast<std::uint64_t>(layout.rowBytes(properties.widthPx));
         const auto heightPx = static_cast<std::uint32_t>(properties.heightPx);

@@ -100,6 +100,7 @@ private slots:
     void copiesEncodedPiecesThatFit_data();
     void copiesEncodedPiecesThatFit();
     void encodesAnewWhatOthersCouldNotRead();
+    void writesFaxRowsOfManyRuns();
     void carriesWhatDescribesThePage();
     void keepsTheBytesOfIptcThatLibtiffTurnsRound();
     void writesTilesOfOtherSizesAsStrips();
@@ -239,6 +240,28 @@ void MultiPageTiffTest::encodesAnewWhatOthersCouldNotRead()
         QCOMPARE(written.samples, source.samples);
         QVERIFY(written.encoded != source.encoded);
         QVERIFY(written.encoded.startsWith('\x80')); // 256 in nine bits, the highest first
+    }
+}
+
+// A G3 page that libtiff itself could not read: its table of runs was too short.
+void MultiPageTiffTest::writesFaxRowsOfManyRuns()
+{
+    QList<TestPage> pages;
+    for (int width = 1; width <= 72; ++width) {
+        TestPage page("bits=1 height=6 photometric=0");
+        page.width = width <= 70 ? width : width == 71 ? 640 : 1728;
+        page.sample = [](int x, int y, int) -> std::uint64_t {
+            return static_cast<unsigned>(y < 4 ? x + y : y) % 2;
+        };
+        pages.append(page);
+    }
+    for (const int compressionIndex : { 1, 2 }) {
+        QVERIFY(collect(pages, compressionIndex));
+        const QList<TiffPicture> written = readTiff(m_out);
+        const QList<TiffPicture> source = readTiff(m_source);
+        for (qsizetype i = 0; i < pages.size(); ++i)
+            QVERIFY2(written.value(i).samples == source.value(i).samples,
+                     qPrintable(QString::number(pages[i].width)));
     }
 }
 
