@@ -2,6 +2,7 @@
 
 #include "engine/image/ColorTransform.h"
 #include "engine/image/RgbaRows.h"
+#include "engine/image/SampleRange.h"
 #include "engine/image/SampleUnpacker.h"
 #include "engine/image/StoredRows.h"
 #include "engine/support/SystemLog.h"
@@ -141,13 +142,15 @@ namespace {
     class DisplayRows : public RowSource
     {
     public:
-        DisplayRows(TiffFile& file, int index, const TiffPageTags& tags)
-            : m_tags(tags)
+        DisplayRows(TiffFile& file, int index, const TiffPageTags& tags, int shownBits)
+            : m_messages(file.messages())
+            , m_tags(tags)
             , m_stored(file, index, tags)
             // L*a*b* has signs of its own, which its conversion knows.
             , m_unpacker(tags.bitsPerSample,
                          convertedColor(tags) && tags.sampleFormat == 2 ? 1 : tags.sampleFormat)
             , m_alpha(alphaSample(tags))
+            , m_range(tags.bitsPerSample, tags.sampleFormat, shownBits)
         {
             if (tags.sampleFormat == SAMPLEFORMAT_IEEEFP)
                 systemLog(u"%1: page %2: floating-point samples are taken as 0 to 1"_s
@@ -170,6 +173,7 @@ namespace {
             if (m_shownRows == m_band.rows) {
                 m_band = m_stored.nextBand();
                 m_shownRows = 0;
+                lookAtRange();
             }
             const qsizetype stride = m_layout.rowBytes(widthPx());
             const int rows = static_cast<int>(std::min<qsizetype>(
@@ -200,6 +204,27 @@ namespace {
         }
 
     private:
+        /// Indexes and L*a*b* have ranges of their own.
+        void lookAtRange()
+        {
+            if (m_tags.photometric == PHOTOMETRIC_PALETTE
+                || m_tags.photometric == PHOTOMETRIC_CIELAB
+                || m_tags.photometric == PHOTOMETRIC_ICCLAB)
+                return;
+            for (int i = 0; i < m_band.rows; ++i)
+                for (int c = 0; c < colorSamples(m_tags); ++c)
+                    if (m_tags.planesAreSeparate)
+                        m_range.look(m_unpacker, m_band.row(c, i), 0, 1, widthPx());
+                    else
+                        m_range.look(m_unpacker, m_band.row(0, i), c, m_tags.samplesPerPixel,
+                                     widthPx());
+            m_rowsLookedAt += m_band.rows;
+            if (m_rowsLookedAt < heightPx() || m_band.rows == 0)
+                return;
+            if (const QString warning = m_range.warning(); !warning.isNull())
+                m_messages.addPageWarning(warning);
+        }
+
         enum class Mode {
             AsStored, ///< the file's samples are what the layout says
             Inverted, ///< all bits have to be turned over
@@ -336,12 +361,15 @@ namespace {
             }
         }
 
+        TiffMessages& m_messages;
         TiffPageTags m_tags;
         StoredRows m_stored;
         StoredBand m_band;
         int m_shownRows = 0; ///< of `m_band`
         SampleUnpacker m_unpacker;
         AlphaSample m_alpha;
+        SampleRange m_range;
+        int m_rowsLookedAt = 0;
         std::vector<RgbColor> m_palette;
         PixelLayout m_layout;
         std::optional<ColorTransform> m_transform;
@@ -376,12 +404,13 @@ bool profileFitsDisplayRows(const TiffPageTags& tags)
             || tags.photometric == PHOTOMETRIC_YCBCR);
 }
 
-std::unique_ptr<RowSource> displayRows(TiffFile& file, int index, const TiffPageTags& tags)
+std::unique_ptr<RowSource> displayRows(TiffFile& file, int index, const TiffPageTags& tags,
+                                       int shownBits)
 {
     if (needsRgbaInterface(tags))
         return rgbaRows(file, index, tags);
     checkSupported(tags);
-    return std::make_unique<DisplayRows>(file, index, tags);
+    return std::make_unique<DisplayRows>(file, index, tags, shownBits);
 }
 
 } // namespace pagestack

@@ -29,7 +29,8 @@ namespace {
     std::unique_ptr<RowSource> upright(const PageSource& source, const TargetPixels& target)
     {
         // What a format does not take is dropped before the page is turned: it is less to move.
-        return uprightRows(adaptRows(source.rows(), target), source.properties().orientation);
+        return uprightRows(adaptRows(source.rowsShownIn(target.takes16Bits ? 16 : 8), target),
+                           source.properties().orientation);
     }
 
     /// The same, read by another thread if there is one of use.

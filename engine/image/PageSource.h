@@ -47,6 +47,14 @@ public:
     /// pages of the same file cannot overlap. Throws std::runtime_error with the reason.
     virtual std::unique_ptr<RowSource> rows() const = 0;
 
+    /// The same for a pass whose samples are brought to `bits` bits, 8 or 16, in the end: the page
+    /// has a warning then when that leaves next to nothing of them.
+    virtual std::unique_ptr<RowSource> rowsShownIn(int bits) const
+    {
+        static_cast<void>(bits);
+        return rows();
+    }
+
     /// This source as a page of a TIFF file, whose encoded strips and tags can be copied; null when
     /// it is none.
     virtual const TiffPage* tiffPage() const { return nullptr; }

@@ -115,6 +115,16 @@ std::uint64_t SampleUnpacker::rawSample(const std::uint8_t* row, qsizetype index
     return value;
 }
 
+double SampleUnpacker::number(std::uint64_t raw) const
+{
+    if (m_isFloat)
+        return floatSample(raw, m_bits);
+    const auto unused = static_cast<unsigned>(64 - m_bits);
+    if (m_isSigned)
+        return static_cast<double>(static_cast<std::int64_t>(raw << unused) >> unused);
+    return static_cast<double>(raw);
+}
+
 std::uint16_t SampleUnpacker::scaled(std::uint64_t raw) const
 {
     if (m_isFloat) {

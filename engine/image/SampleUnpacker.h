@@ -32,10 +32,14 @@ public:
     void unpackIndexes(const std::uint8_t* row, int first, int samplesPerPixel, int pixels,
                        std::uint16_t* to) const;
 
-private:
+    /// The bits of sample `index` of a row of single samples.
     std::uint64_t rawSample(const std::uint8_t* row, qsizetype index) const;
+    /// The number that the bits of a sample are.
+    double number(std::uint64_t raw) const;
+    /// What becomes of it, in `outputBits` bits.
     std::uint16_t scaled(std::uint64_t raw) const;
 
+private:
     int m_bits;
     bool m_isSigned;
     bool m_isFloat;

@@ -81,10 +81,10 @@ void TiffPage::checkSize() const
     checkEncodedSize(m_file->describe(m_index), described, m_file->sizeBytes());
 }
 
-std::unique_ptr<RowSource> TiffPage::rows() const
+std::unique_ptr<RowSource> TiffPage::rowsShownIn(int bits) const
 {
     checkSize();
-    return displayRows(*m_file, m_index, tags());
+    return displayRows(*m_file, m_index, tags(), bits);
 }
 
 } // namespace pagestack

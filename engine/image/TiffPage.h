@@ -17,7 +17,8 @@ public:
     TiffPage(std::shared_ptr<TiffFile> file, int index);
 
     const PageProperties& properties() const override;
-    std::unique_ptr<RowSource> rows() const override;
+    std::unique_ptr<RowSource> rows() const override { return rowsShownIn(16); }
+    std::unique_ptr<RowSource> rowsShownIn(int bits) const override;
     const TiffPage* tiffPage() const override { return this; }
 
     TiffFile& file() const { return *m_file; }

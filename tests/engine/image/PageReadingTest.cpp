@@ -6,8 +6,10 @@
 
 #include <tiffio.h>
 
+#include <bit>
 #include <cmath>
 #include <cstring>
+#include <functional>
 
 using namespace pagestack;
 using namespace Qt::StringLiterals;
@@ -165,6 +167,8 @@ class PageReadingTest : public QObject
 
 private slots:
     void givesThePixelsOfThePage_data();
+    void tellsOfPagesOfWhichNextToNothingIsLeft_data();
+    void tellsOfPagesOfWhichNextToNothingIsLeft();
     void givesThePixelsOfThePage();
     void looksUpColorsOfPalettes_data();
     void looksUpColorsOfPalettes();
@@ -335,6 +339,55 @@ void PageReadingTest::readsStripsTooLargeToBeHeld()
         const Picture picture = readPicture(single.path(u"a.png"_s));
         QCOMPARE(difference(picture, { 2111, 2077, 1, 8 }, stored, 0, 97), QString());
     }
+}
+
+void PageReadingTest::tellsOfPagesOfWhichNextToNothingIsLeft_data()
+{
+    const auto single = [](float value) {
+        return [=](int x, int y, int) -> std::uint64_t {
+            return std::bit_cast<std::uint32_t>(value * static_cast<float>((x * 7 + y) % 250));
+        };
+    };
+    const auto number = [](std::uint64_t first) {
+        return [=](int x, int y, int) { return first + static_cast<unsigned>((x * 7 + y) % 250); };
+    };
+    using Sample = std::function<std::uint64_t(int, int, int)>;
+    QTest::addColumn<QByteArray>("page");
+    QTest::addColumn<Sample>("sample");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("range"); // that the warning names; empty: no warning
+    const QByteArray real("bits=32 format=3");
+    QTest::newRow("0 to 249") << real << Sample(single(1)) << u"a.png"_s << u"0 and 249,"_s;
+    QTest::newRow("tiny") << real << Sample(single(1e-7F)) << u"a.png"_s << u"0 and 2.49"_s;
+    QTest::newRow("0 to 1") << real << Sample(single(1 / 249.0F)) << u"a.png"_s << QString();
+    QTest::newRow("blank") << real << Sample(single(0)) << u"a.jpg"_s << QString();
+    QTest::newRow("32 bits") << QByteArray("bits=32") << Sample(number(1000)) << u"a.png"_s
+                             << u"1000 and 1249, and 0 to 4294967295"_s;
+    QTest::newRow("16 bits") << QByteArray("bits=16 rgb") << Sample(number(0)) << u"a.jpg"_s
+                             << u"0 and 249, and 0 to 65535"_s;
+    QTest::newRow("16 bits, kept")
+        << QByteArray("bits=16") << Sample(number(0)) << u"a.png"_s << QString();
+    QTest::newRow("signed") << QByteArray("bits=16 format=2") << Sample(number(65500)) << u"a.gif"_s
+                            << u"-36 and 213,"_s;
+    QTest::newRow("nearly white") << QByteArray("bits=16") << Sample(number(65200)) << u"a.jpg"_s
+                                  << QString();
+}
+
+// Such pages came out all black or all white, without a word.
+void PageReadingTest::tellsOfPagesOfWhichNextToNothingIsLeft()
+{
+    QFETCH(QByteArray, page);
+    QFETCH(QString, name);
+    QFETCH(QString, range);
+    using Sample = std::function<std::uint64_t(int, int, int)>;
+    QFETCH(Sample, sample);
+    TestPage test(page.constData());
+    test.sample = [=](int x, int y, int c) { return sample(x, y, c) & test.top(); };
+    SinglePage single(test);
+    QVERIFY(single.image().save(single.path(name), Settings(nullptr)));
+    const QStringList warnings = single.image().warnings();
+    QCOMPARE(warnings.size(), range.isEmpty() ? 0 : 1);
+    QVERIFY2(warnings.value(0).contains(range), qPrintable(warnings.value(0)));
 }
 
 QTEST_GUILESS_MAIN(PageReadingTest)

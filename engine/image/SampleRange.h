@@ -1,0 +1,55 @@
+#pragma once
+
+#include "engine/image/SampleUnpacker.h"
+
+#include <QString>
+
+#include <array>
+#include <cstdint>
+
+namespace pagestack {
+
+/// Notices pages whose samples use so little of the range that is shown that hardly anything is
+/// left of them: floating point of 0 to 255 where 0 to 1 is shown, numbers below 4096 in 32 bits.
+/// One page, one thread.
+class SampleRange
+{
+public:
+    /// `sampleFormat` and `bitsPerSample` as of the tags; `shownBits`, 8 or 16, is the depth that
+    /// samples are brought to.
+    SampleRange(int bitsPerSample, int sampleFormat, int shownBits);
+
+    /// Looks at sample `first` of each of `pixels` pixels of `samplesPerPixel` samples. Costs
+    /// nothing once there are levels enough.
+    void look(const SampleUnpacker& unpacker, const std::uint8_t* row, int first,
+              int samplesPerPixel, int pixels);
+
+    /// What to tell of the page when all samples were looked at; null when there is nothing.
+    QString warning() const;
+
+private:
+    static constexpr std::size_t enoughLevels = 16;
+    struct Level
+    {
+        std::uint16_t shown;
+        std::uint64_t raw; ///< the sample that it was seen with first
+    };
+
+    void add(const SampleUnpacker& unpacker, std::uint64_t raw);
+    bool isSmallPart() const;
+
+    double m_lowest; ///< of the range that is shown
+    double m_highest;
+    bool m_isFloat;
+    bool m_isSigned;
+    bool m_isShownIn8Bits;
+    bool m_isFine; ///< nothing more is looked at
+    double m_least = 0; ///< sample that was found
+    double m_most = 0;
+    std::uint64_t m_last = 0;
+    std::array<Level, enoughLevels> m_levels {};
+    std::size_t m_count = 0; ///< of levels
+    bool m_isMerged = false; ///< different samples came to one level
+};
+
+} // namespace pagestack
