@@ -156,6 +156,12 @@ QStringList PageImage::warnings() const
     return page ? page->file().messages().pageWarnings() : QStringList();
 }
 
+QStringList PageImage::leftOutTags() const
+{
+    const TiffPage* page = m_source->tiffPage();
+    return page ? page->file().messages().leftOutTags() : QStringList();
+}
+
 std::unique_ptr<StagedFile> PageImage::encoded(const QString& path, OutputType type,
                                                const SaveOptions& options) const
 {

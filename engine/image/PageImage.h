@@ -92,6 +92,10 @@ public:
     /// or may not be, those of the page; a clause each.
     QStringList warnings() const;
 
+    /// The names of the tags of the page that the TIFF file does not have that it was put into last
+    /// with this image and its source.
+    QStringList leftOutTags() const;
+
     /// Why the last writer returned false; empty after a success.
     QString failureReason() const { return m_failureReason; }
 

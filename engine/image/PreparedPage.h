@@ -18,6 +18,7 @@ struct PreparedPage
     std::unique_ptr<StagedFile> file; ///< the complete output; only to be put in place
     HeldLines complaints; ///< to be written to the system log with `file`
     std::optional<QStringList> warnings; ///< see PageImage; of `file` or `pieces`, none without
+    QStringList leftOutTags; ///< see PageImage; of `file`
     TiffPieces pieces; ///< for the TIFF file that the page is gathered in
 };
 

@@ -72,6 +72,9 @@ StripDecoder::StripDecoder(TiffFile& file, int index, tiff* handle, const TiffPa
 {
     if (!isDecodedByLibtiff(tags))
         m_order.emplace(tags, TIFFIsByteSwapped(handle) != 0);
+    if (tags.hasShortStrip)
+        file.messages().addPageWarning(
+            u"its strip is smaller than its rows; what follows in the file was taken for them"_s);
     const std::uint32_t count = piecesOf(handle);
     std::uint32_t sparse = 0;
     for (std::uint32_t number = 0; number < count; ++number)

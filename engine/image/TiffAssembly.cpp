@@ -1,5 +1,6 @@
 #include "engine/image/TiffAssembly.h"
 
+#include "engine/image/TiffPage.h"
 #include "engine/image/TiffPageWriter.h"
 
 #include <QFileInfo>
@@ -57,8 +58,13 @@ void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
                         false,
                         {} };
     m_messages.forget();
+    const TiffPage* source = page.tiffPage();
+    std::vector<TextList> texts;
+    std::set<unsigned> written;
     try {
-        encode(page, pieces, sink);
+        if (source != nullptr)
+            texts = textLists(*source);
+        encode(page, pieces, texts, sink);
     } catch (const std::runtime_error&) {
         if (sink.isFull)
             throw TooLarge("the file would be larger than 4 GB");
@@ -76,36 +82,67 @@ void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
         std::uint64_t directory = 0;
         for (std::size_t i = 2 * offsetBytes; i-- > offsetBytes;)
             directory = directory << 8U | static_cast<std::uint8_t>(sink.header.at(i));
-        linkDirectory(directory);
+        written = linkDirectory(directory, texts);
     } catch (const std::runtime_error& error) {
         throw WriteFailure(error.what());
     }
     ++m_pages;
+    if (source != nullptr)
+        source->file().messages().setLeftOutTags(
+            leftOutTags(source->file().directory(source->index()), written, !keepsSamples(page)));
 }
 
-void TiffAssembly::encode(const PageSource& page, const TiffPieces* pieces, TiffPageSink& sink)
+void TiffAssembly::encode(const PageSource& page, const TiffPieces* pieces,
+                          const std::vector<TextList>& texts, TiffPageSink& sink)
 {
     // The handle writes when it is closed, too: that has to be over before the sink is looked at.
     const TiffHandle handle = openTiffPageForWriting(sink, m_isBigTiff, m_messages);
     writeTiffPage(handle.get(), page, m_compression, { m_pages, m_plannedPages }, pieces);
+    // libtiff takes a text up to its first end mark: those within get their place, see finishEntry.
+    for (const TextList& text : texts)
+        TIFFSetField(handle.get(), text.tag,
+                     QByteArray(text.bytes).replace('\0', ' ').chopped(1).constData());
     if (TIFFWriteDirectory(handle.get()) == 0 || m_messages.failed())
         m_messages.fail("the page cannot be encoded");
 }
 
-/// Hangs the directory at `directoryOffset` to the end of the chain and notes what may have to be
-/// changed in it later.
-void TiffAssembly::linkDirectory(std::uint64_t directoryOffset)
+/// Hangs the directory at `directoryOffset` to the end of the chain; the tags that it has.
+std::set<unsigned> TiffAssembly::linkDirectory(std::uint64_t directoryOffset,
+                                               const std::vector<TextList>& texts)
 {
     const int countBytes = m_isBigTiff ? 8 : 2;
     const std::uint64_t entryBytes = m_isBigTiff ? 20 : 12;
     const std::uint64_t entries = number(directoryOffset, countBytes);
     const std::uint64_t first = directoryOffset + static_cast<unsigned>(countBytes);
-    for (std::uint64_t entry = 0; entry < entries; ++entry)
-        if (number(first + entry * entryBytes, 2) == TIFFTAG_PAGENUMBER)
-            m_pageNumbersAt.push_back(first + entry * entryBytes + (m_isBigTiff ? 12 : 8));
+    std::set<unsigned> tags;
+    for (std::uint64_t entry = 0; entry < entries; ++entry) {
+        const std::uint64_t at = first + entry * entryBytes;
+        const auto tag = static_cast<unsigned>(number(at, 2));
+        finishEntry(at, tag, texts);
+        tags.insert(tag);
+    }
     // Last: it may be far from what was written, which until then is read from memory.
     putNumber(std::exchange(m_linkAt, first + entries * entryBytes), directoryOffset,
               m_isBigTiff ? 8 : 4);
+    return tags;
+}
+
+/// Notes what may have to be changed in the entry later, and writes the end marks within a text.
+void TiffAssembly::finishEntry(std::uint64_t offset, unsigned tag,
+                               const std::vector<TextList>& texts)
+{
+    const int wordBytes = m_isBigTiff ? 8 : 4;
+    const std::uint64_t valueAt = offset + 4U + static_cast<unsigned>(wordBytes);
+    if (tag == TIFFTAG_PAGENUMBER)
+        m_pageNumbersAt.push_back(valueAt);
+    for (const TextList& text : texts) {
+        const auto size = static_cast<std::uint64_t>(text.bytes.size());
+        if (text.tag != tag || number(offset + 4, wordBytes) != size)
+            continue;
+        const bool isInside = size <= static_cast<unsigned>(wordBytes);
+        m_staged->writeAt(isInside ? valueAt : number(valueAt, wordBytes),
+                          { reinterpret_cast<const std::uint8_t*>(text.bytes.constData()), size });
+    }
 }
 
 std::uint64_t TiffAssembly::number(std::uint64_t offset, int bytes)

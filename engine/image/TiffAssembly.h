@@ -1,11 +1,13 @@
 #pragma once
 
 #include "engine/files/StagedFile.h"
+#include "engine/image/LeftOutTags.h"
 #include "engine/image/PageSource.h"
 #include "engine/image/TiffPageSink.h"
 
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <vector>
 
@@ -38,15 +40,19 @@ public:
 
     /// Adds a page at the end; with its `pieces` (see writeTiffPage) they are copied. Throws
     /// std::runtime_error when it cannot be decoded, WriteFailure when the file takes no more,
-    /// TooLarge; in every case the pages before it stay as they are.
+    /// TooLarge; in every case the pages before it stay as they are. Tags of the page that the file
+    /// does not take are noted with the messages of its source.
     void append(const PageSource& page, const TiffPieces* pieces = nullptr);
 
     /// The complete file, to be put in place; ends the assembly. Throws std::runtime_error.
     std::unique_ptr<StagedFile> finish();
 
 private:
-    void encode(const PageSource& page, const TiffPieces* pieces, TiffPageSink& sink);
-    void linkDirectory(std::uint64_t directoryOffset);
+    void encode(const PageSource& page, const TiffPieces* pieces,
+                const std::vector<TextList>& texts, TiffPageSink& sink);
+    std::set<unsigned> linkDirectory(std::uint64_t directoryOffset,
+                                     const std::vector<TextList>& texts);
+    void finishEntry(std::uint64_t offset, unsigned tag, const std::vector<TextList>& texts);
     std::uint64_t number(std::uint64_t offset, int bytes);
     void putNumber(std::uint64_t offset, std::uint64_t value, int bytes);
 

@@ -1,7 +1,7 @@
 #include "engine/image/TiffLimits.h"
 
 #include "engine/image/RowLimits.h"
-#include "engine/image/TiffDirectoryChain.h"
+#include "engine/image/TiffFile.h"
 #include "engine/image/TiffPageTags.h"
 
 #include <tiffio.h>
@@ -11,6 +11,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace pagestack {
 
@@ -122,6 +123,65 @@ namespace {
         return piece == 0 || pieces > whole / piece ? whole : pieces * piece;
     }
 
+    const TiffTagValue* valueOf(const TiffDirectory& directory, unsigned stripTag, unsigned tileTag)
+    {
+        const auto is = [=](const TiffTagValue& value) {
+            return value.tag == stripTag || value.tag == tileTag;
+        };
+        const auto value = std::find_if(directory.values.begin(), directory.values.end(), is);
+        return value == directory.values.end() ? nullptr : &*value;
+    }
+
+    void checkLengthOfTable(const TiffDirectory& directory, tiff* handle, TiffPageTags& tags)
+    {
+        const TiffTagValue* table = valueOf(directory, TIFFTAG_STRIPOFFSETS, TIFFTAG_TILEOFFSETS);
+        const std::uint32_t needed
+            = tags.isTiled ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
+        // libtiff cuts a large uncompressed strip into several, and fills a table that is too short
+        // with 0.
+        if (table == nullptr || table->count >= needed
+            || TIFFGetStrileOffset(handle, needed - 1) != 0)
+            return;
+        if (tags.isTiled || table->count != static_cast<unsigned>(tags.planes()))
+            throw std::runtime_error("the table of its strips has " + std::to_string(table->count)
+                                     + " entries, " + std::to_string(needed) + " are needed");
+        tags.rowsPerStrip = tags.heightPx;
+        applyRowsPerStrip(handle, tags);
+    }
+
+    /// libtiff replaces sizes of uncompressed strips that look wrong by what the rows need, and
+    /// takes what follows in the file for pixels.
+    void checkPlainCounts(const TiffFile& file, const TiffDirectory& directory, tiff* handle,
+                          TiffPageTags& tags)
+    {
+        const TiffTagValue* table
+            = valueOf(directory, TIFFTAG_STRIPBYTECOUNTS, TIFFTAG_TILEBYTECOUNTS);
+        if (table == nullptr || table->count == 0 || table->bytes > file.sizeBytes())
+            return;
+        const std::uint64_t size = table->bytes / table->count;
+        std::vector<std::uint8_t> bytes(table->bytes);
+        file.readAt(table->offset, bytes);
+        const auto sizeOf = [&](std::uint64_t entry) {
+            std::uint64_t value = 0;
+            for (std::uint64_t i = 0; i < size; ++i)
+                value = value << 8U
+                    | bytes[entry * size + (file.chain().isBigEndian ? i : size - 1 - i)];
+            return value;
+        };
+        // Old programs left the size of the only strip unknown.
+        if (table->count == 1 && !tags.isTiled) {
+            tags.hasShortStrip = sizeOf(0) < TIFFVStripSize64(handle, tags.heightPx);
+            return;
+        }
+        const std::uint32_t pieces
+            = tags.isTiled ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
+        for (std::uint32_t number = 0; number < std::min<std::uint64_t>(pieces, table->count);
+             ++number)
+            if (TIFFGetStrileOffset(handle, number) != 0
+                && sizeOf(number) < plainBytes(handle, tags, number))
+                refusePiece(tags, number, "is smaller than its rows");
+    }
+
 } // namespace
 
 std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t number)
@@ -132,24 +192,12 @@ std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t n
     return TIFFVStripSize64(handle, std::min(tags.rowsPerStrip, tags.heightPx - above));
 }
 
-void checkStripTable(const TiffDirectory& directory, tiff* handle, TiffPageTags& tags)
+void checkStripTable(const TiffFile& file, const TiffDirectory& directory, tiff* handle,
+                     TiffPageTags& tags)
 {
-    const auto isOffsets = [](const TiffTagValue& value) {
-        return value.tag == TIFFTAG_STRIPOFFSETS || value.tag == TIFFTAG_TILEOFFSETS;
-    };
-    const auto table = std::find_if(directory.values.begin(), directory.values.end(), isOffsets);
-    const std::uint32_t needed
-        = tags.isTiled ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
-    // libtiff cuts a large uncompressed strip into several, and fills a table that is too short
-    // with 0.
-    if (table == directory.values.end() || table->count >= needed
-        || TIFFGetStrileOffset(handle, needed - 1) != 0)
-        return;
-    if (tags.isTiled || table->count != static_cast<unsigned>(tags.planes()))
-        throw std::runtime_error("the table of its strips has " + std::to_string(table->count)
-                                 + " entries, " + std::to_string(needed) + " are needed");
-    tags.rowsPerStrip = tags.heightPx;
-    applyRowsPerStrip(handle, tags);
+    checkLengthOfTable(directory, handle, tags);
+    if (tags.compression == COMPRESSION_NONE)
+        checkPlainCounts(file, directory, handle, tags);
 }
 
 void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes)

@@ -7,6 +7,7 @@ struct tiff;
 namespace pagestack {
 
 struct TiffDirectory;
+class TiffFile;
 struct TiffPageTags;
 
 /// Decoded bytes of the strip or tile `number` of the current page; the last strip of a plane may
@@ -16,8 +17,10 @@ std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t n
 /// Looks whether the table of offsets in `directory`, that of the current page, has an entry for
 /// each strip or tile. If it has just one a plane, RowsPerStrip is wrong and the strip holds all
 /// rows, which `tags` and `handle` are told. Throws std::runtime_error for any other table that is
-/// too short.
-void checkStripTable(const TiffDirectory& directory, tiff* handle, TiffPageTags& tags);
+/// too short, or that gives a strip of an uncompressed page fewer bytes than its rows take. (If it
+/// is the only strip, `tags` are told.)
+void checkStripTable(const TiffFile& file, const TiffDirectory& directory, tiff* handle,
+                     TiffPageTags& tags);
 
 /// Throws std::runtime_error when the current page announces rows of more than 16 Mi pixels (4 Mi
 /// of a fax page) or 16 MiB, more pixels than its strips or tiles can hold, more than 1 GiB of them

@@ -87,6 +87,7 @@ void TiffMessages::forget()
     m_repairedRows = 0;
     m_jpegTail.reset();
     m_pageWarnings.clear();
+    m_leftOutTags.clear();
 }
 
 void TiffMessages::addPageWarning(const QString& text)

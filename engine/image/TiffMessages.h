@@ -46,6 +46,10 @@ public:
     /// them: libtiff makes them white from where they stop making sense, as a fax machine does.
     QStringList pageWarnings() const;
 
+    /// Tags of the page that the TIFF file does not have that it was put into last.
+    const QStringList& leftOutTags() const { return m_leftOutTags; }
+    void setLeftOutTags(const QStringList& names) { m_leftOutTags = names; }
+
     /// How many bytes libjpeg left before the end of a stream, if it did since this was asked last.
     /// What nobody asks for becomes the warning `jpegTailWarning`.
     std::optional<std::uint64_t> takeJpegTail() { return std::exchange(m_jpegTail, {}); }
@@ -63,6 +67,7 @@ private:
     int m_repairedRows = 0;
     std::optional<std::uint64_t> m_jpegTail;
     QStringList m_pageWarnings;
+    QStringList m_leftOutTags;
     std::shared_ptr<LogQuota> m_quota;
 };
 

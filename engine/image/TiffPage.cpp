@@ -58,7 +58,7 @@ const TiffPage::Description& TiffPage::description() const
         read->tags = readTiffPageTags(m_file->describe(m_index));
         TiffPageTags& tags = read->tags;
         const TiffDirectory directory = m_file->directory(m_index);
-        checkStripTable(directory, m_file->describe(m_index), tags);
+        checkStripTable(*m_file, directory, m_file->describe(m_index), tags);
         checkColorMap(*m_file, directory, tags);
         read->properties.widthPx = static_cast<int>(tags.widthPx);
         read->properties.heightPx = static_cast<int>(tags.heightPx);

@@ -27,6 +27,7 @@ struct TiffPageTags
     std::uint32_t subfileType = 0;
     bool planesAreSeparate = false;
     bool isTiled = false;
+    bool hasShortStrip = false; ///< the only, uncompressed, strip has fewer bytes than its rows
     std::uint32_t rowsPerStrip = 0; ///< no more than `heightPx`; 0 when tiled
     std::uint32_t tileWidthPx = 0;
     std::uint32_t tileHeightPx = 0;

@@ -46,13 +46,11 @@ namespace {
     void setPosition(TIFF* to, std::uint32_t sourceType, PagePosition position)
     {
         if (position.total > 1) {
-            const std::uint32_t kept = sourceType & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK);
-            setTag(to, TIFFTAG_SUBFILETYPE, kept | FILETYPE_PAGE);
+            setTag(to, TIFFTAG_SUBFILETYPE, sourceType | FILETYPE_PAGE);
             if (position.total <= std::numeric_limits<std::uint16_t>::max())
                 setTag(to, TIFFTAG_PAGENUMBER, position.index, position.total);
         } else {
-            // A page that stands alone is no thumbnail of another.
-            setTag(to, TIFFTAG_SUBFILETYPE, sourceType & FILETYPE_MASK);
+            setTag(to, TIFFTAG_SUBFILETYPE, sourceType);
         }
     }
 
@@ -409,6 +407,8 @@ void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePo
     else
         writeDisplayRows(handle, page, compression, position);
 }
+
+bool keepsSamples(const PageSource& page) { return sampleSource(page) != nullptr; }
 
 bool isRecoded(const TiffPage& page, int compression)
 {

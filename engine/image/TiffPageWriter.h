@@ -23,6 +23,10 @@ struct PagePosition
 void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position,
                    const TiffPieces* pieces = nullptr);
 
+/// True when the page's samples are kept as they are; else they are written as they are shown.
+/// Throws std::runtime_error when its directory cannot be read.
+bool keepsSamples(const PageSource& page);
+
 /// True when the page's samples are kept as they are and its strips or tiles have to be decoded or
 /// encoded for that. Throws std::runtime_error when its directory cannot be read.
 bool isRecoded(const TiffPage& page, int compression);

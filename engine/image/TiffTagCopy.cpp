@@ -104,6 +104,11 @@ namespace {
 
 } // namespace
 
+bool isCopiedText(unsigned tag)
+{
+    return std::find(textTags.begin(), textTags.end(), tag) != textTags.end();
+}
+
 void copyDescriptiveTags(tiff* from, tiff* to)
 {
     for (const ttag_t tag : textTags)
@@ -125,6 +130,8 @@ void copyInterpretationTags(tiff* from, tiff* to)
     if (TIFFGetField(from, TIFFTAG_EXTRASAMPLES, &extras, &kinds) == 1 && extras > 0)
         TIFFSetField(to, TIFFTAG_EXTRASAMPLES, extras, kinds);
     copyValue<std::uint16_t>(from, to, TIFFTAG_SAMPLEFORMAT);
+    copyValue<std::uint16_t>(from, to, TIFFTAG_MINSAMPLEVALUE);
+    copyValue<std::uint16_t>(from, to, TIFFTAG_MAXSAMPLEVALUE);
     copyValue<std::uint16_t>(from, to, TIFFTAG_INKSET);
     copyValue<std::uint16_t>(from, to, TIFFTAG_THRESHHOLDING);
     copyPair(from, to, TIFFTAG_HALFTONEHINTS);

@@ -141,6 +141,7 @@ void PageWorkers::prepare(PageTask& task, Desk& desk)
         } else {
             result.file = image.stage(task.targetPath, task.options);
             result.complaints = hold.takeLines();
+            result.leftOutTags = image.leftOutTags();
         }
         if (!needsNoEncoding)
             result.warnings = image.warnings();

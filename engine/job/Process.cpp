@@ -1,6 +1,7 @@
 #include "engine/job/Process.h"
 
 #include "engine/files/StagedNames.h"
+#include "engine/image/LeftOutTags.h"
 #include "engine/image/TiffDocument.h"
 #include "engine/job/LookAhead.h"
 #include "engine/job/OutputNames.h"
@@ -207,10 +208,13 @@ void Process::convertDocument(const Source& source, const FileItem& item)
 {
     reportChain(source.document, item);
     const QList<int> range = getPageRanges(&item);
-    if (isKeptTogether(*settings()))
+    m_leftOutTags.clear();
+    if (isKeptTogether(*settings())) {
         keepPagesTogether(source, range);
-    else
+    } else {
         writePages(source, range);
+        remarkLeftOutTags(source.document);
+    }
 }
 
 // Pages that are not in the list would otherwise be missing in the outputs without a word. A file
@@ -304,8 +308,11 @@ QString Process::saveImage(const Source& source, PageImage& image, int page, con
     PreparedPage prepared = takePage(source.document, page);
     const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads->take();
     const std::optional<QStringList> warnings = prepared.warnings;
+    const std::optional<QStringList> leftOut
+        = prepared.file ? std::optional(prepared.leftOutTags) : std::nullopt;
     if (image.save(path, *settings(), std::move(prepared), m_threads.get(), existing())) {
         remark(source.document, page, warnings ? *warnings : image.warnings());
+        noteLeftOutTags(leftOut ? *leftOut : image.leftOutTags());
         return {};
     }
     return image.failureReason().isNull() ? u""_s : image.failureReason();
@@ -315,6 +322,25 @@ void Process::remark(const TiffDocument& document, int page, const QStringList& 
 {
     for (const QString& warning : warnings)
         emit pageRemarked(document.path(), page, warning);
+}
+
+void Process::noteLeftOutTags(const QStringList& names)
+{
+    for (const QString& name : names)
+        if (!m_leftOutTags.contains(name))
+            m_leftOutTags.append(name);
+}
+
+/// Once a source: its pages mostly have the same tags.
+void Process::remarkLeftOutTags(const TiffDocument& document)
+{
+    constexpr qsizetype mostNames = 5;
+    if (m_leftOutTags.isEmpty())
+        return;
+    if (m_leftOutTags.size() > mostNames)
+        systemLog(lastPathComponent(document.path()) + u": "_s
+                  + leftOutText(m_leftOutTags, m_leftOutTags.size()));
+    emit pageRemarked(document.path(), 0, leftOutText(m_leftOutTags, mostNames));
 }
 
 StagedFile::Existing Process::existing() const

@@ -217,6 +217,8 @@ private:
     PageOutcome gatherPage(MultiPageTiff& file, const TiffDocument& document, LogFile& record);
     bool isWanted(const QString& outputPath) const;
     void remark(const TiffDocument& document, int page, const QStringList& warnings);
+    void noteLeftOutTags(const QStringList& names);
+    void remarkLeftOutTags(const TiffDocument& document);
     void reportChain(const TiffDocument& document, const FileItem& item);
     void endRun();
     void saveLog();
@@ -240,6 +242,7 @@ private:
     Workspace* m_workspace;
     TimeLine m_updateTimeTakenLabel;
     TargetFilter m_targetFilter;
+    QStringList m_leftOutTags; ///< of the source in hand, each once; job's thread only
     bool m_hasFailed = false; ///< as the next seven, job's thread only
     QString m_failure;
     bool m_keepsExisting = false;

@@ -1,4 +1,5 @@
 #include "engine/files/FileState.h"
+#include "engine/image/LeftOutTags.h"
 #include "engine/image/MultiPageTiff.h"
 #include "engine/image/PreparedPage.h"
 #include "engine/image/TiffDocument.h"
@@ -20,7 +21,8 @@ namespace {
 
     /// Why `pages` pages must not be put in place at `path`, where they would be all that is left
     /// of the source; null when they may.
-    QString lossOfPages(const TiffDocument& document, int pages, const QString& path)
+    QString lossOfPages(const TiffDocument& document, int pages, const QStringList& leftOutTags,
+                        const QString& path)
     {
         const std::optional<FileState> target = fileState(QFile::encodeName(path));
         const FileState& opened = document.stateAtOpening();
@@ -34,6 +36,9 @@ namespace {
         if (pages != document.pageCount() || !document.chainFault().isEmpty())
             return u"the file is kept as it is, since not all of its pages could be gathered to "
                    "replace it"_s;
+        if (!leftOutTags.isEmpty())
+            return u"the file is kept as it is, since "_s
+                + leftOutText(leftOutTags, leftOutTags.size(), u"would be lost");
         return {};
     }
 
@@ -66,15 +71,16 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
         emit troubleMet(document->path(), 0, reason);
     } catch (...) {
         // The pages gathered are kept; the result is lost with the exception.
-        if (lossOfPages(*document, file.pageCount(), path).isNull())
+        if (lossOfPages(*document, file.pageCount(), m_leftOutTags, path).isNull())
             file.commit(existing());
         throw;
     }
     if (file.pageCount() == 0)
         return false;
-    const QString loss = lossOfPages(*document, file.pageCount(), path);
+    const QString loss = lossOfPages(*document, file.pageCount(), m_leftOutTags, path);
     if (loss.isNull() && file.commit(existing())) {
         emit fileWritten(document->path(), path, file.pageCount());
+        remarkLeftOutTags(*document);
         return true;
     }
     if (isWanted(path))
@@ -119,9 +125,13 @@ Process::PageOutcome Process::gatherPage(MultiPageTiff& file, const TiffDocument
     try {
         PreparedPage prepared = takePage(document, record.sourcePageNo);
         const std::optional<QStringList> warnings = prepared.warnings;
+        const std::optional<QStringList> leftOut
+            = prepared.file ? std::optional(prepared.leftOutTags) : std::nullopt;
         file.append(image, std::move(prepared));
-        if (file.failureReason().isEmpty())
+        if (file.failureReason().isEmpty()) {
             remark(document, record.sourcePageNo, warnings ? *warnings : image.warnings());
+            noteLeftOutTags(leftOut ? *leftOut : image.leftOutTags());
+        }
     } catch (const std::runtime_error& error) {
         record.status = u"Unable to save page!"_s;
         emit troubleMet(document.path(), record.sourcePageNo, QString::fromUtf8(error.what()));

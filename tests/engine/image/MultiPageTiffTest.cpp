@@ -102,6 +102,7 @@ private slots:
     void encodesAnewWhatOthersCouldNotRead();
     void writesFaxRowsOfManyRuns();
     void carriesWhatDescribesThePage();
+    void tellsWhatItLeavesOut();
     void keepsTheBytesOfIptcThatLibtiffTurnsRound();
     void writesTilesOfOtherSizesAsStrips();
     void numbersThePagesThatAreThere();
@@ -289,6 +290,35 @@ void MultiPageTiffTest::carriesWhatDescribesThePage()
         QCOMPARE(picture.resolution, (std::array { 204.0F, 98.0F }));
         QCOMPARE(picture.number(TIFFTAG_RESOLUTIONUNIT), 3);
         QCOMPARE(picture.number(TIFFTAG_SUBFILETYPE), int { FILETYPE_PAGE });
+    }
+}
+
+// Tags were lost without a word, and all but the first text of those that hold several.
+void MultiPageTiffTest::tellsWhatItLeavesOut()
+{
+    TestPage page("compression=5");
+    page.moreTags = [](tiff* to) {
+        TIFFSetField(to, TIFFTAG_SUBFILETYPE, FILETYPE_REDUCEDIMAGE);
+        TIFFSetField(to, TIFFTAG_COPYRIGHT, "photographer editor");
+        TIFFSetField(to, TIFFTAG_ARTIST, "a b");
+        TIFFSetField(to, TIFFTAG_MINSAMPLEVALUE, 7);
+        TIFFSetField(to, TIFFTAG_IMAGESOURCEDATA, 6, "layers");
+    };
+    writeTiff(m_source, { page });
+    putBytes(m_source,
+             bytesOf(m_source)
+                 .replace("r e", QByteArray("r\0e", 3))
+                 .replace("a b", QByteArray("a\0b", 3)));
+    for (const int compressionIndex : { 0, 3 }) {
+        const TiffDocument source(m_source);
+        const PageImage image = source.page(0);
+        MultiPageTiff file(m_out, compressionIndex, 1);
+        file.append(image);
+        QVERIFY(file.commit());
+        QCOMPARE(image.leftOutTags(), QStringList { u"ImageSourceData"_s });
+        QVERIFY(bytesOf(m_out).contains(QByteArray("photographer\0editor\0", 20)));
+        QVERIFY(bytesOf(m_out).contains(QByteArray("a\0b\0", 4)));
+        QCOMPARE(readTiff(m_out).value(0).number(TIFFTAG_SUBFILETYPE), FILETYPE_REDUCEDIMAGE);
     }
 }
 

@@ -162,8 +162,11 @@ void LookAheadTest::showsWhatOneThreadShows_data()
         together + u" filter=*"_s, u"page in/w/a.tif 1 out/a.tiff Skipped"_s);
     row(u"same target through a link"_s, u"a.tif:VV b.tif:WWU"_s, u"out/a2.png>b2.png"_s,
         u"created 5"_s);
-    row(u"in the place of the source"_s, u"a.tiff:WVWUW b.tiff:W"_s,
+    row(u"in the place of the source"_s, u"a.tiff:WVWVW b.tiff:W"_s,
         together + u" outputFolderPath="_s, u"written in/a.tiff in/a.tiff 5"_s);
+    row(u"the same with a tag that would be lost"_s, u"a.tiff:WVWUW b.tiff:W"_s,
+        together + u" outputFolderPath="_s,
+        u"trouble in/a.tiff 0 the file is kept as it is, since 1 tag would be lost: tag 65100"_s);
     row(u"an earlier output is a source"_s, u"a.tif:WVW a2.tiff:WWW b.tif:W"_s, splitBeside,
         u"trouble in/a2.tiff 0 index 1 beyond bounds [0 .. 0]"_s);
     row(u"the same, together"_s, u"x.tif:VUV x.tiff:WWWWW x.tif"_s,
