@@ -62,10 +62,11 @@ namespace {
         }
     }
 
+    constexpr std::uint64_t highest64 = ~std::uint64_t { 0 };
+
     std::uint64_t highest(int bits)
     {
-        return bits == 64 ? ~std::uint64_t { 0 }
-                          : (std::uint64_t { 1 } << static_cast<unsigned>(bits)) - 1;
+        return bits == 64 ? highest64 : (std::uint64_t { 1 } << static_cast<unsigned>(bits)) - 1;
     }
 
 } // namespace
@@ -135,9 +136,12 @@ std::uint16_t SampleUnpacker::scaled(std::uint64_t raw) const
     }
     if (m_isSigned)
         raw = (raw ^ (std::uint64_t { 1 } << static_cast<unsigned>(m_bits - 1))) & highest(m_bits);
-    if (m_bits > 32) {
-        raw >>= static_cast<unsigned>(m_bits - 32);
-        return static_cast<std::uint16_t>((raw * 65535 + highest(32) / 2) / highest(32));
+    if (m_bits > 32) { // to the full range of 64 bits first, so that nothing overflows
+        std::uint64_t wide = raw << static_cast<unsigned>(64 - m_bits);
+        if (m_bits < 64)
+            wide |= wide >> static_cast<unsigned>(m_bits);
+        constexpr std::uint64_t unit = highest64 / 65535;
+        return static_cast<std::uint16_t>(wide / unit + (wide % unit > unit / 2 ? 1 : 0));
     }
     const std::uint64_t top = highest(m_bits);
     const std::uint64_t full = m_outputBits == 8 ? 255 : 65535;

@@ -72,9 +72,9 @@ StripDecoder::StripDecoder(TiffFile& file, int index, tiff* handle, const TiffPa
 {
     if (!isDecodedByLibtiff(tags))
         m_order.emplace(tags, TIFFIsByteSwapped(handle) != 0);
-    if (tags.hasShortStrip)
+    if (tags.hasStripOfUnknownSize)
         file.messages().addPageWarning(
-            u"its strip is smaller than its rows; what follows in the file was taken for them"_s);
+            u"the size of its strip is 0 in the file; as many bytes as its rows need were taken"_s);
     const std::uint32_t count = piecesOf(handle);
     std::uint32_t sparse = 0;
     for (std::uint32_t number = 0; number < count; ++number)

@@ -75,7 +75,8 @@ namespace {
     struct EncodedSize
     {
         std::uint64_t bytes = 0;
-        std::uint64_t pieces = 0; ///< strips or tiles with data
+        std::uint64_t decodedBytes = 0; ///< what the strips and tiles with data decode to
+        bool isSparse = false; ///< some have no data
     };
 
     [[noreturn]] void refusePiece(const TiffPageTags& tags, std::uint32_t number, const char* fault)
@@ -98,8 +99,10 @@ namespace {
             const std::uint64_t offset = TIFFGetStrileOffsetWithErr(handle, number, &failed);
             if (failed != 0)
                 throw std::runtime_error("the table of its strips is damaged");
-            if (bytes == 0 && offset == 0)
+            if (bytes == 0 && offset == 0) {
+                sum.isSparse = true;
                 continue;
+            }
             if (offset < headerBytes)
                 refusePiece(tags, number, "lies in the header of the file");
             if (offset >= fileSizeBytes)
@@ -109,18 +112,11 @@ namespace {
             if (tags.compression == COMPRESSION_NONE && held < plainBytes(handle, tags, number))
                 refusePiece(tags, number, "is smaller than its rows");
             sum.bytes += held;
-            sum.pieces += held > 0 ? 1 : 0;
+            if (held > 0)
+                sum.decodedBytes = std::max(sum.decodedBytes, // also where the sum overflows
+                                            sum.decodedBytes + plainBytes(handle, tags, number));
         }
         return sum;
-    }
-
-    /// Bytes that the strips and tiles with data decode to, at most.
-    std::uint64_t decodedBytes(tiff* handle, const TiffPageTags& tags, std::uint64_t pieces)
-    {
-        const std::uint64_t piece
-            = tags.isTiled ? TIFFTileSize64(handle) : tags.planeRowBytes() * tags.rowsPerStrip;
-        const std::uint64_t whole = tags.decodedBytes();
-        return piece == 0 || pieces > whole / piece ? whole : pieces * piece;
     }
 
     const TiffTagValue* valueOf(const TiffDirectory& directory, unsigned stripTag, unsigned tileTag)
@@ -146,6 +142,7 @@ namespace {
             throw std::runtime_error("the table of its strips has " + std::to_string(table->count)
                                      + " entries, " + std::to_string(needed) + " are needed");
         tags.rowsPerStrip = tags.heightPx;
+        tags.hasWrongRowsPerStrip = true;
         applyRowsPerStrip(handle, tags);
     }
 
@@ -170,7 +167,9 @@ namespace {
         };
         // Old programs left the size of the only strip unknown.
         if (table->count == 1 && !tags.isTiled) {
-            tags.hasShortStrip = sizeOf(0) < TIFFVStripSize64(handle, tags.heightPx);
+            tags.hasStripOfUnknownSize = sizeOf(0) == 0;
+            if (!tags.hasStripOfUnknownSize && sizeOf(0) < TIFFVStripSize64(handle, tags.heightPx))
+                refusePiece(tags, 0, "is smaller than its rows");
             return;
         }
         const std::uint32_t pieces
@@ -208,10 +207,12 @@ void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t file
         throw std::runtime_error("its rows of " + std::to_string(tags.widthPx)
                                  + " pixels are too long");
     const EncodedSize held = checkPieces(handle, tags, fileSizeBytes);
-    if (held.pieces == 0)
+    if (held.decodedBytes == 0)
         throw std::runtime_error("the page has no pixel data");
     const std::uint64_t encoded = std::min(held.bytes, fileSizeBytes); // strips may share bytes
-    const std::uint64_t decoded = decodedBytes(handle, tags, held.pieces);
+    // Tiles reach past the page, and sub-sampled strips hold less than their rows suggest.
+    const std::uint64_t decoded
+        = held.isSparse ? std::min(held.decodedBytes, tags.decodedBytes()) : tags.decodedBytes();
     const std::uint64_t ratio = highestRatio(tags.compression);
     // A row of a fax page takes a bit at least.
     const bool tooManyRows = tags.isFax() && decoded / tags.planeRowBytes() / 8 > encoded;

@@ -17,8 +17,8 @@ std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t n
 /// Looks whether the table of offsets in `directory`, that of the current page, has an entry for
 /// each strip or tile. If it has just one a plane, RowsPerStrip is wrong and the strip holds all
 /// rows, which `tags` and `handle` are told. Throws std::runtime_error for any other table that is
-/// too short, or that gives a strip of an uncompressed page fewer bytes than its rows take. (If it
-/// is the only strip, `tags` are told.)
+/// too short, or that gives a strip of an uncompressed page fewer bytes than its rows take. (Old
+/// programs left the size of the only strip 0: `tags` are told.)
 void checkStripTable(const TiffFile& file, const TiffDirectory& directory, tiff* handle,
                      TiffPageTags& tags);
 

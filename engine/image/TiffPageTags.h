@@ -27,7 +27,8 @@ struct TiffPageTags
     std::uint32_t subfileType = 0;
     bool planesAreSeparate = false;
     bool isTiled = false;
-    bool hasShortStrip = false; ///< the only, uncompressed, strip has fewer bytes than its rows
+    bool hasStripOfUnknownSize = false; ///< the only strip, uncompressed, has the size 0
+    bool hasWrongRowsPerStrip = false; ///< `rowsPerStrip` is not that of the file
     std::uint32_t rowsPerStrip = 0; ///< no more than `heightPx`; 0 when tiled
     std::uint32_t tileWidthPx = 0;
     std::uint32_t tileHeightPx = 0;

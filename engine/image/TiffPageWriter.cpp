@@ -180,7 +180,7 @@ namespace {
         {
             if (m_tags.isTiled != m_keepsTiles)
                 return false;
-            if (hasSparseStrips(m_from))
+            if (hasSparseStrips(m_from) || m_tags.hasWrongRowsPerStrip)
                 return false;
             // Uncompressed pages are copied row by row: that checks them at no cost.
             if (m_tags.compression != m_compression || m_compression == COMPRESSION_NONE)

@@ -175,7 +175,8 @@ void StripDecoderTest::refusesStripsThatAreNotThere_data()
         << QByteArray("tileWidth=48 tileHeight=48") << QList { 325U, 2300U } << 0;
     QTest::newRow("sub-sampled, too small")
         << QByteArray("photometric=6 samples=3 rows=33") << QList { 279U, 400U } << 0;
-    QTest::newRow("the only one too small") << QByteArray("rows=33") << QList { 279U, 1550U } << 33;
+    QTest::newRow("the only one too small") << QByteArray("rows=33") << QList { 279U, 1550U } << 0;
+    QTest::newRow("of unknown size") << QByteArray("rows=33") << QList { 279U, 0U } << 33;
     // One strip, and a table of one: what is wrong is RowsPerStrip.
     QTest::newRow("one strip of all rows") << QByteArray("rows=33") << QList { 278U, 8U } << 33;
 }
