@@ -1,8 +1,8 @@
 """A TIFF reader of the judge's own, so that pages are not judged by the code that wrote them.
 
 It knows classic and BigTIFF, both byte orders, strips and tiles, contiguous and separate planes, any
-number of bits, no compression, PackBits, LZW and Deflate with the horizontal predictor. What it does
-not know goes through `tiffcp -c none` first; read_pages() does that by itself.
+number of bits, no compression, PackBits, LZW and Deflate with both predictors. What it does not know
+goes through `tiffcp -c none` first; Pages does that by itself.
 """
 import os
 import shutil
@@ -238,8 +238,7 @@ class _PageDecoder:
         if self.compression == 32773 and sum(counts) > LARGEST_OWN_PACKBITS:
             raise NeedsTiffcp("much PackBits")
         predictor = self.tags.one(PREDICTOR, 1)
-        if self.compression in (5, 8, 32946) and (
-                predictor == 3 or predictor == 2 and self.bits not in (8, 16, 32, 64)):
+        if self.compression in (5, 8, 32946) and predictor == 2 and self.bits not in (8, 16, 32, 64):
             raise NeedsTiffcp(f"predictor {predictor}")
 
     def _block(self, offset, count, width, rows, per_pixel, packed):
@@ -263,8 +262,12 @@ class _PageDecoder:
             return table
         if subsampled:
             return _full_size_ycbcr(table, units, across, down)[:rows, :width]
-        piece = unpack_rows(table, width, per_pixel, self.bits, self.kind, self.tags.order)
-        if self.compression in (5, 8, 32946) and self.tags.one(PREDICTOR, 1) == 2:
+        predictor = self.tags.one(PREDICTOR, 1) if self.compression in (5, 8, 32946) else 1
+        if predictor == 3:
+            table = _undo_float_differences(table, self.bits // 8, per_pixel)
+        order = ">" if predictor == 3 else self.tags.order
+        piece = unpack_rows(table, width, per_pixel, self.bits, self.kind, order)
+        if predictor == 2:
             whole = piece.view(f"u{piece.dtype.itemsize}")  # differences are of whole numbers always
             piece = np.cumsum(whole, axis=1, dtype=whole.dtype).view(piece.dtype)
         return piece
@@ -280,6 +283,14 @@ class _PageDecoder:
             return zlib.decompressobj().decompress(data)
         except zlib.error as error:
             raise DecodeError(f"Deflate: {error}") from error
+
+
+def _undo_float_differences(table, sample_bytes, per_pixel):
+    """Rows hold the highest bytes of all samples, then the next ones, as differences of bytes."""
+    rows, row_bytes = table.shape
+    summed = np.cumsum(table.reshape(rows, -1, per_pixel), axis=1, dtype=np.uint8)
+    planes = summed.reshape(rows, sample_bytes, row_bytes // sample_bytes)
+    return planes.transpose(0, 2, 1).reshape(rows, row_bytes)
 
 
 def _full_size_ycbcr(table, units, across, down):
@@ -312,11 +323,11 @@ def unpack_rows(table, width, per_pixel, bits, kind, order):
         values = (table[:, :, None] >> shifts & ((1 << bits) - 1)).reshape(rows, -1)
         values = values[:, :count]
         assert values.shape[1] == count <= table.shape[1] * per_byte
-    elif 1 < bits < 32:
+    elif 1 < bits < 64:
         single = np.unpackbits(table, axis=1, count=count * bits).reshape(rows, count, bits)
-        values = np.zeros((rows, count), np.uint32)
+        values = np.zeros((rows, count), np.uint32 if bits < 32 else np.uint64)
         for bit in range(bits):
-            values = values << 1 | single[:, :, bit]
+            values = values * values.dtype.type(2) + single[:, :, bit]
         if bits <= 16:
             values = values.astype(np.uint8 if bits <= 8 else np.uint16)
     else:
