@@ -10,6 +10,7 @@
 #include "engine/job/Process.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/Signals.h"
+#include "engine/support/StopScope.h"
 #include "engine/support/WorkerThread.h"
 
 #include <QCoreApplication>
@@ -125,6 +126,7 @@ namespace {
     /// Counts the pages of every source.
     void Conversion::planOutputs()
     {
+        const StopScope scope([] { return Signals::received() != 0; });
         for (const Source& source : m_sources) {
             if (Signals::received())
                 return;
