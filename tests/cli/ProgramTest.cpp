@@ -23,6 +23,7 @@ private slots:
     void runs();
     void refusesFoldersThatAreNotWritable();
     void finishesThePageAfterASignal();
+    void ignoresSignalsThatWereIgnoredBefore();
     void endsAtOnceAfterASecondSignal();
     void leavesTheSourceToNoLogAfterAnEarlySignal();
     void replacesWhatComesDuringTheRunOnlyWhenTold();
@@ -110,6 +111,8 @@ Total 4 files converted successfully.
         u"a.tif>%1/samples/text-page.tif"_s.arg(qEnvironmentVariable("PAGESTACK_SOURCE_DIR")),
         u"sh ulimit -f 400; exec '%1' -q --no-log -f bmp -o . a.tif"_s,
         u"! a.tif[1]: cannot write: File too large\n1"_s);
+    row("no file may be opened", u"a.tif:W"_s, u"sh ulimit -n 6; exec '%1' -q a.tif"_s,
+        u"! the system lets the program open too few files (ulimit -n)\n1"_s);
     row("wrong usage", u"a.tif:W"_s, u"--quality 11 a.tif"_s,
         u"! quality '11' is no number from 0 to 10; 'pagestack-convert --help' tells more\n2"_s);
     row("troubles", u"a.tif:WB b.tif c.tif:W"_s, u"none.tif a.tif b.tif c.tif -o out"_s,
@@ -224,7 +227,7 @@ void ProgramTest::refusesFoldersThatAreNotWritable()
 
 void ProgramTest::finishesThePageAfterASignal()
 {
-    for (const int number : { SIGINT, SIGTERM }) {
+    for (const int number : { SIGINT, SIGTERM, SIGHUP }) {
         init();
         m_folder->make(u"a.tif:"_s + QString(20000, u'W'));
         start(u"a.tif -o out --log log.xml"_s);
@@ -242,6 +245,22 @@ void ProgramTest::finishesThePageAfterASignal()
         QVERIFY(text.startsWith("<?xml "));
         QCOMPARE(text.count("Status=\"Completed\""), pages);
     }
+}
+
+/// As a shell starts a job in the background, and nohup one that outlives the terminal.
+void ProgramTest::ignoresSignalsThatWereIgnoredBefore()
+{
+    m_folder->make(u"a.tif:"_s + QString(2000, u'W'));
+    m_process->setChildProcessModifier([] {
+        std::signal(SIGINT, SIG_IGN);
+        std::signal(SIGHUP, SIG_IGN);
+    });
+    start(u"-q a.tif -o out --no-log"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(u"out/a1.jpg"_s), 30000);
+    for (const int number : { SIGINT, SIGHUP })
+        QCOMPARE(::kill(static_cast<pid_t>(m_process->processId()), number), 0);
+    QVERIFY(summary().startsWith(u"0 "));
+    QCOMPARE(made().size(), 2000);
 }
 
 void ProgramTest::endsAtOnceAfterASecondSignal()
