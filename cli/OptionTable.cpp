@@ -17,10 +17,13 @@ namespace {
         return static_cast<int>(place);
     }
 
-    const QString& formats()
+    /// The name of a format as `formats` has it; also that of its files' usual ending, in any case.
+    QString formatName(const QString& value)
     {
-        static const QString names = u"jpeg|png|tiff|bmp|gif"_s;
-        return names;
+        const QString name = value.toLower();
+        if (name == u"jpg")
+            return u"jpeg"_s;
+        return name == u"tif" ? u"tiff"_s : name;
     }
 
     const QString& compressions()
@@ -74,9 +77,11 @@ namespace {
     std::vector<OptionRow> makeTable()
     {
         return {
-            { u'f', u"format"_s, formats(), u"output format, default jpeg"_s,
+            { u'f', u"format"_s, formats(),
+              u"output format, default jpeg; also jpg and tif, in any case"_s,
               [](Options& options, const QString& value) {
-                  options.outputType = OutputType { choice(value, formats(), u"format"_s) };
+                  options.outputType
+                      = OutputType { choice(formatName(value), formats(), u"format"_s) };
               } },
             { 0, u"quality"_s, u"0..10"_s, u"JPEG quality in tenths, default 10"_s,
               [](Options& options, const QString& value) {
@@ -166,6 +171,12 @@ namespace {
     }
 
 } // namespace
+
+const QString& formats()
+{
+    static const QString names = u"jpeg|png|tiff|bmp|gif"_s;
+    return names;
+}
 
 const std::vector<OptionRow>& optionTable()
 {

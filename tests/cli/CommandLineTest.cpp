@@ -102,7 +102,15 @@ void CommandLineTest::takesWordsApart_data()
     row("--fromat png a", u"unknown option --fromat"_s);
     row("-rx a", u"unknown option -x"_s);
     row("--form png a", u"unknown option --form"_s);
-    row("-f PNG a", u"format 'PNG' is none of jpeg|png|tiff|bmp|gif"_s);
+    row("-f PNG a", u"format=1 sources=a"_s);
+    row("-fTif --format jpG a", u"sources=a"_s);
+    row("-f heic a", u"format 'heic' is none of jpeg|png|tiff|bmp|gif"_s);
+    row("--quality 9 -f png a", u"option --quality has no effect with the format png"_s);
+    row("--compression none a", u"option --compression has no effect with the format jpeg"_s);
+    row("--split -fgif a", u"option --split has no effect with the format gif"_s);
+    row("-f tif --separator _ a",
+        u"option --separator has no effect with the format tiff without --split"_s);
+    row("-f tif --split --separator _ a", u"format=2 separator=_ split=true sources=a"_s);
     row("-f jpeg|png a", u"format 'jpeg|png' is none of jpeg|png|tiff|bmp|gif"_s);
     for (const char* number : { "11", "-1", "5.0", "99999999999", "" })
         row(("--quality=" + QByteArray(number) + " a").constData(),
