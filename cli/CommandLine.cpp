@@ -49,7 +49,8 @@ namespace {
     {
         if (options.wantsHelp || options.wantsVersion) {
             console.print(options.wantsHelp ? helpText() : versionText());
-            return static_cast<int>(ExitCode::AllWritten);
+            return static_cast<int>(console.isBroken() ? ExitCode::SomeFailed
+                                                       : ExitCode::AllWritten);
         }
         // Without a few the framework ends the program, and not in good order.
         if (!canOpenFiles(fewestOpenFiles))

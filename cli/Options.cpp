@@ -1,5 +1,6 @@
 #include "cli/Options.h"
 
+#include "cli/LogCopy.h"
 #include "cli/OptionTable.h"
 
 #include <QSet>
@@ -131,6 +132,11 @@ Options parseOptions(const QStringList& words)
     Options options = Parser(words).parse();
     if (options.isQuiet && options.isVerbose)
         throw UsageError(u"options -q and -v exclude each other"_s);
+    if (LogCopy::isStandardOutput(options.logFile)) {
+        if (options.isVerbose)
+            throw UsageError(u"options -v and --log %1 exclude each other"_s.arg(options.logFile));
+        options.isQuiet = true; // what is read by another program holds the log alone
+    }
     const bool converts = !options.wantsHelp && !options.wantsVersion;
     if (converts && options.sources.isEmpty() && options.pathLists.isEmpty())
         throw UsageError(u"no SOURCE is given"_s);

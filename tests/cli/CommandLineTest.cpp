@@ -68,6 +68,8 @@ QString found(const QString& words)
         all.append(u"[%1: %2]"_s.arg(trouble.shown, trouble.reason));
     for (const QString& duplicate : sources.duplicates)
         all.append(u"(%1)"_s.arg(duplicate));
+    for (const QString& name : sources.leftOut)
+        all.append(u"{%1}"_s.arg(name));
     return all.join(u' ');
 }
 
@@ -160,7 +162,8 @@ void CommandLineTest::collects_data()
     QTest::addColumn<QString>("expected");
     QTest::newRow("in/") << u"in/b10.tif in/b9.tif in/a.TIFF in/c.TIF in/d.tiff in/x.Tif in/x.png "
                             "in/.hidden.tif in/._a.tif in/xtif in/sub/e.tif"_s
-                         << u"in/a.TIFF in/b9.tif in/b10.tif in/c.TIF in/d.tiff"_s;
+                         << u"in/a.TIFF in/b9.tif in/b10.tif in/c.TIF in/d.tiff {in/x.Tif}"_s;
+    QTest::newRow("in in/x.Tif") << u"in/x.Tif in/y.tIFF in/z.tifx"_s << u"in/x.Tif {in/y.tIFF}"_s;
     QTest::newRow("-r in") << u"in/z.tif in/sub/deep/b.tif in/.hidden/c.tif other/d.tif "
                               "in/sub/loop>.. in/sub/again>deep in/a-link>@/other"_s
                            << u"in/z.tif in/sub/deep/b.tif in/a-link/d.tif"_s;
