@@ -193,6 +193,13 @@ Total 2 files converted successfully.
         "0 a1.jpg a2.jpg LOG"_s);
     row("progress", u"a.tif:WW"_s, u"-q a.tif --progress always"_s,
         u"1 of 2 pages, *\n2 of 2 pages\n0 a1.jpg a2.jpg LOG"_s);
+    row("a compression that a page cannot have", u"a.tif:WW"_s,
+        u"-v a.tif -f tiff --compression g4 --no-log"_s,
+        u"a.tiff\na.tif: 2 pages written\nAll files converted successfully.\n"
+        "2 pages of 1 source written\n"
+        "! a.tif: page 1 is not one bit deep and so is written without compression\n"
+        "! a.tif: page 2 is not one bit deep and so is written without compression\n"
+        "0 a.tiff[1/1,2/1]"_s);
     row("any name", u"größe~100%~#1?.tif:W"_s, u"größe~100%~#1?.tif --separator ~ü: --no-log"_s,
         u"größe 100% #1?.tif: 1 page written\nAll files converted successfully.\n"
         "1 page of 1 source written\n"
