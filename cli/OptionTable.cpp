@@ -1,5 +1,6 @@
 #include "cli/OptionTable.h"
 
+#include "engine/support/AppFolders.h"
 #include "engine/support/PathName.h"
 
 using namespace Qt::StringLiterals;
@@ -143,7 +144,7 @@ namespace {
             { 0,
               u"no-log"_s,
               {},
-              u"leaves no log in the application data folder"_s,
+              u"leaves no log in the folder %1/Logs"_s.arg(getAppPath()),
               [](Options& options, const QString&) { options.leavesLog = false; } },
             { u'q',
               u"quiet"_s,
