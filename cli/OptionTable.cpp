@@ -136,8 +136,7 @@ namespace {
               } },
             { 0, u"log"_s, u"FILE"_s,
               u"also writes the XML log of the run to FILE; '-' is standard output, which then "
-              u"holds "
-              "nothing else"_s,
+              "holds nothing else"_s,
               [](Options& options, const QString& value) {
                   options.logFile = named(value, u"log"_s);
               } },

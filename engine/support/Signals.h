@@ -9,8 +9,8 @@
 
 namespace pagestack {
 
-/// SIGINT, SIGTERM and SIGHUP, from its making to its end. One at a time, on the main thread. Those
-/// that whoever started the program lets it ignore, as nohup does, stay ignored.
+/// SIGINT, SIGTERM and SIGHUP, from its making to its end. One at a time, on the main thread. A
+/// signal that is ignored before, as under nohup, stays ignored.
 ///
 /// The first signal is announced on the main thread; a second one, unless it comes within 100 ms,
 /// ends the program at once, with the code 128 + its number.
