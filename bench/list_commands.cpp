@@ -185,8 +185,8 @@ int main(int argc, char** argv)
     qputenv("XDG_DATA_HOME", place.filePath(u"data"_s).toLocal8Bit());
     makeTree(place.filePath(u"all"_s), files);
     makeTree(place.filePath(u"some"_s), files / 10);
-    const QList<Timing> few = Window(place.filePath(u"some.ini"_s)).run(place.filePath(u"some"_s));
-    const QList<Timing> many = Window(place.filePath(u"all.ini"_s)).run(place.filePath(u"all"_s));
+    const QList<Timing> few = Window(place.filePath(u"some.json"_s)).run(place.filePath(u"some"_s));
+    const QList<Timing> many = Window(place.filePath(u"all.json"_s)).run(place.filePath(u"all"_s));
     QTextStream out(stdout);
     out << "command | " << files / 10 << " files, ms | " << files << " files, ms | ratio\n";
     out.setRealNumberNotation(QTextStream::FixedNotation);

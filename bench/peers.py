@@ -43,11 +43,12 @@ class Pagestack(Peer):
     def stages(self, source, pages, format_, out):
         options = ["-f", "tiff", "--compression", KEPT_FORMATS.get(format_, "none")]
         if format_ == "split":
-            options.append("--split")
+            options += ["--split", "--separator", "_"]
         elif format_ not in KEPT_FORMATS:
-            options = ["-f", format_, "--quality", "9"]
-        return [[[self.program, *options, "-o", out, "--separator", "_", "--on-exists", "overwrite",
-                  "--no-log", "-q", source]]]
+            options = ["-f", format_, "--separator", "_"]
+        if format_ == "jpeg":
+            options += ["--quality", "9"]
+        return [[[self.program, *options, "-o", out, "--on-exists", "overwrite", "--no-log", "-q", source]]]
 
 
 class ImageMagick(Peer):

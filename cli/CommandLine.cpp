@@ -6,12 +6,14 @@
 #include "cli/HelpText.h"
 #include "cli/Options.h"
 #include "cli/SystemLogLines.h"
+#include "engine/files/FileBytes.h"
 #include "engine/support/PathName.h"
 
 #include <QCoreApplication>
 
 #include <csignal>
 #include <fcntl.h>
+#include <stdexcept>
 #include <tuple>
 #include <unistd.h>
 
@@ -32,6 +34,8 @@ namespace {
         }
     }
 
+    constexpr int fewestOpenFiles = 8; // besides the standard streams
+
     QStringList words(int argc, char* argv[])
     {
         QStringList found;
@@ -45,8 +49,12 @@ namespace {
     {
         if (options.wantsHelp || options.wantsVersion) {
             console.print(options.wantsHelp ? helpText() : versionText());
-            return static_cast<int>(ExitCode::AllWritten);
+            return static_cast<int>(console.isBroken() ? ExitCode::SomeFailed
+                                                       : ExitCode::AllWritten);
         }
+        // Without a few the framework ends the program, and not in good order.
+        if (!canOpenFiles(fewestOpenFiles))
+            throw std::runtime_error("the system lets the program open too few files (ulimit -n)");
         const QCoreApplication application(argc, argv);
         systemLogLines.setVerbose(options.isVerbose);
         return convert(options, console);

@@ -19,27 +19,6 @@ namespace {
         return name;
     }
 
-    /// Also to a stream that does not wait for its reader, which another program may have made of
-    /// it. 0, or the number of the error.
-    int writeAll(int file, QByteArrayView bytes)
-    {
-        while (!bytes.isEmpty()) {
-            const ssize_t written = retryInterrupted([&] {
-                return ::write(file, bytes.data(), static_cast<std::size_t>(bytes.size()));
-            });
-            if (written >= 0) {
-                bytes = bytes.sliced(written);
-                continue;
-            }
-            if (errno != EAGAIN && errno != EWOULDBLOCK)
-                return errno;
-            pollfd ready { file, POLLOUT, 0 };
-            if (retryInterrupted([&] { return ::poll(&ready, 1, -1); }) < 0)
-                return errno;
-        }
-        return 0;
-    }
-
     QString asOneLine(QString text)
     {
         for (QChar& character : text) {
@@ -50,6 +29,24 @@ namespace {
     }
 
 } // namespace
+
+int writeAll(int file, QByteArrayView bytes)
+{
+    while (!bytes.isEmpty()) {
+        const ssize_t written = retryInterrupted(
+            [&] { return ::write(file, bytes.data(), static_cast<std::size_t>(bytes.size())); });
+        if (written >= 0) {
+            bytes = bytes.sliced(written);
+            continue;
+        }
+        if (errno != EAGAIN && errno != EWOULDBLOCK)
+            return errno;
+        pollfd ready { file, POLLOUT, 0 };
+        if (retryInterrupted([&] { return ::poll(&ready, 1, -1); }) < 0)
+            return errno;
+    }
+    return 0;
+}
 
 Console::Console(std::FILE* output, std::FILE* errors)
     : m_output { output }
@@ -65,6 +62,20 @@ void Console::print(const QString& text)
     const std::scoped_lock lock(m_mutex);
     clearLine();
     write(m_output, text);
+}
+
+int Console::putBytes(QByteArrayView bytes)
+{
+    const std::scoped_lock lock(m_mutex);
+    const int error = writeAll(::fileno(m_output.file), bytes);
+    m_output.isBroken = m_output.isBroken || error != 0;
+    return error;
+}
+
+bool Console::isBroken()
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_output.isBroken || m_errors.isBroken;
 }
 
 void Console::trouble(const QString& line)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayView>
 #include <QString>
 
 #include <cstdio>
@@ -7,6 +8,10 @@
 #include <mutex>
 
 namespace pagestack {
+
+/// Writes all of `bytes`, also to a stream that does not wait for its reader, which another program
+/// may have made of it. 0, or the number of the error.
+int writeAll(int fileDescriptor, QByteArrayView bytes);
 
 /// The two output streams of the program and the progress line between them. Any thread.
 ///
@@ -22,12 +27,17 @@ public:
     void result(const QString& line);
     /// Text as it is on standard output.
     void print(const QString& text);
+    /// Bytes on standard output. 0, or the number of the error.
+    int putBytes(QByteArrayView bytes);
     /// A line on standard error, after the program's name.
     void trouble(const QString& line);
 
     /// Replaces the progress line. Where standard error is no terminal, every text is a line.
     void showProgress(const QString& text);
     void clearProgress();
+
+    /// Whether something was written that did not get through.
+    bool isBroken();
 
     bool isTerminal() const { return m_isTerminal; }
 

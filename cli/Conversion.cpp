@@ -1,6 +1,7 @@
 #include "cli/Conversion.h"
 
 #include "cli/Console.h"
+#include "cli/LogCopy.h"
 #include "cli/Options.h"
 #include "cli/Preflight.h"
 #include "cli/Report.h"
@@ -10,9 +11,11 @@
 #include "engine/job/Process.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/Signals.h"
+#include "engine/support/StopScope.h"
 #include "engine/support/WorkerThread.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -49,7 +52,8 @@ namespace {
         void report(const Findings& findings);
         void prepareLog(Process& job);
         bool runOnThread(const std::function<void()>& work);
-        void runJob(Process& job);
+        void runJob(Process& job, Report& report);
+        void tryLog(bool isFolderNew);
         void copyLog(Process& job);
         int code(ExitCode ended) const;
 
@@ -61,6 +65,8 @@ namespace {
         Settings m_settings;
         QList<Source> m_sources;
         QList<OutputFile> m_outputs;
+        std::optional<LogCopy> m_logCopy;
+        int m_lostPaths = 0; ///< of the command line, that are no source
         bool m_hasFailures = false;
     };
 
@@ -84,10 +90,12 @@ namespace {
             // up behind a slow reader.
         });
         prepareLog(job);
-        runJob(job);
-        if (!m_options.logFile.isEmpty())
-            copyLog(job);
-        return code(m_hasFailures ? ExitCode::SomeFailed : ExitCode::AllWritten);
+        Report report(m_options, m_sources, m_outputs, m_console);
+        runJob(job, report);
+        copyLog(job);
+        report.finish(job.message(), m_lostPaths, m_hasFailures);
+        const bool hasFailures = m_hasFailures || report.hasFailures() || m_console.isBroken();
+        return code(hasFailures ? ExitCode::SomeFailed : ExitCode::AllWritten);
     }
 
     bool Conversion::lookUpSources()
@@ -95,7 +103,10 @@ namespace {
         CollectedSources found = collectSources(m_options);
         for (const PathTrouble& trouble : found.troubles)
             m_console.trouble(troubleText(trouble.shown, 0, trouble.reason));
-        m_hasFailures = !found.troubles.isEmpty();
+        m_lostPaths = static_cast<int>(found.troubles.size());
+        m_hasFailures = m_lostPaths > 0;
+        if (!found.leftOut.isEmpty())
+            m_console.trouble(leftOutText(found.leftOut));
         if (m_options.isVerbose) {
             for (const QString& duplicate : found.duplicates)
                 m_console.trouble(troubleText(duplicate, 0, u"named twice, converted once"_s));
@@ -125,6 +136,7 @@ namespace {
     /// Counts the pages of every source.
     void Conversion::planOutputs()
     {
+        const StopScope scope([] { return Signals::received() != 0; });
         for (const Source& source : m_sources) {
             if (Signals::received())
                 return;
@@ -137,7 +149,7 @@ namespace {
 
     void Conversion::refuseLogInPlaceOfInput()
     {
-        if (m_options.logFile.isEmpty())
+        if (m_options.logFile.isEmpty() || LogCopy::isStandardOutput(m_options.logFile))
             return;
         const std::optional<FileIdentity> log
             = fileIdentity(QFile::encodeName(logTarget(m_options)));
@@ -155,7 +167,7 @@ namespace {
     {
         refuseLogInPlaceOfInput(); // The log is written after a signal, too.
         if (Signals::received())
-            return;
+            return tryLog(false);
         const TargetFindings found = findTargets(m_sources, m_outputs, m_settings, m_options);
         const bool isStrict = m_options.onExists == OnExists::Error;
         Findings refusals = found.unwritable;
@@ -168,8 +180,11 @@ namespace {
         report(refusals.count() > 0 ? refusals : warnings);
         if (refusals.count() > 0)
             throw OutputRefused(u"nothing was written; --output and --on-exists may help"_s);
-        if (!m_settings.outputFolderPath().isEmpty())
-            makeOutputFolder(m_settings.outputFolderPath());
+        const QString folder = m_settings.outputFolderPath();
+        const bool isFolderNew = !folder.isEmpty() && !QFileInfo(folder).isDir();
+        if (!folder.isEmpty())
+            makeOutputFolder(folder);
+        tryLog(isFolderNew);
     }
 
     void Conversion::prepareLog(Process& job)
@@ -196,9 +211,8 @@ namespace {
         return true;
     }
 
-    void Conversion::runJob(Process& job)
+    void Conversion::runJob(Process& job, Report& report)
     {
-        Report report(m_options, m_sources, m_outputs, m_console);
         report.listenTo(job);
         job.setOutputFiles(m_outputs);
         job.setSettings(&m_settings);
@@ -231,26 +245,36 @@ namespace {
             work();
         }
 
-        report.finish(job.message());
+        report.endProgress();
         const bool isCutShort = !job.failure().isNull();
         if (isCutShort)
             m_console.trouble(u"the run ended early: %1"_s.arg(job.failure()));
         if (endedBadly)
             m_console.trouble(u"the run was ended by an unknown error"_s);
-        m_hasFailures = m_hasFailures || report.hasFailures() || isCutShort || endedBadly;
+        m_hasFailures = m_hasFailures || isCutShort || endedBadly;
+    }
+
+    /// Before anything is written. A folder that was made for the output goes again.
+    void Conversion::tryLog(bool isFolderNew)
+    {
+        if (m_options.logFile.isEmpty())
+            return;
+        m_logCopy.emplace(m_options.logFile, m_console);
+        const QString fault = m_logCopy->tryOut();
+        if (fault.isNull())
+            return;
+        if (isFolderNew)
+            QDir().rmdir(m_settings.outputFolderPath());
+        throw OutputRefused(u"the log %1 cannot be written: %2"_s.arg(m_options.logFile, fault));
     }
 
     void Conversion::copyLog(Process& job)
     {
-        QString fault;
-        try {
-            job.removeLeftovers(folderPart(logTarget(m_options)));
-            fault = job.log()->saveTo(m_options.logFile);
-            if (fault.isNull())
-                return;
-        } catch (const std::exception& error) {
-            fault = QString::fromUtf8(error.what());
-        }
+        if (!m_logCopy)
+            return;
+        const QString fault = m_logCopy->write(job);
+        if (fault.isNull())
+            return;
         m_hasFailures = true;
         m_console.trouble(troubleText(m_options.logFile, 0, fault));
     }

@@ -62,7 +62,8 @@ Options:
 Exit codes:
   0  everything was written    3  no source was found
   1  some page or file failed  4  output refused, nothing was written
-  2  wrong usage               130, 143  cancelled by SIGINT, SIGTERM
+  2  wrong usage
+  129, 130, 143  cancelled by SIGHUP, SIGINT, SIGTERM
 )"_s;
 }
 

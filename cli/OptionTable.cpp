@@ -1,5 +1,6 @@
 #include "cli/OptionTable.h"
 
+#include "engine/support/AppFolders.h"
 #include "engine/support/PathName.h"
 
 using namespace Qt::StringLiterals;
@@ -17,10 +18,13 @@ namespace {
         return static_cast<int>(place);
     }
 
-    const QString& formats()
+    /// The name of a format as `formats` has it; also that of its files' usual ending, in any case.
+    QString formatName(const QString& value)
     {
-        static const QString names = u"jpeg|png|tiff|bmp|gif"_s;
-        return names;
+        const QString name = value.toLower();
+        if (name == u"jpg")
+            return u"jpeg"_s;
+        return name == u"tif" ? u"tiff"_s : name;
     }
 
     const QString& compressions()
@@ -74,9 +78,11 @@ namespace {
     std::vector<OptionRow> makeTable()
     {
         return {
-            { u'f', u"format"_s, formats(), u"output format, default jpeg"_s,
+            { u'f', u"format"_s, formats(),
+              u"output format, default jpeg; also jpg and tif, in any case"_s,
               [](Options& options, const QString& value) {
-                  options.outputType = OutputType { choice(value, formats(), u"format"_s) };
+                  options.outputType
+                      = OutputType { choice(formatName(value), formats(), u"format"_s) };
               } },
             { 0, u"quality"_s, u"0..10"_s, u"JPEG quality in tenths, default 10"_s,
               [](Options& options, const QString& value) {
@@ -128,14 +134,16 @@ namespace {
               [](Options& options, const QString& value) {
                   options.jobs = number(value, 256, u"jobs"_s);
               } },
-            { 0, u"log"_s, u"FILE"_s, u"also writes the XML log of the run to FILE"_s,
+            { 0, u"log"_s, u"FILE"_s,
+              u"also writes the XML log of the run to FILE; '-' is standard output, which then "
+              "holds nothing else"_s,
               [](Options& options, const QString& value) {
                   options.logFile = named(value, u"log"_s);
               } },
             { 0,
               u"no-log"_s,
               {},
-              u"leaves no log in the application data folder"_s,
+              u"leaves no log in the folder %1/Logs"_s.arg(getAppPath()),
               [](Options& options, const QString&) { options.leavesLog = false; } },
             { u'q',
               u"quiet"_s,
@@ -166,6 +174,12 @@ namespace {
     }
 
 } // namespace
+
+const QString& formats()
+{
+    static const QString names = u"jpeg|png|tiff|bmp|gif"_s;
+    return names;
+}
 
 const std::vector<OptionRow>& optionTable()
 {

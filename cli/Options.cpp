@@ -1,6 +1,9 @@
 #include "cli/Options.h"
 
+#include "cli/LogCopy.h"
 #include "cli/OptionTable.h"
+
+#include <QSet>
 
 #include <algorithm>
 
@@ -23,10 +26,34 @@ namespace {
         {
             while (m_next < m_words.size())
                 takeWord(m_words.at(m_next++));
+            if (!m_options.wantsHelp && !m_options.wantsVersion)
+                refuseIdleOptions();
             return m_options;
         }
 
     private:
+        /// Who gives an option expects something of it.
+        void refuseIdleOptions() const
+        {
+            const bool isTiff = m_options.outputType == OutputType::Tiff;
+            const QString format
+                = u"the format "_s + formats().split(u'|').at(int(m_options.outputType));
+            const auto refuse = [this](bool isIdle, const QString& name, const QString& with) {
+                if (isIdle && m_given.contains(name))
+                    throw UsageError(u"option --%1 has no effect with %2"_s.arg(name, with));
+            };
+            refuse(m_options.outputType != OutputType::Jpeg, u"quality"_s, format);
+            refuse(!isTiff, u"compression"_s, format);
+            refuse(!isTiff, u"split"_s, format);
+            refuse(isTiff && !m_options.isSplit, u"separator"_s, format + u" without --split"_s);
+        }
+
+        void apply(const OptionRow& row, const QString& value)
+        {
+            m_given.insert(row.longName);
+            row.apply(m_options, value);
+        }
+
         void takeWord(const QString& word)
         {
             if (m_optionsEnded || !word.startsWith(u'-'))
@@ -51,9 +78,9 @@ namespace {
             if (!row.takesValue() && equals >= 0)
                 throw UsageError(u"option --%1 takes no value"_s.arg(name));
             if (!row.takesValue())
-                row.apply(m_options, {});
+                apply(row, {});
             else
-                row.apply(m_options, equals < 0 ? nextWord(u"--"_s + name) : word.mid(equals + 1));
+                apply(row, equals < 0 ? nextWord(u"--"_s + name) : word.mid(equals + 1));
         }
 
         /// `-rq` is `-r -q`, and `-fpng` is `-f png`.
@@ -66,11 +93,11 @@ namespace {
                     return candidate.shortName == letter;
                 });
                 if (!row.takesValue()) {
-                    row.apply(m_options, {});
+                    apply(row, {});
                     continue;
                 }
                 const QString rest = letters.mid(i + 1);
-                row.apply(m_options, rest.isEmpty() ? nextWord(shown) : rest);
+                apply(row, rest.isEmpty() ? nextWord(shown) : rest);
                 return;
             }
         }
@@ -95,6 +122,7 @@ namespace {
         qsizetype m_next = 0;
         bool m_optionsEnded = false;
         Options m_options;
+        QSet<QString> m_given; ///< long names of options
     };
 
 } // namespace
@@ -104,6 +132,11 @@ Options parseOptions(const QStringList& words)
     Options options = Parser(words).parse();
     if (options.isQuiet && options.isVerbose)
         throw UsageError(u"options -q and -v exclude each other"_s);
+    if (LogCopy::isStandardOutput(options.logFile)) {
+        if (options.isVerbose)
+            throw UsageError(u"options -v and --log %1 exclude each other"_s.arg(options.logFile));
+        options.isQuiet = true; // what is read by another program holds the log alone
+    }
     const bool converts = !options.wantsHelp && !options.wantsVersion;
     if (converts && options.sources.isEmpty() && options.pathLists.isEmpty())
         throw UsageError(u"no SOURCE is given"_s);

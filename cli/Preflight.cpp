@@ -1,5 +1,6 @@
 #include "cli/Preflight.h"
 
+#include "cli/LogCopy.h"
 #include "cli/Options.h"
 #include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
@@ -60,7 +61,7 @@ namespace {
         {
             for (const Source& source : sources)
                 m_sources.insert(m_places.key(source.path), source.shown);
-            if (!options.logFile.isEmpty())
+            if (!options.logFile.isEmpty() && !LogCopy::isStandardOutput(options.logFile))
                 m_owners.insert(m_places.key(logTarget(options)), u"the log"_s);
         }
 

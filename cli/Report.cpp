@@ -6,12 +6,19 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace pagestack {
 
 namespace {
+
+    /// "1 page", "2 pages".
+    QString counted(int count, const QString& thing)
+    {
+        return u"%1 %2%3"_s.arg(count).arg(thing, count == 1 ? u""_s : u"s"_s);
+    }
 
     QList<int> pageCounts(const QList<OutputFile>& outputs)
     {
@@ -27,18 +34,41 @@ namespace {
 
 } // namespace
 
+QString totalText(const RunCounts& counts)
+{
+    const QString page = u"page"_s;
+    const QString source = u"source"_s;
+    QString text = u"%1 of %2 written"_s.arg(counted(counts.pages.written, page),
+                                             counted(counts.sources, source));
+    const auto add = [&text](int count, const QString& thing, const QString& fate) {
+        if (count > 0)
+            text += u", "_s + counted(count, thing) + fate;
+    };
+    add(counts.pages.allFailed(), page, u" failed"_s);
+    add(counts.failedSources, source, u" failed"_s);
+    add(counts.incompleteSources, source, u" incomplete"_s);
+    add(counts.pages.skipped, page, u" skipped"_s);
+    add(counts.notReached, page, u" not reached"_s);
+    return text;
+}
+
 QString resultText(const QString& shown, const PageCounts& counts)
 {
-    QString text = u"%1: %2 %3 written"_s.arg(shown)
-                       .arg(counts.written)
-                       .arg(counts.written == 1 ? u"page"_s : u"pages"_s);
-    // What was gathered for a file that could not be put in place is lost.
-    const int failed = counts.failed + std::max(0, counts.gathered - counts.written);
-    if (failed > 0)
-        text += u", %1 failed"_s.arg(failed);
+    QString text = u"%1: %2 written"_s.arg(shown, counted(counts.written, u"page"_s));
+    if (counts.allFailed() > 0)
+        text += u", %1 failed"_s.arg(counts.allFailed());
     if (counts.skipped > 0)
         text += u", %1 skipped"_s.arg(counts.skipped);
     return text;
+}
+
+QString leftOutText(const QStringList& shown)
+{
+    constexpr qsizetype most = 10;
+    QString names = shown.mid(0, most).join(u", "_s);
+    if (shown.size() > most)
+        names += u" and %1 more"_s.arg(shown.size() - most);
+    return u"left out for the unusual case of its ending, unless it is named itself: "_s + names;
 }
 
 QString troubleText(const QString& shown, int page, const QString& reason)
@@ -78,18 +108,28 @@ void Report::listenTo(const Process& job)
         atOnce);
 }
 
-void Report::finish(const QString& message)
+void Report::endProgress() { m_progress.finish(); }
+
+void Report::finish(const QString& message, int lostPaths, bool hasOtherFailures)
 {
-    m_progress.finish();
     if (m_options.isQuiet)
         return;
-    for (const QString& line : QString(message).remove(u'\r').split(u'\n'))
-        m_console.result(line);
+    const bool isSuccess = message == u"All files converted successfully."_s;
+    if (!isSuccess || !(m_hasFailures || hasOtherFailures)) {
+        for (const QString& line : QString(message).remove(u'\r').split(u'\n'))
+            m_console.result(line);
+    }
+    RunCounts total = m_total;
+    total.failedSources += lostPaths;
+    total.notReached = std::accumulate(m_pagesPlanned.cbegin(), m_pagesPlanned.cend(), 0)
+        - total.pages.written - total.pages.allFailed() - total.pages.skipped;
+    m_console.result(totalText(total));
 }
 
 void Report::addTrouble(const QString& sourcePath, int page, const QString& reason)
 {
     m_hasFailures = true;
+    m_hasSourceFailed = m_hasSourceFailed || page == 0;
     m_console.trouble(troubleText(shown(sourcePath), page, reason));
 }
 
@@ -141,6 +181,13 @@ void Report::endSource(int processed)
     const qsizetype place = processed - 1;
     if (!m_options.isQuiet)
         m_console.result(resultText(m_sources.at(place).shown, m_counts));
+    m_total.pages.gathered += m_counts.gathered;
+    m_total.pages.written += m_counts.written;
+    m_total.pages.failed += m_counts.failed;
+    m_total.pages.skipped += m_counts.skipped;
+    m_total.sources += m_counts.written > 0 ? 1 : 0;
+    if (std::exchange(m_hasSourceFailed, false))
+        ++(m_counts.written > 0 ? m_total.incompleteSources : m_total.failedSources);
     m_counts = {};
     m_pagesInHand = 0;
     m_pagesBefore += m_pagesPlanned.at(place);

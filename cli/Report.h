@@ -8,22 +8,44 @@
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <QStringList>
+
+#include <algorithm>
 
 namespace pagestack {
 
 class Console;
 
-/// What became of the pages of one source.
+/// What became of the pages of one source, or of all.
 struct PageCounts
 {
     int gathered = 0; ///< in a file, or in one that was still to be put in place
     int written = 0; ///< in files that are in place
     int failed = 0;
     int skipped = 0;
+
+    /// With what was gathered for a file that could not be put in place, and so is lost.
+    int allFailed() const { return failed + std::max(0, gathered - written); }
 };
+
+/// What became of a run.
+struct RunCounts
+{
+    PageCounts pages;
+    int notReached = 0; ///< pages
+    int sources = 0; ///< of which pages were written
+    int incompleteSources = 0; ///< of these, for a reason that is none of a single page
+    int failedSources = 0; ///< as a whole
+};
+
+/// "12 pages of 3 sources written, 1 page failed, 2 pages skipped".
+QString totalText(const RunCounts& counts);
 
 /// "scan.tif: 3 pages written, 1 failed".
 QString resultText(const QString& shown, const PageCounts& counts);
+
+/// One line for files of folders that are no sources, of which the first ten are named.
+QString leftOutText(const QStringList& shown);
 
 /// "scan.tif[3]: reason"; page 0 is the file as a whole: "scan.tif: reason".
 QString troubleText(const QString& shown, int page, const QString& reason);
@@ -41,8 +63,11 @@ public:
 
     void listenTo(const Process& job);
 
-    /// Ends the progress line and prints the final message of the job.
-    void finish(const QString& message);
+    void endProgress();
+
+    /// Prints the final message of the job, unless that speaks of success and there was none, and
+    /// then the totals. `lostPaths` are sources that could not even be planned.
+    void finish(const QString& message, int lostPaths, bool hasOtherFailures);
 
     /// Whether a page or a source failed so far.
     bool hasFailures() const { return m_hasFailures; }
@@ -65,6 +90,8 @@ private:
     Console& m_console;
     Progress m_progress;
     PageCounts m_counts; ///< of the source in hand
+    bool m_hasSourceFailed = false; ///< the one in hand
+    RunCounts m_total; ///< of the sources before it
     int m_pagesInHand = 0; ///< of it, dealt with
     int m_pagesBefore = 0; ///< of the sources before it
     bool m_hasFailures = false;

@@ -31,6 +31,14 @@ namespace {
                            [&](const QString& extension) { return name.endsWith(extension); });
     }
 
+    /// "Mixed.Tif".
+    bool hasOddTiffExtension(const QString& name)
+    {
+        return !hasTiffExtension(name)
+            && (name.endsWith(u".tif", Qt::CaseInsensitive)
+                || name.endsWith(u".tiff", Qt::CaseInsensitive));
+    }
+
     /// Qt shows the working folder, and what a link leads to, as text even where it is none.
     bool leadsToSameFile(const QString& path, const QString& shown)
     {
@@ -54,7 +62,7 @@ namespace {
 
         void addList(const QString& list);
         void addPath(const QString& shown);
-        CollectedSources take() { return std::move(m_found); }
+        CollectedSources take();
 
     private:
         void addFile(const QString& shown);
@@ -73,6 +81,15 @@ namespace {
         QSet<QString> m_entered; ///< keys of folders below the folder in hand
         QStringList m_linked; ///< symbolic links to folders that wait for their turn
     };
+
+    /// A file that is left out here may be named elsewhere.
+    CollectedSources Collector::take()
+    {
+        m_found.leftOut.removeIf([this](const QString& shown) {
+            return m_taken.contains(identity(absolutePath(shown)));
+        });
+        return std::move(m_found);
+    }
 
     void Collector::addPath(const QString& shown)
     {
@@ -138,6 +155,8 @@ namespace {
         for (const QString& name : contents.files) {
             if (hasTiffExtension(name))
                 addFile(joinedPath(shown, name));
+            else if (hasOddTiffExtension(name))
+                m_found.leftOut.append(joinedPath(shown, name));
         }
         if (!m_isRecursive)
             return;

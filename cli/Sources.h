@@ -27,6 +27,7 @@ struct CollectedSources
     QList<Source> files; ///< in the order given, those of a folder in natural order; no file twice
     QStringList duplicates; ///< as shown
     QList<PathTrouble> troubles;
+    QStringList leftOut; ///< files of folders that only the case of their ending keeps out
 };
 
 /// Looks up the sources of the command line and of its path lists. Standard input is read when one

@@ -119,6 +119,7 @@ namespace {
         Load(LoaderTarget& target, FileSource& source)
             : m_target(target)
             , m_source(source)
+            , m_ahead([&target] { return target.isProcessing(); })
         {
         }
 

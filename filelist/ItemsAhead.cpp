@@ -1,5 +1,7 @@
 #include "filelist/ItemsAhead.h"
 
+#include "engine/support/StopScope.h"
+
 #include <QThread>
 
 #include <algorithm>
@@ -20,7 +22,8 @@ namespace {
 
 } // namespace
 
-ItemsAhead::ItemsAhead()
+ItemsAhead::ItemsAhead(std::function<bool()> isWanted)
+    : m_isWanted(std::move(isWanted))
 {
     // More than one even on a small machine, as they wait for the disk; few, as it is one disk.
     const int threads = std::clamp(QThread::idealThreadCount(), 2, 8);
@@ -84,6 +87,7 @@ QList<std::shared_ptr<FileItem>> ItemsAhead::takeFront()
 
 void ItemsAhead::makeItems()
 {
+    const StopScope scope([this] { return !m_isWanted(); });
     std::unique_lock lock(m_guard);
     while (true) {
         m_added.wait(lock, [this] { return m_isOver || m_begun < m_slots.size(); });

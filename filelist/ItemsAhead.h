@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <deque>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -20,7 +21,9 @@ namespace pagestack {
 class ItemsAhead
 {
 public:
-    ItemsAhead();
+    /// When `isWanted`, asked on any thread, says no, the files in hand are given up: their items
+    /// do not count.
+    explicit ItemsAhead(std::function<bool()> isWanted);
     ~ItemsAhead(); ///< waits for the files in hand, forgets the others
     ItemsAhead(const ItemsAhead&) = delete;
     ItemsAhead& operator=(const ItemsAhead&) = delete;
@@ -46,12 +49,13 @@ private:
     void makeItems();
     QList<std::shared_ptr<FileItem>> takeFront();
 
-    mutable std::mutex m_guard; ///< protects everything below but the threads
+    mutable std::mutex m_guard; ///< protects what follows up to `m_isOver`
     std::condition_variable m_added; ///< there is something to make, or all is over
     std::condition_variable m_frontReady;
     std::deque<Slot> m_slots; ///< pending ones, in order; a slot in hand stays where it is
     std::size_t m_begun = 0; ///< how many of them are ready or in hand
     bool m_isOver = false;
+    const std::function<bool()> m_isWanted;
     std::vector<std::thread> m_threads;
 };
 

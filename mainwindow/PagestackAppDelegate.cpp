@@ -94,6 +94,15 @@ void PagestackAppDelegate::awakeFromNib()
     setupToolbarAndMenuItems();
     restoreWindowState();
     openAppAction();
+    tellSettingsTroubles();
+}
+
+void PagestackAppDelegate::tellSettingsTroubles()
+{
+    const QStringList troubles = m_services.defaults.takeTroubles();
+    if (!troubles.isEmpty())
+        m_services.alerts.ask(m_window.get(), AlertPanel::Style::Critical, getAppTitle(u""_s),
+                              troubles.join(u'\n'), {}, {});
 }
 
 void PagestackAppDelegate::markTheKeyLetters()
@@ -188,7 +197,9 @@ void PagestackAppDelegate::toggleSettings()
 {
     m_showSettings = !m_showSettings;
     m_services.defaults.setBool(showSettingsKey, m_showSettings);
+    m_services.defaults.synchronize();
     showSettings(m_showSettings);
+    tellSettingsTroubles();
 }
 
 void PagestackAppDelegate::connectControls()

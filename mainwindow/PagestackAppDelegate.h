@@ -202,6 +202,8 @@ private:
     QList<QUrl> highlightedUrls() const;
     void commitSettingsFields();
     void markTheKeyLetters();
+    /// Shows what went wrong with the file of the settings since the last call, if anything.
+    void tellSettingsTroubles();
     void aboutAction();
     void refuse(const QString& text);
     void refuseOutputFolder();

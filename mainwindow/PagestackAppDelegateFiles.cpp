@@ -79,6 +79,7 @@ void PagestackAppDelegate::setInculdeSubfolders(bool include)
 {
     m_services.defaults.setBool(includeSubfoldersKey, include);
     m_services.defaults.synchronize();
+    tellSettingsTroubles();
 }
 
 void PagestackAppDelegate::openPaths(const QStringList& paths)

@@ -158,6 +158,7 @@ void PagestackAppDelegate::chooseOutputFolder()
                                             return;
                                         m_settings->setOutputFolderPath(urls.last().toLocalFile());
                                         m_settings->synchronize();
+                                        tellSettingsTroubles();
                                     });
 }
 

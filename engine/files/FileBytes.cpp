@@ -10,6 +10,7 @@
 #include <string>
 #include <system_error>
 #include <unistd.h>
+#include <vector>
 
 namespace pagestack {
 
@@ -17,6 +18,20 @@ void throwFileSystemError(const char* what, int errorNumber)
 {
     throw std::runtime_error(std::string(what) + ": "
                              + std::generic_category().message(errorNumber));
+}
+
+bool canOpenFiles(int count)
+{
+    std::vector<int> files;
+    while (static_cast<int>(files.size()) < count) {
+        const int file = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+        if (file < 0)
+            break;
+        files.push_back(file);
+    }
+    for (const int file : files)
+        ::close(file);
+    return static_cast<int>(files.size()) == count;
 }
 
 int openUnnamedFile()

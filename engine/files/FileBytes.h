@@ -21,6 +21,9 @@ auto retryInterrupted(Call call)
     return result;
 }
 
+/// Whether the system lets this process open `count` files more.
+bool canOpenFiles(int count);
+
 /// Opens a new file for reading and writing that has no name and so goes with its descriptor, which
 /// is the caller's. Throws std::runtime_error.
 int openUnnamedFile();

@@ -26,6 +26,21 @@ namespace {
     constexpr int longestLinkChain = 40;
     constexpr char nameIsTaken[] = "a file of that name has appeared during the run";
 
+    /// In a folder that others may write to anybody could lead us to one of our own files, so that
+    /// a link counts there only when it is ours or belongs to the folder's owner.
+    void checkLink(const QByteArray& path)
+    {
+        struct stat link = {};
+        struct stat folder = {};
+        const QByteArray folderPath = path.left(path.lastIndexOf('/') + 1);
+        if (::lstat(path.constData(), &link) != 0 || ::stat(folderPath.constData(), &folder) != 0)
+            return; // It has gone; the next step will say what is wrong.
+        const bool isShared = (folder.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+        if (isShared && link.st_uid != ::geteuid() && link.st_uid != folder.st_uid)
+            throw std::runtime_error(
+                "the symbolic link there belongs to another user, in a folder open to others");
+    }
+
     /// The file that a write to `path` would end in: links are followed also when they dangle.
     QByteArray resolveLinks(const QByteArray& path)
     {
@@ -36,6 +51,7 @@ namespace {
                 = ::readlink(resolved.constData(), link.data(), static_cast<size_t>(link.size()));
             if (length < 0)
                 return resolved;
+            checkLink(resolved);
             link.truncate(length);
             if (link.startsWith('/'))
                 resolved = link;
@@ -45,6 +61,14 @@ namespace {
         throwFileSystemError("cannot follow the symbolic link", ELOOP);
     }
 
+    /// Root, who may write to everything, keeps to what is allowed to the owner.
+    bool isWriteProtected(const QByteArray& path, mode_t mode)
+    {
+        if (::geteuid() == 0)
+            return (mode & S_IWUSR) == 0;
+        return ::access(path.constData(), W_OK) != 0 && (errno == EACCES || errno == EPERM);
+    }
+
 } // namespace
 
 StagedFile::StagedFile(const QString& targetPath)
@@ -52,6 +76,7 @@ StagedFile::StagedFile(const QString& targetPath)
     if (targetPath.isEmpty())
         throw std::runtime_error("the output has no name");
     m_target = resolvedTarget(targetPath);
+    m_isBehindLink = m_target != QFile::encodeName(absolutePath(targetPath));
     lookAtTarget();
     m_inPlace = !createBesideTarget();
     if (m_inPlace)
@@ -67,6 +92,8 @@ void StagedFile::lookAtTarget()
         throw std::runtime_error("a folder of that name is in the way");
     if (!S_ISREG(existing.st_mode))
         throw std::runtime_error("what is there is no regular file");
+    if (isWriteProtected(m_target, existing.st_mode))
+        throw std::runtime_error("the file there is write-protected");
     m_replaces = true;
     m_permissions = existing.st_mode & 0777U;
     m_owner = existing.st_uid;
@@ -188,6 +215,8 @@ void StagedFile::settle()
 void StagedFile::commit(Existing existing)
 {
     flush();
+    if (existing == Existing::Kept && m_isBehindLink)
+        throw std::runtime_error(nameIsTaken);
     lookAtTarget(); // by now there may be something
     if (existing == Existing::Kept && m_replaces)
         throw std::runtime_error(nameIsTaken);

@@ -11,9 +11,10 @@ namespace pagestack {
 /// A file in the making: written beside its target under a temporary name and renamed over it when
 /// it is complete, so that a failure, a crash or a cancel leaves what was at the target as it was.
 ///
-/// Through a symbolic link the link's target is replaced. The permissions of a file that is
-/// replaced are kept, with its access list, its owner and group where that is allowed; the
-/// temporary file is never readable to more. In a folder that takes no new file, an existing
+/// Through a symbolic link the link's target is replaced; in a folder that others may write to a
+/// link of another user's is refused. So is a file that may not be written to. The permissions of a
+/// file that is replaced are kept, with its access list, its owner and group where that is allowed;
+/// the temporary file is never readable to more. In a folder that takes no new file, an existing
 /// writable file is replaced in place at `commit`. What a program that was killed leaves behind is
 /// what StagedNames.h says. One thread at a time; a staged file may be handed from one thread to
 /// another.
@@ -23,11 +24,11 @@ public:
     /// What becomes of a file that is at the target when the new one is put there.
     enum class Existing {
         Replaced,
-        Kept, ///< it is an error, also when it has come a moment ago
+        Kept, ///< it is an error, also when it has come a moment ago; so is a link
     };
 
     /// Creates the temporary file. Throws std::runtime_error with the reason (no such folder, no
-    /// permission, the target is no regular file).
+    /// permission, the target is no regular file or is write-protected).
     explicit StagedFile(const QString& targetPath);
 
     /// Removes the temporary file unless it was committed.
@@ -36,7 +37,8 @@ public:
     StagedFile& operator=(const StagedFile&) = delete;
 
     /// The file that a write to `targetPath` ends in, in the file system's encoding: absolute, with
-    /// a link at its end followed also when it dangles. Throws std::runtime_error.
+    /// a link at its end followed also when it dangles. Throws std::runtime_error, also for a link
+    /// that must not be followed.
     static QByteArray resolvedTarget(const QString& targetPath);
 
     /// Appends at the end of the file. Throws std::runtime_error with the reason.
@@ -73,6 +75,7 @@ private:
     std::uint64_t m_size = 0; ///< with what is still in `m_pending`
     std::vector<std::uint8_t> m_pending; ///< appended, but not yet handed to the file system
     bool m_replaces = false; ///< a file was at the target when this one was made
+    bool m_isBehindLink = false; ///< the target is not what was named
     bool m_inPlace = false;
     unsigned m_permissions = 0; ///< of the file that is replaced, as are the two below
     unsigned m_owner = 0;

@@ -1,14 +1,17 @@
 #include "engine/image/TiffDirectoryChain.h"
 
 #include "engine/files/FileBytes.h"
+#include "engine/support/StopScope.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
+#include <numeric>
 #include <optional>
 #include <span>
 #include <stdexcept>
 #include <sys/stat.h>
-#include <unordered_map>
+#include <utility>
 
 namespace pagestack {
 
@@ -28,6 +31,36 @@ namespace {
     constexpr std::array<std::uint64_t, 19> typeBytes { 0, 1, 1, 2, 4, 8, 1, 1, 2, 4,
                                                         8, 4, 8, 4, 0, 0, 8, 8, 8 };
 
+    constexpr std::size_t mostPages = 1'048'576; // which is as far as libtiff goes
+    constexpr std::size_t firstCheck = 64;
+
+    /// The first of the pages whose directory begins within an earlier one of `smallest` bytes, and
+    /// that earlier page, both counted from 0; none when all directories lie apart.
+    std::optional<std::pair<std::size_t, std::size_t>>
+    firstOverlap(const std::vector<std::uint64_t>& offsets, std::uint64_t smallest)
+    {
+        std::optional<std::pair<std::size_t, std::size_t>> found;
+        std::vector<std::uint32_t> order;
+        for (std::size_t count = offsets.size();;) {
+            order.resize(count);
+            std::iota(order.begin(), order.end(), 0U);
+            std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
+                return std::pair(offsets[a], a) < std::pair(offsets[b], b);
+            });
+            std::size_t first = count;
+            for (std::size_t i = 1; i < order.size(); ++i) {
+                const auto [earlier, later] = std::minmax(order[i - 1], order[i]);
+                if (offsets[order[i]] - offsets[order[i - 1]] >= smallest || later >= first)
+                    continue;
+                first = later;
+                found = { later, earlier };
+            }
+            if (first == count)
+                return found;
+            count = first; // Neighbours of a later page may have hidden an earlier overlap.
+        }
+    }
+
     class DirectoryWalker
     {
     public:
@@ -44,21 +77,22 @@ namespace {
             std::uint64_t offset = readHeader();
             if (!m_chain.isTiff)
                 return m_chain;
-            std::unordered_map<std::uint64_t, std::size_t> pageAtOffset;
+            std::size_t nextCheck = firstCheck;
             while (offset != 0) {
-                const auto [seen, isNew] = pageAtOffset.emplace(offset, m_chain.offsets.size() + 1);
-                if (!isNew) {
-                    m_chain.fault = u"the chain of pages leads back to page %1 after page %2"_s
-                                        .arg(seen->second)
-                                        .arg(m_chain.offsets.size());
-                    break;
+                if (m_chain.offsets.size() == nextCheck) {
+                    if (cutAtOverlap())
+                        return std::move(m_chain);
+                    nextCheck *= 2;
                 }
+                if (isCutShort())
+                    break;
                 const std::optional<std::uint64_t> next = readDirectory(offset);
                 if (!next)
                     break;
                 offset = *next;
             }
-            return m_chain;
+            cutAtOverlap();
+            return std::move(m_chain);
         }
 
     private:
@@ -118,8 +152,8 @@ namespace {
                 return std::nullopt;
             }
             m_chain.offsets.push_back(offset);
-            const std::uint64_t nextAt = offset + countBytes + *entries * entryBytes;
-            const std::optional<std::uint64_t> next = number(nextAt, m_chain.isBigTiff ? 8 : 4);
+            const std::optional<std::uint64_t> next
+                = number(linkAt(offset, *entries), m_chain.isBigTiff ? 8 : 4);
             if (!next)
                 m_chain.fault = u"the file ends within the directory of page %1"_s.arg(
                     m_chain.offsets.size());
@@ -136,6 +170,55 @@ namespace {
                 ? u"the chain of pages leads out of the file after page %1"_s
                 : u"the directory after page %1 is damaged"_s;
             return fault.arg(m_chain.offsets.size());
+        }
+
+        /// Ends the chain before the first page that it has been to, or that shares bytes with
+        /// another one. A sound file has no such page; another could have one every few bytes.
+        bool cutAtOverlap()
+        {
+            const auto overlap = firstOverlap(m_chain.offsets, m_chain.isBigTiff ? 36 : 18);
+            if (!overlap)
+                return false;
+            const auto [page, earlier] = *overlap;
+            const auto begin = m_chain.offsets.begin();
+            const auto end = begin + static_cast<std::ptrdiff_t>(page);
+            const auto same = std::find(begin, end, *end);
+            m_chain.fault = same == end
+                ? u"the directory after page %2 overlaps that of page %1"_s.arg(earlier + 1)
+                : u"the chain of pages leads back to page %1 after page %2"_s.arg(same - begin + 1);
+            m_chain.fault = m_chain.fault.arg(page);
+            m_chain.offsets.resize(page);
+            m_chain.cutLink = same == end ? linkOfLast() : FileRange {};
+            return true;
+        }
+
+        bool isCutShort()
+        {
+            if (m_chain.offsets.size() == mostPages)
+                m_chain.fault = u"the file has more than %1 pages"_s.arg(mostPages);
+            else if (StopScope::isStopped())
+                m_chain.fault = u"the search for pages was stopped after page %1"_s.arg(
+                    m_chain.offsets.size());
+            if (m_chain.fault.isEmpty())
+                return false;
+            m_chain.cutLink = linkOfLast();
+            return true;
+        }
+
+        FileRange linkOfLast() const
+        {
+            if (m_chain.offsets.empty())
+                return {};
+            const std::uint64_t offset = m_chain.offsets.back();
+            const std::uint64_t entries = number(offset, m_chain.isBigTiff ? 8 : 2).value_or(0);
+            const std::uint64_t begin = linkAt(offset, entries);
+            return { begin, begin + (m_chain.isBigTiff ? 8 : 4) };
+        }
+
+        /// Where the directory at `offset` names the next one.
+        std::uint64_t linkAt(std::uint64_t offset, std::uint64_t entries) const
+        {
+            return offset + (m_chain.isBigTiff ? 8 + entries * 20 : 2 + entries * 12);
         }
 
         int m_file;

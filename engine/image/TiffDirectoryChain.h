@@ -7,6 +7,13 @@
 
 namespace pagestack {
 
+/// A stretch of a file.
+struct FileRange
+{
+    std::uint64_t begin = 0;
+    std::uint64_t end = 0;
+};
+
 /// The main chain of image file directories of a TIFF file, found by reading directory headers
 /// only. Format: TIFF 6.0, section 2; BigTIFF (8-byte offsets, version 43).
 struct TiffDirectoryChain
@@ -16,19 +23,15 @@ struct TiffDirectoryChain
     bool isBigTiff = false;
     std::vector<std::uint64_t> offsets; ///< of each directory, in the order of the chain
     QString fault; ///< why the chain does not end properly; empty when it does
+    /// Where the last directory names one that is left out, as the fault tells; empty: nowhere.
+    FileRange cutLink;
 };
 
 /// Walks the chain of the open file `fileDescriptor`, which must be seekable; its position is not
-/// used. Every directory is visited once, so a chain that leads back into itself ends there. A
-/// directory without entries ends the chain as a fault. Any thread.
+/// used. As a fault the chain ends where it leads back into itself or into another directory's
+/// bytes, at a directory without entries, after 1,048,576 pages and when a StopScope says so. Any
+/// thread.
 TiffDirectoryChain walkDirectoryChain(int fileDescriptor);
-
-/// A stretch of a file.
-struct FileRange
-{
-    std::uint64_t begin = 0;
-    std::uint64_t end = 0;
-};
 
 /// The value of a tag as its directory announces it, inside the entry or elsewhere in the file, or
 /// beyond its end.

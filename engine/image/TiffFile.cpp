@@ -146,8 +146,10 @@ TiffDirectory TiffFile::directory(int index) const
 
 void TiffFile::openHandle()
 {
+    // libtiff, which walks the chain for itself and keeps what it finds, would hold a hundred
+    // megabytes a handle for directories that are none of the file's pages.
     if (!m_handle)
-        m_handle = openTiffForReading(m_opened->file.get(), m_messages);
+        m_handle = openTiffForReading(m_opened->file.get(), m_messages, chain().cutLink);
 }
 
 void TiffFile::reportChain(int index)

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdarg>
 #include <new>
+#include <span>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -43,12 +44,23 @@ namespace {
     struct FileStream
     {
         int file;
+        FileRange hidden;
         std::uint64_t position = 0;
     };
+
+    /// Clears what is hidden of the bytes that were read from `position` on.
+    void hide(const FileRange& hidden, std::uint64_t position, std::span<char> bytes)
+    {
+        const std::uint64_t begin = std::max(hidden.begin, position);
+        const std::uint64_t end = std::min<std::uint64_t>(hidden.end, position + bytes.size());
+        if (begin < end)
+            std::ranges::fill(bytes.subspan(begin - position, end - begin), '\0');
+    }
 
     tmsize_t readFile(thandle_t stream, void* buffer, tmsize_t size)
     {
         auto* from = static_cast<FileStream*>(stream);
+        const std::uint64_t position = from->position;
         tmsize_t done = 0;
         while (done < size) {
             const ssize_t got = retryInterrupted([&] {
@@ -63,6 +75,8 @@ namespace {
             from->position += static_cast<std::uint64_t>(got);
             done += got;
         }
+        hide(from->hidden, position,
+             { static_cast<char*>(buffer), static_cast<std::size_t>(done) });
         return done;
     }
 
@@ -111,12 +125,12 @@ std::unique_ptr<TIFFOpenOptions, TiffOpenOptionsFreer> tiffOpenOptions(TiffMessa
 
 void TiffCloser::operator()(tiff* handle) const noexcept { TIFFClose(handle); }
 
-TiffHandle openTiffForReading(int fileDescriptor, TiffMessages& messages)
+TiffHandle openTiffForReading(int fileDescriptor, TiffMessages& messages, FileRange hidden)
 {
     const auto options = tiffOpenOptions(messages);
     // r: read, h: header only, m: not mapped into memory, since a mapped file that another program
     // cuts short ends this program.
-    auto stream = std::make_unique<FileStream>(FileStream { fileDescriptor });
+    auto stream = std::make_unique<FileStream>(FileStream { fileDescriptor, hidden });
     TiffHandle handle(TIFFClientOpenExt(messages.fileName().toUtf8().constData(), "rhm",
                                         stream.get(), readFile, refuseWriting, seekFile, closeFile,
                                         sizeOfFile, nullptr, nullptr, options.get()));

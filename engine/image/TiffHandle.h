@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/image/TiffDirectoryChain.h"
 #include "engine/image/TiffMessages.h"
 
 #include <memory>
@@ -30,7 +31,7 @@ std::unique_ptr<TIFFOpenOptions, TiffOpenOptionsFreer> tiffOpenOptions(TiffMessa
 /// Opens the file for reading, header only: no directory is current yet. The position of
 /// `fileDescriptor` is not used, so any number of handles, each with a thread, can share one; it
 /// stays the caller's and must outlive the handle, as `messages`, which take the messages, must.
-/// Throws std::runtime_error with the reason.
-TiffHandle openTiffForReading(int fileDescriptor, TiffMessages& messages);
+/// The bytes of `hidden` are read as 0. Throws std::runtime_error with the reason.
+TiffHandle openTiffForReading(int fileDescriptor, TiffMessages& messages, FileRange hidden = {});
 
 } // namespace pagestack

@@ -7,6 +7,7 @@
 #include "engine/image/TiffPage.h"
 #include "engine/image/TiffPieces.h"
 #include "engine/image/TiffTagCopy.h"
+#include "engine/support/SystemLog.h"
 
 #include <tiffio.h>
 
@@ -17,6 +18,8 @@
 #include <vector>
 
 namespace pagestack {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -69,6 +72,16 @@ namespace {
         return static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, heightPx));
     }
 
+    /// Told by who encodes the page, so that it is told once.
+    void tellOfCompression(const TiffPage& page, int wanted, int used)
+    {
+        if (used != wanted)
+            systemLog(u"%1: page %2 is not one bit deep and so is written without compression"_s
+                          .arg(page.file().messages().fileName())
+                          .arg(page.index() + 1),
+                      page.file().messages().quota());
+    }
+
     void setPredictor(TIFF* to, int bitsPerSample, int compression)
     {
         if (compression == COMPRESSION_LZW && (bitsPerSample == 8 || bitsPerSample == 16))
@@ -100,6 +113,7 @@ namespace {
             , m_page(page)
             , m_file(page.file())
             , m_tags(page.tags())
+            , m_wantedCompression(compression)
             , m_compression(isFax(compression) && !m_tags.isOneBitDeep() ? COMPRESSION_NONE
                                                                          : compression)
             , m_keepsTiles(m_tags.isTiled && !tilesAreOfOddSize(m_tags))
@@ -120,6 +134,8 @@ namespace {
             m_from = m_file.describe(m_page.index());
             setGeometry();
             setPosition(m_to, m_tags.subfileType, position);
+            if (pieces == nullptr)
+                tellOfCompression(m_page, m_wantedCompression, m_compression);
             if (pieces != nullptr) {
                 setCoding();
                 writeHeldLines(pieces->complaints);
@@ -316,6 +332,7 @@ namespace {
         const TiffPage& m_page;
         TiffFile& m_file;
         const TiffPageTags& m_tags;
+        int m_wantedCompression;
         int m_compression;
         bool m_keepsTiles; ///< else the page is written in strips
         std::vector<std::uint8_t> m_part;
@@ -369,6 +386,8 @@ namespace {
             TIFFUnsetField(to, TIFFTAG_ICCPROFILE); // it describes other samples than these
         const bool isOneBitDeep = layout.channels() == 1 && layout.bitsPerSample == 1;
         const int used = isFax(compression) && !isOneBitDeep ? COMPRESSION_NONE : compression;
+        if (source != nullptr)
+            tellOfCompression(*source, compression, used);
         setTag(to, TIFFTAG_COMPRESSION, used);
         if (layout.model != ColorModel::Palette)
             setPredictor(to, layout.bitsPerSample, used);

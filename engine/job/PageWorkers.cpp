@@ -1,5 +1,7 @@
 #include "engine/job/PageWorkers.h"
 
+#include "engine/support/StopScope.h"
+
 #include <QScopeGuard>
 
 #include <system_error>
@@ -86,6 +88,7 @@ void PageWorkers::withdrawAll()
 
 void PageWorkers::work()
 {
+    const StopScope scope([this] { return !m_isRunning; });
     Desk desk;
     ThreadClaim self;
     for (;;) {

@@ -7,6 +7,7 @@
 #include "engine/job/OutputNames.h"
 #include "engine/support/MainThread.h"
 #include "engine/support/SpareThreads.h"
+#include "engine/support/StopScope.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/TimeText.h"
 #include "engine/support/Workspace.h"
@@ -115,6 +116,7 @@ void Process::convertOutputs()
 {
     log()->startTime = QDateTime::currentDateTime();
     setMessage(u""_s);
+    const StopScope scope([this] { return !isCombining(); });
     const QList<OutputFile> plan = outputFiles();
     startThreads(plan);
     // Before the end is announced: what was prepared and not taken is gone by then.

@@ -145,7 +145,9 @@ void Settings::readFields(const QVariantMap& data)
     setIsOpenFolderAfterConversion(data.value(u"isOpenFolderAfterConversion"_s).toBool());
     setOutputFolderPath(data.value(u"outputFolderPath"_s).toString());
     setSeparator(data.value(u"separator"_s).toString());
-    setJpegQuality(data.value(u"jpegQuality"_s).toInt());
+    bool isNumber = false;
+    const int quality = data.value(u"jpegQuality"_s).toInt(&isNumber);
+    setJpegQuality(isNumber ? quality : bestJpegQuality);
     setTiffCompressionIndex(data.value(u"tiffCompressionIndex"_s).toInt());
     setIsSplitTIFFIntoSinglePages(data.value(u"isSplitTIFFIntoSinglePages"_s).toBool());
     setIsClearProcessedFiles(data.value(u"isClearProcessedFiles"_s).toBool());
@@ -173,8 +175,7 @@ void Settings::synchronize()
     } catch (const std::exception& error) {
         systemLogError(u"Settings=>synchronize"_s, error);
     }
-    if (!m_store->synchronize())
-        systemLog(u"The settings could not be written to disk"_s);
+    m_store->synchronize(); // which tells of a failure itself
 }
 
 void Settings::encodeWithCoder(QDataStream& coder) const

@@ -94,10 +94,10 @@ public:
     std::optional<Pairs> getData();
 
     /// Takes over a dictionary (QVariantMap) of the nine fields; anything else is ignored. A
-    /// missing key counts as 0, false or a null text. The output folder of an earlier run is kept
-    /// only where `isSetCurrentAsDefaultOutputFolderPath` says so, and without a folder that flag
-    /// becomes false. An exception (of an observer) is logged; the fields then stay as far as they
-    /// were set.
+    /// missing key counts as 0, false or a null text, a missing quality as the best. The output
+    /// folder of an earlier run is kept only where `isSetCurrentAsDefaultOutputFolderPath` says so,
+    /// and without a folder that flag becomes false. An exception (of an observer) is logged; the
+    /// fields then stay as far as they were set.
     void setData(const QVariant& data);
 
     /// Stores the record and writes the store to disk. An exception is logged.
@@ -124,6 +124,8 @@ signals:
     void isClearProcessedFilesChanged(bool isClear);
 
 private:
+    static constexpr int bestJpegQuality = 10;
+
     void readFields(const QVariantMap& data);
     void applyFolderRule();
 
@@ -133,7 +135,7 @@ private:
     bool m_isOpenFolderAfterConversion = true;
     QString m_outputFolderPath;
     QString m_separator;
-    int m_jpegQuality = 10;
+    int m_jpegQuality = bestJpegQuality;
     int m_tiffCompressionIndex = 0;
     bool m_isSplitTIFFIntoSinglePages = false;
     bool m_isClearProcessedFiles = false;

@@ -67,14 +67,19 @@ Signals::Signals()
     action.sa_handler = takeSignal;
     action.sa_flags = SA_RESTART;
     ::sigemptyset(&action.sa_mask);
-    ::sigaction(SIGINT, &action, &m_oldInterrupt);
-    ::sigaction(SIGTERM, &action, &m_oldTerminate);
+    for (const int number : { SIGINT, SIGTERM, SIGHUP }) {
+        struct sigaction before = {};
+        if (::sigaction(number, nullptr, &before) != 0 || before.sa_handler == SIG_IGN)
+            continue;
+        ::sigaction(number, &action, nullptr);
+        m_before.emplace_back(number, before);
+    }
 }
 
 Signals::~Signals()
 {
-    ::sigaction(SIGINT, &m_oldInterrupt, nullptr);
-    ::sigaction(SIGTERM, &m_oldTerminate, nullptr);
+    for (const auto& [number, before] : m_before)
+        ::sigaction(number, &before, nullptr);
     wakeUpPipe = -1;
     for (const int end : m_pipe) {
         if (end >= 0)

@@ -4,10 +4,13 @@
 
 #include <array>
 #include <signal.h>
+#include <utility>
+#include <vector>
 
 namespace pagestack {
 
-/// SIGINT and SIGTERM, from its making to its end. One at a time, on the main thread.
+/// SIGINT, SIGTERM and SIGHUP, from its making to its end. One at a time, on the main thread. A
+/// signal that is ignored before, as under nohup, stays ignored.
 ///
 /// The first signal is announced on the main thread; a second one, unless it comes within 100 ms,
 /// ends the program at once, with the code 128 + its number.
@@ -28,8 +31,7 @@ signals:
 
 private:
     std::array<int, 2> m_pipe = { -1, -1 };
-    struct sigaction m_oldInterrupt = {};
-    struct sigaction m_oldTerminate = {};
+    std::vector<std::pair<int, struct sigaction>> m_before; ///< of the signals that are taken
 };
 
 } // namespace pagestack

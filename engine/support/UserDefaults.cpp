@@ -1,12 +1,14 @@
 #include "engine/support/UserDefaults.h"
 
+#include "engine/support/IniValues.h"
 #include "engine/support/SystemLog.h"
 
+#include <QDir>
 #include <QFile>
-#include <QRegularExpression>
-#include <QStringList>
-
-#include <algorithm>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QSaveFile>
+#include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
 
@@ -14,129 +16,113 @@ namespace pagestack {
 
 namespace {
 
-#ifdef Q_OS_MACOS
-    constexpr QSettings::Format userFormat = QSettings::NativeFormat;
-#else
-    constexpr QSettings::Format userFormat = QSettings::IniFormat;
-#endif
+    constexpr qint64 mostBytes = 1 << 20;
+    constexpr int mostDamagedFiles = 99;
 
-    bool isNullText(const QVariant& value)
+    QString userStore()
     {
-        return value.typeId() == QMetaType::QString && value.toString().isNull();
+        return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+            + u"/Corvanta/Pagestack1.json"_s;
     }
 
-    /// What comes back as it was stored: the system's reader drops a byte order mark that a text
-    /// begins with.
-    QVariant storable(const QVariant& value)
+    /// "store.ini" for "store.json" and ".ini".
+    QString beside(const QString& path, const QString& end)
     {
-        if (value.typeId() != QMetaType::QString)
-            return value;
-        QString text = value.toString();
-        while (text.startsWith(QChar::ByteOrderMark))
-            text.remove(0, 1);
-        return text;
-    }
-
-    /// Whether every line of the INI file is one that the system's writer could have written, or a
-    /// person, and no value stands for an object. The system's reader makes an object of
-    /// "@Variant(...)" and "@DateTime(...)" and takes the lengths in it as they are, so that a few
-    /// bytes can ask for gigabytes. Stored values never are one: a text that begins with '@' is
-    /// written with two of them, and the sign itself never as an escape. Lines in which a value
-    /// could begin where it does not seem to are refused: quotes or a backslash at odd places, the
-    /// end of a byte order mark, which the reader drops, or the mark as an escape, which the writer
-    /// would not write again.
-    bool holdsPlainValues(const QString& path)
-    {
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly))
-            return true;
-        static const QRegularExpression line(QRegularExpression::anchoredPattern(uR"((?(DEFINE)
-                (?<name>(?:\\?[A-Za-z0-9_.%-])++)
-                (?<escape>\\[abfnrtv"?'\\]|\\0(?![0-7])
-                    |\\x(?!(?:0*+40|[Ff][Ee][Ff][Ff])(?![0-9A-Fa-f]))[0-9A-Fa-f]{1,4}+(?![0-9A-Fa-f]))
-                (?<noObject>(?!(?:(?:\xEF?\xBB)?\xBF)?(?:\xEF\xBB\xBF)*+@(?![@BISPR])))
-                (?<item>(?:"(?&noObject)(?:(?&escape)|[^"\\\x00-\x08\x0A-\x1F])*+"
-                    |(?&noObject)(?:(?&escape)|[^"\\,;\x00-\x08\x0A-\x1F])*+)[ \t]*+)
-                )
-                [ \t]*+(?:\[(?&name)\]|(?&name)[ \t]*+=[ \t]*+(?&item)(?:,[ \t]*+(?&item))*+)?
-                [ \t]*+(?:;.*+)?)"_s),
-                                             QRegularExpression::ExtendedPatternSyntaxOption);
-        QString text = QString::fromLatin1(file.readAll());
-        text.replace(u'\r', u'\n');
-        return std::ranges::all_of(QStringView(text).split(u'\n'), [](const QStringView& each) {
-            return line.match(each).hasMatch();
-        });
+        const QFileInfo info(path);
+        return info.path() + u'/' + info.completeBaseName() + end;
     }
 
 } // namespace
 
 UserDefaults::UserDefaults()
-    : m_store(userFormat, QSettings::UserScope, u"Corvanta"_s, u"Pagestack1"_s)
+    : UserDefaults(userStore())
 {
-    m_store.setFallbacksEnabled(false);
-    examine();
 }
 
 UserDefaults::UserDefaults(const QString& path)
-    : m_store(path, QSettings::IniFormat)
+    : m_path(path)
 {
-    examine();
-}
-
-void UserDefaults::examine()
-{
-    if (m_isDamaged || m_store.format() != QSettings::IniFormat)
-        return;
-    m_isDamaged = !holdsPlainValues(m_store.fileName());
-    if (m_isDamaged)
-        systemLog(u"The settings in %1 are damaged and cannot be read or changed"_s.arg(
-            m_store.fileName()));
-}
-
-QVariant UserDefaults::objectForKey(const QString& key) const
-{
-    if (m_isDamaged)
-        return {};
-    QVariantMap dictionary;
-    const QString start = key + u'/';
-    for (const QString& name : m_store.allKeys())
-        if (name.startsWith(start) && !name.sliced(start.size()).contains(u'/'))
-            dictionary.insert(name.sliced(start.size()), m_store.value(name));
-    return dictionary.isEmpty() ? m_store.value(key) : QVariant(dictionary);
+    m_values = QFileInfo::exists(m_path) ? read().second : readIniValues(beside(m_path, u".ini"_s));
 }
 
 void UserDefaults::setObject(const QString& key, const QVariant& value)
 {
-    if (m_isDamaged)
-        return;
-    m_store.remove(key);
-    if (value.typeId() != QMetaType::QVariantMap) {
-        if (value.isValid())
-            m_store.setValue(key, storable(value));
-        return;
-    }
-    const QVariantMap dictionary = value.toMap();
-    for (auto entry = dictionary.cbegin(); entry != dictionary.cend(); ++entry) {
-        if (!isNullText(entry.value()))
-            m_store.setValue(key + u'/' + entry.key(), storable(entry.value()));
-    }
+    if (value.isValid())
+        m_values.insert(key, QJsonValue::fromVariant(value));
+    else
+        m_values.remove(key);
+    m_changed.insert(key);
 }
-
-bool UserDefaults::boolForKey(const QString& key) const
-{
-    return !m_isDamaged && m_store.value(key).toBool();
-}
-
-void UserDefaults::setBool(const QString& key, bool value) { setObject(key, value); }
 
 bool UserDefaults::synchronize()
 {
-    examine(); // what another program wrote meanwhile
-    if (m_isDamaged)
+    auto [found, values] = read();
+    if (found == Found::Damage)
         return false;
-    m_store.sync();
-    // FormatError only tells of what was read: a damaged file is written all the same.
-    return m_store.status() != QSettings::AccessError;
+    if (found == Found::Values) {
+        for (const QString& key : m_changed) {
+            if (m_values.contains(key))
+                values.insert(key, m_values.value(key));
+            else
+                values.remove(key);
+        }
+        m_values = values;
+    }
+    const bool isNews = !m_changed.isEmpty() || (found == Found::Nothing && !m_values.isEmpty());
+    if (isNews && !write())
+        return false;
+    m_changed.clear();
+    return true;
+}
+
+std::pair<UserDefaults::Found, QJsonObject> UserDefaults::read()
+{
+    const QFileInfo info(m_path);
+    if (!info.exists())
+        return { Found::Nothing, {} };
+    if (!info.isFile() || info.size() > mostBytes)
+        return { putAside(info.isFile() ? u"it is too long"_s : u"it is no file"_s), {} };
+    QFile file(m_path);
+    if (!file.open(QIODevice::ReadOnly))
+        return { putAside(file.errorString()), {} };
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);
+    if (document.isObject())
+        return { Found::Values, document.object() };
+    return { putAside(error.error ? error.errorString() : u"it holds no object"_s), {} };
+}
+
+UserDefaults::Found UserDefaults::putAside(const QString& reason)
+{
+    const QString fault = u"The settings in %1 cannot be read: %2."_s.arg(m_path, reason);
+    for (int i = 1; i <= mostDamagedFiles; ++i) {
+        const QString number = i == 1 ? QString() : u'-' + QString::number(i);
+        const QString place = beside(m_path, u"-damaged%1.json"_s.arg(number));
+        if (QFile::rename(m_path, place)) {
+            tell(fault + u" They are kept in %1; the defaults are used."_s.arg(place));
+            return Found::Nothing;
+        }
+    }
+    tell(fault + u" They cannot be put aside either, so that no settings are saved."_s);
+    return Found::Damage;
+}
+
+bool UserDefaults::write()
+{
+    const QByteArray text = QJsonDocument(m_values).toJson();
+    QDir().mkpath(QFileInfo(m_path).path());
+    QSaveFile file(m_path);
+    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit())
+        return true;
+    tell(u"The settings cannot be saved in %1: %2."_s.arg(m_path, file.errorString()));
+    return false;
+}
+
+void UserDefaults::tell(const QString& trouble)
+{
+    systemLog(trouble);
+    if (!m_troubles.contains(trouble))
+        m_troubles.append(trouble);
 }
 
 } // namespace pagestack

@@ -1,48 +1,62 @@
 #pragma once
 
-#include <QSettings>
+#include <QJsonObject>
+#include <QSet>
 #include <QString>
 #include <QVariant>
 
+#include <utility>
+
 namespace pagestack {
 
-/// The user's store of settings: plain values (numbers, booleans, texts) and dictionaries of plain
-/// values under short keys. A dictionary is kept as a group, so that it can be read and edited in
-/// the file. Values come back as the platform keeps them: in an INI file every value is text, which
-/// toInt() and toBool() of QVariant understand. A file that holds other objects than plain values,
-/// or lines that are neither settings nor comments, acts as an empty one that cannot be written.
-/// One thread at a time.
+/// The user's store of settings, a JSON file: plain values (numbers, booleans, texts) and
+/// dictionaries of plain values under short keys.
+///
+/// A file that is no JSON object is put aside under a name that says so, and the store goes on
+/// without it. Where there is no file yet, that of an earlier version, an INI file beside it, is
+/// taken over; its values are texts, which toInt() and toBool() of QVariant understand. Troubles
+/// are told by the system log and by takeTroubles(). One thread at a time.
 class UserDefaults
 {
 public:
-    /// The store of the current user: the platform's own on macOS, elsewhere an INI file in the
-    /// user's configuration folder. System-wide defaults are not consulted.
+    /// The store of the current user, in the user's configuration folder.
     UserDefaults();
-    /// The INI file at `path`; it need not exist.
+    /// The JSON file at `path`; neither it nor its folder need exist.
     explicit UserDefaults(const QString& path);
 
     /// The value under `key`, a QVariantMap when it is a dictionary, an invalid QVariant when there
     /// is none.
-    QVariant objectForKey(const QString& key) const;
+    QVariant objectForKey(const QString& key) const { return m_values.value(key).toVariant(); }
 
-    /// Replaces what is under `key`, a whole dictionary included. An invalid value removes the key;
-    /// an empty dictionary, a null text inside a dictionary and byte order marks at the start of a
-    /// text leave nothing behind.
+    /// Replaces what is under `key`, a whole dictionary included. An invalid value removes the key.
     void setObject(const QString& key, const QVariant& value);
 
     /// False when there is no value under `key`.
-    bool boolForKey(const QString& key) const;
-    void setBool(const QString& key, bool value);
+    bool boolForKey(const QString& key) const { return objectForKey(key).toBool(); }
+    void setBool(const QString& key, bool value) { setObject(key, value); }
 
-    /// Writes to disk now. False when that failed; the values are kept in memory and written later
-    /// if it becomes possible.
+    /// Writes the keys that were set since the last call to disk and takes over the others, which
+    /// another program may have written. False when that failed; the next call tries it again.
     bool synchronize();
 
-private:
-    void examine();
+    /// What went wrong with the file since the last call, a sentence each, for the user.
+    QStringList takeTroubles() { return std::exchange(m_troubles, {}); }
 
-    QSettings m_store;
-    bool m_isDamaged = false;
+private:
+    enum class Found {
+        Nothing, ///< or something that is put aside by now
+        Values,
+        Damage, ///< that could not be put aside
+    };
+    std::pair<Found, QJsonObject> read();
+    Found putAside(const QString& reason);
+    bool write();
+    void tell(const QString& trouble);
+
+    QString m_path;
+    QJsonObject m_values;
+    QSet<QString> m_changed; ///< keys
+    QStringList m_troubles;
 };
 
 } // namespace pagestack

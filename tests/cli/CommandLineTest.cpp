@@ -68,6 +68,8 @@ QString found(const QString& words)
         all.append(u"[%1: %2]"_s.arg(trouble.shown, trouble.reason));
     for (const QString& duplicate : sources.duplicates)
         all.append(u"(%1)"_s.arg(duplicate));
+    for (const QString& name : sources.leftOut)
+        all.append(u"{%1}"_s.arg(name));
     return all.join(u' ');
 }
 
@@ -102,7 +104,15 @@ void CommandLineTest::takesWordsApart_data()
     row("--fromat png a", u"unknown option --fromat"_s);
     row("-rx a", u"unknown option -x"_s);
     row("--form png a", u"unknown option --form"_s);
-    row("-f PNG a", u"format 'PNG' is none of jpeg|png|tiff|bmp|gif"_s);
+    row("-f PNG a", u"format=1 sources=a"_s);
+    row("-fTif --format jpG a", u"sources=a"_s);
+    row("-f heic a", u"format 'heic' is none of jpeg|png|tiff|bmp|gif"_s);
+    row("--quality 9 -f png a", u"option --quality has no effect with the format png"_s);
+    row("--compression none a", u"option --compression has no effect with the format jpeg"_s);
+    row("--split -fgif a", u"option --split has no effect with the format gif"_s);
+    row("-f tif --separator _ a",
+        u"option --separator has no effect with the format tiff without --split"_s);
+    row("-f tif --split --separator _ a", u"format=2 separator=_ split=true sources=a"_s);
     row("-f jpeg|png a", u"format 'jpeg|png' is none of jpeg|png|tiff|bmp|gif"_s);
     for (const char* number : { "11", "-1", "5.0", "99999999999", "" })
         row(("--quality=" + QByteArray(number) + " a").constData(),
@@ -152,7 +162,8 @@ void CommandLineTest::collects_data()
     QTest::addColumn<QString>("expected");
     QTest::newRow("in/") << u"in/b10.tif in/b9.tif in/a.TIFF in/c.TIF in/d.tiff in/x.Tif in/x.png "
                             "in/.hidden.tif in/._a.tif in/xtif in/sub/e.tif"_s
-                         << u"in/a.TIFF in/b9.tif in/b10.tif in/c.TIF in/d.tiff"_s;
+                         << u"in/a.TIFF in/b9.tif in/b10.tif in/c.TIF in/d.tiff {in/x.Tif}"_s;
+    QTest::newRow("in in/x.Tif") << u"in/x.Tif in/y.tIFF in/z.tifx"_s << u"in/x.Tif {in/y.tIFF}"_s;
     QTest::newRow("-r in") << u"in/z.tif in/sub/deep/b.tif in/.hidden/c.tif other/d.tif "
                               "in/sub/loop>.. in/sub/again>deep in/a-link>@/other"_s
                            << u"in/z.tif in/sub/deep/b.tif in/a-link/d.tif"_s;

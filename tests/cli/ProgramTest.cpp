@@ -23,6 +23,7 @@ private slots:
     void runs();
     void refusesFoldersThatAreNotWritable();
     void finishesThePageAfterASignal();
+    void ignoresSignalsThatWereIgnoredBefore();
     void endsAtOnceAfterASecondSignal();
     void leavesTheSourceToNoLogAfterAnEarlySignal();
     void replacesWhatComesDuringTheRunOnlyWhenTold();
@@ -92,6 +93,7 @@ void ProgramTest::runs_data()
         uR"(in/a.tif: 3 pages written
 in/b.tif: 1 page written
 Total 4 files converted successfully.
+4 pages of 2 sources written
 0 LOG in/a_1.bmp in/a_2.bmp in/a_3.bmp in/b_1.bmp)"_s);
     row("a log in place of a source", u"a.tif:W b.tif>a.tif"_s,
         u"-o out --on-exists overwrite --log b.tif a.tif"_s,
@@ -110,6 +112,8 @@ Total 4 files converted successfully.
         u"a.tif>%1/samples/text-page.tif"_s.arg(qEnvironmentVariable("PAGESTACK_SOURCE_DIR")),
         u"sh ulimit -f 400; exec '%1' -q --no-log -f bmp -o . a.tif"_s,
         u"! a.tif[1]: cannot write: File too large\n1"_s);
+    row("no file may be opened", u"a.tif:W"_s, u"sh ulimit -n 6; exec '%1' -q a.tif"_s,
+        u"! the system lets the program open too few files (ulimit -n)\n1"_s);
     row("wrong usage", u"a.tif:W"_s, u"--quality 11 a.tif"_s,
         u"! quality '11' is no number from 0 to 10; 'pagestack-convert --help' tells more\n2"_s);
     row("troubles", u"a.tif:WB b.tif c.tif:W"_s, u"none.tif a.tif b.tif c.tif -o out"_s,
@@ -117,6 +121,7 @@ Total 4 files converted successfully.
 b.tif: 0 pages written
 c.tif: 1 page written
 Total 2 files converted successfully.
+2 pages of 2 sources written, 1 page failed, 2 sources failed
 ! none.tif: no such file or folder
 ! a.tif[2]: *
 ! b.tif: *
@@ -134,7 +139,7 @@ Total 2 files converted successfully.
         row(qPrintable(u"output folder "_s + folder), u"a.tif:W"_s, u"a.tif -o "_s + folder,
             u"! output folder %1 *\n4"_s.arg(folder));
     row("new output folder", u"a.tif:WW"_s, u"a.tif -f tiff -o new"_s,
-        u"a.tif: 2 pages written\nAll files converted successfully.\n"
+        u"a.tif: 2 pages written\nAll files converted successfully.\n2 pages of 1 source written\n"
         "0 LOG new/ new/a.tiff[1/1,2/1]"_s);
     QString targets = u"a2.jpg>nowhere"_s;
     QString reasons = u"! a2.jpg exists already\n"_s;
@@ -154,25 +159,50 @@ Total 2 files converted successfully.
         u"! a.tiff is wanted by a.tif and by a.tiff\n! a.tiff is a source and is replaced by "
         "output of a.tif\n0 a.tiff[1/1] LOG"_s);
     row("skip", u"a.tif:WWW a1.gif>nowhere a2.gif"_s, u"a.tif -f gif --on-exists=skip"_s,
-        u"a.tif: 1 page written, 2 skipped\nAll files converted successfully.\n0 a3.gif LOG"_s);
+        u"a.tif: 1 page written, 2 skipped\nAll files converted successfully.\n"
+        "1 page of 1 source written, 2 pages skipped\n0 a3.gif LOG"_s);
     row("paths from standard input", u"a~b.tif:W c.tif:W"_s, u"- -q -o . < a~b.tif c.tif"_s,
         u"0 a~b1.jpg c1.jpg LOG"_s);
     row("a list from standard input", u"a.tif:W c.tif:W"_s, u"--files-from - -v c.tif < c.tif"_s,
         u"c1.jpg\nc.tif: 1 page written\nAll files converted successfully.\n"
+        "1 page of 1 source written\n"
         "! c.tif: named twice, converted once\n0 c1.jpg LOG"_s);
     row("a log elsewhere", u"a.tif:W"_s, u"-q a.tif --no-log --log copy.xml"_s,
         u"0 a1.jpg copy.xml"_s);
-    row("no place for the copy of the log", u"a.tif:W"_s, u"-q a.tif --log none/copy.xml"_s,
-        u"! none/copy.xml: *\n1 a1.jpg LOG"_s);
+    row("no place for the copy of the log", u"a.tif:W"_s, u"-q a.tif -o new --log none/copy.xml"_s,
+        u"! the log none/copy.xml cannot be written: *\n4"_s);
+    row("the log on standard output", u"a.tif:W"_s,
+        u"sh '%1' a.tif --no-log --log - | sed -n '1p;$p'"_s, u"<?xml *\n</Log>\n0 a1.jpg"_s);
+    row("the log in a pipe", u"a.tif:W"_s,
+        u"sh mkfifo pipe; cat pipe >copy & '%1' -q a.tif --no-log --log pipe && wait && tail -n1 copy; rm pipe"_s,
+        u"</Log>\n0 a1.jpg copy"_s);
+    row("the copy of the log is lost", u"a.tif:W"_s, u"a.tif --no-log --log /dev/full"_s,
+        u"a.tif: 1 page written\n1 page of 1 source written\n! /dev/full: *\n1 a1.jpg"_s);
+    row("standard output is full", u"a.tif:W"_s, u"sh exec '%1' a.tif --no-log >/dev/full"_s,
+        u"! standard output: *\n1 a1.jpg"_s);
+    row("so is that of the help", {}, u"sh exec '%1' --help >/dev/full"_s,
+        u"! standard output: *\n1"_s);
     // The program's own log is no such promise.
     row("no place for the log", u"a.tif:W data"_s, u"-q a.tif"_s, u"! *\n0 a1.jpg"_s);
+    row("an unusual ending", u"in/a.Tif:W in/b.tif:W"_s, u"-q in"_s,
+        u"! left out for the unusual case of its ending, unless it is named itself: in/a.Tif\n"
+        "0 LOG in/b1.jpg"_s);
     row("verbose", u"a.tif:WW"_s, u"-v a.tif -o ."_s,
         u"./a1.jpg\n./a2.jpg\na.tif: 2 pages written\nTotal 2 files converted successfully.\n"
+        "2 pages of 1 source written\n"
         "0 a1.jpg a2.jpg LOG"_s);
     row("progress", u"a.tif:WW"_s, u"-q a.tif --progress always"_s,
         u"1 of 2 pages, *\n2 of 2 pages\n0 a1.jpg a2.jpg LOG"_s);
+    row("a compression that a page cannot have", u"a.tif:WW"_s,
+        u"-v a.tif -f tiff --compression g4 --no-log"_s,
+        u"a.tiff\na.tif: 2 pages written\nAll files converted successfully.\n"
+        "2 pages of 1 source written\n"
+        "! a.tif: page 1 is not one bit deep and so is written without compression\n"
+        "! a.tif: page 2 is not one bit deep and so is written without compression\n"
+        "0 a.tiff[1/1,2/1]"_s);
     row("any name", u"größe~100%~#1?.tif:W"_s, u"größe~100%~#1?.tif --separator ~ü: --no-log"_s,
         u"größe 100% #1?.tif: 1 page written\nAll files converted successfully.\n"
+        "1 page of 1 source written\n"
         "0 größe~100%~#1?~ü-1.jpg"_s);
     row("standard output closed", u"a.tif:WW"_s,
         u"sh exec '%1' -v -f tiff --split a.tif >&- 2>&- <&-"_s,
@@ -182,7 +212,7 @@ Total 2 files converted successfully.
         "ls out | wc -l; grep -v ' of 300 ' errors; grep -c ' of 300 ' errors | grep -v '^..\\?$'; "
         "rm -r out"_s,
         u"out/a1.jpg\n300\npagestack-convert: standard output: Broken pipe; the run goes on\n"
-        "0 LOG errors"_s);
+        "failed\n0 LOG errors"_s);
     row("help, version", {}, u"sh '%1' -h >h && '%1' --version >v && head -qn 1 h v"_s,
         u"Examples:\npagestack-convert *\n0 h v"_s);
 }
@@ -224,7 +254,7 @@ void ProgramTest::refusesFoldersThatAreNotWritable()
 
 void ProgramTest::finishesThePageAfterASignal()
 {
-    for (const int number : { SIGINT, SIGTERM }) {
+    for (const int number : { SIGINT, SIGTERM, SIGHUP }) {
         init();
         m_folder->make(u"a.tif:"_s + QString(20000, u'W'));
         start(u"a.tif -o out --log log.xml"_s);
@@ -234,7 +264,12 @@ void ProgramTest::finishesThePageAfterASignal()
         const qsizetype pages = made().size();
         QVERIFY(pages < 20000);
         QVERIFY(found.startsWith(u"a.tif: %1 page"_s.arg(pages)));
-        QVERIFY(found.contains(u" written\nProcess cancelled!\n%1 "_s.arg(128 + number)));
+        const QString total
+            = u"%1 page%2 of 1 source written, %3 pages not reached\n%4 "_s.arg(pages)
+                  .arg(pages == 1 ? u""_s : u"s"_s)
+                  .arg(20000 - pages)
+                  .arg(128 + number);
+        QVERIFY2(found.contains(u" written\nProcess cancelled!\n"_s + total), qPrintable(found));
         QCOMPARE(made().filter(QRegularExpression(u"^a\\d+\\.jpg$"_s)), made());
         QFile log(u"log.xml"_s);
         QVERIFY(log.open(QIODevice::ReadOnly));
@@ -242,6 +277,22 @@ void ProgramTest::finishesThePageAfterASignal()
         QVERIFY(text.startsWith("<?xml "));
         QCOMPARE(text.count("Status=\"Completed\""), pages);
     }
+}
+
+/// As a shell starts a job in the background, and nohup one that outlives the terminal.
+void ProgramTest::ignoresSignalsThatWereIgnoredBefore()
+{
+    m_folder->make(u"a.tif:"_s + QString(2000, u'W'));
+    m_process->setChildProcessModifier([] {
+        std::signal(SIGINT, SIG_IGN);
+        std::signal(SIGHUP, SIG_IGN);
+    });
+    start(u"-q a.tif -o out --no-log"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(u"out/a1.jpg"_s), 30000);
+    for (const int number : { SIGINT, SIGHUP })
+        QCOMPARE(::kill(static_cast<pid_t>(m_process->processId()), number), 0);
+    QVERIFY(summary().startsWith(u"0 "));
+    QCOMPARE(made().size(), 2000);
 }
 
 void ProgramTest::endsAtOnceAfterASecondSignal()

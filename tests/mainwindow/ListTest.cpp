@@ -25,7 +25,7 @@ private slots:
         m_folder = std::make_unique<QTemporaryDir>();
         QVERIFY(m_folder->isValid());
         qputenv("XDG_DATA_HOME", path(u"data"_s).toLocal8Bit());
-        m_session = std::make_unique<Session>(path(u"settings.ini"_s));
+        m_session = std::make_unique<Session>(path(u"settings.json"_s));
     }
     void cleanup() { m_session.reset(); }
 

@@ -71,12 +71,12 @@ inline QString sample(const QString& name)
 }
 
 /// The window with what surrounds it, from one start of the program to its end. Its settings are in
-/// an INI file; dialogs are answered beforehand.
+/// a JSON file; dialogs are answered beforehand.
 class Session
 {
 public:
-    explicit Session(const QString& ini)
-        : defaults(ini)
+    explicit Session(const QString& store)
+        : defaults(store)
         , controller({ defaults, desktop, alerts, chooser })
     {
         controller.awakeFromNib();

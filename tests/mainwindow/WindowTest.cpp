@@ -58,7 +58,7 @@ private slots:
 
 private:
     QString path(const QString& name) const { return m_folder->filePath(name); }
-    QString ini() const { return path(u"settings.ini"_s); }
+    QString ini() const { return path(u"settings.json"_s); }
     /// The samples in a folder of their own, without what a run adds to them.
     QString samples() const
     {
@@ -448,6 +448,10 @@ void WindowTest::comesBackAsItWasLeft()
     QVERIFY(!session.find<QAction>("toggleSettingsAction").isChecked());
     QCOMPARE(session.controller.window()->size(), size);
     QCOMPARE(session.table().columnWidth(FileTableModel::Name), 333);
+
+    QFile store(ini());
+    QVERIFY(store.open(QIODevice::WriteOnly) && store.write("odd line") > 0 && store.flush());
+    QVERIFY(Session(ini()).alerts.lastText().contains(u"They are kept in "));
 }
 
 void WindowTest::enablesTheOptionsOfTheType_data()

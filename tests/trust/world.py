@@ -31,7 +31,7 @@ def run_and_halt(scene, sources, *words):
     """Starts a run over a long first source and `sources`, and halts it while it writes the first."""
     for count in (6, 24, 96):
         scene.make(A, [picture(i, 600, 600, noisy=True) for i in range(count)])
-        scene.start("--compression", "lzw", *words, A, *sources)
+        scene.start(*(["--compression", "lzw"] if "tiff" in words else []), *words, A, *sources)
         if scene.is_halted_before(f"out/a{count}.png", "out/a.tiff"):
             return
         scene.end()

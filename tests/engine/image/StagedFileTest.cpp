@@ -87,6 +87,7 @@ private slots:
     void replacesTheTargetOfALink_data();
     void replacesTheTargetOfALink();
     void goesThroughALinkBeforeGoingUp();
+    void followsNoLinkOfAStrangerWhereOthersMayWrite();
     void refusesTargetsThatAreNoFiles_data();
     void refusesTargetsThatAreNoFiles();
     void replacesInPlaceWhereTheFolderTakesNoFile();
@@ -146,7 +147,7 @@ void StagedFileTest::holdsWhatWasWrittenAnywhere()
 
 void StagedFileTest::keepsPermissionsOfTheFileItReplaces()
 {
-    for (const mode_t mode : { 0640U, 0604U, 0444U }) {
+    for (const mode_t mode : { 0640U, 0604U }) {
         putBytes(path(u"a"_s), "old");
         setPermissions(path(u"a"_s), mode);
         QVERIFY(replaces(path(u"a"_s), "new"));
@@ -208,7 +209,8 @@ void StagedFileTest::keepsWhatHasComeToTheTarget()
         first.commit(StagedFile::Existing::Kept);
         QVERIFY(QFile::link(u"nowhere"_s, path(u"b"_s)));
         StagedFile last(path(u"a"_s));
-        for (StagedFile* file : { &second, &atALink, &last }) {
+        StagedFile behindALink(path(u"b"_s));
+        for (StagedFile* file : { &second, &atALink, &last, &behindALink }) {
             file->write(span("later"));
             QVERIFY_THROWS_EXCEPTION(std::runtime_error, file->commit(StagedFile::Existing::Kept));
         }
@@ -254,11 +256,31 @@ void StagedFileTest::replacesTheTargetOfALink()
     QCOMPARE(namesIn(m_folder->path()), (QStringList { u"folder"_s, u"target"_s }));
 }
 
+void StagedFileTest::followsNoLinkOfAStrangerWhereOthersMayWrite()
+{
+    putBytes(path(u"mine"_s), "old");
+    QVERIFY(QFile::link(u"mine"_s, path(u"link"_s)));
+    const auto own = [this](const QString& name, uid_t user) {
+        return ::lchown(QFile::encodeName(path(name)).constData(), user, 65534);
+    };
+    if (own(u"link"_s, 65534) != 0)
+        QSKIP("only root can give a link away");
+    QVERIFY(replaces(path(u"link"_s), "followed"));
+    for (const mode_t mode : { 01777U, 0777U, 0775U }) {
+        setPermissions(m_folder->path(), mode);
+        QVERIFY(!replaces(path(u"link"_s), "new"));
+        QCOMPARE(bytesOf(path(u"mine"_s)), QByteArray("followed"));
+    }
+    QCOMPARE(own({}, 65534), 0); // the link of the folder's owner
+    QVERIFY(replaces(path(u"link"_s), "new"));
+}
+
 void StagedFileTest::refusesTargetsThatAreNoFiles_data()
 {
     QTest::addColumn<QString>("reason");
     QTest::newRow("folder") << u"a folder of that name is in the way"_s;
     QTest::newRow("pipe") << u"what is there is no regular file"_s;
+    QTest::newRow("protected") << u"the file there is write-protected"_s;
     QTest::newRow("loop")
         << u"cannot follow the symbolic link: Too many levels of symbolic links"_s;
     QTest::newRow("missing/a")
@@ -273,6 +295,8 @@ void StagedFileTest::refusesTargetsThatAreNoFiles()
     QCOMPARE(::mkfifo(QFile::encodeName(path(u"pipe"_s)).constData(), 0600), 0);
     QVERIFY(QFile::link(u"loop"_s, path(u"loop"_s)));
     putBytes(path(u"file"_s), "old");
+    putBytes(path(u"protected"_s), "old");
+    setPermissions(path(u"protected"_s), 0444);
     const QStringList before = namesIn(m_folder->path());
     const QString name = QString::fromLatin1(QTest::currentDataTag());
     try {

@@ -1,4 +1,5 @@
 #include "engine/image/PageCount.h"
+#include "engine/support/StopScope.h"
 #include "tests/engine/image/TiffBuilder.h"
 
 #include <QFile>
@@ -59,6 +60,22 @@ QByteArray chain(Kind kind, const QList<int>& next)
     return bytes;
 }
 
+/// Overlapping directories of one entry, one every 6 bytes; the third one comes second.
+QByteArray denseChain(int count)
+{
+    QByteArray bytes = chain({ false, false }, {});
+    for (int i = 0; i < count + 2; ++i) {
+        const int directory = i - 2; // whose bytes end with what follows
+        const int next = directory == 0 ? 2
+            : directory == 1            ? 3
+            : directory == 2            ? 1
+                                        : directory + 1;
+        put<quint16>(bytes, 1, false);
+        put<quint32>(bytes, next < count ? static_cast<quint32>(8 + 6 * next) : 0, false);
+    }
+    return bytes;
+}
+
 QList<int> oneAfterTheOther(int count)
 {
     QList<int> next;
@@ -96,6 +113,7 @@ class TiffDocumentTest : public QObject
 private slots:
     void countsThePagesOfTheChain_data();
     void countsThePagesOfTheChain();
+    void stopsLookingWhenItIsNotWanted();
     void opensRealFilesOfEveryKind();
     void tellsWhichPagesThereAre();
     void takesNoOtherFileForTiff_data();
@@ -148,6 +166,8 @@ void TiffDocumentTest::countsThePagesOfTheChain_data()
         add("with an empty directory", none, 1, "the directory after page 1 is damaged");
         add("very long", chain(kind, oneAfterTheOther(20'000)), 20'000, "");
     }
+    QTest::newRow("overlapping") << denseChain(5000) << 1
+                                 << u"the directory after page 1 overlaps that of page 1"_s;
 }
 
 void TiffDocumentTest::countsThePagesOfTheChain()
@@ -159,6 +179,20 @@ void TiffDocumentTest::countsThePagesOfTheChain()
     const TiffDocument document(path);
     QCOMPARE(document.pageCount(), pages);
     QTEST(document.chainFault(), "fault");
+}
+
+void TiffDocumentTest::stopsLookingWhenItIsNotWanted()
+{
+    const QString path = write(u"chain.tif"_s, chain({ false, false }, oneAfterTheOther(20'000)));
+    int looks = 0;
+    {
+        const StopScope scope([&looks] { return ++looks > 7; });
+        QCOMPARE(count(path), 7);
+        looks = 0;
+        QCOMPARE(TiffDocument(path).chainFault(),
+                 u"the search for pages was stopped after page 7"_s);
+    }
+    QCOMPARE(count(path), 20'000);
 }
 
 void TiffDocumentTest::opensRealFilesOfEveryKind()

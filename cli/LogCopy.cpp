@@ -1,0 +1,128 @@
+#include "cli/LogCopy.h"
+
+#include "cli/Console.h"
+#include "engine/files/FileBytes.h"
+#include "engine/files/StagedFile.h"
+#include "engine/job/OutputNames.h"
+#include "engine/job/Process.h"
+
+#include <QFile>
+#include <QIODevice>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <functional>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    QString errorText(int number)
+    {
+        return QString::fromStdString(std::generic_category().message(number));
+    }
+
+    /// Hands what is written to a function, which gives back the number of an error or 0.
+    class Outlet : public QIODevice
+    {
+    public:
+        explicit Outlet(std::function<int(QByteArrayView)> put)
+            : m_put(std::move(put))
+        {
+            open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+        }
+
+        bool isSequential() const override { return true; }
+
+        /// Hands on what is still here. False when that failed.
+        bool finish()
+        {
+            const int error = m_put(std::exchange(m_pending, {}));
+            if (error != 0)
+                setErrorString(errorText(error));
+            return error == 0;
+        }
+
+    protected:
+        qint64 readData(char*, qint64) override { return -1; }
+        qint64 writeData(const char* data, qint64 size) override
+        {
+            m_pending.append(data, size);
+            return m_pending.size() < 65536 || finish() ? size : -1;
+        }
+
+    private:
+        std::function<int(QByteArrayView)> m_put;
+        QByteArray m_pending;
+    };
+
+    bool isPipeOrDevice(const QString& name)
+    {
+        struct stat status = {};
+        return ::stat(QFile::encodeName(name).constData(), &status) == 0
+            && (S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode));
+    }
+
+} // namespace
+
+LogCopy::LogCopy(const QString& name, Console& console)
+    : m_name(name)
+    , m_console(console)
+{
+}
+
+LogCopy::~LogCopy()
+{
+    if (m_stream >= 0)
+        ::close(m_stream);
+}
+
+bool LogCopy::isStandardOutput(const QString& name)
+{
+    return name == u"-" || name == u"/dev/stdout" || name == u"/dev/fd/1"
+        || name == u"/proc/self/fd/1";
+}
+
+QString LogCopy::tryOut()
+{
+    if (isStandardOutput(m_name))
+        return {};
+    if (isPipeOrDevice(m_name)) {
+        m_stream = retryInterrupted(
+            [this] { return ::open(QFile::encodeName(m_name).constData(), O_WRONLY | O_CLOEXEC); });
+        return m_stream < 0 ? errorText(errno) : QString();
+    }
+    try {
+        const StagedFile file(m_name); // goes again
+        return {};
+    } catch (const std::runtime_error& error) {
+        return QString::fromUtf8(error.what());
+    }
+}
+
+QString LogCopy::write(Process& job)
+{
+    try {
+        if (m_stream < 0 && !isStandardOutput(m_name)) {
+            const QString target = QFile::decodeName(StagedFile::resolvedTarget(m_name));
+            job.removeLeftovers(folderPart(target));
+            return job.log()->saveTo(m_name);
+        }
+        Outlet outlet([this](QByteArrayView bytes) {
+            return m_stream < 0 ? m_console.putBytes(bytes) : writeAll(m_stream, bytes);
+        });
+        const bool isWritten = job.log()->writeTo(outlet) && outlet.finish();
+        return isWritten ? QString() : outlet.errorString();
+    } catch (const std::exception& error) {
+        return QString::fromUtf8(error.what());
+    }
+}
+
+} // namespace pagestack
