@@ -176,7 +176,16 @@ void WindowTest::takesNoFileTwice()
 {
     Session session(ini());
     QVERIFY(session.open({ sample(u"turned.tif"_s), samples() }));
-    const QStringList again { samples(), samples() + u"/turned.tif"_s, sample(u"turned.tif"_s) };
+    const QString dots = samples() + u"/../samples/"_s;
+    const QStringList again { samples(),        samples() + u"/turned.tif"_s,
+                              dots + u"."_s,    samples() + u"//./turned.tif"_s,
+                              samples() + u'/', sample(u"turned.tif"_s) };
+    bool canConvert = true;
+    connect(&session.controller, &PagestackAppDelegate::isProcessingChanged, this,
+            [&](bool isProcessing) {
+                if (isProcessing)
+                    canConvert = session.widget("convertBtn").isEnabled();
+            });
     QVERIFY(session.load([&] { emit session.table().filesDropped(urlsOf(again)); }));
     QCOMPARE(session.totals(), u"6, 6, 8, 8"_s);
 }
