@@ -46,8 +46,6 @@ namespace {
         return pathBytes(QUrl::fromLocalFile(url.toLocalFile())) == pathBytes(url);
     }
 
-    QString columnText(const QDateTime& date) { return dateText(date, u"dd-MMM-yyyy h:mm AP"_s); }
-
 } // namespace
 
 std::shared_ptr<FileItem> FileItem::initWithURL(const QUrl& url)
@@ -121,6 +119,11 @@ QVariant FileItem::displayField(const QString& identifier) const
     if (column == u"LOCATION"_s)
         return location();
     return u""_s; // "SELECTION" too, which is a column without a text
+}
+
+QString FileItem::columnText(const QDateTime& date)
+{
+    return dateText(date, u"dd-MMM-yyyy h:mm AP"_s);
 }
 
 QString FileItem::sizeText(int bytes)

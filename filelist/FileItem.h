@@ -16,7 +16,7 @@ namespace pagestack {
 /// Page count and size are taken once, when the URL is set; names, texts and dates are worked out
 /// at every call, the dates from the file system. Symbolic links are followed, so size, pages and
 /// dates are those of the file that a link leads to. Nothing is reported: what cannot be read is 0
-/// or empty. One thread at a time.
+/// or empty. One thread at a time changes an item, several may read what no other changes.
 class FileItem
 {
 public:
@@ -56,6 +56,8 @@ public:
     /// A size as the list shows it: "0 KB", "1000 KB", " 1.5 MB", "12 MB". A unit is a thousand of
     /// the one below, and widths below four signs are filled with blanks from the left.
     static QString sizeText(int bytes);
+    /// A date as the list shows it, null for one that is invalid.
+    static QString columnText(const QDateTime& date);
 
 private:
     explicit FileItem(const QUrl& url);

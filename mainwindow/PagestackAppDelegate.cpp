@@ -49,7 +49,7 @@ PagestackAppDelegate::PagestackAppDelegate(const Services& services, QObject* pa
     , m_services(services)
     , m_window(std::make_unique<QMainWindow>())
     , m_ui(std::make_unique<Ui::MainWindow>())
-    , m_tableModel(std::make_unique<FileTableModel>(m_files))
+    , m_tableModel(std::make_unique<FileTableModel>(m_files, services.readDates))
     , m_editor(std::make_unique<ListEditor>(*m_tableModel))
 {
     m_ui->setupUi(m_window.get());

@@ -39,8 +39,8 @@ class Workspace;
 /// current conversion job, and carries out what the user asks for. One class over several files,
 /// one a concern: start-up (PagestackAppDelegate.cpp), menus (...Menus.cpp), the run (...Run.cpp),
 /// the settings pane (...Settings.cpp), loading (...Files.cpp), path lists (...Import.cpp), the
-/// commands on the list (...List.cpp, ...Find.cpp, ...Export.cpp), on files (...FileActions.cpp),
-/// totals (...Totals.cpp), the end of the program (...Lifecycle.cpp).
+/// commands on the list (...List.cpp, ...Sort.cpp, ...Find.cpp, ...Export.cpp), on files
+/// (...FileActions.cpp), totals (...Totals.cpp), the end of the program (...Lifecycle.cpp).
 ///
 /// Main thread only, but for `loadURLs` and what `LoaderTarget` names, which the loader's thread
 /// calls.
@@ -63,6 +63,7 @@ public:
         Workspace& workspace;
         AlertPanel& alerts;
         FileChooser& chooser;
+        ReadDates readDates = &FileItem::dates; ///< for sorts and for the table
     };
 
     explicit PagestackAppDelegate(const Services& services, QObject* parent = nullptr);
@@ -134,7 +135,7 @@ public:
     void removeFiles();
     void moveUp();
     void moveDown();
-    void sortDescriptorsDidChange(const SortOrder& order);
+    void sortDescriptorsDidChange(const SortOrders& oldOrders);
     void importAction();
     void openImportFilesPanel();
     void exportAction();
@@ -213,6 +214,8 @@ private:
     void showQuality();
     void followOutputFolder();
     void sortAsTable();
+    void sortBesideTheWindow(const SortOrders& oldOrders, const SortOrders& orders);
+    DateReading dateReading() const;
     void updateMoveButtons();
 
     Services m_services;
@@ -231,7 +234,9 @@ private:
     bool m_showSettings = true;
     bool m_isViewEnabled = true; ///< what resetView was last called with
     bool m_hasQuit = false; ///< the window may close now
-    bool m_isTerminating = false; ///< the program ends as soon as the worker has
+    /// The program ends as soon as the worker has. Written by the main thread, polled by a sort.
+    std::atomic<bool> m_isTerminating = false;
+    std::atomic<int> m_cancelCount = 0; ///< of Cancel; as m_isTerminating
     QColor m_processingLabelColor;
 };
 

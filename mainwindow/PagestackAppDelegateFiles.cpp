@@ -37,6 +37,8 @@ void PagestackAppDelegate::connectTable()
     for (const auto signal :
          { &QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved })
         connect(m_tableModel.get(), signal, this, &PagestackAppDelegate::updateMoveButtons);
+    connect(m_tableModel.get(), &QAbstractItemModel::layoutChanged, this,
+            &PagestackAppDelegate::updateMoveButtons);
     updateMoveButtons();
 }
 
@@ -122,20 +124,6 @@ void PagestackAppDelegate::loadURLs(const Arguments& arguments)
     callOnMainThread([this] { stopProcess(); });
     callOnMainThread([this] { resetView(true); });
     callOnMainThread([&] { updateTimeTakenLabel(totalTimeTakenText(taken, 0, 0)); });
-}
-
-/// Sorting reads a property of every file, dates from the disk: that is done here, on the loader's
-/// thread; only the new order goes to the main thread.
-void PagestackAppDelegate::sortAsTable()
-{
-    SortOrder order;
-    FileList::Items items;
-    callOnMainThread([&] {
-        order = m_ui->mainTableView->currentSortOrder();
-        items = m_files.items();
-    });
-    const QList<int> rows = sortedRows(items, order);
-    callOnMainThread([&] { m_tableModel->reorder(rows); });
 }
 
 bool PagestackAppDelegate::append(const std::shared_ptr<FileItem>& item)

@@ -90,7 +90,11 @@ void PagestackAppDelegate::beginRun()
     }
 }
 
-void PagestackAppDelegate::cancelAction() { setIsProcessing(false); }
+void PagestackAppDelegate::cancelAction()
+{
+    ++m_cancelCount;
+    setIsProcessing(false);
+}
 
 void PagestackAppDelegate::cancelProcessAction()
 {
