@@ -11,6 +11,7 @@
 #include <QColor>
 #include <QMainWindow>
 #include <QObject>
+#include <QPalette>
 #include <QThread>
 
 #include <atomic>
@@ -28,6 +29,7 @@ class MainWindow;
 namespace pagestack {
 
 class AlertPanel;
+class ApplicationEvents;
 class FileChooser;
 class FileTableModel;
 class ListEditor;
@@ -90,6 +92,9 @@ public:
     bool applicationShouldTerminate();
     /// Ends the program, at once or by `readyToTerminate`.
     void quitAction();
+    /// Whether closing the window ends the program, as it does everywhere but on macOS; else it
+    /// hides the window, and applicationShouldHandleReopen() brings it back.
+    void setEndsWithWindow(bool endsWithWindow) { m_endsWithWindow = endsWithWindow; }
 
     // The run.
     void convertAction();
@@ -216,7 +221,12 @@ private:
     void sortAsTable();
     void sortBesideTheWindow(const SortOrders& oldOrders, const SortOrders& orders);
     DateReading dateReading() const;
+    FileList::Items takeScatteredHighlight();
+    void putHighlightBack(const FileList::Items& items);
     void updateMoveButtons();
+    void updateConvertControls();
+    void followPalette();
+    bool mayQuit();
 
     Services m_services;
     std::unique_ptr<QMainWindow> m_window;
@@ -234,10 +244,17 @@ private:
     bool m_showSettings = true;
     bool m_isViewEnabled = true; ///< what resetView was last called with
     bool m_hasQuit = false; ///< the window may close now
+#ifdef Q_OS_MACOS
+    bool m_endsWithWindow = false;
+#else
+    bool m_endsWithWindow = true;
+#endif
     /// The program ends as soon as the worker has. Written by the main thread, polled by a sort.
     std::atomic<bool> m_isTerminating = false;
     std::atomic<int> m_cancelCount = 0; ///< of Cancel; as m_isTerminating
+    QPalette::ColorGroup m_labelGroup = QPalette::Active; ///< that the totals are shown in
     QColor m_processingLabelColor;
+    std::unique_ptr<ApplicationEvents> m_applicationEvents;
 };
 
 } // namespace pagestack

@@ -19,6 +19,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
     const QString includeSubfoldersKey = u"INCLUDESUBFOLDERS"_s;
+    constexpr qsizetype mostRangesKept = 64; // of the highlight, during a load
 
 } // namespace
 
@@ -44,9 +45,11 @@ void PagestackAppDelegate::connectTable()
 
 void PagestackAppDelegate::updateMoveButtons()
 {
-    const auto [first, last] = m_ui->mainTableView->highlightedSpan();
-    m_ui->moveUpButton->setEnabled(m_isViewEnabled && first > 0);
-    m_ui->moveDownButton->setEnabled(m_isViewEnabled && first >= 0 && last != m_files.count() - 1);
+    // The span takes the time of the highlight, and a load comes here with each file.
+    const auto [first, last]
+        = m_isViewEnabled ? m_ui->mainTableView->highlightedSpan() : std::pair(-1, -1);
+    m_ui->moveUpButton->setEnabled(first > 0);
+    m_ui->moveDownButton->setEnabled(first >= 0 && last != m_files.count() - 1);
     followMenus();
 }
 
@@ -102,8 +105,12 @@ void PagestackAppDelegate::startLoading(const Arguments& arguments)
 void PagestackAppDelegate::loadURLs(const Arguments& arguments)
 {
     const QDateTime start = QDateTime::currentDateTime();
+    FileList::Items highlight;
     try {
-        callOnMainThread([this] { resetView(false); });
+        callOnMainThread([&] {
+            highlight = takeScatteredHighlight();
+            resetView(false);
+        });
         callOnMainThread([this] {
             startProcess();
             if (m_isTerminating) // asked for before the thread came here
@@ -122,8 +129,36 @@ void PagestackAppDelegate::loadURLs(const Arguments& arguments)
     }
     const QString taken = timeTakenString(start, QDateTime::currentDateTime());
     callOnMainThread([this] { stopProcess(); });
-    callOnMainThread([this] { resetView(true); });
+    callOnMainThread([&] {
+        putHighlightBack(highlight);
+        resetView(true);
+        m_ui->mainTableView->setFocus();
+    });
     callOnMainThread([&] { updateTimeTakenLabel(totalTimeTakenText(taken, 0, 0)); });
+}
+
+/// Each file that is added is compared with every range of the highlight; so one of many ranges is
+/// put aside during a load.
+FileList::Items PagestackAppDelegate::takeScatteredHighlight()
+{
+    CustomTableView* table = m_ui->mainTableView;
+    if (table->selectionModel()->selection().size() <= mostRangesKept)
+        return {};
+    FileList::Items items;
+    for (const int row : table->highlightedRows())
+        items.append(m_files.at(row));
+    table->clearSelection();
+    return items;
+}
+
+void PagestackAppDelegate::putHighlightBack(const FileList::Items& items)
+{
+    if (items.isEmpty())
+        return;
+    CustomTableView* table = m_ui->mainTableView;
+    const QPersistentModelIndex current = table->currentIndex();
+    table->highlightRows(m_files.rowsOf(items));
+    table->selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
 }
 
 bool PagestackAppDelegate::append(const std::shared_ptr<FileItem>& item)
