@@ -1,5 +1,6 @@
 #include "mainwindow/ApplicationEvents.h"
 #include "mainwindow/ProcessPanel.h"
+#include "mainwindow/ProgramText.h"
 #include "mainwindow/widgets/BusyIndicator.h"
 #include "mainwindow/widgets/KeyLetterButton.h"
 #include "mainwindow/widgets/KeyLetterCheckBox.h"
@@ -11,6 +12,7 @@
 #include <QImage>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QProcess>
 #include <QProgressBar>
 #include <QSlider>
 #include <QTabWidget>
@@ -59,6 +61,7 @@ private slots:
     void opensTheGuideOnce();
     void answersItsMenus();
     void followsTheTheme();
+    void printsItsHelpWithoutADisplay();
     void dividesTheWindow_data();
     void dividesTheWindow();
 
@@ -711,6 +714,24 @@ void WindowTest::followsTheTheme()
     session.controller.stopProcess();
     follows(dark, QPalette::Active);
     follows(before, QPalette::Active);
+}
+
+void WindowTest::printsItsHelpWithoutADisplay()
+{
+    for (const auto& [argument, beginning] : { std::pair(u"--help"_s, "Usage: pagestack ["),
+                                               std::pair(u"--version"_s, "pagestack ") }) {
+        QProcess program;
+        program.setEnvironment({ u"QT_QPA_PLATFORM=xcb"_s });
+        program.start(qEnvironmentVariable("PAGESTACK_BIN") + u"/pagestack"_s,
+                      { u"a.tif"_s, argument });
+        QVERIFY(program.waitForFinished(longMs));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        QVERIFY(program.readAllStandardOutput().startsWith(beginning));
+        QCOMPARE(program.readAllStandardError(), QByteArray());
+    }
+    QVERIFY(!programText({ u"--"_s, u"--help"_s }));
+    QCOMPARE(pathArguments({ u"--"_s, u"--help"_s }), QStringList { u"--help"_s });
 }
 
 void WindowTest::dividesTheWindow_data()
