@@ -23,6 +23,10 @@ public:
     /// A ticked item for the file, or null when `url` is missing or is not a file URL.
     static std::shared_ptr<FileItem> initWithURL(const QUrl& url);
 
+    /// False when the path of `url` has bytes that are no text: toLocalFile() would be the path of
+    /// another file.
+    static bool hasTextPath(const QUrl& url);
+
     QUrl filePath() const { return m_filePath; }
     /// Takes size and page count anew; reads the file's directories. The size stays as it was when
     /// the file cannot be looked up.

@@ -43,10 +43,11 @@ namespace {
     /// path, or whose path is no text, stays as it is.
     QUrl plainUrl(const QUrl& url)
     {
-        const QString path = url.toLocalFile();
-        if (!url.isLocalFile() || QUrl::fromLocalFile(path) != url)
+        if (!url.isLocalFile() || !url.host().isEmpty() || !FileItem::hasTextPath(url))
             return url;
-        return QUrl::fromLocalFile(absolutePath(path));
+        const QString path = url.toLocalFile();
+        const QString plain = absolutePath(path);
+        return plain == path ? url : QUrl::fromLocalFile(plain);
     }
 
     class FilesAsGiven : public FileSource
