@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
+#include <QScopeGuard>
 #include <QSemaphore>
 #include <QTemporaryDir>
 #include <QToolButton>
@@ -499,6 +500,10 @@ void ListTest::sortsDatesBesideTheWindow()
         FileDates dates;
         dates.modified = QDateTime({ 2020, 1, 1 + item.pages() }, {});
         return dates;
+    });
+    const auto end = qScopeGuard([&] {
+        answers.release(100);
+        m_session.reset();
     });
     for (const int column : { FileTableModel::DateModified, FileTableModel::DateCreated,
                               FileTableModel::DateAccessed })
