@@ -31,7 +31,7 @@ namespace {
         }
     };
 
-    constexpr qint32 columnsFormat = 1;
+    constexpr qint32 columnsFormat = 2; // 1 had the sort order of the header alone
 
 } // namespace
 
@@ -63,7 +63,7 @@ CustomTableView::CustomTableView(QWidget* parent)
     horizontalHeader()->setSortIndicatorShown(true);
     horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
     connect(horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
-            [this] { emit sortRequested(currentSortOrder()); });
+            &CustomTableView::followSortIndicator);
 
     auto* path = new PathDelegate(this);
     setItemDelegateForColumn(FileTableModel::Name, path);
@@ -150,10 +150,26 @@ void CustomTableView::highlightRows(const QList<int>& rows)
     selectionModel()->select(selection, QItemSelectionModel::Select);
 }
 
-SortOrder CustomTableView::currentSortOrder() const
+void CustomTableView::followSortIndicator()
 {
-    return FileTableModel::sortOrder(horizontalHeader()->sortIndicatorSection(),
-                                     horizontalHeader()->sortIndicatorOrder());
+    const SortOrders before = m_sortOrders;
+    const SortOrder newest = FileTableModel::sortOrder(horizontalHeader()->sortIndicatorSection(),
+                                                       horizontalHeader()->sortIndicatorOrder());
+    m_sortOrders.removeIf([&](const SortOrder& order) { return order.key == newest.key; });
+    m_sortOrders.prepend(newest);
+    if (newest.key.isEmpty())
+        m_sortOrders.clear();
+    emit sortRequested(before);
+}
+
+void CustomTableView::setSortOrders(const SortOrders& orders)
+{
+    m_sortOrders = orders;
+    const SortOrder shown = orders.value(0);
+    const QSignalBlocker silence(horizontalHeader());
+    horizontalHeader()->setSortIndicator(FileTableModel::columnSortedBy(shown.key),
+                                         shown.isAscending ? Qt::AscendingOrder
+                                                           : Qt::DescendingOrder);
 }
 
 QByteArray CustomTableView::saveColumns() const
@@ -162,6 +178,9 @@ QByteArray CustomTableView::saveColumns() const
     QDataStream stream(&state, QIODevice::WriteOnly);
     stream << columnsFormat << qint32 { horizontalHeader()->count() }
            << horizontalHeader()->saveState();
+    stream << static_cast<qint32>(m_sortOrders.size());
+    for (const SortOrder& order : m_sortOrders)
+        stream << order.key << order.isAscending;
     return state;
 }
 
@@ -172,8 +191,19 @@ bool CustomTableView::restoreColumns(const QByteArray& state)
     qint32 count = 0;
     QByteArray header;
     stream >> format >> count >> header;
-    return stream.status() == QDataStream::Ok && format == columnsFormat
-        && count == horizontalHeader()->count() && horizontalHeader()->restoreState(header);
+    if (stream.status() != QDataStream::Ok || format < 1 || format > columnsFormat
+        || count != horizontalHeader()->count() || !horizontalHeader()->restoreState(header))
+        return false;
+    qint32 orderCount = 0;
+    SortOrders orders;
+    for (stream >> orderCount; orders.size() < std::min(orderCount, count);) {
+        SortOrder order;
+        stream >> order.key >> order.isAscending;
+        orders.append(order);
+    }
+    if (stream.status() == QDataStream::Ok)
+        setSortOrders(orders);
+    return true;
 }
 
 bool CustomTableView::validateDrop(const QObject* source, const QMimeData* offer) const

@@ -39,10 +39,12 @@ public:
     void highlightRows(const QList<int>& rows);
     void selectAll() override;
 
-    /// What the column headers were last clicked for; none as long as they were not.
-    SortOrder currentSortOrder() const;
+    /// What the column headers were clicked for, the last click first; a column counts once.
+    const SortOrders& currentSortOrders() const { return m_sortOrders; }
+    /// Shows `orders` in the header. Nothing is asked to be sorted.
+    void setSortOrders(const SortOrders& orders);
 
-    /// Widths, order and sort order of the columns, for the next start.
+    /// Widths, order and sort orders of the columns, for the next start.
     QByteArray saveColumns() const;
     /// False, with the columns left as they are: not made by saveColumns for as many columns.
     bool restoreColumns(const QByteArray& state);
@@ -56,8 +58,8 @@ signals:
     /// The check marks of these rows are to be inverted; ascending, maybe none.
     void invertRequested(const QList<int>& rows);
     void removeRequested();
-    /// A column header was clicked; currentSortOrder() is this.
-    void sortRequested(const pagestack::SortOrder& order);
+    /// A column header was clicked; currentSortOrders() tells for what, `before` what they were.
+    void sortRequested(const QList<pagestack::SortOrder>& before);
     void moveUpRequested();
     void moveDownRequested();
     /// Files and folders of this computer, in the order of the drag, one at least.
@@ -75,10 +77,12 @@ protected:
 
 private:
     void answerDrag(QDragMoveEvent& event);
+    void followSortIndicator();
     void setIsDropTarget(bool isDropTarget);
     void setDefaultWidths();
 
     QPointer<QMenu> m_contextMenu;
+    SortOrders m_sortOrders;
     bool m_isDropTarget = false; ///< a drag that may be dropped is above the table
 };
 

@@ -11,6 +11,8 @@ struct FileDates
     QDateTime modified;
     QDateTime created; ///< invalid also where the file system keeps none
     QDateTime accessed;
+
+    friend bool operator==(const FileDates&, const FileDates&) = default;
 };
 
 /// The dates of the file at `path`, links followed, by one look at it. Any thread.

@@ -39,15 +39,6 @@ namespace {
         return QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
     }
 
-    /// False when the path has bytes that are no text: toLocalFile() would be the path of another
-    /// file.
-    bool hasTextPath(const QUrl& url)
-    {
-        return pathBytes(QUrl::fromLocalFile(url.toLocalFile())) == pathBytes(url);
-    }
-
-    QString columnText(const QDateTime& date) { return dateText(date, u"dd-MMM-yyyy h:mm AP"_s); }
-
 } // namespace
 
 std::shared_ptr<FileItem> FileItem::initWithURL(const QUrl& url)
@@ -121,6 +112,16 @@ QVariant FileItem::displayField(const QString& identifier) const
     if (column == u"LOCATION"_s)
         return location();
     return u""_s; // "SELECTION" too, which is a column without a text
+}
+
+bool FileItem::hasTextPath(const QUrl& url)
+{
+    return pathBytes(QUrl::fromLocalFile(url.toLocalFile())) == pathBytes(url);
+}
+
+QString FileItem::columnText(const QDateTime& date)
+{
+    return dateText(date, u"dd-MMM-yyyy h:mm AP"_s);
 }
 
 QString FileItem::sizeText(int bytes)

@@ -16,12 +16,16 @@ namespace pagestack {
 /// Page count and size are taken once, when the URL is set; names, texts and dates are worked out
 /// at every call, the dates from the file system. Symbolic links are followed, so size, pages and
 /// dates are those of the file that a link leads to. Nothing is reported: what cannot be read is 0
-/// or empty. One thread at a time.
+/// or empty. One thread at a time changes an item, several may read what no other changes.
 class FileItem
 {
 public:
     /// A ticked item for the file, or null when `url` is missing or is not a file URL.
     static std::shared_ptr<FileItem> initWithURL(const QUrl& url);
+
+    /// False when the path of `url` has bytes that are no text: toLocalFile() would be the path of
+    /// another file.
+    static bool hasTextPath(const QUrl& url);
 
     QUrl filePath() const { return m_filePath; }
     /// Takes size and page count anew; reads the file's directories. The size stays as it was when
@@ -56,6 +60,8 @@ public:
     /// A size as the list shows it: "0 KB", "1000 KB", " 1.5 MB", "12 MB". A unit is a thousand of
     /// the one below, and widths below four signs are filled with blanks from the left.
     static QString sizeText(int bytes);
+    /// A date as the list shows it, null for one that is invalid.
+    static QString columnText(const QDateTime& date);
 
 private:
     explicit FileItem(const QUrl& url);

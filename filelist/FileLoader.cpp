@@ -1,6 +1,7 @@
 #include "filelist/FileLoader.h"
 
 #include "engine/support/MainThread.h"
+#include "engine/support/PathName.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/AllowedFileTypes.h"
 #include "filelist/FolderEntries.h"
@@ -38,6 +39,17 @@ namespace {
         virtual bool step(QList<QUrl>& found) = 0;
     };
 
+    /// `url` without "." and "..", by which one file would have two URLs. One that says more than a
+    /// path, or whose path is no text, stays as it is.
+    QUrl plainUrl(const QUrl& url)
+    {
+        if (!url.isLocalFile() || !url.host().isEmpty() || !FileItem::hasTextPath(url))
+            return url;
+        const QString path = url.toLocalFile();
+        const QString plain = absolutePath(path);
+        return plain == path ? url : QUrl::fromLocalFile(plain);
+    }
+
     class FilesAsGiven : public FileSource
     {
     public:
@@ -50,7 +62,7 @@ namespace {
         {
             if (m_next == m_urls.size())
                 return false;
-            found.append(m_urls.at(m_next++));
+            found.append(plainUrl(m_urls.at(m_next++)));
             return true;
         }
 
@@ -83,7 +95,7 @@ namespace {
             }
             if (m_next == m_urls.size())
                 return false;
-            begin(m_urls.at(m_next++), found);
+            begin(plainUrl(m_urls.at(m_next++)), found);
             return true;
         }
 

@@ -36,7 +36,8 @@ protected:
 /// Files are opened and their pages counted ahead by threads of the loader's own, which is where
 /// the time goes; what they have ready is added in order. The main thread is asked for as many
 /// files at a time as are ready, for a few milliseconds at the most: for each it looks at
-/// isProcessing(), appends, and updates the total. Files that are listed already are not opened.
+/// isProcessing(), appends, and updates the total. Files that are listed already are not opened;
+/// "." and ".." make no other file of one.
 ///
 /// Anything thrown, by the target too, ends the load and is logged; what was added stays. A load
 /// also ends when the application shuts down. The files in hand are finished first.

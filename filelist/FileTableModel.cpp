@@ -17,6 +17,7 @@ namespace {
         const char16_t* identifier;
         const char16_t* sortKey; ///< the property of FileItem
         const char* title;
+        QDateTime FileDates::*date = nullptr;
     };
 
     constexpr std::array<ColumnFacts, FileTableModel::ColumnCount> columns { {
@@ -26,11 +27,11 @@ namespace {
         { u"sizeInKB", u"size", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Size") },
         { u"type", u"type", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Type") },
         { u"dateModified", u"dateModified",
-          QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Modified") },
-        { u"dateCreated", u"dateCreated",
-          QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Created") },
+          QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Modified"), &FileDates::modified },
+        { u"dateCreated", u"dateCreated", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Created"),
+          &FileDates::created },
         { u"dateAccessed", u"dateAccessed",
-          QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Accessed") },
+          QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Accessed"), &FileDates::accessed },
         { u"location", u"location", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Location") },
     } };
 
@@ -95,10 +96,15 @@ namespace {
 
 } // namespace
 
-FileTableModel::FileTableModel(FileList& files, QObject* parent)
-    : QAbstractTableModel(parent)
-    , m_files(files)
+FileTableModel::FileTableModel(FileList& files, const ReadDates& readDates)
+    : m_files(files)
+    , m_shownDates(readDates)
 {
+    connect(&m_shownDates, &ShownDates::changed, this, [this] {
+        if (m_files.count() > 0) // the file may have left the list
+            emit dataChanged(index(0, DateModified), index(m_files.count() - 1, DateAccessed),
+                             { Qt::DisplayRole });
+    });
 }
 
 QString FileTableModel::identifier(int column)
@@ -111,6 +117,14 @@ SortOrder FileTableModel::sortOrder(int column, Qt::SortOrder order)
 {
     const ColumnFacts* facts = factsOf(column);
     return { facts ? QString::fromUtf16(facts->sortKey) : QString(), order == Qt::AscendingOrder };
+}
+
+int FileTableModel::columnSortedBy(const QString& key)
+{
+    const auto column
+        = std::find_if(columns.cbegin(), columns.cend(),
+                       [&](const ColumnFacts& facts) { return key == facts.sortKey; });
+    return column == columns.cend() ? -1 : static_cast<int>(column - columns.cbegin());
 }
 
 QVariant FileTableModel::objectValue(int row, const QString& identifier) const
@@ -204,7 +218,7 @@ void FileTableModel::announceMarks(int first, int last)
 
 void FileTableModel::sort(int column, Qt::SortOrder order)
 {
-    reorder(sortedRows(m_files.items(), sortOrder(column, order)));
+    reorder(sortedRows(m_files.items(), { sortOrder(column, order) }));
 }
 
 void FileTableModel::reorder(const QList<int>& rows)
@@ -247,10 +261,18 @@ QVariant FileTableModel::data(const QModelIndex& index, int role) const
     if (index.column() == IsSelected)
         return checkMarkData(item, role);
     if (role == Qt::DisplayRole)
-        return item.displayField(identifier(index.column()));
+        return shownText(index);
     if (role == Qt::TextAlignmentRole && index.column() == Size)
         return (Qt::AlignRight | Qt::AlignVCenter).toInt();
     return {};
+}
+
+QVariant FileTableModel::shownText(const QModelIndex& index) const
+{
+    const FileList::Item& item = m_files.at(index.row());
+    if (QDateTime FileDates::*const date = factsOf(index.column())->date)
+        return FileItem::columnText(m_shownDates.of(item).*date);
+    return item->displayField(identifier(index.column()));
 }
 
 QVariant FileTableModel::checkMarkData(const FileItem& item, int role) const

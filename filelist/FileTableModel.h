@@ -1,6 +1,7 @@
 #pragma once
 
 #include "filelist/FileList.h"
+#include "filelist/ShownDates.h"
 #include "filelist/SortOrder.h"
 
 #include <QAbstractTableModel>
@@ -35,18 +36,19 @@ public:
         Invert,
     };
 
-    explicit FileTableModel(FileList& files, QObject* parent = nullptr);
+    explicit FileTableModel(FileList& files, const ReadDates& readDates = &FileItem::dates);
 
     /// "isselected", "name", "pages", "sizeInKB", "type", "dateModified", "dateCreated",
     /// "dateAccessed", "location"; empty for no column.
     static QString identifier(int column);
     /// The order of a column by the property of FileItem that it shows; none for no column (-1).
     static SortOrder sortOrder(int column, Qt::SortOrder order);
+    static int columnSortedBy(const QString& key); ///< -1 when no column has this key
 
     const FileList& files() const { return m_files; }
 
-    /// What the cell shows: FileItem::displayField for the identifier, "" for a row that does not
-    /// exist.
+    /// FileItem::displayField for the identifier, which looks for dates at once; "" for a row that
+    /// does not exist.
     QVariant objectValue(int row, const QString& identifier) const;
 
     bool append(const FileList::Item& item); ///< false: it is in the list already
@@ -66,6 +68,7 @@ public:
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
+    /// Dates are those of the last look at the file; dataChanged comes when they are others.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
@@ -81,10 +84,12 @@ signals:
     void checkMarkEdited(int row);
 
 private:
+    QVariant shownText(const QModelIndex& index) const;
     QVariant checkMarkData(const FileItem& item, int role) const;
     void announceMarks(int first, int last);
 
     FileList& m_files;
+    mutable ShownDates m_shownDates; ///< looks at files that are asked for
 };
 
 } // namespace pagestack

@@ -199,23 +199,40 @@ namespace {
     class SortStep : public ListStep
     {
     public:
-        SortStep(FileTableModel& model, const QList<int>& rows, const QString& text)
-            : ListStep(model, text)
-            , m_before(model.files().items())
-            , m_after(itemsAt(model.files(), rows))
+        struct State
+        {
+            Items items;
+            SortOrders orders;
+        };
+        using Announce = std::function<void(const SortOrders& orders)>;
+
+        SortStep(FileTableModel& model, State before, State after, Announce announce)
+            : ListStep(model, textFor(after.orders))
+            , m_before(std::move(before))
+            , m_after(std::move(after))
+            , m_announce(std::move(announce))
         {
         }
 
     protected:
         Items apply(bool isForward) override
         {
-            model().reorder(orderLike(isForward ? m_after : m_before, files().items()));
+            const State& wanted = isForward ? m_after : m_before;
+            model().reorder(orderLike(wanted.items, files().items()));
+            m_announce(wanted.orders);
             return {};
         }
 
     private:
-        Items m_before;
-        Items m_after;
+        static QString textFor(const SortOrders& orders)
+        {
+            return orders.value(0).isAscending ? ListEditor::tr("Sort")
+                                               : ListEditor::tr("Sort Backwards");
+        }
+
+        State m_before;
+        State m_after;
+        Announce m_announce;
     };
 
 } // namespace
@@ -279,11 +296,13 @@ bool ListEditor::moveDown(const QList<int>& rows)
     return true;
 }
 
-void ListEditor::sort(const QList<int>& rows, const SortOrder& order)
+void ListEditor::sort(const QList<int>& rows, const SortOrders& before, const SortOrders& after)
 {
     if (rows.isEmpty())
         return; // in that order already
-    push(new SortStep(m_model, rows, order.isAscending ? tr("Sort") : tr("Sort Backwards")));
+    const FileList& files = m_model.files();
+    push(new SortStep(m_model, { files.items(), before }, { itemsAt(files, rows), after },
+                      [this](const SortOrders& orders) { emit sorted(orders); }));
 }
 
 } // namespace pagestack

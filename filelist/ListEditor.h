@@ -29,12 +29,15 @@ public:
     /// none: false.
     bool moveUp(const QList<int>& rows);
     bool moveDown(const QList<int>& rows);
-    /// Brings the list into the order that sortedRows() gave for `order`.
-    void sort(const QList<int>& rows, const SortOrder& order);
+    /// Brings the list into the order that sortedRows() gave for `after`; `before` is what it was
+    /// sorted by until now.
+    void sort(const QList<int>& rows, const SortOrders& before, const SortOrders& after);
 
 signals:
     /// A step was taken back or done again that concerned the files in these rows, which ascend.
     void stepped(const QList<int>& rows);
+    /// The list is sorted by this now, be it by a step or because one was taken back.
+    void sorted(const QList<pagestack::SortOrder>& orders);
 
 private:
     void push(class ListStep* step);

@@ -26,15 +26,15 @@ namespace {
         return dot > 0 ? name.sliced(dot + 1) : QStringView(); // a leading dot only hides the file
     }
 
+    /// Without "." and doubled slashes, by which one file would have two URLs; after two slashes at
+    /// the start QUrl would look for the name of a host. ".." stays: it may be behind a link.
     QUrl fileUrl(QStringView line, const QString& folder)
     {
-        const QString path
-            = line.startsWith(u'/') ? line.toString() : folder + u'/' + line.toString();
-        // After two slashes QUrl would look for the name of a host.
-        qsizetype start = 0;
-        while (path.at(start) == u'/' && path.at(start + 1) == u'/')
-            ++start;
-        return QUrl::fromLocalFile(path.sliced(start));
+        QString path = line.startsWith(u'/') ? QString() : folder;
+        for (const QStringView part : line.tokenize(u'/', Qt::SkipEmptyParts))
+            if (part != u".")
+                (path += u'/') += part;
+        return QUrl::fromLocalFile(line.endsWith(u'/') ? path + u'/' : path);
     }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <limits>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -35,79 +36,153 @@ namespace {
         return date.isValid() ? date.toMSecsSinceEpoch() : std::numeric_limits<qint64>::min();
     }
 
-    template <typename Key>
-    QList<int> rowsByKeys(const std::vector<Key>& keys, bool isAscending)
+    /// Rows in the order of the keys so far.
+    class Ranking
     {
-        const auto isBefore = [&](int a, int b) {
-            const auto& first = keys[static_cast<std::size_t>(isAscending ? a : b)];
-            const auto& second = keys[static_cast<std::size_t>(isAscending ? b : a)];
-            return first < second;
+    public:
+        explicit Ranking(const Items& items)
+            : m_items(items)
+            , m_rows(items.size())
+        {
+            std::iota(m_rows.begin(), m_rows.end(), 0);
+            if (items.size() > 1)
+                m_ties.push_back({ 0, static_cast<int>(items.size()) });
+        }
+
+        /// The items that are equal to others so far.
+        Items tiedItems() const;
+        /// Sorts each group of equal items by `keys`, which are those of tiedItems().
+        template <typename Key>
+        void refine(const std::vector<Key>& keys, bool isAscending);
+
+        const QList<int>& rows() const { return m_rows; }
+
+    private:
+        struct Tie
+        {
+            int first; ///< place in m_rows
+            int count;
         };
-        QList<int> rows(static_cast<qsizetype>(keys.size()));
-        std::iota(rows.begin(), rows.end(), 0);
-        if (std::is_sorted(rows.cbegin(), rows.cend(), isBefore))
-            return {};
-        std::stable_sort(rows.begin(), rows.end(), isBefore);
-        return rows;
+
+        const Items& m_items;
+        QList<int> m_rows;
+        std::vector<Tie> m_ties;
+    };
+
+    Items Ranking::tiedItems() const
+    {
+        Items items;
+        for (const auto& [first, count] : m_ties)
+            for (int place = first; place < first + count; ++place)
+                items.append(m_items.at(m_rows.at(place)));
+        return items;
     }
 
-    // `keyOf` is called once an item.
-    template <typename KeyOf>
-    QList<int> rowsByKey(const Items& items, bool isAscending, KeyOf keyOf)
+    template <typename Key>
+    void Ranking::refine(const std::vector<Key>& keys, bool isAscending)
     {
-        std::vector<decltype(keyOf(*items.first()))> keys;
+        std::vector<Tie> left;
+        auto key = keys.cbegin();
+        for (const auto& [first, count] : m_ties) {
+            const auto isBefore
+                = [&](int a, int b) { return isAscending ? key[a] < key[b] : key[b] < key[a]; };
+            std::vector<int> order(static_cast<std::size_t>(count));
+            std::iota(order.begin(), order.end(), 0);
+            std::stable_sort(order.begin(), order.end(), isBefore);
+            const QList<int> before = m_rows.sliced(first, count);
+            int start = 0;
+            for (int i = 0; i < count; ++i) {
+                const int place = order[static_cast<std::size_t>(i)];
+                m_rows[first + i] = before.at(place);
+                if (i + 1 < count && !isBefore(place, order[static_cast<std::size_t>(i) + 1]))
+                    continue;
+                if (i > start)
+                    left.push_back({ first + start, i + 1 - start });
+                start = i + 1;
+            }
+            key += count;
+        }
+        m_ties = std::move(left);
+    }
+
+    template <typename KeyOf>
+    void refineBy(Ranking& ranking, bool isAscending, KeyOf keyOf)
+    {
+        const Items items = ranking.tiedItems();
+        std::vector<decltype(keyOf(std::declval<const FileItem&>()))> keys;
         keys.reserve(static_cast<std::size_t>(items.size()));
         for (const auto& item : items)
             keys.push_back(keyOf(*item));
-        return rowsByKeys(keys, isAscending);
+        ranking.refine(keys, isAscending);
     }
 
-    QList<int> rowsByText(const Items& items, bool isAscending, QString (FileItem::*text)() const)
+    void refineByText(Ranking& ranking, bool isAscending, QString (FileItem::*text)() const)
     {
         const QCollator order = collator();
-        return rowsByKey(items, isAscending,
-                         [&](const FileItem& item) { return order.sortKey((item.*text)()); });
+        refineBy(ranking, isAscending,
+                 [&](const FileItem& item) { return order.sortKey((item.*text)()); });
     }
 
     // The file system is asked about several files at a time.
-    QList<int> rowsByDate(const Items& items, bool isAscending, QDateTime (FileItem::*date)() const)
+    void refineByDate(Ranking& ranking, bool isAscending, QDateTime FileDates::*date,
+                      const DateReading& dates)
     {
+        const Items items = ranking.tiedItems();
         std::vector<qint64> keys(static_cast<std::size_t>(items.size()));
         inParallel(static_cast<int>(items.size()), [&](int, int first, int end) {
-            for (int i = first; i < end; ++i)
-                keys[static_cast<std::size_t>(i)] = milliseconds((*items.at(i).*date)());
+            for (int i = first; i < end && dates.isWanted(); ++i)
+                keys[static_cast<std::size_t>(i)] = milliseconds(dates.read(*items.at(i)).*date);
         });
-        return rowsByKeys(keys, isAscending);
+        ranking.refine(keys, isAscending);
+    }
+
+    QDateTime FileDates::*dateNamedBy(const QString& key)
+    {
+        if (key == u"dateModified"_s)
+            return &FileDates::modified;
+        if (key == u"dateCreated"_s)
+            return &FileDates::created;
+        return key == u"dateAccessed"_s ? &FileDates::accessed : nullptr;
+    }
+
+    void refineByOrder(Ranking& ranking, const SortOrder& order, const DateReading& dates)
+    {
+        const auto& [key, isAscending] = order;
+        if (QDateTime FileDates::*const date = dateNamedBy(key))
+            refineByDate(ranking, isAscending, date, dates);
+        else if (key == u"isSelected"_s)
+            refineBy(ranking, isAscending,
+                     [](const FileItem& item) { return static_cast<int>(item.isSelected()); });
+        else if (key == u"pages"_s)
+            refineBy(ranking, isAscending, [](const FileItem& item) { return item.pages(); });
+        else if (key == u"size"_s)
+            refineBy(ranking, isAscending, [](const FileItem& item) { return item.size(); });
+        else if (key == u"name"_s)
+            refineByText(ranking, isAscending, &FileItem::name);
+        else if (key == u"type"_s)
+            refineByText(ranking, isAscending, &FileItem::type);
+        else if (key == u"location"_s)
+            refineByText(ranking, isAscending, &FileItem::location);
     }
 
 } // namespace
 
-QList<int> sortedRows(const Items& items, const SortOrder& order)
+bool needsDates(const SortOrders& orders)
 {
-    const QString& key = order.key;
-    const bool isAscending = order.isAscending;
-    if (items.isEmpty())
-        return {};
-    if (key == u"isSelected"_s)
-        return rowsByKey(items, isAscending,
-                         [](const FileItem& item) { return static_cast<int>(item.isSelected()); });
-    if (key == u"pages"_s)
-        return rowsByKey(items, isAscending, [](const FileItem& item) { return item.pages(); });
-    if (key == u"size"_s)
-        return rowsByKey(items, isAscending, [](const FileItem& item) { return item.size(); });
-    if (key == u"name"_s)
-        return rowsByText(items, isAscending, &FileItem::name);
-    if (key == u"type"_s)
-        return rowsByText(items, isAscending, &FileItem::type);
-    if (key == u"location"_s)
-        return rowsByText(items, isAscending, &FileItem::location);
-    if (key == u"dateModified"_s)
-        return rowsByDate(items, isAscending, &FileItem::dateModified);
-    if (key == u"dateCreated"_s)
-        return rowsByDate(items, isAscending, &FileItem::dateCreated);
-    if (key == u"dateAccessed"_s)
-        return rowsByDate(items, isAscending, &FileItem::dateAccessed);
-    return {};
+    return std::any_of(orders.cbegin(), orders.cend(),
+                       [](const SortOrder& order) { return dateNamedBy(order.key) != nullptr; });
+}
+
+QList<int> sortedRows(const Items& items, const SortOrders& orders, const DateReading& dates)
+{
+    Ranking ranking(items);
+    for (const SortOrder& order : orders) {
+        refineByOrder(ranking, order, dates);
+        if (!dates.isWanted())
+            return {};
+    }
+    const QList<int>& rows = ranking.rows();
+    return std::is_sorted(rows.cbegin(), rows.cend()) ? QList<int>() : rows;
 }
 
 } // namespace pagestack

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "filelist/FileItem.h"
+#include "filelist/ShownDates.h"
 
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 namespace pagestack {
@@ -19,14 +20,30 @@ struct SortOrder
     friend bool operator==(const SortOrder&, const SortOrder&) = default;
 };
 
+/// The first order decides, each further one among the files that are equal so far.
+using SortOrders = QList<SortOrder>;
+
+/// How a sort reads the dates of files, which takes long where they are on another computer.
+struct DateReading
+{
+    ReadDates read = &FileItem::dates;
+    /// Asked before each file; false: the sort ends without a result. Any thread.
+    std::function<bool()> isWanted = [] { return true; };
+};
+
+/// Whether a sort may have to read dates.
+bool needsDates(const SortOrders& orders);
+
 /// The rows of `items` in sorted order: the item of the new row i is now in row result[i]. Numbers
 /// sort as numbers, dates as dates with unknown ones first, texts as people of the user's language
 /// sort them: without regard to case, digits as numbers. Equal items keep their order, in both
-/// directions. Each property is read once an item. Empty when `order` is none or the items are
-/// sorted already.
+/// directions. A property is read once an item, and only where the orders before leave items
+/// equal. Empty when `orders` are none, the items are sorted already or the sort is not wanted any
+/// more.
 ///
 /// Any thread, as long as nobody changes the items meanwhile. Sorting by a date asks the file
 /// system about each file, on as many threads as there are processors.
-QList<int> sortedRows(const QList<std::shared_ptr<FileItem>>& items, const SortOrder& order);
+QList<int> sortedRows(const QList<std::shared_ptr<FileItem>>& items, const SortOrders& orders,
+                      const DateReading& dates = {});
 
 } // namespace pagestack

@@ -41,11 +41,12 @@ void FileChooser::chooseFolders(QWidget* window, const QString& message, Done do
     if (answeredBeforehand(message, {}, done))
         return;
     QFileDialog* const dialog = makeDialog(window, message);
+    // Through Qt the platforms' dialogs return several files or one folder. Qt's own returns
+    // several folders when its lists let the user mark them.
+    dialog->setOption(QFileDialog::DontUseNativeDialog);
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
     dialog->setLabelText(QFileDialog::Accept, tr("Add"));
-    // Qt's own dialog returns several folders when its lists let the user mark them; the platform's
-    // have no such lists.
     for (const QString& name : { u"listView"_s, u"treeView"_s }) {
         if (auto* const list = dialog->findChild<QAbstractItemView*>(name))
             list->setSelectionMode(QAbstractItemView::ExtendedSelection);

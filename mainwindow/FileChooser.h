@@ -30,7 +30,7 @@ public:
     /// One or several existing files whose names end in one of `extensions` (without the dot).
     void chooseFiles(QWidget* window, const QString& message, const QStringList& extensions,
                      Done done);
-    /// One or several existing folders; only one where the platform's dialog offers no more.
+    /// One or several existing folders, by Qt's own dialog.
     void chooseFolders(QWidget* window, const QString& message, Done done);
     /// One folder, which the user may create in the dialog.
     void chooseFolder(QWidget* window, const QString& message, Done done);

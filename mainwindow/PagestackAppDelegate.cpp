@@ -10,6 +10,7 @@
 #include "filelist/FileTableModel.h"
 #include "filelist/ListEditor.h"
 #include "mainwindow/AlertPanel.h"
+#include "mainwindow/ApplicationEvents.h"
 #include "mainwindow/ProcessPanel.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 #include "ui_MainWindow.h"
@@ -49,17 +50,21 @@ PagestackAppDelegate::PagestackAppDelegate(const Services& services, QObject* pa
     , m_services(services)
     , m_window(std::make_unique<QMainWindow>())
     , m_ui(std::make_unique<Ui::MainWindow>())
-    , m_tableModel(std::make_unique<FileTableModel>(m_files))
+    , m_tableModel(std::make_unique<FileTableModel>(m_files, services.readDates))
     , m_editor(std::make_unique<ListEditor>(*m_tableModel))
 {
     m_ui->setupUi(m_window.get());
     m_processViewPanel = std::make_unique<ProcessPanel>(m_window.get());
     m_window->installEventFilter(this);
+    m_applicationEvents = std::make_unique<ApplicationEvents>(
+        [this] { return mayQuit(); },
+        [this](bool hasVisibleWindows) { applicationShouldHandleReopen(hasVisibleWindows); });
     applySymbolicIcons(*m_window);
 }
 
 PagestackAppDelegate::~PagestackAppDelegate()
 {
+    m_applicationEvents.reset();
     m_window->removeEventFilter(this);
     m_isTerminating = true; // a load that is about to start sees it
     cancelAction();
@@ -165,8 +170,8 @@ void PagestackAppDelegate::setupToolbarAndMenuItems()
 
 void PagestackAppDelegate::openAppAction()
 {
-    if (m_window->isMinimized())
-        m_window->showNormal();
+    // Not showNormal(), which would forget that the window was maximized.
+    m_window->setWindowState(m_window->windowState() & ~Qt::WindowMinimized);
     m_window->show();
     m_window->raise();
     m_window->activateWindow();
@@ -238,11 +243,16 @@ void PagestackAppDelegate::setProcessingLabelColor(const QColor& color)
     m_processingLabelColor = color;
     for (QLabel* label :
          { m_ui->labelTotalFiles, m_ui->labelTotalTIFFPages, m_ui->labelTimeTaken }) {
-        QPalette palette = label->palette();
+        QPalette palette; // the other colours stay those of the window
         palette.setColor(QPalette::WindowText, color);
         label->setPalette(palette);
     }
     emit processingLabelColorChanged(color);
+}
+
+void PagestackAppDelegate::followPalette()
+{
+    setProcessingLabelColor(m_window->palette().color(m_labelGroup, QPalette::WindowText));
 }
 
 } // namespace pagestack

@@ -11,6 +11,7 @@
 #include <QColor>
 #include <QMainWindow>
 #include <QObject>
+#include <QPalette>
 #include <QThread>
 
 #include <atomic>
@@ -28,6 +29,7 @@ class MainWindow;
 namespace pagestack {
 
 class AlertPanel;
+class ApplicationEvents;
 class FileChooser;
 class FileTableModel;
 class ListEditor;
@@ -39,8 +41,8 @@ class Workspace;
 /// current conversion job, and carries out what the user asks for. One class over several files,
 /// one a concern: start-up (PagestackAppDelegate.cpp), menus (...Menus.cpp), the run (...Run.cpp),
 /// the settings pane (...Settings.cpp), loading (...Files.cpp), path lists (...Import.cpp), the
-/// commands on the list (...List.cpp, ...Find.cpp, ...Export.cpp), on files (...FileActions.cpp),
-/// totals (...Totals.cpp), the end of the program (...Lifecycle.cpp).
+/// commands on the list (...List.cpp, ...Sort.cpp, ...Find.cpp, ...Export.cpp), on files
+/// (...FileActions.cpp), totals (...Totals.cpp), the end of the program (...Lifecycle.cpp).
 ///
 /// Main thread only, but for `loadURLs` and what `LoaderTarget` names, which the loader's thread
 /// calls.
@@ -63,6 +65,7 @@ public:
         Workspace& workspace;
         AlertPanel& alerts;
         FileChooser& chooser;
+        ReadDates readDates = &FileItem::dates; ///< for sorts and for the table
     };
 
     explicit PagestackAppDelegate(const Services& services, QObject* parent = nullptr);
@@ -89,6 +92,9 @@ public:
     bool applicationShouldTerminate();
     /// Ends the program, at once or by `readyToTerminate`.
     void quitAction();
+    /// Whether closing the window ends the program, as it does everywhere but on macOS; else it
+    /// hides the window, and applicationShouldHandleReopen() brings it back.
+    void setEndsWithWindow(bool endsWithWindow) { m_endsWithWindow = endsWithWindow; }
 
     // The run.
     void convertAction();
@@ -134,7 +140,7 @@ public:
     void removeFiles();
     void moveUp();
     void moveDown();
-    void sortDescriptorsDidChange(const SortOrder& order);
+    void sortDescriptorsDidChange(const SortOrders& oldOrders);
     void importAction();
     void openImportFilesPanel();
     void exportAction();
@@ -215,7 +221,14 @@ private:
     void showQuality();
     void followOutputFolder();
     void sortAsTable();
+    void sortBesideTheWindow(const SortOrders& oldOrders, const SortOrders& orders);
+    DateReading dateReading() const;
+    FileList::Items takeScatteredHighlight();
+    void putHighlightBack(const FileList::Items& items);
     void updateMoveButtons();
+    void updateConvertControls();
+    void followPalette();
+    bool mayQuit();
 
     Services m_services;
     std::unique_ptr<QMainWindow> m_window;
@@ -233,8 +246,17 @@ private:
     bool m_showSettings = true;
     bool m_isViewEnabled = true; ///< what resetView was last called with
     bool m_hasQuit = false; ///< the window may close now
-    bool m_isTerminating = false; ///< the program ends as soon as the worker has
+#ifdef Q_OS_MACOS
+    bool m_endsWithWindow = false;
+#else
+    bool m_endsWithWindow = true;
+#endif
+    /// The program ends as soon as the worker has. Written by the main thread, polled by a sort.
+    std::atomic<bool> m_isTerminating = false;
+    std::atomic<int> m_cancelCount = 0; ///< of Cancel; as m_isTerminating
+    QPalette::ColorGroup m_labelGroup = QPalette::Active; ///< that the totals are shown in
     QColor m_processingLabelColor;
+    std::unique_ptr<ApplicationEvents> m_applicationEvents;
 };
 
 } // namespace pagestack

@@ -19,6 +19,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
     const QString includeSubfoldersKey = u"INCLUDESUBFOLDERS"_s;
+    constexpr qsizetype mostRangesKept = 64; // of the highlight, during a load
 
 } // namespace
 
@@ -37,14 +38,18 @@ void PagestackAppDelegate::connectTable()
     for (const auto signal :
          { &QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved })
         connect(m_tableModel.get(), signal, this, &PagestackAppDelegate::updateMoveButtons);
+    connect(m_tableModel.get(), &QAbstractItemModel::layoutChanged, this,
+            &PagestackAppDelegate::updateMoveButtons);
     updateMoveButtons();
 }
 
 void PagestackAppDelegate::updateMoveButtons()
 {
-    const auto [first, last] = m_ui->mainTableView->highlightedSpan();
-    m_ui->moveUpButton->setEnabled(m_isViewEnabled && first > 0);
-    m_ui->moveDownButton->setEnabled(m_isViewEnabled && first >= 0 && last != m_files.count() - 1);
+    // The span takes the time of the highlight, and a load comes here with each file.
+    const auto [first, last]
+        = m_isViewEnabled ? m_ui->mainTableView->highlightedSpan() : std::pair(-1, -1);
+    m_ui->moveUpButton->setEnabled(first > 0);
+    m_ui->moveDownButton->setEnabled(first >= 0 && last != m_files.count() - 1);
     followMenus();
 }
 
@@ -101,8 +106,12 @@ void PagestackAppDelegate::startLoading(const Arguments& arguments)
 void PagestackAppDelegate::loadURLs(const Arguments& arguments)
 {
     const QDateTime start = QDateTime::currentDateTime();
+    FileList::Items highlight;
     try {
-        callOnMainThread([this] { resetView(false); });
+        callOnMainThread([&] {
+            highlight = takeScatteredHighlight();
+            resetView(false);
+        });
         callOnMainThread([this] {
             startProcess();
             if (m_isTerminating) // asked for before the thread came here
@@ -121,22 +130,36 @@ void PagestackAppDelegate::loadURLs(const Arguments& arguments)
     }
     const QString taken = timeTakenString(start, QDateTime::currentDateTime());
     callOnMainThread([this] { stopProcess(); });
-    callOnMainThread([this] { resetView(true); });
+    callOnMainThread([&] {
+        putHighlightBack(highlight);
+        resetView(true);
+        m_ui->mainTableView->setFocus();
+    });
     callOnMainThread([&] { updateTimeTakenLabel(totalTimeTakenText(taken, 0, 0)); });
 }
 
-/// Sorting reads a property of every file, dates from the disk: that is done here, on the loader's
-/// thread; only the new order goes to the main thread.
-void PagestackAppDelegate::sortAsTable()
+/// Each file that is added is compared with every range of the highlight; so one of many ranges is
+/// put aside during a load.
+FileList::Items PagestackAppDelegate::takeScatteredHighlight()
 {
-    SortOrder order;
+    CustomTableView* table = m_ui->mainTableView;
+    if (table->selectionModel()->selection().size() <= mostRangesKept)
+        return {};
     FileList::Items items;
-    callOnMainThread([&] {
-        order = m_ui->mainTableView->currentSortOrder();
-        items = m_files.items();
-    });
-    const QList<int> rows = sortedRows(items, order);
-    callOnMainThread([&] { m_tableModel->reorder(rows); });
+    for (const int row : table->highlightedRows())
+        items.append(m_files.at(row));
+    table->clearSelection();
+    return items;
+}
+
+void PagestackAppDelegate::putHighlightBack(const FileList::Items& items)
+{
+    if (items.isEmpty())
+        return;
+    CustomTableView* table = m_ui->mainTableView;
+    const QPersistentModelIndex current = table->currentIndex();
+    table->highlightRows(m_files.rowsOf(items));
+    table->selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
 }
 
 bool PagestackAppDelegate::append(const std::shared_ptr<FileItem>& item)

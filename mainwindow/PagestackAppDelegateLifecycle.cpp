@@ -49,29 +49,33 @@ bool PagestackAppDelegate::applicationShouldTerminate()
     return false;
 }
 
-void PagestackAppDelegate::quitAction()
+/// From the first yes on the window may close, as quitting makes it do.
+bool PagestackAppDelegate::mayQuit()
 {
-    if (!applicationShouldTerminate())
-        return;
-    m_hasQuit = true; // quitting closes the window
-    QCoreApplication::quit();
+    m_hasQuit = m_hasQuit || applicationShouldTerminate();
+    return m_hasQuit;
 }
 
-/// Closing the window ends the program, but not before the load or run under way has ended. On
-/// macOS the program goes on without its window.
+void PagestackAppDelegate::quitAction()
+{
+    if (mayQuit())
+        QCoreApplication::quit();
+}
+
+/// Closing the window ends the program, but not before the load or run under way has ended, or
+/// hides the window.
 bool PagestackAppDelegate::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == m_window.get() && event->type() == QEvent::Close && !m_hasQuit) {
-#ifdef Q_OS_MACOS
         event->ignore();
-        m_window->hide();
+        if (m_endsWithWindow)
+            quitAction();
+        else
+            m_window->hide();
         return true;
-#else
-        event->ignore();
-        quitAction();
-        return true;
-#endif
     }
+    if (watched == m_window.get() && event->type() == QEvent::PaletteChange)
+        followPalette();
     if (event->type() == QEvent::FocusOut)
         commitSettingsFields();
     return QObject::eventFilter(watched, event);
@@ -79,6 +83,7 @@ bool PagestackAppDelegate::eventFilter(QObject* watched, QEvent* event)
 
 void PagestackAppDelegate::startWorker(std::function<void()> work)
 {
+    Q_ASSERT(!m_worker);
     m_worker = std::make_unique<WorkerThread>(std::move(work));
     connect(m_worker.get(), &QThread::finished, this, &PagestackAppDelegate::workerEnded,
             Qt::QueuedConnection);

@@ -1,5 +1,4 @@
 #include "engine/support/AppTitle.h"
-#include "engine/support/MainThread.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/ListEditor.h"
 #include "mainwindow/AlertPanel.h"
@@ -13,9 +12,6 @@ namespace pagestack {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-    /// Files on other computers take long to tell their dates; below this many nobody notices.
-    constexpr int mostRowsDatedAtOnce = 1000;
 
     int tagOf(const QObject* sender) { return sender->property("tag").toInt(); }
 
@@ -48,6 +44,7 @@ void PagestackAppDelegate::connectListCommands()
         connect(button, &QToolButton::clicked, this,
                 [this, button] { selectDeselectRemoveAction(button); });
     connect(m_editor.get(), &ListEditor::stepped, this, &PagestackAppDelegate::showStep);
+    connect(m_editor.get(), &ListEditor::sorted, table, &CustomTableView::setSortOrders);
 }
 
 void PagestackAppDelegate::checkUncheckInvertSelectionAction(const QObject* sender)
@@ -163,21 +160,6 @@ void PagestackAppDelegate::moveDown()
     m_ui->mainTableView->setFocus();
     scrollToRow(m_ui->mainTableView->highlightedSpan().second);
     updateMoveButtons();
-}
-
-void PagestackAppDelegate::sortDescriptorsDidChange(const SortOrder& order)
-{
-    if (m_worker)
-        return;
-    const FileList::Items items = m_files.items();
-    if (!order.key.startsWith(u"date"_s) || items.size() <= mostRowsDatedAtOnce) {
-        m_editor->sort(sortedRows(items, order), order);
-        return;
-    }
-    startBusy([this, items, order] {
-        const QList<int> rows = sortedRows(items, order);
-        callOnMainThread([&] { m_editor->sort(rows, order); });
-    });
 }
 
 /// After a step back or forth: what it concerned is highlighted and in view.

@@ -64,6 +64,8 @@ void PagestackAppDelegate::refuseOutputFolder()
 
 void PagestackAppDelegate::beginRun()
 {
+    if (m_worker)
+        return; // a load has begun while the user was asked
     try {
         m_ui->settingTabView->setCurrentIndex(0);
         QList<OutputFile> outputs;
@@ -90,7 +92,11 @@ void PagestackAppDelegate::beginRun()
     }
 }
 
-void PagestackAppDelegate::cancelAction() { setIsProcessing(false); }
+void PagestackAppDelegate::cancelAction()
+{
+    ++m_cancelCount;
+    setIsProcessing(false);
+}
 
 void PagestackAppDelegate::cancelProcessAction()
 {
@@ -115,6 +121,7 @@ void PagestackAppDelegate::closeProcessAction()
     resetViewForProcess(true);
     stopProcess();
     resetView(true);
+    m_ui->mainTableView->setFocus();
     m_process.reset();
 }
 
@@ -131,14 +138,16 @@ void PagestackAppDelegate::removeConverted()
 
 void PagestackAppDelegate::startProcess()
 {
-    setProcessingLabelColor(m_window->palette().color(QPalette::Disabled, QPalette::WindowText));
+    m_labelGroup = QPalette::Disabled;
+    followPalette();
     setIsProcessing(true);
     m_ui->loadingIndicator->startAnimation();
 }
 
 void PagestackAppDelegate::stopProcess()
 {
-    setProcessingLabelColor(m_window->palette().color(QPalette::Active, QPalette::WindowText));
+    m_labelGroup = QPalette::Active;
+    followPalette();
     setIsProcessing(false);
     m_ui->loadingIndicator->stopAnimation();
     setSplitOptions(m_settings->outputType());
@@ -167,6 +176,7 @@ void PagestackAppDelegate::resetView(bool enable)
             button->setEnabled(enable && hasFiles);
         m_isViewEnabled = enable;
         updateMoveButtons();
+        updateConvertControls();
         // The pane would change what a run reads.
         m_ui->rightBox->setEnabled(enable);
         followOutputFolder();

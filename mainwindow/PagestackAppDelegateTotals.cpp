@@ -11,8 +11,7 @@ void PagestackAppDelegate::updateTotalLabel()
 {
     try {
         m_ui->labelTotalTIFFPages->setText(tr("Total Pages TIFF : %1").arg(m_files.totalPages()));
-        m_ui->convertBtn->setEnabled(m_files.checkedPages() > 0);
-        m_ui->convertMenuAction->setEnabled(m_files.checkedPages() > 0);
+        updateConvertControls();
         m_ui->labelTotalFiles->setText(
             tr("%1 Total file(s); %2 file selected; Total page count of selected TIFF file(s): %3")
                 .arg(m_files.count())
@@ -22,6 +21,14 @@ void PagestackAppDelegate::updateTotalLabel()
         systemLogError(u"updateTotalLabel:"_s, error);
     }
     updateTimeTakenLabel(QString());
+}
+
+/// What is loaded or sorted cannot be converted meanwhile.
+void PagestackAppDelegate::updateConvertControls()
+{
+    const bool canConvert = m_isViewEnabled && m_files.checkedPages() > 0;
+    m_ui->convertBtn->setEnabled(canConvert);
+    m_ui->convertMenuAction->setEnabled(canConvert);
 }
 
 void PagestackAppDelegate::updateTotalPagesLabel()

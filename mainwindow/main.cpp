@@ -5,16 +5,33 @@
 #include "mainwindow/DesktopWorkspace.h"
 #include "mainwindow/FileChooser.h"
 #include "mainwindow/PagestackAppDelegate.h"
+#include "mainwindow/ProgramText.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 
 #include <QApplication>
 
+#include <cstdio>
+
 #include <csignal>
+
+namespace {
+
+bool print(const QString& text)
+{
+    return std::fputs(text.toLocal8Bit().constData(), stdout) >= 0 && std::fflush(stdout) == 0;
+}
+
+} // namespace
 
 int main(int argc, char* argv[])
 {
     using namespace pagestack;
 
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    if (const auto text = programText(arguments)) // before the display is looked for
+        return print(*text) ? 0 : 1;
     // A file that grows past the limit of the process is a write that fails, and no end of it.
     std::signal(SIGXFSZ, SIG_IGN);
     QApplication application(argc, argv);
@@ -34,7 +51,7 @@ int main(int argc, char* argv[])
     QObject::connect(&terminationSignals, &Signals::interrupted, &controller,
                      &PagestackAppDelegate::quitAction);
     controller.awakeFromNib();
-    controller.openPaths(QCoreApplication::arguments().mid(1));
+    controller.openPaths(pathArguments(QCoreApplication::arguments().mid(1)));
     const int code = QApplication::exec();
     return Signals::received() != 0 ? 128 + Signals::received() : code;
 }

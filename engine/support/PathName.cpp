@@ -17,21 +17,25 @@ QString pathFromBytes(const QByteArray& bytes)
 
 QString absolutePath(const QString& path)
 {
-    QString plain = path;
-    while (plain.size() > 1 && plain.endsWith(u'/'))
-        plain.chop(1);
-    if (!plain.split(u'/').contains(u".."_s))
-        return QFileInfo(plain).absoluteFilePath();
-    if (plain == u".." || plain.endsWith(u"/.."))
-        plain += u"/."_s;
-    const qsizetype slash = plain.lastIndexOf(u'/');
-    const QString name = plain.mid(slash + 1);
-    QString folder = QFileInfo(plain.left(slash)).canonicalFilePath();
-    if (folder.isEmpty()) // There is no such folder: whoever goes there is told so.
-        return plain.startsWith(u'/') ? plain : QDir::currentPath() + u'/' + plain;
-    if (name == u".")
-        return folder;
-    return folder.endsWith(u'/') ? folder + name : folder + u'/' + name;
+    QString whole = path.startsWith(u'/') ? path : QDir::currentPath() + u'/' + path;
+    while (whole.size() > 1 && whole.endsWith(u'/'))
+        whole.chop(1);
+    QString plain;
+    for (const QStringView part : QStringView(whole).tokenize(u'/', Qt::SkipEmptyParts)) {
+        if (part == u".")
+            continue;
+        if (part != u"..") {
+            (plain += u'/') += part;
+            continue;
+        }
+        const QFileInfo folder(plain);
+        if (!plain.isEmpty() && !folder.isDir()) // Whoever goes there is told so.
+            return whole;
+        if (folder.isSymbolicLink())
+            plain = folder.canonicalFilePath();
+        plain.truncate(plain.lastIndexOf(u'/'));
+    }
+    return plain.isEmpty() ? u"/"_s : plain;
 }
 
 } // namespace pagestack

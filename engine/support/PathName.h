@@ -10,8 +10,9 @@ namespace pagestack {
 /// is false then, and nothing takes it for a path, since it begins with a null character.
 QString pathFromBytes(const QByteArray& bytes);
 
-/// `path` from the root on, without a slash at its end, and so that it leads where `path` does:
-/// ".." is not resolved in the text, since behind a symbolic link it leads elsewhere.
+/// `path` from the root on, without ".", ".." and a slash at its end, and so that it leads where
+/// `path` does: ".." behind a symbolic link leads out of the folder that the link leads to. A path
+/// through what is no folder keeps its "..". Looks at the disk where there are such.
 QString absolutePath(const QString& path);
 
 inline bool isPath(const QString& path) { return !path.contains(QChar::Null); }

@@ -56,7 +56,8 @@ private slots:
             } else if (action == 4) {
                 files.setSelected(row, !files.at(row)->isSelected());
             } else {
-                const QList<int> rows = sortedRows(files.items(), { u"pages"_s, below(2) == 0 });
+                const QList<int> rows
+                    = sortedRows(files.items(), { { u"pages"_s, below(2) == 0 } });
                 if (!rows.isEmpty())
                     files.reorder(rows);
             }
@@ -142,17 +143,41 @@ private slots:
             return files;
         };
         const auto sort = [&key](FileList& files, bool isAscending) {
-            const QList<int> rows = sortedRows(files.items(), { key, isAscending });
+            const QList<int> rows = sortedRows(files.items(), { { key, isAscending } });
             if (!rows.isEmpty())
                 files.reorder(rows);
         };
         FileList files = filled();
         sort(files, true);
         QTEST(namesOf(files), "ascending");
-        QVERIFY(sortedRows(files.items(), { key, true }).isEmpty());
+        QVERIFY(sortedRows(files.items(), { { key, true } }).isEmpty());
         files = filled();
         sort(files, false);
         QTEST(namesOf(files), "descending");
+    }
+
+    void readsDatesOnlyOfEqualFilesAndAsLongAsWanted()
+    {
+        QList<std::shared_ptr<FileItem>> items;
+        for (const auto* name : { "/b.tif", "/a.tiff", "/d.tif", "/c.tiff", "/e.tif", "/f.txt" })
+            items.append(itemOf(QLatin1String(name)));
+        QString asked;
+        DateReading dates;
+        dates.read = [&asked](const FileItem& item) {
+            asked += item.name().first(1);
+            FileDates answer;
+            answer.modified = QDateTime({ 2020, 1, item.name().at(0).unicode() % 3 + 1 }, {});
+            return answer;
+        };
+        const SortOrders orders { { u"type"_s, false },
+                                  { u"dateModified"_s, true },
+                                  { u"name"_s, false } };
+        // f, then c and a, then d, and e before b since both are of one day.
+        QCOMPARE(sortedRows(items, orders, dates), (QList<int> { 5, 3, 1, 2, 4, 0 }));
+        QCOMPARE(asked, u"acbde"_s);
+        dates.isWanted = [&asked] { return asked.size() < 7; };
+        QVERIFY(sortedRows(items, orders, dates).isEmpty());
+        QCOMPARE(asked, u"acbdeac"_s);
     }
 };
 

@@ -7,6 +7,8 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QMimeData>
+#include <QScopeGuard>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -68,6 +70,29 @@ private slots:
         }
     }
 
+    // The file is on a computer that answers when it is told to.
+    void waitsForNoDate()
+    {
+        QSemaphore answers;
+        FileTableModel model(m_files, [&answers](const FileItem&) {
+            answers.acquire();
+            FileDates dates;
+            dates.created = QDateTime({ 2020, 1, 31 }, { 16, 5 });
+            return dates;
+        });
+        const auto end = qScopeGuard([&answers] { answers.release(100); });
+        const QModelIndex cell = model.index(1, FileTableModel::DateCreated);
+        QSignalSpy changes(&model, &FileTableModel::dataChanged);
+        for (int look = 0; look < 3; ++look)
+            QCOMPARE(cell.data().toString(), QString());
+        answers.release();
+        QVERIFY(changes.wait());
+        QCOMPARE(cell.data().toString(), u"31-Jan-2020 4:05 PM"_s);
+        QCOMPARE(model.index(1, FileTableModel::DateModified).data().toString(), QString());
+        QCOMPARE(answers.available(), 0);
+        model.index(2, FileTableModel::DateCreated).data(); // goes without having been read
+    }
+
     void announcesCheckMarksOnceAnOperation()
     {
         QSignalSpy cells(m_model.get(), &FileTableModel::dataChanged);
@@ -99,9 +124,9 @@ private slots:
     {
         m_table->highlightRows({ 0, 1, 4 });
         QSignalSpy layouts(m_model.get(), &FileTableModel::layoutChanged);
-        QVERIFY(m_table->currentSortOrder().key.isEmpty());
+        QVERIFY(m_table->currentSortOrders().isEmpty());
         m_table->sortByColumn(FileTableModel::Name, Qt::DescendingOrder);
-        QCOMPARE(m_table->currentSortOrder(), (SortOrder { u"name"_s, false }));
+        QCOMPARE(m_table->currentSortOrders(), (SortOrders { { u"name"_s, false } }));
         QCOMPARE(m_files.at(0)->name(), u"echo.tiff"_s);
         QCOMPARE(m_table->highlightedRows(), (QList<int> { 0, 1, 4 })); // echo, Delta, alpha
         m_table->sortByColumn(FileTableModel::Name, Qt::AscendingOrder);
@@ -232,7 +257,9 @@ private slots:
     void remembersItsColumns()
     {
         m_table->setColumnWidth(FileTableModel::Name, 321);
-        m_table->sortByColumn(FileTableModel::Pages, Qt::DescendingOrder);
+        for (const int column : { FileTableModel::Name, FileTableModel::Type, FileTableModel::Pages,
+                                  FileTableModel::Name })
+            m_table->sortByColumn(column, Qt::DescendingOrder);
         const QByteArray state = m_table->saveColumns();
         CustomTableView other;
         FileTableModel model(m_files);
@@ -240,7 +267,17 @@ private slots:
         QVERIFY(!other.restoreColumns("nonsense") && !other.restoreColumns(state.first(30)));
         QVERIFY(other.restoreColumns(state));
         QCOMPARE(other.columnWidth(FileTableModel::Name), 321);
-        QCOMPARE(other.currentSortOrder(), (SortOrder { u"pages"_s, false }));
+        const SortOrders orders { { u"name"_s, false },
+                                  { u"pages"_s, false },
+                                  { u"type"_s, false } };
+        QCOMPARE(other.currentSortOrders(), orders);
+        // As an earlier version left them.
+        QByteArray older = state.first(8 + 4 + qFromBigEndian<qint32>(state.constData() + 8));
+        older[3] = 1;
+        other.setSortOrders({});
+        QVERIFY(other.restoreColumns(older));
+        QCOMPARE(other.currentSortOrders(), orders.first(1));
+        QVERIFY(!other.restoreColumns(older.replace(3, 1, "\3")));
     }
 
 private:

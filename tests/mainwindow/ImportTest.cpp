@@ -128,6 +128,8 @@ void ImportTest::findsTheFilesThatATextNames_data()
     row("carriage returns", u"/a.tif\r\n\r\n/b.tif"_s, { u"/b.tif"_s }, 0, 1);
     row("twice", u"/b.tif\n/a.tif\n/b.tif\n/B.tif\n/b.tif"_s,
         { u"/b.tif"_s, u"/a.tif"_s, u"/B.tif"_s }, 2);
+    row("twice, by dots", u"a.tif\n./a.tif\n%1//./a.tif\n/x/../a.tif"_s.arg(here),
+        { here + u"/a.tif"_s, u"/x/../a.tif"_s }, 2);
     row("relative", u"a.tif\n%1/a.tif\n../b.tif\n~/c.tif\nC:/d.tif\n:/e.tif"_s.arg(here),
         { here + u"/a.tif"_s, here + u"/../b.tif"_s, here + u"/~/c.tif"_s, here + u"/C:/d.tif"_s,
           here + u"/:/e.tif"_s },

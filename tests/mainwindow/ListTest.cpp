@@ -8,6 +8,8 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
+#include <QScopeGuard>
+#include <QSemaphore>
 #include <QTemporaryDir>
 #include <QToolButton>
 
@@ -45,7 +47,9 @@ private slots:
     void takesDrops_data();
     void takesDrops();
     void finds();
+    void sortsDatesBesideTheWindow_data();
     void sortsDatesBesideTheWindow();
+    void keepsItsSortColumns();
     void actsOnTheHighlightedFiles();
 
 private:
@@ -470,23 +474,110 @@ void ListTest::finds()
              (QList<int> { 0, 2 }));
 }
 
+void ListTest::sortsDatesBesideTheWindow_data()
+{
+    QTest::addColumn<bool>("isLoad"); // which sorts at its end
+    QTest::addColumn<QByteArray>("ending");
+    QTest::addColumn<QString>("order");
+    QTest::newRow("to the end") << false << "nothing"_ba << u"5 4 3 2 1 0"_s;
+    QTest::newRow("cancelled") << false << "Cancel"_ba << u"0 1 2 3 4 5"_s;
+    QTest::newRow("the window closes") << false << "close"_ba << u"0 1 2 3 4 5"_s;
+    QTest::newRow("load, to the end") << true << "nothing"_ba << u"5 4 3 2 1 0"_s;
+    QTest::newRow("load, cancelled") << true << "Cancel"_ba << u"0 1 2 3 4 5"_s;
+    QTest::newRow("load, the window closes") << true << "close"_ba << u"0 1 2 3 4 5"_s;
+}
+
+// The files are on a computer that answers only when it is told to.
 void ListTest::sortsDatesBesideTheWindow()
 {
-    QStringList files;
-    for (int i = 0; i < 1500; ++i)
-        files.append(path(u"none/%1.tif"_s.arg(i)));
-    files.append(makeFile(path(u"in/new.tif"_s), 1));
-    QVERIFY(session().open(files));
-    table().setFocus();
-    QVERIFY(session().load([this] {
+    QFETCH(const bool, isLoad);
+    QFETCH(const QByteArray, ending);
+    QSemaphore questions;
+    QSemaphore answers;
+    m_session = std::make_unique<Session>(path(u"slow.ini"_s), [&](const FileItem& item) {
+        questions.release();
+        answers.acquire();
+        FileDates dates;
+        dates.modified = QDateTime({ 2020, 1, 1 + item.pages() }, {});
+        return dates;
+    });
+    const auto end = qScopeGuard([&] {
+        answers.release(100);
+        m_session.reset();
+    });
+    for (const int column : { FileTableModel::DateModified, FileTableModel::DateCreated,
+                              FileTableModel::DateAccessed })
+        table().hideColumn(column); // nothing but sorts asks
+    const auto sort = [this] {
         table().horizontalHeader()->setSortIndicator(FileTableModel::DateModified,
                                                      Qt::DescendingOrder);
-        QVERIFY(!table().isEnabled());
-    }));
-    QCOMPARE(session().names().first(), u"new.tif"_s);
+    };
+    if (isLoad) {
+        sort();
+        QStringList files;
+        for (int i = 0; i < 6; ++i)
+            files.append(makeFile(path(u"in/%1.tif"_s.arg(i)), i));
+        session().controller.openPaths(files);
+        QTRY_COMPARE_WITH_TIMEOUT(questions.available(), 1, longMs);
+    } else {
+        QVERIFY(fill());
+        table().setFocus();
+        sort();
+    }
+    QVERIFY(session().controller.isProcessing());
+    for (const char* name : { "mainTableView", "addFilesBtn", "convertBtn" })
+        QVERIFY2(!session().widget(name).isEnabled(), name);
+    questions.acquire();
+    QSignalSpy ended(&session().controller, &PagestackAppDelegate::readyToTerminate);
+    if (ending == "Cancel")
+        session().click("cancelBtn");
+    else if (ending == "close")
+        session().controller.window()->close();
+    answers.release(ending == "nothing" ? 6 : 1);
+    QTRY_VERIFY_WITH_TIMEOUT(table().isEnabled(), longMs);
+    QTEST(order(), "order");
+    QCOMPARE(questions.available(), ending == "nothing" ? 5 : 0); // nothing more was read
+    // The next start has the columns that a load was to sort by.
+    const bool hasArrow = ending == "nothing" || (isLoad && ending == "close");
+    QCOMPARE(table().horizontalHeader()->sortIndicatorSection(),
+             hasArrow ? int { FileTableModel::DateModified } : -1);
     QCOMPARE(session().controller.window()->focusWidget(), &table());
+    if (ending == "close")
+        QVERIFY(ended.size() == 1 || ended.wait(longMs));
+}
+
+void ListTest::keepsItsSortColumns()
+{
+    const QHeaderView* header = table().horizontalHeader();
+    const auto open = [this](std::initializer_list<std::pair<const char*, int>> files) {
+        QStringList paths;
+        for (const auto& [name, pages] : files)
+            paths.append(makeFile(path(u"in/"_s + QLatin1StringView(name)), pages));
+        return session().open(paths);
+    };
+    const auto sort = [&](int column) {
+        table().horizontalHeader()->setSortIndicator(column, Qt::AscendingOrder);
+    };
+    QVERIFY(open({ { "d.tif", 1 }, { "b.tif", 2 }, { "c.tif", 1 } }));
+    table().highlightRows({ 2 });
+    sort(FileTableModel::Name);
+    QVERIFY(session().widget("moveUpButton").isEnabled());
+    QVERIFY(session().widget("moveDownButton").isEnabled());
+    sort(FileTableModel::Pages);
+    QCOMPARE(order(), u"c d b"_s);
+    QVERIFY(!session().widget("moveUpButton").isEnabled()); // c came to the top
+    QVERIFY(open({ { "a.tif", 2 }, { "e.tif", 1 }, { "a b.tif", 1 } }));
+    QCOMPARE(order(), u"a b c d e a b"_s); // by name among those of one page
     action("undoAction").trigger();
-    QCOMPARE(session().names().last(), u"new.tif"_s);
+    QCOMPARE(header->sortIndicatorSection(), FileTableModel::Name);
+    action("undoAction").trigger();
+    QCOMPARE(header->sortIndicatorSection(), -1);
+    QVERIFY(open({ { "0.tif", 1 } }));
+    QCOMPARE(session().names().last(), u"0.tif"_s);
+    action("redoAction").trigger();
+    action("redoAction").trigger();
+    QCOMPARE(header->sortIndicatorSection(), FileTableModel::Pages);
+    QCOMPARE(table().currentSortOrders().size(), 2);
 }
 
 void ListTest::actsOnTheHighlightedFiles()

@@ -75,9 +75,9 @@ inline QString sample(const QString& name)
 class Session
 {
 public:
-    explicit Session(const QString& store)
+    explicit Session(const QString& store, const ReadDates& readDates = &FileItem::dates)
         : defaults(store)
-        , controller({ defaults, desktop, alerts, chooser })
+        , controller({ defaults, desktop, alerts, chooser, readDates })
     {
         controller.awakeFromNib();
     }
@@ -127,7 +127,9 @@ public:
         while (processing.size() < 2)
             if (!processing.wait(longMs))
                 return false;
-        return controller.applicationShouldTerminate() || ended.wait(longMs);
+        // Not before the sort at its end, which the end of the program would cut short.
+        return QTest::qWaitFor([this] { return table().isEnabled(); }, longMs)
+            && (controller.applicationShouldTerminate() || ended.wait(longMs));
     }
     bool open(const QStringList& paths)
     {

@@ -570,6 +570,7 @@ void WidgetsTest::chooserReturnsWhatWasChosen()
     auto* const dialog = window.findChild<QFileDialog*>();
     QVERIFY(dialog != nullptr);
     QCOMPARE(dialog->windowTitle(), u"Choose folders"_s);
+    QVERIFY(dialog->testOption(QFileDialog::DontUseNativeDialog)); // which return one folder
     dialog->setDirectory(folder.path());
     auto* const list = dialog->findChild<QAbstractItemView*>(u"listView"_s);
     QVERIFY(list != nullptr);

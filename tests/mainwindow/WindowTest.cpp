@@ -1,4 +1,6 @@
+#include "mainwindow/ApplicationEvents.h"
 #include "mainwindow/ProcessPanel.h"
+#include "mainwindow/ProgramText.h"
 #include "mainwindow/widgets/BusyIndicator.h"
 #include "mainwindow/widgets/KeyLetterButton.h"
 #include "mainwindow/widgets/KeyLetterCheckBox.h"
@@ -9,7 +11,10 @@
 #include <QComboBox>
 #include <QImage>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QProcess>
 #include <QProgressBar>
+#include <QScopeGuard>
 #include <QSlider>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -34,16 +39,19 @@ private slots:
     void loads_data();
     void loads();
     void takesNoFileTwice();
+    void keepsAScatteredHighlightAside();
     void keepsWhatACancelledLoadAdded();
     void endsALoadWhenTheWindowCloses();
     void ticksByMouseAndSpace();
     void asksForTheOutputFolder_data();
     void asksForTheOutputFolder();
+    void beginsNoRunBesideALoad();
     void runsToTheEnd_data();
     void runsToTheEnd();
     void stopsACancelledRun();
     void endsARunWhenTheWindowCloses();
     void endsWhatIsUnderWayWithTheProgram();
+    void outlivesItsWindowWhereProgramsDo();
     void comesBackAsItWasLeft();
     void enablesTheOptionsOfTheType_data();
     void enablesTheOptionsOfTheType();
@@ -53,6 +61,8 @@ private slots:
     void filtersNumbers();
     void opensTheGuideOnce();
     void answersItsMenus();
+    void followsTheTheme();
+    void printsItsHelpWithoutADisplay();
     void dividesTheWindow_data();
     void dividesTheWindow();
 
@@ -168,17 +178,76 @@ void WindowTest::loads()
     QCOMPARE(session.table().model()->rowCount(), session.controller.files().count());
     QCOMPARE(session.widget("lableDragAndDrop").isVisible(), chosen.isEmpty());
     QVERIFY(session.widget("addFilesBtn").isEnabled());
-    if (!chosen.isEmpty())
-        QVERIFY(!session.text("labelTimeTaken").contains(u"Process"_s));
+    if (chosen.isEmpty())
+        return;
+    QVERIFY(!session.text("labelTimeTaken").contains(u"Process"_s));
+    QCOMPARE(session.controller.window()->focusWidget(), &session.table());
 }
 
 void WindowTest::takesNoFileTwice()
 {
     Session session(ini());
     QVERIFY(session.open({ sample(u"turned.tif"_s), samples() }));
-    const QStringList again { samples(), samples() + u"/turned.tif"_s, sample(u"turned.tif"_s) };
+    const QString dots = samples() + u"/../samples/"_s;
+    const QStringList again { samples(),        samples() + u"/turned.tif"_s,
+                              dots + u"."_s,    samples() + u"//./turned.tif"_s,
+                              samples() + u'/', sample(u"turned.tif"_s) };
+    bool canConvert = true;
+    connect(&session.controller, &PagestackAppDelegate::isProcessingChanged, this,
+            [&](bool isProcessing) {
+                if (isProcessing)
+                    canConvert = session.widget("convertBtn").isEnabled();
+            });
     QVERIFY(session.load([&] { emit session.table().filesDropped(urlsOf(again)); }));
     QCOMPARE(session.totals(), u"6, 6, 8, 8"_s);
+    QVERIFY(!canConvert); // while files are loaded
+    QVERIFY(session.widget("convertBtn").isEnabled());
+
+    session.chooser.setNextChoice(urlsOf({ dots + u"turned.tif"_s, dots + u"three-pages.tif"_s }));
+    QVERIFY(session.load([&] { session.click("addFilesBtn"); }));
+    const auto home = qScopeGuard([before = QDir::currentPath()] { QDir::setCurrent(before); });
+    QDir::setCurrent(samples());
+    QVERIFY(session.open({ u"."_s, u"../samples"_s, u"./turned.tif"_s }));
+    QCOMPARE(session.totals(), u"6, 6, 8, 8"_s);
+
+    // Behind a link ".." leads out of the folder that the link leads to.
+    const QString near = makeFile(path(u"near/[1].tif"_s));
+    const QString far = makeFile(path(u"far/[1].tif"_s), 2);
+    QDir().mkpath(path(u"far/away"_s));
+    QVERIFY(QFile::link(path(u"far/away"_s), path(u"near/link"_s)));
+    QVERIFY(session.open({ near, path(u"near/link/../[1].tif"_s), far, path(u"none/../a.tif"_s) }));
+    const QUrl encoded = QUrl::fromEncoded(
+        "file://" + QUrl::toPercentEncoding(path(u"far/away/../[1].tif"_s), "/"));
+    QVERIFY(session.load([&] { emit session.table().filesDropped({ encoded }); }));
+    QCOMPARE(session.totals(), u"9, 9, 11, 11"_s);
+    QCOMPARE(session.controller.files().at(7)->filePath(), QUrl::fromLocalFile(far));
+}
+
+// Else each file that is added would be compared with every range.
+void WindowTest::keepsAScatteredHighlightAside()
+{
+    for (int i = 100; i < 400; ++i)
+        makeFile(path(u"in/%1.tif"_s.arg(i)));
+    makeFile(path(u"more/1.tif"_s));
+    Session session(ini());
+    session.table().sortByColumn(FileTableModel::Name, Qt::AscendingOrder);
+    QVERIFY(session.open({ path(u"in"_s) }));
+    QList<int> rows;
+    for (int row = 1; row < 300; row += 2)
+        rows.append(row);
+    session.table().highlightRows(rows);
+    session.table().selectionModel()->setCurrentIndex(session.table().model()->index(7, 1),
+                                                      QItemSelectionModel::NoUpdate);
+    qsizetype ranges = -1;
+    connect(&session.controller.tableModel(), &QAbstractItemModel::rowsInserted, this,
+            [&] { ranges = session.table().selectionModel()->selection().size(); });
+    QVERIFY(session.open({ path(u"more"_s) }));
+    QCOMPARE(ranges, 0);
+    for (int& row : rows)
+        ++row; // the new file is the first one
+    QCOMPARE(session.table().highlightedRows(), rows);
+    QCOMPARE(session.table().currentIndex().row(), 8);
+    QVERIFY(session.widget("moveUpButton").isEnabled());
 }
 
 void WindowTest::keepsWhatACancelledLoadAdded()
@@ -316,6 +385,23 @@ void WindowTest::asksForTheOutputFolder()
         QCOMPARE(QDir(samples()).entryList({ u"*.jpg"_s }).size(), 7);
 }
 
+void WindowTest::beginsNoRunBesideALoad()
+{
+    makeFile(path(u"in/a.tif"_s));
+    Session session(ini());
+    QVERIFY(session.open({ samples() }));
+    session.click("convertBtn");
+    const auto* question = session.controller.window()->findChild<QMessageBox*>();
+    QVERIFY(question != nullptr);
+    QVERIFY(session.load([&] {
+        session.controller.openPaths({ path(u"in"_s) });
+        question->buttons().first()->click(); // "Yes": to the folders of the sources
+    }));
+    QVERIFY(!session.controller.processViewPanel()->isVisible());
+    QCOMPARE(session.totals(), u"6, 6, 8, 8"_s);
+    QCOMPARE(QDir(samples()).entryList({ u"*.jpg"_s }).size(), 0);
+}
+
 void WindowTest::runsToTheEnd_data()
 {
     QTest::addColumn<bool>("clear");
@@ -360,6 +446,7 @@ void WindowTest::runsToTheEnd()
     QCOMPARE(session.desktop.opened(), QStringList({ out, logFile() }));
     session.click("closeProcessBtn");
     QVERIFY(!session.controller.processViewPanel()->isVisible());
+    QCOMPARE(session.controller.window()->focusWidget(), &session.table());
     QTEST(session.totals(), "totals");
     QCOMPARE(session.widget("convertBtn").isEnabled(), !clear);
     QVERIFY(session.widget("addFilesBtn").isEnabled());
@@ -421,6 +508,39 @@ void WindowTest::endsWhatIsUnderWayWithTheProgram()
     for (const QFileInfo& file : written)
         QCOMPARE(QImage(file.filePath(), "PNG").size(), QSize(1748, 2480));
     QVERIFY(!logFile().isEmpty());
+}
+
+// As on macOS: the window goes and comes back, and the system ends the program.
+void WindowTest::outlivesItsWindowWhereProgramsDo()
+{
+    for (int i = 0; i < 300; ++i)
+        makeFile(path(u"in/%1.tif"_s.arg(i)));
+    int ends = 0;
+    // Sees what the session lets through, and keeps it from ending the tests.
+    ApplicationEvents system([&] { return ++ends < 0; }, [](bool) {});
+    Session session(ini());
+    session.controller.setEndsWithWindow(false);
+    QMainWindow& window = *session.controller.window();
+    window.close();
+    QVERIFY(!window.isVisible());
+    emit qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+    QVERIFY(window.isVisible());
+
+    QSignalSpy ready(&session.controller, &PagestackAppDelegate::readyToTerminate);
+    session.controller.openPaths({ path(u"in"_s) });
+    session.controller.settings().setSeparator(u"_p"_s);
+    QEvent quit(QEvent::Quit);
+    QCoreApplication::sendEvent(qApp, &quit);
+    QVERIFY(!quit.isAccepted() && ends == 0); // not before the load has ended
+    QVERIFY(ready.wait(longMs));
+    session.controller.settings().setSeparator(u"_q"_s);
+    window.close();
+    QVERIFY(!window.isVisible());
+    QCoreApplication::sendEvent(qApp, &quit);
+    QCOMPARE(ends, 1);
+    QCOMPARE(Settings(&session.defaults).separator(), u"_q"_s);
+    session.controller.openAppAction();
+    QVERIFY(window.close()); // which Qt does when a program ends
 }
 
 void WindowTest::comesBackAsItWasLeft()
@@ -554,10 +674,11 @@ void WindowTest::answersItsMenus()
     trigger("preferencesToolbarItem");
     QVERIFY(!session.widget("rightBox").isVisible());
     QVERIFY(session.find<QAction>("dummyToolbarItem").isChecked());
+    window->showMaximized();
     trigger("minimizeAction");
     QVERIFY(window->isMinimized());
     trigger("openAppAction");
-    QVERIFY(!window->isMinimized() && window->isVisible());
+    QVERIFY(!window->isMinimized() && window->isMaximized() && window->isVisible());
     session.alerts.setNextAnswer(0);
     trigger("aboutAction");
     QVERIFY(session.alerts.lastText().contains(u"libtiff"_s, Qt::CaseInsensitive));
@@ -581,6 +702,45 @@ void WindowTest::answersItsMenus()
     QVERIFY(window->isVisible());
     trigger("quitAction");
     QVERIFY(window->close()); // the program is about to end, so nothing holds the window
+}
+
+void WindowTest::followsTheTheme()
+{
+    Session session(ini());
+    const QPalette before = QApplication::palette();
+    QPalette dark = before;
+    dark.setColor(QPalette::Active, QPalette::WindowText, Qt::yellow);
+    dark.setColor(QPalette::Disabled, QPalette::WindowText, Qt::darkYellow);
+    const auto follows = [&](const QPalette& palette, QPalette::ColorGroup group) {
+        QApplication::setPalette(palette); // is told to the widgets later
+        for (const char* name : { "labelTotalFiles", "labelTotalTIFFPages", "labelTimeTaken" })
+            QTRY_COMPARE(
+                session.widget(name).palette().color(QPalette::Active, QPalette::WindowText),
+                palette.color(group, QPalette::WindowText));
+    };
+    session.controller.startProcess();
+    follows(dark, QPalette::Disabled);
+    session.controller.stopProcess();
+    follows(dark, QPalette::Active);
+    follows(before, QPalette::Active);
+}
+
+void WindowTest::printsItsHelpWithoutADisplay()
+{
+    for (const auto& [argument, beginning] : { std::pair(u"--help"_s, "Usage: pagestack ["),
+                                               std::pair(u"--version"_s, "pagestack ") }) {
+        QProcess program;
+        program.setEnvironment({ u"QT_QPA_PLATFORM=xcb"_s });
+        program.start(qEnvironmentVariable("PAGESTACK_BIN") + u"/pagestack"_s,
+                      { u"a.tif"_s, argument });
+        QVERIFY(program.waitForFinished(longMs));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        QVERIFY(program.readAllStandardOutput().startsWith(beginning));
+        QCOMPARE(program.readAllStandardError(), QByteArray());
+    }
+    QVERIFY(!programText({ u"--"_s, u"--help"_s }));
+    QCOMPARE(pathArguments({ u"--"_s, u"--help"_s }), QStringList { u"--help"_s });
 }
 
 void WindowTest::dividesTheWindow_data()

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace pagestack {
+
+/// What the program prints, instead of opening its window, for "--help" or "--version" among its
+/// arguments; none when it has neither before "--". Needs no application.
+std::optional<QString> programText(const QStringList& arguments);
+
+/// The files and folders among `arguments`: all but a first "--".
+QStringList pathArguments(QStringList arguments);
+
+} // namespace pagestack
