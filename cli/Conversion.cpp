@@ -156,12 +156,17 @@ namespace {
         refuseLogInPlaceOfInput(); // The log is written after a signal, too.
         if (Signals::received())
             return;
-        const TargetFindings found = findTargets(m_sources, m_outputs, m_settings, m_options);
-        const bool isStrict = m_options.onExists == OnExists::Error;
+        const RunPlan plan(m_outputs, m_settings,
+                           m_options.onExists == OnExists::Number ? RunPlan::Numbering::Taken
+                                                                  : RunPlan::Numbering::None,
+                           m_options.logFile.isEmpty() ? QString() : logTarget(m_options),
+                           [] { return Signals::received() == 0; });
+        m_outputs = plan.outputs();
+        const TargetFindings found = findingsOf(plan, m_sources, m_options);
         Findings refusals = found.unwritable;
         Findings warnings;
-        (isStrict ? refusals : warnings).add(found.shared);
-        if (isStrict)
+        refusals.add(found.shared);
+        if (m_options.onExists == OnExists::Error)
             refusals.add(found.existing);
         if (m_options.onExists == OnExists::Overwrite)
             warnings.add(found.replacedSources);

@@ -228,7 +228,7 @@ void Process::reportChain(const TiffDocument& document, const FileItem& item)
 
 void Process::keepPagesTogether(const Source& source, const QList<int>& range)
 {
-    const QString name = keptTogetherOutputName(source.output.filename);
+    const QString name = keptTogetherOutputName(source.output.filename, source.output.number);
     const QString path = joinedPath(source.record.targetPath, name);
     setOutputFileInProcess(name);
     if (!isWanted(path))
@@ -260,7 +260,8 @@ void Process::writePages(const Source& source, const QList<int>& range)
 
 void Process::writePage(const Source& source, int page)
 {
-    const QString name = pageOutputName(source.output.filename, *settings(), page);
+    const QString name
+        = pageOutputName(source.output.filename, *settings(), page, source.output.number);
     setOutputFileInProcess(name);
     PageImage image = source.document.page(page - 1);
     source.record.logFiles.push_back({ .targetFile = name, .sourcePageNo = page });
