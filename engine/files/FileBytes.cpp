@@ -19,6 +19,18 @@ void throwFileSystemError(const char* what, int errorNumber)
                              + std::generic_category().message(errorNumber));
 }
 
+bool isWantOfRoom(const std::string& reason)
+{
+    for (const int error : { ENOSPC, EDQUOT, EMFILE, ENFILE, ENOMEM })
+        if (reason.find(std::generic_category().message(error)) != std::string::npos)
+            return true;
+    // As libtiff, libjpeg and the C++ library say it.
+    for (const char* text : { "No space for", "memory", "bad_alloc" })
+        if (reason.find(text) != std::string::npos)
+            return true;
+    return false;
+}
+
 int openUnnamedFile()
 {
     QByteArray name = QFile::encodeName(QDir::tempPath()) + "/pagestack-XXXXXX";

@@ -41,6 +41,7 @@ TiffAssembly::TiffAssembly(const QString& path, int compression, int plannedPage
     if (bigTiff)
         header.insert(header.end(), { 8, 0, 0, 0 });
     header.resize(bigTiff ? bigHeaderBytes : classicHeaderBytes);
+    m_end = header.size();
     try {
         m_staged->write(header);
     } catch (const std::runtime_error& error) {
@@ -50,7 +51,7 @@ TiffAssembly::TiffAssembly(const QString& path, int compression, int plannedPage
 
 void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
 {
-    const std::uint64_t start = m_staged->size();
+    cutToPages();
     TiffPageSink sink { *m_staged,
                         std::string(m_isBigTiff ? bigHeaderBytes : classicHeaderBytes, '\0'),
                         m_isBigTiff ? ~std::uint64_t { 0 } : m_classicLimitBytes,
@@ -64,11 +65,7 @@ void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
             throw TooLarge("the file would be larger than 4 GB");
         if (!sink.writeError.empty())
             throw WriteFailure(sink.writeError);
-        try {
-            m_staged->resize(start);
-        } catch (const std::runtime_error& error) {
-            throw WriteFailure(error.what());
-        }
+        cutToPages();
         throw;
     }
     try {
@@ -81,6 +78,16 @@ void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
         throw WriteFailure(error.what());
     }
     ++m_pages;
+    m_end = m_staged->size();
+}
+
+/// Removes what is left of a page that could not be added.
+void TiffAssembly::cutToPages()
+try {
+    if (m_staged->size() != m_end)
+        m_staged->resize(m_end);
+} catch (const std::runtime_error& error) {
+    throw WriteFailure(error.what());
 }
 
 void TiffAssembly::encode(const PageSource& page, const TiffPieces* pieces, TiffPageSink& sink)
@@ -100,12 +107,14 @@ void TiffAssembly::linkDirectory(std::uint64_t directoryOffset)
     const std::uint64_t entryBytes = m_isBigTiff ? 20 : 12;
     const std::uint64_t entries = number(directoryOffset, countBytes);
     const std::uint64_t first = directoryOffset + static_cast<unsigned>(countBytes);
+    std::vector<std::uint64_t> pageNumbersAt;
     for (std::uint64_t entry = 0; entry < entries; ++entry)
         if (number(first + entry * entryBytes, 2) == TIFFTAG_PAGENUMBER)
-            m_pageNumbersAt.push_back(first + entry * entryBytes + (m_isBigTiff ? 12 : 8));
+            pageNumbersAt.push_back(first + entry * entryBytes + (m_isBigTiff ? 12 : 8));
     // Last: it may be far from what was written, which until then is read from memory.
-    putNumber(std::exchange(m_linkAt, first + entries * entryBytes), directoryOffset,
-              m_isBigTiff ? 8 : 4);
+    putNumber(m_linkAt, directoryOffset, m_isBigTiff ? 8 : 4);
+    m_linkAt = first + entries * entryBytes;
+    m_pageNumbersAt.insert(m_pageNumbersAt.end(), pageNumbersAt.begin(), pageNumbersAt.end());
 }
 
 std::uint64_t TiffAssembly::number(std::uint64_t offset, int bytes)

@@ -75,6 +75,21 @@ PreparedPage LookAhead::take(const TiffDocument& document, int page)
     return prepared;
 }
 
+bool LookAhead::dropAhead()
+{
+    bool isDropped = false;
+    for (const Step& step : m_steps)
+        if (step.task)
+            m_workers.drop(*step.task);
+    m_workers.settle();
+    for (Step& step : m_steps) {
+        const bool isAhead = &step != &m_steps.front();
+        isDropped = (step.task && isAhead) || isDropped;
+        step.task.reset();
+    }
+    return isDropped;
+}
+
 bool LookAhead::isBefore(const Step& step, PlanPlace place, int page) const
 {
     return std::tie(step.place, step.page) < std::tie(place, page);

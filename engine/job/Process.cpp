@@ -1,5 +1,6 @@
 #include "engine/job/Process.h"
 
+#include "engine/files/FileBytes.h"
 #include "engine/files/StagedNames.h"
 #include "engine/image/TiffDocument.h"
 #include "engine/job/LookAhead.h"
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -150,6 +152,23 @@ PreparedPage Process::takePage(const TiffDocument& document, int page)
     return m_lookAhead ? m_lookAhead->take(document, page) : PreparedPage {};
 }
 
+QString Process::withRoom(const std::function<QString()>& attempt)
+{
+    if (!m_lookAhead)
+        return attempt();
+    HeldLines lines;
+    QString reason;
+    {
+        LogHold hold; // a failure that is made good is not told
+        reason = attempt();
+        lines = hold.takeLines();
+    }
+    if (!reason.isNull() && isWantOfRoom(reason.toStdString()) && m_lookAhead->dropAhead())
+        return attempt();
+    writeHeldLines(lines);
+    return reason;
+}
+
 void Process::convertOutput(const OutputFile& output, qsizetype index)
 {
     const auto record = std::make_shared<LogFiles>();
@@ -182,12 +201,14 @@ void Process::convertItem(const OutputFile& output, PlanPlace place, LogFiles& r
     const FileItem& item = *output.fileItems.at(place.item);
     const QString path = item.filePath().toLocalFile();
     std::unique_ptr<TiffDocument> document;
-    QString refusal;
-    try {
-        document = openSource(path, place);
-    } catch (const std::exception& error) {
-        refusal = reasonOf(error);
-    }
+    const QString refusal = withRoom([&]() -> QString {
+        try {
+            document = openSource(path, place);
+            return {};
+        } catch (const std::exception& error) {
+            return reasonOf(error);
+        }
+    });
     try {
         if (document) {
             const std::optional<FileIdentity> identity = fileIdentity(QFile::encodeName(path));
@@ -305,11 +326,14 @@ QString Process::saveImage(const Source& source, PageImage& image, int page, con
     PreparedPage prepared = takePage(source.document, page);
     const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads->take();
     const std::optional<int> repairedRows = prepared.repairedRows;
-    if (image.save(path, *settings(), std::move(prepared), m_threads.get(), existing())) {
+    const QString trouble = withRoom([&]() -> QString {
+        if (image.save(path, *settings(), std::exchange(prepared, {}), m_threads.get(), existing()))
+            return {};
+        return image.failureReason().isNull() ? u""_s : image.failureReason();
+    });
+    if (trouble.isNull())
         remarkRepairs(source.document, page, repairedRows.value_or(image.repairedRows()));
-        return {};
-    }
-    return image.failureReason().isNull() ? u""_s : image.failureReason();
+    return trouble;
 }
 
 void Process::remarkRepairs(const TiffDocument& document, int page, int rows)

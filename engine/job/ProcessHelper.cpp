@@ -73,7 +73,8 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
     if (file.pageCount() == 0)
         return false;
     const QString loss = lossOfPages(*document, file.pageCount(), path);
-    if (loss.isNull() && file.commit(existing())) {
+    const auto commit = [&] { return file.commit(existing()) ? QString() : file.failureReason(); };
+    if (loss.isNull() && withRoom(commit).isNull()) {
         emit fileWritten(document->path(), path, file.pageCount());
         return true;
     }
@@ -119,7 +120,7 @@ Process::PageOutcome Process::gatherPage(MultiPageTiff& file, const TiffDocument
     try {
         PreparedPage prepared = takePage(document, record.sourcePageNo);
         const std::optional<int> repairedRows = prepared.repairedRows;
-        file.append(image, std::move(prepared));
+        appendPage(file, image, prepared);
         if (file.failureReason().isEmpty())
             remarkRepairs(document, record.sourcePageNo,
                           repairedRows.value_or(image.repairedRows()));
@@ -130,6 +131,29 @@ Process::PageOutcome Process::gatherPage(MultiPageTiff& file, const TiffDocument
     }
     record.status = u"Completed"_s;
     return PageOutcome::Written;
+}
+
+/// Throws as MultiPageTiff::append does.
+void Process::appendPage(MultiPageTiff& file, const PageImage& image, PreparedPage& prepared)
+{
+    const bool wasWhole = file.failureReason().isEmpty();
+    bool isAgain = false;
+    std::exception_ptr refusal;
+    withRoom([&] {
+        try {
+            refusal = nullptr;
+            if (std::exchange(isAgain, true) && wasWhole && !file.failureReason().isEmpty())
+                file.appendAgain(image);
+            else
+                file.append(image, std::exchange(prepared, {}));
+            return wasWhole && !file.failureReason().isEmpty() ? file.failureReason() : QString();
+        } catch (const std::exception& error) {
+            refusal = std::current_exception();
+            return QString::fromUtf8(error.what());
+        }
+    });
+    if (refusal)
+        std::rethrow_exception(refusal);
 }
 
 } // namespace pagestack
