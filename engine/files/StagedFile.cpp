@@ -24,7 +24,6 @@ namespace {
     constexpr std::size_t appendBufferBytes = std::size_t { 256 } * 1024;
     constexpr std::uint64_t longestGap = 4096; // that is filled rather than left to the file system
     constexpr int longestLinkChain = 40;
-    constexpr char nameIsTaken[] = "a file of that name has appeared during the run";
 
     /// The file that a write to `path` would end in: links are followed also when they dangle.
     QByteArray resolveLinks(const QByteArray& path)
@@ -190,7 +189,7 @@ void StagedFile::commit(Existing existing)
     flush();
     lookAtTarget(); // by now there may be something
     if (existing == Existing::Kept && m_replaces)
-        throw std::runtime_error(nameIsTaken);
+        throw NameTaken();
     if (m_inPlace) {
         replaceContent(m_target, m_file, m_size);
         return;
@@ -211,7 +210,7 @@ void StagedFile::putInPlace(Existing existing)
 {
     if (existing == Existing::Kept) {
         if (!takeFreeName(m_temporary, m_target))
-            throw std::runtime_error(nameIsTaken);
+            throw NameTaken();
         return;
     }
     const auto rename = [&] { return ::rename(m_temporary.constData(), m_target.constData()); };

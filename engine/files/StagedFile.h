@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <stdexcept>
 #include <vector>
 
 namespace pagestack {
@@ -24,6 +25,16 @@ public:
     enum class Existing {
         Replaced,
         Kept, ///< it is an error, also when it has come a moment ago
+    };
+
+    /// What is there was to be kept.
+    class NameTaken : public std::runtime_error
+    {
+    public:
+        NameTaken()
+            : std::runtime_error("a file of that name has appeared during the run")
+        {
+        }
     };
 
     /// Creates the temporary file. Throws std::runtime_error with the reason (no such folder, no
@@ -53,8 +64,8 @@ public:
     /// memory: for a complete file that waits. Throws std::runtime_error with the reason.
     void settle();
 
-    /// Puts the file in place of the target. Throws std::runtime_error with the reason; the target
-    /// is then as it was.
+    /// Puts the file in place of the target. Throws NameTaken, or std::runtime_error with another
+    /// reason; the target is then as it was.
     void commit(Existing existing = Existing::Replaced);
 
 private:

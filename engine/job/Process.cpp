@@ -61,6 +61,9 @@ Process::Process(Workspace* workspace, TimeLine updateTimeTakenLabel, QObject* p
     , m_message(u""_s)
     , m_log(std::make_shared<Log>())
 {
+    // First of all listeners, and on the job's thread: what is told is in the log.
+    connect(this, &Process::troubleMet, this, &Process::addReason, Qt::DirectConnection);
+    connect(this, &Process::pageRemarked, this, &Process::addReason, Qt::DirectConnection);
 }
 
 Process::~Process() = default;
@@ -346,6 +349,19 @@ void Process::remarkRepairs(const TiffDocument& document, int page, int rows)
                  : u"%1 rows of the fax are damaged; what is lost of them is white"_s.arg(rows)));
 }
 
+/// To the record of the page, which is the last one, or of the source in hand.
+void Process::addReason(const QString&, int pageNo, const QString& reason)
+{
+    const std::shared_ptr<Log> runLog = log();
+    if (runLog->files.empty())
+        return;
+    LogFiles& source = *runLog->files.back();
+    const bool isOfPage
+        = pageNo > 0 && !source.logFiles.empty() && source.logFiles.back().sourcePageNo == pageNo;
+    QString& told = isOfPage ? source.logFiles.back().reason : source.reason;
+    told = told.isNull() ? reason : told + u"; "_s + reason;
+}
+
 StagedFile::Existing Process::existing() const
 {
     return m_keepsExisting ? StagedFile::Existing::Kept : StagedFile::Existing::Replaced;
@@ -379,6 +395,8 @@ void Process::saveLog()
 {
     const std::shared_ptr<Log> runLog = log();
     runLog->endTime = QDateTime::currentDateTime();
+    runLog->isCancelled = !isCombining();
+    runLog->reason = m_failure;
     runLog->save();
     if (const QString fault = runLog->saveFault(); !fault.isNull())
         emit logTroubleMet(runLog->logFilePath(), u"the log could not be written: "_s + fault);

@@ -213,6 +213,7 @@ private:
     void savePage(const Source& source, PageImage& image, LogFile& record);
     void skipTogether(const Source& source, const QList<int>& range, const QString& path);
     void skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles);
+    void addReason(const QString& sourcePath, int pageNo, const QString& reason);
     StagedFile::Existing existing() const;
     void convertOrFail();
     void gatherPages(MultiPageTiff& file, const QString& path, const QList<int>& range,

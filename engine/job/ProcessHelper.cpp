@@ -57,6 +57,7 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
 {
     if (!document)
         return false;
+    logFiles.gathered = GatheredFile::NotWritten; // until it is
     MultiPageTiff file(path, settings()->tiffCompressionIndex(), static_cast<int>(range.size()));
     try {
         gatherPages(file, path, range, *document, logFiles);
@@ -66,8 +67,8 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
         emit troubleMet(document->path(), 0, reason);
     } catch (...) {
         // The pages gathered are kept; the result is lost with the exception.
-        if (lossOfPages(*document, file.pageCount(), path).isNull())
-            file.commit(existing());
+        if (lossOfPages(*document, file.pageCount(), path).isNull() && file.commit(existing()))
+            logFiles.gathered = GatheredFile::None;
         throw;
     }
     if (file.pageCount() == 0)
@@ -75,6 +76,7 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
     const QString loss = lossOfPages(*document, file.pageCount(), path);
     const auto commit = [&] { return file.commit(existing()) ? QString() : file.failureReason(); };
     if (loss.isNull() && withRoom(commit).isNull()) {
+        logFiles.gathered = GatheredFile::None;
         emit fileWritten(document->path(), path, file.pageCount());
         return true;
     }
@@ -85,10 +87,11 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
     return false;
 }
 
-/// For pages that were gathered before something came to their target. Those records that were put
-/// aside already stay as they are.
+/// For pages that were gathered before something came to their target. The records that were put
+/// aside take it from that of the source.
 void Process::skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles)
 {
+    logFiles.gathered = GatheredFile::Skipped;
     for (LogFile& record : logFiles.logFiles)
         if (record.status == u"Completed")
             record.status = u"Skipped"_s;

@@ -175,6 +175,11 @@ Total 2 files converted successfully.
         u"! none/copy.xml: *\n1 a1.jpg LOG"_s);
     // The program's own log is no such promise.
     row("no place for the log", u"a.tif:W data"_s, u"-q a.tif"_s, u"! *\n0 a1.jpg"_s);
+    row("a language with other digits", u"a.tif:W"_s,
+        u"sh LC_ALL=ar_EG.UTF-8 '%1' -q a.tif --log l; ls data/*/*/Logs | grep -x '[0-9]*.log' | "
+        u"wc -l; "
+        "grep -c 'EndTime=\"[0-9/]* [0-9:]* [AP]M\" Start=\"[-0-9]*T' l; rm -r data"_s,
+        u"1\n1\n0 a1.jpg l"_s);
     row("verbose", u"a.tif:WW"_s, u"-v a.tif -o ."_s,
         u"./a1.jpg\n./a2.jpg\na.tif: 2 pages written\nTotal 2 files converted successfully.\n"
         "0 a1.jpg a2.jpg LOG"_s);
