@@ -58,6 +58,22 @@ namespace {
 
 } // namespace
 
+bool swapNames(const QByteArray& one, const QByteArray& other)
+{
+    return retryInterrupted([&]() -> int {
+#if defined(RENAME_EXCHANGE)
+               return ::renameat2(AT_FDCWD, one.constData(), AT_FDCWD, other.constData(),
+                                  RENAME_EXCHANGE);
+#elif defined(RENAME_SWAP) // macOS
+               return ::renamex_np(one.constData(), other.constData(), RENAME_SWAP);
+#else
+               errno = ENOSYS;
+               return -1;
+#endif
+           })
+        == 0;
+}
+
 bool takeFreeName(const QByteArray& from, const QByteArray& to)
 {
     for (const auto attempt : { renameInOneStep, linkAndUnlink, lookAndRename }) {

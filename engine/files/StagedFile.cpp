@@ -44,6 +44,14 @@ namespace {
         throwFileSystemError("cannot follow the symbolic link", ELOOP);
     }
 
+    /// Where there is nothing any more, nothing is lost either.
+    void checkUnchanged(const QByteArray& target, const std::optional<FileState>& expected)
+    {
+        const std::optional<FileState> found = expected ? fileState(target) : std::nullopt;
+        if (found && found != expected)
+            throw StagedFile::TargetChanged();
+    }
+
 } // namespace
 
 StagedFile::StagedFile(const QString& targetPath)
@@ -184,14 +192,14 @@ void StagedFile::settle()
         syncToDisk(m_file);
 }
 
-void StagedFile::commit(Existing existing)
+void StagedFile::commit(Existing existing, const std::optional<FileState>& expected)
 {
     flush();
     lookAtTarget(); // by now there may be something
     if (existing == Existing::Kept && m_replaces)
         throw NameTaken();
     if (m_inPlace) {
-        replaceContent(m_target, m_file, m_size);
+        replaceContent(m_target, m_file, m_size, [&] { checkUnchanged(m_target, expected); });
         return;
     }
     if (m_replaces) {
@@ -200,22 +208,46 @@ void StagedFile::commit(Existing existing)
         syncToDisk(m_file);
     }
     checkAtClose(m_file);
-    putInPlace(existing);
+    putInPlace(existing, expected);
     m_temporary.clear();
     ::close(std::exchange(m_file, -1));
 }
 
 /// Still open, and so still owned: nobody takes it for a leftover.
-void StagedFile::putInPlace(Existing existing)
+void StagedFile::putInPlace(Existing existing, const std::optional<FileState>& expected)
 {
     if (existing == Existing::Kept) {
         if (!takeFreeName(m_temporary, m_target))
             throw NameTaken();
         return;
     }
+    checkUnchanged(m_target, expected);
+    if (expected && swapIn(*expected))
+        return;
     const auto rename = [&] { return ::rename(m_temporary.constData(), m_target.constData()); };
     if (retryInterrupted(rename) != 0)
         throwFileSystemError("cannot put the file in place", errno);
+}
+
+/// What comes to the target after the last look is still there when the names are swapped, and gets
+/// its own back. False where the file system knows no such step; nothing is changed then.
+bool StagedFile::swapIn(const FileState& expected)
+{
+    if (!swapNames(m_temporary, m_target))
+        return false;
+    // The swap itself changes the time at which the description was changed.
+    const std::optional<FileState> old = fileState(m_temporary);
+    if (old && old->identity == expected.identity && old->sizeBytes == expected.sizeBytes
+        && old->modifiedNs == expected.modifiedNs) {
+        ::unlink(m_temporary.constData());
+        return true;
+    }
+    if (!swapNames(m_temporary, m_target)) {
+        // The new file is gone from there.
+        const QByteArray kept = std::exchange(m_temporary, {});
+        takeFreeName(kept, m_target);
+    }
+    throw TargetChanged();
 }
 
 /// Owner, group and permissions of the file that is replaced. Who may not give the file away keeps

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "engine/files/ByteFile.h"
+#include "engine/files/FileState.h"
 
 #include <QString>
 
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -37,6 +39,16 @@ public:
         }
     };
 
+    /// What is there is not what was to be replaced.
+    class TargetChanged : public std::runtime_error
+    {
+    public:
+        TargetChanged()
+            : std::runtime_error("the file is kept as it is, since it has changed meanwhile")
+        {
+        }
+    };
+
     /// Creates the temporary file. Throws std::runtime_error with the reason (no such folder, no
     /// permission, the target is no regular file).
     explicit StagedFile(const QString& targetPath);
@@ -64,14 +76,17 @@ public:
     /// memory: for a complete file that waits. Throws std::runtime_error with the reason.
     void settle();
 
-    /// Puts the file in place of the target. Throws NameTaken, or std::runtime_error with another
-    /// reason; the target is then as it was.
-    void commit(Existing existing = Existing::Replaced);
+    /// Puts the file in place of the target. A file that is replaced must be `expected`, if that is
+    /// given, and as it was then, up to the moment in which it is replaced. Throws NameTaken,
+    /// TargetChanged, or std::runtime_error with another reason; the target is then as it was.
+    void commit(Existing existing = Existing::Replaced,
+                const std::optional<FileState>& expected = std::nullopt);
 
 private:
     void lookAtTarget();
     bool createBesideTarget();
-    void putInPlace(Existing existing);
+    void putInPlace(Existing existing, const std::optional<FileState>& expected);
+    bool swapIn(const FileState& expected);
     void keepPermissions();
     void flush();
     /// Whether these bytes have not been handed to the file system yet.

@@ -127,12 +127,12 @@ std::unique_ptr<StagedFile> MultiPageTiff::finish()
     return m_complete ? std::move(m_complete) : m_assembly->finish();
 }
 
-bool MultiPageTiff::commit(StagedFile::Existing existing)
+bool MultiPageTiff::commit(StagedFile::Existing existing, const std::optional<FileState>& expected)
 {
     try {
         if (!m_finished)
             m_finished = finish();
-        m_finished->commit(existing);
+        m_finished->commit(existing, expected);
         m_failureReason.clear();
         return true;
     } catch (const std::exception& error) {

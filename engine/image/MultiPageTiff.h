@@ -56,7 +56,9 @@ public:
 
     /// Puts the file in place. False when nothing was gathered or the file could not be written;
     /// what was at the path is then as it was, and it may be tried again.
-    bool commit(StagedFile::Existing existing = StagedFile::Existing::Replaced);
+    /// `expected` as for StagedFile::commit.
+    bool commit(StagedFile::Existing existing = StagedFile::Existing::Replaced,
+                const std::optional<FileState>& expected = std::nullopt);
 
     /// Why `commit` returned, or will return, false; empty after a success.
     QString failureReason() const { return m_failureReason; }

@@ -18,18 +18,26 @@ namespace pagestack {
 
 namespace {
 
+    /// The state that the file at `path` must have to be replaced: of the source, when it is that;
+    /// none when it is another file, or none is there.
+    std::optional<FileState> ownSource(const TiffDocument& document, const QString& path)
+    {
+        const std::optional<FileIdentity> target = fileIdentity(QFile::encodeName(path));
+        const FileState& opened = document.stateAtOpening();
+        const bool isSource = target
+            && (target == opened.identity
+                || target == fileIdentity(QFile::encodeName(document.path())));
+        return isSource ? std::optional(opened) : std::nullopt;
+    }
+
     /// Why `pages` pages must not be put in place at `path`, where they would be all that is left
     /// of the source; null when they may.
     QString lossOfPages(const TiffDocument& document, int pages, const QString& path)
     {
-        const std::optional<FileState> target = fileState(QFile::encodeName(path));
-        const FileState& opened = document.stateAtOpening();
-        const bool isSource = target
-            && (target->identity == opened.identity
-                || target->identity == fileIdentity(QFile::encodeName(document.path())));
-        if (!isSource)
+        const std::optional<FileState> expected = ownSource(document, path);
+        if (!expected)
             return {};
-        if (target != opened)
+        if (fileState(QFile::encodeName(path)) != expected)
             return u"the file is kept as it is, since it has changed since its pages were read"_s;
         if (pages != document.pageCount() || !document.chainFault().isEmpty())
             return u"the file is kept as it is, since not all of its pages could be gathered to "
@@ -67,14 +75,18 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
         emit troubleMet(document->path(), 0, reason);
     } catch (...) {
         // The pages gathered are kept; the result is lost with the exception.
-        if (lossOfPages(*document, file.pageCount(), path).isNull() && file.commit(existing()))
+        if (lossOfPages(*document, file.pageCount(), path).isNull()
+            && file.commit(existing(), ownSource(*document, path)))
             logFiles.gathered = GatheredFile::None;
         throw;
     }
     if (file.pageCount() == 0)
         return false;
     const QString loss = lossOfPages(*document, file.pageCount(), path);
-    const auto commit = [&] { return file.commit(existing()) ? QString() : file.failureReason(); };
+    const auto commit = [&] {
+        return file.commit(existing(), ownSource(*document, path)) ? QString()
+                                                                   : file.failureReason();
+    };
     if (loss.isNull() && withRoom(commit).isNull()) {
         logFiles.gathered = GatheredFile::None;
         emit fileWritten(document->path(), path, file.pageCount());
