@@ -121,6 +121,7 @@ void PageWorkers::work()
         if (!self)
             self = m_spareThreads.take();
         prepare(*task, desk);
+        task.reset(); // so that whoever drops a settled page is the last to hold it
         const std::scoped_lock lock(m_mutex);
         if (--m_inWork == 0)
             m_hasSettled.notify_all();
