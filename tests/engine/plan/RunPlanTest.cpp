@@ -104,7 +104,7 @@ void RunPlanTest::findsWhatARunComesUpon_data()
         QTest::newRow(name) << sources << changes << found << clashing
                             << (taken.isNull() ? clashing : taken);
     };
-    row("one name each", u"a.tif:WW A.tif:W b.tif"_s, {}, {}, u"[a1.png a2.png] [A1.png] []"_s);
+    row("one name each", u"a.tif:WW c.tif:W b.tif"_s, {}, {}, u"[a1.png a2.png] [c1.png] []"_s);
     // Who comes later gives way, but not to the number of another.
     row("one name", u"x/a.tif:W y/a.tif:WW a1-.tif:WW z/a.tif:WW"_s, {},
         u"a1.png of 1 and 0, a1.png of 3 and 0, a2.png of 3 and 1"_s,
