@@ -30,6 +30,21 @@ namespace {
 #endif
     }
 
+    /// The same for two files that change their names.
+    int swapInOneStep(const char* one, const char* other)
+    {
+#if defined(RENAME_EXCHANGE)
+        return ::renameat2(AT_FDCWD, one, AT_FDCWD, other, RENAME_EXCHANGE);
+#elif defined(RENAME_SWAP) // macOS
+        return ::renamex_np(one, other, RENAME_SWAP);
+#else
+        static_cast<void>(one);
+        static_cast<void>(other);
+        errno = ENOSYS;
+        return -1;
+#endif
+    }
+
     /// By a second name. Should the first stay, it is that of a leftover.
     int linkAndUnlink(const char* from, const char* to)
     {
@@ -60,18 +75,12 @@ namespace {
 
 bool swapNames(const QByteArray& one, const QByteArray& other)
 {
-    return retryInterrupted([&]() -> int {
-#if defined(RENAME_EXCHANGE)
-               return ::renameat2(AT_FDCWD, one.constData(), AT_FDCWD, other.constData(),
-                                  RENAME_EXCHANGE);
-#elif defined(RENAME_SWAP) // macOS
-               return ::renamex_np(one.constData(), other.constData(), RENAME_SWAP);
-#else
-               errno = ENOSYS;
-               return -1;
-#endif
-           })
-        == 0;
+    const auto swap = [&] { return swapInOneStep(one.constData(), other.constData()); };
+    if (retryInterrupted(swap) == 0)
+        return true;
+    if (!isUnknownCall(errno) && errno != ENOENT)
+        throwFileSystemError("cannot put the file in place", errno);
+    return false;
 }
 
 bool takeFreeName(const QByteArray& from, const QByteArray& to)

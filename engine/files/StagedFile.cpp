@@ -242,11 +242,12 @@ bool StagedFile::swapIn(const FileState& expected)
         ::unlink(m_temporary.constData());
         return true;
     }
-    if (!swapNames(m_temporary, m_target)) {
-        // The new file is gone from there.
-        const QByteArray kept = std::exchange(m_temporary, {});
-        takeFreeName(kept, m_target);
-    }
+    // Until it is back, the temporary name is that of the other program's file.
+    const QByteArray temporary = std::exchange(m_temporary, {});
+    if (swapNames(temporary, m_target))
+        m_temporary = temporary;
+    else
+        takeFreeName(temporary, m_target); // the new file is gone from there
     throw TargetChanged();
 }
 
