@@ -47,6 +47,10 @@ namespace {
         bool lookUpSources();
         void takeSettings();
         void planOutputs();
+        bool isLogInFile() const
+        {
+            return !m_options.logFile.isEmpty() && !LogCopy::isStandardOutput(m_options.logFile);
+        }
         void refuseLogInPlaceOfInput();
         void checkTargets();
         void report(const Findings& findings);
@@ -149,7 +153,7 @@ namespace {
 
     void Conversion::refuseLogInPlaceOfInput()
     {
-        if (m_options.logFile.isEmpty() || LogCopy::isStandardOutput(m_options.logFile))
+        if (!isLogInFile())
             return;
         const std::optional<FileIdentity> log
             = fileIdentity(QFile::encodeName(logTarget(m_options)));
@@ -168,12 +172,17 @@ namespace {
         refuseLogInPlaceOfInput(); // The log is written after a signal, too.
         if (Signals::received())
             return tryLog(false);
-        const TargetFindings found = findTargets(m_sources, m_outputs, m_settings, m_options);
-        const bool isStrict = m_options.onExists == OnExists::Error;
+        const RunPlan plan(m_outputs, m_settings,
+                           m_options.onExists == OnExists::Number ? RunPlan::Numbering::Taken
+                                                                  : RunPlan::Numbering::None,
+                           isLogInFile() ? logTarget(m_options) : QString(),
+                           [] { return Signals::received() == 0; });
+        m_outputs = plan.outputs();
+        const TargetFindings found = findingsOf(plan, m_sources, m_options);
         Findings refusals = found.unwritable;
         Findings warnings;
-        (isStrict ? refusals : warnings).add(found.shared);
-        if (isStrict)
+        refusals.add(found.shared);
+        if (m_options.onExists == OnExists::Error)
             refusals.add(found.existing);
         if (m_options.onExists == OnExists::Overwrite)
             warnings.add(found.replacedSources);

@@ -35,7 +35,7 @@ namespace {
 
     const QString& policies()
     {
-        static const QString names = u"error|overwrite|skip"_s;
+        static const QString names = u"error|overwrite|skip|number"_s;
         return names;
     }
 
@@ -110,9 +110,10 @@ namespace {
                   options.outputFolder = named(value, u"output folder"_s);
               } },
             { 0, u"on-exists"_s, policies(),
-              u"when a target exists or two pages share it: refuse the whole run (default), "
-              u"replace, "
-              "or leave it as it is"_s,
+              u"when a target exists: refuse the whole run (default), replace it, leave it as it "
+              u"is, "
+              "or number all pages of its source: scan1-2.jpg, scan2-2.jpg ...; two sources that "
+              "want one target are refused, except with 'number', which numbers the later one"_s,
               [](Options& options, const QString& value) {
                   options.onExists = OnExists { choice(value, policies(), u"policy"_s) };
               } },

@@ -19,11 +19,13 @@ public:
     }
 };
 
-/// What is done when a target exists already.
+/// What is done when a target exists already. Two pages of a run never share one: that is refused,
+/// or, with `Number`, the later one is numbered.
 enum class OnExists {
     Error, ///< the run is refused before anything is written
     Overwrite,
     Skip,
+    Number, ///< the output gets a number behind its name
 };
 
 enum class ProgressMode {

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "cli/Sources.h"
-#include "engine/job/OutputFile.h"
+#include "engine/plan/RunPlan.h"
 
-#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -13,7 +12,6 @@
 namespace pagestack {
 
 struct Options;
-class Settings;
 
 /// Output that cannot go where it should; nothing was written.
 class OutputRefused : public std::runtime_error
@@ -59,9 +57,9 @@ struct TargetFindings
     Findings replacedSources; ///< sources that the output of another source would replace
 };
 
-/// Works out the name of every target of the run. `outputs` belong to `sources` one by one.
-TargetFindings findTargets(const QList<Source>& sources, const QList<OutputFile>& outputs,
-                           const Settings& settings, const Options& options);
+/// What `plan` came upon, in the words of the user. Its outputs belong to `sources` one by one.
+TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources,
+                          const Options& options);
 
 /// The path of the target `name` of `source` as the user knows it.
 QString shownTarget(const Source& source, const QString& name, const Options& options);

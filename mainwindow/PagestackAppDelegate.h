@@ -17,6 +17,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QAbstractButton;
 class QLineEdit;
@@ -39,13 +40,14 @@ class Workspace;
 
 /// The main controller: owns the main window's controls, the file list, the live settings and the
 /// current conversion job, and carries out what the user asks for. One class over several files,
-/// one a concern: start-up (PagestackAppDelegate.cpp), menus (...Menus.cpp), the run (...Run.cpp),
-/// the settings pane (...Settings.cpp), loading (...Files.cpp), path lists (...Import.cpp), the
-/// commands on the list (...List.cpp, ...Sort.cpp, ...Find.cpp, ...Export.cpp), on files
+/// one a concern: start-up (PagestackAppDelegate.cpp), menus (...Menus.cpp), the run (...Run.cpp,
+/// ...Plan.cpp), the settings pane (...Settings.cpp), loading (...Files.cpp), path lists
+/// (...Import.cpp), the commands on the list (...List.cpp, ...Sort.cpp, ...Find.cpp,
+/// ...Export.cpp), on files
 /// (...FileActions.cpp), totals (...Totals.cpp), the end of the program (...Lifecycle.cpp).
 ///
 /// Main thread only, but for `loadURLs` and what `LoaderTarget` names, which the loader's thread
-/// calls.
+/// calls, and `isPlanClear`, which that of the run calls.
 class PagestackAppDelegate : public QObject,
                              private LoaderTarget,
                              private ImportFilesWindowControllerDelegate
@@ -214,6 +216,10 @@ private:
     void refuse(const QString& text);
     void refuseOutputFolder();
     void beginRun();
+    void startRun(const QList<OutputFile>& outputs, bool isPlanned);
+    bool isPlanClear(const Process& job);
+    void askForNumbers();
+    void leaveRun();
     void startWorker(std::function<void()> work);
     void startBusy(std::function<void()> work);
     void workerEnded();
@@ -242,6 +248,13 @@ private:
     std::unique_ptr<Process> m_process;
     std::unique_ptr<ProcessPanel> m_processViewPanel;
     std::unique_ptr<QThread> m_worker; ///< the load or the run under way; null when idle
+    /// Of the run that was not begun, since some of its outputs would end in one file: what to ask.
+    struct Clash
+    {
+        QString question;
+        QList<OutputFile> numbered; ///< the outputs that would not
+    };
+    std::optional<Clash> m_clash; ///< to be asked when the worker has ended
     std::atomic<bool> m_isProcessing = false; ///< written by the main thread, polled by the loader
     bool m_showSettings = true;
     bool m_isViewEnabled = true; ///< what resetView was last called with

@@ -113,8 +113,11 @@ void PagestackAppDelegate::startBusy(std::function<void()> work)
 void PagestackAppDelegate::workerEnded()
 {
     finishWorker();
-    if (!m_isTerminating)
+    if (!m_isTerminating) {
+        if (m_clash)
+            askForNumbers();
         return;
+    }
     m_isTerminating = false;
     emit readyToTerminate();
 }

@@ -77,19 +77,28 @@ void PagestackAppDelegate::beginRun()
             output.fileItems = { item };
             outputs.append(output);
         }
-        m_process->setOutputFiles(outputs);
-        m_process->setTotalFileSelected(static_cast<int>(outputs.size()));
-        m_processViewPanel->follow(*m_process, m_files.checkedPages());
-        resetView(false);
-        startProcess();
-        m_ui->loadingIndicator->stopAnimation();
-        resetViewForProcess(false);
-        Process* job = m_process.get();
-        startWorker([job] { job->start(); });
-        m_processViewPanel->open();
+        startRun(outputs, false);
     } catch (const std::exception& error) {
         systemLogError(u"Split"_s, error);
     }
+}
+
+/// Outputs that were not planned are, by the run's thread, before anything is written.
+void PagestackAppDelegate::startRun(const QList<OutputFile>& outputs, bool isPlanned)
+{
+    m_process->setOutputFiles(outputs);
+    m_process->setTotalFileSelected(static_cast<int>(outputs.size()));
+    m_processViewPanel->follow(*m_process, m_files.checkedPages());
+    resetView(false);
+    startProcess();
+    m_ui->loadingIndicator->stopAnimation();
+    resetViewForProcess(false);
+    Process* job = m_process.get();
+    startWorker([this, job, isPlanned] {
+        if (isPlanned || isPlanClear(*job))
+            job->start();
+    });
+    m_processViewPanel->open();
 }
 
 void PagestackAppDelegate::cancelAction()
@@ -118,11 +127,16 @@ void PagestackAppDelegate::closeProcessAction()
     if (m_settings && m_settings->isClearProcessedFiles()) {
         removeConverted();
     }
+    leaveRun();
+    m_process.reset();
+}
+
+void PagestackAppDelegate::leaveRun()
+{
     resetViewForProcess(true);
     stopProcess();
     resetView(true);
     m_ui->mainTableView->setFocus();
-    m_process.reset();
 }
 
 void PagestackAppDelegate::removeConverted()

@@ -34,6 +34,18 @@ bool canOpenFiles(int count)
     return static_cast<int>(files.size()) == count;
 }
 
+bool isWantOfRoom(const std::string& reason)
+{
+    for (const int error : { ENOSPC, EDQUOT, EMFILE, ENFILE, ENOMEM })
+        if (reason.find(std::generic_category().message(error)) != std::string::npos)
+            return true;
+    // As libtiff, libjpeg and the C++ library say it.
+    for (const char* text : { "No space for", "memory", "bad_alloc" })
+        if (reason.find(text) != std::string::npos)
+            return true;
+    return false;
+}
+
 int openUnnamedFile()
 {
     QByteArray name = QFile::encodeName(QDir::tempPath()) + "/pagestack-XXXXXX";

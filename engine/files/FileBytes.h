@@ -3,12 +3,17 @@
 #include <cerrno>
 #include <cstdint>
 #include <span>
+#include <string>
 
 namespace pagestack {
 
 /// Throws std::runtime_error with the reason "WHAT: text of the error number", for example
 /// "cannot write: No space left on device".
 [[noreturn]] void throwFileSystemError(const char* what, int errorNumber);
+
+/// Whether `reason`, of this program or of a codec, says that there was no room: on the disk, in
+/// memory or for one more open file.
+bool isWantOfRoom(const std::string& reason);
 
 /// Makes a system call again while a signal interrupts it. Not for close(), which is done all the
 /// same.

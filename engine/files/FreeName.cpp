@@ -30,6 +30,21 @@ namespace {
 #endif
     }
 
+    /// The same for two files that change their names.
+    int swapInOneStep(const char* one, const char* other)
+    {
+#if defined(RENAME_EXCHANGE)
+        return ::renameat2(AT_FDCWD, one, AT_FDCWD, other, RENAME_EXCHANGE);
+#elif defined(RENAME_SWAP) // macOS
+        return ::renamex_np(one, other, RENAME_SWAP);
+#else
+        static_cast<void>(one);
+        static_cast<void>(other);
+        errno = ENOSYS;
+        return -1;
+#endif
+    }
+
     /// By a second name. Should the first stay, it is that of a leftover.
     int linkAndUnlink(const char* from, const char* to)
     {
@@ -57,6 +72,16 @@ namespace {
     }
 
 } // namespace
+
+bool swapNames(const QByteArray& one, const QByteArray& other)
+{
+    const auto swap = [&] { return swapInOneStep(one.constData(), other.constData()); };
+    if (retryInterrupted(swap) == 0)
+        return true;
+    if (!isUnknownCall(errno) && errno != ENOENT)
+        throwFileSystemError("cannot put the file in place", errno);
+    return false;
+}
 
 bool takeFreeName(const QByteArray& from, const QByteArray& to)
 {

@@ -9,4 +9,8 @@ namespace pagestack {
 /// the reason. Both in the file system's encoding, in one folder.
 bool takeFreeName(const QByteArray& from, const QByteArray& to);
 
+/// Gives each of two files the other's name, in one step. False, with nothing changed, where the
+/// file system knows no such step or one of the names leads to nothing. Throws as above.
+bool swapNames(const QByteArray& one, const QByteArray& other);
+
 } // namespace pagestack

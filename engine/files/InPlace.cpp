@@ -45,7 +45,8 @@ namespace {
 
 } // namespace
 
-void replaceContent(const QByteArray& target, int from, std::uint64_t size)
+void replaceContent(const QByteArray& target, int from, std::uint64_t size,
+                    const std::function<void()>& lastLook)
 {
     const int to = retryInterrupted(
         [&] { return ::open(target.constData(), O_RDWR | O_NOFOLLOW | O_CLOEXEC); });
@@ -56,6 +57,7 @@ void replaceContent(const QByteArray& target, int from, std::uint64_t size)
     const auto closeOld = qScopeGuard([old] { ::close(old); });
     const std::uint64_t oldSize = sizeOf(to);
     copyBytes(to, old, 0, oldSize);
+    lastLook();
     bool isTouched = false;
     try {
         // What it grows by comes first: a disk without room for it is noticed in time.

@@ -24,7 +24,6 @@ namespace {
     constexpr std::size_t appendBufferBytes = std::size_t { 256 } * 1024;
     constexpr std::uint64_t longestGap = 4096; // that is filled rather than left to the file system
     constexpr int longestLinkChain = 40;
-    constexpr char nameIsTaken[] = "a file of that name has appeared during the run";
 
     /// In a folder that others may write to anybody could lead us to one of our own files, so that
     /// a link counts there only when it is ours or belongs to the folder's owner.
@@ -67,6 +66,14 @@ namespace {
         if (::geteuid() == 0)
             return (mode & S_IWUSR) == 0;
         return ::access(path.constData(), W_OK) != 0 && (errno == EACCES || errno == EPERM);
+    }
+
+    /// Where there is nothing any more, nothing is lost either.
+    void checkUnchanged(const QByteArray& target, const std::optional<FileState>& expected)
+    {
+        const std::optional<FileState> found = expected ? fileState(target) : std::nullopt;
+        if (found && found != expected)
+            throw StagedFile::TargetChanged();
     }
 
 } // namespace
@@ -212,16 +219,16 @@ void StagedFile::settle()
         syncToDisk(m_file);
 }
 
-void StagedFile::commit(Existing existing)
+void StagedFile::commit(Existing existing, const std::optional<FileState>& expected)
 {
     flush();
     if (existing == Existing::Kept && m_isBehindLink)
-        throw std::runtime_error(nameIsTaken);
+        throw NameTaken();
     lookAtTarget(); // by now there may be something
     if (existing == Existing::Kept && m_replaces)
-        throw std::runtime_error(nameIsTaken);
+        throw NameTaken();
     if (m_inPlace) {
-        replaceContent(m_target, m_file, m_size);
+        replaceContent(m_target, m_file, m_size, [&] { checkUnchanged(m_target, expected); });
         return;
     }
     if (m_replaces) {
@@ -230,22 +237,47 @@ void StagedFile::commit(Existing existing)
         syncToDisk(m_file);
     }
     checkAtClose(m_file);
-    putInPlace(existing);
+    putInPlace(existing, expected);
     m_temporary.clear();
     ::close(std::exchange(m_file, -1));
 }
 
 /// Still open, and so still owned: nobody takes it for a leftover.
-void StagedFile::putInPlace(Existing existing)
+void StagedFile::putInPlace(Existing existing, const std::optional<FileState>& expected)
 {
     if (existing == Existing::Kept) {
         if (!takeFreeName(m_temporary, m_target))
-            throw std::runtime_error(nameIsTaken);
+            throw NameTaken();
         return;
     }
+    checkUnchanged(m_target, expected);
+    if (expected && swapIn(*expected))
+        return;
     const auto rename = [&] { return ::rename(m_temporary.constData(), m_target.constData()); };
     if (retryInterrupted(rename) != 0)
         throwFileSystemError("cannot put the file in place", errno);
+}
+
+/// What comes to the target after the last look is still there when the names are swapped, and gets
+/// its own back. False where the file system knows no such step; nothing is changed then.
+bool StagedFile::swapIn(const FileState& expected)
+{
+    if (!swapNames(m_temporary, m_target))
+        return false;
+    // The swap itself changes the time at which the description was changed.
+    const std::optional<FileState> old = fileState(m_temporary);
+    if (old && old->identity == expected.identity && old->sizeBytes == expected.sizeBytes
+        && old->modifiedNs == expected.modifiedNs) {
+        ::unlink(m_temporary.constData());
+        return true;
+    }
+    // Until it is back, the temporary name is that of the other program's file.
+    const QByteArray temporary = std::exchange(m_temporary, {});
+    if (swapNames(temporary, m_target))
+        m_temporary = temporary;
+    else
+        takeFreeName(temporary, m_target); // the new file is gone from there
+    throw TargetChanged();
 }
 
 /// Owner, group and permissions of the file that is replaced. Who may not give the file away keeps

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "engine/files/ByteFile.h"
+#include "engine/files/FileState.h"
 
 #include <QString>
 
+#include <optional>
+#include <stdexcept>
 #include <vector>
 
 namespace pagestack {
@@ -25,6 +28,26 @@ public:
     enum class Existing {
         Replaced,
         Kept, ///< it is an error, also when it has come a moment ago; so is a link
+    };
+
+    /// What is there was to be kept.
+    class NameTaken : public std::runtime_error
+    {
+    public:
+        NameTaken()
+            : std::runtime_error("a file of that name has appeared during the run")
+        {
+        }
+    };
+
+    /// What is there is not what was to be replaced.
+    class TargetChanged : public std::runtime_error
+    {
+    public:
+        TargetChanged()
+            : std::runtime_error("the file is kept as it is, since it has changed meanwhile")
+        {
+        }
     };
 
     /// Creates the temporary file. Throws std::runtime_error with the reason (no such folder, no
@@ -55,14 +78,17 @@ public:
     /// memory: for a complete file that waits. Throws std::runtime_error with the reason.
     void settle();
 
-    /// Puts the file in place of the target. Throws std::runtime_error with the reason; the target
-    /// is then as it was.
-    void commit(Existing existing = Existing::Replaced);
+    /// Puts the file in place of the target. A file that is replaced must be `expected`, if that is
+    /// given, and as it was then, up to the moment in which it is replaced. Throws NameTaken,
+    /// TargetChanged, or std::runtime_error with another reason; the target is then as it was.
+    void commit(Existing existing = Existing::Replaced,
+                const std::optional<FileState>& expected = std::nullopt);
 
 private:
     void lookAtTarget();
     bool createBesideTarget();
-    void putInPlace(Existing existing);
+    void putInPlace(Existing existing, const std::optional<FileState>& expected);
+    bool swapIn(const FileState& expected);
     void keepPermissions();
     void flush();
     /// Whether these bytes have not been handed to the file system yet.

@@ -21,6 +21,10 @@ namespace {
     constexpr char start[] = ".pagestack-";
     constexpr char end[] = ".part";
 
+    // U+00E4 in one piece, and as a letter and a mark: some file systems hand out the other one.
+    constexpr char composed[] = "\xC3\xA4";
+    constexpr char decomposed[] = "a\xCC\x88";
+
     bool isNumber(const QByteArray& text)
     {
         return !text.isEmpty() && text.size() < 20
@@ -66,12 +70,19 @@ QByteArray stagedName()
         + end;
 }
 
+QByteArray stagedProbeName()
+{
+    return stagedName().chopped(qsizetype { sizeof end - 1 }) + '-' + composed + end;
+}
+
 bool isStagedName(const QByteArray& name)
 {
     if (!name.startsWith(start) || !name.endsWith(end))
         return false;
     const qsizetype length = name.size() - qsizetype { sizeof start - 1 + sizeof end - 1 };
-    const QList<QByteArray> numbers = name.mid(sizeof start - 1, length).split('-');
+    QList<QByteArray> numbers = name.mid(sizeof start - 1, length).split('-');
+    if (numbers.size() == 3 && (numbers[2] == composed || numbers[2] == decomposed))
+        numbers.removeLast();
     return numbers.size() == 2 && isNumber(numbers[0]) && isNumber(numbers[1]);
 }
 

@@ -16,6 +16,10 @@ namespace pagestack {
 /// file system, hidden, and plain about what it is.
 QByteArray stagedName();
 
+/// A staged name with a letter that has two spellings in Unicode, of which this is the composed
+/// one.
+QByteArray stagedProbeName();
+
 /// Makes this program the owner of the new, open file. False when it was taken for a leftover in
 /// the moment before.
 bool ownStagedFile(int file);

@@ -137,11 +137,11 @@ QString leftOutText(const QStringList& names, qsizetype mostNames, QStringView f
              names.size() > mostNames ? u", ..."_s : QString());
 }
 
-std::vector<TextList> textLists(const TiffPage& page)
+std::vector<TextList> textLists(const TiffPage& page, const TiffDirectory& directory)
 {
     std::vector<TextList> lists;
     TiffFile& file = page.file();
-    for (const TiffTagValue& value : file.directory(page.index()).values) {
+    for (const TiffTagValue& value : directory.values) {
         if (!isCopiedText(value.tag) || value.bytes != value.count)
             continue;
         const char* first = nullptr;

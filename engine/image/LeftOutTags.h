@@ -28,7 +28,8 @@ struct TextList
     QByteArray bytes; ///< ends with an end mark
 };
 
-/// Such tags of `page`, of those that are copied to TIFF output. Throws std::runtime_error.
-std::vector<TextList> textLists(const TiffPage& page);
+/// Such tags of `page`, which has `directory`, of those that are copied to TIFF output. Throws
+/// std::runtime_error.
+std::vector<TextList> textLists(const TiffPage& page, const TiffDirectory& directory);
 
 } // namespace pagestack

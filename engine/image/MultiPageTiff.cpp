@@ -76,10 +76,19 @@ void MultiPageTiff::append(const PageImage& page, PreparedPage prepared)
     m_pages.push_back(page.sharedSource());
 }
 
+void MultiPageTiff::appendAgain(const PageImage& page)
+{
+    m_failureReason.clear();
+    m_pages.pop_back();
+    append(page);
+}
+
 void MultiPageTiff::write(const PageImage& page, const TiffPieces* pieces)
 {
     try {
         try {
+            if (!m_assembly && !m_pages.empty())
+                rebuildAsBigTiff(); // that failed before
             if (!m_assembly)
                 m_assembly = std::make_unique<TiffAssembly>(m_path, m_compression, m_plannedPages,
                                                             couldPassLimit(page), m_limitBytes);
@@ -105,6 +114,7 @@ try {
     }
 } catch (const std::exception& error) {
     // A page that could be read before: without it the file would not be what was gathered.
+    m_assembly.reset();
     throw TiffAssembly::WriteFailure(error.what());
 }
 
@@ -117,10 +127,13 @@ std::unique_ptr<StagedFile> MultiPageTiff::finish()
     return m_complete ? std::move(m_complete) : m_assembly->finish();
 }
 
-bool MultiPageTiff::commit(StagedFile::Existing existing)
+bool MultiPageTiff::commit(StagedFile::Existing existing, const std::optional<FileState>& expected)
 {
     try {
-        finish()->commit(existing);
+        if (!m_finished)
+            m_finished = finish();
+        m_finished->commit(existing, expected);
+        m_failureReason.clear();
         return true;
     } catch (const std::exception& error) {
         m_failureReason = QString::fromStdString(error.what());

@@ -44,6 +44,10 @@ public:
     /// for the only page of the file, the file itself.
     void append(const PageImage& page, PreparedPage prepared);
 
+    /// Appends the page once more that was appended last, when that is why there is a
+    /// `failureReason`; by now there may be room for it. Throws as `append`.
+    void appendAgain(const PageImage& page);
+
     int pageCount() const { return static_cast<int>(m_pages.size()); } ///< gathered so far
 
     /// The complete file, to be put in place; ends the gathering. Throws std::runtime_error with
@@ -51,8 +55,10 @@ public:
     std::unique_ptr<StagedFile> finish();
 
     /// Puts the file in place. False when nothing was gathered or the file could not be written;
-    /// what was at the path is then as it was.
-    bool commit(StagedFile::Existing existing = StagedFile::Existing::Replaced);
+    /// what was at the path is then as it was, and it may be tried again.
+    /// `expected` as for StagedFile::commit.
+    bool commit(StagedFile::Existing existing = StagedFile::Existing::Replaced,
+                const std::optional<FileState>& expected = std::nullopt);
 
     /// Why `commit` returned, or will return, false; empty after a success.
     QString failureReason() const { return m_failureReason; }
@@ -69,6 +75,7 @@ private:
     std::vector<std::shared_ptr<const PageSource>> m_pages; ///< to be read again for a BigTIFF file
     std::unique_ptr<class TiffAssembly> m_assembly; ///< null before the first page
     std::unique_ptr<StagedFile> m_complete; ///< with the only page, instead of an assembly
+    std::unique_ptr<StagedFile> m_finished; ///< to be put in place
     QString m_failureReason;
 };
 

@@ -42,6 +42,7 @@ TiffAssembly::TiffAssembly(const QString& path, int compression, int plannedPage
     if (bigTiff)
         header.insert(header.end(), { 8, 0, 0, 0 });
     header.resize(bigTiff ? bigHeaderBytes : classicHeaderBytes);
+    m_end = header.size();
     try {
         m_staged->write(header);
     } catch (const std::runtime_error& error) {
@@ -51,7 +52,7 @@ TiffAssembly::TiffAssembly(const QString& path, int compression, int plannedPage
 
 void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
 {
-    const std::uint64_t start = m_staged->size();
+    cutToPages();
     TiffPageSink sink { *m_staged,
                         std::string(m_isBigTiff ? bigHeaderBytes : classicHeaderBytes, '\0'),
                         m_isBigTiff ? ~std::uint64_t { 0 } : m_classicLimitBytes,
@@ -59,22 +60,23 @@ void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
                         {} };
     m_messages.forget();
     const TiffPage* source = page.tiffPage();
+    TiffDirectory described;
     std::vector<TextList> texts;
     std::set<unsigned> written;
+    bool isShown = false;
     try {
-        if (source != nullptr)
-            texts = textLists(*source);
+        if (source != nullptr) {
+            described = source->file().directory(source->index());
+            texts = textLists(*source, described);
+            isShown = !keepsSamples(page);
+        }
         encode(page, pieces, texts, sink);
     } catch (const std::runtime_error&) {
         if (sink.isFull)
             throw TooLarge("the file would be larger than 4 GB");
         if (!sink.writeError.empty())
             throw WriteFailure(sink.writeError);
-        try {
-            m_staged->resize(start);
-        } catch (const std::runtime_error& error) {
-            throw WriteFailure(error.what());
-        }
+        cutToPages();
         throw;
     }
     try {
@@ -87,9 +89,18 @@ void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
         throw WriteFailure(error.what());
     }
     ++m_pages;
+    m_end = m_staged->size();
     if (source != nullptr)
-        source->file().messages().setLeftOutTags(
-            leftOutTags(source->file().directory(source->index()), written, !keepsSamples(page)));
+        source->file().messages().setLeftOutTags(leftOutTags(described, written, isShown));
+}
+
+/// Removes what is left of a page that could not be added.
+void TiffAssembly::cutToPages()
+try {
+    if (m_staged->size() != m_end)
+        m_staged->resize(m_end);
+} catch (const std::runtime_error& error) {
+    throw WriteFailure(error.what());
 }
 
 void TiffAssembly::encode(const PageSource& page, const TiffPieces* pieces,
@@ -115,26 +126,30 @@ std::set<unsigned> TiffAssembly::linkDirectory(std::uint64_t directoryOffset,
     const std::uint64_t entries = number(directoryOffset, countBytes);
     const std::uint64_t first = directoryOffset + static_cast<unsigned>(countBytes);
     std::set<unsigned> tags;
+    std::vector<std::uint64_t> pageNumbersAt;
     for (std::uint64_t entry = 0; entry < entries; ++entry) {
         const std::uint64_t at = first + entry * entryBytes;
         const auto tag = static_cast<unsigned>(number(at, 2));
-        finishEntry(at, tag, texts);
+        finishEntry(at, tag, texts, pageNumbersAt);
         tags.insert(tag);
     }
     // Last: it may be far from what was written, which until then is read from memory.
-    putNumber(std::exchange(m_linkAt, first + entries * entryBytes), directoryOffset,
-              m_isBigTiff ? 8 : 4);
+    putNumber(m_linkAt, directoryOffset, m_isBigTiff ? 8 : 4);
+    m_linkAt = first + entries * entryBytes;
+    m_pageNumbersAt.insert(m_pageNumbersAt.end(), pageNumbersAt.begin(), pageNumbersAt.end());
     return tags;
 }
 
-/// Notes what may have to be changed in the entry later, and writes the end marks within a text.
+/// Notes in `pageNumbersAt` what may have to be changed in the entry later, and writes the end
+/// marks within a text.
 void TiffAssembly::finishEntry(std::uint64_t offset, unsigned tag,
-                               const std::vector<TextList>& texts)
+                               const std::vector<TextList>& texts,
+                               std::vector<std::uint64_t>& pageNumbersAt)
 {
     const int wordBytes = m_isBigTiff ? 8 : 4;
     const std::uint64_t valueAt = offset + 4U + static_cast<unsigned>(wordBytes);
     if (tag == TIFFTAG_PAGENUMBER)
-        m_pageNumbersAt.push_back(valueAt);
+        pageNumbersAt.push_back(valueAt);
     for (const TextList& text : texts) {
         const auto size = static_cast<std::uint64_t>(text.bytes.size());
         if (text.tag != tag || number(offset + 4, wordBytes) != size)

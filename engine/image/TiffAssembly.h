@@ -40,8 +40,8 @@ public:
 
     /// Adds a page at the end; with its `pieces` (see writeTiffPage) they are copied. Throws
     /// std::runtime_error when it cannot be decoded, WriteFailure when the file takes no more,
-    /// TooLarge; in every case the pages before it stay as they are. Tags of the page that the file
-    /// does not take are noted with the messages of its source.
+    /// TooLarge; in every case the pages before it stay as they are, and another call may follow.
+    /// Tags of the page that the file does not take are noted with the messages of its source.
     void append(const PageSource& page, const TiffPieces* pieces = nullptr);
 
     /// The complete file, to be put in place; ends the assembly. Throws std::runtime_error.
@@ -52,7 +52,9 @@ private:
                 const std::vector<TextList>& texts, TiffPageSink& sink);
     std::set<unsigned> linkDirectory(std::uint64_t directoryOffset,
                                      const std::vector<TextList>& texts);
-    void finishEntry(std::uint64_t offset, unsigned tag, const std::vector<TextList>& texts);
+    void finishEntry(std::uint64_t offset, unsigned tag, const std::vector<TextList>& texts,
+                     std::vector<std::uint64_t>& pageNumbersAt);
+    void cutToPages();
     std::uint64_t number(std::uint64_t offset, int bytes);
     void putNumber(std::uint64_t offset, std::uint64_t value, int bytes);
 
@@ -62,6 +64,7 @@ private:
     bool m_isBigTiff;
     std::uint64_t m_classicLimitBytes;
     int m_pages = 0;
+    std::uint64_t m_end = 0; ///< of the pages that were added
     std::uint64_t m_linkAt; ///< where the offset of the next directory has to be written
     std::vector<std::uint64_t> m_pageNumbersAt; ///< where the values of PageNumber tags lie
     TiffMessages m_messages;

@@ -75,6 +75,21 @@ PreparedPage LookAhead::take(const TiffDocument& document, int page)
     return prepared;
 }
 
+bool LookAhead::dropAhead()
+{
+    bool isDropped = false;
+    for (const Step& step : m_steps)
+        if (step.task)
+            m_workers.drop(*step.task);
+    m_workers.settle();
+    for (Step& step : m_steps) {
+        const bool isAhead = &step != &m_steps.front();
+        isDropped = (step.task && isAhead) || isDropped;
+        step.task.reset();
+    }
+    return isDropped;
+}
+
 bool LookAhead::isBefore(const Step& step, PlanPlace place, int page) const
 {
     return std::tie(step.place, step.page) < std::tie(place, page);
@@ -140,7 +155,8 @@ bool LookAhead::lookAtItem(const OutputFile& output, const FileItem& item)
     m_together.reset();
     m_isSourcePrepared = true;
     if (isKeptTogether(m_settings)) {
-        const QString path = outputPath(output, keptTogetherOutputName(output.filename));
+        const QString path
+            = outputPath(output, keptTogetherOutputName(output.filename, output.number));
         m_together = std::make_shared<const OutputTarget>(path);
         m_isSourcePrepared = isWanted(path);
     }
@@ -157,11 +173,12 @@ bool LookAhead::lookAtPage(const OutputFile& output)
     QString path;
     bool isPrepared = m_isSourcePrepared;
     if (!m_together) {
-        path = outputPath(output, pageOutputName(output.filename, m_settings, m_nextPage));
+        path = outputPath(output,
+                          pageOutputName(output.filename, m_settings, m_nextPage, output.number));
         step.target = std::make_shared<const OutputTarget>(path);
         isPrepared = isWanted(path);
     } else if (m_lastPage == 1) {
-        path = outputPath(output, keptTogetherOutputName(output.filename));
+        path = outputPath(output, keptTogetherOutputName(output.filename, output.number));
     }
     // Making a file of its own begins with a look at what is there.
     if (!path.isEmpty() && !isTargetFree(step.target))

@@ -47,6 +47,10 @@ public:
     /// there is nothing. `page` counts from 1.
     PreparedPage take(const TiffDocument& document, int page);
 
+    /// Gives back the disk space, memory and open files of what was prepared ahead of the item or
+    /// page whose turn it is: those pages are made in their turn. False when there was nothing.
+    bool dropAhead();
+
 private:
     /// An item, when its page is 0, or a page that is looked at ahead.
     struct Step

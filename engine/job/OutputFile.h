@@ -20,6 +20,9 @@ struct OutputFile
     /// when no output folder is set.
     QString filename = QString::fromLatin1("");
     Items fileItems; ///< in the order in which they are read; normally the one item of `filename`
+    /// Stands behind the names of the outputs, "scan1-2.jpg", where a name would be that of another
+    /// file; 0: nothing does. See RunPlan.
+    int number = 0;
 
     /// Sets both fields, or none when `path` is null or there are no `items`.
     void initWithData(const QString& path, const std::optional<Items>& items)

@@ -16,6 +16,8 @@ namespace {
         return path;
     }
 
+    QString numberText(int number) { return number > 0 ? u"-%1"_s.arg(number) : QString(); }
+
     /// A name that starts with its only dot is a hidden file without extension, not a bare
     /// extension.
     QString withoutLastExtension(const QString& name)
@@ -54,17 +56,18 @@ QString outputFolder(const QString& sourcePath, const Settings& settings)
     return chosen.isEmpty() ? folderPart(sourcePath) : chosen;
 }
 
-QString pageOutputName(const QString& sourcePath, const Settings& settings, int page)
+QString pageOutputName(const QString& sourcePath, const Settings& settings, int page, int number)
 {
     QString prefix = withoutLastExtension(lastPathComponent(sourcePath)) + settings.separator();
     prefix.replace(u':', u'-');
     const QString extension = fileExtension(settings.outputType());
-    return extension.isEmpty() ? prefix : prefix + QString::number(page) + extension;
+    return extension.isEmpty() ? prefix
+                               : prefix + QString::number(page) + numberText(number) + extension;
 }
 
-QString keptTogetherOutputName(const QString& sourcePath)
+QString keptTogetherOutputName(const QString& sourcePath, int number)
 {
-    return withoutLastExtension(lastPathComponent(sourcePath)) + u".tiff"_s;
+    return withoutLastExtension(lastPathComponent(sourcePath)) + numberText(number) + u".tiff"_s;
 }
 
 bool isKeptTogether(const Settings& settings)

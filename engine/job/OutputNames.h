@@ -23,11 +23,13 @@ QString outputFolder(const QString& sourcePath, const Settings& settings);
 
 /// File name (without folder) of the output for `page`, counted from 1: the source's name without
 /// its last extension, the separator (":" of both becomes "-"), the number, the extension of the
-/// output type. An output type outside 0..4 gives the part before the number alone.
-QString pageOutputName(const QString& sourcePath, const Settings& settings, int page);
+/// output type. An output type outside 0..4 gives the part before the number alone. A `number`
+/// above 0 (see OutputFile) stands before the extension, behind a "-".
+QString pageOutputName(const QString& sourcePath, const Settings& settings, int page,
+                       int number = 0);
 
 /// File name (without folder) of the one TIFF file that keeps all pages of `sourcePath` together.
-QString keptTogetherOutputName(const QString& sourcePath);
+QString keptTogetherOutputName(const QString& sourcePath, int number = 0);
 
 /// True when `settings` ask for one TIFF file a source, not for one file a page.
 bool isKeptTogether(const Settings& settings);

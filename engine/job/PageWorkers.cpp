@@ -78,6 +78,13 @@ void PageWorkers::drop(PageTask& task)
     task.state = PageTask::State::Withdrawn;
 }
 
+void PageWorkers::settle()
+{
+    std::unique_lock lock(m_mutex);
+    withdrawAll();
+    m_hasSettled.wait(lock, [this] { return m_inWork == 0; });
+}
+
 void PageWorkers::withdrawAll()
 {
     for (const std::shared_ptr<PageTask>& task : m_waiting)
@@ -112,10 +119,15 @@ void PageWorkers::work()
             if (task->state == PageTask::State::Withdrawn)
                 continue;
             task->state = PageTask::State::InWork;
+            ++m_inWork;
         }
         if (!self)
             self = m_spareThreads.take();
         prepare(*task, desk);
+        task.reset(); // so that whoever drops a settled page is the last to hold it
+        const std::scoped_lock lock(m_mutex);
+        if (--m_inWork == 0)
+            m_hasSettled.notify_all();
     }
 }
 

@@ -61,6 +61,10 @@ public:
     /// The result will not be taken.
     void drop(PageTask& task);
 
+    /// Begins none of the pages that wait, and waits for those in work. The results that are not
+    /// dropped stay.
+    void settle();
+
 private:
     /// The document that a worker has at hand, for the next page of the same source.
     struct Desk
@@ -86,8 +90,10 @@ private:
     std::condition_variable m_hasWork;
     std::condition_variable m_hasResult;
     std::condition_variable m_hasRoom;
+    std::condition_variable m_hasSettled;
     std::deque<std::shared_ptr<PageTask>> m_waiting;
     std::size_t m_idle = 0;
+    std::size_t m_inWork = 0;
     const PageTask* m_awaited = nullptr; ///< the one that `take` waits for
     std::uint64_t m_bytesInWork = 0;
     bool m_isClosing = false;

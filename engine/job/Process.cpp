@@ -1,5 +1,6 @@
 #include "engine/job/Process.h"
 
+#include "engine/files/FileBytes.h"
 #include "engine/files/StagedNames.h"
 #include "engine/image/LeftOutTags.h"
 #include "engine/image/TiffDocument.h"
@@ -18,6 +19,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -61,6 +63,9 @@ Process::Process(Workspace* workspace, TimeLine updateTimeTakenLabel, QObject* p
     , m_message(u""_s)
     , m_log(std::make_shared<Log>())
 {
+    // First of all listeners, and on the job's thread: what is told is in the log.
+    connect(this, &Process::troubleMet, this, &Process::addReason, Qt::DirectConnection);
+    connect(this, &Process::pageRemarked, this, &Process::addReason, Qt::DirectConnection);
 }
 
 Process::~Process() = default;
@@ -153,6 +158,23 @@ PreparedPage Process::takePage(const TiffDocument& document, int page)
     return m_lookAhead ? m_lookAhead->take(document, page) : PreparedPage {};
 }
 
+QString Process::withRoom(const std::function<QString()>& attempt)
+{
+    if (!m_lookAhead)
+        return attempt();
+    HeldLines lines;
+    QString reason;
+    {
+        LogHold hold; // a failure that is made good is not told
+        reason = attempt();
+        lines = hold.takeLines();
+    }
+    if (!reason.isNull() && isWantOfRoom(reason.toStdString()) && m_lookAhead->dropAhead())
+        return attempt();
+    writeHeldLines(lines);
+    return reason;
+}
+
 void Process::convertOutput(const OutputFile& output, qsizetype index)
 {
     const auto record = std::make_shared<LogFiles>();
@@ -185,12 +207,14 @@ void Process::convertItem(const OutputFile& output, PlanPlace place, LogFiles& r
     const FileItem& item = *output.fileItems.at(place.item);
     const QString path = item.filePath().toLocalFile();
     std::unique_ptr<TiffDocument> document;
-    QString refusal;
-    try {
-        document = openSource(path, place);
-    } catch (const std::exception& error) {
-        refusal = reasonOf(error);
-    }
+    const QString refusal = withRoom([&]() -> QString {
+        try {
+            document = openSource(path, place);
+            return {};
+        } catch (const std::exception& error) {
+            return reasonOf(error);
+        }
+    });
     try {
         if (document) {
             const std::optional<FileIdentity> identity = fileIdentity(QFile::encodeName(path));
@@ -234,7 +258,7 @@ void Process::reportChain(const TiffDocument& document, const FileItem& item)
 
 void Process::keepPagesTogether(const Source& source, const QList<int>& range)
 {
-    const QString name = keptTogetherOutputName(source.output.filename);
+    const QString name = keptTogetherOutputName(source.output.filename, source.output.number);
     const QString path = joinedPath(source.record.targetPath, name);
     setOutputFileInProcess(name);
     if (!isWanted(path))
@@ -266,7 +290,8 @@ void Process::writePages(const Source& source, const QList<int>& range)
 
 void Process::writePage(const Source& source, int page)
 {
-    const QString name = pageOutputName(source.output.filename, *settings(), page);
+    const QString name
+        = pageOutputName(source.output.filename, *settings(), page, source.output.number);
     setOutputFileInProcess(name);
     PageImage image = source.document.page(page - 1);
     source.record.logFiles.push_back({ .targetFile = name, .sourcePageNo = page });
@@ -312,12 +337,16 @@ QString Process::saveImage(const Source& source, PageImage& image, int page, con
     const std::optional<QStringList> warnings = prepared.warnings;
     const std::optional<QStringList> leftOut
         = prepared.file ? std::optional(prepared.leftOutTags) : std::nullopt;
-    if (image.save(path, *settings(), std::move(prepared), m_threads.get(), existing())) {
+    const QString trouble = withRoom([&]() -> QString {
+        if (image.save(path, *settings(), std::exchange(prepared, {}), m_threads.get(), existing()))
+            return {};
+        return image.failureReason().isNull() ? u""_s : image.failureReason();
+    });
+    if (trouble.isNull()) {
         remark(source.document, page, warnings ? *warnings : image.warnings());
         noteLeftOutTags(leftOut ? *leftOut : image.leftOutTags());
-        return {};
     }
-    return image.failureReason().isNull() ? u""_s : image.failureReason();
+    return trouble;
 }
 
 void Process::remark(const TiffDocument& document, int page, const QStringList& warnings)
@@ -343,6 +372,19 @@ void Process::remarkLeftOutTags(const TiffDocument& document)
         systemLog(lastPathComponent(document.path()) + u": "_s
                   + leftOutText(m_leftOutTags, m_leftOutTags.size()));
     emit pageRemarked(document.path(), 0, leftOutText(m_leftOutTags, mostNames));
+}
+
+/// To the record of the page, which is the last one, or of the source in hand.
+void Process::addReason(const QString&, int pageNo, const QString& reason)
+{
+    const std::shared_ptr<Log> runLog = log();
+    if (runLog->files.empty())
+        return;
+    LogFiles& source = *runLog->files.back();
+    const bool isOfPage
+        = pageNo > 0 && !source.logFiles.empty() && source.logFiles.back().sourcePageNo == pageNo;
+    QString& told = isOfPage ? source.logFiles.back().reason : source.reason;
+    told = told.isNull() ? reason : told + u"; "_s + reason;
 }
 
 StagedFile::Existing Process::existing() const
@@ -378,6 +420,8 @@ void Process::saveLog()
 {
     const std::shared_ptr<Log> runLog = log();
     runLog->endTime = QDateTime::currentDateTime();
+    runLog->isCancelled = !isCombining();
+    runLog->reason = m_failure;
     runLog->save();
     if (const QString fault = runLog->saveFault(); !fault.isNull())
         emit logTroubleMet(runLog->logFilePath(), u"the log could not be written: "_s + fault);

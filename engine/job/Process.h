@@ -203,6 +203,9 @@ private:
     QString saveImage(const Source& source, PageImage& image, int page, const QString& path);
     std::unique_ptr<TiffDocument> openSource(const QString& path, PlanPlace place);
     PreparedPage takePage(const TiffDocument& document, int page);
+    /// Null when `attempt`, which gives the reason of its failure, succeeds, be it in a second try
+    /// for which what was prepared ahead made room: a run with one thread would have had it.
+    QString withRoom(const std::function<QString()>& attempt);
     void convertDocument(const Source& source, const FileItem& item);
     void keepPagesTogether(const Source& source, const QList<int>& range);
     void writePages(const Source& source, const QList<int>& range);
@@ -210,10 +213,12 @@ private:
     void savePage(const Source& source, PageImage& image, LogFile& record);
     void skipTogether(const Source& source, const QList<int>& range, const QString& path);
     void skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles);
+    void addReason(const QString& sourcePath, int pageNo, const QString& reason);
     StagedFile::Existing existing() const;
     void convertOrFail();
     void gatherPages(MultiPageTiff& file, const QString& path, const QList<int>& range,
                      const TiffDocument& document, LogFiles& logFiles);
+    void appendPage(MultiPageTiff& file, const PageImage& image, PreparedPage& prepared);
     PageOutcome gatherPage(MultiPageTiff& file, const TiffDocument& document, LogFile& record);
     bool isWanted(const QString& outputPath) const;
     void remark(const TiffDocument& document, int page, const QStringList& warnings);

@@ -19,19 +19,27 @@ namespace pagestack {
 
 namespace {
 
+    /// The state that the file at `path` must have to be replaced: of the source, when it is that;
+    /// none when it is another file, or none is there.
+    std::optional<FileState> ownSource(const TiffDocument& document, const QString& path)
+    {
+        const std::optional<FileIdentity> target = fileIdentity(QFile::encodeName(path));
+        const FileState& opened = document.stateAtOpening();
+        const bool isSource = target
+            && (target == opened.identity
+                || target == fileIdentity(QFile::encodeName(document.path())));
+        return isSource ? std::optional(opened) : std::nullopt;
+    }
+
     /// Why `pages` pages must not be put in place at `path`, where they would be all that is left
     /// of the source; null when they may.
     QString lossOfPages(const TiffDocument& document, int pages, const QStringList& leftOutTags,
                         const QString& path)
     {
-        const std::optional<FileState> target = fileState(QFile::encodeName(path));
-        const FileState& opened = document.stateAtOpening();
-        const bool isSource = target
-            && (target->identity == opened.identity
-                || target->identity == fileIdentity(QFile::encodeName(document.path())));
-        if (!isSource)
+        const std::optional<FileState> expected = ownSource(document, path);
+        if (!expected)
             return {};
-        if (target != opened)
+        if (fileState(QFile::encodeName(path)) != expected)
             return u"the file is kept as it is, since it has changed since its pages were read"_s;
         if (pages != document.pageCount() || !document.chainFault().isEmpty())
             return u"the file is kept as it is, since not all of its pages could be gathered to "
@@ -62,6 +70,7 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
 {
     if (!document)
         return false;
+    logFiles.gathered = GatheredFile::NotWritten; // until it is
     MultiPageTiff file(path, settings()->tiffCompressionIndex(), static_cast<int>(range.size()));
     try {
         gatherPages(file, path, range, *document, logFiles);
@@ -71,14 +80,20 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
         emit troubleMet(document->path(), 0, reason);
     } catch (...) {
         // The pages gathered are kept; the result is lost with the exception.
-        if (lossOfPages(*document, file.pageCount(), m_leftOutTags, path).isNull())
-            file.commit(existing());
+        if (lossOfPages(*document, file.pageCount(), m_leftOutTags, path).isNull()
+            && file.commit(existing(), ownSource(*document, path)))
+            logFiles.gathered = GatheredFile::None;
         throw;
     }
     if (file.pageCount() == 0)
         return false;
     const QString loss = lossOfPages(*document, file.pageCount(), m_leftOutTags, path);
-    if (loss.isNull() && file.commit(existing())) {
+    const auto commit = [&] {
+        return file.commit(existing(), ownSource(*document, path)) ? QString()
+                                                                   : file.failureReason();
+    };
+    if (loss.isNull() && withRoom(commit).isNull()) {
+        logFiles.gathered = GatheredFile::None;
         emit fileWritten(document->path(), path, file.pageCount());
         remarkLeftOutTags(*document);
         return true;
@@ -90,10 +105,11 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
     return false;
 }
 
-/// For pages that were gathered before something came to their target. Those records that were put
-/// aside already stay as they are.
+/// For pages that were gathered before something came to their target. The records that were put
+/// aside take it from that of the source.
 void Process::skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles)
 {
+    logFiles.gathered = GatheredFile::Skipped;
     for (LogFile& record : logFiles.logFiles)
         if (record.status == u"Completed")
             record.status = u"Skipped"_s;
@@ -127,7 +143,7 @@ Process::PageOutcome Process::gatherPage(MultiPageTiff& file, const TiffDocument
         const std::optional<QStringList> warnings = prepared.warnings;
         const std::optional<QStringList> leftOut
             = prepared.file ? std::optional(prepared.leftOutTags) : std::nullopt;
-        file.append(image, std::move(prepared));
+        appendPage(file, image, prepared);
         if (file.failureReason().isEmpty()) {
             remark(document, record.sourcePageNo, warnings ? *warnings : image.warnings());
             noteLeftOutTags(leftOut ? *leftOut : image.leftOutTags());
@@ -139,6 +155,29 @@ Process::PageOutcome Process::gatherPage(MultiPageTiff& file, const TiffDocument
     }
     record.status = u"Completed"_s;
     return PageOutcome::Written;
+}
+
+/// Throws as MultiPageTiff::append does.
+void Process::appendPage(MultiPageTiff& file, const PageImage& image, PreparedPage& prepared)
+{
+    const bool wasWhole = file.failureReason().isEmpty();
+    bool isAgain = false;
+    std::exception_ptr refusal;
+    withRoom([&] {
+        try {
+            refusal = nullptr;
+            if (std::exchange(isAgain, true) && wasWhole && !file.failureReason().isEmpty())
+                file.appendAgain(image);
+            else
+                file.append(image, std::exchange(prepared, {}));
+            return wasWhole && !file.failureReason().isEmpty() ? file.failureReason() : QString();
+        } catch (const std::exception& error) {
+            refusal = std::current_exception();
+            return QString::fromUtf8(error.what());
+        }
+    });
+    if (refusal)
+        std::rethrow_exception(refusal);
 }
 
 } // namespace pagestack

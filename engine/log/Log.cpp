@@ -1,14 +1,13 @@
 #include "engine/log/Log.h"
 
 #include "engine/files/StagedDevice.h"
-#include "engine/files/StagedFile.h"
 #include "engine/files/StagedNames.h"
 #include "engine/log/RecordsAside.h"
 #include "engine/support/AppFolders.h"
-#include "engine/support/DateText.h"
 #include "engine/support/SystemLog.h"
 
 #include <QFileInfo>
+#include <QLocale>
 #include <QMutexLocker>
 #include <QXmlStreamWriter>
 
@@ -52,12 +51,24 @@ namespace {
         xml.writeAttribute(name, xmlText(value));
     }
 
-    void writeFile(QXmlStreamWriter& xml, const LogFile& file)
+    void writeReason(QXmlStreamWriter& xml, const QString& reason)
     {
+        if (!reason.isNull())
+            writeAttribute(xml, u"Reason"_s, reason);
+    }
+
+    /// A record may have been put aside before it was known what became of its file.
+    void writeFile(QXmlStreamWriter& xml, const LogFile& file, GatheredFile gathered)
+    {
+        const bool isCompleted = file.status == u"Completed";
+        const bool isSkipped = isCompleted && gathered == GatheredFile::Skipped;
         xml.writeStartElement(u"File"_s);
         writeAttribute(xml, u"NewFileName"_s, file.targetFile);
         writeAttribute(xml, u"SourcePageNo"_s, QString::number(file.sourcePageNo));
-        writeAttribute(xml, u"Status"_s, file.status);
+        writeAttribute(xml, u"Status"_s, isSkipped ? u"Skipped"_s : file.status);
+        if (isCompleted && gathered == GatheredFile::NotWritten)
+            writeAttribute(xml, u"Written"_s, u"no"_s);
+        writeReason(xml, file.reason);
         xml.writeEndElement();
     }
 
@@ -69,22 +80,46 @@ namespace {
         writeAttribute(xml, u"TargetPath"_s, source.targetPath);
         writeAttribute(xml, u"Status"_s, source.status);
         writeAttribute(xml, u"Pages"_s, QString::number(source.pages));
+        if (source.gathered == GatheredFile::NotWritten)
+            writeAttribute(xml, u"Written"_s, u"no"_s);
+        writeReason(xml, source.reason);
     }
 
-    void writePagesAside(QXmlStreamWriter& xml, RecordsAside& aside, int pages)
+    void writePagesAside(QXmlStreamWriter& xml, RecordsAside& aside, int pages,
+                         GatheredFile gathered)
     {
         LogFile page;
         for (int i = 0; i < pages; ++i) {
             aside.nextPage(page);
-            writeFile(xml, page);
+            writeFile(xml, page, gathered);
         }
     }
 
-    QString chosenPath(const QDateTime& endTime)
+    /// Whatever the language of the user: other programs read it.
+    QString localText(const QDateTime& date, const QString& format)
+    {
+        return date.isValid() ? QLocale::c().toString(date.toLocalTime(), format) : QString();
+    }
+
+    QString textWithZone(const QDateTime& date)
+    {
+        const QDateTime local = date.toLocalTime();
+        return local.toOffsetFromUtc(local.offsetFromUtc()).toString(Qt::ISODate);
+    }
+
+    /// The `number`th choice, from 1 on.
+    QString chosenPath(const QDateTime& endTime, int number)
     {
         const QString folder = getAppPath();
         return (folder.isEmpty() ? u"Logs/"_s : folder + u"/Logs/"_s)
-            + dateText(endTime, u"ddMMyyHHmmss"_s) + u".log"_s;
+            + localText(endTime, u"ddMMyyHHmmss"_s)
+            + (number > 1 ? u"-%1.log"_s.arg(number) : u".log"_s);
+    }
+
+    bool isTaken(const QString& path)
+    {
+        const QFileInfo info(path);
+        return info.exists() || info.isSymLink();
     }
 
 } // namespace
@@ -111,13 +146,22 @@ bool Log::save()
     if (!m_isStored)
         return true;
     try {
-        const QString path = chosenPath(endTime);
-        {
-            const QMutexLocker lock(&m_guard);
-            m_logFilePath = path;
+        removeLeftStagedFiles(QFileInfo(chosenPath(endTime, 1)).path());
+        for (int number = 1;; ++number) {
+            const QString path = chosenPath(endTime, number);
+            if (isTaken(path))
+                continue;
+            {
+                const QMutexLocker lock(&m_guard);
+                m_logFilePath = path;
+            }
+            try {
+                m_saveFault = write(path, StagedFile::Existing::Kept);
+                break;
+            } catch (const StagedFile::NameTaken&) {
+                continue; // by another program, a moment ago
+            }
         }
-        removeLeftStagedFiles(QFileInfo(path).path());
-        m_saveFault = saveTo(path);
         if (!m_saveFault.isNull())
             systemLog(u"Could not write document out..."_s);
         return true;
@@ -130,6 +174,12 @@ bool Log::save()
 
 QString Log::saveTo(const QString& path) const
 {
+    return write(path, StagedFile::Existing::Replaced);
+}
+
+/// As saveTo(); what is to be kept and is there makes it throw StagedFile::NameTaken.
+QString Log::write(const QString& path, StagedFile::Existing existing) const
+{
     std::unique_ptr<StagedFile> file;
     try {
         file = std::make_unique<StagedFile>(path);
@@ -140,7 +190,9 @@ QString Log::saveTo(const QString& path) const
     if (!writeTo(device))
         return device.errorString();
     try {
-        file->commit();
+        file->commit(existing);
+    } catch (const StagedFile::NameTaken&) {
+        throw;
     } catch (const std::runtime_error& error) {
         return QString::fromUtf8(error.what());
     }
@@ -160,17 +212,22 @@ bool Log::writeTo(QIODevice& to) const
     xml.setAutoFormatting(true);
     xml.writeStartDocument();
     xml.writeStartElement(u"Log"_s);
-    writeAttribute(xml, u"StartTime"_s, dateText(startTime, timeFormat));
-    writeAttribute(xml, u"EndTime"_s, dateText(endTime, timeFormat));
+    writeAttribute(xml, u"StartTime"_s, localText(startTime, timeFormat));
+    writeAttribute(xml, u"EndTime"_s, localText(endTime, timeFormat));
+    writeAttribute(xml, u"Start"_s, textWithZone(startTime));
+    writeAttribute(xml, u"End"_s, textWithZone(endTime));
+    if (isCancelled)
+        writeAttribute(xml, u"Cancelled"_s, u"yes"_s);
+    writeReason(xml, reason);
     int pagesAside = m_aside ? writeAside(xml) : 0;
     for (const std::shared_ptr<LogFiles>& source : files) {
         if (!source)
             throw std::logic_error("a source of the log is missing");
         startSource(xml, *source);
         if (m_aside)
-            writePagesAside(xml, *m_aside, std::exchange(pagesAside, 0));
+            writePagesAside(xml, *m_aside, std::exchange(pagesAside, 0), source->gathered);
         for (const LogFile& page : source->logFiles)
-            writeFile(xml, page);
+            writeFile(xml, page, source->gathered);
         xml.writeEndElement();
     }
     xml.writeEndDocument();
@@ -185,7 +242,7 @@ int Log::writeAside(QXmlStreamWriter& xml) const
     int pages = 0;
     while (m_aside->nextSource(source, pages)) {
         startSource(xml, source);
-        writePagesAside(xml, *m_aside, pages);
+        writePagesAside(xml, *m_aside, pages, source.gathered);
         xml.writeEndElement();
     }
     return m_aside->pagesOfLast();

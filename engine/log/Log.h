@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/StagedFile.h"
 #include "engine/log/LogRecords.h"
 
 #include <QByteArray>
@@ -31,6 +32,8 @@ public:
 
     QDateTime startTime = QDateTime::currentDateTime();
     QDateTime endTime = startTime; ///< also names the file
+    bool isCancelled = false;
+    QString reason; ///< why the run ended early; null when it did not
     /// In the order processed, none of them null; without what was put aside.
     std::vector<std::shared_ptr<LogFiles>> files;
 
@@ -40,8 +43,9 @@ public:
     void putAside();
 
     /// Writes the run as a file of the folder "Logs" in the application data folder, named from
-    /// `endTime`: "050324140709.log". The folder is not made here. A file of that name is replaced,
-    /// at once or not at all. True also when the file could not be written, which the system log
+    /// `endTime`: "050324140709.log", or, where something has that name, the first free one of
+    /// "050324140709-2.log" and so on, also when other programs write their logs there. The folder
+    /// is not made here. True also when the file could not be written, which the system log
     /// tells; false, with the reason in the system log, when an exception was met.
     bool save();
 
@@ -51,8 +55,8 @@ public:
     /// Why the last save() left no file; null when it did, and before. For who calls save().
     QString saveFault() const { return m_saveFault; }
 
-    /// Writes the run as the file at `path`, at once or not at all. Null, or the reason why it
-    /// cannot be written. Throws as writeTo() does.
+    /// Writes the run as the file at `path`, replacing it, at once or not at all. Null, or the
+    /// reason why it cannot be written. Throws as writeTo() does.
     QString saveTo(const QString& path) const;
 
     /// False: save() writes no file, logFilePath() stays null. True at the beginning.
@@ -65,6 +69,7 @@ public:
     bool writeTo(QIODevice& to) const;
 
 private:
+    QString write(const QString& path, StagedFile::Existing existing) const;
     int writeAside(QXmlStreamWriter& xml) const;
 
     bool m_isStored = true;

@@ -12,13 +12,14 @@ namespace {
 
     void put(QDataStream& to, const LogFile& page)
     {
-        to << page.targetFile << page.sourcePageNo << page.targetPageNo << page.status;
+        to << page.targetFile << page.sourcePageNo << page.targetPageNo << page.status
+           << page.reason;
     }
 
     void put(QDataStream& to, const LogFiles& source, int pages)
     {
         to << source.filename << source.sourcePath << source.targetPath << source.status
-           << source.pages << pages;
+           << source.pages << source.reason << source.gathered << pages;
     }
 
     void check(const QDataStream& from)
@@ -93,7 +94,7 @@ bool RecordsAside::nextSource(LogFiles& source, int& pages)
         return false;
     QDataStream from(&m_sources);
     from >> source.filename >> source.sourcePath >> source.targetPath >> source.status
-        >> source.pages >> pages;
+        >> source.pages >> source.reason >> source.gathered >> pages;
     check(from);
     return true;
 }
@@ -101,7 +102,7 @@ bool RecordsAside::nextSource(LogFiles& source, int& pages)
 void RecordsAside::nextPage(LogFile& page)
 {
     QDataStream from(&m_pages);
-    from >> page.targetFile >> page.sourcePageNo >> page.targetPageNo >> page.status;
+    from >> page.targetFile >> page.sourcePageNo >> page.targetPageNo >> page.status >> page.reason;
     check(from);
 }
 

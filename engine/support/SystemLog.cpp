@@ -51,12 +51,11 @@ void systemLog(const QString& text, const std::shared_ptr<LogQuota>& quota)
 }
 
 LogHold::LogHold()
+    : m_outer(std::exchange(currentHold, this))
 {
-    Q_ASSERT(currentHold == nullptr);
-    currentHold = this;
 }
 
-LogHold::~LogHold() { currentHold = nullptr; }
+LogHold::~LogHold() { currentHold = m_outer; }
 
 void LogHold::hold(const QString& text, const std::shared_ptr<LogQuota>& quota)
 {

@@ -51,8 +51,8 @@ struct HeldLine
 };
 using HeldLines = std::vector<HeldLine>;
 
-/// While it lives, what its thread writes to the system log is held back instead. One a thread; it
-/// ends on the thread that made it.
+/// While it lives, what its thread writes to the system log is held back instead. It ends on the
+/// thread that made it, before any that was made there earlier, which then holds back again.
 class LogHold
 {
 public:
@@ -71,6 +71,7 @@ private:
 
     void hold(const QString& text, const std::shared_ptr<LogQuota>& quota);
 
+    LogHold* const m_outer;
     HeldLines m_lines;
 };
 

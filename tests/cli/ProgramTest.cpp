@@ -149,15 +149,24 @@ Total 2 files converted successfully.
     }
     row("targets that exist", u"b.tif:W a.tif:WWWWWWWWWWWWWW "_s + targets, u"b.tif a.tif"_s,
         reasons + u"! and 3 more\n! nothing was written; *\n4"_s);
-    row("a target of two pages", u"x/a.tif:WWWWWWWWWWW y/a1.tif:W"_s, u"-r x y -o out"_s,
-        u"! out/a11.jpg is wanted by x/a.tif and by y/a1.tif\n! nothing was written; *\n4"_s);
-    row("overwrite", u"x/a.tif:W y/a.tif:WW out/a.tiff:W"_s,
-        u"x y -q -o out -f tiff --on-exists overwrite"_s,
-        u"! out/a.tiff is wanted by x/a.tif and by y/a.tif\n0 LOG out/a.tiff[1/1,2/1]"_s);
-    row("overwrite sources", u"a.tif:W a.tiff:W"_s,
-        u"-q a.tif a.tiff -f tiff --on-exists overwrite"_s,
-        u"! a.tiff is wanted by a.tif and by a.tiff\n! a.tiff is a source and is replaced by "
-        "output of a.tif\n0 a.tiff[1/1] LOG"_s);
+    for (const QString& policy : { u"error"_s, u"overwrite"_s, u"skip"_s })
+        row(qPrintable(u"a target of two pages, "_s + policy), u"x/a.tif:WWWWWWWWWWW y/a1.tif:W"_s,
+            u"-r x y -o out --on-exists "_s + policy,
+            u"! out/a11.jpg is wanted by x/a.tif and by y/a1.tif\n! nothing was written; *\n4"_s);
+    row("numbers", u"x/a.tif:WWWWWWWWWWW y/a1.tif:WW z/a.tif:W out/a1-2.jpg"_s,
+        u"-q -r x y z -o out --on-exists number"_s,
+        u"0 LOG out/a1-3.jpg out/a1.jpg out/a10.jpg out/a11-2.jpg out/a11.jpg out/a12-2.jpg "
+        "out/a2.jpg out/a3.jpg out/a4.jpg out/a5.jpg out/a6.jpg out/a7.jpg out/a8.jpg "
+        "out/a9.jpg"_s);
+    row("numbers, together", u"a.tif:V a.tiff:WW a-2.tif:W"_s, u"-v . -f tiff --on-exists number"_s,
+        u"./a-2.tiff\n./a-2.tif: 1 page written\n./a-3.tiff\n./a.tif: 1 page written\n"
+        "./a-4.tiff\n./a.tiff: 2 pages written\nAll files converted successfully.\n"
+        "0 a-2.tiff[1/1] a-3.tiff[101/1] a-4.tiff[1/1,2/1] LOG"_s);
+    row("overwrite", u"x/a.tif:WW out/a.tiff:W"_s, u"x -q -o out -f tiff --on-exists overwrite"_s,
+        u"0 LOG out/a.tiff[1/1,2/1]"_s);
+    row("overwrite a source", u"a.tif:W b.tif:W a1.tiff>b.tif"_s,
+        u"-q a.tif b.tif -f tiff --split --on-exists overwrite"_s,
+        u"! b.tif is a source and is replaced by output of a.tif\n0 b.tif b1.tiff[1/1] LOG"_s);
     row("skip", u"a.tif:WWW a1.gif>nowhere a2.gif"_s, u"a.tif -f gif --on-exists=skip"_s,
         u"a.tif: 1 page written, 2 skipped\nAll files converted successfully.\n"
         "1 page of 1 source written, 2 pages skipped\n0 a3.gif LOG"_s);
@@ -187,6 +196,11 @@ Total 2 files converted successfully.
     row("an unusual ending", u"in/a.Tif:W in/b.tif:W"_s, u"-q in"_s,
         u"! left out for the unusual case of its ending, unless it is named itself: in/a.Tif\n"
         "0 LOG in/b1.jpg"_s);
+    row("a language with other digits", u"a.tif:W"_s,
+        u"sh LC_ALL=ar_EG.UTF-8 '%1' -q a.tif --log l; ls data/*/*/Logs | grep -x '[0-9]*.log' | "
+        u"wc -l; "
+        "grep -c 'EndTime=\"[0-9/]* [0-9:]* [AP]M\" Start=\"[-0-9]*T' l; rm -r data"_s,
+        u"1\n1\n0 a1.jpg l"_s);
     row("verbose", u"a.tif:WW"_s, u"-v a.tif -o ."_s,
         u"./a1.jpg\n./a2.jpg\na.tif: 2 pages written\nTotal 2 files converted successfully.\n"
         "2 pages of 1 source written\n"

@@ -23,13 +23,14 @@ BELOW = {
     "image": {"support", "files", "settings"},
     "FileItem": CORE_PARTS,
     "job": CORE_PARTS | {"FileItem"},
-    "cli": CORE_PARTS | {"FileItem", "job"},
+    "plan": CORE_PARTS | {"FileItem", "job"},
+    "cli": CORE_PARTS | {"FileItem", "job", "plan"},
     "filelist": CORE_PARTS | {"FileItem", "job"},
-    "mainwindow": CORE_PARTS | {"FileItem", "job", "filelist"},
+    "mainwindow": CORE_PARTS | {"FileItem", "job", "plan", "filelist"},
 }
 # FileItem stands between image and job together with what it is made of; only its own header is for others.
 LOW_FILELIST = {"FileItem", "AllocatedSize", "FileDates"}
-QT_CORE_ONLY = CORE_PARTS | {"FileItem", "job", "cli"}
+QT_CORE_ONLY = CORE_PARTS | {"FileItem", "job", "plan", "cli"}
 
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*([<"])([^>"]+)[>"]')
 CODEC_HEADER = re.compile(r"(?:.*/)?(tiff\w*|jpeglib|jerror|jconfig|jmorecfg|png\w*|gif_lib|zlib|"

@@ -46,6 +46,7 @@ private slots:
     void asksForTheOutputFolder_data();
     void asksForTheOutputFolder();
     void beginsNoRunBesideALoad();
+    void asksBeforeOutputsReplaceEachOther();
     void runsToTheEnd_data();
     void runsToTheEnd();
     void stopsACancelledRun();
@@ -402,6 +403,35 @@ void WindowTest::beginsNoRunBesideALoad()
     QCOMPARE(QDir(samples()).entryList({ u"*.jpg"_s }).size(), 0);
 }
 
+void WindowTest::asksBeforeOutputsReplaceEachOther()
+{
+    Session session(ini());
+    for (const QString& folder : { u"a"_s, u"b"_s })
+        makeFile(path(folder + u"/scan.tif"_s));
+    QDir().mkpath(path(u"out"_s));
+    QVERIFY(session.open({ path(u"a"_s), path(u"b"_s) }));
+    session.controller.settings().setOutputFolderPath(path(u"out"_s));
+    for (const bool isCancelled : { true, false }) {
+        session.alerts.setNextAnswer(isCancelled ? 1 : 0);
+        session.click("convertBtn");
+        QTRY_COMPARE_WITH_TIMEOUT(session.alerts.askedCount(), isCancelled ? 1 : 2, longMs);
+        QCOMPARE(session.alerts.lastText(),
+                 u"Some outputs of this run would replace each other or a file of the list:\n"
+                 "scan1.jpg would be written by %1/a/scan.tif and by %1/b/scan.tif\n\n"
+                 "With a number, scan1.jpg of %1/b/scan.tif is written as scan1-2.jpg."_s.arg(
+                     m_folder->path()));
+        QCOMPARE(session.alerts.lastButtons(),
+                 (QStringList { u"Number the later ones"_s, u"Cancel"_s }));
+        QCOMPARE(session.controller.processViewPanel()->isVisible(), !isCancelled);
+        QCOMPARE(session.widget("convertBtn").isEnabled(), isCancelled);
+        QCOMPARE(session.widget("addFilesBtn").isEnabled(), isCancelled);
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(session.widget("closeProcessBtn").isEnabled(), longMs);
+    QCOMPARE(session.controller.process()->totalFileProcessed(), 2);
+    session.click("closeProcessBtn");
+    QVERIFY(session.widget("convertBtn").isEnabled());
+}
+
 void WindowTest::runsToTheEnd_data()
 {
     QTest::addColumn<bool>("clear");
@@ -687,10 +717,11 @@ void WindowTest::answersItsMenus()
 
     QDir().mkpath(path(u"out"_s));
     session.controller.settings().setOutputFolderPath(path(u"out"_s));
+    session.alerts.setNextAnswer(0); // one of the files is there twice, in different folders
     trigger("convertMenuAction");
     QTRY_VERIFY_WITH_TIMEOUT(session.widget("closeProcessBtn").isEnabled(), longMs);
     session.click("closeProcessBtn");
-    QCOMPARE(QDir(path(u"out"_s)).entryList({ u"*.jpg"_s }).size(), 7);
+    QCOMPARE(QDir(path(u"out"_s)).entryList({ u"*.jpg"_s }).size(), 8);
 
     for (int i = 0; i < 300; ++i)
         makeFile(path(u"in/%1.tif"_s.arg(i)));

@@ -14,9 +14,11 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #ifdef __linux__
+#include <sys/syscall.h>
 #include <sys/xattr.h>
 #endif
 #include <unistd.h>
+#include <utility>
 
 using namespace pagestack;
 using namespace Qt::StringLiterals;
@@ -68,6 +70,36 @@ bool replaces(const QString& path, const QByteArray& bytes)
 
 } // namespace
 
+#ifdef __linux__
+namespace {
+
+/// What another program does in the moment before a call of that name.
+std::function<void()> beforeSync;
+std::function<void()> beforeRename;
+
+void run(std::function<void()>& hook)
+{
+    if (const auto once = std::exchange(hook, {}))
+        once();
+}
+
+} // namespace
+
+// In place of those of the system's library.
+extern "C" int fsync(int file)
+{
+    run(beforeSync);
+    return static_cast<int>(::syscall(SYS_fsync, file));
+}
+
+extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+                         unsigned flags) noexcept
+{
+    run(beforeRename);
+    return static_cast<int>(::syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
+}
+#endif
+
 class StagedFileTest : public QObject
 {
     Q_OBJECT
@@ -84,6 +116,8 @@ private slots:
     void keepsPermissionsOfTheFileItReplaces();
     void keepsAccessListsOfTheFileItReplaces();
     void keepsWhatHasComeToTheTarget();
+    void keepsWhatAnotherProgramPutsThere_data();
+    void keepsWhatAnotherProgramPutsThere();
     void replacesTheTargetOfALink_data();
     void replacesTheTargetOfALink();
     void goesThroughALinkBeforeGoingUp();
@@ -218,6 +252,52 @@ void StagedFileTest::keepsWhatHasComeToTheTarget()
     QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("first"));
     QCOMPARE(QFile::symLinkTarget(path(u"b"_s)), path(u"nowhere"_s));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden), QStringList { u"a"_s });
+}
+
+void StagedFileTest::keepsWhatAnotherProgramPutsThere_data()
+{
+    QTest::addColumn<bool>("isLate"); // after the last look at the target
+    QTest::addColumn<QString>("change");
+    for (const bool isLate : { false, true })
+        for (const char* change : { "none", "new file", "new content", "gone" })
+            QTest::addRow("%s, %s", change, isLate ? "before the rename" : "before the sync")
+                << isLate << QString::fromLatin1(change);
+}
+
+void StagedFileTest::keepsWhatAnotherProgramPutsThere()
+{
+#ifdef __linux__
+    QFETCH(const bool, isLate);
+    QFETCH(const QString, change);
+    const QString target = path(u"a"_s);
+    QVERIFY(replaces(target, "old") && replaces(path(u"b"_s), "other"));
+    const std::optional<FileState> expected = fileState(QFile::encodeName(target));
+    (isLate ? beforeRename : beforeSync) = [&] {
+        if (change == u"new file"_s)
+            ::rename(QFile::encodeName(path(u"b"_s)).constData(),
+                     QFile::encodeName(target).constData());
+        else if (change == u"gone"_s)
+            ::unlink(QFile::encodeName(target).constData());
+        else if (change == u"new content"_s && ::truncate(QFile::encodeName(target).constData(), 2))
+            qFatal("cannot change the file");
+    };
+    StagedFile file(target);
+    file.write(span("new"));
+    QString reason;
+    try {
+        file.commit(StagedFile::Existing::Replaced, expected);
+    } catch (const std::runtime_error& error) {
+        reason = QString::fromUtf8(error.what());
+    }
+    const QMap<QString, QByteArray> left { { u"none"_s, "new" },
+                                           { u"new file"_s, "other" },
+                                           { u"new content"_s, "ol" } };
+    const bool isReplaced = change == u"none" || change == u"gone";
+    QCOMPARE(reason.isEmpty(), isReplaced);
+    QCOMPARE(bytesOf(target), isReplaced ? "new" : left.value(change));
+#else
+    QSKIP("the calls of this system are not replaced");
+#endif
 }
 
 void StagedFileTest::goesThroughALinkBeforeGoingUp()

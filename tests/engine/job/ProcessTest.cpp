@@ -2,6 +2,7 @@
 
 #include "engine/support/WorkerThread.h"
 #include "tests/engine/job/JobFixture.h"
+#include "tests/engine/support/LogDocument.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -158,6 +159,9 @@ in/b.tif to out, 1 pages [] b.tiff 1 Completed
          u"trouble in/a.tiff 0 the file has 3 *\n"_s);
     kept("source kept at a cancel", u"a.tiff:WWW"_s,
          u"stopAt=page~in/a.tiff~2~in/a.tiff~Written"_s);
+    row("damaged rows of a fax", u"a.tif:FW"_s, {},
+        uR"(in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Completed
+1/2 out/a1.png out/a2.png Total 2 files converted successfully.)"_s);
     row("page behind a link to its source", u"a.tif:WW"_s, u"out/a1.png>../in/a.tif"_s,
         uR"(in/a.tif to out, 1 pages [] a1.png 1 Unable to save page!, a2.png 2 Completed
 trouble in/a.tif 1 a1.png leads to the source itself, which a single page must not replace
@@ -221,6 +225,17 @@ void ProcessTest::converts()
     QCOMPARE(withStars(fixture.summary(), summary), summary);
     QVERIFY(!fixture.settings.separator().isNull());
     QVERIFY(fixture.hasEnded());
+    const Log& log = *fixture.job.log();
+    const QString document = QString::fromUtf8(documentOf(log));
+    for (const QString& trouble :
+         fixture.events.filter(QRegularExpression(u"^(trouble|remark) "_s)))
+        QVERIFY2(document.contains(QRegularExpression(u"Reason=\"([^\"]*; )?%1[;\"]"_s.arg(
+                     QRegularExpression::escape(trouble.section(u' ', 3).toHtmlEscaped())))),
+                 qPrintable(trouble + u'\n' + document));
+    QCOMPARE(log.isCancelled, summary.contains(u"cancelled") || changes.contains(u"stopAt"));
+    if (isKeptTogether(fixture.settings) && !changes.contains(u"filter"))
+        QCOMPARE(document.count(QRegularExpression(u"<Files .* Written=\"no\""_s)),
+                 static_cast<int>(log.files.size()) - fixture.job.totalFileCreated());
 }
 
 void ProcessTest::keepsASourceThatAnotherProgramChanges()

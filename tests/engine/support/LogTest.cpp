@@ -9,6 +9,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 #include <QXmlStreamReader>
 
 using namespace Qt::StringLiterals;
@@ -34,18 +35,32 @@ private slots:
     {
         addSource(u"b.tif"_s, u""_s, 2);
         LogFile& first = addPage(u"b1.png"_s, 1, u""_s);
-        addPage(u"b2.png"_s, 2, u"Unable to save page!"_s);
+        addPage(u"b2.png"_s, 2, u"Unable to save page!"_s).reason = u"no \"room\""_s;
         first.status = u"Completed"_s; // appending has moved no entry
         addSource(u"a.tif"_s, u"Unable to Open File!"_s, 0);
+        m_log->files.back()->reason = u"no TIFF file"_s;
+        for (const GatheredFile gathered : { GatheredFile::NotWritten, GatheredFile::Skipped }) {
+            addSource(u"c.tif"_s, u""_s, 1);
+            addPage(u"c.tiff"_s, 1, u"Completed"_s);
+            m_log->files.back()->gathered = gathered;
+        }
+        m_log->isCancelled = true;
+        m_log->reason = u"enough"_s;
 
         // The text itself: order of the attributes, one element a line, no targetPageNo.
         QCOMPARE(documentOf(*m_log), QByteArray(R"(<?xml version="1.0" encoding="UTF-8"?>
-<Log StartTime="03/05/2024 09:05:01 AM" EndTime="03/05/2024 02:07:09 PM">
+<Log StartTime="03/05/2024 09:05:01 AM" EndTime="03/05/2024 02:07:09 PM" Start="2024-03-05T09:05:01Z" End="2024-03-05T14:07:09Z" Cancelled="yes" Reason="enough">
     <Files FileName="b.tif" SourcePath="/in" TargetPath="/out" Status="" Pages="2">
         <File NewFileName="b1.png" SourcePageNo="1" Status="Completed"/>
-        <File NewFileName="b2.png" SourcePageNo="2" Status="Unable to save page!"/>
+        <File NewFileName="b2.png" SourcePageNo="2" Status="Unable to save page!" Reason="no &quot;room&quot;"/>
     </Files>
-    <Files FileName="a.tif" SourcePath="/in" TargetPath="/out" Status="Unable to Open File!" Pages="0"/>
+    <Files FileName="a.tif" SourcePath="/in" TargetPath="/out" Status="Unable to Open File!" Pages="0" Reason="no TIFF file"/>
+    <Files FileName="c.tif" SourcePath="/in" TargetPath="/out" Status="" Pages="1" Written="no">
+        <File NewFileName="c.tiff" SourcePageNo="1" Status="Completed" Written="no"/>
+    </Files>
+    <Files FileName="c.tif" SourcePath="/in" TargetPath="/out" Status="" Pages="1">
+        <File NewFileName="c.tiff" SourcePageNo="1" Status="Skipped"/>
+    </Files>
 </Log>
 )"));
     }
@@ -63,17 +78,45 @@ private slots:
             m_log->endTime = localTime(QTime::fromString(row.first(6), u"HHmmss"_s));
             QCOMPARE(documentOf(*m_log).split('\n').at(1), // there is nothing but the times
                      "<Log StartTime=\"03/05/2024 09:05:01 AM\" EndTime=\"03/05/2024 "
-                         + row.sliced(7).toLatin1() + "\"/>");
+                         + row.sliced(7).toLatin1() + "\" Start=\"2024-03-05T09:05:01Z\" End=\""
+                         + m_log->endTime.toUTC().toString(Qt::ISODate).toLatin1() + "\"/>");
             QVERIFY(m_log->save());
             names += u"050324"_s + row.first(6) + u".log"_s;
             QCOMPARE(m_log->logFilePath(), inLogs(names.last()));
         }
-        addSource(u"later.tif"_s, u""_s, 1);
-        QVERIFY(m_log->save()); // within the same second: replaces
         QCOMPARE(logs(), names);
-        QFile file(m_log->logFilePath());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), documentOf(*m_log));
+    }
+
+    void keepsEachLogOfASecond()
+    {
+        QVERIFY(createApplicationUsersFolder(u"Logs/050324140709-3.log"_s, nullptr));
+        QVERIFY(QFile::link(u"nowhere"_s, inLogs(u"050324140709-5.log"_s)));
+        // As two programs do, whose looks at the folder lie between each other's.
+        constexpr int threads = 4;
+        std::vector<std::unique_ptr<QThread>> programs;
+        for (int i = 0; i < threads; ++i)
+            programs.emplace_back(QThread::create([i, end = m_log->endTime] {
+                for (int run = 0; run < 10; ++run) {
+                    Log log;
+                    log.endTime = end;
+                    log.reason = u"%1 %2"_s.arg(i).arg(run);
+                    log.save();
+                }
+            }));
+        for (const auto& program : programs)
+            program->start();
+        for (const auto& program : programs)
+            program->wait();
+        QCOMPARE(logs().size(), 10 * threads);
+        QSet<QByteArray> told;
+        for (const QString& name : logs()) {
+            QFile file(inLogs(name));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            told.insert(file.readAll());
+        }
+        QCOMPARE(told.size(), 10 * threads);
+        QVERIFY(logs().contains(u"050324140709.log"_s)
+                && logs().contains(u"050324140709-42.log"_s));
     }
 
     void isTheSameWhenRecordsArePutAside()
@@ -88,15 +131,24 @@ private slots:
                     LogFiles { u"%1.tif"_s.arg(i), u"/in"_s, u"/out"_s, u""_s, pages, {} }));
             for (int page = 1; page <= pages; ++page) {
                 for (Log* log : { m_log.get(), &other })
-                    log->files.back()->logFiles.push_back({ u"\u00e4.png"_s, page, 0, u"%1"_s });
+                    log->files.back()->logFiles.push_back(
+                        { u"\u00e4.png"_s, page, 0, page % 2 == 0 ? u"%1"_s : u"Completed"_s,
+                          page % 5 == 0 ? u"\u4e2d"_s : QString() });
                 m_log->putAside();
                 QVERIFY(m_log->files.back()->logFiles.size() <= 500);
+            }
+            // It is known late what becomes of a file, when most of its pages are not here any
+            // more.
+            for (Log* log : { m_log.get(), &other }) {
+                log->files.back()->gathered = static_cast<GatheredFile>(i % 3);
+                log->files.back()->reason = i % 2 == 0 ? u"why"_s : QString();
             }
             m_log->putAside();
             QVERIFY(m_log->files.size() <= 500);
         }
         const QByteArray document = documentOf(*m_log);
         QCOMPARE(document.count("<File "), 2 * 1203 + 796);
+        QVERIFY(document.count("\"Skipped\"") > 602 && document.count("Written=\"no\"") > 266);
         QVERIFY(document == documentOf(other));
         QVERIFY(document == documentOf(*m_log)); // it can be written again
     }
@@ -151,18 +203,12 @@ private slots:
 
     void saysTrueWhenItCannotWriteButNotWithoutASource()
     {
-        // At first there is no folder; then one of the log's name, so that only the last step
-        // fails.
-        for (const bool hasFolder : { false, true }) {
-            QVERIFY(!hasFolder
-                    || createApplicationUsersFolder(u"Logs/050324140709.log"_s, nullptr));
-            QTest::ignoreMessage(QtWarningMsg, "Could not write document out...");
-            QVERIFY(m_log->save());
-            QCOMPARE(m_log->logFilePath(), inLogs(u"050324140709.log"_s));
-            QVERIFY(QFile::exists(inLogs(u""_s)) == hasFolder && logs().isEmpty());
-        }
+        QTest::ignoreMessage(QtWarningMsg, "Could not write document out...");
+        QVERIFY(m_log->save());
+        QCOMPARE(m_log->logFilePath(), inLogs(u"050324140709.log"_s));
+        QVERIFY(!QFile::exists(inLogs(u""_s)));
+        QVERIFY(createApplicationUsersFolder(u"Logs"_s, nullptr));
         m_log->files.push_back(nullptr);
-        m_log->endTime = m_log->endTime.addSecs(1); // a name that is free
         QTest::ignoreMessage(QtWarningMsg, "Error in (Log=>save) : a source of the log is missing");
         QVERIFY(!m_log->save());
     }

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "engine/files/NameFolding.h"
+
+#include <QMultiHash>
+#include <QString>
+
+#include <optional>
+
+namespace pagestack {
+
+/// The names that a run writes in one folder, told apart as the file system of the folder does.
+/// That is found out at the first names that differ in case or normalization only.
+class FolderTargets
+{
+public:
+    explicit FolderTargets(QString folder)
+        : m_folder(std::move(folder))
+    {
+    }
+
+    /// Who writes the file that `name` leads to; none when nobody does.
+    std::optional<qsizetype> writer(const QString& name);
+
+    /// `name` has no writer yet.
+    void add(const QString& name, qsizetype writer);
+
+private:
+    struct Target
+    {
+        QString name;
+        qsizetype writer;
+    };
+
+    QString m_folder;
+    std::optional<NameFolding> m_folding;
+    QMultiHash<QString, Target> m_targets; ///< by the name without any such difference
+};
+
+} // namespace pagestack

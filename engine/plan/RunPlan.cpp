@@ -1,0 +1,243 @@
+#include "engine/plan/RunPlan.h"
+
+#include "engine/files/FileState.h"
+#include "engine/files/StagedFile.h"
+#include "engine/job/OutputNames.h"
+#include "engine/plan/FolderTargets.h"
+#include "engine/settings/OutputCodes.h"
+#include "engine/settings/Settings.h"
+
+#include <QFile>
+#include <QHash>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    QString asText(const FileIdentity& identity)
+    {
+        return u"%1 %2"_s.arg(identity.device).arg(identity.inode);
+    }
+
+} // namespace
+
+class Planner
+{
+public:
+    Planner(RunPlan& plan, RunPlan::Numbering numbering)
+        : m_plan(plan)
+        , m_numbering(numbering)
+    {
+    }
+
+    void carryOut(const QString& other, const std::function<bool()>& isWanted);
+
+private:
+    /// Where a target is, links followed.
+    struct Spot
+    {
+        PlannedTarget target;
+        FolderTargets* folder;
+        QString name;
+        bool isThere = false; ///< something, be it a link that leads nowhere
+        bool isLink = false;
+        std::optional<FileIdentity> file {}; ///< what is there
+    };
+
+    std::vector<PlannedTarget> targetsOf(qsizetype output) const;
+    std::vector<Spot> spotsOf(qsizetype output);
+    Spot spotOf(const PlannedTarget& target, const QString& folder);
+    FolderTargets& folderAt(const QString& path);
+    QString folderKey(const QString& path) const;
+    std::optional<qsizetype> replacedSource(const Spot& spot);
+    bool clash(const std::vector<Spot>& spots);
+    bool isFree(const Spot& spot) { return !spot.isThere && !spot.folder->writer(spot.name); }
+    void take(const std::vector<Spot>& spots);
+    void number(qsizetype output);
+
+    RunPlan& m_plan;
+    const RunPlan::Numbering m_numbering;
+    QHash<QString, std::shared_ptr<FolderTargets>> m_folders; ///< by key
+    QHash<QString, FolderTargets*> m_known; ///< by path
+    std::optional<QHash<QString, qsizetype>> m_sources; ///< by file; looked up when there is need
+    QHash<QString, int> m_nextNumbers; ///< by the names that were numbered
+};
+
+void Planner::carryOut(const QString& other, const std::function<bool()>& isWanted)
+{
+    if (!other.isEmpty())
+        folderAt(folderPart(other)).add(lastPathComponent(other), RunPlan::otherFile);
+    std::vector<qsizetype> later;
+    for (qsizetype output = 0; output < m_plan.m_outputs.size() && isWanted(); ++output) {
+        const std::vector<Spot> spots = spotsOf(output);
+        if (m_numbering != RunPlan::Numbering::None && clash(spots))
+            later.push_back(output);
+        else
+            take(spots);
+    }
+    // Last, so that nobody has to give way to a number.
+    for (const qsizetype output : later)
+        if (isWanted())
+            number(output);
+}
+
+std::vector<PlannedTarget> Planner::targetsOf(qsizetype output) const
+{
+    std::vector<PlannedTarget> targets;
+    if (fileExtension(m_plan.m_settings.outputType()).isEmpty())
+        return targets; // nothing can be written
+    for (const std::shared_ptr<FileItem>& item : m_plan.m_outputs.at(output).fileItems) {
+        if (isKeptTogether(m_plan.m_settings) && item->pages() > 0)
+            targets.push_back({ output, 0 });
+        for (int page = 1; !isKeptTogether(m_plan.m_settings) && page <= item->pages(); ++page)
+            targets.push_back({ output, page });
+    }
+    return targets;
+}
+
+std::vector<Planner::Spot> Planner::spotsOf(qsizetype output)
+{
+    const QString folder = outputFolder(m_plan.m_outputs.at(output).filename, m_plan.m_settings);
+    std::vector<Spot> spots;
+    for (const PlannedTarget& target : targetsOf(output))
+        spots.push_back(spotOf(target, folder));
+    return spots;
+}
+
+Planner::Spot Planner::spotOf(const PlannedTarget& target, const QString& folder)
+{
+    Spot spot { target, &folderAt(folder), m_plan.name(target) };
+    const QString path = joinedPath(folder, spot.name);
+    const QByteArray bytes = QFile::encodeName(path);
+    struct stat status = {};
+    if (::lstat(bytes.constData(), &status) != 0)
+        return spot;
+    spot.isThere = true;
+    if (!S_ISLNK(status.st_mode)) {
+        spot.file = FileState(status).identity;
+        return spot;
+    }
+    spot.isLink = true;
+    try {
+        const QString end = QFile::decodeName(StagedFile::resolvedTarget(path));
+        spot.folder = &folderAt(folderPart(end));
+        spot.name = lastPathComponent(end);
+        spot.file = fileIdentity(bytes);
+    } catch (const std::runtime_error&) {
+        // Links that lead in a circle: the writer will say so, and nothing is replaced.
+    }
+    return spot;
+}
+
+FolderTargets& Planner::folderAt(const QString& path)
+{
+    FolderTargets*& known = m_known[path];
+    if (known == nullptr) {
+        std::shared_ptr<FolderTargets>& folder = m_folders[folderKey(path)];
+        if (!folder)
+            folder = std::make_shared<FolderTargets>(path);
+        known = folder.get();
+    }
+    return *known;
+}
+
+/// The same for every path that leads to the folder; of one that is still to be made, by the folder
+/// above.
+QString Planner::folderKey(const QString& path) const
+{
+    if (const auto identity = fileIdentity(QFile::encodeName(path)))
+        return asText(*identity);
+    const QString above = folderPart(path);
+    return above.isEmpty() || above == path ? path
+                                            : joinedPath(folderKey(above), lastPathComponent(path));
+}
+
+std::optional<qsizetype> Planner::replacedSource(const Spot& spot)
+{
+    if (!spot.file)
+        return std::nullopt;
+    if (!m_sources) {
+        m_sources.emplace();
+        for (qsizetype output = 0; output < m_plan.m_outputs.size(); ++output)
+            for (const std::shared_ptr<FileItem>& item : m_plan.m_outputs.at(output).fileItems)
+                if (const auto identity
+                    = fileIdentity(QFile::encodeName(item->filePath().toLocalFile())))
+                    m_sources->insert(asText(*identity), output);
+    }
+    const auto source = m_sources->constFind(asText(*spot.file));
+    if (source == m_sources->cend() || *source == spot.target.output)
+        return std::nullopt;
+    return *source;
+}
+
+bool Planner::clash(const std::vector<Spot>& spots)
+{
+    // Two pages of one source have different names, but a link may lead from one to the other.
+    const auto hasTwin = [&](const Spot& spot) {
+        return spot.isLink && std::any_of(spots.begin(), spots.end(), [&](const Spot& other) {
+                   return &other != &spot && other.folder == spot.folder && other.name == spot.name;
+               });
+    };
+    return std::any_of(spots.begin(), spots.end(), [&](const Spot& spot) {
+        return spot.folder->writer(spot.name) || replacedSource(spot) || hasTwin(spot)
+            || (spot.isThere && m_numbering == RunPlan::Numbering::Taken);
+    });
+}
+
+void Planner::take(const std::vector<Spot>& spots)
+{
+    for (const Spot& spot : spots) {
+        if (const auto first = spot.folder->writer(spot.name))
+            m_plan.m_shared.push_back({ spot.target, *first });
+        else
+            spot.folder->add(spot.name, spot.target.output);
+        if (spot.isThere)
+            m_plan.m_existing.push_back(spot.target);
+        if (const auto source = replacedSource(spot))
+            m_plan.m_replaced.push_back({ spot.target, *source });
+    }
+}
+
+void Planner::number(qsizetype output)
+{
+    OutputFile& numbered = m_plan.m_outputs[output];
+    const std::vector<PlannedTarget> targets = targetsOf(output);
+    // What was taken for as many pages with the same names stays so.
+    const QString names = joinedPath(outputFolder(numbered.filename, m_plan.m_settings),
+                                     m_plan.name(targets.front()))
+        + u'/' + QString::number(targets.size());
+    int& next = m_nextNumbers[names];
+    numbered.number = std::max(next, 2);
+    std::vector<Spot> spots = spotsOf(output);
+    const auto free = [this](const Spot& spot) { return isFree(spot); };
+    for (; !std::all_of(spots.begin(), spots.end(), free); spots = spotsOf(output))
+        ++numbered.number;
+    next = numbered.number + 1;
+    take(spots);
+}
+
+RunPlan::RunPlan(QList<OutputFile> outputs, const Settings& settings, Numbering numbering,
+                 const QString& other, const std::function<bool()>& isWanted)
+    : m_settings(settings)
+    , m_outputs(std::move(outputs))
+{
+    Planner(*this, numbering).carryOut(other, isWanted);
+}
+
+QString RunPlan::name(const PlannedTarget& target) const
+{
+    const OutputFile& output = m_outputs.at(target.output);
+    return target.page == 0
+        ? keptTogetherOutputName(output.filename, output.number)
+        : pageOutputName(output.filename, m_settings, target.page, output.number);
+}
+
+} // namespace pagestack

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "engine/job/OutputFile.h"
+
+#include <QList>
+#include <QString>
+
+#include <functional>
+#include <vector>
+
+namespace pagestack {
+
+class Settings;
+
+/// A file that a run writes, by its place in the list of outputs.
+struct PlannedTarget
+{
+    qsizetype output = 0;
+    int page = 0; ///< 0: the file that keeps the pages together
+};
+
+/// The names of all outputs of a run, before anything is written, and what they come upon. Nothing
+/// is changed on the disk, but for what nameFolding() does. Any thread.
+class RunPlan
+{
+public:
+    /// Which outputs get a number behind their names, the lowest with which each of their names is
+    /// nobody else's and leads to no file.
+    enum class Numbering {
+        None,
+        Clashing, ///< those that come later to a file of this run, or would replace another's
+                  ///< source
+        Taken, ///< the same, and those that would replace any file
+    };
+
+    /// A target that an earlier output writes as well.
+    struct Shared
+    {
+        PlannedTarget target;
+        qsizetype first; ///< the earlier output; `otherFile` for that
+    };
+    /// A source that another output would replace.
+    struct Replaced
+    {
+        PlannedTarget target;
+        qsizetype source; ///< the output whose source it is
+    };
+    static constexpr qsizetype otherFile = -1;
+
+    /// Plans `outputs` with `settings`, which is borrowed. `other` is the resolved path of a file
+    /// that the run writes besides; empty: none. The plan ends early, and says nothing of the
+    /// outputs that were left, once `isWanted` is false.
+    RunPlan(
+        QList<OutputFile> outputs, const Settings& settings, Numbering numbering = Numbering::None,
+        const QString& other = {}, const std::function<bool()>& isWanted = [] { return true; });
+
+    /// As given, with their numbers.
+    const QList<OutputFile>& outputs() const { return m_outputs; }
+
+    /// Name of the target, without folder.
+    QString name(const PlannedTarget& target) const;
+
+    // What was found, in the order of the run; with numbers nothing of what these avoid.
+    const std::vector<Shared>& shared() const { return m_shared; }
+    const std::vector<PlannedTarget>& existing() const { return m_existing; }
+    const std::vector<Replaced>& replacedSources() const { return m_replaced; }
+
+private:
+    friend class Planner;
+
+    const Settings& m_settings;
+    QList<OutputFile> m_outputs;
+    std::vector<Shared> m_shared;
+    std::vector<PlannedTarget> m_existing;
+    std::vector<Replaced> m_replaced;
+};
+
+} // namespace pagestack
