@@ -83,10 +83,11 @@ StripDecoder::StripDecoder(TiffFile& file, int index, tiff* handle, const TiffPa
         return;
     const NoDataValue noData = noDataValue(file, index, tags);
     m_noData = noData.bits;
+    const QString text = sparse == 1
+        ? u"%1 of its %2 %3 has no data in the file and is filled with %4"_s
+        : u"%1 of its %2 %3 have no data in the file and are filled with %4"_s;
     file.messages().addPageWarning(
-        u"%1 of its %2 %3 have no data in the file and are filled with %4"_s.arg(sparse)
-            .arg(count)
-            .arg(tags.isTiled ? u"tiles"_s : u"strips"_s, noData.text));
+        text.arg(sparse).arg(count).arg(tags.isTiled ? u"tiles"_s : u"strips"_s, noData.text));
 }
 
 bool StripDecoder::isSparse(std::uint32_t number) const { return isSparseAt(m_handle, number); }

@@ -139,8 +139,9 @@ namespace {
             || TIFFGetStrileOffset(handle, needed - 1) != 0)
             return;
         if (tags.isTiled || table->count != static_cast<unsigned>(tags.planes()))
-            throw std::runtime_error("the table of its strips has " + std::to_string(table->count)
-                                     + " entries, " + std::to_string(needed) + " are needed");
+            throw std::runtime_error("the table of its strips is too short, "
+                                     + std::to_string(table->count) + " of "
+                                     + std::to_string(needed));
         tags.rowsPerStrip = tags.heightPx;
         tags.hasWrongRowsPerStrip = true;
         applyRowsPerStrip(handle, tags);

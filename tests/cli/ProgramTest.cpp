@@ -161,6 +161,7 @@ Total 2 files converted successfully.
     row("numbers, together", u"a.tif:V a.tiff:WW a-2.tif:W"_s, u"-v . -f tiff --on-exists number"_s,
         u"./a-2.tiff\n./a-2.tif: 1 page written\n./a-3.tiff\n./a.tif: 1 page written\n"
         "./a-4.tiff\n./a.tiff: 2 pages written\nAll files converted successfully.\n"
+        "4 pages of 3 sources written\n"
         "0 a-2.tiff[1/1] a-3.tiff[101/1] a-4.tiff[1/1,2/1] LOG"_s);
     row("overwrite", u"x/a.tif:WW out/a.tiff:W"_s, u"x -q -o out -f tiff --on-exists overwrite"_s,
         u"0 LOG out/a.tiff[1/1,2/1]"_s);
