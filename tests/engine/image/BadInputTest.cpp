@@ -42,6 +42,8 @@ private slots:
     void savesNoPageThatCannotBeDecodedWhole();
     void savesNoPageWithTheStripOfAnother_data();
     void savesNoPageWithTheStripOfAnother();
+    void tellsWhatADecoderIsNotSureOf_data();
+    void tellsWhatADecoderIsNotSureOf();
     void savesNoPageThatMakesNoSense_data();
     void savesNoPageThatMakesNoSense();
     void savesNoPageWhosePixelsTheFileLost();
@@ -141,6 +143,38 @@ void BadInputTest::savesNoPageWithTheStripOfAnother()
     test.encoded = { strip };
     writeTiff(path, { test });
     QVERIFY(isRefused(test));
+}
+
+void BadInputTest::tellsWhatADecoderIsNotSureOf_data()
+{
+    QTest::addColumn<int>("place"); // in a JPEG strip, from its end when negative
+    QTest::addColumn<QByteArray>("more"); // is put there
+    QTest::addColumn<QString>("warning"); // starts so; empty: there is none
+    QTest::newRow("as it is") << 2 << QByteArray() << QString();
+    // libjpeg gives the first warning alone: others may be behind it.
+    QTest::newRow("unknown JFIF") << 2
+                                  << QByteArray::fromHex("ffe00010") + "JFIF"
+            + QByteArray::fromHex("000900000001000100 00")
+                                  << u"the decoder says: "_s;
+    QTest::newRow("filler at the end") << -2 << QByteArray(3, '\0') << QString();
+    QTest::newRow("more at the end") << -2 << QByteArray("rest of it") << u"its JPEG data go on"_s;
+}
+
+void BadInputTest::tellsWhatADecoderIsNotSureOf()
+{
+    QFETCH(int, place);
+    QFETCH(QByteArray, more);
+    QFETCH(QString, warning);
+    TestPage page = wholeStrip("compression=7");
+    QByteArray strip = stripOf(page);
+    page.encoded = { strip.insert(place < 0 ? strip.size() + place : place, more) };
+    SinglePage single(page);
+    for (const QString& name : outputs) {
+        QVERIFY(single.image().save(single.path(name), Settings(nullptr)));
+        const QStringList warnings = single.image().warnings();
+        QCOMPARE(warnings.size(), warning.isEmpty() ? 0 : 1);
+        QVERIFY2(warnings.value(0).startsWith(warning), qPrintable(warnings.value(0)));
+    }
 }
 
 void BadInputTest::savesNoPageThatMakesNoSense_data()
