@@ -183,7 +183,8 @@ double loadTree(const QString& folder, int files)
         seconds = static_cast<double>(window.sinceStart.nsecsElapsed()) / 1e9;
         QMetaObject::invokeMethod(
             &window, [&] { longestMs = heartbeat.longestMs(); }, Qt::BlockingQueuedConnection);
-        const QList<int> rows = pagestack::sortedRows(window.files().items(), { u"name"_s, true });
+        const QList<int> rows
+            = pagestack::sortedRows(window.files().items(), { { u"name"_s, true } });
         QMetaObject::invokeMethod(
             &window, [&] { window.reorder(rows); }, Qt::BlockingQueuedConnection);
         sortSeconds = static_cast<double>(window.sinceStart.nsecsElapsed()) / 1e9 - seconds;

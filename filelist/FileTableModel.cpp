@@ -14,9 +14,9 @@ namespace {
 
     struct ColumnFacts
     {
-        const char16_t* identifier;
-        const char16_t* sortKey; ///< the property of FileItem
-        const char* title;
+        const char16_t* identifier = nullptr;
+        const char16_t* sortKey = nullptr; ///< the property of FileItem
+        const char* title = nullptr;
         QDateTime FileDates::*date = nullptr;
     };
 

@@ -90,7 +90,7 @@ void InflateStream::read(std::span<std::uint8_t> to)
 
 std::uint64_t InflateStream::skipRest(std::uint64_t most)
 {
-    std::array<std::uint8_t, 32 * 1024> skipped;
+    std::array<std::uint8_t, 32768> skipped {};
     std::uint64_t count = 0;
     while (!m_isAtEnd && count <= most)
         count += inflateSome(skipped);

@@ -16,6 +16,8 @@ public:
     /// Throws std::bad_alloc.
     explicit InflateStream(EncodedBytes bytes);
     ~InflateStream() override;
+    InflateStream(const InflateStream&) = delete;
+    InflateStream& operator=(const InflateStream&) = delete;
 
     void read(std::span<std::uint8_t> to) override;
     std::uint64_t skipRest(std::uint64_t most) override;

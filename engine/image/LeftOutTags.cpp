@@ -42,7 +42,7 @@ namespace {
 
     struct Name
     {
-        unsigned tag;
+        unsigned tag = 0;
         QLatin1StringView text;
     };
     // TIFF 6.0 and its supplements, Exif 2.3, GeoTIFF 1.1, GDAL.

@@ -69,7 +69,7 @@ void PackBitsStream::read(std::span<std::uint8_t> to)
 
 std::uint64_t PackBitsStream::skipRest(std::uint64_t most)
 {
-    std::array<std::uint8_t, 128> skipped;
+    std::array<std::uint8_t, 128> skipped {};
     std::uint64_t count = 0;
     for (std::size_t got = 1; got > 0 && count <= most; count += got)
         got = readSome(skipped);

@@ -14,11 +14,11 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::uint64_t wantedBandBytes = std::uint64_t { 1024 } * 1024;
+    constexpr std::uint64_t wantedRasterBytes = std::uint64_t { 1024 } * 1024;
     /// What is held of a page at most: a band, and the strip or tile that libtiff makes it of.
-    constexpr std::uint64_t mostHeldBytes = std::uint64_t { 256 } * 1024 * 1024;
+    constexpr std::uint64_t mostRasterBytes = std::uint64_t { 256 } * 1024 * 1024;
     /// Strips and tiles may be large; what is made of them is shown in smaller bands.
-    constexpr std::uint64_t mostShownBytes = std::uint64_t { 4 } * 1024 * 1024;
+    constexpr std::uint64_t mostRgbBytes = std::uint64_t { 4 } * 1024 * 1024;
 
     /// What libtiff holds to make RGBA pixels of a page, until this object ends.
     struct RgbaPage
@@ -53,7 +53,7 @@ namespace {
         std::vector<std::uint8_t> piece;
         for (std::uint32_t number = 0; number < count; ++number) {
             const std::uint64_t bytes = plainBytes(handle, tags, number);
-            if (bytes > mostHeldBytes)
+            if (bytes > mostRasterBytes)
                 throw std::runtime_error("its strips or tiles are too large");
             piece.resize(bytes);
             decoder.decode(number, piece);
@@ -89,9 +89,8 @@ namespace {
             if (m_shownRows == m_decodedRows)
                 decode();
             const auto rowBytes = static_cast<std::uint64_t>(m_layout.rowBytes(widthPx()));
-            const auto rows = static_cast<std::uint32_t>(
-                std::min<std::uint64_t>(m_decodedRows - m_shownRows,
-                                        std::max<std::uint64_t>(1, mostShownBytes / rowBytes)));
+            const auto rows = static_cast<std::uint32_t>(std::min<std::uint64_t>(
+                m_decodedRows - m_shownRows, std::max<std::uint64_t>(1, mostRgbBytes / rowBytes)));
             unpack(rows);
             return { m_samples.data(), static_cast<int>(rows), m_layout.rowBytes(widthPx()) };
         }
@@ -104,13 +103,13 @@ namespace {
             const std::uint64_t piece = std::clamp<std::uint64_t>(
                 m_tags.isTiled ? m_tags.tileHeightPx : m_tags.rowsPerStrip, 1, m_tags.heightPx);
             const std::uint64_t pieces
-                = std::max<std::uint64_t>(1, wantedBandBytes / (piece * rowBytes));
+                = std::max<std::uint64_t>(1, wantedRasterBytes / (piece * rowBytes));
             m_bandRows = static_cast<std::uint32_t>(
                 std::min<std::uint64_t>(piece * pieces, m_tags.heightPx));
             const std::uint64_t pieceBytes = m_tags.isTiled ? TIFFTileSize64(m_page.image.tif)
                                                             : TIFFStripSize64(m_page.image.tif);
-            if (m_bandRows * rowBytes > mostHeldBytes
-                || pieceBytes > mostHeldBytes - m_bandRows * rowBytes)
+            if (m_bandRows * rowBytes > mostRasterBytes
+                || pieceBytes > mostRasterBytes - m_bandRows * rowBytes)
                 throw std::runtime_error("its strips or tiles are too large");
             m_raster.resize(std::size_t { m_bandRows } * m_tags.widthPx);
         }

@@ -337,7 +337,7 @@ QString Process::saveImage(const Source& source, PageImage& image, int page, con
     const std::optional<QStringList> warnings = prepared.warnings;
     const std::optional<QStringList> leftOut
         = prepared.file ? std::optional(prepared.leftOutTags) : std::nullopt;
-    const QString trouble = withRoom([&]() -> QString {
+    QString trouble = withRoom([&]() -> QString {
         if (image.save(path, *settings(), std::exchange(prepared, {}), m_threads.get(), existing()))
             return {};
         return image.failureReason().isNull() ? u""_s : image.failureReason();

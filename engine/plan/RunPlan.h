@@ -33,19 +33,20 @@ public:
         Taken, ///< the same, and those that would replace any file
     };
 
+    static constexpr qsizetype otherFile = -1;
+
     /// A target that an earlier output writes as well.
     struct Shared
     {
         PlannedTarget target;
-        qsizetype first; ///< the earlier output; `otherFile` for that
+        qsizetype first = otherFile; ///< the earlier output; `otherFile` for that
     };
     /// A source that another output would replace.
     struct Replaced
     {
         PlannedTarget target;
-        qsizetype source; ///< the output whose source it is
+        qsizetype source = 0; ///< the output whose source it is
     };
-    static constexpr qsizetype otherFile = -1;
 
     /// Plans `outputs` with `settings`, which is borrowed. `other` is the resolved path of a file
     /// that the run writes besides; empty: none. The plan ends early, and says nothing of the

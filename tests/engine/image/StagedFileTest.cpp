@@ -86,17 +86,22 @@ void run(std::function<void()>& hook)
 } // namespace
 
 // In place of those of the system's library.
-extern "C" int fsync(int file)
+extern "C" {
+int watchedSync(int file) __asm__("fsync");
+int watchedRename(int fromFolder, const char* from, int toFolder, const char* to,
+                  unsigned flags) __asm__("renameat2");
+
+int watchedSync(int file)
 {
     run(beforeSync);
     return static_cast<int>(::syscall(SYS_fsync, file));
 }
 
-extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
-                         unsigned flags) noexcept
+int watchedRename(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags)
 {
     run(beforeRename);
     return static_cast<int>(::syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
+}
 }
 #endif
 

@@ -33,7 +33,12 @@ QByteArray real(const char* path)
 
 // The calls that the plan makes, in place of those of the system's library.
 extern "C" {
-int open(const char* path, int flags, ...)
+int foldingOpen(const char* path, int flags, ...) __asm__("open");
+int foldingStat(const char* path, struct stat* found) __asm__("stat");
+int foldingLstat(const char* path, struct stat* found) __asm__("lstat");
+int foldingUnlink(const char* path) __asm__("unlink");
+
+int foldingOpen(const char* path, int flags, ...)
 {
     va_list more;
     va_start(more, flags);
@@ -41,15 +46,15 @@ int open(const char* path, int flags, ...)
     va_end(more);
     return ::openat(AT_FDCWD, real(path).constData(), flags, mode);
 }
-int stat(const char* path, struct stat* found)
+int foldingStat(const char* path, struct stat* found)
 {
     return ::fstatat(AT_FDCWD, real(path).constData(), found, 0);
 }
-int lstat(const char* path, struct stat* found)
+int foldingLstat(const char* path, struct stat* found)
 {
     return ::fstatat(AT_FDCWD, real(path).constData(), found, AT_SYMLINK_NOFOLLOW);
 }
-int unlink(const char* path) noexcept { return ::unlinkat(AT_FDCWD, real(path).constData(), 0); }
+int foldingUnlink(const char* path) { return ::unlinkat(AT_FDCWD, real(path).constData(), 0); }
 }
 #endif
 
