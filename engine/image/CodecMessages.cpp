@@ -47,7 +47,7 @@ namespace {
         Entry { "", "fractional scanline not read", loss },
         // A last strip that is filled up with rows.
         Entry { "", "JPEG strip size exceeds expected dimensions", harmless },
-        Entry { "", "encoded with progressive mode", harmless },
+        Entry { "", "encoded with progressive mode", CodecMessage::ProgressiveJpeg },
         // The sub-sampling of the JPEG data is taken, which is that of the pixels.
         Entry { "", "Auto-corrected former TIFF subsampling values", harmless },
         Entry { "", "auto-correcti", unsure }, // of which something came in the way

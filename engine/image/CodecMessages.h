@@ -11,6 +11,7 @@ enum class CodecMessage {
     Loss, ///< pixels are missing or wrong; the page is refused
     RepairedRow, ///< a row of a T.4 fax is white from some place on; the user is told
     JpegTail, ///< data are left over at the end of a JPEG stream; see JpegTail.h
+    ProgressiveJpeg, ///< a stream of several scans, of which some may be missing; see JpegTail.h
 };
 
 /// The class of a warning by the module that gives it and its text; one that is not in the table is

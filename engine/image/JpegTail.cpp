@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
 #include <optional>
+#include <vector>
 
 namespace pagestack {
 
@@ -86,7 +88,68 @@ namespace {
         }
     }
 
+    /// How many low bits of each coefficient are still to come.
+    class BitsToCome
+    {
+    public:
+        /// The header of a scan, section B.2.3, without its length. False when it makes no sense.
+        bool take(Bytes header)
+        {
+            const std::size_t count = header.empty() ? 0 : header[0];
+            if (header.size() < 4 + 2 * count || count == 0)
+                return false;
+            const std::size_t first = header[1 + 2 * count];
+            const std::size_t last = header[2 + 2 * count];
+            const std::uint8_t bits = header[3 + 2 * count] & 15U;
+            for (std::size_t c = 0; c < count; ++c) {
+                auto& component = m_bits[header[1 + 2 * c]]; // by its identifier
+                if (component.empty())
+                    component.assign(64, unknown);
+                for (std::size_t k = first; k <= last && k < component.size(); ++k)
+                    component[k] = bits;
+            }
+            return true;
+        }
+
+        bool isNone(std::size_t components) const
+        {
+            return m_bits.size() == components
+                && std::all_of(m_bits.begin(), m_bits.end(), [](const auto& component) {
+                       return std::all_of(component.second.begin(), component.second.end(),
+                                          [](std::uint8_t bits) { return bits == 0; });
+                   });
+        }
+
+    private:
+        static constexpr std::uint8_t unknown = 255;
+        std::map<std::uint8_t, std::vector<std::uint8_t>> m_bits;
+    };
+
 } // namespace
+
+bool hasAllScans(std::span<const std::uint8_t> stream)
+{
+    BitsToCome bits;
+    std::size_t components = 0;
+    for (std::size_t at = 0; at + 3 < stream.size();) {
+        const std::uint8_t marker = stream[at + 1];
+        if (stream[at] != 0xFF || marker == 0 || marker == 0xFF || isRestart(marker)
+            || marker == startOfImage) {
+            at += stream[at] == 0xFF && marker != 0xFF ? 2 : 1;
+            continue;
+        }
+        const std::size_t length = number(stream, at + 2);
+        if (marker == endOfImage || length < 2 || length > stream.size() - at - 2)
+            break;
+        const Bytes segment = stream.subspan(at + 4, length - 2);
+        if (isFrame(marker) && segment.size() > 5)
+            components = segment[5];
+        if (marker == startOfScan && !bits.take(segment))
+            return false;
+        at += 2 + length;
+    }
+    return components > 0 && bits.isNone(components);
+}
 
 JpegTail judgeJpegTail(std::span<const std::uint8_t> stream, std::uint64_t leftBytes)
 {

@@ -16,4 +16,8 @@ enum class JpegTail {
 /// marker. ITU-T T.81, annex B, and section E.2 on restart markers.
 JpegTail judgeJpegTail(std::span<const std::uint8_t> stream, std::uint64_t leftBytes);
 
+/// Whether the scans of a progressive stream bring every coefficient of every component to its last
+/// bit. A decoder is content with any number of them. ITU-T T.81, section G.1.
+bool hasAllScans(std::span<const std::uint8_t> stream);
+
 } // namespace pagestack

@@ -28,11 +28,10 @@ namespace {
     constexpr unsigned lastOldJpegTag = 521;
 
     // They belong to YCbCr samples, which become RGB.
-    constexpr std::array<unsigned, 4> codedColorTags {
+    constexpr std::array<unsigned, 3> codedColorTags {
         TIFFTAG_YCBCRCOEFFICIENTS,
         TIFFTAG_YCBCRSUBSAMPLING,
         TIFFTAG_YCBCRPOSITIONING,
-        TIFFTAG_REFERENCEBLACKWHITE,
     };
 
     constexpr std::array<unsigned, 8> interpretationTags {
@@ -58,6 +57,8 @@ namespace {
         Name { 282, "XResolution"_L1 },
         Name { 283, "YResolution"_L1 },
         Name { 285, "PageName"_L1 },
+        Name { 286, "XPosition"_L1 },
+        Name { 287, "YPosition"_L1 },
         Name { 290, "GrayResponseUnit"_L1 },
         Name { 291, "GrayResponseCurve"_L1 },
         Name { 301, "TransferFunction"_L1 },
@@ -108,8 +109,22 @@ namespace {
         return name == names.end() ? u"tag %1"_s.arg(tag) : QString(name->text);
     }
 
-    bool isDispensable(unsigned tag, const std::set<unsigned>& written, bool isShown)
+    /// Whether ReferenceBlackWhite says what holds for JPEG data without it.
+    bool isPlainReference(const TiffPage& page)
     {
+        constexpr std::array<float, 6> plain { 0, 255, 128, 255, 128, 255 };
+        float* values = nullptr;
+        return TIFFGetField(page.file().describe(page.index()), TIFFTAG_REFERENCEBLACKWHITE,
+                            &values)
+            == 1
+            && values != nullptr && std::equal(plain.begin(), plain.end(), values);
+    }
+
+    bool isDispensable(const TiffPage& page, unsigned tag, const std::set<unsigned>& written,
+                       bool isShown)
+    {
+        if (tag == TIFFTAG_REFERENCEBLACKWHITE)
+            return isShown || isPlainReference(page);
         if (has(layoutTags, tag) || (tag >= firstOldJpegTag && tag <= lastOldJpegTag))
             return true;
         if (has(codedColorTags, tag))
@@ -119,12 +134,12 @@ namespace {
 
 } // namespace
 
-QStringList leftOutTags(const TiffDirectory& source, const std::set<unsigned>& written,
-                        bool isShown)
+QStringList leftOutTags(const TiffPage& page, const TiffDirectory& source,
+                        const std::set<unsigned>& written, bool isShown)
 {
     QStringList left;
     for (const TiffTagValue& value : source.values)
-        if (!written.contains(value.tag) && !isDispensable(value.tag, written, isShown))
+        if (!written.contains(value.tag) && !isDispensable(page, value.tag, written, isShown))
             left.append(nameOf(value.tag));
     return left;
 }

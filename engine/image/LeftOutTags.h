@@ -11,11 +11,12 @@ namespace pagestack {
 struct TiffDirectory;
 class TiffPage;
 
-/// The names of the tags of `source` that a page written with the tags `written` lacks. Tags that
-/// only say how the pixels lie in the file, or that are made anew, do not count. `isShown`: the
-/// pixels are written as they are shown, so that neither do those that said how to interpret them.
-QStringList leftOutTags(const TiffDirectory& source, const std::set<unsigned>& written,
-                        bool isShown);
+/// The names of the tags of `page`, which has the directory `source`, that a page written with the
+/// tags `written` lacks. Tags that only say how the pixels lie in the file, or that are made anew,
+/// do not count. `isShown`: the pixels are written as they are shown, so that neither do those that
+/// said how to interpret them.
+QStringList leftOutTags(const TiffPage& page, const TiffDirectory& source,
+                        const std::set<unsigned>& written, bool isShown);
 
 /// "3 tags left out: ExifIFD, GPSIFD, tag 65000"; at most `mostNames` names, then "...". `fate`
 /// takes the place of "left out".

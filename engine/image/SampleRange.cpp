@@ -14,6 +14,7 @@ SampleRange::SampleRange(int bitsPerSample, int sampleFormat, int shownBits)
                                         : std::ldexp(1.0, bitsPerSample) - 1)
     , m_isFloat(sampleFormat == 3)
     , m_isSigned(sampleFormat == 2)
+    , m_isDeep(sampleFormat != 3 && bitsPerSample > 16)
     , m_isShownIn8Bits(shownBits == 8)
     , m_isFine(!m_isFloat && bitsPerSample <= shownBits)
 {
@@ -22,6 +23,11 @@ SampleRange::SampleRange(int bitsPerSample, int sampleFormat, int shownBits)
 void SampleRange::look(const SampleUnpacker& unpacker, const std::uint8_t* row, int first,
                        int samplesPerPixel, int pixels)
 {
+    for (qsizetype i = 0; m_isFloat && i < pixels; ++i) {
+        const double number = unpacker.number(unpacker.rawSample(row, i * samplesPerPixel + first));
+        m_outside += number < m_lowest || number > m_highest ? 1 : 0;
+        ++m_seen;
+    }
     for (qsizetype i = 0; i < pixels && !m_isFine; ++i) {
         const std::uint64_t raw = unpacker.rawSample(row, i * samplesPerPixel + first);
         if (m_count == 0 || raw != m_last)
@@ -58,10 +64,13 @@ bool SampleRange::isSmallPart() const
 
 QString SampleRange::warning() const
 {
+    if (m_outside > m_seen / 4 && m_isFine)
+        return u"%1 % of its samples lie outside of 0 to 1, which is shown"_s.arg(100 * m_outside
+                                                                                  / m_seen);
     if (m_isFine || m_count == 0)
         return {};
     const bool isOutside = m_isFloat && !(m_least >= m_lowest && m_most <= m_highest);
-    if (!isOutside && !(m_isMerged && isSmallPart()))
+    if (!isOutside && !(m_isMerged && (m_isDeep || isSmallPart())))
         return {};
     const auto text = [](double number) { return QString::number(number, 'g', 12); };
     return u"its samples lie between %1 and %2, and %3 to %4 is shown: fewer than 16 levels are left"_s

@@ -20,7 +20,7 @@ public:
     SampleRange(int bitsPerSample, int sampleFormat, int shownBits);
 
     /// Looks at sample `first` of each of `pixels` pixels of `samplesPerPixel` samples. Costs
-    /// nothing once there are levels enough.
+    /// nothing once there are levels enough, but for floating point.
     void look(const SampleUnpacker& unpacker, const std::uint8_t* row, int first,
               int samplesPerPixel, int pixels);
 
@@ -42,8 +42,11 @@ private:
     double m_highest;
     bool m_isFloat;
     bool m_isSigned;
+    bool m_isDeep; ///< more bits than are ever shown: a page that is blank has no different samples
     bool m_isShownIn8Bits;
     bool m_isFine; ///< nothing more is looked at
+    std::uint64_t m_seen = 0; ///< floating-point samples
+    std::uint64_t m_outside = 0; ///< of these, of the range
     double m_least = 0; ///< sample that was found
     double m_most = 0;
     std::uint64_t m_last = 0;

@@ -60,6 +60,9 @@ tiff* selectForDecoding(TiffFile& file, int index, const TiffPageTags& tags)
 {
     tiff* handle = file.select(index);
     applyRowsPerStrip(handle, tags);
+    if (tags.hasStripOfUnknownSize)
+        file.messages().addPageWarning(
+            u"the size of its strip is 0 in the file; as many bytes as its rows need were taken"_s);
     return handle;
 }
 
@@ -72,9 +75,6 @@ StripDecoder::StripDecoder(TiffFile& file, int index, tiff* handle, const TiffPa
 {
     if (!isDecodedByLibtiff(tags))
         m_order.emplace(tags, TIFFIsByteSwapped(handle) != 0);
-    if (tags.hasStripOfUnknownSize)
-        file.messages().addPageWarning(
-            u"the size of its strip is 0 in the file; as many bytes as its rows need were taken"_s);
     const std::uint32_t count = piecesOf(handle);
     std::uint32_t sparse = 0;
     for (std::uint32_t number = 0; number < count; ++number)
@@ -95,7 +95,8 @@ bool StripDecoder::isSparse(std::uint32_t number) const { return isSparseAt(m_ha
 EncodedBytes StripDecoder::encoded(std::uint32_t number) const
 {
     return { m_file, TIFFGetStrileOffset(m_handle, number),
-             TIFFGetStrileByteCount(m_handle, number), m_tags.fillOrder == FILLORDER_LSB2MSB };
+             TIFFGetStrileByteCount(m_handle, number),
+             m_tags.fillOrder == FILLORDER_LSB2MSB && m_tags.compression != COMPRESSION_JPEG };
 }
 
 std::unique_ptr<StripStream> StripDecoder::openStream(std::uint32_t number) const
@@ -203,6 +204,15 @@ void StripDecoder::check(bool ok, std::uint32_t number)
         messages.fail("the pixels cannot be decoded");
     if (const std::optional<std::uint64_t> left = messages.takeJpegTail())
         judgeTail(number, *left);
+    if (messages.takeProgressiveJpeg())
+        checkScans(number);
+}
+
+void StripDecoder::checkScans(std::uint32_t number)
+{
+    EncodedBytes bytes = encoded(number);
+    if (bytes.left() > longestJudgedStream || !hasAllScans(bytes.next(bytes.left())))
+        throw std::runtime_error("its progressive JPEG data lack scans");
 }
 
 void StripDecoder::judgeTail(std::uint32_t number, std::uint64_t leftBytes)

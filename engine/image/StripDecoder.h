@@ -49,6 +49,7 @@ private:
     bool decodedByLibtiff(std::uint32_t number, std::span<std::uint8_t> to);
     bool decodedTile(std::uint32_t number, std::span<std::uint8_t> to);
     void check(bool ok, std::uint32_t number);
+    void checkScans(std::uint32_t number);
     void judgeTail(std::uint32_t number, std::uint64_t leftBytes);
 
     TiffFile& m_file;

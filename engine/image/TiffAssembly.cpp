@@ -77,6 +77,8 @@ void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
         if (!sink.writeError.empty())
             throw WriteFailure(sink.writeError);
         cutToPages();
+        if (m_messages.failed()) // what the encoder said tells more than that it failed
+            m_messages.fail("the page cannot be encoded");
         throw;
     }
     try {
@@ -91,7 +93,7 @@ void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
     ++m_pages;
     m_end = m_staged->size();
     if (source != nullptr)
-        source->file().messages().setLeftOutTags(leftOutTags(described, written, isShown));
+        source->file().messages().setLeftOutTags(leftOutTags(*source, described, written, isShown));
 }
 
 /// Removes what is left of a page that could not be added.

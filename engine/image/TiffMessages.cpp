@@ -69,6 +69,9 @@ void TiffMessages::addWarning(const char* module, const std::string& text)
     case CodecMessage::JpegTail:
         m_jpegTail = countBefore(text, " extraneous bytes");
         break;
+    case CodecMessage::ProgressiveJpeg:
+        m_isProgressiveJpeg = true;
+        break;
     }
     report("warning", module, text);
 }
@@ -86,6 +89,7 @@ void TiffMessages::forget()
     m_reason.clear();
     m_repairedRows = 0;
     m_jpegTail.reset();
+    m_isProgressiveJpeg = false;
     m_pageWarnings.clear();
     m_leftOutTags.clear();
 }

@@ -55,6 +55,9 @@ public:
     std::optional<std::uint64_t> takeJpegTail() { return std::exchange(m_jpegTail, {}); }
     static QString jpegTailWarning();
 
+    /// True when a progressive JPEG stream was begun since this was asked last.
+    bool takeProgressiveJpeg() { return std::exchange(m_isProgressiveJpeg, false); }
+
     /// Throws std::runtime_error with `reason`, or with `fallback` when libtiff gave none.
     [[noreturn]] void fail(const char* fallback) const;
 
@@ -66,6 +69,7 @@ private:
     std::string m_reason;
     int m_repairedRows = 0;
     std::optional<std::uint64_t> m_jpegTail;
+    bool m_isProgressiveJpeg = false;
     QStringList m_pageWarnings;
     QStringList m_leftOutTags;
     std::shared_ptr<LogQuota> m_quota;

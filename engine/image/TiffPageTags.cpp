@@ -33,7 +33,9 @@ namespace {
     {
         Resolution resolution;
         const auto x = defaultedTag<float>(handle, TIFFTAG_XRESOLUTION, 0.0F);
-        const auto y = defaultedTag<float>(handle, TIFFTAG_YRESOLUTION, x);
+        auto y = defaultedTag<float>(handle, TIFFTAG_YRESOLUTION, x);
+        if (y == 0) // which libtiff says of one that is missing
+            y = x;
         const auto usable = [](float value) { return std::isfinite(value) && value > 0.0F; };
         if (usable(x) && usable(y)) {
             resolution.x = static_cast<double>(x);

@@ -24,11 +24,17 @@ namespace {
     /// Whether a tag of unsigned fractions can hold it: what cannot would make the page fail.
     bool isFraction(float value) { return std::isfinite(value) && value >= 0; }
 
-    void copyFraction(TIFF* from, TIFF* to, ttag_t tag)
+    /// libtiff keeps one note that there are values for both directions: one that is missing reads
+    /// as 0.
+    void copyFractions(TIFF* from, TIFF* to, ttag_t across, ttag_t down, bool isSquare)
     {
-        float value = 0;
-        if (TIFFGetField(from, tag, &value) == 1 && isFraction(value))
-            TIFFSetField(to, tag, static_cast<double>(value));
+        float x = 0;
+        float y = 0;
+        if (TIFFGetField(from, across, &x) != 1 || TIFFGetField(from, down, &y) != 1
+            || !isFraction(x) || !isFraction(y))
+            return;
+        TIFFSetField(to, across, static_cast<double>(x));
+        TIFFSetField(to, down, static_cast<double>(isSquare && y == 0 ? x : y));
     }
 
     void copyFractions(TIFF* from, TIFF* to, ttag_t tag, std::ptrdiff_t count)
@@ -116,9 +122,8 @@ void copyDescriptiveTags(tiff* from, tiff* to)
     for (const ttag_t tag : blockTags)
         copyBlock(from, to, tag);
     copyIptc(from, to);
-    for (const ttag_t tag :
-         { TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION })
-        copyFraction(from, to, static_cast<ttag_t>(tag));
+    copyFractions(from, to, TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, true);
+    copyFractions(from, to, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION, false);
     copyValue<std::uint16_t>(from, to, TIFFTAG_RESOLUTIONUNIT);
 }
 
@@ -138,12 +143,12 @@ void copyInterpretationTags(tiff* from, tiff* to)
     copyPair(from, to, TIFFTAG_DOTRANGE);
     copyFractions(from, to, TIFFTAG_WHITEPOINT, 2);
     copyFractions(from, to, TIFFTAG_PRIMARYCHROMATICITIES, 6);
+    copyFractions(from, to, TIFFTAG_REFERENCEBLACKWHITE, 6);
     std::uint16_t photometric = 0;
     if (TIFFGetField(from, TIFFTAG_PHOTOMETRIC, &photometric) != 1
         || photometric != PHOTOMETRIC_YCBCR)
         return;
     copyFractions(from, to, TIFFTAG_YCBCRCOEFFICIENTS, 3);
-    copyFractions(from, to, TIFFTAG_REFERENCEBLACKWHITE, 6);
     copyPair(from, to, TIFFTAG_YCBCRSUBSAMPLING);
     copyValue<std::uint16_t>(from, to, TIFFTAG_YCBCRPOSITIONING);
 }

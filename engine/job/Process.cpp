@@ -235,6 +235,7 @@ void Process::convertDocument(const Source& source, const FileItem& item)
     reportChain(source.document, item);
     const QList<int> range = getPageRanges(&item);
     m_leftOutTags.clear();
+    m_doubt = QString();
     if (isKeptTogether(*settings())) {
         keepPagesTogether(source, range);
     } else {
@@ -351,8 +352,11 @@ QString Process::saveImage(const Source& source, PageImage& image, int page, con
 
 void Process::remark(const TiffDocument& document, int page, const QStringList& warnings)
 {
-    for (const QString& warning : warnings)
+    for (const QString& warning : warnings) {
+        if (m_doubt.isNull())
+            m_doubt = u"page %1: %2"_s.arg(page).arg(warning);
         emit pageRemarked(document.path(), page, warning);
+    }
 }
 
 void Process::noteLeftOutTags(const QStringList& names)

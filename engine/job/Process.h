@@ -247,6 +247,7 @@ private:
     Workspace* m_workspace;
     TimeLine m_updateTimeTakenLabel;
     TargetFilter m_targetFilter;
+    QString m_doubt; ///< first warning of the source in hand, with its page; job's thread only
     QStringList m_leftOutTags; ///< of the source in hand, each once; job's thread only
     bool m_hasFailed = false; ///< as the next seven, job's thread only
     QString m_failure;

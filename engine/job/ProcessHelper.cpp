@@ -33,8 +33,8 @@ namespace {
 
     /// Why `pages` pages must not be put in place at `path`, where they would be all that is left
     /// of the source; null when they may.
-    QString lossOfPages(const TiffDocument& document, int pages, const QStringList& leftOutTags,
-                        const QString& path)
+    QString lossOfPages(const TiffDocument& document, int pages, const QString& doubt,
+                        const QStringList& leftOutTags, const QString& path)
     {
         const std::optional<FileState> expected = ownSource(document, path);
         if (!expected)
@@ -44,6 +44,8 @@ namespace {
         if (pages != document.pageCount() || !document.chainFault().isEmpty())
             return u"the file is kept as it is, since not all of its pages could be gathered to "
                    "replace it"_s;
+        if (!doubt.isNull())
+            return u"the file is kept as it is, since not all of its pixels are sure: "_s + doubt;
         if (!leftOutTags.isEmpty())
             return u"the file is kept as it is, since "_s
                 + leftOutText(leftOutTags, leftOutTags.size(), u"would be lost");
@@ -80,14 +82,14 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
         emit troubleMet(document->path(), 0, reason);
     } catch (...) {
         // The pages gathered are kept; the result is lost with the exception.
-        if (lossOfPages(*document, file.pageCount(), m_leftOutTags, path).isNull()
+        if (lossOfPages(*document, file.pageCount(), m_doubt, m_leftOutTags, path).isNull()
             && file.commit(existing(), ownSource(*document, path)))
             logFiles.gathered = GatheredFile::None;
         throw;
     }
     if (file.pageCount() == 0)
         return false;
-    const QString loss = lossOfPages(*document, file.pageCount(), m_leftOutTags, path);
+    const QString loss = lossOfPages(*document, file.pageCount(), m_doubt, m_leftOutTags, path);
     const auto commit = [&] {
         return file.commit(existing(), ownSource(*document, path)) ? QString()
                                                                    : file.failureReason();
@@ -148,7 +150,7 @@ Process::PageOutcome Process::gatherPage(MultiPageTiff& file, const TiffDocument
             remark(document, record.sourcePageNo, warnings ? *warnings : image.warnings());
             noteLeftOutTags(leftOut ? *leftOut : image.leftOutTags());
         }
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         record.status = u"Unable to save page!"_s;
         emit troubleMet(document.path(), record.sourcePageNo, QString::fromUtf8(error.what()));
         return PageOutcome::Failed;

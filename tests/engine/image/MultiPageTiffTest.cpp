@@ -103,6 +103,7 @@ private slots:
     void writesFaxRowsOfManyRuns();
     void carriesWhatDescribesThePage();
     void tellsWhatItLeavesOut();
+    void altersNoTagInSilence();
     void keepsTheBytesOfIptcThatLibtiffTurnsRound();
     void writesTilesOfOtherSizesAsStrips();
     void numbersThePagesThatAreThere();
@@ -291,6 +292,34 @@ void MultiPageTiffTest::carriesWhatDescribesThePage()
         QCOMPARE(picture.number(TIFFTAG_RESOLUTIONUNIT), 3);
         QCOMPARE(picture.number(TIFFTAG_SUBFILETYPE), int { FILETYPE_PAGE });
     }
+}
+
+// libtiff tells of one direction as it does of both, and JPEG data have no such range.
+void MultiPageTiffTest::altersNoTagInSilence()
+{
+    const auto leftOut = [this](const char* text, const std::function<void(tiff*)>& tags) {
+        TestPage page(text);
+        page.moreTags = tags;
+        writeTiff(m_source, { page });
+        const TiffDocument source(m_source);
+        const PageImage image = source.page(0);
+        MultiPageTiff file(m_out, 0, 1);
+        file.append(image);
+        return file.commit() ? image.leftOutTags() : QStringList { file.failureReason() };
+    };
+    float range[] = { 16, 235, 128, 240, 128, 240 };
+    const auto setRange = [&](tiff* to) {
+        TIFFSetField(to, TIFFTAG_REFERENCEBLACKWHITE, range);
+        if (TIFFIsTiled(to) != 0)
+            TIFFSetField(to, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+    };
+    QCOMPARE(leftOut("rgb", setRange), QStringList());
+    QCOMPARE(leftOut("jpeg tileWidth=32 tileHeight=32", setRange),
+             QStringList { u"ReferenceBlackWhite"_s });
+    QCOMPARE(leftOut("rgb", [](tiff* to) { TIFFSetField(to, TIFFTAG_XRESOLUTION, 300.0); }),
+             QStringList());
+    const std::array<float, 2> both = readTiff(m_out).value(0).resolution;
+    QCOMPARE(both[1], both[0]);
 }
 
 // Tags were lost without a word, and all but the first text of those that hold several.

@@ -58,6 +58,7 @@ private slots:
     void refusesStripsThatAreNotThere_data();
     void refusesStripsThatAreNotThere();
     void judgesWhatIsLeftOfAJpegStream();
+    void missesScansOfAProgressiveStream();
 
 private:
     /// The page of "page.tif" as PNG; what the image had to say is kept.
@@ -223,6 +224,24 @@ void StripDecoderTest::judgesWhatIsLeftOfAJpegStream()
     QCOMPARE(judged(QByteArray("abc\xFF\x00\xD0xyz\0\0", 11), 2), JpegTail::LostRestarts);
     QCOMPARE(judged("abcxyz", 2, "\xFF\xDA"), JpegTail::Unknown); // another scan
     QCOMPARE(judgeJpegTail({}, 5), JpegTail::Unknown);
+}
+
+// A decoder is content with the first scans, which show a coarse picture.
+void StripDecoderTest::missesScansOfAProgressiveStream()
+{
+    const QByteArray start = QByteArray::fromHex("ffd8 ffc2000b080010001001011100");
+    const QByteArray coarse = QByteArray::fromHex("ffda00080101000000 01") + "abc";
+    const QByteArray detail = QByteArray::fromHex("ffda0008010100013f00") + "d\xFF\xD0g";
+    const QByteArray lastBit = QByteArray::fromHex("ffda0008010100000010") + "e";
+    const auto isWhole = [&](const QByteArray& scans) {
+        const QByteArray stream = start + scans + "\xFF\xD9";
+        return hasAllScans({ reinterpret_cast<const std::uint8_t*>(stream.constData()),
+                             static_cast<std::size_t>(stream.size()) });
+    };
+    QVERIFY(isWhole(coarse + detail + lastBit));
+    QVERIFY(!isWhole(coarse + detail));
+    QVERIFY(!isWhole(coarse + lastBit));
+    QVERIFY(!isWhole({}));
 }
 
 QTEST_GUILESS_MAIN(StripDecoderTest)

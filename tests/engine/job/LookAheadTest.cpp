@@ -164,6 +164,11 @@ void LookAheadTest::showsWhatOneThreadShows_data()
         u"created 5"_s);
     row(u"in the place of the source"_s, u"a.tiff:WVWVW b.tiff:W"_s,
         together + u" outputFolderPath="_s, u"written in/a.tiff in/a.tiff 5"_s);
+    row(u"the same with a damaged fax row"_s, u"a.tiff:WFW b.tiff:W"_s,
+        together + u" outputFolderPath="_s,
+        u"trouble in/a.tiff 0 the file is kept as it is, since not all of its pixels are sure: "
+        u"page 2: "
+        "1 row of the fax is damaged; what is lost of it is white"_s);
     row(u"the same with a tag that would be lost"_s, u"a.tiff:WVWUW b.tiff:W"_s,
         together + u" outputFolderPath="_s,
         u"trouble in/a.tiff 0 the file is kept as it is, since 1 tag would be lost: tag 65100"_s);
