@@ -365,7 +365,7 @@ void PageReadingTest::tellsOfPagesOfWhichNextToNothingIsLeft_data()
                              << u"1000 and 1249, and 0 to 4294967295"_s;
     QTest::newRow("32 bits, somewhere") << QByteArray("bits=32") << Sample(number(0x80000000U))
                                         << u"a.png"_s << u"2147483648 and 2147483897,"_s;
-    QTest::newRow("0 to 100") << real << Sample(single(0.4F)) << u"a.jpg"_s
+    QTest::newRow("0 to 100") << real << Sample(single(0.04F)) << u"a.jpg"_s
                               << u"samples lie outside"_s;
     QTest::newRow("16 bits") << QByteArray("bits=16 rgb") << Sample(number(0)) << u"a.jpg"_s
                              << u"0 and 249, and 0 to 65535"_s;
