@@ -217,7 +217,7 @@ private:
     void refuseOutputFolder();
     void beginRun();
     void startRun(const QList<OutputFile>& outputs, bool isPlanned);
-    bool isPlanClear(const Process& job);
+    bool isPlanClear(Process& job);
     void askForNumbers();
     void leaveRun();
     void startWorker(std::function<void()> work);

@@ -62,7 +62,7 @@ namespace {
 
 /// On the thread of the run. False when there is something to be asked first, which is left at
 /// `m_clash`; a run that is cancelled meanwhile comes to its end as it would later.
-bool PagestackAppDelegate::isPlanClear(const Process& job)
+bool PagestackAppDelegate::isPlanClear(Process& job)
 try {
     const auto isWanted = [&job] { return job.isCombining(); };
     const QList<OutputFile> outputs = job.outputFiles();
@@ -76,6 +76,7 @@ try {
     return false;
 } catch (const std::exception& error) {
     systemLogError(u"Split"_s, error);
+    job.stop(); // a run that nobody looked through writes nothing
     return true;
 }
 

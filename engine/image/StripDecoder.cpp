@@ -16,9 +16,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    /// Encoded data up to this size are read as a whole; they do not decode to less than a strip
-    /// that is held anyway.
-    constexpr std::uint64_t wholeBytes(std::uint64_t decoded) { return 2 * decoded + 65536; }
+    /// Encoded data up to this size are held as a whole; larger ones are decoded as they are read.
+    constexpr std::uint64_t largestWholeBytes = std::uint64_t { 16 } * 1024 * 1024;
 
     constexpr std::uint64_t mostPaddingBytes = std::uint64_t { 64 } * 1024 * 1024;
     constexpr std::uint64_t longestJudgedStream = std::uint64_t { 64 } * 1024 * 1024;
@@ -125,7 +124,7 @@ void StripDecoder::decode(std::uint32_t number, std::span<std::uint8_t> to)
 bool StripDecoder::inflatedWhole(std::uint32_t number, std::span<std::uint8_t> to) const
 {
     EncodedBytes bytes = encoded(number);
-    return bytes.left() <= wholeBytes(to.size()) && inflateWhole(bytes.next(bytes.left()), to);
+    return bytes.left() <= largestWholeBytes && inflateWhole(bytes.next(bytes.left()), to);
 }
 
 /// Some writers fill the last strip up to RowsPerStrip rows. Anything else behind the rows is no

@@ -35,9 +35,6 @@ public:
     /// last `forget`.
     bool failed() const { return !m_reason.empty(); }
 
-    /// The first of these messages; empty when there is none.
-    const std::string& reason() const { return m_reason; }
-
     /// Adds to `pageWarnings`, once however often it is given.
     void addPageWarning(const QString& text);
 
@@ -58,7 +55,8 @@ public:
     /// True when a progressive JPEG stream was begun since this was asked last.
     bool takeProgressiveJpeg() { return std::exchange(m_isProgressiveJpeg, false); }
 
-    /// Throws std::runtime_error with `reason`, or with `fallback` when libtiff gave none.
+    /// Throws std::runtime_error with the first of these messages, or with `fallback` when libtiff
+    /// gave none.
     [[noreturn]] void fail(const char* fallback) const;
 
 private:
