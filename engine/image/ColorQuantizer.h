@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/PixelLayout.h"
+#include "engine/image/pixels/PixelLayout.h"
 
 #include <array>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/files/StagedFile.h"
-#include "engine/image/PageSource.h"
-#include "engine/image/RowSteps.h"
+#include "engine/image/pixels/PageSource.h"
+#include "engine/image/pixels/RowConversions.h"
 
 #include <functional>
 #include <memory>

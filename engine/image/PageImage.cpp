@@ -1,12 +1,12 @@
 #include "engine/image/PageImage.h"
 
-#include "engine/image/Bitmap.h"
+#include "engine/image/pixels/Bitmap.h"
 #include "engine/image/Encoders.h"
 #include "engine/image/MultiPageTiff.h"
 #include "engine/image/PreparedPage.h"
-#include "engine/image/RowsAhead.h"
+#include "engine/image/pixels/ReadAheadRows.h"
 #include "engine/image/TiffPage.h"
-#include "engine/image/UprightRows.h"
+#include "engine/image/pixels/UprightRows.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/settings/Settings.h"
 #include "engine/support/SystemLog.h"
@@ -41,7 +41,7 @@ namespace {
         const qsizetype pixels = qsizetype { rows->widthPx() } * rows->heightPx();
         if (threads == nullptr || pixels < leastPixelsReadAhead)
             return rows;
-        return std::make_unique<RowsAhead>(std::move(rows), *threads);
+        return std::make_unique<ReadAheadRows>(std::move(rows), *threads);
     }
 
     /// The properties of the upright page, with the profile only if it is for pixels like those of

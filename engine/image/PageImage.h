@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/files/StagedFile.h"
-#include "engine/image/PageSource.h"
+#include "engine/image/pixels/PageSource.h"
 
 #include <QString>
 #include <QStringList>

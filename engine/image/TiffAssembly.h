@@ -2,7 +2,7 @@
 
 #include "engine/files/StagedFile.h"
 #include "engine/image/LeftOutTags.h"
-#include "engine/image/PageSource.h"
+#include "engine/image/pixels/PageSource.h"
 #include "engine/image/TiffPageSink.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "engine/image/TiffLimits.h"
 
-#include "engine/image/RowLimits.h"
+#include "engine/image/pixels/RowLimits.h"
 #include "engine/image/TiffFile.h"
 #include "engine/image/TiffPageTags.h"
 

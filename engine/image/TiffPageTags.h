@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/PageSource.h"
+#include "engine/image/pixels/PageSource.h"
 
 #include <cstdint>
 #include <vector>

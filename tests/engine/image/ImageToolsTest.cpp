@@ -1,4 +1,4 @@
-#include "engine/image/Bitmap.h"
+#include "engine/image/pixels/Bitmap.h"
 #include "engine/image/ResourceImage.h"
 #include "tests/engine/image/TiffBuilder.h"
 

@@ -1,4 +1,4 @@
-#include "engine/image/Bitmap.h"
+#include "engine/image/pixels/Bitmap.h"
 #include "engine/image/Encoders.h"
 #include "engine/settings/Settings.h"
 #include "tests/engine/image/ImageReaders.h"

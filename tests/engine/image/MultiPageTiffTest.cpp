@@ -1,6 +1,6 @@
 #include "engine/image/MultiPageTiff.h"
 
-#include "engine/image/Bitmap.h"
+#include "engine/image/pixels/Bitmap.h"
 #include "engine/image/PreparedPage.h"
 #include "tests/engine/image/FileSizeLimit.h"
 #include "tests/engine/image/ImageReaders.h"

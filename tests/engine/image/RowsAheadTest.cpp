@@ -1,4 +1,4 @@
-#include "engine/image/RowsAhead.h"
+#include "engine/image/pixels/ReadAheadRows.h"
 
 #include "engine/image/PreparedPage.h"
 #include "engine/settings/Settings.h"
@@ -99,7 +99,7 @@ QStringList story(RowSource& rows, const std::function<void(int row)>& atBand)
 
 } // namespace
 
-class RowsAheadTest : public QObject
+class ReadAheadRowsTest : public QObject
 {
     Q_OBJECT
 
@@ -112,7 +112,7 @@ private slots:
     void countsWhoIsAtWork();
 };
 
-void RowsAheadTest::tellsTheStoryOfItsSource_data()
+void ReadAheadRowsTest::tellsTheStoryOfItsSource_data()
 {
     QTest::addColumn<int>("width");
     QTest::addColumn<int>("bandRows");
@@ -131,7 +131,7 @@ void RowsAheadTest::tellsTheStoryOfItsSource_data()
     QTest::newRow("no rows") << 600 << 300 << 0 << false << 0;
 }
 
-void RowsAheadTest::tellsTheStoryOfItsSource()
+void ReadAheadRowsTest::tellsTheStoryOfItsSource()
 {
     QFETCH(int, width);
     QFETCH(int, bandRows);
@@ -145,7 +145,7 @@ void RowsAheadTest::tellsTheStoryOfItsSource()
     ThreadClaim other = threads.take();
     Script alone = script;
     const QStringList expected = [&] {
-        RowsAhead rows(std::make_unique<ScriptedRows>(alone), threads);
+        ReadAheadRows rows(std::make_unique<ScriptedRows>(alone), threads);
         return story(rows, [](int) {});
     }();
     QCOMPARE(expected.last(), u"%1 rows"_s.arg(lastRow));
@@ -154,7 +154,7 @@ void RowsAheadTest::tellsTheStoryOfItsSource()
 
     Script helped = script;
     {
-        RowsAhead rows(std::make_unique<ScriptedRows>(helped), threads);
+        ReadAheadRows rows(std::make_unique<ScriptedRows>(helped), threads);
         const QStringList told = story(rows, [&](int row) {
             if (row >= spareFromRow)
                 other.giveBack();
@@ -166,14 +166,14 @@ void RowsAheadTest::tellsTheStoryOfItsSource()
     QVERIFY(threads.tryTake());
 }
 
-void RowsAheadTest::readsNoFurtherThanItsRing()
+void ReadAheadRowsTest::readsNoFurtherThanItsRing()
 {
     for (const int taken : { 1, 2, 5 }) {
         Script script { .width = 200'000, .bandRows = 1 };
         SpareThreads threads(1);
         {
             const LogHold quiet;
-            RowsAhead rows(std::make_unique<ScriptedRows>(script), threads);
+            ReadAheadRows rows(std::make_unique<ScriptedRows>(script), threads);
             for (int i = 0; i < taken; ++i)
                 QCOMPARE(rows.nextBand().rows, 1);
             QVERIFY(!threads.tryTake());
@@ -184,7 +184,7 @@ void RowsAheadTest::readsNoFurtherThanItsRing()
     }
 }
 
-void RowsAheadTest::writesTheSameFileWithSpareThreads_data()
+void ReadAheadRowsTest::writesTheSameFileWithSpareThreads_data()
 {
     QTest::addColumn<TestPage>("page");
     QTest::addColumn<QString>("extension");
@@ -204,7 +204,7 @@ void RowsAheadTest::writesTheSameFileWithSpareThreads_data()
             << large(qPrintable(name.section(u' ', 1))) << name.section(u' ', 0, 0);
 }
 
-void RowsAheadTest::writesTheSameFileWithSpareThreads()
+void ReadAheadRowsTest::writesTheSameFileWithSpareThreads()
 {
     QFETCH(TestPage, page);
     QFETCH(QString, extension);
@@ -227,7 +227,7 @@ void RowsAheadTest::writesTheSameFileWithSpareThreads()
     }
 }
 
-void RowsAheadTest::countsWhoIsAtWork()
+void ReadAheadRowsTest::countsWhoIsAtWork()
 {
     SpareThreads threads(2);
     ThreadClaim first = threads.tryTake();
@@ -261,5 +261,5 @@ void RowsAheadTest::countsWhoIsAtWork()
     QVERIFY(one && other && !threads.tryTake());
 }
 
-QTEST_APPLESS_MAIN(RowsAheadTest)
-#include "RowsAheadTest.moc"
+QTEST_APPLESS_MAIN(ReadAheadRowsTest)
+#include "ReadAheadRowsTest.moc"

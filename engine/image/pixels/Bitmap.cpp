@@ -1,4 +1,4 @@
-#include "engine/image/Bitmap.h"
+#include "engine/image/pixels/Bitmap.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
-#include "engine/image/UprightRows.h"
+#include "engine/image/pixels/UprightRows.h"
 
 #include "engine/files/ByteSpool.h"
-#include "engine/image/RowLimits.h"
+#include "engine/image/pixels/RowLimits.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/RowSource.h"
+#include "engine/image/pixels/RowSource.h"
 
 #include <memory>
 

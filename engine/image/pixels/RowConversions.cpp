@@ -1,4 +1,4 @@
-#include "engine/image/RowSteps.h"
+#include "engine/image/pixels/RowConversions.h"
 
 #include <algorithm>
 #include <array>

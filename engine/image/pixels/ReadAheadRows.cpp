@@ -1,4 +1,4 @@
-#include "engine/image/RowsAhead.h"
+#include "engine/image/pixels/ReadAheadRows.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,7 +14,7 @@ namespace {
 
 } // namespace
 
-RowsAhead::RowsAhead(std::unique_ptr<RowSource> source, SpareThreads& threads)
+ReadAheadRows::ReadAheadRows(std::unique_ptr<RowSource> source, SpareThreads& threads)
     : m_source(std::move(source))
     , m_threads(threads)
     , m_strideBytes(m_source->layout().rowBytes(m_source->widthPx()))
@@ -22,7 +22,7 @@ RowsAhead::RowsAhead(std::unique_ptr<RowSource> source, SpareThreads& threads)
 {
 }
 
-RowsAhead::~RowsAhead()
+ReadAheadRows::~ReadAheadRows()
 {
     if (!m_thread.joinable())
         return;
@@ -34,7 +34,7 @@ RowsAhead::~RowsAhead()
     m_thread.join();
 }
 
-Band RowsAhead::nextBand()
+Band ReadAheadRows::nextBand()
 {
     if (m_isAtEnd)
         return {};
@@ -44,7 +44,7 @@ Band RowsAhead::nextBand()
 }
 
 /// False when there is no thread to be had.
-bool RowsAhead::start()
+bool ReadAheadRows::start()
 {
     ThreadClaim claim = m_threads.tryTake();
     if (!claim)
@@ -60,7 +60,7 @@ bool RowsAhead::start()
     return true;
 }
 
-Band RowsAhead::take()
+Band ReadAheadRows::take()
 {
     std::unique_lock lock(m_mutex);
     if (m_holdsPortion)
@@ -78,7 +78,7 @@ Band RowsAhead::take()
     return { taken.samples.get(), taken.rows, m_strideBytes };
 }
 
-void RowsAhead::readAll()
+void ReadAheadRows::readAll()
 {
     LogHold hold;
     for (bool goesOn = true; goesOn;) {
@@ -94,7 +94,7 @@ void RowsAhead::readAll()
 }
 
 /// False when nothing follows, or nobody wants it.
-bool RowsAhead::handOver(const Band& band, std::exception_ptr failure, HeldLines lines)
+bool ReadAheadRows::handOver(const Band& band, std::exception_ptr failure, HeldLines lines)
 {
     int done = 0;
     do {
@@ -115,7 +115,7 @@ bool RowsAhead::handOver(const Band& band, std::exception_ptr failure, HeldLines
     return band.rows > 0;
 }
 
-bool RowsAhead::waitForRoom()
+bool ReadAheadRows::waitForRoom()
 {
     std::unique_lock lock(m_mutex);
     m_changed.wait(lock, [this] { return m_isClosing || m_read - m_used < m_ring.size(); });

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/RowSource.h"
+#include "engine/image/pixels/RowSource.h"
 #include "engine/support/SpareThreads.h"
 #include "engine/support/SystemLog.h"
 
@@ -19,16 +19,16 @@ namespace pagestack {
 ///
 /// What the source writes to the system log comes out on the thread of `nextBand`, before the rows
 /// that it was written for; what it throws comes after the rows before it.
-class RowsAhead : public RowSource
+class ReadAheadRows : public RowSource
 {
 public:
     /// `threads` outlives the rows.
-    RowsAhead(std::unique_ptr<RowSource> source, SpareThreads& threads);
+    ReadAheadRows(std::unique_ptr<RowSource> source, SpareThreads& threads);
 
     /// Waits for the band that is being read.
-    ~RowsAhead() override;
-    RowsAhead(const RowsAhead&) = delete;
-    RowsAhead& operator=(const RowsAhead&) = delete;
+    ~ReadAheadRows() override;
+    ReadAheadRows(const ReadAheadRows&) = delete;
+    ReadAheadRows& operator=(const ReadAheadRows&) = delete;
 
     int widthPx() const override { return m_source->widthPx(); }
     int heightPx() const override { return m_source->heightPx(); }
