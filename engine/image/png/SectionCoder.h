@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/image/png/HuffmanDeflate.h"
-#include "engine/image/png/MatchDeflate.h"
+#include "engine/image/deflate/HuffmanDeflate.h"
+#include "engine/image/deflate/MatchDeflate.h"
 #include "engine/image/png/RowFilter.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
-#include "engine/image/png/StreamEnd.h"
+#include "engine/image/deflate/DeflateScanner.h"
 
-#include "engine/image/png/HuffmanCode.h"
+#include "engine/image/deflate/HuffmanCode.h"
 
 #include <algorithm>
 #include <array>
@@ -202,11 +202,11 @@ namespace {
 
 } // namespace
 
-StreamEnd findStreamEnd(std::span<const std::uint8_t> stream)
+DeflateScanner findStreamEnd(std::span<const std::uint8_t> stream)
 {
     const std::size_t endBit = stream.size() * 8;
     BitReader reader(stream.data());
-    StreamEnd found;
+    DeflateScanner found;
     for (bool isLast = false; !isLast && reader.position() < endBit;) {
         found.lastBlock = reader.position();
         isLast = reader.take(1) != 0;

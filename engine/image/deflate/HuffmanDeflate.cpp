@@ -1,6 +1,6 @@
-#include "engine/image/png/HuffmanDeflate.h"
+#include "engine/image/deflate/HuffmanDeflate.h"
 
-#include "engine/image/png/HuffmanCode.h"
+#include "engine/image/deflate/HuffmanCode.h"
 
 #include <algorithm>
 

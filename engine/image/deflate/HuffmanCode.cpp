@@ -1,4 +1,4 @@
-#include "engine/image/png/HuffmanCode.h"
+#include "engine/image/deflate/HuffmanCode.h"
 
 #include <algorithm>
 #include <array>

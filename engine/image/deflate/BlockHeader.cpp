@@ -1,6 +1,6 @@
-#include "engine/image/png/BlockHeader.h"
+#include "engine/image/deflate/BlockHeader.h"
 
-#include "engine/image/png/HuffmanCode.h"
+#include "engine/image/deflate/HuffmanCode.h"
 
 #include <algorithm>
 

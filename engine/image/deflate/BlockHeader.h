@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/png/BitWriter.h"
+#include "engine/image/deflate/BitWriter.h"
 
 #include <array>
 #include <span>

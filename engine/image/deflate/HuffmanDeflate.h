@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/png/BlockHeader.h"
+#include "engine/image/deflate/BlockHeader.h"
 
 #include <vector>
 
