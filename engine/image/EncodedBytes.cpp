@@ -1,6 +1,6 @@
 #include "engine/image/EncodedBytes.h"
 
-#include "engine/image/TiffFile.h"
+#include "engine/image/tiff/TiffFile.h"
 
 #include <tiffio.h>
 

@@ -1,7 +1,7 @@
 #include "engine/image/NoDataValue.h"
 
-#include "engine/image/TiffFile.h"
-#include "engine/image/TiffPageTags.h"
+#include "engine/image/tiff/TiffFile.h"
+#include "engine/image/tiff/TiffPageTags.h"
 
 #include <QByteArray>
 

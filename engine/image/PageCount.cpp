@@ -1,7 +1,7 @@
 #include "engine/image/PageCount.h"
 
 #include "engine/image/PdfDocument.h"
-#include "engine/image/TiffDirectoryChain.h"
+#include "engine/image/tiff/TiffDirectoryChain.h"
 
 #include <QFile>
 #include <QFileInfo>

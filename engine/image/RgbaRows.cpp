@@ -1,7 +1,7 @@
 #include "engine/image/RgbaRows.h"
 
 #include "engine/image/StripDecoder.h"
-#include "engine/image/TiffLimits.h"
+#include "engine/image/tiff/TiffLimits.h"
 
 #include <tiffio.h>
 

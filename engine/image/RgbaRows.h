@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/image/pixels/RowSource.h"
-#include "engine/image/TiffFile.h"
-#include "engine/image/TiffPageTags.h"
+#include "engine/image/tiff/TiffFile.h"
+#include "engine/image/tiff/TiffPageTags.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #include "engine/image/SampleOrder.h"
 
-#include "engine/image/TiffPageTags.h"
+#include "engine/image/tiff/TiffPageTags.h"
 
 #include <tiffio.h>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "engine/image/MappedTiffCopy.h"
+#include "engine/image/tiff/MappedTiffCopy.h"
 #include "engine/image/StripDecoder.h"
-#include "engine/image/TiffFile.h"
-#include "engine/image/TiffPageTags.h"
+#include "engine/image/tiff/TiffFile.h"
+#include "engine/image/tiff/TiffPageTags.h"
 
 #include <cstdint>
 #include <memory>

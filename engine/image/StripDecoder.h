@@ -3,8 +3,8 @@
 #include "engine/image/EncodedBytes.h"
 #include "engine/image/SampleOrder.h"
 #include "engine/image/StripStream.h"
-#include "engine/image/TiffFile.h"
-#include "engine/image/TiffPageTags.h"
+#include "engine/image/tiff/TiffFile.h"
+#include "engine/image/tiff/TiffPageTags.h"
 
 #include <cstdint>
 #include <memory>

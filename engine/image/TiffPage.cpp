@@ -1,7 +1,7 @@
 #include "engine/image/TiffPage.h"
 
 #include "engine/image/DisplayRows.h"
-#include "engine/image/TiffLimits.h"
+#include "engine/image/tiff/TiffLimits.h"
 
 #include <tiffio.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/TiffHandle.h"
+#include "engine/image/tiff/TiffHandle.h"
 
 #include <cstdint>
 #include <string>

@@ -3,7 +3,7 @@
 #include "engine/image/DisplayRows.h"
 #include "engine/image/StoredRows.h"
 #include "engine/image/StripDecoder.h"
-#include "engine/image/TiffLimits.h"
+#include "engine/image/tiff/TiffLimits.h"
 #include "engine/image/TiffPage.h"
 #include "engine/image/TiffPieces.h"
 #include "engine/image/TiffTagCopy.h"

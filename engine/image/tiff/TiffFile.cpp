@@ -1,4 +1,4 @@
-#include "engine/image/TiffFile.h"
+#include "engine/image/tiff/TiffFile.h"
 
 #include "engine/files/FileBytes.h"
 

@@ -1,4 +1,4 @@
-#include "engine/image/TiffDirectoryChain.h"
+#include "engine/image/tiff/TiffDirectoryChain.h"
 
 #include "engine/files/FileBytes.h"
 #include "engine/support/StopScope.h"

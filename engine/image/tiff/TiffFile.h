@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/files/FileState.h"
-#include "engine/image/TiffDirectoryChain.h"
-#include "engine/image/TiffHandle.h"
+#include "engine/image/tiff/TiffDirectoryChain.h"
+#include "engine/image/tiff/TiffHandle.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
-#include "engine/image/TiffMessages.h"
+#include "engine/image/tiff/TiffMessages.h"
 
-#include "engine/image/CodecMessages.h"
+#include "engine/image/tiff/CodecMessages.h"
 #include "engine/support/SystemLog.h"
 
 #include <stdexcept>

@@ -1,4 +1,4 @@
-#include "engine/image/TiffPageTags.h"
+#include "engine/image/tiff/TiffPageTags.h"
 
 #include <tiffio.h>
 

@@ -1,8 +1,8 @@
-#include "engine/image/TiffLimits.h"
+#include "engine/image/tiff/TiffLimits.h"
 
 #include "engine/image/pixels/RowLimits.h"
-#include "engine/image/TiffFile.h"
-#include "engine/image/TiffPageTags.h"
+#include "engine/image/tiff/TiffFile.h"
+#include "engine/image/tiff/TiffPageTags.h"
 
 #include <tiffio.h>
 

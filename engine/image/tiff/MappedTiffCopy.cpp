@@ -1,7 +1,7 @@
-#include "engine/image/MappedTiffCopy.h"
+#include "engine/image/tiff/MappedTiffCopy.h"
 
 #include "engine/files/FileBytes.h"
-#include "engine/image/TiffFile.h"
+#include "engine/image/tiff/TiffFile.h"
 
 #include <QScopeGuard>
 

@@ -1,4 +1,4 @@
-#include "engine/image/TiffHandle.h"
+#include "engine/image/tiff/TiffHandle.h"
 
 #include "engine/files/FileBytes.h"
 

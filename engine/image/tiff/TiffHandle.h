@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/image/TiffDirectoryChain.h"
-#include "engine/image/TiffMessages.h"
+#include "engine/image/tiff/TiffDirectoryChain.h"
+#include "engine/image/tiff/TiffMessages.h"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-#include "engine/image/CodecMessages.h"
+#include "engine/image/tiff/CodecMessages.h"
 
 #include <algorithm>
 #include <array>
