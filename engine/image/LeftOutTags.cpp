@@ -1,6 +1,6 @@
 #include "engine/image/LeftOutTags.h"
 
-#include "engine/image/TiffPage.h"
+#include "engine/image/decode/TiffPage.h"
 #include "engine/image/TiffTagCopy.h"
 
 #include <tiffio.h>

@@ -2,7 +2,7 @@
 
 #include "engine/image/PreparedPage.h"
 #include "engine/image/TiffAssembly.h"
-#include "engine/image/TiffPage.h"
+#include "engine/image/decode/TiffPage.h"
 #include "engine/settings/OutputCodes.h"
 
 #include <tiffio.h>

@@ -5,7 +5,7 @@
 #include "engine/image/MultiPageTiff.h"
 #include "engine/image/PreparedPage.h"
 #include "engine/image/pixels/ReadAheadRows.h"
-#include "engine/image/TiffPage.h"
+#include "engine/image/decode/TiffPage.h"
 #include "engine/image/pixels/UprightRows.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/settings/Settings.h"

@@ -1,6 +1,6 @@
 #include "engine/image/TiffAssembly.h"
 
-#include "engine/image/TiffPage.h"
+#include "engine/image/decode/TiffPage.h"
 #include "engine/image/TiffPageWriter.h"
 
 #include <QFileInfo>

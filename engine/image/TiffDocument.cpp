@@ -1,6 +1,6 @@
 #include "engine/image/TiffDocument.h"
 
-#include "engine/image/TiffPage.h"
+#include "engine/image/decode/TiffPage.h"
 
 #include <stdexcept>
 #include <string>

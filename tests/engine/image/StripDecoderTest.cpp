@@ -1,4 +1,4 @@
-#include "engine/image/JpegTail.h"
+#include "engine/image/decode/JpegTail.h"
 #include "engine/settings/Settings.h"
 #include "tests/engine/image/ImageReaders.h"
 #include "tests/engine/image/TiffBuilder.h"

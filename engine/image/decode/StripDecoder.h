@@ -1,8 +1,8 @@
 #pragma once
 
-#include "engine/image/EncodedBytes.h"
-#include "engine/image/SampleOrder.h"
-#include "engine/image/StripStream.h"
+#include "engine/image/decode/EncodedBytes.h"
+#include "engine/image/decode/SampleOrder.h"
+#include "engine/image/decode/StripStream.h"
 #include "engine/image/tiff/TiffFile.h"
 #include "engine/image/tiff/TiffPageTags.h"
 

@@ -1,4 +1,4 @@
-#include "engine/image/EncodedBytes.h"
+#include "engine/image/decode/EncodedBytes.h"
 
 #include "engine/image/tiff/TiffFile.h"
 

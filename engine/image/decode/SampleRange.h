@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/SampleUnpacker.h"
+#include "engine/image/decode/SampleUnpacker.h"
 
 #include <QString>
 

@@ -1,4 +1,4 @@
-#include "engine/image/StoredRows.h"
+#include "engine/image/decode/StoredRows.h"
 
 #include <tiffio.h>
 

@@ -1,4 +1,4 @@
-#include "engine/image/SampleRange.h"
+#include "engine/image/decode/SampleRange.h"
 
 #include <algorithm>
 #include <cmath>

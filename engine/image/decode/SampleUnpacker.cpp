@@ -1,4 +1,4 @@
-#include "engine/image/SampleUnpacker.h"
+#include "engine/image/decode/SampleUnpacker.h"
 
 #include <bit>
 #include <cmath>

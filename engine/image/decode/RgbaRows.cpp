@@ -1,6 +1,6 @@
-#include "engine/image/RgbaRows.h"
+#include "engine/image/decode/RgbaRows.h"
 
-#include "engine/image/StripDecoder.h"
+#include "engine/image/decode/StripDecoder.h"
 #include "engine/image/tiff/TiffLimits.h"
 
 #include <tiffio.h>

@@ -1,4 +1,4 @@
-#include "engine/image/JpegTail.h"
+#include "engine/image/decode/JpegTail.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "engine/image/PackBitsStream.h"
+#include "engine/image/decode/PackBitsStream.h"
 
 #include <algorithm>
 #include <array>

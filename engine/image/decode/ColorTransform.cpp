@@ -1,4 +1,4 @@
-#include "engine/image/ColorTransform.h"
+#include "engine/image/decode/ColorTransform.h"
 
 #include <lcms2.h>
 

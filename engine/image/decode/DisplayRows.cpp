@@ -1,10 +1,10 @@
-#include "engine/image/DisplayRows.h"
+#include "engine/image/decode/DisplayRows.h"
 
-#include "engine/image/ColorTransform.h"
-#include "engine/image/RgbaRows.h"
-#include "engine/image/SampleRange.h"
-#include "engine/image/SampleUnpacker.h"
-#include "engine/image/StoredRows.h"
+#include "engine/image/decode/ColorTransform.h"
+#include "engine/image/decode/RgbaRows.h"
+#include "engine/image/decode/SampleRange.h"
+#include "engine/image/decode/SampleUnpacker.h"
+#include "engine/image/decode/StoredRows.h"
 #include "engine/support/SystemLog.h"
 
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/image/EncodedBytes.h"
-#include "engine/image/StripStream.h"
+#include "engine/image/decode/EncodedBytes.h"
+#include "engine/image/decode/StripStream.h"
 
 #include <memory>
 #include <vector>

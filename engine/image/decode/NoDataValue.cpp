@@ -1,4 +1,4 @@
-#include "engine/image/NoDataValue.h"
+#include "engine/image/decode/NoDataValue.h"
 
 #include "engine/image/tiff/TiffFile.h"
 #include "engine/image/tiff/TiffPageTags.h"

@@ -1,4 +1,4 @@
-#include "engine/image/SampleOrder.h"
+#include "engine/image/decode/SampleOrder.h"
 
 #include "engine/image/tiff/TiffPageTags.h"
 

@@ -1,6 +1,6 @@
-#include "engine/image/TiffPage.h"
+#include "engine/image/decode/TiffPage.h"
 
-#include "engine/image/DisplayRows.h"
+#include "engine/image/decode/DisplayRows.h"
 #include "engine/image/tiff/TiffLimits.h"
 
 #include <tiffio.h>

@@ -1,9 +1,9 @@
-#include "engine/image/StripDecoder.h"
+#include "engine/image/decode/StripDecoder.h"
 
-#include "engine/image/InflateStream.h"
-#include "engine/image/JpegTail.h"
-#include "engine/image/NoDataValue.h"
-#include "engine/image/PackBitsStream.h"
+#include "engine/image/decode/InflateStream.h"
+#include "engine/image/decode/JpegTail.h"
+#include "engine/image/decode/NoDataValue.h"
+#include "engine/image/decode/PackBitsStream.h"
 
 #include <tiffio.h>
 

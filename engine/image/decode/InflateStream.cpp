@@ -1,4 +1,4 @@
-#include "engine/image/InflateStream.h"
+#include "engine/image/decode/InflateStream.h"
 
 #include <libdeflate.h>
 #include <zlib.h>
