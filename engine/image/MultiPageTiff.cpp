@@ -1,7 +1,7 @@
 #include "engine/image/MultiPageTiff.h"
 
 #include "engine/image/PreparedPage.h"
-#include "engine/image/TiffAssembly.h"
+#include "engine/image/tiffwriter/TiffFileBuilder.h"
 #include "engine/image/decode/TiffPage.h"
 #include "engine/settings/OutputCodes.h"
 
@@ -83,21 +83,21 @@ void MultiPageTiff::appendAgain(const PageImage& page)
     append(page);
 }
 
-void MultiPageTiff::write(const PageImage& page, const TiffPieces* pieces)
+void MultiPageTiff::write(const PageImage& page, const EncodedPieces* pieces)
 {
     try {
         try {
             if (!m_assembly && !m_pages.empty())
                 rebuildAsBigTiff(); // that failed before
             if (!m_assembly)
-                m_assembly = std::make_unique<TiffAssembly>(m_path, m_compression, m_plannedPages,
+                m_assembly = std::make_unique<TiffFileBuilder>(m_path, m_compression, m_plannedPages,
                                                             couldPassLimit(page), m_limitBytes);
             m_assembly->append(page.source(), pieces);
-        } catch (const TiffAssembly::TooLarge&) {
+        } catch (const TiffFileBuilder::TooLarge&) {
             rebuildAsBigTiff();
             m_assembly->append(page.source(), pieces);
         }
-    } catch (const TiffAssembly::WriteFailure& failure) {
+    } catch (const TiffFileBuilder::WriteFailure& failure) {
         m_failureReason = QString::fromStdString(failure.what());
     }
 }
@@ -106,7 +106,7 @@ void MultiPageTiff::rebuildAsBigTiff()
 try {
     m_assembly.reset();
     m_assembly
-        = std::make_unique<TiffAssembly>(m_path, m_compression, m_plannedPages, true, m_limitBytes);
+        = std::make_unique<TiffFileBuilder>(m_path, m_compression, m_plannedPages, true, m_limitBytes);
     for (const std::shared_ptr<const PageSource>& page : m_pages) {
         m_assembly->append(*page);
         if (const TiffPage* read = page->tiffPage())
@@ -115,7 +115,7 @@ try {
 } catch (const std::exception& error) {
     // A page that could be read before: without it the file would not be what was gathered.
     m_assembly.reset();
-    throw TiffAssembly::WriteFailure(error.what());
+    throw TiffFileBuilder::WriteFailure(error.what());
 }
 
 std::unique_ptr<StagedFile> MultiPageTiff::finish()

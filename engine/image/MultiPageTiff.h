@@ -10,7 +10,7 @@
 namespace pagestack {
 
 struct PreparedPage;
-struct TiffPieces;
+struct EncodedPieces;
 
 /// A TIFF file that is made of pages, one after the other, and put in place at the end.
 ///
@@ -64,7 +64,7 @@ public:
     QString failureReason() const { return m_failureReason; }
 
 private:
-    void write(const PageImage& page, const TiffPieces* pieces);
+    void write(const PageImage& page, const EncodedPieces* pieces);
     void rebuildAsBigTiff();
     bool couldPassLimit(const PageImage& firstPage) const;
 
@@ -73,7 +73,7 @@ private:
     int m_plannedPages;
     std::uint64_t m_limitBytes;
     std::vector<std::shared_ptr<const PageSource>> m_pages; ///< to be read again for a BigTIFF file
-    std::unique_ptr<class TiffAssembly> m_assembly; ///< null before the first page
+    std::unique_ptr<class TiffFileBuilder> m_assembly; ///< null before the first page
     std::unique_ptr<StagedFile> m_complete; ///< with the only page, instead of an assembly
     std::unique_ptr<StagedFile> m_finished; ///< to be put in place
     QString m_failureReason;

@@ -135,10 +135,10 @@ void PageImage::writeComplaints(const PreparedPage& prepared) const
     writeHeldLines(prepared.complaints);
 }
 
-TiffPieces PageImage::encodePieces(int compressionIndex) const
+EncodedPieces PageImage::encodePieces(int compressionIndex) const
 {
     const TiffPage* page = m_source->tiffPage();
-    return page ? encodeTiffPieces(*page, tiffCompressionTag(compressionIndex)) : TiffPieces {};
+    return page ? encodePieces(*page, tiffCompressionTag(compressionIndex)) : EncodedPieces {};
 }
 
 std::uint64_t PageImage::decodedBytes() const

@@ -15,7 +15,7 @@ class Settings;
 class SpareThreads;
 enum class OutputType : int;
 struct PreparedPage;
-struct TiffPieces;
+struct EncodedPieces;
 
 /// How a page is saved, as far as the format does not say it.
 struct SaveOptions
@@ -68,9 +68,9 @@ public:
     /// another thread, as if it were made now.
     void writeComplaints(const PreparedPage& prepared) const;
 
-    /// The page's part of a TIFF file in which pages are gathered (see encodeTiffPieces): for
+    /// The page's part of a TIFF file in which pages are gathered (see encodePieces): for
     /// MultiPageTiff::append. Throws std::runtime_error.
-    TiffPieces encodePieces(int compressionIndex) const;
+    EncodedPieces encodePieces(int compressionIndex) const;
 
     /// Bytes of the pixels as stored, decoded. Throws std::runtime_error when the page's
     /// description cannot be read.

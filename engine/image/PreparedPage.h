@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/files/StagedFile.h"
-#include "engine/image/TiffPieces.h"
+#include "engine/image/tiffwriter/EncodedPieces.h"
 #include "engine/support/SystemLog.h"
 
 #include <QStringList>
@@ -19,7 +19,7 @@ struct PreparedPage
     HeldLines complaints; ///< to be written to the system log with `file`
     std::optional<QStringList> warnings; ///< see PageImage; of `file` or `pieces`, none without
     QStringList leftOutTags; ///< see PageImage; of `file`
-    TiffPieces pieces; ///< for the TIFF file that the page is gathered in
+    EncodedPieces pieces; ///< for the TIFF file that the page is gathered in
 };
 
 } // namespace pagestack

@@ -2,7 +2,7 @@
 
 #include "engine/files/FileBytes.h"
 #include "engine/files/StagedNames.h"
-#include "engine/image/LeftOutTags.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/TiffDocument.h"
 #include "engine/job/LookAhead.h"
 #include "engine/job/OutputNames.h"

@@ -1,5 +1,5 @@
 #include "engine/files/FileState.h"
-#include "engine/image/LeftOutTags.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/MultiPageTiff.h"
 #include "engine/image/PreparedPage.h"
 #include "engine/image/TiffDocument.h"

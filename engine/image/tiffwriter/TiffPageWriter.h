@@ -6,7 +6,7 @@ struct tiff;
 
 namespace pagestack {
 
-struct TiffPieces;
+struct EncodedPieces;
 
 /// Which page of how many a page is in its file.
 struct PagePosition
@@ -17,11 +17,11 @@ struct PagePosition
 
 /// Sets the tags and writes the strips or tiles of one page to `handle`, a handle for writing,
 /// without its directory. `compression` is the value of the Compression tag that is asked for.
-/// `pieces`, from encodeTiffPieces for the same page and compression, take the place of decoding
+/// `pieces`, from encodePieces for the same page and compression, take the place of decoding
 /// and encoding it; what was said of its pixels then is written to the system log.
 /// Throws std::runtime_error with the reason when the page cannot be decoded or encoded.
 void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position,
-                   const TiffPieces* pieces = nullptr);
+                   const EncodedPieces* pieces = nullptr);
 
 /// True when the page's samples are kept as they are; else they are written as they are shown.
 /// Throws std::runtime_error when its directory cannot be read.

@@ -1,8 +1,8 @@
-#include "engine/image/TiffPieces.h"
+#include "engine/image/tiffwriter/EncodedPieces.h"
 
 #include "engine/image/decode/TiffPage.h"
-#include "engine/image/TiffPageSink.h"
-#include "engine/image/TiffPageWriter.h"
+#include "engine/image/tiffwriter/TiffPageStream.h"
+#include "engine/image/tiffwriter/TiffPageWriter.h"
 
 #include <tiffio.h>
 
@@ -17,9 +17,9 @@ namespace {
     constexpr std::size_t headerBytes = 16; // of a BigTIFF file: the pieces have no limit here
     constexpr std::uint64_t partBytes = std::uint64_t { 4 } * 1024 * 1024;
 
-    std::vector<TiffPieces::Piece> writtenPieces(TIFF* handle)
+    std::vector<EncodedPieces::Piece> writtenPieces(TIFF* handle)
     {
-        std::vector<TiffPieces::Piece> pieces;
+        std::vector<EncodedPieces::Piece> pieces;
         const std::uint32_t count
             = TIFFIsTiled(handle) != 0 ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
         for (std::uint32_t i = 0; i < count; ++i)
@@ -32,14 +32,14 @@ namespace {
 
 } // namespace
 
-TiffPieces encodeTiffPieces(const TiffPage& page, int compression)
+EncodedPieces encodePieces(const TiffPage& page, int compression)
 {
-    TiffPieces encoded;
+    EncodedPieces encoded;
     if (!isRecoded(page, compression))
         return encoded;
     auto bytes = std::make_unique<ByteSpool>();
     bytes->writeAt(0, std::vector<std::uint8_t>(headerBytes));
-    TiffPageSink sink {
+    TiffPageStream sink {
         *bytes, std::string(headerBytes, '\0'), std::numeric_limits<std::uint64_t>::max(), false, {}
     };
     // A quota of no lines: what there is to be said of the tags is said where the file is written.
@@ -53,11 +53,11 @@ TiffPieces encodeTiffPieces(const TiffPage& page, int compression)
     return encoded;
 }
 
-void putTiffPieces(tiff* handle, const TiffPieces& pieces)
+void putPieces(tiff* handle, const EncodedPieces& pieces)
 {
     const auto write = TIFFIsTiled(handle) != 0 ? TIFFWriteRawTile : TIFFWriteRawStrip;
     std::vector<std::uint8_t> part;
-    for (const TiffPieces::Piece& piece : pieces.pieces) {
+    for (const EncodedPieces::Piece& piece : pieces.pieces) {
         for (std::uint64_t done = 0; done < piece.size; done += part.size()) {
             part.resize(std::min(partBytes, piece.size - done));
             pieces.bytes->readAt(piece.offset + done, part);

@@ -1,7 +1,7 @@
-#include "engine/image/TiffAssembly.h"
+#include "engine/image/tiffwriter/TiffFileBuilder.h"
 
 #include "engine/image/decode/TiffPage.h"
-#include "engine/image/TiffPageWriter.h"
+#include "engine/image/tiffwriter/TiffPageWriter.h"
 
 #include <QFileInfo>
 
@@ -23,12 +23,12 @@ namespace {
     try {
         return std::make_unique<StagedFile>(path);
     } catch (const std::runtime_error& error) {
-        throw TiffAssembly::WriteFailure(error.what());
+        throw TiffFileBuilder::WriteFailure(error.what());
     }
 
 } // namespace
 
-TiffAssembly::TiffAssembly(const QString& path, int compression, int plannedPages, bool bigTiff,
+TiffFileBuilder::TiffFileBuilder(const QString& path, int compression, int plannedPages, bool bigTiff,
                            std::uint64_t classicLimitBytes)
     : m_staged(staged(path))
     , m_compression(compression)
@@ -50,10 +50,10 @@ TiffAssembly::TiffAssembly(const QString& path, int compression, int plannedPage
     }
 }
 
-void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
+void TiffFileBuilder::append(const PageSource& page, const EncodedPieces* pieces)
 {
     cutToPages();
-    TiffPageSink sink { *m_staged,
+    TiffPageStream sink { *m_staged,
                         std::string(m_isBigTiff ? bigHeaderBytes : classicHeaderBytes, '\0'),
                         m_isBigTiff ? ~std::uint64_t { 0 } : m_classicLimitBytes,
                         false,
@@ -97,7 +97,7 @@ void TiffAssembly::append(const PageSource& page, const TiffPieces* pieces)
 }
 
 /// Removes what is left of a page that could not be added.
-void TiffAssembly::cutToPages()
+void TiffFileBuilder::cutToPages()
 try {
     if (m_staged->size() != m_end)
         m_staged->resize(m_end);
@@ -105,8 +105,8 @@ try {
     throw WriteFailure(error.what());
 }
 
-void TiffAssembly::encode(const PageSource& page, const TiffPieces* pieces,
-                          const std::vector<TextList>& texts, TiffPageSink& sink)
+void TiffFileBuilder::encode(const PageSource& page, const EncodedPieces* pieces,
+                          const std::vector<TextList>& texts, TiffPageStream& sink)
 {
     // The handle writes when it is closed, too: that has to be over before the sink is looked at.
     const TiffHandle handle = openTiffPageForWriting(sink, m_isBigTiff, m_messages);
@@ -120,7 +120,7 @@ void TiffAssembly::encode(const PageSource& page, const TiffPieces* pieces,
 }
 
 /// Hangs the directory at `directoryOffset` to the end of the chain; the tags that it has.
-std::set<unsigned> TiffAssembly::linkDirectory(std::uint64_t directoryOffset,
+std::set<unsigned> TiffFileBuilder::linkDirectory(std::uint64_t directoryOffset,
                                                const std::vector<TextList>& texts)
 {
     const int countBytes = m_isBigTiff ? 8 : 2;
@@ -144,7 +144,7 @@ std::set<unsigned> TiffAssembly::linkDirectory(std::uint64_t directoryOffset,
 
 /// Notes in `pageNumbersAt` what may have to be changed in the entry later, and writes the end
 /// marks within a text.
-void TiffAssembly::finishEntry(std::uint64_t offset, unsigned tag,
+void TiffFileBuilder::finishEntry(std::uint64_t offset, unsigned tag,
                                const std::vector<TextList>& texts,
                                std::vector<std::uint64_t>& pageNumbersAt)
 {
@@ -162,7 +162,7 @@ void TiffAssembly::finishEntry(std::uint64_t offset, unsigned tag,
     }
 }
 
-std::uint64_t TiffAssembly::number(std::uint64_t offset, int bytes)
+std::uint64_t TiffFileBuilder::number(std::uint64_t offset, int bytes)
 {
     std::array<std::uint8_t, 8> raw = {};
     m_staged->readAt(offset, std::span(raw).first(static_cast<std::size_t>(bytes)));
@@ -172,7 +172,7 @@ std::uint64_t TiffAssembly::number(std::uint64_t offset, int bytes)
     return value;
 }
 
-void TiffAssembly::putNumber(std::uint64_t offset, std::uint64_t value, int bytes)
+void TiffFileBuilder::putNumber(std::uint64_t offset, std::uint64_t value, int bytes)
 {
     std::array<std::uint8_t, 8> raw = {};
     for (int i = 0; i < bytes; ++i)
@@ -182,7 +182,7 @@ void TiffAssembly::putNumber(std::uint64_t offset, std::uint64_t value, int byte
                       std::span<const std::uint8_t>(raw).first(static_cast<std::size_t>(bytes)));
 }
 
-std::unique_ptr<StagedFile> TiffAssembly::finish()
+std::unique_ptr<StagedFile> TiffFileBuilder::finish()
 {
     // A cancelled run, or a page that could not be read, leaves fewer pages than were planned.
     if (m_pages != m_plannedPages)

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "engine/files/StagedFile.h"
-#include "engine/image/LeftOutTags.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/pixels/PageSource.h"
-#include "engine/image/TiffPageSink.h"
+#include "engine/image/tiffwriter/TiffPageStream.h"
 
 #include <cstdint>
 #include <memory>
@@ -13,12 +13,12 @@
 
 namespace pagestack {
 
-struct TiffPieces;
+struct EncodedPieces;
 
 /// The staged file of a TIFF file in the making. libtiff encodes each page by a handle of its own;
 /// this class chains the directories, so that adding a page takes the same time however many there
 /// are (libtiff walks the chain for each directory that it adds).
-class TiffAssembly
+class TiffFileBuilder
 {
 public:
     /// The staged file takes no more, or could not be made.
@@ -35,21 +35,21 @@ public:
     };
 
     /// `compression` is the value of the Compression tag. Throws WriteFailure.
-    TiffAssembly(const QString& path, int compression, int plannedPages, bool bigTiff,
+    TiffFileBuilder(const QString& path, int compression, int plannedPages, bool bigTiff,
                  std::uint64_t classicLimitBytes);
 
     /// Adds a page at the end; with its `pieces` (see writeTiffPage) they are copied. Throws
     /// std::runtime_error when it cannot be decoded, WriteFailure when the file takes no more,
     /// TooLarge; in every case the pages before it stay as they are, and another call may follow.
     /// Tags of the page that the file does not take are noted with the messages of its source.
-    void append(const PageSource& page, const TiffPieces* pieces = nullptr);
+    void append(const PageSource& page, const EncodedPieces* pieces = nullptr);
 
     /// The complete file, to be put in place; ends the assembly. Throws std::runtime_error.
     std::unique_ptr<StagedFile> finish();
 
 private:
-    void encode(const PageSource& page, const TiffPieces* pieces,
-                const std::vector<TextList>& texts, TiffPageSink& sink);
+    void encode(const PageSource& page, const EncodedPieces* pieces,
+                const std::vector<TextList>& texts, TiffPageStream& sink);
     std::set<unsigned> linkDirectory(std::uint64_t directoryOffset,
                                      const std::vector<TextList>& texts);
     void finishEntry(std::uint64_t offset, unsigned tag, const std::vector<TextList>& texts,

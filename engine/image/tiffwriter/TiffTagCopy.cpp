@@ -1,4 +1,4 @@
-#include "engine/image/TiffTagCopy.h"
+#include "engine/image/tiffwriter/TiffTagCopy.h"
 
 #include <tiffio.h>
 

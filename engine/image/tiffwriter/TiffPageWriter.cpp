@@ -1,12 +1,12 @@
-#include "engine/image/TiffPageWriter.h"
+#include "engine/image/tiffwriter/TiffPageWriter.h"
 
 #include "engine/image/decode/DisplayRows.h"
 #include "engine/image/decode/StoredRows.h"
 #include "engine/image/decode/StripDecoder.h"
 #include "engine/image/tiff/TiffLimits.h"
 #include "engine/image/decode/TiffPage.h"
-#include "engine/image/TiffPieces.h"
-#include "engine/image/TiffTagCopy.h"
+#include "engine/image/tiffwriter/EncodedPieces.h"
+#include "engine/image/tiffwriter/TiffTagCopy.h"
 #include "engine/support/SystemLog.h"
 
 #include <tiffio.h>
@@ -128,7 +128,7 @@ namespace {
             return !isPlain && !encodedPiecesFit();
         }
 
-        void write(PagePosition position, const TiffPieces* pieces)
+        void write(PagePosition position, const EncodedPieces* pieces)
         {
             m_page.checkSize();
             m_from = m_file.describe(m_page.index());
@@ -139,7 +139,7 @@ namespace {
             if (pieces != nullptr) {
                 setCoding();
                 writeHeldLines(pieces->complaints);
-                putTiffPieces(m_to, *pieces);
+                putPieces(m_to, *pieces);
             } else if (encodedPiecesFit()) {
                 copyEncoded();
             } else {
@@ -419,7 +419,7 @@ namespace {
 } // namespace
 
 void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position,
-                   const TiffPieces* pieces)
+                   const EncodedPieces* pieces)
 {
     if (const TiffPage* source = sampleSource(page))
         SampleCopy(handle, *source, compression).write(position, pieces);

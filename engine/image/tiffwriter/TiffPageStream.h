@@ -12,7 +12,7 @@ class ByteFile;
 /// A TIFF file in the making, of which libtiff writes one page at a time: libtiff sees a file whose
 /// header is `header` and whose other bytes are those of `staged`, so that a page's strips and
 /// directory land at its end with offsets that hold for it.
-struct TiffPageSink
+struct TiffPageStream
 {
     ByteFile& staged;
     std::string header; ///< what libtiff wrote into the header; its directory offset is the page's
@@ -23,6 +23,6 @@ struct TiffPageSink
 
 /// Opens a handle that writes one page into `sink`, little-endian, as BigTIFF if asked.
 /// `messages` and `sink` must outlive it. Throws std::runtime_error with the reason.
-TiffHandle openTiffPageForWriting(TiffPageSink& sink, bool bigTiff, TiffMessages& messages);
+TiffHandle openTiffPageForWriting(TiffPageStream& sink, bool bigTiff, TiffMessages& messages);
 
 } // namespace pagestack

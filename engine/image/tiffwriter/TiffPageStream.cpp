@@ -1,4 +1,4 @@
-#include "engine/image/TiffPageSink.h"
+#include "engine/image/tiffwriter/TiffPageStream.h"
 
 #include "engine/files/ByteFile.h"
 
@@ -12,10 +12,10 @@ namespace pagestack {
 
 namespace {
 
-    /// The position of libtiff in the file that a TiffPageSink shows it.
+    /// The position of libtiff in the file that a TiffPageStream shows it.
     struct SinkStream
     {
-        TiffPageSink& sink;
+        TiffPageStream& sink;
         std::uint64_t position = 0;
     };
 
@@ -96,7 +96,7 @@ namespace {
 
 } // namespace
 
-TiffHandle openTiffPageForWriting(TiffPageSink& sink, bool bigTiff, TiffMessages& messages)
+TiffHandle openTiffPageForWriting(TiffPageStream& sink, bool bigTiff, TiffMessages& messages)
 {
     const auto options = tiffOpenOptions(messages);
     auto stream = std::make_unique<SinkStream>(SinkStream { sink });

@@ -14,7 +14,7 @@ class TiffPage;
 
 /// The strips or tiles of a page as they are to stand in a TIFF file, encoded apart from it, so
 /// that only copying is left to be done in the order of the pages.
-struct TiffPieces
+struct EncodedPieces
 {
     struct Piece
     {
@@ -32,10 +32,10 @@ struct TiffPieces
 /// can be copied as they lie or have no compression, or when it is written as it is shown. Throws
 /// std::runtime_error when the page cannot be decoded or encoded. What is said of its pixels goes
 /// to the system log; `complaints` stays empty.
-TiffPieces encodeTiffPieces(const TiffPage& page, int compression);
+EncodedPieces encodePieces(const TiffPage& page, int compression);
 
 /// Writes the pieces to `handle`, a handle for writing that has the page's tags.
 /// Throws std::runtime_error.
-void putTiffPieces(tiff* handle, const TiffPieces& pieces);
+void putPieces(tiff* handle, const EncodedPieces& pieces);
 
 } // namespace pagestack

@@ -1,7 +1,7 @@
-#include "engine/image/LeftOutTags.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
 
 #include "engine/image/decode/TiffPage.h"
-#include "engine/image/TiffTagCopy.h"
+#include "engine/image/tiffwriter/TiffTagCopy.h"
 
 #include <tiffio.h>
 
