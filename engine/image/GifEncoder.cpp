@@ -1,5 +1,5 @@
 #include "engine/image/ColorQuantizer.h"
-#include "engine/image/Encoders.h"
+#include "engine/image/formats/Encoders.h"
 #include "engine/image/gif/GifImage.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "engine/image/PageImage.h"
 
 #include "engine/image/pixels/Bitmap.h"
-#include "engine/image/Encoders.h"
+#include "engine/image/formats/Encoders.h"
 #include "engine/image/MultiPageTiff.h"
 #include "engine/image/PreparedPage.h"
 #include "engine/image/pixels/ReadAheadRows.h"

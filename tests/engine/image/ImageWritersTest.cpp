@@ -1,5 +1,5 @@
 #include "engine/image/pixels/Bitmap.h"
-#include "engine/image/Encoders.h"
+#include "engine/image/formats/Encoders.h"
 #include "engine/settings/Settings.h"
 #include "tests/engine/image/ImageReaders.h"
 #include "tests/engine/image/TiffBuilder.h"

@@ -1,4 +1,4 @@
-#include "engine/image/Density.h"
+#include "engine/image/formats/Density.h"
 
 #include <algorithm>
 #include <cmath>

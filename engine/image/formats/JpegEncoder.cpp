@@ -1,5 +1,5 @@
-#include "engine/image/Density.h"
-#include "engine/image/Encoders.h"
+#include "engine/image/formats/Density.h"
+#include "engine/image/formats/Encoders.h"
 
 #include <QtGlobal>
 
