@@ -1,4 +1,4 @@
-#include "engine/image/png/PixelStream.h"
+#include "engine/image/formats/png/PixelStream.h"
 
 #include "tests/engine/image/ImageReaders.h"
 

@@ -1,4 +1,4 @@
-#include "engine/image/png/SectionLine.h"
+#include "engine/image/formats/png/SectionPipeline.h"
 
 #include <libdeflate.h>
 
@@ -39,13 +39,13 @@ void Section::reset()
     state = State::Waiting;
 }
 
-SectionLine::SectionLine(MakeCoder makeCoder, SpareThreads* threads)
+SectionPipeline::SectionPipeline(MakeCoder makeCoder, SpareThreads* threads)
     : m_makeCoder(std::move(makeCoder))
     , m_threads(threads)
 {
 }
 
-SectionLine::~SectionLine()
+SectionPipeline::~SectionPipeline()
 {
     {
         const std::scoped_lock lock(m_mutex);
@@ -56,7 +56,7 @@ SectionLine::~SectionLine()
         helper.join();
 }
 
-void SectionLine::add(std::unique_ptr<Section> section)
+void SectionPipeline::add(std::unique_ptr<Section> section)
 {
     const bool isAlone = section->endsStream && m_helpers.empty();
     {
@@ -68,7 +68,7 @@ void SectionLine::add(std::unique_ptr<Section> section)
     m_changed.notify_all();
 }
 
-void SectionLine::addHelper()
+void SectionPipeline::addHelper()
 {
     ThreadClaim claim = m_threads->tryTake();
     if (!claim)
@@ -80,7 +80,7 @@ void SectionLine::addHelper()
     }
 }
 
-std::unique_ptr<Section> SectionLine::take(bool isUrgent)
+std::unique_ptr<Section> SectionPipeline::take(bool isUrgent)
 {
     std::unique_lock lock(m_mutex);
     // Besides those in work one lies ready for the helper that is done first.
@@ -103,7 +103,7 @@ std::unique_ptr<Section> SectionLine::take(bool isUrgent)
     return section;
 }
 
-void SectionLine::help()
+void SectionPipeline::help()
 {
     std::unique_ptr<SectionCoder> coder;
     std::unique_lock lock(m_mutex);
@@ -115,7 +115,7 @@ void SectionLine::help()
     }
 }
 
-Section* SectionLine::nextWaiting() const
+Section* SectionPipeline::nextWaiting() const
 {
     const auto isWaiting
         = [](const auto& section) { return section->state == Section::State::Waiting; };
@@ -124,7 +124,7 @@ Section* SectionLine::nextWaiting() const
 }
 
 /// Unlocks the line meanwhile.
-void SectionLine::compress(std::unique_lock<std::mutex>& lock, Section& section,
+void SectionPipeline::compress(std::unique_lock<std::mutex>& lock, Section& section,
                            std::unique_ptr<SectionCoder>& coder)
 {
     section.state = Section::State::InWork;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/image/pixels/PixelLayout.h"
-#include "engine/image/png/PngChunks.h"
-#include "engine/image/png/SectionLine.h"
+#include "engine/image/formats/png/PngChunks.h"
+#include "engine/image/formats/png/SectionPipeline.h"
 
 namespace pagestack {
 
@@ -38,7 +38,7 @@ private:
     std::vector<std::unique_ptr<Section>> m_unused;
     std::uint32_t m_checksum = 1; ///< Adler-32 of all filtered rows
     bool m_isFirstSection = true;
-    SectionLine m_line; ///< last: its threads use what they were given
+    SectionPipeline m_line; ///< last: its threads use what they were given
 };
 
 } // namespace pagestack

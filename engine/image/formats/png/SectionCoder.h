@@ -2,7 +2,7 @@
 
 #include "engine/image/deflate/HuffmanDeflate.h"
 #include "engine/image/deflate/MatchDeflate.h"
-#include "engine/image/png/RowFilter.h"
+#include "engine/image/formats/png/RowFilter.h"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-#include "engine/image/png/PngChunks.h"
+#include "engine/image/formats/png/PngChunks.h"
 
 #include <libdeflate.h>
 

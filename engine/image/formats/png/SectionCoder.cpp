@@ -1,4 +1,4 @@
-#include "engine/image/png/SectionCoder.h"
+#include "engine/image/formats/png/SectionCoder.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,6 +1,6 @@
 #include "engine/image/formats/Density.h"
 #include "engine/image/formats/Encoders.h"
-#include "engine/image/png/PixelStream.h"
+#include "engine/image/formats/png/PixelStream.h"
 
 #include <libdeflate.h>
 

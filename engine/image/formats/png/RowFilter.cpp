@@ -1,4 +1,4 @@
-#include "engine/image/png/RowFilter.h"
+#include "engine/image/formats/png/RowFilter.h"
 
 #include <algorithm>
 #include <cstdlib>

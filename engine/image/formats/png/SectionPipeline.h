@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/png/SectionCoder.h"
+#include "engine/image/formats/png/SectionCoder.h"
 #include "engine/support/SpareThreads.h"
 
 #include <condition_variable>
@@ -41,19 +41,19 @@ struct Section
 
 /// Filters and compresses sections in the way that suits the pixels of each, several at a time when
 /// threads are spare, and gives them back in order. One thread at a time.
-class SectionLine
+class SectionPipeline
 {
 public:
     using MakeCoder = std::function<std::unique_ptr<SectionCoder>()>;
 
     /// `threads`, null when there are none to be had, outlives the line. `makeCoder` is called on
     /// any thread.
-    SectionLine(MakeCoder makeCoder, SpareThreads* threads);
+    SectionPipeline(MakeCoder makeCoder, SpareThreads* threads);
 
     /// Waits for the sections in work.
-    ~SectionLine();
-    SectionLine(const SectionLine&) = delete;
-    SectionLine& operator=(const SectionLine&) = delete;
+    ~SectionPipeline();
+    SectionPipeline(const SectionPipeline&) = delete;
+    SectionPipeline& operator=(const SectionPipeline&) = delete;
 
     /// Takes a section that is filled, to be compressed.
     void add(std::unique_ptr<Section> section);
