@@ -1,4 +1,4 @@
-#include "engine/image/gif/GifImage.h"
+#include "engine/image/formats/gif/GifImage.h"
 #include "tests/engine/image/ImageReaders.h"
 
 #include <QFileInfo>

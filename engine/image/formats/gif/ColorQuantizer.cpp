@@ -1,4 +1,4 @@
-#include "engine/image/ColorQuantizer.h"
+#include "engine/image/formats/gif/ColorQuantizer.h"
 
 #include <algorithm>
 #include <cmath>

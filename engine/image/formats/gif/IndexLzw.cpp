@@ -1,4 +1,4 @@
-#include "engine/image/gif/IndexLzw.h"
+#include "engine/image/formats/gif/IndexLzw.h"
 
 #include <algorithm>
 

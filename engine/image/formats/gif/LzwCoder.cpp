@@ -1,4 +1,4 @@
-#include "engine/image/gif/LzwCoder.h"
+#include "engine/image/formats/gif/LzwCoder.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/gif/LzwCoder.h"
+#include "engine/image/formats/gif/LzwCoder.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
-#include "engine/image/gif/GifImage.h"
+#include "engine/image/formats/gif/GifImage.h"
 
-#include "engine/image/gif/BilevelLzw.h"
-#include "engine/image/gif/IndexLzw.h"
+#include "engine/image/formats/gif/BilevelLzw.h"
+#include "engine/image/formats/gif/IndexLzw.h"
 
 #include <algorithm>
 #include <bit>

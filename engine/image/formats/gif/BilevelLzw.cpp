@@ -1,4 +1,4 @@
-#include "engine/image/gif/BilevelLzw.h"
+#include "engine/image/formats/gif/BilevelLzw.h"
 
 #include <algorithm>
 #include <bit>

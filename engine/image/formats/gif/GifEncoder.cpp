@@ -1,6 +1,6 @@
-#include "engine/image/ColorQuantizer.h"
+#include "engine/image/formats/gif/ColorQuantizer.h"
 #include "engine/image/formats/Encoders.h"
-#include "engine/image/gif/GifImage.h"
+#include "engine/image/formats/gif/GifImage.h"
 
 #include <algorithm>
 #include <optional>
