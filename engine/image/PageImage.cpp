@@ -2,8 +2,8 @@
 
 #include "engine/image/pixels/Bitmap.h"
 #include "engine/image/formats/Encoders.h"
-#include "engine/image/MultiPageTiff.h"
-#include "engine/image/PreparedPage.h"
+#include "engine/image/MultiPageTiffWriter.h"
+#include "engine/image/PrefetchedPage.h"
 #include "engine/image/pixels/ReadAheadRows.h"
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/pixels/UprightRows.h"
@@ -99,7 +99,7 @@ bool PageImage::save(const QString& path, const Settings& settings)
     return save(path, settings, {}, nullptr);
 }
 
-bool PageImage::save(const QString& path, const Settings& settings, PreparedPage prepared,
+bool PageImage::save(const QString& path, const Settings& settings, PrefetchedPage prepared,
                      SpareThreads* threads, StagedFile::Existing existing)
 {
     OutputType type {};
@@ -127,7 +127,7 @@ void PageImage::reportChain() const
         page->file().reportChain(page->index());
 }
 
-void PageImage::writeComplaints(const PreparedPage& prepared) const
+void PageImage::writeComplaints(const PrefetchedPage& prepared) const
 {
     if (!prepared.file)
         return;
@@ -166,7 +166,7 @@ std::unique_ptr<StagedFile> PageImage::encoded(const QString& path, OutputType t
                                                const SaveOptions& options) const
 {
     if (type == OutputType::Tiff) {
-        MultiPageTiff pages(path, options.tiffCompressionIndex, 1);
+        MultiPageTiffWriter pages(path, options.tiffCompressionIndex, 1);
         pages.append(*this);
         return pages.finish();
     }
@@ -197,7 +197,7 @@ std::unique_ptr<StagedFile> PageImage::encoded(const QString& path, OutputType t
 /// Puts the page in place. False, with the reason at `m_failureReason`, when that fails; the system
 /// log gets it behind the name of the writer.
 bool PageImage::write(const QString& path, OutputType type, const SaveOptions& options,
-                      PreparedPage prepared)
+                      PrefetchedPage prepared)
 {
     m_failureReason.clear();
     try {

@@ -14,7 +14,7 @@ namespace pagestack {
 class Settings;
 class SpareThreads;
 enum class OutputType : int;
-struct PreparedPage;
+struct PrefetchedPage;
 struct EncodedPieces;
 
 /// How a page is saved, as far as the format does not say it.
@@ -52,7 +52,7 @@ public:
 
     /// The same with what was made of the page ahead by `stage`, for the same path. If nothing was,
     /// `threads` can help. A file at `path` that is to be kept makes it fail.
-    bool save(const QString& path, const Settings& settings, PreparedPage prepared,
+    bool save(const QString& path, const Settings& settings, PrefetchedPage prepared,
               SpareThreads* threads = nullptr,
               StagedFile::Existing existing = StagedFile::Existing::Replaced);
 
@@ -66,10 +66,10 @@ public:
 
     /// Writes to the system log what was said while the file of `prepared` was made of this page by
     /// another thread, as if it were made now.
-    void writeComplaints(const PreparedPage& prepared) const;
+    void writeComplaints(const PrefetchedPage& prepared) const;
 
     /// The page's part of a TIFF file in which pages are gathered (see encodePieces): for
-    /// MultiPageTiff::append. Throws std::runtime_error.
+    /// MultiPageTiffWriter::append. Throws std::runtime_error.
     EncodedPieces encodePieces(int compressionIndex) const;
 
     /// Bytes of the pixels as stored, decoded. Throws std::runtime_error when the page's
@@ -103,7 +103,7 @@ private:
     std::unique_ptr<StagedFile> encoded(const QString& path, OutputType type,
                                         const SaveOptions& options) const;
     bool write(const QString& path, OutputType type, const SaveOptions& options,
-               PreparedPage prepared);
+               PrefetchedPage prepared);
 
     std::shared_ptr<const PageSource> m_source;
     QString m_failureReason;

@@ -60,7 +60,7 @@ std::unique_ptr<TiffDocument> LookAhead::open(PlanPlace place)
     return document;
 }
 
-PreparedPage LookAhead::take(const TiffDocument& document, int page)
+PrefetchedPage LookAhead::take(const TiffDocument& document, int page)
 {
     if (&document != m_document)
         return {};
@@ -68,7 +68,7 @@ PreparedPage LookAhead::take(const TiffDocument& document, int page)
     if (m_steps.empty() || m_steps.front().page != page || !m_steps.front().task)
         return {};
     const Step& step = m_steps.front();
-    PreparedPage prepared = m_workers.take(*step.task);
+    PrefetchedPage prepared = m_workers.take(*step.task);
     // The pages of a source are mostly alike, and to ask a worker for each costs more than to copy.
     if (step.task->needsNoEncoding && step.source == m_source)
         m_isSourcePrepared = false;

@@ -45,7 +45,7 @@ public:
     /// The turn of a page has come, and the outputs of those before it are in place: what was made
     /// of it, which may be nothing. `document` is the one that was opened last; of another one
     /// there is nothing. `page` counts from 1.
-    PreparedPage take(const TiffDocument& document, int page);
+    PrefetchedPage take(const TiffDocument& document, int page);
 
     /// Gives back the disk space, memory and open files of what was prepared ahead of the item or
     /// page whose turn it is: those pages are made in their turn. False when there was nothing.

@@ -61,7 +61,7 @@ void PageWorkers::addThread()
     }
 }
 
-PreparedPage PageWorkers::take(PageTask& task)
+PrefetchedPage PageWorkers::take(PageTask& task)
 {
     std::unique_lock lock(m_mutex);
     m_awaited = &task;
@@ -133,7 +133,7 @@ void PageWorkers::work()
 
 void PageWorkers::prepare(PageTask& task, Desk& desk)
 {
-    PreparedPage result;
+    PrefetchedPage result;
     bool needsNoEncoding = false;
     try {
         LogHold hold;

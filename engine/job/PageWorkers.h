@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/image/PageImage.h"
-#include "engine/image/PreparedPage.h"
+#include "engine/image/PrefetchedPage.h"
 #include "engine/job/SharedSource.h"
 #include "engine/support/SpareThreads.h"
 
@@ -31,7 +31,7 @@ struct PageTask
     SaveOptions options;
 
     State state = State::Waiting; ///< as all below guarded by the workers' mutex
-    PreparedPage result; ///< of a task that is done; empty when the page could not be prepared
+    PrefetchedPage result; ///< of a task that is done; empty when the page could not be prepared
     bool needsNoEncoding = false; ///< there are no pieces because the page is only to be copied
 };
 
@@ -56,7 +56,7 @@ public:
     void add(const std::shared_ptr<PageTask>& task);
 
     /// Waits for the result. Empty for a page that was not begun before the run was cancelled.
-    PreparedPage take(PageTask& task);
+    PrefetchedPage take(PageTask& task);
 
     /// The result will not be taken.
     void drop(PageTask& task);

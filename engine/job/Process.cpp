@@ -153,9 +153,9 @@ std::unique_ptr<TiffDocument> Process::openSource(const QString& path, PlanPlace
     return m_lookAhead ? m_lookAhead->open(place) : std::make_unique<TiffDocument>(path);
 }
 
-PreparedPage Process::takePage(const TiffDocument& document, int page)
+PrefetchedPage Process::takePage(const TiffDocument& document, int page)
 {
-    return m_lookAhead ? m_lookAhead->take(document, page) : PreparedPage {};
+    return m_lookAhead ? m_lookAhead->take(document, page) : PrefetchedPage {};
 }
 
 QString Process::withRoom(const std::function<QString()>& attempt)
@@ -333,7 +333,7 @@ QString Process::saveImage(const Source& source, PageImage& image, int page, con
     if (source.identity && fileIdentity(QFile::encodeName(path)) == source.identity)
         return u"%1 leads to the source itself, which a single page must not replace"_s.arg(
             lastPathComponent(path));
-    PreparedPage prepared = takePage(source.document, page);
+    PrefetchedPage prepared = takePage(source.document, page);
     const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads->take();
     const std::optional<QStringList> warnings = prepared.warnings;
     const std::optional<QStringList> leftOut

@@ -18,9 +18,9 @@
 namespace pagestack {
 
 class LookAhead;
-class MultiPageTiff;
+class MultiPageTiffWriter;
 class PageImage;
-struct PreparedPage;
+struct PrefetchedPage;
 class SpareThreads;
 class TiffDocument;
 class Workspace;
@@ -202,7 +202,7 @@ private:
     void startThreads(const QList<OutputFile>& plan);
     QString saveImage(const Source& source, PageImage& image, int page, const QString& path);
     std::unique_ptr<TiffDocument> openSource(const QString& path, PlanPlace place);
-    PreparedPage takePage(const TiffDocument& document, int page);
+    PrefetchedPage takePage(const TiffDocument& document, int page);
     /// Null when `attempt`, which gives the reason of its failure, succeeds, be it in a second try
     /// for which what was prepared ahead made room: a run with one thread would have had it.
     QString withRoom(const std::function<QString()>& attempt);
@@ -216,10 +216,10 @@ private:
     void addReason(const QString& sourcePath, int pageNo, const QString& reason);
     StagedFile::Existing existing() const;
     void convertOrFail();
-    void gatherPages(MultiPageTiff& file, const QString& path, const QList<int>& range,
+    void gatherPages(MultiPageTiffWriter& file, const QString& path, const QList<int>& range,
                      const TiffDocument& document, LogFiles& logFiles);
-    void appendPage(MultiPageTiff& file, const PageImage& image, PreparedPage& prepared);
-    PageOutcome gatherPage(MultiPageTiff& file, const TiffDocument& document, LogFile& record);
+    void appendPage(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage& prepared);
+    PageOutcome gatherPage(MultiPageTiffWriter& file, const TiffDocument& document, LogFile& record);
     bool isWanted(const QString& outputPath) const;
     void remark(const TiffDocument& document, int page, const QStringList& warnings);
     void noteLeftOutTags(const QStringList& names);

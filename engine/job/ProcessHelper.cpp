@@ -1,7 +1,7 @@
 #include "engine/files/FileState.h"
 #include "engine/image/tiffwriter/LeftOutTags.h"
-#include "engine/image/MultiPageTiff.h"
-#include "engine/image/PreparedPage.h"
+#include "engine/image/MultiPageTiffWriter.h"
+#include "engine/image/PrefetchedPage.h"
 #include "engine/image/TiffDocument.h"
 #include "engine/job/OutputNames.h"
 #include "engine/job/Process.h"
@@ -73,7 +73,7 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
     if (!document)
         return false;
     logFiles.gathered = GatheredFile::NotWritten; // until it is
-    MultiPageTiff file(path, settings()->tiffCompressionIndex(), static_cast<int>(range.size()));
+    MultiPageTiffWriter file(path, settings()->tiffCompressionIndex(), static_cast<int>(range.size()));
     try {
         gatherPages(file, path, range, *document, logFiles);
     } catch (const std::exception& error) {
@@ -118,7 +118,7 @@ void Process::skipGathered(const TiffDocument& document, const QString& path, Lo
     emit fileSkipped(document.path(), path, std::exchange(logFiles.pages, 0));
 }
 
-void Process::gatherPages(MultiPageTiff& file, const QString& path, const QList<int>& range,
+void Process::gatherPages(MultiPageTiffWriter& file, const QString& path, const QList<int>& range,
                           const TiffDocument& document, LogFiles& logFiles)
 {
     for (const int page : range) {
@@ -136,12 +136,12 @@ void Process::gatherPages(MultiPageTiff& file, const QString& path, const QList<
     }
 }
 
-Process::PageOutcome Process::gatherPage(MultiPageTiff& file, const TiffDocument& document,
+Process::PageOutcome Process::gatherPage(MultiPageTiffWriter& file, const TiffDocument& document,
                                          LogFile& record)
 {
     const PageImage image = document.page(record.sourcePageNo - 1);
     try {
-        PreparedPage prepared = takePage(document, record.sourcePageNo);
+        PrefetchedPage prepared = takePage(document, record.sourcePageNo);
         const std::optional<QStringList> warnings = prepared.warnings;
         const std::optional<QStringList> leftOut
             = prepared.file ? std::optional(prepared.leftOutTags) : std::nullopt;
@@ -159,8 +159,8 @@ Process::PageOutcome Process::gatherPage(MultiPageTiff& file, const TiffDocument
     return PageOutcome::Written;
 }
 
-/// Throws as MultiPageTiff::append does.
-void Process::appendPage(MultiPageTiff& file, const PageImage& image, PreparedPage& prepared)
+/// Throws as MultiPageTiffWriter::append does.
+void Process::appendPage(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage& prepared)
 {
     const bool wasWhole = file.failureReason().isEmpty();
     bool isAgain = false;

@@ -1,5 +1,5 @@
-#include "engine/image/MultiPageTiff.h"
-#include "engine/image/PreparedPage.h"
+#include "engine/image/MultiPageTiffWriter.h"
+#include "engine/image/PrefetchedPage.h"
 #include "engine/image/TiffDocument.h"
 #include "engine/settings/OutputCodes.h"
 #include "tests/engine/image/ImageReaders.h"
@@ -94,9 +94,9 @@ namespace {
         QFile::remove(path);
     }
 
-    PreparedPage prepared(const TiffDocument& document, int index, const Choice& choice)
+    PrefetchedPage prepared(const TiffDocument& document, int index, const Choice& choice)
     {
-        PreparedPage ahead;
+        PrefetchedPage ahead;
         if (choice.isEncodedAhead())
             ahead.pieces
                 = document.clone()->page(index).encodePieces(choice.options.tiffCompressionIndex);
@@ -110,7 +110,7 @@ namespace {
         const QString path = folder.path(u"output.tiff"_s);
         Appearances expected;
         try {
-            MultiPageTiff file(path, choice.options.tiffCompressionIndex,
+            MultiPageTiffWriter file(path, choice.options.tiffCompressionIndex,
                                static_cast<int>(pages.size()));
             for (std::size_t i = 0; i < pages.size(); ++i) {
                 try {

@@ -1,7 +1,7 @@
-#include "engine/image/MultiPageTiff.h"
+#include "engine/image/MultiPageTiffWriter.h"
 
 #include "engine/image/pixels/Bitmap.h"
-#include "engine/image/PreparedPage.h"
+#include "engine/image/PrefetchedPage.h"
 #include "tests/engine/image/FileSizeLimit.h"
 #include "tests/engine/image/ImageReaders.h"
 #include "tests/engine/image/TiffBuilder.h"
@@ -123,11 +123,11 @@ private:
     /// Writes the pages to "page.tif", opens it and collects them in "out.tiff"; those that cannot
     /// be collected are counted in `m_refused`. False when there is no output.
     bool collect(const QList<TestPage>& pages, int compressionIndex, const char* mode = "wl",
-                 std::uint64_t limit = MultiPageTiff::classicLimitBytes)
+                 std::uint64_t limit = MultiPageTiffWriter::classicLimitBytes)
     {
         writeTiff(m_source, pages, mode);
         const TiffDocument source(m_source);
-        MultiPageTiff file(m_out, compressionIndex, source.pageCount(), limit);
+        MultiPageTiffWriter file(m_out, compressionIndex, source.pageCount(), limit);
         m_refused = 0;
         for (int i = 0; i < source.pageCount(); ++i)
             try {
@@ -143,7 +143,7 @@ private:
     const QString m_source = m_folder.filePath(QStringLiteral("page.tif"));
     const QString m_out = m_folder.filePath(QStringLiteral("out.tiff"));
     int m_refused = 0;
-    std::map<int, PreparedPage> m_prepared;
+    std::map<int, PrefetchedPage> m_prepared;
 };
 
 void MultiPageTiffTest::keepsTheSamplesOfEveryKindOfPage_data()
@@ -303,7 +303,7 @@ void MultiPageTiffTest::altersNoTagInSilence()
         writeTiff(m_source, { page });
         const TiffDocument source(m_source);
         const PageImage image = source.page(0);
-        MultiPageTiff file(m_out, 0, 1);
+        MultiPageTiffWriter file(m_out, 0, 1);
         file.append(image);
         return file.commit() ? image.leftOutTags() : QStringList { file.failureReason() };
     };
@@ -341,7 +341,7 @@ void MultiPageTiffTest::tellsWhatItLeavesOut()
     for (const int compressionIndex : { 0, 3 }) {
         const TiffDocument source(m_source);
         const PageImage image = source.page(0);
-        MultiPageTiff file(m_out, compressionIndex, 1);
+        MultiPageTiffWriter file(m_out, compressionIndex, 1);
         file.append(image);
         QVERIFY(file.commit());
         QCOMPARE(image.leftOutTags(), QStringList { u"ImageSourceData"_s });
@@ -379,7 +379,7 @@ void MultiPageTiffTest::writesTilesOfOtherSizesAsStrips()
             for (int x = 0; x < 180; ++x)
                 pixels += tiles[x / 56 * 56 * 128 + y * 56 + x % 56];
         for (const int index : { 0, 3 }) {
-            MultiPageTiff file(m_out, index, 1);
+            MultiPageTiffWriter file(m_out, index, 1);
             file.append(TiffDocument(m_source).page(0));
             QVERIFY2(file.commit(), qPrintable(file.failureReason()));
             QCOMPARE(readTiff(m_out).value(0).samples, pixels);
@@ -389,7 +389,7 @@ void MultiPageTiffTest::writesTilesOfOtherSizesAsStrips()
 
 void MultiPageTiffTest::numbersThePagesThatAreThere()
 {
-    for (const std::uint64_t limit : { MultiPageTiff::classicLimitBytes, std::uint64_t { 500 } }) {
+    for (const std::uint64_t limit : { MultiPageTiffWriter::classicLimitBytes, std::uint64_t { 500 } }) {
         QVERIFY(collect({ "", broken(), "fax", "" }, 4, "wl", limit));
         QCOMPARE(m_refused, 1);
         QCOMPARE(isBigTiff(m_out), limit == 500);
@@ -402,7 +402,7 @@ void MultiPageTiffTest::numbersThePagesThatAreThere()
     QCOMPARE(readTiff(m_out).value(0).pageNumber, (std::array { -1, -1 }));
 
     writeTiff(m_source, { TestPage() });
-    MultiPageTiff file(m_out, 0, 65'536); // the tag has no number for it
+    MultiPageTiffWriter file(m_out, 0, 65'536); // the tag has no number for it
     file.append(TiffDocument(m_source).page(0));
     QVERIFY(file.commit());
     QCOMPARE(readTiff(m_out).value(0).pageNumber, (std::array { -1, -1 }));
@@ -459,7 +459,7 @@ void MultiPageTiffTest::isTheSameFromPiecesEncodedApart()
                                   large };
     // A file that grows past the limit is begun again, as BigTIFF.
     for (const std::uint64_t limit :
-         { MultiPageTiff::classicLimitBytes, std::uint64_t { 20'000 } }) {
+         { MultiPageTiffWriter::classicLimitBytes, std::uint64_t { 20'000 } }) {
         QVERIFY(collect(pages, index, "wb", limit));
         const QByteArray direct = bytesOf(m_out);
         const TiffDocument source(m_source);
@@ -467,7 +467,7 @@ void MultiPageTiffTest::isTheSameFromPiecesEncodedApart()
         // The clone goes on with the file that was opened.
         QVERIFY(QFile::remove(m_source));
         putBytes(m_source, "something else");
-        MultiPageTiff file(m_out, index, source.pageCount(), limit);
+        MultiPageTiffWriter file(m_out, index, source.pageCount(), limit);
         int withPieces = 0;
         for (int i = source.pageCount() - 1; i >= 0; --i)
             m_prepared[i].pieces = clone->page(i).encodePieces(index);
@@ -527,8 +527,8 @@ void MultiPageTiffTest::tellsAtTheEndThatTheTargetTookNoMore_data()
 {
     QTest::addColumn<std::uint64_t>("limit");
     QTest::addColumn<int>("diskBytes");
-    QTest::newRow("at the first page") << MultiPageTiff::classicLimitBytes << 5;
-    QTest::newRow("later") << MultiPageTiff::classicLimitBytes << 5000;
+    QTest::newRow("at the first page") << MultiPageTiffWriter::classicLimitBytes << 5;
+    QTest::newRow("later") << MultiPageTiffWriter::classicLimitBytes << 5000;
     // Pages of a BigTIFF file take more room than those of a classic one.
     QTest::newRow("while it is begun again") << std::uint64_t { 7000 } << 7100;
 }
@@ -542,7 +542,7 @@ void MultiPageTiffTest::tellsAtTheEndThatTheTargetTookNoMore()
     const TiffDocument source(m_source);
     {
         const FileSizeLimit disk(static_cast<rlim_t>(diskBytes));
-        MultiPageTiff file(m_out, 2, 20, limit);
+        MultiPageTiffWriter file(m_out, 2, 20, limit);
         for (int i = 0; i < 20; ++i)
             file.append(source.page(i));
         QCOMPARE(file.pageCount(), 20);
@@ -558,7 +558,7 @@ void MultiPageTiffTest::losesNoPageForWantOfMemory()
 {
     putBytes(m_out, "old");
     const auto page = std::make_shared<ShortOfMemory>();
-    MultiPageTiff file(m_out, 0, 2, 2500);
+    MultiPageTiffWriter file(m_out, 0, 2, 2500);
     file.append(PageImage(page));
     page->isShort = true; // when it is read again for a BigTIFF file, which the next page asks for
     file.append(PageImage(std::make_shared<ShortOfMemory>()));
@@ -569,7 +569,7 @@ void MultiPageTiffTest::losesNoPageForWantOfMemory()
 void MultiPageTiffTest::writesNothingWithoutAPage()
 {
     QVERIFY(QFile::remove(m_out));
-    MultiPageTiff file(m_out, 0, 4);
+    MultiPageTiffWriter file(m_out, 0, 4);
     QVERIFY(!file.commit());
     QVERIFY(!file.failureReason().isEmpty());
     QVERIFY(!QFile::exists(m_out));

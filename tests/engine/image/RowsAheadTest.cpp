@@ -1,6 +1,6 @@
 #include "engine/image/pixels/ReadAheadRows.h"
 
-#include "engine/image/PreparedPage.h"
+#include "engine/image/PrefetchedPage.h"
 #include "engine/settings/Settings.h"
 #include "tests/engine/image/TiffBuilder.h"
 

@@ -9,7 +9,7 @@
 
 namespace pagestack {
 
-struct PreparedPage;
+struct PrefetchedPage;
 struct EncodedPieces;
 
 /// A TIFF file that is made of pages, one after the other, and put in place at the end.
@@ -19,7 +19,7 @@ struct EncodedPieces;
 /// are copied as they lie. A fax compression asked of a page that is not one bit deep writes that
 /// page with no compression. The file is little-endian, becomes a BigTIFF file when its pages could
 /// pass 4 GB, and is the same, byte for byte, on every run. One thread at a time.
-class MultiPageTiff
+class MultiPageTiffWriter
 {
 public:
     /// Beyond this size a file cannot be a classic TIFF file.
@@ -28,11 +28,11 @@ public:
     /// A file for `path` with the compression of `compressionIndex`
     /// (Settings::tiffCompressionIndex) and probably `plannedPages` pages. Nothing is made before
     /// the first page comes. `limitBytes` is for tests.
-    MultiPageTiff(QString path, int compressionIndex, int plannedPages,
+    MultiPageTiffWriter(QString path, int compressionIndex, int plannedPages,
                   std::uint64_t limitBytes = classicLimitBytes);
-    ~MultiPageTiff();
-    MultiPageTiff(const MultiPageTiff&) = delete;
-    MultiPageTiff& operator=(const MultiPageTiff&) = delete;
+    ~MultiPageTiffWriter();
+    MultiPageTiffWriter(const MultiPageTiffWriter&) = delete;
+    MultiPageTiffWriter& operator=(const MultiPageTiffWriter&) = delete;
 
     /// Encodes the page into the staged file. Throws std::runtime_error with the reason when the
     /// page cannot be decoded completely; the staged file is then as it was before. A target that
@@ -42,7 +42,7 @@ public:
 
     /// The same with what was made of the page ahead, with the same compression: its pieces, or,
     /// for the only page of the file, the file itself.
-    void append(const PageImage& page, PreparedPage prepared);
+    void append(const PageImage& page, PrefetchedPage prepared);
 
     /// Appends the page once more that was appended last, when that is why there is a
     /// `failureReason`; by now there may be room for it. Throws as `append`.

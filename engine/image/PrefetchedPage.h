@@ -13,7 +13,7 @@ namespace pagestack {
 
 /// What was made of a page ahead of its turn, on whatever thread. Nothing at all is no fault: who
 /// takes the page then does everything itself.
-struct PreparedPage
+struct PrefetchedPage
 {
     std::unique_ptr<StagedFile> file; ///< the complete output; only to be put in place
     HeldLines complaints; ///< to be written to the system log with `file`

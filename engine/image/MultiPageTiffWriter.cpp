@@ -1,6 +1,6 @@
-#include "engine/image/MultiPageTiff.h"
+#include "engine/image/MultiPageTiffWriter.h"
 
-#include "engine/image/PreparedPage.h"
+#include "engine/image/PrefetchedPage.h"
 #include "engine/image/tiffwriter/TiffFileBuilder.h"
 #include "engine/image/decode/TiffPage.h"
 #include "engine/settings/OutputCodes.h"
@@ -28,7 +28,7 @@ namespace {
 
 } // namespace
 
-MultiPageTiff::MultiPageTiff(QString path, int compressionIndex, int plannedPages,
+MultiPageTiffWriter::MultiPageTiffWriter(QString path, int compressionIndex, int plannedPages,
                              std::uint64_t limitBytes)
     : m_path(std::move(path))
     , m_compression(tiffCompressionTag(compressionIndex))
@@ -37,9 +37,9 @@ MultiPageTiff::MultiPageTiff(QString path, int compressionIndex, int plannedPage
 {
 }
 
-MultiPageTiff::~MultiPageTiff() = default;
+MultiPageTiffWriter::~MultiPageTiffWriter() = default;
 
-bool MultiPageTiff::couldPassLimit(const PageImage& firstPage) const
+bool MultiPageTiffWriter::couldPassLimit(const PageImage& firstPage) const
 {
     const TiffPage* page = firstPage.source().tiffPage();
     if (page == nullptr)
@@ -59,9 +59,9 @@ bool MultiPageTiff::couldPassLimit(const PageImage& firstPage) const
     return sum > m_limitBytes;
 }
 
-void MultiPageTiff::append(const PageImage& page) { append(page, {}); }
+void MultiPageTiffWriter::append(const PageImage& page) { append(page, {}); }
 
-void MultiPageTiff::append(const PageImage& page, PreparedPage prepared)
+void MultiPageTiffWriter::append(const PageImage& page, PrefetchedPage prepared)
 {
     if (prepared.file) {
         Q_ASSERT(m_plannedPages == 1 && m_pages.empty());
@@ -76,14 +76,14 @@ void MultiPageTiff::append(const PageImage& page, PreparedPage prepared)
     m_pages.push_back(page.sharedSource());
 }
 
-void MultiPageTiff::appendAgain(const PageImage& page)
+void MultiPageTiffWriter::appendAgain(const PageImage& page)
 {
     m_failureReason.clear();
     m_pages.pop_back();
     append(page);
 }
 
-void MultiPageTiff::write(const PageImage& page, const EncodedPieces* pieces)
+void MultiPageTiffWriter::write(const PageImage& page, const EncodedPieces* pieces)
 {
     try {
         try {
@@ -102,7 +102,7 @@ void MultiPageTiff::write(const PageImage& page, const EncodedPieces* pieces)
     }
 }
 
-void MultiPageTiff::rebuildAsBigTiff()
+void MultiPageTiffWriter::rebuildAsBigTiff()
 try {
     m_assembly.reset();
     m_assembly
@@ -118,7 +118,7 @@ try {
     throw TiffFileBuilder::WriteFailure(error.what());
 }
 
-std::unique_ptr<StagedFile> MultiPageTiff::finish()
+std::unique_ptr<StagedFile> MultiPageTiffWriter::finish()
 {
     if (m_pages.empty() && m_failureReason.isEmpty())
         m_failureReason = u"no page could be read"_s;
@@ -127,7 +127,7 @@ std::unique_ptr<StagedFile> MultiPageTiff::finish()
     return m_complete ? std::move(m_complete) : m_assembly->finish();
 }
 
-bool MultiPageTiff::commit(StagedFile::Existing existing, const std::optional<FileState>& expected)
+bool MultiPageTiffWriter::commit(StagedFile::Existing existing, const std::optional<FileState>& expected)
 {
     try {
         if (!m_finished)
