@@ -11,8 +11,8 @@
 #include "engine/job/Process.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/Signals.h"
-#include "engine/support/StopScope.h"
-#include "engine/support/WorkerThread.h"
+#include "engine/threads/StopScope.h"
+#include "engine/threads/WorkerThread.h"
 
 #include <QCoreApplication>
 #include <QDir>

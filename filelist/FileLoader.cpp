@@ -1,6 +1,6 @@
 #include "filelist/FileLoader.h"
 
-#include "engine/support/MainThread.h"
+#include "engine/threads/MainThread.h"
 #include "engine/support/PathName.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/AllowedFileTypes.h"

@@ -1,6 +1,6 @@
 #include "filelist/ItemsAhead.h"
 
-#include "engine/support/StopScope.h"
+#include "engine/threads/StopScope.h"
 
 #include <QThread>
 

@@ -1,6 +1,6 @@
-#include "engine/support/MainThread.h"
+#include "engine/threads/MainThread.h"
 #include "engine/support/UserDefaults.h"
-#include "engine/support/WorkerThread.h"
+#include "engine/threads/WorkerThread.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/ProcessPanel.h"
 #include "ui_MainWindow.h"

@@ -1,6 +1,6 @@
 #include "engine/plan/RunPlan.h"
 #include "engine/support/AppTitle.h"
-#include "engine/support/MainThread.h"
+#include "engine/threads/MainThread.h"
 #include "engine/support/SystemLog.h"
 #include "mainwindow/AlertPanel.h"
 #include "mainwindow/PagestackAppDelegate.h"

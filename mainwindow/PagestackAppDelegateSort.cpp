@@ -1,4 +1,4 @@
-#include "engine/support/MainThread.h"
+#include "engine/threads/MainThread.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/ListEditor.h"
 #include "mainwindow/PagestackAppDelegate.h"

@@ -138,7 +138,7 @@ void PageImage::writeComplaints(const PrefetchedPage& prepared) const
 EncodedPieces PageImage::encodePieces(int compressionIndex) const
 {
     const TiffPage* page = m_source->tiffPage();
-    return page ? encodePieces(*page, tiffCompressionTag(compressionIndex)) : EncodedPieces {};
+    return page ? pagestack::encodePieces(*page, tiffCompressionTag(compressionIndex)) : EncodedPieces {};
 }
 
 std::uint64_t PageImage::decodedBytes() const

@@ -1,6 +1,6 @@
 #include "engine/job/PageWorkers.h"
 
-#include "engine/support/StopScope.h"
+#include "engine/threads/StopScope.h"
 
 #include <QScopeGuard>
 

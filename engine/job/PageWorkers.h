@@ -3,7 +3,7 @@
 #include "engine/image/PageImage.h"
 #include "engine/image/PrefetchedPage.h"
 #include "engine/job/SharedSource.h"
-#include "engine/support/SpareThreads.h"
+#include "engine/threads/SpareThreads.h"
 
 #include <atomic>
 #include <condition_variable>

@@ -1,7 +1,7 @@
 #include "filelist/FileLoader.h"
 
-#include "engine/support/MainThread.h"
-#include "engine/support/WorkerThread.h"
+#include "engine/threads/MainThread.h"
+#include "engine/threads/WorkerThread.h"
 #include "filelist/AllowedFileTypes.h"
 #include "filelist/FileTableModel.h"
 #include "filelist/FolderEntries.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/image/pixels/RowSource.h"
-#include "engine/support/SpareThreads.h"
+#include "engine/threads/SpareThreads.h"
 #include "engine/support/SystemLog.h"
 
 #include <array>

@@ -1,7 +1,7 @@
 #include "engine/image/tiff/TiffDirectoryChain.h"
 
 #include "engine/files/FileBytes.h"
-#include "engine/support/StopScope.h"
+#include "engine/threads/StopScope.h"
 
 #include <algorithm>
 #include <array>

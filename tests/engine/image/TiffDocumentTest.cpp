@@ -1,5 +1,5 @@
 #include "engine/image/PageCount.h"
-#include "engine/support/StopScope.h"
+#include "engine/threads/StopScope.h"
 #include "tests/engine/image/TiffBuilder.h"
 
 #include <QFile>

@@ -1,6 +1,6 @@
-#include "engine/support/MainThread.h"
+#include "engine/threads/MainThread.h"
 #include "engine/support/SystemLog.h"
-#include "engine/support/WorkerThread.h"
+#include "engine/threads/WorkerThread.h"
 #include "tests/engine/job/JobFixture.h"
 #include "tests/engine/support/LogDocument.h"
 

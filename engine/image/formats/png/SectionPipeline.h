@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/image/formats/png/SectionCoder.h"
-#include "engine/support/SpareThreads.h"
+#include "engine/threads/SpareThreads.h"
 
 #include <condition_variable>
 #include <deque>

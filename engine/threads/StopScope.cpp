@@ -1,4 +1,4 @@
-#include "engine/support/StopScope.h"
+#include "engine/threads/StopScope.h"
 
 #include <utility>
 

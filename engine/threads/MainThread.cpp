@@ -1,4 +1,4 @@
-#include "engine/support/MainThread.h"
+#include "engine/threads/MainThread.h"
 
 #include <QCoreApplication>
 #include <QMetaObject>

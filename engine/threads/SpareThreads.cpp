@@ -1,4 +1,4 @@
-#include "engine/support/SpareThreads.h"
+#include "engine/threads/SpareThreads.h"
 
 namespace pagestack {
 
