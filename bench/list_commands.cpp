@@ -5,7 +5,7 @@
 // done and painted, in milliseconds, and the ratio of the two, which is about 10 as long as no step
 // is quadratic. Runs without a display.
 
-#include "engine/support/UserDefaults.h"
+#include "engine/settings/UserDefaults.h"
 #include "engine/support/Workspace.h"
 #include "filelist/CustomTableView.h"
 #include "filelist/FileTableModel.h"

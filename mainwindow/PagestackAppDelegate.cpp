@@ -5,7 +5,7 @@
 #include "engine/support/AppTitle.h"
 #include "engine/support/Resources.h"
 #include "engine/support/SystemLog.h"
-#include "engine/support/UserDefaults.h"
+#include "engine/settings/UserDefaults.h"
 #include "engine/support/Workspace.h"
 #include "filelist/FileTableModel.h"
 #include "filelist/ListEditor.h"

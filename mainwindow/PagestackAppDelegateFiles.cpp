@@ -1,7 +1,7 @@
 #include "engine/threads/MainThread.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/TimeText.h"
-#include "engine/support/UserDefaults.h"
+#include "engine/settings/UserDefaults.h"
 #include "filelist/AllowedFileTypes.h"
 #include "filelist/FileTableModel.h"
 #include "mainwindow/FileChooser.h"

@@ -1,6 +1,6 @@
 #include "engine/support/Info.h"
 #include "engine/support/Signals.h"
-#include "engine/support/UserDefaults.h"
+#include "engine/settings/UserDefaults.h"
 #include "mainwindow/AlertPanel.h"
 #include "mainwindow/DesktopWorkspace.h"
 #include "mainwindow/FileChooser.h"

@@ -2,7 +2,7 @@
 
 #include "engine/settings/KeyedCoder.h"
 #include "engine/support/SystemLog.h"
-#include "engine/support/UserDefaults.h"
+#include "engine/settings/UserDefaults.h"
 
 #include <exception>
 #include <type_traits>

@@ -1,5 +1,5 @@
 #include "engine/settings/Settings.h"
-#include "engine/support/UserDefaults.h"
+#include "engine/settings/UserDefaults.h"
 #include "tests/fuzz/FuzzSupport.h"
 #include "tests/fuzz/VariantSource.h"
 

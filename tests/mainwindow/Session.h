@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/support/UserDefaults.h"
+#include "engine/settings/UserDefaults.h"
 #include "engine/support/Workspace.h"
 #include "filelist/CustomTableView.h"
 #include "filelist/FileTableModel.h"

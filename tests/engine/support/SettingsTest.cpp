@@ -1,7 +1,7 @@
 #include "engine/settings/Settings.h"
 
 #include "engine/settings/KeyedCoder.h"
-#include "engine/support/UserDefaults.h"
+#include "engine/settings/UserDefaults.h"
 
 #include <QFile>
 #include <QMetaProperty>

@@ -1,6 +1,6 @@
-#include "engine/support/UserDefaults.h"
+#include "engine/settings/UserDefaults.h"
 
-#include "engine/support/IniValues.h"
+#include "engine/settings/IniValues.h"
 #include "engine/support/SystemLog.h"
 
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "engine/support/IniValues.h"
+#include "engine/settings/IniValues.h"
 
 #include <QFile>
 
