@@ -6,7 +6,7 @@
 #include "cli/HelpText.h"
 #include "cli/Options.h"
 #include "cli/SystemLogLines.h"
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 #include "engine/support/PathName.h"
 
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #include "cli/Console.h"
 
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 
 #include <cerrno>
 #include <poll.h>

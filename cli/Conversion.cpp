@@ -7,7 +7,7 @@
 #include "cli/Report.h"
 #include "cli/Sources.h"
 #include "engine/files/FileState.h"
-#include "engine/job/OutputNames.h"
+#include "engine/plan/OutputNames.h"
 #include "engine/job/Process.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/Signals.h"

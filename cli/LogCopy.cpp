@@ -1,9 +1,9 @@
 #include "cli/LogCopy.h"
 
 #include "cli/Console.h"
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 #include "engine/files/StagedFile.h"
-#include "engine/job/OutputNames.h"
+#include "engine/plan/OutputNames.h"
 #include "engine/job/Process.h"
 
 #include <QFile>

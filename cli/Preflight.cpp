@@ -2,7 +2,7 @@
 
 #include "cli/Options.h"
 #include "engine/files/StagedFile.h"
-#include "engine/job/OutputNames.h"
+#include "engine/plan/OutputNames.h"
 #include "engine/support/PathName.h"
 
 #include <QDir>

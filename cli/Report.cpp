@@ -2,7 +2,7 @@
 
 #include "cli/Console.h"
 #include "cli/Preflight.h"
-#include "engine/job/OutputNames.h"
+#include "engine/plan/OutputNames.h"
 
 #include <algorithm>
 #include <numeric>

@@ -3,7 +3,7 @@
 #include "cli/FolderReader.h"
 #include "cli/Options.h"
 #include "engine/files/FileState.h"
-#include "engine/job/OutputNames.h"
+#include "engine/plan/OutputNames.h"
 #include "engine/support/PathName.h"
 
 #include <QDir>

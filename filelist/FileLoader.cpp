@@ -5,7 +5,7 @@
 #include "engine/support/SystemLog.h"
 #include "filelist/AllowedFileTypes.h"
 #include "filelist/FolderEntries.h"
-#include "filelist/ItemsAhead.h"
+#include "filelist/FileItemQueue.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -147,7 +147,7 @@ namespace {
 
         LoaderTarget& m_target;
         FileSource& m_source;
-        ItemsAhead m_ahead;
+        FileItemQueue m_ahead;
         bool m_isAtEnd = false; ///< of the source
         bool m_isShutDown = false;
         bool m_hasAdded = false;

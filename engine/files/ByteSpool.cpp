@@ -1,6 +1,6 @@
 #include "engine/files/ByteSpool.h"
 
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,6 +1,6 @@
 #include "engine/files/InPlace.h"
 
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 
 #include <QScopeGuard>
 

@@ -1,6 +1,6 @@
 #include "engine/files/NameFolding.h"
 
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 #include "engine/files/FileState.h"
 #include "engine/files/StagedNames.h"
 

@@ -1,11 +1,11 @@
 #include "engine/job/Process.h"
 
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 #include "engine/files/StagedNames.h"
 #include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/TiffDocument.h"
-#include "engine/job/LookAhead.h"
-#include "engine/job/OutputNames.h"
+#include "engine/job/PagePrefetcher.h"
+#include "engine/plan/OutputNames.h"
 #include "engine/threads/MainThread.h"
 #include "engine/threads/SpareThreads.h"
 #include "engine/threads/StopScope.h"
@@ -125,7 +125,7 @@ void Process::convertOutputs()
     const QList<OutputFile> plan = outputFiles();
     startThreads(plan);
     // Before the end is announced: what was prepared and not taken is gone by then.
-    const auto endLookAhead = qScopeGuard([this] { m_lookAhead.reset(); });
+    const auto endPrefetching = qScopeGuard([this] { m_prefetcher.reset(); });
     for (qsizetype i = 0; i < plan.size(); ++i) {
         if (!isCombining())
             return;
@@ -143,24 +143,24 @@ void Process::startThreads(const QList<OutputFile>& plan)
     const int jobs = m_jobs > 0 ? m_jobs : QThread::idealThreadCount();
     m_threads = std::make_unique<SpareThreads>(jobs);
     if (jobs > 1 && hasSeveralPages(plan))
-        m_lookAhead = std::make_unique<LookAhead>(
+        m_prefetcher = std::make_unique<PagePrefetcher>(
             plan, *settings(), jobs, *m_threads,
             [this](const QString& path) { return isWanted(path); }, m_isCombining);
 }
 
 std::unique_ptr<TiffDocument> Process::openSource(const QString& path, PlanPlace place)
 {
-    return m_lookAhead ? m_lookAhead->open(place) : std::make_unique<TiffDocument>(path);
+    return m_prefetcher ? m_prefetcher->open(place) : std::make_unique<TiffDocument>(path);
 }
 
 PrefetchedPage Process::takePage(const TiffDocument& document, int page)
 {
-    return m_lookAhead ? m_lookAhead->take(document, page) : PrefetchedPage {};
+    return m_prefetcher ? m_prefetcher->take(document, page) : PrefetchedPage {};
 }
 
 QString Process::withRoom(const std::function<QString()>& attempt)
 {
-    if (!m_lookAhead)
+    if (!m_prefetcher)
         return attempt();
     HeldLines lines;
     QString reason;
@@ -169,7 +169,7 @@ QString Process::withRoom(const std::function<QString()>& attempt)
         reason = attempt();
         lines = hold.takeLines();
     }
-    if (!reason.isNull() && isWantOfRoom(reason.toStdString()) && m_lookAhead->dropAhead())
+    if (!reason.isNull() && isWantOfRoom(reason.toStdString()) && m_prefetcher->dropAhead())
         return attempt();
     writeHeldLines(lines);
     return reason;

@@ -2,7 +2,7 @@
 
 #include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
-#include "engine/job/OutputFile.h"
+#include "engine/plan/OutputFile.h"
 #include "engine/log/Log.h"
 #include "engine/settings/Settings.h"
 
@@ -17,7 +17,7 @@
 
 namespace pagestack {
 
-class LookAhead;
+class PagePrefetcher;
 class MultiPageTiffWriter;
 class PageImage;
 struct PrefetchedPage;
@@ -256,7 +256,7 @@ private:
     QSet<std::size_t> m_sweptFolders; ///< hashes of their paths
     std::optional<QSet<QByteArray>> m_stagedSources; ///< names, of sources that look like leftovers
     std::unique_ptr<SpareThreads> m_threads; ///< of the run; null before it
-    std::unique_ptr<LookAhead> m_lookAhead; ///< null outside of a run and when one thread does all
+    std::unique_ptr<PagePrefetcher> m_prefetcher; ///< null outside of a run and when one thread does all
 
     std::atomic<bool> m_isCombining = false;
     std::atomic<bool> m_isCompleted = false;

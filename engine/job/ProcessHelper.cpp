@@ -3,7 +3,7 @@
 #include "engine/image/MultiPageTiffWriter.h"
 #include "engine/image/PrefetchedPage.h"
 #include "engine/image/TiffDocument.h"
-#include "engine/job/OutputNames.h"
+#include "engine/plan/OutputNames.h"
 #include "engine/job/Process.h"
 #include "engine/support/SystemLog.h"
 

@@ -2,7 +2,7 @@
 
 #include "engine/files/StagedDevice.h"
 #include "engine/files/StagedNames.h"
-#include "engine/log/RecordsAside.h"
+#include "engine/log/LogSpill.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/SystemLog.h"
 
@@ -85,7 +85,7 @@ namespace {
         writeReason(xml, source.reason);
     }
 
-    void writePagesAside(QXmlStreamWriter& xml, RecordsAside& aside, int pages,
+    void writePagesAside(QXmlStreamWriter& xml, LogSpill& aside, int pages,
                          GatheredFile gathered)
     {
         LogFile page;
@@ -136,7 +136,7 @@ void Log::putAside()
     if (records <= m_mostRecords)
         return;
     if (!m_aside)
-        m_aside = std::make_unique<RecordsAside>();
+        m_aside = std::make_unique<LogSpill>();
     if (!m_aside->takeFrom(files))
         m_mostRecords = 2 * records; // to try it again for each page would take longer and longer
 }

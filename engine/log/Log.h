@@ -16,7 +16,7 @@ class QXmlStreamWriter;
 
 namespace pagestack {
 
-class RecordsAside;
+class LogSpill;
 
 /// What one run read and wrote, and the XML file that tells it.
 ///
@@ -78,7 +78,7 @@ private:
     QString m_saveFault;
     std::size_t m_mostRecords
         = 500; ///< in memory: a hundred kilobytes, and no files for short runs
-    std::unique_ptr<RecordsAside> m_aside; ///< null while nothing was put aside
+    std::unique_ptr<LogSpill> m_aside; ///< null while nothing was put aside
 };
 
 } // namespace pagestack

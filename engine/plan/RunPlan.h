@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/job/OutputFile.h"
+#include "engine/plan/OutputFile.h"
 
 #include <QList>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "engine/image/tiff/MappedTiffCopy.h"
 
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 #include "engine/image/tiff/TiffFile.h"
 
 #include <QScopeGuard>

@@ -1,6 +1,6 @@
 #include "engine/image/tiff/TiffDirectoryChain.h"
 
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 #include "engine/threads/StopScope.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "engine/image/tiff/TiffFile.h"
 
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 #include "engine/image/tiff/TiffHandle.h"
 
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 
 #include <cstdio>
 #include <tiffio.h>

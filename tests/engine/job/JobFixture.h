@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/job/OutputNames.h"
+#include "engine/plan/OutputNames.h"
 #include "engine/job/Process.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/Workspace.h"

@@ -1,4 +1,4 @@
-#include "engine/job/LookAhead.h"
+#include "engine/job/PagePrefetcher.h"
 
 #include "engine/support/SystemLog.h"
 #include "tests/engine/job/JobFixture.h"
@@ -111,7 +111,7 @@ const QString splitBeside = u"outputType=2 isSplitTIFFIntoSinglePages=true outpu
 
 } // namespace
 
-class LookAheadTest : public QObject
+class PagePrefetcherTest : public QObject
 {
     Q_OBJECT
 
@@ -126,7 +126,7 @@ private slots:
     void makesNoThreadForOnePage();
 };
 
-void LookAheadTest::showsWhatOneThreadShows_data()
+void PagePrefetcherTest::showsWhatOneThreadShows_data()
 {
     QTest::addColumn<QString>("sources");
     QTest::addColumn<QString>("changes");
@@ -188,7 +188,7 @@ void LookAheadTest::showsWhatOneThreadShows_data()
         u"created 4"_s);
 }
 
-void LookAheadTest::showsWhatOneThreadShows()
+void PagePrefetcherTest::showsWhatOneThreadShows()
 {
     QFETCH(const QString, sources);
     QFETCH(const QString, changes);
@@ -206,7 +206,7 @@ void LookAheadTest::showsWhatOneThreadShows()
         QCOMPARE(difference(one, outcome(sources, changes, jobs, closeOutputs)), QString());
 }
 
-void LookAheadTest::stopsWhereOneThreadStops_data()
+void PagePrefetcherTest::stopsWhereOneThreadStops_data()
 {
     QTest::addColumn<QString>("sources");
     QTest::addColumn<QString>("changes");
@@ -216,7 +216,7 @@ void LookAheadTest::stopsWhereOneThreadStops_data()
         << u"a.tif:WVW a2.tiff:WW b.tif:W"_s << splitBeside;
 }
 
-void LookAheadTest::stopsWhereOneThreadStops()
+void PagePrefetcherTest::stopsWhereOneThreadStops()
 {
     QFETCH(const QString, sources);
     QFETCH(const QString, changes);
@@ -232,7 +232,7 @@ void LookAheadTest::stopsWhereOneThreadStops()
     }
 }
 
-void LookAheadTest::survivesExceptionsAsOneThreadDoes()
+void PagePrefetcherTest::survivesExceptionsAsOneThreadDoes()
 {
     for (const QString& changes : { u"outputType=1"_s + mixedChanges, together + mixedChanges }) {
         const Outcome whole = outcome(mixed, changes, 1);
@@ -255,7 +255,7 @@ void LookAheadTest::survivesExceptionsAsOneThreadDoes()
     }
 }
 
-void LookAheadTest::leavesNothingBehindWhenStoppedAtAnyTime()
+void PagePrefetcherTest::leavesNothingBehindWhenStoppedAtAnyTime()
 {
     QRandomGenerator random(5);
     int cancelled = 0;
@@ -288,7 +288,7 @@ void LookAheadTest::leavesNothingBehindWhenStoppedAtAnyTime()
     QVERIFY(cancelled > 20);
 }
 
-void LookAheadTest::holdsNoMoreThanAWindow()
+void PagePrefetcherTest::holdsNoMoreThanAWindow()
 {
     if (!QDir(u"/proc/self/fd"_s).exists())
         QSKIP("the open files of a program are counted on Linux only");
@@ -323,7 +323,7 @@ void LookAheadTest::holdsNoMoreThanAWindow()
     }
 }
 
-void LookAheadTest::makesNoThreadForOnePage()
+void PagePrefetcherTest::makesNoThreadForOnePage()
 {
     const QDir threads(u"/proc/self/task"_s);
     if (!threads.exists())
@@ -342,5 +342,5 @@ void LookAheadTest::makesNoThreadForOnePage()
     }
 }
 
-QTEST_GUILESS_MAIN(LookAheadTest)
-#include "LookAheadTest.moc"
+QTEST_GUILESS_MAIN(PagePrefetcherTest)
+#include "PagePrefetcherTest.moc"

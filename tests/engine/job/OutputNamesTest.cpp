@@ -1,4 +1,4 @@
-#include "engine/job/OutputNames.h"
+#include "engine/plan/OutputNames.h"
 
 #include "engine/settings/Settings.h"
 

@@ -1,4 +1,4 @@
-#include "engine/job/PageWorkers.h"
+#include "engine/job/PageWorkerPool.h"
 
 #include "engine/threads/StopScope.h"
 
@@ -16,7 +16,7 @@ namespace {
 
 } // namespace
 
-PageWorkers::PageWorkers(int mostThreads, SpareThreads& threads, const std::atomic<bool>& isRunning)
+PageWorkerPool::PageWorkerPool(int mostThreads, SpareThreads& threads, const std::atomic<bool>& isRunning)
     : m_mostThreads(static_cast<std::size_t>(mostThreads))
     , m_mostBytes(decodedBytesAWorker * m_mostThreads)
     , m_spareThreads(threads)
@@ -24,7 +24,7 @@ PageWorkers::PageWorkers(int mostThreads, SpareThreads& threads, const std::atom
 {
 }
 
-PageWorkers::~PageWorkers()
+PageWorkerPool::~PageWorkerPool()
 {
     {
         const std::scoped_lock lock(m_mutex);
@@ -36,7 +36,7 @@ PageWorkers::~PageWorkers()
         thread.join();
 }
 
-void PageWorkers::add(const std::shared_ptr<PageTask>& task)
+void PageWorkerPool::add(const std::shared_ptr<PageTask>& task)
 {
     bool isThreadMissing = false;
     {
@@ -49,7 +49,7 @@ void PageWorkers::add(const std::shared_ptr<PageTask>& task)
     m_hasWork.notify_one();
 }
 
-void PageWorkers::addThread()
+void PageWorkerPool::addThread()
 {
     try {
         m_threads.emplace_back([this] { work(); });
@@ -61,7 +61,7 @@ void PageWorkers::addThread()
     }
 }
 
-PrefetchedPage PageWorkers::take(PageTask& task)
+PrefetchedPage PageWorkerPool::take(PageTask& task)
 {
     std::unique_lock lock(m_mutex);
     m_awaited = &task;
@@ -72,20 +72,20 @@ PrefetchedPage PageWorkers::take(PageTask& task)
     return std::move(task.result);
 }
 
-void PageWorkers::drop(PageTask& task)
+void PageWorkerPool::drop(PageTask& task)
 {
     const std::scoped_lock lock(m_mutex);
     task.state = PageTask::State::Withdrawn;
 }
 
-void PageWorkers::settle()
+void PageWorkerPool::settle()
 {
     std::unique_lock lock(m_mutex);
     withdrawAll();
     m_hasSettled.wait(lock, [this] { return m_inWork == 0; });
 }
 
-void PageWorkers::withdrawAll()
+void PageWorkerPool::withdrawAll()
 {
     for (const std::shared_ptr<PageTask>& task : m_waiting)
         task->state = PageTask::State::Withdrawn;
@@ -93,7 +93,7 @@ void PageWorkers::withdrawAll()
     m_hasResult.notify_all();
 }
 
-void PageWorkers::work()
+void PageWorkerPool::work()
 {
     const StopScope scope([this] { return !m_isRunning; });
     Desk desk;
@@ -131,7 +131,7 @@ void PageWorkers::work()
     }
 }
 
-void PageWorkers::prepare(PageTask& task, Desk& desk)
+void PageWorkerPool::prepare(PageTask& task, Desk& desk)
 {
     PrefetchedPage result;
     bool needsNoEncoding = false;
@@ -176,7 +176,7 @@ void PageWorkers::prepare(PageTask& task, Desk& desk)
 
 /// Waits until the page can be in work beside the others. Those are finished in any case, so this
 /// ends.
-void PageWorkers::reserve(std::uint64_t bytes)
+void PageWorkerPool::reserve(std::uint64_t bytes)
 {
     std::unique_lock lock(m_mutex);
     m_hasRoom.wait(lock,
@@ -184,7 +184,7 @@ void PageWorkers::reserve(std::uint64_t bytes)
     m_bytesInWork += bytes;
 }
 
-void PageWorkers::release(std::uint64_t bytes)
+void PageWorkerPool::release(std::uint64_t bytes)
 {
     const std::scoped_lock lock(m_mutex);
     m_bytesInWork -= bytes;

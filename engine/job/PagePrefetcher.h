@@ -1,8 +1,8 @@
 #pragma once
 
-#include "engine/job/OutputFile.h"
+#include "engine/plan/OutputFile.h"
 #include "engine/job/OutputTarget.h"
-#include "engine/job/PageWorkers.h"
+#include "engine/job/PageWorkerPool.h"
 
 #include <deque>
 #include <functional>
@@ -22,21 +22,21 @@ class Settings;
 ///
 /// Memory, time and open files for a page do not depend on the number of pages and sources: only a
 /// few pages for each worker are looked at ahead.
-class LookAhead
+class PagePrefetcher
 {
 public:
     using TargetFilter = std::function<bool(const QString& outputPath)>;
 
     /// Prepares with `workers` threads what `plan` and `settings` ask for, except for targets that
     /// `isWanted` refuses. Those that are idle, out of `threads`, help with large pages.
-    /// `settings`, `threads` and `isRunning` (see PageWorkers) are borrowed.
-    LookAhead(QList<OutputFile> plan, const Settings& settings, int workers, SpareThreads& threads,
+    /// `settings`, `threads` and `isRunning` (see PageWorkerPool) are borrowed.
+    PagePrefetcher(QList<OutputFile> plan, const Settings& settings, int workers, SpareThreads& threads,
               TargetFilter isWanted, const std::atomic<bool>& isRunning);
 
     /// Ends the workers; what was not taken is removed.
-    ~LookAhead();
-    LookAhead(const LookAhead&) = delete;
-    LookAhead& operator=(const LookAhead&) = delete;
+    ~PagePrefetcher();
+    PagePrefetcher(const PagePrefetcher&) = delete;
+    PagePrefetcher& operator=(const PagePrefetcher&) = delete;
 
     /// The turn of an item has come, and the outputs of those before it are in place: its source.
     /// Throws std::runtime_error as TiffDocument does.
@@ -64,7 +64,7 @@ private:
 
     bool isBefore(const Step& step, PlanPlace place, int page) const;
     void moveTo(PlanPlace place, int page);
-    void lookAhead();
+    void prefetcher();
     bool lookAtNext();
     bool lookAtItem(const OutputFile& output, const FileItem& item);
     bool lookAtPage(const OutputFile& output);
@@ -93,7 +93,7 @@ private:
     std::shared_ptr<const OutputTarget> m_together; ///< target of an item that is kept together
     bool m_isSourcePrepared = true; ///< it is of use to prepare pages of this source
 
-    PageWorkers m_workers; ///< last: its threads end before the rest does
+    PageWorkerPool m_workers; ///< last: its threads end before the rest does
 };
 
 } // namespace pagestack

@@ -1,6 +1,6 @@
-#include "engine/job/LookAhead.h"
+#include "engine/job/PagePrefetcher.h"
 
-#include "engine/job/OutputNames.h"
+#include "engine/plan/OutputNames.h"
 #include "engine/settings/Settings.h"
 
 #include <algorithm>
@@ -29,7 +29,7 @@ namespace {
 
 } // namespace
 
-LookAhead::LookAhead(QList<OutputFile> plan, const Settings& settings, int workers,
+PagePrefetcher::PagePrefetcher(QList<OutputFile> plan, const Settings& settings, int workers,
                      SpareThreads& threads, TargetFilter isWanted,
                      const std::atomic<bool>& isRunning)
     : m_plan(std::move(plan))
@@ -42,9 +42,9 @@ LookAhead::LookAhead(QList<OutputFile> plan, const Settings& settings, int worke
 {
 }
 
-LookAhead::~LookAhead() = default;
+PagePrefetcher::~PagePrefetcher() = default;
 
-std::unique_ptr<TiffDocument> LookAhead::open(PlanPlace place)
+std::unique_ptr<TiffDocument> PagePrefetcher::open(PlanPlace place)
 {
     moveTo(place, 0);
     if (m_steps.empty()) { // The run was cancelled: nothing is prepared any more.
@@ -60,7 +60,7 @@ std::unique_ptr<TiffDocument> LookAhead::open(PlanPlace place)
     return document;
 }
 
-PrefetchedPage LookAhead::take(const TiffDocument& document, int page)
+PrefetchedPage PagePrefetcher::take(const TiffDocument& document, int page)
 {
     if (&document != m_document)
         return {};
@@ -75,7 +75,7 @@ PrefetchedPage LookAhead::take(const TiffDocument& document, int page)
     return prepared;
 }
 
-bool LookAhead::dropAhead()
+bool PagePrefetcher::dropAhead()
 {
     bool isDropped = false;
     for (const Step& step : m_steps)
@@ -90,14 +90,14 @@ bool LookAhead::dropAhead()
     return isDropped;
 }
 
-bool LookAhead::isBefore(const Step& step, PlanPlace place, int page) const
+bool PagePrefetcher::isBefore(const Step& step, PlanPlace place, int page) const
 {
     return std::tie(step.place, step.page) < std::tie(place, page);
 }
 
 /// Forgets all before the page, or before the item when `page` is 0, whose turn it is, and looks as
 /// far ahead as it goes.
-void LookAhead::moveTo(PlanPlace place, int page)
+void PagePrefetcher::moveTo(PlanPlace place, int page)
 {
     while (!m_steps.empty() && isBefore(m_steps.front(), place, page)) {
         if (m_steps.front().task)
@@ -108,16 +108,16 @@ void LookAhead::moveTo(PlanPlace place, int page)
         startAt(place);
     else if (m_nextPlace == place)
         m_nextPage = std::max(m_nextPage, page);
-    lookAhead();
+    prefetcher();
 }
 
-void LookAhead::startAt(PlanPlace place)
+void PagePrefetcher::startAt(PlanPlace place)
 {
     m_nextPlace = place;
     m_nextPage = 0;
 }
 
-void LookAhead::lookAhead()
+void PagePrefetcher::prefetcher()
 {
     // Several at a time: to wake a worker for each costs more than a small page.
     if (m_steps.size() > m_mostSteps / 2)
@@ -127,7 +127,7 @@ void LookAhead::lookAhead()
 
 /// False when nothing follows, or nothing that can be looked at before an earlier output is in
 /// place.
-bool LookAhead::lookAtNext()
+bool PagePrefetcher::lookAtNext()
 {
     if (m_nextPlace.output == m_plan.size())
         return false;
@@ -144,7 +144,7 @@ bool LookAhead::lookAtNext()
     return true;
 }
 
-bool LookAhead::lookAtItem(const OutputFile& output, const FileItem& item)
+bool PagePrefetcher::lookAtItem(const OutputFile& output, const FileItem& item)
 {
     const auto source = std::make_shared<SharedSource>(item.filePath().toLocalFile());
     // A source without pages is not opened ahead.
@@ -165,7 +165,7 @@ bool LookAhead::lookAtItem(const OutputFile& output, const FileItem& item)
     return true;
 }
 
-bool LookAhead::lookAtPage(const OutputFile& output)
+bool PagePrefetcher::lookAtPage(const OutputFile& output)
 {
     if (!isSourceSettled(*m_source, m_together.get()))
         return false;
@@ -199,7 +199,7 @@ bool LookAhead::lookAtPage(const OutputFile& output)
 }
 
 /// True when no output under way, except for `own`, replaces the source or may bring it into being.
-bool LookAhead::isSourceSettled(const SharedSource& source, const OutputTarget* own) const
+bool PagePrefetcher::isSourceSettled(const SharedSource& source, const OutputTarget* own) const
 {
     return std::none_of(m_steps.begin(), m_steps.end(), [&](const Step& step) {
         const bool isForeign = step.target && step.target.get() != own;
@@ -207,14 +207,14 @@ bool LookAhead::isSourceSettled(const SharedSource& source, const OutputTarget* 
     });
 }
 
-bool LookAhead::isTargetFree(const std::shared_ptr<const OutputTarget>& target) const
+bool PagePrefetcher::isTargetFree(const std::shared_ptr<const OutputTarget>& target) const
 {
     return std::none_of(m_steps.begin(), m_steps.end(), [&](const Step& step) {
         return step.target && step.target != target && step.target->isSameAs(*target);
     });
 }
 
-bool LookAhead::isWanted(const QString& path) const
+bool PagePrefetcher::isWanted(const QString& path) const
 {
     try {
         return m_isWanted(path);
@@ -223,7 +223,7 @@ bool LookAhead::isWanted(const QString& path) const
     }
 }
 
-QString LookAhead::outputPath(const OutputFile& output, const QString& name) const
+QString PagePrefetcher::outputPath(const OutputFile& output, const QString& name) const
 {
     return joinedPath(outputFolder(output.filename, m_settings), name);
 }

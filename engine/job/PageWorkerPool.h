@@ -40,18 +40,18 @@ struct PageTask
 ///
 /// A page that cannot be prepared, for whatever reason, gives an empty result: who takes it does it
 /// again in its turn, and there the reason shows as it would have without workers.
-class PageWorkers
+class PageWorkerPool
 {
 public:
     /// No thread is made before there is work for it; one that has work is taken from `threads`,
     /// which outlives the workers. `isRunning` becomes false when the run is cancelled: no page is
     /// begun any more, those in work are finished.
-    PageWorkers(int mostThreads, SpareThreads& threads, const std::atomic<bool>& isRunning);
+    PageWorkerPool(int mostThreads, SpareThreads& threads, const std::atomic<bool>& isRunning);
 
     /// Waits for the pages in work.
-    ~PageWorkers();
-    PageWorkers(const PageWorkers&) = delete;
-    PageWorkers& operator=(const PageWorkers&) = delete;
+    ~PageWorkerPool();
+    PageWorkerPool(const PageWorkerPool&) = delete;
+    PageWorkerPool& operator=(const PageWorkerPool&) = delete;
 
     void add(const std::shared_ptr<PageTask>& task);
 

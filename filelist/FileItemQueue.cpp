@@ -1,4 +1,4 @@
-#include "filelist/ItemsAhead.h"
+#include "filelist/FileItemQueue.h"
 
 #include "engine/threads/StopScope.h"
 
@@ -22,7 +22,7 @@ namespace {
 
 } // namespace
 
-ItemsAhead::ItemsAhead(std::function<bool()> isWanted)
+FileItemQueue::FileItemQueue(std::function<bool()> isWanted)
     : m_isWanted(std::move(isWanted))
 {
     // More than one even on a small machine, as they wait for the disk; few, as it is one disk.
@@ -31,7 +31,7 @@ ItemsAhead::ItemsAhead(std::function<bool()> isWanted)
         m_threads.emplace_back([this] { makeItems(); });
 }
 
-ItemsAhead::~ItemsAhead()
+FileItemQueue::~FileItemQueue()
 {
     {
         const std::lock_guard lock(m_guard);
@@ -42,7 +42,7 @@ ItemsAhead::~ItemsAhead()
         thread.join();
 }
 
-void ItemsAhead::add(const QList<QUrl>& urls)
+void FileItemQueue::add(const QList<QUrl>& urls)
 {
     {
         const std::lock_guard lock(m_guard);
@@ -52,19 +52,19 @@ void ItemsAhead::add(const QList<QUrl>& urls)
     m_added.notify_all();
 }
 
-qsizetype ItemsAhead::pending() const
+qsizetype FileItemQueue::pending() const
 {
     const std::lock_guard lock(m_guard);
     return static_cast<qsizetype>(m_slots.size());
 }
 
-QList<std::shared_ptr<FileItem>> ItemsAhead::takeReady()
+QList<std::shared_ptr<FileItem>> FileItemQueue::takeReady()
 {
     const std::lock_guard lock(m_guard);
     return takeFront();
 }
 
-QList<std::shared_ptr<FileItem>> ItemsAhead::waitForReady()
+QList<std::shared_ptr<FileItem>> FileItemQueue::waitForReady()
 {
     std::unique_lock lock(m_guard);
     m_frontReady.wait(lock, [this] { return m_slots.front().isReady; });
@@ -74,7 +74,7 @@ QList<std::shared_ptr<FileItem>> ItemsAhead::waitForReady()
 }
 
 // Stops before an item that could not be made: those in front of it count.
-QList<std::shared_ptr<FileItem>> ItemsAhead::takeFront()
+QList<std::shared_ptr<FileItem>> FileItemQueue::takeFront()
 {
     QList<std::shared_ptr<FileItem>> ready;
     while (!m_slots.empty() && m_slots.front().isReady && !m_slots.front().thrown) {
@@ -85,7 +85,7 @@ QList<std::shared_ptr<FileItem>> ItemsAhead::takeFront()
     return ready;
 }
 
-void ItemsAhead::makeItems()
+void FileItemQueue::makeItems()
 {
     const StopScope scope([this] { return !m_isWanted(); });
     std::unique_lock lock(m_guard);

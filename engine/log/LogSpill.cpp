@@ -1,6 +1,6 @@
-#include "engine/log/RecordsAside.h"
+#include "engine/log/LogSpill.h"
 
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 
 #include <QDataStream>
 
@@ -39,7 +39,7 @@ namespace {
 
 } // namespace
 
-void RecordsAside::open()
+void LogSpill::open()
 {
     for (QFile* file : { &m_sources, &m_pages })
         if (!file->isOpen()
@@ -47,7 +47,7 @@ void RecordsAside::open()
             throw std::runtime_error(file->errorString().toStdString());
 }
 
-bool RecordsAside::takeFrom(Sources& records)
+bool LogSpill::takeFrom(Sources& records)
 {
     if (records.empty())
         return true;
@@ -80,7 +80,7 @@ bool RecordsAside::takeFrom(Sources& records)
     return true;
 }
 
-void RecordsAside::rewind()
+void LogSpill::rewind()
 {
     for (QFile* file : { &m_sources, &m_pages })
         if (!file->seek(0))
@@ -88,7 +88,7 @@ void RecordsAside::rewind()
                                      + file->errorString().toStdString());
 }
 
-bool RecordsAside::nextSource(LogFiles& source, int& pages)
+bool LogSpill::nextSource(LogFiles& source, int& pages)
 {
     if (m_sources.pos() >= m_sourcesEnd)
         return false;
@@ -99,7 +99,7 @@ bool RecordsAside::nextSource(LogFiles& source, int& pages)
     return true;
 }
 
-void RecordsAside::nextPage(LogFile& page)
+void LogSpill::nextPage(LogFile& page)
 {
     QDataStream from(&m_pages);
     from >> page.targetFile >> page.sourcePageNo >> page.targetPageNo >> page.status >> page.reason;

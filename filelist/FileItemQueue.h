@@ -18,15 +18,15 @@ namespace pagestack {
 
 /// Makes file items, which opens the files, on threads of its own, and gives them back in the order
 /// in which they were asked for. Used by one thread.
-class ItemsAhead
+class FileItemQueue
 {
 public:
     /// When `isWanted`, asked on any thread, says no, the files in hand are given up: their items
     /// do not count.
-    explicit ItemsAhead(std::function<bool()> isWanted);
-    ~ItemsAhead(); ///< waits for the files in hand, forgets the others
-    ItemsAhead(const ItemsAhead&) = delete;
-    ItemsAhead& operator=(const ItemsAhead&) = delete;
+    explicit FileItemQueue(std::function<bool()> isWanted);
+    ~FileItemQueue(); ///< waits for the files in hand, forgets the others
+    FileItemQueue(const FileItemQueue&) = delete;
+    FileItemQueue& operator=(const FileItemQueue&) = delete;
 
     void add(const QList<QUrl>& urls);
     /// Items that were added and not taken yet.

@@ -1,4 +1,4 @@
-#include "engine/files/FileBytes.h"
+#include "engine/files/PosixFile.h"
 
 #include <QDir>
 #include <QFile>

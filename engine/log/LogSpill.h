@@ -11,7 +11,7 @@ namespace pagestack {
 
 /// The older records of a long log, put aside in two temporary files that have no name: the
 /// sources, and the pages of all sources one after the other. One thread at a time.
-class RecordsAside
+class LogSpill
 {
 public:
     using Sources = std::vector<std::shared_ptr<LogFiles>>;
