@@ -9,8 +9,8 @@
 #include "engine/support/Workspace.h"
 #include "filelist/CustomTableView.h"
 #include "filelist/FileTableModel.h"
-#include "mainwindow/AlertPanel.h"
-#include "mainwindow/FileChooser.h"
+#include "mainwindow/widgets/AlertPanel.h"
+#include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/PagestackAppDelegate.h"
 
 #include <QAbstractButton>

@@ -9,9 +9,9 @@
 #include "engine/support/Workspace.h"
 #include "filelist/FileTableModel.h"
 #include "filelist/ListEditor.h"
-#include "mainwindow/AlertPanel.h"
-#include "mainwindow/ApplicationEvents.h"
-#include "mainwindow/ProcessPanel.h"
+#include "mainwindow/widgets/AlertPanel.h"
+#include "mainwindow/desktop/ApplicationEvents.h"
+#include "mainwindow/run/ProcessPanel.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 #include "ui_MainWindow.h"
 

@@ -6,7 +6,7 @@
 #include "filelist/FileList.h"
 #include "filelist/FileLoader.h"
 #include "filelist/SortOrder.h"
-#include "mainwindow/ImportFilesWindowController.h"
+#include "mainwindow/import/ImportFilesWindowController.h"
 
 #include <QColor>
 #include <QMainWindow>

@@ -1,7 +1,7 @@
 #include "engine/support/DateText.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/ListExport.h"
-#include "mainwindow/FileChooser.h"
+#include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/PagestackAppDelegate.h"
 
 namespace pagestack {

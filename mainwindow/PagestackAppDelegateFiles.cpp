@@ -4,7 +4,7 @@
 #include "engine/settings/UserDefaults.h"
 #include "filelist/AllowedFileTypes.h"
 #include "filelist/FileTableModel.h"
-#include "mainwindow/FileChooser.h"
+#include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "ui_MainWindow.h"
 

@@ -2,7 +2,7 @@
 #include "engine/settings/UserDefaults.h"
 #include "engine/threads/WorkerThread.h"
 #include "mainwindow/PagestackAppDelegate.h"
-#include "mainwindow/ProcessPanel.h"
+#include "mainwindow/run/ProcessPanel.h"
 #include "ui_MainWindow.h"
 
 #include <QCoreApplication>

@@ -1,7 +1,7 @@
 #include "engine/support/AppTitle.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/ListEditor.h"
-#include "mainwindow/AlertPanel.h"
+#include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "ui_MainWindow.h"
 

@@ -2,9 +2,9 @@
 #include "engine/support/AppTitle.h"
 #include "engine/threads/MainThread.h"
 #include "engine/support/SystemLog.h"
-#include "mainwindow/AlertPanel.h"
+#include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/PagestackAppDelegate.h"
-#include "mainwindow/ProcessPanel.h"
+#include "mainwindow/run/ProcessPanel.h"
 
 #include <QDir>
 

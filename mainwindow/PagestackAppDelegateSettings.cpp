@@ -1,6 +1,6 @@
 #include "engine/settings/OutputCodes.h"
 #include "engine/support/SystemLog.h"
-#include "mainwindow/FileChooser.h"
+#include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "ui_MainWindow.h"
 

@@ -1,4 +1,4 @@
-#include "mainwindow/InformationScript.h"
+#include "mainwindow/desktop/InformationScript.h"
 
 #include <QTest>
 

@@ -1,5 +1,5 @@
-#include "mainwindow/AlertPanel.h"
-#include "mainwindow/FileChooser.h"
+#include "mainwindow/widgets/AlertPanel.h"
+#include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 #include "ui_MainWindow.h"
 #include "ui_ProcessPanel.h"

@@ -1,5 +1,5 @@
-#include "mainwindow/ApplicationEvents.h"
-#include "mainwindow/ProcessPanel.h"
+#include "mainwindow/desktop/ApplicationEvents.h"
+#include "mainwindow/run/ProcessPanel.h"
 #include "mainwindow/ProgramText.h"
 #include "mainwindow/widgets/BusyIndicator.h"
 #include "mainwindow/widgets/KeyLetterButton.h"

@@ -1,4 +1,4 @@
-#include "mainwindow/DesktopWorkspace.h"
+#include "mainwindow/desktop/DesktopWorkspace.h"
 
 #include "engine/support/SystemLog.h"
 

@@ -1,4 +1,4 @@
-#include "mainwindow/ProcessPanel.h"
+#include "mainwindow/run/ProcessPanel.h"
 
 #include "engine/job/Process.h"
 #include "ui_ProcessPanel.h"

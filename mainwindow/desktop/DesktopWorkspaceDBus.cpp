@@ -1,5 +1,5 @@
 #include "engine/support/SystemLog.h"
-#include "mainwindow/DesktopWorkspace.h"
+#include "mainwindow/desktop/DesktopWorkspace.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

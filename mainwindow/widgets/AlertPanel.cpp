@@ -1,4 +1,4 @@
-#include "mainwindow/AlertPanel.h"
+#include "mainwindow/widgets/AlertPanel.h"
 
 #include <QMessageBox>
 #include <QPushButton>

@@ -1,4 +1,4 @@
-#include "mainwindow/ApplicationEvents.h"
+#include "mainwindow/desktop/ApplicationEvents.h"
 
 #include <QEvent>
 #include <QGuiApplication>

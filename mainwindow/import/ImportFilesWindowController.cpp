@@ -1,9 +1,9 @@
-#include "mainwindow/ImportFilesWindowController.h"
+#include "mainwindow/import/ImportFilesWindowController.h"
 
 #include "engine/support/AppTitle.h"
 #include "engine/support/SystemLog.h"
-#include "mainwindow/AlertPanel.h"
-#include "mainwindow/FileChooser.h"
+#include "mainwindow/widgets/AlertPanel.h"
+#include "mainwindow/widgets/FileChooser.h"
 #include "ui_ImportFiles.h"
 
 #include <QClipboard>

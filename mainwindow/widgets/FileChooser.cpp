@@ -1,4 +1,4 @@
-#include "mainwindow/FileChooser.h"
+#include "mainwindow/widgets/FileChooser.h"
 
 #include <QAbstractItemView>
 #include <QFileDialog>

@@ -1,6 +1,6 @@
 #include "engine/support/SystemLog.h"
-#include "mainwindow/DesktopWorkspace.h"
-#include "mainwindow/InformationScript.h"
+#include "mainwindow/desktop/DesktopWorkspace.h"
+#include "mainwindow/desktop/InformationScript.h"
 
 #include <QProcess>
 #include <QUrl>
