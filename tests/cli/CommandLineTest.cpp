@@ -3,7 +3,7 @@
 #include "cli/Options.h"
 #include "cli/Progress.h"
 #include "cli/Sources.h"
-#include "tests/engine/job/TestFolder.h"
+#include "tests/support/TestFolder.h"
 
 #include <QDir>
 #include <QTest>

@@ -1,4 +1,4 @@
-#include "tests/engine/job/TestFolder.h"
+#include "tests/support/TestFolder.h"
 
 #include <QDir>
 #include <QProcess>

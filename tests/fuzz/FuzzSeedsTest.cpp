@@ -1,4 +1,4 @@
-#include "tests/engine/image/PeakMemory.h"
+#include "tests/support/PeakMemory.h"
 #include "tests/fuzz/FuzzTargets.h"
 
 #include <QDirIterator>

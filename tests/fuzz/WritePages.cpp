@@ -2,7 +2,7 @@
 #include "engine/image/PrefetchedPage.h"
 #include "engine/image/TiffDocument.h"
 #include "engine/settings/OutputCodes.h"
-#include "tests/engine/image/ImageReaders.h"
+#include "tests/support/ImageReaders.h"
 #include "tests/fuzz/FuzzSupport.h"
 
 #include <QFile>

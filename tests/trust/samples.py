@@ -21,7 +21,7 @@ from trustlib import Problems, run, workspace  # first: it says what is missing
 
 import numpy as np
 
-sys.path.insert(0, str(Path(os.environ["PAGESTACK_SOURCE_DIR"]) / "tools/corpus"))
+sys.path.insert(0, str(Path(os.environ["PAGESTACK_SOURCE_DIR"]) / "tests/corpus"))
 from picture import DecodeError, upright  # noqa: E402
 from png_reader import read_png  # noqa: E402
 from tiff_reader import REVERSED_BITS, TiffFile, decode_page  # noqa: E402

@@ -1,6 +1,6 @@
 #include "engine/image/pixels/Bitmap.h"
 #include "engine/image/ResourceImage.h"
-#include "tests/engine/image/TiffBuilder.h"
+#include "tests/support/TiffBuilder.h"
 
 #include <QTest>
 

@@ -1,8 +1,8 @@
 #include "engine/image/TiffDocument.h"
 #include "engine/settings/Settings.h"
 #include "engine/support/SystemLog.h"
-#include "tests/engine/image/PeakMemory.h"
-#include "tests/engine/image/TiffBuilder.h"
+#include "tests/support/PeakMemory.h"
+#include "tests/support/TiffBuilder.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -4,7 +4,7 @@
 #include "engine/job/Process.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/Workspace.h"
-#include "tests/engine/job/TestFolder.h"
+#include "tests/support/TestFolder.h"
 
 #include <QFile>
 #include <QRegularExpression>

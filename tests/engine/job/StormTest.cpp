@@ -2,7 +2,7 @@
 #include "engine/support/SystemLog.h"
 #include "engine/threads/WorkerThread.h"
 #include "tests/engine/job/JobFixture.h"
-#include "tests/engine/support/LogDocument.h"
+#include "tests/support/LogDocument.h"
 
 #include <QDir>
 #include <QEventLoop>

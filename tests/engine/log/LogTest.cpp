@@ -3,7 +3,7 @@
 #include "engine/support/AppFolders.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/TimeText.h"
-#include "tests/engine/support/LogDocument.h"
+#include "tests/support/LogDocument.h"
 
 #include <QDir>
 #include <QRegularExpression>

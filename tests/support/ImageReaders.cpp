@@ -1,4 +1,4 @@
-#include "tests/engine/image/ImageReaders.h"
+#include "tests/support/ImageReaders.h"
 
 #include <QFile>
 

@@ -2,9 +2,9 @@
 
 #include "engine/image/pixels/Bitmap.h"
 #include "engine/image/PrefetchedPage.h"
-#include "tests/engine/image/FileSizeLimit.h"
-#include "tests/engine/image/ImageReaders.h"
-#include "tests/engine/image/TiffBuilder.h"
+#include "tests/support/FileSizeLimit.h"
+#include "tests/support/ImageReaders.h"
+#include "tests/support/TiffBuilder.h"
 
 #include <QFile>
 #include <QTest>

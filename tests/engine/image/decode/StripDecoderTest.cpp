@@ -1,7 +1,7 @@
 #include "engine/image/decode/JpegTail.h"
 #include "engine/settings/Settings.h"
-#include "tests/engine/image/ImageReaders.h"
-#include "tests/engine/image/TiffBuilder.h"
+#include "tests/support/ImageReaders.h"
+#include "tests/support/TiffBuilder.h"
 
 #include <QTest>
 

@@ -1,5 +1,5 @@
 #include "engine/image/formats/gif/GifImage.h"
-#include "tests/engine/image/ImageReaders.h"
+#include "tests/support/ImageReaders.h"
 
 #include <QFileInfo>
 #include <QTemporaryDir>

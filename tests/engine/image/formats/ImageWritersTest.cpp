@@ -1,8 +1,8 @@
 #include "engine/image/pixels/Bitmap.h"
 #include "engine/image/formats/Encoders.h"
 #include "engine/settings/Settings.h"
-#include "tests/engine/image/ImageReaders.h"
-#include "tests/engine/image/TiffBuilder.h"
+#include "tests/support/ImageReaders.h"
+#include "tests/support/TiffBuilder.h"
 
 #include <QTest>
 

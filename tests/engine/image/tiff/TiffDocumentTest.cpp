@@ -1,6 +1,6 @@
 #include "engine/image/PageCount.h"
 #include "engine/threads/StopScope.h"
-#include "tests/engine/image/TiffBuilder.h"
+#include "tests/support/TiffBuilder.h"
 
 #include <QFile>
 #include <QTest>

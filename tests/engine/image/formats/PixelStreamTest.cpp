@@ -1,6 +1,6 @@
 #include "engine/image/formats/png/PixelStream.h"
 
-#include "tests/engine/image/ImageReaders.h"
+#include "tests/support/ImageReaders.h"
 
 #include <QTemporaryDir>
 #include <QTest>

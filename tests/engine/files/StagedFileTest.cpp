@@ -1,9 +1,9 @@
 #include "engine/files/StagedFile.h"
 
 #include "engine/settings/Settings.h"
-#include "tests/engine/image/FileSizeLimit.h"
-#include "tests/engine/image/ImageReaders.h"
-#include "tests/engine/image/TiffBuilder.h"
+#include "tests/support/FileSizeLimit.h"
+#include "tests/support/ImageReaders.h"
+#include "tests/support/TiffBuilder.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "engine/settings/Settings.h"
-#include "tests/engine/image/ImageReaders.h"
-#include "tests/engine/image/TiffBuilder.h"
+#include "tests/support/ImageReaders.h"
+#include "tests/support/TiffBuilder.h"
 
 #include <QFile>
 #include <QTest>

@@ -2,7 +2,7 @@
 
 #include "engine/image/PrefetchedPage.h"
 #include "engine/settings/Settings.h"
-#include "tests/engine/image/TiffBuilder.h"
+#include "tests/support/TiffBuilder.h"
 
 #include <QTest>
 

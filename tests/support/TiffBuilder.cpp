@@ -1,4 +1,4 @@
-#include "tests/engine/image/TiffBuilder.h"
+#include "tests/support/TiffBuilder.h"
 
 #include <QDir>
 #include <QFile>
