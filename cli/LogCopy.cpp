@@ -3,8 +3,8 @@
 #include "cli/Console.h"
 #include "engine/files/PosixFile.h"
 #include "engine/files/StagedFile.h"
-#include "engine/plan/OutputNames.h"
 #include "engine/job/Process.h"
+#include "engine/plan/OutputNames.h"
 
 #include <QFile>
 #include <QIODevice>

@@ -1,11 +1,11 @@
 #include "filelist/FileLoader.h"
 
-#include "engine/threads/MainThread.h"
 #include "engine/support/PathName.h"
 #include "engine/support/SystemLog.h"
+#include "engine/threads/MainThread.h"
 #include "filelist/AllowedFileTypes.h"
-#include "filelist/FolderEntries.h"
 #include "filelist/FileItemQueue.h"
+#include "filelist/FolderEntries.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>

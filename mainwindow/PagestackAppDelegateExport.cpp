@@ -1,8 +1,8 @@
 #include "engine/support/DateText.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/ListExport.h"
-#include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/PagestackAppDelegate.h"
+#include "mainwindow/widgets/FileChooser.h"
 
 namespace pagestack {
 

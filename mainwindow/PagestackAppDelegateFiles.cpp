@@ -1,11 +1,11 @@
-#include "engine/threads/MainThread.h"
+#include "engine/settings/UserDefaults.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/TimeText.h"
-#include "engine/settings/UserDefaults.h"
+#include "engine/threads/MainThread.h"
 #include "filelist/AllowedFileTypes.h"
 #include "filelist/FileTableModel.h"
-#include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/PagestackAppDelegate.h"
+#include "mainwindow/widgets/FileChooser.h"
 #include "ui_MainWindow.h"
 
 #include <QDateTime>

@@ -1,5 +1,5 @@
-#include "engine/threads/MainThread.h"
 #include "engine/settings/UserDefaults.h"
+#include "engine/threads/MainThread.h"
 #include "engine/threads/WorkerThread.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/run/ProcessPanel.h"

@@ -1,8 +1,8 @@
 #include "engine/support/AppTitle.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/ListEditor.h"
-#include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/PagestackAppDelegate.h"
+#include "mainwindow/widgets/AlertPanel.h"
 #include "ui_MainWindow.h"
 
 #include <numeric>

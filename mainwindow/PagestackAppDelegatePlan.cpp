@@ -1,10 +1,10 @@
 #include "engine/plan/RunPlan.h"
 #include "engine/support/AppTitle.h"
-#include "engine/threads/MainThread.h"
 #include "engine/support/SystemLog.h"
-#include "mainwindow/widgets/AlertPanel.h"
+#include "engine/threads/MainThread.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/run/ProcessPanel.h"
+#include "mainwindow/widgets/AlertPanel.h"
 
 #include <QDir>
 

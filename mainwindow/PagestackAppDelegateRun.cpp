@@ -2,9 +2,9 @@
 #include "engine/support/SystemLog.h"
 #include "filelist/FileTableModel.h"
 #include "filelist/ListEditor.h"
-#include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/run/ProcessPanel.h"
+#include "mainwindow/widgets/AlertPanel.h"
 #include "ui_MainWindow.h"
 
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #include "engine/settings/OutputCodes.h"
 #include "engine/support/SystemLog.h"
-#include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/PagestackAppDelegate.h"
+#include "mainwindow/widgets/FileChooser.h"
 #include "ui_MainWindow.h"
 
 #include <QActionGroup>

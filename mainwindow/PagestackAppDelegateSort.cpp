@@ -1,5 +1,5 @@
-#include "engine/threads/MainThread.h"
 #include "engine/support/SystemLog.h"
+#include "engine/threads/MainThread.h"
 #include "filelist/ListEditor.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "ui_MainWindow.h"

@@ -1,11 +1,11 @@
+#include "engine/settings/UserDefaults.h"
 #include "engine/support/Info.h"
 #include "engine/support/Signals.h"
-#include "engine/settings/UserDefaults.h"
-#include "mainwindow/widgets/AlertPanel.h"
-#include "mainwindow/desktop/DesktopWorkspace.h"
-#include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/ProgramText.h"
+#include "mainwindow/desktop/DesktopWorkspace.h"
+#include "mainwindow/widgets/AlertPanel.h"
+#include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 
 #include <QApplication>

@@ -1,7 +1,7 @@
 #include "engine/files/NameFolding.h"
 
-#include "engine/files/PosixFile.h"
 #include "engine/files/FileState.h"
+#include "engine/files/PosixFile.h"
 #include "engine/files/StagedNames.h"
 
 #include <QFile>

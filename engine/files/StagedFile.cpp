@@ -1,9 +1,9 @@
 #include "engine/files/StagedFile.h"
 
 #include "engine/files/AccessList.h"
-#include "engine/files/PosixFile.h"
 #include "engine/files/FreeName.h"
 #include "engine/files/InPlace.h"
+#include "engine/files/PosixFile.h"
 #include "engine/files/StagedNames.h"
 #include "engine/support/PathName.h"
 

@@ -1,8 +1,8 @@
 #include "engine/image/MultiPageTiffWriter.h"
 
 #include "engine/image/PrefetchedPage.h"
-#include "engine/image/tiffwriter/TiffFileBuilder.h"
 #include "engine/image/decode/TiffPage.h"
+#include "engine/image/tiffwriter/TiffFileBuilder.h"
 #include "engine/settings/OutputCodes.h"
 
 #include <tiffio.h>
@@ -29,7 +29,7 @@ namespace {
 } // namespace
 
 MultiPageTiffWriter::MultiPageTiffWriter(QString path, int compressionIndex, int plannedPages,
-                             std::uint64_t limitBytes)
+                                         std::uint64_t limitBytes)
     : m_path(std::move(path))
     , m_compression(tiffCompressionTag(compressionIndex))
     , m_plannedPages(plannedPages)
@@ -90,8 +90,8 @@ void MultiPageTiffWriter::write(const PageImage& page, const EncodedPieces* piec
             if (!m_assembly && !m_pages.empty())
                 rebuildAsBigTiff(); // that failed before
             if (!m_assembly)
-                m_assembly = std::make_unique<TiffFileBuilder>(m_path, m_compression, m_plannedPages,
-                                                            couldPassLimit(page), m_limitBytes);
+                m_assembly = std::make_unique<TiffFileBuilder>(
+                    m_path, m_compression, m_plannedPages, couldPassLimit(page), m_limitBytes);
             m_assembly->append(page.source(), pieces);
         } catch (const TiffFileBuilder::TooLarge&) {
             rebuildAsBigTiff();
@@ -105,8 +105,8 @@ void MultiPageTiffWriter::write(const PageImage& page, const EncodedPieces* piec
 void MultiPageTiffWriter::rebuildAsBigTiff()
 try {
     m_assembly.reset();
-    m_assembly
-        = std::make_unique<TiffFileBuilder>(m_path, m_compression, m_plannedPages, true, m_limitBytes);
+    m_assembly = std::make_unique<TiffFileBuilder>(m_path, m_compression, m_plannedPages, true,
+                                                   m_limitBytes);
     for (const std::shared_ptr<const PageSource>& page : m_pages) {
         m_assembly->append(*page);
         if (const TiffPage* read = page->tiffPage())
@@ -127,7 +127,8 @@ std::unique_ptr<StagedFile> MultiPageTiffWriter::finish()
     return m_complete ? std::move(m_complete) : m_assembly->finish();
 }
 
-bool MultiPageTiffWriter::commit(StagedFile::Existing existing, const std::optional<FileState>& expected)
+bool MultiPageTiffWriter::commit(StagedFile::Existing existing,
+                                 const std::optional<FileState>& expected)
 {
     try {
         if (!m_finished)

@@ -29,7 +29,7 @@ public:
     /// (Settings::tiffCompressionIndex) and probably `plannedPages` pages. Nothing is made before
     /// the first page comes. `limitBytes` is for tests.
     MultiPageTiffWriter(QString path, int compressionIndex, int plannedPages,
-                  std::uint64_t limitBytes = classicLimitBytes);
+                        std::uint64_t limitBytes = classicLimitBytes);
     ~MultiPageTiffWriter();
     MultiPageTiffWriter(const MultiPageTiffWriter&) = delete;
     MultiPageTiffWriter& operator=(const MultiPageTiffWriter&) = delete;

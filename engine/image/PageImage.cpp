@@ -1,11 +1,11 @@
 #include "engine/image/PageImage.h"
 
-#include "engine/image/pixels/Bitmap.h"
-#include "engine/image/formats/Encoders.h"
 #include "engine/image/MultiPageTiffWriter.h"
 #include "engine/image/PrefetchedPage.h"
-#include "engine/image/pixels/ReadAheadRows.h"
 #include "engine/image/decode/TiffPage.h"
+#include "engine/image/formats/Encoders.h"
+#include "engine/image/pixels/Bitmap.h"
+#include "engine/image/pixels/ReadAheadRows.h"
 #include "engine/image/pixels/UprightRows.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/settings/Settings.h"
@@ -138,7 +138,8 @@ void PageImage::writeComplaints(const PrefetchedPage& prepared) const
 EncodedPieces PageImage::encodePieces(int compressionIndex) const
 {
     const TiffPage* page = m_source->tiffPage();
-    return page ? pagestack::encodePieces(*page, tiffCompressionTag(compressionIndex)) : EncodedPieces {};
+    return page ? pagestack::encodePieces(*page, tiffCompressionTag(compressionIndex))
+                : EncodedPieces {};
 }
 
 std::uint64_t PageImage::decodedBytes() const

@@ -30,8 +30,8 @@ namespace {
 } // namespace
 
 PagePrefetcher::PagePrefetcher(QList<OutputFile> plan, const Settings& settings, int workers,
-                     SpareThreads& threads, TargetFilter isWanted,
-                     const std::atomic<bool>& isRunning)
+                               SpareThreads& threads, TargetFilter isWanted,
+                               const std::atomic<bool>& isRunning)
     : m_plan(std::move(plan))
     , m_settings(settings)
     , m_threads(threads)

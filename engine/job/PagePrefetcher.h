@@ -1,8 +1,8 @@
 #pragma once
 
-#include "engine/plan/OutputFile.h"
 #include "engine/job/OutputTarget.h"
 #include "engine/job/PageWorkerPool.h"
+#include "engine/plan/OutputFile.h"
 
 #include <deque>
 #include <functional>
@@ -30,8 +30,9 @@ public:
     /// Prepares with `workers` threads what `plan` and `settings` ask for, except for targets that
     /// `isWanted` refuses. Those that are idle, out of `threads`, help with large pages.
     /// `settings`, `threads` and `isRunning` (see PageWorkerPool) are borrowed.
-    PagePrefetcher(QList<OutputFile> plan, const Settings& settings, int workers, SpareThreads& threads,
-              TargetFilter isWanted, const std::atomic<bool>& isRunning);
+    PagePrefetcher(QList<OutputFile> plan, const Settings& settings, int workers,
+                   SpareThreads& threads, TargetFilter isWanted,
+                   const std::atomic<bool>& isRunning);
 
     /// Ends the workers; what was not taken is removed.
     ~PagePrefetcher();

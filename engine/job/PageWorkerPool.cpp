@@ -16,7 +16,8 @@ namespace {
 
 } // namespace
 
-PageWorkerPool::PageWorkerPool(int mostThreads, SpareThreads& threads, const std::atomic<bool>& isRunning)
+PageWorkerPool::PageWorkerPool(int mostThreads, SpareThreads& threads,
+                               const std::atomic<bool>& isRunning)
     : m_mostThreads(static_cast<std::size_t>(mostThreads))
     , m_mostBytes(decodedBytesAWorker * m_mostThreads)
     , m_spareThreads(threads)

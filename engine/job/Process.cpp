@@ -2,16 +2,16 @@
 
 #include "engine/files/PosixFile.h"
 #include "engine/files/StagedNames.h"
-#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/TiffDocument.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/job/PagePrefetcher.h"
 #include "engine/plan/OutputNames.h"
-#include "engine/threads/MainThread.h"
-#include "engine/threads/SpareThreads.h"
-#include "engine/threads/StopScope.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/TimeText.h"
 #include "engine/support/Workspace.h"
+#include "engine/threads/MainThread.h"
+#include "engine/threads/SpareThreads.h"
+#include "engine/threads/StopScope.h"
 
 #include <QFile>
 #include <QScopeGuard>

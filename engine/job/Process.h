@@ -2,8 +2,8 @@
 
 #include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
-#include "engine/plan/OutputFile.h"
 #include "engine/log/Log.h"
+#include "engine/plan/OutputFile.h"
 #include "engine/settings/Settings.h"
 
 #include <QObject>
@@ -219,7 +219,8 @@ private:
     void gatherPages(MultiPageTiffWriter& file, const QString& path, const QList<int>& range,
                      const TiffDocument& document, LogFiles& logFiles);
     void appendPage(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage& prepared);
-    PageOutcome gatherPage(MultiPageTiffWriter& file, const TiffDocument& document, LogFile& record);
+    PageOutcome gatherPage(MultiPageTiffWriter& file, const TiffDocument& document,
+                           LogFile& record);
     bool isWanted(const QString& outputPath) const;
     void remark(const TiffDocument& document, int page, const QStringList& warnings);
     void noteLeftOutTags(const QStringList& names);
@@ -256,7 +257,8 @@ private:
     QSet<std::size_t> m_sweptFolders; ///< hashes of their paths
     std::optional<QSet<QByteArray>> m_stagedSources; ///< names, of sources that look like leftovers
     std::unique_ptr<SpareThreads> m_threads; ///< of the run; null before it
-    std::unique_ptr<PagePrefetcher> m_prefetcher; ///< null outside of a run and when one thread does all
+    std::unique_ptr<PagePrefetcher>
+        m_prefetcher; ///< null outside of a run and when one thread does all
 
     std::atomic<bool> m_isCombining = false;
     std::atomic<bool> m_isCompleted = false;

@@ -1,10 +1,10 @@
 #include "engine/files/FileState.h"
-#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/MultiPageTiffWriter.h"
 #include "engine/image/PrefetchedPage.h"
 #include "engine/image/TiffDocument.h"
-#include "engine/plan/OutputNames.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/job/Process.h"
+#include "engine/plan/OutputNames.h"
 #include "engine/support/SystemLog.h"
 
 #include <QFile>
@@ -73,7 +73,8 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
     if (!document)
         return false;
     logFiles.gathered = GatheredFile::NotWritten; // until it is
-    MultiPageTiffWriter file(path, settings()->tiffCompressionIndex(), static_cast<int>(range.size()));
+    MultiPageTiffWriter file(path, settings()->tiffCompressionIndex(),
+                             static_cast<int>(range.size()));
     try {
         gatherPages(file, path, range, *document, logFiles);
     } catch (const std::exception& error) {
@@ -160,7 +161,8 @@ Process::PageOutcome Process::gatherPage(MultiPageTiffWriter& file, const TiffDo
 }
 
 /// Throws as MultiPageTiffWriter::append does.
-void Process::appendPage(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage& prepared)
+void Process::appendPage(MultiPageTiffWriter& file, const PageImage& image,
+                         PrefetchedPage& prepared)
 {
     const bool wasWhole = file.failureReason().isEmpty();
     bool isAgain = false;

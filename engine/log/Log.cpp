@@ -85,8 +85,7 @@ namespace {
         writeReason(xml, source.reason);
     }
 
-    void writePagesAside(QXmlStreamWriter& xml, LogSpill& aside, int pages,
-                         GatheredFile gathered)
+    void writePagesAside(QXmlStreamWriter& xml, LogSpill& aside, int pages, GatheredFile gathered)
     {
         LogFile page;
         for (int i = 0; i < pages; ++i) {

@@ -2,8 +2,8 @@
 
 #include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
-#include "engine/plan/OutputNames.h"
 #include "engine/plan/FolderTargets.h"
+#include "engine/plan/OutputNames.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/settings/Settings.h"
 

@@ -1,8 +1,8 @@
 #include "engine/settings/Settings.h"
 
 #include "engine/settings/KeyedCoder.h"
-#include "engine/support/SystemLog.h"
 #include "engine/settings/UserDefaults.h"
+#include "engine/support/SystemLog.h"
 
 #include <exception>
 #include <type_traits>

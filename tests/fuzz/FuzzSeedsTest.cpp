@@ -1,5 +1,5 @@
-#include "tests/support/PeakMemory.h"
 #include "tests/fuzz/FuzzTargets.h"
+#include "tests/support/PeakMemory.h"
 
 #include <QDirIterator>
 #include <QFile>

@@ -2,8 +2,8 @@
 #include "engine/image/PrefetchedPage.h"
 #include "engine/image/TiffDocument.h"
 #include "engine/settings/OutputCodes.h"
-#include "tests/support/ImageReaders.h"
 #include "tests/fuzz/FuzzSupport.h"
+#include "tests/support/ImageReaders.h"
 
 #include <QFile>
 
@@ -111,7 +111,7 @@ namespace {
         Appearances expected;
         try {
             MultiPageTiffWriter file(path, choice.options.tiffCompressionIndex,
-                               static_cast<int>(pages.size()));
+                                     static_cast<int>(pages.size()));
             for (std::size_t i = 0; i < pages.size(); ++i) {
                 try {
                     file.append(document.page(pages[i]), prepared(document, pages[i], choice));

@@ -12,25 +12,21 @@ from pathlib import Path
 from project_files import project_files, report, text_of
 
 SOURCES = {".h", ".cpp", ".mm"}
-CORE_PARTS = {"support", "files", "settings", "log", "image"}
+# The rooms of the engine below the job, from the bottom up; those of one row do not include each other.
+ENGINE = (("support",), ("threads",), ("files",), ("settings", "log"), ("image/pixels", "image/deflate"),
+          ("image/tiff", "image/formats"), ("image/formats/png", "image/formats/gif"), ("image/decode",),
+          ("image/tiffwriter",), ("image",), ("FileItem",), ("plan",), ("job",))
 
 # What each part may include besides itself. Parts that are not here (tests, bench) may include all.
-BELOW = {
-    "support": set(),
-    "files": {"support"},
-    "settings": {"support"},
-    "log": {"support", "files"},
-    "image": {"support", "files", "settings"},
-    "FileItem": CORE_PARTS,
-    "job": CORE_PARTS | {"FileItem"},
-    "plan": CORE_PARTS | {"FileItem", "job"},
-    "cli": CORE_PARTS | {"FileItem", "job", "plan"},
-    "filelist": CORE_PARTS | {"FileItem", "job"},
-    "mainwindow": CORE_PARTS | {"FileItem", "job", "plan", "filelist"},
-}
+BELOW = {}
+for row in ENGINE:
+    below = set(BELOW)
+    BELOW.update({part: below for part in row})
+QT_CORE_ONLY = set(BELOW) | {"cli"}
+BELOW["cli"] = BELOW["filelist"] = set(BELOW)
+BELOW["mainwindow"] = BELOW["filelist"] | {"filelist"}
 # FileItem stands between image and job together with what it is made of; only its own header is for others.
 LOW_FILELIST = {"FileItem", "AllocatedSize", "FileDates"}
-QT_CORE_ONLY = CORE_PARTS | {"FileItem", "job", "plan", "cli"}
 
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*([<"])([^>"]+)[>"]')
 CODEC_HEADER = re.compile(r"(?:.*/)?(tiff\w*|jpeglib|jerror|jconfig|jmorecfg|png\w*|gif_lib|zlib|"
@@ -43,7 +39,7 @@ def part_of(path):
     """The part a file of the project belongs to, None outside of all parts."""
     pieces = path.parts
     if pieces[0] == "engine" and len(pieces) > 2:
-        return pieces[1]
+        return "/".join(pieces[1:-1])
     if pieces[0] == "filelist" and path.stem in LOW_FILELIST:
         return "FileItem"
     return pieces[0] if pieces[0] in ("filelist", "mainwindow", "cli") else None

@@ -1,7 +1,7 @@
 #include "filelist/PathList.h"
+#include "mainwindow/import/ImportFilesWindowController.h"
 #include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/widgets/FileChooser.h"
-#include "mainwindow/import/ImportFilesWindowController.h"
 #include "mainwindow/widgets/KeyLetterButton.h"
 #include "mainwindow/widgets/KeyLetterRadioButton.h"
 

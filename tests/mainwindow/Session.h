@@ -4,9 +4,9 @@
 #include "engine/support/Workspace.h"
 #include "filelist/CustomTableView.h"
 #include "filelist/FileTableModel.h"
+#include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/widgets/FileChooser.h"
-#include "mainwindow/PagestackAppDelegate.h"
 
 #include <QDir>
 #include <QFile>

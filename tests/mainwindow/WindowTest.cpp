@@ -1,6 +1,6 @@
+#include "mainwindow/ProgramText.h"
 #include "mainwindow/desktop/ApplicationEvents.h"
 #include "mainwindow/run/ProcessPanel.h"
-#include "mainwindow/ProgramText.h"
 #include "mainwindow/widgets/BusyIndicator.h"
 #include "mainwindow/widgets/KeyLetterButton.h"
 #include "mainwindow/widgets/KeyLetterCheckBox.h"

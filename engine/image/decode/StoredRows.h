@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/image/tiff/MappedTiffCopy.h"
 #include "engine/image/decode/StripDecoder.h"
+#include "engine/image/tiff/MappedTiffCopy.h"
 #include "engine/image/tiff/TiffFile.h"
 #include "engine/image/tiff/TiffPageTags.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/image/pixels/RowSource.h"
-#include "engine/threads/SpareThreads.h"
 #include "engine/support/SystemLog.h"
+#include "engine/threads/SpareThreads.h"
 
 #include <array>
 #include <condition_variable>

@@ -28,8 +28,8 @@ namespace {
 
 } // namespace
 
-TiffFileBuilder::TiffFileBuilder(const QString& path, int compression, int plannedPages, bool bigTiff,
-                           std::uint64_t classicLimitBytes)
+TiffFileBuilder::TiffFileBuilder(const QString& path, int compression, int plannedPages,
+                                 bool bigTiff, std::uint64_t classicLimitBytes)
     : m_staged(staged(path))
     , m_compression(compression)
     , m_plannedPages(plannedPages)
@@ -54,10 +54,10 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces* pieces
 {
     cutToPages();
     TiffPageStream sink { *m_staged,
-                        std::string(m_isBigTiff ? bigHeaderBytes : classicHeaderBytes, '\0'),
-                        m_isBigTiff ? ~std::uint64_t { 0 } : m_classicLimitBytes,
-                        false,
-                        {} };
+                          std::string(m_isBigTiff ? bigHeaderBytes : classicHeaderBytes, '\0'),
+                          m_isBigTiff ? ~std::uint64_t { 0 } : m_classicLimitBytes,
+                          false,
+                          {} };
     m_messages.forget();
     const TiffPage* source = page.tiffPage();
     TiffDirectory described;
@@ -106,7 +106,7 @@ try {
 }
 
 void TiffFileBuilder::encode(const PageSource& page, const EncodedPieces* pieces,
-                          const std::vector<TextList>& texts, TiffPageStream& sink)
+                             const std::vector<TextList>& texts, TiffPageStream& sink)
 {
     // The handle writes when it is closed, too: that has to be over before the sink is looked at.
     const TiffHandle handle = openTiffPageForWriting(sink, m_isBigTiff, m_messages);
@@ -121,7 +121,7 @@ void TiffFileBuilder::encode(const PageSource& page, const EncodedPieces* pieces
 
 /// Hangs the directory at `directoryOffset` to the end of the chain; the tags that it has.
 std::set<unsigned> TiffFileBuilder::linkDirectory(std::uint64_t directoryOffset,
-                                               const std::vector<TextList>& texts)
+                                                  const std::vector<TextList>& texts)
 {
     const int countBytes = m_isBigTiff ? 8 : 2;
     const std::uint64_t entryBytes = m_isBigTiff ? 20 : 12;
@@ -145,8 +145,8 @@ std::set<unsigned> TiffFileBuilder::linkDirectory(std::uint64_t directoryOffset,
 /// Notes in `pageNumbersAt` what may have to be changed in the entry later, and writes the end
 /// marks within a text.
 void TiffFileBuilder::finishEntry(std::uint64_t offset, unsigned tag,
-                               const std::vector<TextList>& texts,
-                               std::vector<std::uint64_t>& pageNumbersAt)
+                                  const std::vector<TextList>& texts,
+                                  std::vector<std::uint64_t>& pageNumbersAt)
 {
     const int wordBytes = m_isBigTiff ? 8 : 4;
     const std::uint64_t valueAt = offset + 4U + static_cast<unsigned>(wordBytes);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/files/StagedFile.h"
-#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/pixels/PageSource.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/tiffwriter/TiffPageStream.h"
 
 #include <cstdint>
@@ -36,7 +36,7 @@ public:
 
     /// `compression` is the value of the Compression tag. Throws WriteFailure.
     TiffFileBuilder(const QString& path, int compression, int plannedPages, bool bigTiff,
-                 std::uint64_t classicLimitBytes);
+                    std::uint64_t classicLimitBytes);
 
     /// Adds a page at the end; with its `pieces` (see writeTiffPage) they are copied. Throws
     /// std::runtime_error when it cannot be decoded, WriteFailure when the file takes no more,

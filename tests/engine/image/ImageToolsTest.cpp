@@ -1,5 +1,5 @@
-#include "engine/image/pixels/Bitmap.h"
 #include "engine/image/ResourceImage.h"
+#include "engine/image/pixels/Bitmap.h"
 #include "tests/support/TiffBuilder.h"
 
 #include <QTest>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/plan/OutputNames.h"
 #include "engine/job/Process.h"
+#include "engine/plan/OutputNames.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/Workspace.h"
 #include "tests/support/TestFolder.h"

@@ -1,5 +1,5 @@
-#include "engine/threads/MainThread.h"
 #include "engine/support/SystemLog.h"
+#include "engine/threads/MainThread.h"
 #include "engine/threads/WorkerThread.h"
 #include "tests/engine/job/JobFixture.h"
 #include "tests/support/LogDocument.h"

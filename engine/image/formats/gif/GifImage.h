@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/image/pixels/PixelLayout.h"
 #include "engine/image/formats/gif/LzwCoder.h"
+#include "engine/image/pixels/PixelLayout.h"
 
 #include <memory>
 #include <optional>

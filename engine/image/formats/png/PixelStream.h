@@ -1,8 +1,8 @@
 #pragma once
 
-#include "engine/image/pixels/PixelLayout.h"
 #include "engine/image/formats/png/PngChunks.h"
 #include "engine/image/formats/png/SectionPipeline.h"
+#include "engine/image/pixels/PixelLayout.h"
 
 namespace pagestack {
 

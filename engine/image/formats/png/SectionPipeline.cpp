@@ -125,7 +125,7 @@ Section* SectionPipeline::nextWaiting() const
 
 /// Unlocks the line meanwhile.
 void SectionPipeline::compress(std::unique_lock<std::mutex>& lock, Section& section,
-                           std::unique_ptr<SectionCoder>& coder)
+                               std::unique_ptr<SectionCoder>& coder)
 {
     section.state = Section::State::InWork;
     lock.unlock();

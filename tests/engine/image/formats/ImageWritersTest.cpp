@@ -1,5 +1,5 @@
-#include "engine/image/pixels/Bitmap.h"
 #include "engine/image/formats/Encoders.h"
+#include "engine/image/pixels/Bitmap.h"
 #include "engine/settings/Settings.h"
 #include "tests/support/ImageReaders.h"
 #include "tests/support/TiffBuilder.h"

@@ -1,7 +1,6 @@
 #include "engine/image/MultiPageTiffWriter.h"
-
-#include "engine/image/pixels/Bitmap.h"
 #include "engine/image/PrefetchedPage.h"
+#include "engine/image/pixels/Bitmap.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/ImageReaders.h"
 #include "tests/support/TiffBuilder.h"
@@ -389,7 +388,8 @@ void MultiPageTiffTest::writesTilesOfOtherSizesAsStrips()
 
 void MultiPageTiffTest::numbersThePagesThatAreThere()
 {
-    for (const std::uint64_t limit : { MultiPageTiffWriter::classicLimitBytes, std::uint64_t { 500 } }) {
+    for (const std::uint64_t limit :
+         { MultiPageTiffWriter::classicLimitBytes, std::uint64_t { 500 } }) {
         QVERIFY(collect({ "", broken(), "fax", "" }, 4, "wl", limit));
         QCOMPARE(m_refused, 1);
         QCOMPARE(isBigTiff(m_out), limit == 500);
