@@ -1,15 +1,8 @@
 #include "filelist/FileItem.h"
 
-#include <QFile>
+#include "tests/support/Testing.h"
+
 #include <QProcess>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <limits>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 class FileItemTest : public QObject
 {

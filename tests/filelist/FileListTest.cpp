@@ -2,15 +2,11 @@
 
 #include "filelist/SortOrder.h"
 #include "tests/filelist/TinyTiff.h"
+#include "tests/support/Testing.h"
 
 #include <QDateTime>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <random>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 namespace {
 

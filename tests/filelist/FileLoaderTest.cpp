@@ -6,24 +6,15 @@
 #include "filelist/FileTableModel.h"
 #include "filelist/FolderEntries.h"
 #include "tests/filelist/TinyTiff.h"
+#include "tests/support/Testing.h"
 
-#include <QDir>
 #include <QEventLoop>
 #include <QRandomGenerator>
-#include <QSet>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QThread>
 
 #include <atomic>
 #include <chrono>
-#include <functional>
-#include <stdexcept>
 #include <thread>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 namespace {
 

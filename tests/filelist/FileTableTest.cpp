@@ -1,22 +1,14 @@
 #include "filelist/CustomTableView.h"
 #include "filelist/FileTableModel.h"
 #include "tests/filelist/TinyTiff.h"
+#include "tests/support/Testing.h"
 
 #include <QAbstractItemModelTester>
 #include <QDropEvent>
 #include <QHeaderView>
 #include <QMenu>
 #include <QMimeData>
-#include <QScopeGuard>
 #include <QSemaphore>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 class FileTableTest : public QObject
 {

@@ -1,13 +1,9 @@
 #include "tests/fuzz/FuzzTargets.h"
 #include "tests/support/PeakMemory.h"
+#include "tests/support/Testing.h"
 
 #include <QDirIterator>
-#include <QFile>
 #include <QLoggingCategory>
-#include <QTest>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 using Target = void (*)(FuzzInput);
 Q_DECLARE_METATYPE(Target)

@@ -1,22 +1,14 @@
 #include "mainwindow/desktop/DesktopWorkspace.h"
+#include "tests/support/Testing.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVirtualObject>
 #include <QDesktopServices>
-#include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QThread>
-
-#include <memory>
-#include <optional>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 enum class Conduct { Answers, IsSlow, Refuses, IsSilent, Leaves };
 
@@ -86,16 +78,142 @@ public slots:
     }
 
 private slots:
-    void initTestCase();
+    void initTestCase()
+    {
+        const QString daemon = QStandardPaths::findExecutable(u"dbus-daemon"_s);
+        if (daemon.isEmpty())
+            QSKIP("The program dbus-daemon is not installed");
+        QFile config(m_folder.filePath(u"bus.conf"_s));
+        QVERIFY(config.open(QIODevice::WriteOnly));
+        config.write(R"(<busconfig>
+  <type>session</type>
+  <listen>unix:tmpdir=/tmp</listen>
+  <policy context="default">
+    <allow send_destination="*"/>
+    <allow receive_sender="*"/>
+    <allow own="*"/>
+  </policy>
+  <limit name="max_replies_per_connection">50000</limit>
+</busconfig>)");
+        config.close();
+        m_bus.start(
+            daemon,
+            { u"--config-file="_s + config.fileName(), u"--print-address"_s, u"--nofork"_s });
+        while (!m_bus.canReadLine())
+            QVERIFY2(m_bus.waitForReadyRead(), m_bus.readAllStandardError());
+        const QByteArray address = m_bus.readLine().trimmed();
+        m_address = QString::fromLatin1(address);
+        qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+        QVERIFY(QDBusConnection::sessionBus().isConnected());
+        QDesktopServices::setUrlHandler(u"file"_s, this, "noteOpened");
+    }
+
     void cleanupTestCase() { QDesktopServices::unsetUrlHandler(u"file"_s); }
     void init() { m_opened.clear(); }
-    void handsOverTheFiles_data();
-    void handsOverTheFiles();
-    void opensTheFoldersInstead_data();
-    void opensTheFoldersInstead();
-    void asksForManyFilesInOrder();
-    void takesRequestsOfOtherThreads();
-    void opensTheFoldersWithoutABus();
+
+    void handsOverTheFiles_data()
+    {
+        QTest::addColumn<QStringList>("paths");
+        QTest::addColumn<QStringList>("uris");
+        QTest::newRow("none") << QStringList() << QStringList();
+        QTest::newRow("one") << QStringList { u"/a.tif"_s } << QStringList { u"file:///a.tif"_s };
+        QTest::newRow("several, not sorted")
+            << QStringList { u"/s/b.tif"_s, u"/t/c.tif"_s, u"/s/a.tif"_s }
+            << QStringList { u"file:///s/b.tif"_s, u"file:///t/c.tif"_s, u"file:///s/a.tif"_s };
+        QTest::newRow("blanks and umlauts")
+            << QStringList { u"/Büro 1/ä  b.tif"_s }
+            << QStringList { u"file:///B%C3%BCro%201/%C3%A4%20%20b.tif"_s };
+        QTest::newRow("signs with a meaning")
+            << QStringList { u"/#1/50%.tif"_s, u"/a%41.tif"_s, u"/a?b=c.tif"_s, u"/a;'\"\\.tif"_s }
+            << QStringList { u"file:///%231/50%25.tif"_s, u"file:///a%2541.tif"_s,
+                             u"file:///a%3Fb=c.tif"_s, u"file:///a;'%22%5C.tif"_s };
+    }
+
+    void handsOverTheFiles()
+    {
+        QFETCH(const QStringList, paths);
+        QFETCH(const QStringList, uris);
+        FileManager manager(m_address, Conduct::Answers);
+        QList<QUrl> urls;
+        QStringList expected { u"ShowItems "_s + uris.join(u' ') };
+        for (qsizetype i = 0; i < paths.size(); ++i) {
+            urls.append(QUrl::fromLocalFile(paths[i]));
+            expected.append(u"ShowItemProperties "_s + uris[i]);
+        }
+        m_desktop.activateFileViewerSelectingURLs(urls);
+        m_desktop.showInformation(urls);
+        QTRY_VERIFY(allAnswered());
+        QCOMPARE(manager.calls(), expected);
+        QVERIFY(manager.areWellFormed());
+        QCOMPARE(m_opened, QStringList());
+    }
+
+    void opensTheFoldersInstead_data()
+    {
+        QTest::addColumn<std::optional<Conduct>>("conduct");
+        QTest::newRow("no file manager") << std::optional<Conduct>();
+        QTest::newRow("refuses") << std::optional(Conduct::Refuses);
+        QTest::newRow("never answers") << std::optional(Conduct::IsSilent);
+        QTest::newRow("ends in mid-call") << std::optional(Conduct::Leaves);
+    }
+
+    void opensTheFoldersInstead()
+    {
+        QFETCH(const std::optional<Conduct>, conduct);
+        const auto manager = conduct ? std::make_unique<FileManager>(m_address, *conduct) : nullptr;
+        const QList<QUrl> urls { QUrl(u"file:///s%231/b.tif"_s), QUrl(u"file:///c.tif"_s),
+                                 QUrl(u"file:///s%231/a.tif"_s) };
+        const QStringList folders { u"file:///"_s, u"file:///"_s, u"file:///s%231"_s,
+                                    u"file:///s%231"_s };
+        m_desktop.activateFileViewerSelectingURLs(urls);
+        m_desktop.showInformation(urls);
+        QCOMPARE(m_opened, QStringList()); // nothing waits for the file manager
+        QTRY_VERIFY_WITH_TIMEOUT(allAnswered(), 20000);
+        m_opened.sort(); // the answers to two requests need not come in their order
+        QCOMPARE(m_opened, folders);
+    }
+
+    void asksForManyFilesInOrder()
+    {
+        QList<QUrl> urls;
+        QStringList expected;
+        for (int i = 0; i < 1000; ++i) {
+            urls.append(QUrl(u"file:///scans/%1.tif"_s.arg(i)));
+            expected.append(u"ShowItemProperties "_s + urls.last().toString());
+        }
+        {
+            const FileManager manager(m_address, Conduct::IsSlow);
+            m_desktop.showInformation(urls);
+            QTRY_VERIFY_WITH_TIMEOUT(allAnswered(), 20000);
+            QCOMPARE(manager.calls(), expected);
+            QCOMPARE(m_opened, QStringList());
+        }
+        m_desktop.showInformation(urls);
+        QTRY_VERIFY_WITH_TIMEOUT(allAnswered(), 20000);
+        QCOMPARE(m_opened, QStringList { u"file:///scans"_s });
+    }
+
+    void takesRequestsOfOtherThreads()
+    {
+        const QUrl url(u"file:///out"_s);
+        const std::unique_ptr<QThread> job(QThread::create([&] { m_desktop.openURL(url); }));
+        job->start();
+        QVERIFY(job->wait()); // without serving the main thread
+        QTRY_COMPARE(m_opened, QStringList { url.toString() });
+        QVERIFY(m_isOpenedHere);
+    }
+
+    // The last test: a program does not get back to its session bus.
+    void opensTheFoldersWithoutABus()
+    {
+        m_bus.kill();
+        QVERIFY(m_bus.waitForFinished());
+        QTRY_VERIFY(!QDBusConnection::sessionBus().isConnected());
+        const QList<QUrl> urls { QUrl(u"file:///s/b.tif"_s), QUrl(u"file:///s/a.tif"_s) };
+        m_desktop.activateFileViewerSelectingURLs(urls);
+        m_desktop.showInformation(urls);
+        QCOMPARE(m_opened, QStringList(2, u"file:///s"_s));
+    }
 
 private:
     bool allAnswered() const
@@ -110,139 +228,6 @@ private:
     QStringList m_opened;
     bool m_isOpenedHere = true;
 };
-
-void DesktopTest::initTestCase()
-{
-    const QString daemon = QStandardPaths::findExecutable(u"dbus-daemon"_s);
-    if (daemon.isEmpty())
-        QSKIP("The program dbus-daemon is not installed");
-    QFile config(m_folder.filePath(u"bus.conf"_s));
-    QVERIFY(config.open(QIODevice::WriteOnly));
-    config.write(R"(<busconfig>
-  <type>session</type>
-  <listen>unix:tmpdir=/tmp</listen>
-  <policy context="default">
-    <allow send_destination="*"/>
-    <allow receive_sender="*"/>
-    <allow own="*"/>
-  </policy>
-  <limit name="max_replies_per_connection">50000</limit>
-</busconfig>)");
-    config.close();
-    m_bus.start(daemon,
-                { u"--config-file="_s + config.fileName(), u"--print-address"_s, u"--nofork"_s });
-    while (!m_bus.canReadLine())
-        QVERIFY2(m_bus.waitForReadyRead(), m_bus.readAllStandardError());
-    const QByteArray address = m_bus.readLine().trimmed();
-    m_address = QString::fromLatin1(address);
-    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
-    QVERIFY(QDBusConnection::sessionBus().isConnected());
-    QDesktopServices::setUrlHandler(u"file"_s, this, "noteOpened");
-}
-
-void DesktopTest::handsOverTheFiles_data()
-{
-    QTest::addColumn<QStringList>("paths");
-    QTest::addColumn<QStringList>("uris");
-    QTest::newRow("none") << QStringList() << QStringList();
-    QTest::newRow("one") << QStringList { u"/a.tif"_s } << QStringList { u"file:///a.tif"_s };
-    QTest::newRow("several, not sorted")
-        << QStringList { u"/s/b.tif"_s, u"/t/c.tif"_s, u"/s/a.tif"_s }
-        << QStringList { u"file:///s/b.tif"_s, u"file:///t/c.tif"_s, u"file:///s/a.tif"_s };
-    QTest::newRow("blanks and umlauts")
-        << QStringList { u"/Büro 1/ä  b.tif"_s }
-        << QStringList { u"file:///B%C3%BCro%201/%C3%A4%20%20b.tif"_s };
-    QTest::newRow("signs with a meaning")
-        << QStringList { u"/#1/50%.tif"_s, u"/a%41.tif"_s, u"/a?b=c.tif"_s, u"/a;'\"\\.tif"_s }
-        << QStringList { u"file:///%231/50%25.tif"_s, u"file:///a%2541.tif"_s,
-                         u"file:///a%3Fb=c.tif"_s, u"file:///a;'%22%5C.tif"_s };
-}
-
-void DesktopTest::handsOverTheFiles()
-{
-    QFETCH(const QStringList, paths);
-    QFETCH(const QStringList, uris);
-    FileManager manager(m_address, Conduct::Answers);
-    QList<QUrl> urls;
-    QStringList expected { u"ShowItems "_s + uris.join(u' ') };
-    for (qsizetype i = 0; i < paths.size(); ++i) {
-        urls.append(QUrl::fromLocalFile(paths[i]));
-        expected.append(u"ShowItemProperties "_s + uris[i]);
-    }
-    m_desktop.activateFileViewerSelectingURLs(urls);
-    m_desktop.showInformation(urls);
-    QTRY_VERIFY(allAnswered());
-    QCOMPARE(manager.calls(), expected);
-    QVERIFY(manager.areWellFormed());
-    QCOMPARE(m_opened, QStringList());
-}
-
-void DesktopTest::opensTheFoldersInstead_data()
-{
-    QTest::addColumn<std::optional<Conduct>>("conduct");
-    QTest::newRow("no file manager") << std::optional<Conduct>();
-    QTest::newRow("refuses") << std::optional(Conduct::Refuses);
-    QTest::newRow("never answers") << std::optional(Conduct::IsSilent);
-    QTest::newRow("ends in mid-call") << std::optional(Conduct::Leaves);
-}
-
-void DesktopTest::opensTheFoldersInstead()
-{
-    QFETCH(const std::optional<Conduct>, conduct);
-    const auto manager = conduct ? std::make_unique<FileManager>(m_address, *conduct) : nullptr;
-    const QList<QUrl> urls { QUrl(u"file:///s%231/b.tif"_s), QUrl(u"file:///c.tif"_s),
-                             QUrl(u"file:///s%231/a.tif"_s) };
-    const QStringList folders { u"file:///"_s, u"file:///"_s, u"file:///s%231"_s,
-                                u"file:///s%231"_s };
-    m_desktop.activateFileViewerSelectingURLs(urls);
-    m_desktop.showInformation(urls);
-    QCOMPARE(m_opened, QStringList()); // nothing waits for the file manager
-    QTRY_VERIFY_WITH_TIMEOUT(allAnswered(), 20000);
-    m_opened.sort(); // the answers to two requests need not come in their order
-    QCOMPARE(m_opened, folders);
-}
-
-void DesktopTest::asksForManyFilesInOrder()
-{
-    QList<QUrl> urls;
-    QStringList expected;
-    for (int i = 0; i < 1000; ++i) {
-        urls.append(QUrl(u"file:///scans/%1.tif"_s.arg(i)));
-        expected.append(u"ShowItemProperties "_s + urls.last().toString());
-    }
-    {
-        const FileManager manager(m_address, Conduct::IsSlow);
-        m_desktop.showInformation(urls);
-        QTRY_VERIFY_WITH_TIMEOUT(allAnswered(), 20000);
-        QCOMPARE(manager.calls(), expected);
-        QCOMPARE(m_opened, QStringList());
-    }
-    m_desktop.showInformation(urls);
-    QTRY_VERIFY_WITH_TIMEOUT(allAnswered(), 20000);
-    QCOMPARE(m_opened, QStringList { u"file:///scans"_s });
-}
-
-void DesktopTest::takesRequestsOfOtherThreads()
-{
-    const QUrl url(u"file:///out"_s);
-    const std::unique_ptr<QThread> job(QThread::create([&] { m_desktop.openURL(url); }));
-    job->start();
-    QVERIFY(job->wait()); // without serving the main thread
-    QTRY_COMPARE(m_opened, QStringList { url.toString() });
-    QVERIFY(m_isOpenedHere);
-}
-
-// The last test: a program does not get back to its session bus.
-void DesktopTest::opensTheFoldersWithoutABus()
-{
-    m_bus.kill();
-    QVERIFY(m_bus.waitForFinished());
-    QTRY_VERIFY(!QDBusConnection::sessionBus().isConnected());
-    const QList<QUrl> urls { QUrl(u"file:///s/b.tif"_s), QUrl(u"file:///s/a.tif"_s) };
-    m_desktop.activateFileViewerSelectingURLs(urls);
-    m_desktop.showInformation(urls);
-    QCOMPARE(m_opened, QStringList(2, u"file:///s"_s));
-}
 
 QTEST_MAIN(DesktopTest)
 #include "DesktopTest.moc"

@@ -1,9 +1,6 @@
 #include "mainwindow/desktop/InformationScript.h"
 
-#include <QTest>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
+#include "tests/support/Testing.h"
 
 class InformationScriptTest : public QObject
 {

@@ -1,6 +1,7 @@
 #include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
+#include "tests/support/Testing.h"
 #include "ui_MainWindow.h"
 #include "ui_ProcessPanel.h"
 
@@ -8,12 +9,6 @@
 #include <QDialog>
 #include <QFileDialog>
 #include <QMessageBox>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 namespace {
 
@@ -95,522 +90,503 @@ class WidgetsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void drawsTheKeyLetterInItsColourAtItsPlace();
-    void altAndTheKeyLetterPressTheButton();
-    void losesTheKeyLetterWithAnotherTitle();
-    void titlesContainTheirKeyLetters();
-    void noTwoAltKeysCollide();
-    void keepsThePaneRule_data();
-    void keepsThePaneRule();
-    void cutsNothingOff_data();
-    void cutsNothingOff();
-    void buttonBarKeepsItsButtonsApartAndInside();
-    void iconButtonsHaveNames();
-    void tabOrderIsReadingOrder();
-    void hintLetsTheMouseThrough();
-    void iconsFollowPaletteAndState();
-    void elidesInTheMiddle();
-    void progressSheetKeepsItsWidth();
-    void indicatorDrawsOnlyWhileAnimating();
-    void linkIsPressedByReturn();
-    void alertAnswersWithTheButtonPressed_data();
-    void alertAnswersWithTheButtonPressed();
-    void alertTakesAnswersBeforehand();
-    void chooserReturnsWhatWasChosen();
-    void chooserReturnsNothingWhenCancelled();
-};
-
-void WidgetsTest::drawsTheKeyLetterInItsColourAtItsPlace()
-{
-    KeyLetterButton button(u"mmmmimmmm"_s);
-    button.resize(button.sizeHint() + QSize(40, 0));
-    QVERIFY(redColumns(button).isEmpty());
-    const int plainWidth = button.sizeHint().width();
-    button.setKeyLetter(4, Qt::red);
-    QCOMPARE(button.keyLetterPosition(), qsizetype(4));
-    QCOMPARE(button.text(), u"mmmmimmmm"_s);
-    QVERIFY(button.sizeHint().width() > plainWidth);
-    const QList<int> columns = redColumns(button);
-    QVERIFY(!columns.isEmpty());
-    QVERIFY2(qAbs((columns.first() + columns.last()) / 2 - button.width() / 2) <= 2,
-             "the letter in the middle of the title is in the middle of the button");
-    QVERIFY(columns.last() - columns.first() < button.fontMetrics().horizontalAdvance(u'm'));
-    button.setEnabled(false);
-    QVERIFY2(redColumns(button).isEmpty(), "a disabled button is dim all over");
-
-    KeyLetterCheckBox box(u"immmm"_s);
-    box.resize(box.sizeHint());
-    box.setKeyLetter(0, Qt::red);
-    const QList<int> boxColumns = redColumns(box);
-    QVERIFY(!boxColumns.isEmpty());
-    QVERIFY(boxColumns.last() < box.width() / 2);
-}
-
-void WidgetsTest::altAndTheKeyLetterPressTheButton()
-{
-#ifdef Q_OS_MACOS
-    QSKIP("Alt types characters here");
-#endif
-    Shell shell;
-    shell.ui.addFolderBtn->setKeyLetter(5, Qt::black);
-    shell.ui.inculdeSubfoldersBtn->setKeyLetter(4, Qt::black);
-    shell.window.show();
-    QVERIFY(QTest::qWaitForWindowActive(&shell.window));
-    QSignalSpy pressed(shell.ui.addFolderBtn, &QPushButton::clicked);
-    QTest::keyClick(&shell.window, Qt::Key_O, Qt::AltModifier);
-    QTRY_COMPARE(pressed.count(), 1);
-    QTest::keyClick(&shell.window, Qt::Key_U, Qt::AltModifier);
-    QTRY_VERIFY(shell.ui.inculdeSubfoldersBtn->isChecked());
-    shell.ui.addFolderBtn->setEnabled(false);
-    QTest::keyClick(&shell.window, Qt::Key_O, Qt::AltModifier);
-    QCOMPARE(pressed.count(), 1);
-}
-
-void WidgetsTest::losesTheKeyLetterWithAnotherTitle()
-{
-    KeyLetterButton button(u"Remove"_s);
-    button.setKeyLetter(0, Qt::red);
-    button.setText(u"Remove 2"_s);
-    QCOMPARE(button.keyLetterPosition(), qsizetype(-1));
-    button.setKeyLetter(99, Qt::red);
-    QCOMPARE(button.keyLetterPosition(), qsizetype(-1));
-    button.setKeyLetter(0, Qt::red);
-    button.clearKeyLetter();
-    QCOMPARE(button.keyLetterPosition(), qsizetype(-1));
-    QVERIFY(button.shortcut().isEmpty());
-}
-
-void WidgetsTest::titlesContainTheirKeyLetters()
-{
-    const Shell shell;
-    for (const auto& [name, letter] : MainWindowKeys) {
-        const auto* const button = shell.window.findChild<QAbstractButton*>(QLatin1String(name));
-        QVERIFY2(button != nullptr, name);
-        QVERIFY2(button->text().contains(QChar(letter), Qt::CaseInsensitive), name);
-        QVERIFY2(!button->text().contains(u'&'), name);
-    }
-    QDialog sheet;
-    Ui::ProcessPanel panel;
-    panel.setupUi(&sheet);
-    QVERIFY(panel.viewLogBtn->text().contains(u'l', Qt::CaseInsensitive));
-    QVERIFY(panel.cancelProcessBtn->text().contains(u'c', Qt::CaseInsensitive));
-}
-
-void WidgetsTest::noTwoAltKeysCollide()
-{
-    // Two owners of one key cancel each other out: neither answers.
-    const Shell shell;
-    for (int tab = 0; tab < shell.ui.settingTabView->count(); ++tab) {
-        QHash<QChar, QString> owners;
-        const auto take = [&](QChar letter, const QObject& owner) {
-            if (letter.isNull())
-                return;
-            const QString before = owners.value(letter);
-            QVERIFY2(before.isEmpty(),
-                     qPrintable(u"%1: %2 and %3"_s.arg(letter, before, owner.objectName())));
-            owners.insert(letter, owner.objectName());
-        };
-        const auto isOnThisTab = [&](const QWidget& widget) {
-            for (int other = 0; other < shell.ui.settingTabView->count(); ++other) {
-                if (other != tab && shell.ui.settingTabView->widget(other)->isAncestorOf(&widget))
-                    return false;
-            }
-            return true;
-        };
-        const auto menus = shell.ui.menuBar->findChildren<QMenu*>();
-        for (const QMenu* menu : menus)
-            take(mnemonicOf(menu->title()), *menu);
-        const auto widgets = shell.window.findChildren<QWidget*>();
-        for (const QWidget* widget : widgets) {
-            if (!isOnThisTab(*widget))
-                continue;
-            if (const auto* const label = qobject_cast<const QLabel*>(widget))
-                take(label->buddy() != nullptr ? mnemonicOf(label->text()) : QChar(), *label);
-            else if (const auto* const button = qobject_cast<const QAbstractButton*>(widget))
-                take(mnemonicOf(button->text()), *button);
-        }
-        for (const auto& [name, letter] : MainWindowKeys) {
-            const auto* const button = shell.window.findChild<QWidget*>(QLatin1String(name));
-            if (isOnThisTab(*button))
-                take(QChar(letter).toUpper(), *button);
-        }
-        QVERIFY(owners.size() > 10);
-    }
-}
-
-void WidgetsTest::keepsThePaneRule_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::newRow("smallest") << QSize(900, 560);
-    QTest::newRow("usual") << QSize(1100, 680);
-    QTest::newRow("wide") << QSize(1850, 1000);
-}
-
-void WidgetsTest::keepsThePaneRule()
-{
-    QFETCH(const QSize, size);
-    Shell shell;
-    QWidget* const left = shell.ui.leftBox;
-    QWidget* const right = shell.ui.rightBox;
-    shell.window.resize(size);
-    shell.window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
-    QCOMPARE(shell.window.size().width(), size.width());
-    QVERIFY(right->width() >= 290 && right->width() <= 340);
-    const int paneWidth = right->width();
-    for (int round = 0; round < 2; ++round) {
-        QTRY_COMPARE(left->width(), shell.window.width() - (right->width() + 9));
-        shell.ui.mainSplitView->setSubviewCollapsed(1, true);
-        QVERIFY(shell.ui.mainSplitView->isSubviewCollapsed(1));
-        QVERIFY(right->isHidden());
-        QTRY_COMPARE(left->width(), shell.window.width() - 5);
-        shell.ui.mainSplitView->setSubviewCollapsed(1, false);
-        QTRY_COMPARE(right->width(), paneWidth);
-    }
-    shell.window.resize(size + QSize(77, 31));
-    QTRY_COMPARE(left->width(), shell.window.width() - (right->width() + 9));
-    shell.ui.mainSplitView->setSubviewCollapsed(1, true);
-    shell.window.resize(size + QSize(13, 0));
-    QTRY_COMPARE(left->width(), shell.window.width() - 5);
-}
-
-void WidgetsTest::cutsNothingOff_data()
-{
-    QTest::addColumn<double>("scale");
-    QTest::addColumn<int>("tab");
-    for (const double scale : { 1.0, 1.5 }) {
-        for (int tab = 0; tab < 2; ++tab)
-            QTest::addRow("font x %.1f, tab %d", scale, tab) << scale << tab;
-    }
-}
-
-void WidgetsTest::cutsNothingOff()
-{
-    QFETCH(const double, scale);
-    QFETCH(const int, tab);
-    const QFont before = QApplication::font();
-    QFont font = before;
-    font.setPointSizeF(before.pointSizeF() * scale);
-    QApplication::setFont(font);
+    void drawsTheKeyLetterInItsColourAtItsPlace()
     {
+        KeyLetterButton button(u"mmmmimmmm"_s);
+        button.resize(button.sizeHint() + QSize(40, 0));
+        QVERIFY(redColumns(button).isEmpty());
+        const int plainWidth = button.sizeHint().width();
+        button.setKeyLetter(4, Qt::red);
+        QCOMPARE(button.keyLetterPosition(), qsizetype(4));
+        QCOMPARE(button.text(), u"mmmmimmmm"_s);
+        QVERIFY(button.sizeHint().width() > plainWidth);
+        const QList<int> columns = redColumns(button);
+        QVERIFY(!columns.isEmpty());
+        QVERIFY2(qAbs((columns.first() + columns.last()) / 2 - button.width() / 2) <= 2,
+                 "the letter in the middle of the title is in the middle of the button");
+        QVERIFY(columns.last() - columns.first() < button.fontMetrics().horizontalAdvance(u'm'));
+        button.setEnabled(false);
+        QVERIFY2(redColumns(button).isEmpty(), "a disabled button is dim all over");
+
+        KeyLetterCheckBox box(u"immmm"_s);
+        box.resize(box.sizeHint());
+        box.setKeyLetter(0, Qt::red);
+        const QList<int> boxColumns = redColumns(box);
+        QVERIFY(!boxColumns.isEmpty());
+        QVERIFY(boxColumns.last() < box.width() / 2);
+    }
+
+    void altAndTheKeyLetterPressTheButton()
+    {
+#ifdef Q_OS_MACOS
+        QSKIP("Alt types characters here");
+#endif
         Shell shell;
+        shell.ui.addFolderBtn->setKeyLetter(5, Qt::black);
+        shell.ui.inculdeSubfoldersBtn->setKeyLetter(4, Qt::black);
+        shell.window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&shell.window));
+        QSignalSpy pressed(shell.ui.addFolderBtn, &QPushButton::clicked);
+        QTest::keyClick(&shell.window, Qt::Key_O, Qt::AltModifier);
+        QTRY_COMPARE(pressed.count(), 1);
+        QTest::keyClick(&shell.window, Qt::Key_U, Qt::AltModifier);
+        QTRY_VERIFY(shell.ui.inculdeSubfoldersBtn->isChecked());
+        shell.ui.addFolderBtn->setEnabled(false);
+        QTest::keyClick(&shell.window, Qt::Key_O, Qt::AltModifier);
+        QCOMPARE(pressed.count(), 1);
+    }
+
+    void losesTheKeyLetterWithAnotherTitle()
+    {
+        KeyLetterButton button(u"Remove"_s);
+        button.setKeyLetter(0, Qt::red);
+        button.setText(u"Remove 2"_s);
+        QCOMPARE(button.keyLetterPosition(), qsizetype(-1));
+        button.setKeyLetter(99, Qt::red);
+        QCOMPARE(button.keyLetterPosition(), qsizetype(-1));
+        button.setKeyLetter(0, Qt::red);
+        button.clearKeyLetter();
+        QCOMPARE(button.keyLetterPosition(), qsizetype(-1));
+        QVERIFY(button.shortcut().isEmpty());
+    }
+
+    void titlesContainTheirKeyLetters()
+    {
+        const Shell shell;
         for (const auto& [name, letter] : MainWindowKeys) {
-            auto* const button = shell.window.findChild<QAbstractButton*>(QLatin1String(name));
-            const qsizetype at = button->text().indexOf(QChar(letter), 0, Qt::CaseInsensitive);
-            if (auto* const push = qobject_cast<KeyLetterButton*>(button))
-                push->setKeyLetter(at, Qt::black);
-            else if (auto* const box = qobject_cast<KeyLetterCheckBox*>(button))
-                box->setKeyLetter(at, Qt::black);
+            const auto* const button
+                = shell.window.findChild<QAbstractButton*>(QLatin1String(name));
+            QVERIFY2(button != nullptr, name);
+            QVERIFY2(button->text().contains(QChar(letter), Qt::CaseInsensitive), name);
+            QVERIFY2(!button->text().contains(u'&'), name);
         }
-        shell.ui.settingTabView->setCurrentIndex(tab);
-        shell.window.resize(shell.window.minimumSizeHint());
+        QDialog sheet;
+        Ui::ProcessPanel panel;
+        panel.setupUi(&sheet);
+        QVERIFY(panel.viewLogBtn->text().contains(u'l', Qt::CaseInsensitive));
+        QVERIFY(panel.cancelProcessBtn->text().contains(u'c', Qt::CaseInsensitive));
+    }
+
+    void noTwoAltKeysCollide()
+    {
+        // Two owners of one key cancel each other out: neither answers.
+        const Shell shell;
+        for (int tab = 0; tab < shell.ui.settingTabView->count(); ++tab) {
+            QHash<QChar, QString> owners;
+            const auto take = [&](QChar letter, const QObject& owner) {
+                if (letter.isNull())
+                    return;
+                const QString before = owners.value(letter);
+                QVERIFY2(before.isEmpty(),
+                         qPrintable(u"%1: %2 and %3"_s.arg(letter, before, owner.objectName())));
+                owners.insert(letter, owner.objectName());
+            };
+            const auto isOnThisTab = [&](const QWidget& widget) {
+                for (int other = 0; other < shell.ui.settingTabView->count(); ++other) {
+                    if (other != tab
+                        && shell.ui.settingTabView->widget(other)->isAncestorOf(&widget))
+                        return false;
+                }
+                return true;
+            };
+            const auto menus = shell.ui.menuBar->findChildren<QMenu*>();
+            for (const QMenu* menu : menus)
+                take(mnemonicOf(menu->title()), *menu);
+            const auto widgets = shell.window.findChildren<QWidget*>();
+            for (const QWidget* widget : widgets) {
+                if (!isOnThisTab(*widget))
+                    continue;
+                if (const auto* const label = qobject_cast<const QLabel*>(widget))
+                    take(label->buddy() != nullptr ? mnemonicOf(label->text()) : QChar(), *label);
+                else if (const auto* const button = qobject_cast<const QAbstractButton*>(widget))
+                    take(mnemonicOf(button->text()), *button);
+            }
+            for (const auto& [name, letter] : MainWindowKeys) {
+                const auto* const button = shell.window.findChild<QWidget*>(QLatin1String(name));
+                if (isOnThisTab(*button))
+                    take(QChar(letter).toUpper(), *button);
+            }
+            QVERIFY(owners.size() > 10);
+        }
+    }
+
+    void keepsThePaneRule_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("smallest") << QSize(900, 560);
+        QTest::newRow("usual") << QSize(1100, 680);
+        QTest::newRow("wide") << QSize(1850, 1000);
+    }
+
+    void keepsThePaneRule()
+    {
+        QFETCH(const QSize, size);
+        Shell shell;
+        QWidget* const left = shell.ui.leftBox;
+        QWidget* const right = shell.ui.rightBox;
+        shell.window.resize(size);
         shell.window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
-        shell.window.resize(shell.window.minimumSizeHint());
+        QCOMPARE(shell.window.size().width(), size.width());
+        QVERIFY(right->width() >= 290 && right->width() <= 340);
+        const int paneWidth = right->width();
+        for (int round = 0; round < 2; ++round) {
+            QTRY_COMPARE(left->width(), shell.window.width() - (right->width() + 9));
+            shell.ui.mainSplitView->setSubviewCollapsed(1, true);
+            QVERIFY(shell.ui.mainSplitView->isSubviewCollapsed(1));
+            QVERIFY(right->isHidden());
+            QTRY_COMPARE(left->width(), shell.window.width() - 5);
+            shell.ui.mainSplitView->setSubviewCollapsed(1, false);
+            QTRY_COMPARE(right->width(), paneWidth);
+        }
+        shell.window.resize(size + QSize(77, 31));
+        QTRY_COMPARE(left->width(), shell.window.width() - (right->width() + 9));
+        shell.ui.mainSplitView->setSubviewCollapsed(1, true);
+        shell.window.resize(size + QSize(13, 0));
+        QTRY_COMPARE(left->width(), shell.window.width() - 5);
+    }
+
+    void cutsNothingOff_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::addColumn<int>("tab");
+        for (const double scale : { 1.0, 1.5 }) {
+            for (int tab = 0; tab < 2; ++tab)
+                QTest::addRow("font x %.1f, tab %d", scale, tab) << scale << tab;
+        }
+    }
+
+    void cutsNothingOff()
+    {
+        QFETCH(const double, scale);
+        QFETCH(const int, tab);
+        const QFont before = QApplication::font();
+        QFont font = before;
+        font.setPointSizeF(before.pointSizeF() * scale);
+        QApplication::setFont(font);
+        {
+            Shell shell;
+            for (const auto& [name, letter] : MainWindowKeys) {
+                auto* const button = shell.window.findChild<QAbstractButton*>(QLatin1String(name));
+                const qsizetype at = button->text().indexOf(QChar(letter), 0, Qt::CaseInsensitive);
+                if (auto* const push = qobject_cast<KeyLetterButton*>(button))
+                    push->setKeyLetter(at, Qt::black);
+                else if (auto* const box = qobject_cast<KeyLetterCheckBox*>(button))
+                    box->setKeyLetter(at, Qt::black);
+            }
+            shell.ui.settingTabView->setCurrentIndex(tab);
+            shell.window.resize(shell.window.minimumSizeHint());
+            shell.window.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
+            shell.window.resize(shell.window.minimumSizeHint());
+            int checked = 0;
+            const auto widgets = shell.window.centralWidget()->findChildren<QWidget*>();
+            for (const QWidget* widget : widgets) {
+                const bool showsText = qobject_cast<const QLabel*>(widget) != nullptr
+                    || qobject_cast<const QAbstractButton*>(widget) != nullptr
+                    || qobject_cast<const QComboBox*>(widget) != nullptr
+                    || qobject_cast<const QLineEdit*>(widget) != nullptr;
+                if (!showsText || !widget->isVisible() || widget->objectName().startsWith(u"qt_"_s)
+                    || widget->objectName().isEmpty() || qobject_cast<QLineEdit*>(widget->parent()))
+                    continue;
+                ++checked;
+                QTRY_COMPARE(cutOff(*widget), QString());
+            }
+            QVERIFY(checked > 20);
+        }
+        QApplication::setFont(before);
+    }
+
+    void buttonBarKeepsItsButtonsApartAndInside()
+    {
+        Shell shell;
+        shell.window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
+        ButtonBar* const bar = shell.ui.buttonBar;
+        int rowsBefore = 0;
+        for (const int width : { 2000, 1000, 590, 400, 250 }) {
+            bar->resize(width, bar->heightForWidth(width));
+            const auto buttons = bar->findChildren<QAbstractButton*>(Qt::FindDirectChildrenOnly);
+            QSet<int> rows;
+            for (const QAbstractButton* button : buttons) {
+                QVERIFY2(bar->rect().contains(button->geometry()),
+                         qPrintable(button->objectName()));
+                rows.insert(button->geometry().center().y());
+                for (const QAbstractButton* other : buttons)
+                    QVERIFY(other == button || !other->geometry().intersects(button->geometry()));
+            }
+            if (width == 2000) {
+                QCOMPARE(bar->height(), bar->sizeHint().height());
+                QCOMPARE(shell.ui.addFilesBtn->x(), 0);
+                QCOMPARE(shell.ui.searchBtn->geometry().right(), width - 1);
+            }
+            QVERIFY(bar->height() >= rowsBefore);
+            rowsBefore = bar->height();
+        }
+        shell.ui.addFilesBtn->hide();
+        QTRY_COMPARE(shell.ui.addFolderBtn->x(), 0);
+    }
+
+    void iconButtonsHaveNames()
+    {
+        const Shell shell;
         int checked = 0;
-        const auto widgets = shell.window.centralWidget()->findChildren<QWidget*>();
-        for (const QWidget* widget : widgets) {
-            const bool showsText = qobject_cast<const QLabel*>(widget) != nullptr
-                || qobject_cast<const QAbstractButton*>(widget) != nullptr
-                || qobject_cast<const QComboBox*>(widget) != nullptr
-                || qobject_cast<const QLineEdit*>(widget) != nullptr;
-            if (!showsText || !widget->isVisible() || widget->objectName().startsWith(u"qt_"_s)
-                || widget->objectName().isEmpty() || qobject_cast<QLineEdit*>(widget->parent()))
-                continue;
+        const auto buttons = shell.ui.leftBox->findChildren<QToolButton*>();
+        for (const QToolButton* button : buttons) {
+            QVERIFY2(!button->icon().isNull(), qPrintable(button->objectName()));
+            QVERIFY2(!button->accessibleName().isEmpty(), qPrintable(button->objectName()));
+            QVERIFY2(!button->toolTip().isEmpty(), qPrintable(button->objectName()));
             ++checked;
-            QTRY_COMPARE(cutOff(*widget), QString());
         }
-        QVERIFY(checked > 20);
-    }
-    QApplication::setFont(before);
-}
-
-void WidgetsTest::buttonBarKeepsItsButtonsApartAndInside()
-{
-    Shell shell;
-    shell.window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
-    ButtonBar* const bar = shell.ui.buttonBar;
-    int rowsBefore = 0;
-    for (const int width : { 2000, 1000, 590, 400, 250 }) {
-        bar->resize(width, bar->heightForWidth(width));
-        const auto buttons = bar->findChildren<QAbstractButton*>(Qt::FindDirectChildrenOnly);
-        QSet<int> rows;
-        for (const QAbstractButton* button : buttons) {
-            QVERIFY2(bar->rect().contains(button->geometry()), qPrintable(button->objectName()));
-            rows.insert(button->geometry().center().y());
-            for (const QAbstractButton* other : buttons)
-                QVERIFY(other == button || !other->geometry().intersects(button->geometry()));
+        QCOMPARE(checked, 13);
+        const auto actions = shell.window.findChildren<QAction*>();
+        for (const QAction* action : actions) {
+            if (action->property("symbolicIcon").isValid())
+                QVERIFY2(!action->icon().isNull(), qPrintable(action->objectName()));
         }
-        if (width == 2000) {
-            QCOMPARE(bar->height(), bar->sizeHint().height());
-            QCOMPARE(shell.ui.addFilesBtn->x(), 0);
-            QCOMPARE(shell.ui.searchBtn->geometry().right(), width - 1);
-        }
-        QVERIFY(bar->height() >= rowsBefore);
-        rowsBefore = bar->height();
     }
-    shell.ui.addFilesBtn->hide();
-    QTRY_COMPARE(shell.ui.addFolderBtn->x(), 0);
-}
 
-void WidgetsTest::iconButtonsHaveNames()
-{
-    const Shell shell;
-    int checked = 0;
-    const auto buttons = shell.ui.leftBox->findChildren<QToolButton*>();
-    for (const QToolButton* button : buttons) {
-        QVERIFY2(!button->icon().isNull(), qPrintable(button->objectName()));
-        QVERIFY2(!button->accessibleName().isEmpty(), qPrintable(button->objectName()));
-        QVERIFY2(!button->toolTip().isEmpty(), qPrintable(button->objectName()));
-        ++checked;
-    }
-    QCOMPARE(checked, 13);
-    const auto actions = shell.window.findChildren<QAction*>();
-    for (const QAction* action : actions) {
-        if (action->property("symbolicIcon").isValid())
-            QVERIFY2(!action->icon().isNull(), qPrintable(action->objectName()));
-    }
-}
-
-void WidgetsTest::tabOrderIsReadingOrder()
-{
-    Shell shell;
-    shell.window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
-    const QWidget* const window = &shell.window;
-    const auto takesTab = [&](const QWidget* widget) {
-        return (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->isVisible()
-            && widget->focusProxy() == nullptr;
-    };
-    for (const QWidget* area : { shell.ui.leftBox, shell.ui.rightBox }) {
-        const QWidget* before = nullptr;
-        int steps = 0;
-        for (QWidget* next = area->nextInFocusChain(); next != area;
-             next = next->nextInFocusChain()) {
-            if (!area->isAncestorOf(next) || !takesTab(next))
-                continue;
-            const QPoint place = next->mapTo(window, next->rect().center());
-            if (before != nullptr) {
-                const QPoint last = before->mapTo(window, before->rect().center());
-                const bool isSameRow = qAbs(place.y() - last.y()) < 8;
-                QVERIFY2(isSameRow ? place.x() > last.x() : place.y() > last.y() - 8,
-                         qPrintable(before->objectName() + u" -> "_s + next->objectName()));
+    void tabOrderIsReadingOrder()
+    {
+        Shell shell;
+        shell.window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
+        const QWidget* const window = &shell.window;
+        const auto takesTab = [&](const QWidget* widget) {
+            return (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->isVisible()
+                && widget->focusProxy() == nullptr;
+        };
+        for (const QWidget* area : { shell.ui.leftBox, shell.ui.rightBox }) {
+            const QWidget* before = nullptr;
+            int steps = 0;
+            for (QWidget* next = area->nextInFocusChain(); next != area;
+                 next = next->nextInFocusChain()) {
+                if (!area->isAncestorOf(next) || !takesTab(next))
+                    continue;
+                const QPoint place = next->mapTo(window, next->rect().center());
+                if (before != nullptr) {
+                    const QPoint last = before->mapTo(window, before->rect().center());
+                    const bool isSameRow = qAbs(place.y() - last.y()) < 8;
+                    QVERIFY2(isSameRow ? place.x() > last.x() : place.y() > last.y() - 8,
+                             qPrintable(before->objectName() + u" -> "_s + next->objectName()));
+                }
+                before = next;
+                ++steps;
             }
-            before = next;
-            ++steps;
+            QVERIFY(steps >= 4);
         }
-        QVERIFY(steps >= 4);
     }
-}
 
-void WidgetsTest::hintLetsTheMouseThrough()
-{
-    Shell shell;
-    shell.window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
-    const QLabel* const hint = shell.ui.lableDragAndDrop;
-    QVERIFY(hint->height() > hint->fontMetrics().height() * 2);
-    const QPoint middle = hint->mapTo(shell.ui.leftBox, hint->rect().center());
-    const QWidget* const under = shell.ui.leftBox->childAt(middle);
-    QVERIFY(under == shell.ui.mainTableView || shell.ui.mainTableView->isAncestorOf(under));
-}
+    void hintLetsTheMouseThrough()
+    {
+        Shell shell;
+        shell.window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
+        const QLabel* const hint = shell.ui.lableDragAndDrop;
+        QVERIFY(hint->height() > hint->fontMetrics().height() * 2);
+        const QPoint middle = hint->mapTo(shell.ui.leftBox, hint->rect().center());
+        const QWidget* const under = shell.ui.leftBox->childAt(middle);
+        QVERIFY(under == shell.ui.mainTableView || shell.ui.mainTableView->isAncestorOf(under));
+    }
 
-void WidgetsTest::iconsFollowPaletteAndState()
-{
-    const auto inkOf = [](const QIcon& icon, QIcon::Mode mode) {
-        const QImage image = icon.pixmap(QSize(24, 24), 2.0, mode).toImage();
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-                if (qAlpha(image.pixel(x, y)) == 255)
-                    return QColor(image.pixel(x, y));
+    void iconsFollowPaletteAndState()
+    {
+        const auto inkOf = [](const QIcon& icon, QIcon::Mode mode) {
+            const QImage image = icon.pixmap(QSize(24, 24), 2.0, mode).toImage();
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    if (qAlpha(image.pixel(x, y)) == 255)
+                        return QColor(image.pixel(x, y));
+                }
             }
+            return QColor();
+        };
+        const QIcon icon = symbolicIcon(u"remove-all"_s);
+        QCOMPARE(icon.pixmap(QSize(24, 24), 2.0).size(), QSize(48, 48));
+        const QPalette before = QApplication::palette();
+        QPalette palette = before;
+        palette.setColor(QPalette::WindowText, QColor(10, 200, 30));
+        palette.setColor(QPalette::Disabled, QPalette::WindowText, QColor(90, 100, 110));
+        QApplication::setPalette(palette);
+        QCOMPARE(inkOf(icon, QIcon::Normal), QColor(10, 200, 30));
+        QCOMPARE(inkOf(icon, QIcon::Disabled), QColor(90, 100, 110));
+        QApplication::setPalette(before);
+        QVERIFY(symbolicIcon(u"no-such-icon"_s).isNull());
+        QVERIFY(!applicationIcon().pixmap(64, 64).isNull());
+    }
+
+    void elidesInTheMiddle()
+    {
+        ElidedLabel label;
+        const int hintWidth = label.sizeHint().width();
+        const QString path = u"/home/ann/scans/%1/page.tif"_s.arg(QString(300, u'x'));
+        label.setText(path);
+        QCOMPARE(label.sizeHint().width(), hintWidth);
+        label.resize(250, label.sizeHint().height());
+        QVERIFY(label.shownText().startsWith(u"/home/"_s) && label.shownText().endsWith(u".tif"_s));
+        QVERIFY(label.fontMetrics().horizontalAdvance(label.shownText()) <= 250);
+        QCOMPARE(label.text(), path);
+        label.setText(u"a.tif"_s);
+        QCOMPARE(label.shownText(), u"a.tif"_s);
+    }
+
+    void progressSheetKeepsItsWidth()
+    {
+        QDialog sheet;
+        Ui::ProcessPanel panel;
+        panel.setupUi(&sheet);
+        QCOMPARE(sheet.objectName(), u"processViewPanel"_s);
+        sheet.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&sheet));
+        const int width = sheet.width();
+        for (const int length : { 5, 400, 30 }) {
+            const QString name(length, u'W');
+            panel.processFileLabel->setText(name);
+            panel.processOutputLabel->setText(name);
+            panel.processCountLabel->setText(name);
+            sheet.layout()->activate();
+            QCOMPARE(sheet.width(), width);
+            QVERIFY(panel.processFileLabel->geometry().right() < width);
         }
-        return QColor();
-    };
-    const QIcon icon = symbolicIcon(u"remove-all"_s);
-    QCOMPARE(icon.pixmap(QSize(24, 24), 2.0).size(), QSize(48, 48));
-    const QPalette before = QApplication::palette();
-    QPalette palette = before;
-    palette.setColor(QPalette::WindowText, QColor(10, 200, 30));
-    palette.setColor(QPalette::Disabled, QPalette::WindowText, QColor(90, 100, 110));
-    QApplication::setPalette(palette);
-    QCOMPARE(inkOf(icon, QIcon::Normal), QColor(10, 200, 30));
-    QCOMPARE(inkOf(icon, QIcon::Disabled), QColor(90, 100, 110));
-    QApplication::setPalette(before);
-    QVERIFY(symbolicIcon(u"no-such-icon"_s).isNull());
-    QVERIFY(!applicationIcon().pixmap(64, 64).isNull());
-}
-
-void WidgetsTest::elidesInTheMiddle()
-{
-    ElidedLabel label;
-    const int hintWidth = label.sizeHint().width();
-    const QString path = u"/home/ann/scans/%1/page.tif"_s.arg(QString(300, u'x'));
-    label.setText(path);
-    QCOMPARE(label.sizeHint().width(), hintWidth);
-    label.resize(250, label.sizeHint().height());
-    QVERIFY(label.shownText().startsWith(u"/home/"_s) && label.shownText().endsWith(u".tif"_s));
-    QVERIFY(label.fontMetrics().horizontalAdvance(label.shownText()) <= 250);
-    QCOMPARE(label.text(), path);
-    label.setText(u"a.tif"_s);
-    QCOMPARE(label.shownText(), u"a.tif"_s);
-}
-
-void WidgetsTest::progressSheetKeepsItsWidth()
-{
-    QDialog sheet;
-    Ui::ProcessPanel panel;
-    panel.setupUi(&sheet);
-    QCOMPARE(sheet.objectName(), u"processViewPanel"_s);
-    sheet.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&sheet));
-    const int width = sheet.width();
-    for (const int length : { 5, 400, 30 }) {
-        const QString name(length, u'W');
-        panel.processFileLabel->setText(name);
-        panel.processOutputLabel->setText(name);
-        panel.processCountLabel->setText(name);
-        sheet.layout()->activate();
-        QCOMPARE(sheet.width(), width);
-        QVERIFY(panel.processFileLabel->geometry().right() < width);
     }
-}
 
-void WidgetsTest::indicatorDrawsOnlyWhileAnimating()
-{
-    QWidget window;
-    BusyIndicator indicator(&window);
-    indicator.resize(indicator.sizeHint());
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    const QImage still = indicator.grab().toImage();
-    indicator.startAnimation();
-    QVERIFY(indicator.isAnimating());
-    const QImage first = indicator.grab().toImage();
-    QVERIFY(first != still);
-    QTRY_VERIFY(indicator.grab().toImage() != first);
-    indicator.stopAnimation();
-    QVERIFY(!indicator.isAnimating());
-    QCOMPARE(indicator.grab().toImage(), still);
-}
-
-void WidgetsTest::linkIsPressedByReturn()
-{
-    Shell shell;
-    QSignalSpy asked(shell.ui.helpHyperlink, &QAbstractButton::clicked);
-    QTest::keyClick(shell.ui.helpHyperlink, Qt::Key_Return);
-    QTest::mouseClick(shell.ui.helpHyperlink, Qt::LeftButton);
-    QCOMPARE(asked.count(), 2);
-}
-
-void WidgetsTest::alertAnswersWithTheButtonPressed_data()
-{
-    QTest::addColumn<Qt::Key>("key");
-    QTest::addColumn<QStringList>("buttons");
-    QTest::addColumn<int>("answer");
-    QTest::newRow("Return is the first")
-        << Qt::Key_Return << QStringList { u"Yes"_s, u"No"_s } << 0;
-    QTest::newRow("Escape is the last") << Qt::Key_Escape << QStringList { u"Yes"_s, u"No"_s } << 1;
-    QTest::newRow("Escape with one") << Qt::Key_Escape << QStringList { u"OK"_s } << 0;
-    QTest::newRow("Escape with three")
-        << Qt::Key_Escape << QStringList { u"Yes"_s, u"Maybe"_s, u"No"_s } << 2;
-}
-
-void WidgetsTest::alertAnswersWithTheButtonPressed()
-{
-    QFETCH(const Qt::Key, key);
-    QFETCH(const QStringList, buttons);
-    QWidget window;
-    window.show();
-    AlertPanel alerts;
-    QList<int> answers;
-    alerts.ask(&window, AlertPanel::Style::Critical, u"Title"_s, u"<b>Text</b>?"_s, buttons,
-               [&](int button) { answers.append(button); });
-    auto* const box = window.findChild<QMessageBox*>();
-    QVERIFY(box != nullptr);
-    QVERIFY(box->isModal());
-    QVERIFY2(answers.isEmpty(), "asking does not wait");
-    QCOMPARE(box->text(), u"<b>Text</b>?"_s);
-    QCOMPARE(box->textFormat(), Qt::PlainText);
-    QVERIFY(QTest::qWaitForWindowExposed(box));
-    QTest::keyClick(box, key);
-    QFETCH(const int, answer);
-    QCOMPARE(answers, QList<int> { answer });
-}
-
-void WidgetsTest::alertTakesAnswersBeforehand()
-{
-    QWidget window;
-    AlertPanel alerts;
-    alerts.setNextAnswer(1);
-    alerts.setNextAnswer(0);
-    QList<int> answers;
-    for (int i = 0; i < 2; ++i) {
-        alerts.ask(&window, AlertPanel::Style::Informational, u"Title"_s, u"Text %1"_s.arg(i),
-                   { u"Yes"_s, u"No"_s }, [&](int button) { answers.append(button); });
+    void indicatorDrawsOnlyWhileAnimating()
+    {
+        QWidget window;
+        BusyIndicator indicator(&window);
+        indicator.resize(indicator.sizeHint());
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        const QImage still = indicator.grab().toImage();
+        indicator.startAnimation();
+        QVERIFY(indicator.isAnimating());
+        const QImage first = indicator.grab().toImage();
+        QVERIFY(first != still);
+        QTRY_VERIFY(indicator.grab().toImage() != first);
+        indicator.stopAnimation();
+        QVERIFY(!indicator.isAnimating());
+        QCOMPARE(indicator.grab().toImage(), still);
     }
-    QCOMPARE(answers, QList<int>({ 1, 0 }));
-    QCOMPARE(alerts.askedCount(), 2);
-    QCOMPARE(alerts.lastText(), u"Text 1"_s);
-    QVERIFY(window.findChild<QMessageBox*>() == nullptr);
-}
 
-void WidgetsTest::chooserReturnsWhatWasChosen()
-{
-    const QTemporaryDir folder;
-    QDir(folder.path()).mkdir(u"one"_s);
-    QDir(folder.path()).mkdir(u"two"_s);
-    QWidget window;
-    window.show();
-    FileChooser chooser;
-    QList<QList<QUrl>> chosen;
-    const auto done = [&](const QList<QUrl>& urls) { chosen.append(urls); };
-    chooser.chooseFolders(&window, u"Choose folders"_s, done);
-    auto* const dialog = window.findChild<QFileDialog*>();
-    QVERIFY(dialog != nullptr);
-    QCOMPARE(dialog->windowTitle(), u"Choose folders"_s);
-    QVERIFY(dialog->testOption(QFileDialog::DontUseNativeDialog)); // which return one folder
-    dialog->setDirectory(folder.path());
-    auto* const list = dialog->findChild<QAbstractItemView*>(u"listView"_s);
-    QVERIFY(list != nullptr);
-    QTRY_COMPARE(list->model()->rowCount(list->rootIndex()), 2);
-    list->selectAll();
-    static_cast<QDialog*>(dialog)->accept(); // what the button does; protected in the class itself
-    QCOMPARE(chosen.size(), 1);
-    QStringList names;
-    for (const QUrl& url : chosen.constFirst())
-        names.append(url.fileName());
-    names.sort();
-    QCOMPARE(names, QStringList({ u"one"_s, u"two"_s }));
-}
+    void linkIsPressedByReturn()
+    {
+        Shell shell;
+        QSignalSpy asked(shell.ui.helpHyperlink, &QAbstractButton::clicked);
+        QTest::keyClick(shell.ui.helpHyperlink, Qt::Key_Return);
+        QTest::mouseClick(shell.ui.helpHyperlink, Qt::LeftButton);
+        QCOMPARE(asked.count(), 2);
+    }
 
-void WidgetsTest::chooserReturnsNothingWhenCancelled()
-{
-    QWidget window;
-    window.show();
-    FileChooser chooser;
-    int calls = 0;
-    QList<QUrl> last { QUrl(u"file:///x"_s) };
-    const auto done = [&](const QList<QUrl>& urls) {
-        ++calls;
-        last = urls;
-    };
-    chooser.chooseFiles(&window, u"Choose"_s, { u"tif"_s, u"tiff"_s }, done);
-    auto* const dialog = window.findChild<QFileDialog*>();
-    QVERIFY(dialog != nullptr);
-    QCOMPARE(dialog->fileMode(), QFileDialog::ExistingFiles);
-    QVERIFY(dialog->nameFilters().constFirst().contains(u"*.tiff"_s));
-    dialog->reject();
-    QCOMPARE(calls, 1);
-    QVERIFY(last.isEmpty());
+    void alertAnswersWithTheButtonPressed_data()
+    {
+        QTest::addColumn<Qt::Key>("key");
+        QTest::addColumn<QStringList>("buttons");
+        QTest::addColumn<int>("answer");
+        QTest::newRow("Return is the first")
+            << Qt::Key_Return << QStringList { u"Yes"_s, u"No"_s } << 0;
+        QTest::newRow("Escape is the last")
+            << Qt::Key_Escape << QStringList { u"Yes"_s, u"No"_s } << 1;
+        QTest::newRow("Escape with one") << Qt::Key_Escape << QStringList { u"OK"_s } << 0;
+        QTest::newRow("Escape with three")
+            << Qt::Key_Escape << QStringList { u"Yes"_s, u"Maybe"_s, u"No"_s } << 2;
+    }
 
-    const QList<QUrl> answer { QUrl::fromLocalFile(u"/tmp/a folder"_s) };
-    chooser.setNextChoice(answer);
-    chooser.chooseFolder(&window, u"Select Output Folder:"_s, done);
-    QCOMPARE(last, answer);
-    QCOMPARE(chooser.lastMessage(), u"Select Output Folder:"_s);
-}
+    void alertAnswersWithTheButtonPressed()
+    {
+        QFETCH(const Qt::Key, key);
+        QFETCH(const QStringList, buttons);
+        QWidget window;
+        window.show();
+        AlertPanel alerts;
+        QList<int> answers;
+        alerts.ask(&window, AlertPanel::Style::Critical, u"Title"_s, u"<b>Text</b>?"_s, buttons,
+                   [&](int button) { answers.append(button); });
+        auto* const box = window.findChild<QMessageBox*>();
+        QVERIFY(box != nullptr);
+        QVERIFY(box->isModal());
+        QVERIFY2(answers.isEmpty(), "asking does not wait");
+        QCOMPARE(box->text(), u"<b>Text</b>?"_s);
+        QCOMPARE(box->textFormat(), Qt::PlainText);
+        QVERIFY(QTest::qWaitForWindowExposed(box));
+        QTest::keyClick(box, key);
+        QFETCH(const int, answer);
+        QCOMPARE(answers, QList<int> { answer });
+    }
+
+    void alertTakesAnswersBeforehand()
+    {
+        QWidget window;
+        AlertPanel alerts;
+        alerts.setNextAnswer(1);
+        alerts.setNextAnswer(0);
+        QList<int> answers;
+        for (int i = 0; i < 2; ++i) {
+            alerts.ask(&window, AlertPanel::Style::Informational, u"Title"_s, u"Text %1"_s.arg(i),
+                       { u"Yes"_s, u"No"_s }, [&](int button) { answers.append(button); });
+        }
+        QCOMPARE(answers, QList<int>({ 1, 0 }));
+        QCOMPARE(alerts.askedCount(), 2);
+        QCOMPARE(alerts.lastText(), u"Text 1"_s);
+        QVERIFY(window.findChild<QMessageBox*>() == nullptr);
+    }
+
+    void chooserReturnsWhatWasChosen()
+    {
+        const QTemporaryDir folder;
+        QDir(folder.path()).mkdir(u"one"_s);
+        QDir(folder.path()).mkdir(u"two"_s);
+        QWidget window;
+        window.show();
+        FileChooser chooser;
+        QList<QList<QUrl>> chosen;
+        const auto done = [&](const QList<QUrl>& urls) { chosen.append(urls); };
+        chooser.chooseFolders(&window, u"Choose folders"_s, done);
+        auto* const dialog = window.findChild<QFileDialog*>();
+        QVERIFY(dialog != nullptr);
+        QCOMPARE(dialog->windowTitle(), u"Choose folders"_s);
+        QVERIFY(dialog->testOption(QFileDialog::DontUseNativeDialog)); // which return one folder
+        dialog->setDirectory(folder.path());
+        auto* const list = dialog->findChild<QAbstractItemView*>(u"listView"_s);
+        QVERIFY(list != nullptr);
+        QTRY_COMPARE(list->model()->rowCount(list->rootIndex()), 2);
+        list->selectAll();
+        static_cast<QDialog*>(dialog)
+            ->accept(); // what the button does; protected in the class itself
+        QCOMPARE(chosen.size(), 1);
+        QStringList names;
+        for (const QUrl& url : chosen.constFirst())
+            names.append(url.fileName());
+        names.sort();
+        QCOMPARE(names, QStringList({ u"one"_s, u"two"_s }));
+    }
+
+    void chooserReturnsNothingWhenCancelled()
+    {
+        QWidget window;
+        window.show();
+        FileChooser chooser;
+        int calls = 0;
+        QList<QUrl> last { QUrl(u"file:///x"_s) };
+        const auto done = [&](const QList<QUrl>& urls) {
+            ++calls;
+            last = urls;
+        };
+        chooser.chooseFiles(&window, u"Choose"_s, { u"tif"_s, u"tiff"_s }, done);
+        auto* const dialog = window.findChild<QFileDialog*>();
+        QVERIFY(dialog != nullptr);
+        QCOMPARE(dialog->fileMode(), QFileDialog::ExistingFiles);
+        QVERIFY(dialog->nameFilters().constFirst().contains(u"*.tiff"_s));
+        dialog->reject();
+        QCOMPARE(calls, 1);
+        QVERIFY(last.isEmpty());
+
+        const QList<QUrl> answer { QUrl::fromLocalFile(u"/tmp/a folder"_s) };
+        chooser.setNextChoice(answer);
+        chooser.chooseFolder(&window, u"Select Output Folder:"_s, done);
+        QCOMPARE(last, answer);
+        QCOMPARE(chooser.lastMessage(), u"Select Output Folder:"_s);
+    }
+};
 
 QTEST_MAIN(WidgetsTest)
 #include "WidgetsTest.moc"

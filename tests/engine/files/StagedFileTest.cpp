@@ -3,14 +3,9 @@
 #include "engine/settings/Settings.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/ImageReaders.h"
+#include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTest>
-
-#include <functional>
-#include <stdexcept>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #ifdef __linux__
@@ -18,10 +13,6 @@
 #include <sys/xattr.h>
 #endif
 #include <unistd.h>
-#include <utility>
-
-using namespace pagestack;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -115,350 +106,337 @@ private slots:
         m_folder = std::make_unique<QTemporaryDir>();
         setPermissions(m_folder->path(), 0755);
     }
-    void leavesTheTargetAloneUntilItIsComplete();
-    void leavesNothingBehindWhenItIsGivenUp();
-    void holdsWhatWasWrittenAnywhere();
-    void keepsPermissionsOfTheFileItReplaces();
-    void keepsAccessListsOfTheFileItReplaces();
-    void keepsWhatHasComeToTheTarget();
-    void keepsWhatAnotherProgramPutsThere_data();
-    void keepsWhatAnotherProgramPutsThere();
-    void replacesTheTargetOfALink_data();
-    void replacesTheTargetOfALink();
-    void goesThroughALinkBeforeGoingUp();
-    void followsNoLinkOfAStrangerWhereOthersMayWrite();
-    void refusesTargetsThatAreNoFiles_data();
-    void refusesTargetsThatAreNoFiles();
-    void replacesInPlaceWhereTheFolderTakesNoFile();
-    void leavesNothingOnAFullDisk_data();
-    void leavesNothingOnAFullDisk();
-    void lettingAPageReplaceItsOwnSourceWorks();
+
+    void leavesTheTargetAloneUntilItIsComplete()
+    {
+        putBytes(path(u"a"_s), "old");
+        StagedFile file(path(u"a"_s));
+        file.write(span(QByteArray(1'000'000, 'n')));
+        QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("old"));
+        file.commit();
+        QCOMPARE(bytesOf(path(u"a"_s)), QByteArray(1'000'000, 'n'));
+        QCOMPARE(namesIn(m_folder->path()), QStringList { u"a"_s });
+    }
+
+    void leavesNothingBehindWhenItIsGivenUp()
+    {
+        putBytes(path(u"a"_s), "old");
+        {
+            StagedFile one(path(u"a"_s));
+            StagedFile other(
+                path(u"a"_s)); // two at a time for one target do not disturb each other
+            StagedFile fresh(path(u"b"_s));
+            one.write(span("given up"));
+            other.write(span("taken"));
+            other.commit();
+        }
+        QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("taken"));
+        QCOMPARE(namesIn(m_folder->path()), QStringList { u"a"_s });
+    }
+
+    void holdsWhatWasWrittenAnywhere()
+    {
+        StagedFile file(path(u"a"_s));
+        file.write(span("0123456789"));
+        file.writeAt(12, span("cd"));
+        file.writeAt(2, span("AB"));
+        file.write(span("ef"));
+        QCOMPARE(file.size(), std::uint64_t { 16 });
+        std::array<std::uint8_t, 4> read {};
+        file.readAt(1, read);
+        QCOMPARE(QByteArray(reinterpret_cast<char*>(read.data()), 4), QByteArray("1AB4"));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, file.readAt(14, read));
+        file.resize(15);
+        file.write(span("!"));
+        file.commit();
+        QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("01AB456789\0\0cde!", 16));
+    }
+
+    void keepsPermissionsOfTheFileItReplaces()
+    {
+        for (const mode_t mode : { 0640U, 0604U }) {
+            putBytes(path(u"a"_s), "old");
+            setPermissions(path(u"a"_s), mode);
+            QVERIFY(replaces(path(u"a"_s), "new"));
+            QCOMPARE(permissions(path(u"a"_s)), mode);
+            QVERIFY(QFile::remove(path(u"a"_s)));
+        }
+        const mode_t mask = ::umask(027);
+        const bool isMade = replaces(path(u"b"_s), "new");
+        ::umask(mask);
+        QVERIFY(isMade);
+        QCOMPARE(permissions(path(u"b"_s)), mode_t { 0640 });
+    }
+
+    void keepsAccessListsOfTheFileItReplaces()
+    {
+#ifdef __linux__
+        // Version 2; tag, rights and number, little-endian: the owner, user 1, the group, the mask,
+        // all.
+        const QByteArray list = QByteArray::fromHex("02000000"
+                                                    "01000600ffffffff"
+                                                    "0200040001000000"
+                                                    "04000000ffffffff"
+                                                    "10000400ffffffff"
+                                                    "20000000ffffffff");
+        const auto listOf = [this](const QString& name) {
+            QByteArray found(100, '\0');
+            const ssize_t size = ::getxattr(QFile::encodeName(path(name)).constData(),
+                                            "system.posix_acl_access", found.data(), 100);
+            return found.first(std::max<qsizetype>(0, size));
+        };
+        const auto set = [&](const QString& name, const char* attribute) {
+            return ::setxattr(QFile::encodeName(path(name)).constData(), attribute,
+                              list.constData(), static_cast<std::size_t>(list.size()), 0)
+                == 0;
+        };
+        putBytes(path(u"plain"_s), "old");
+        setPermissions(path(u"plain"_s), 0640);
+        putBytes(path(u"listed"_s), "old");
+        if (!set(u"listed"_s, "system.posix_acl_access"))
+            QSKIP("the file system knows no access lists");
+        QVERIFY(set({}, "system.posix_acl_default")); // which a new file of the folder inherits
+        for (const QString& name : { u"plain"_s, u"listed"_s }) {
+            QVERIFY(replaces(path(name), "new"));
+            QCOMPARE(permissions(path(name)), mode_t { 0640 });
+            QCOMPARE(listOf(name), name == u"plain" ? QByteArray() : list);
+        }
+#else
+        QSKIP("the lists of this system are not kept");
+#endif
+    }
+
+    void keepsWhatHasComeToTheTarget()
+    {
+        {
+            StagedFile first(path(u"a"_s));
+            StagedFile second(path(u"a"_s));
+            StagedFile atALink(path(u"b"_s));
+            first.write(span("first"));
+            first.commit(StagedFile::Existing::Kept);
+            QVERIFY(QFile::link(u"nowhere"_s, path(u"b"_s)));
+            StagedFile last(path(u"a"_s));
+            StagedFile behindALink(path(u"b"_s));
+            for (StagedFile* file : { &second, &atALink, &last, &behindALink }) {
+                file->write(span("later"));
+                QVERIFY_THROWS_EXCEPTION(std::runtime_error,
+                                         file->commit(StagedFile::Existing::Kept));
+            }
+        }
+        QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("first"));
+        QCOMPARE(QFile::symLinkTarget(path(u"b"_s)), path(u"nowhere"_s));
+        QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden),
+                 QStringList { u"a"_s });
+    }
+
+    void keepsWhatAnotherProgramPutsThere_data()
+    {
+        QTest::addColumn<bool>("isLate"); // after the last look at the target
+        QTest::addColumn<QString>("change");
+        for (const bool isLate : { false, true })
+            for (const char* change : { "none", "new file", "new content", "gone" })
+                QTest::addRow("%s, %s", change, isLate ? "before the rename" : "before the sync")
+                    << isLate << QString::fromLatin1(change);
+    }
+
+    void keepsWhatAnotherProgramPutsThere()
+    {
+#ifdef __linux__
+        QFETCH(const bool, isLate);
+        QFETCH(const QString, change);
+        const QString target = path(u"a"_s);
+        QVERIFY(replaces(target, "old") && replaces(path(u"b"_s), "other"));
+        const std::optional<FileState> expected = fileState(QFile::encodeName(target));
+        (isLate ? beforeRename : beforeSync) = [&] {
+            if (change == u"new file"_s)
+                ::rename(QFile::encodeName(path(u"b"_s)).constData(),
+                         QFile::encodeName(target).constData());
+            else if (change == u"gone"_s)
+                ::unlink(QFile::encodeName(target).constData());
+            else if (change == u"new content"_s
+                     && ::truncate(QFile::encodeName(target).constData(), 2))
+                qFatal("cannot change the file");
+        };
+        StagedFile file(target);
+        file.write(span("new"));
+        QString reason;
+        try {
+            file.commit(StagedFile::Existing::Replaced, expected);
+        } catch (const std::runtime_error& error) {
+            reason = QString::fromUtf8(error.what());
+        }
+        const QMap<QString, QByteArray> left { { u"none"_s, "new" },
+                                               { u"new file"_s, "other" },
+                                               { u"new content"_s,
+                                                 "ol" } };
+        const bool isReplaced = change == u"none" || change == u"gone";
+        QCOMPARE(reason.isEmpty(), isReplaced);
+        QCOMPARE(bytesOf(target), isReplaced ? "new" : left.value(change));
+#else
+        QSKIP("the calls of this system are not replaced");
+#endif
+    }
+
+    void replacesTheTargetOfALink_data()
+    {
+        QTest::addColumn<QString>("destination"); // of the link "folder/link"
+        QTest::addColumn<bool>("exists");
+        QTest::newRow("relative") << u"../target"_s << true;
+        QTest::newRow("relative, dangling") << u"../target"_s << false;
+        QTest::newRow("absolute") << u"/"_s << true;
+        QTest::newRow("to another link") << u"next"_s << true;
+    }
+
+    void replacesTheTargetOfALink()
+    {
+        QFETCH(QString, destination);
+        QFETCH(bool, exists);
+        if (destination == u"/"_s)
+            destination = path(u"target"_s);
+        if (exists)
+            putBytes(path(u"target"_s), "old");
+        QVERIFY(QDir(m_folder->path()).mkdir(u"folder"_s));
+        QVERIFY(QFile::link(destination, path(u"folder/link"_s)));
+        if (destination == u"next"_s)
+            QVERIFY(QFile::link(u"../target"_s, path(u"folder/next"_s)));
+        QVERIFY(replaces(path(u"folder/link"_s), "new"));
+        QCOMPARE(bytesOf(path(u"target"_s)), QByteArray("new"));
+        QCOMPARE(QFileInfo(path(u"folder/link"_s)).symLinkTarget().isEmpty(), false);
+        QCOMPARE(namesIn(m_folder->path()), (QStringList { u"folder"_s, u"target"_s }));
+    }
+
+    void goesThroughALinkBeforeGoingUp()
+    {
+        QVERIFY(QDir(m_folder->path()).mkpath(u"far/away"_s));
+        QVERIFY(QFile::link(u"far/away"_s, path(u"link"_s)));
+        QVERIFY(replaces(path(u"link/../a"_s), "new"));
+        QCOMPARE(bytesOf(path(u"far/a"_s)), QByteArray("new"));
+    }
+
+    void followsNoLinkOfAStrangerWhereOthersMayWrite()
+    {
+        putBytes(path(u"mine"_s), "old");
+        QVERIFY(QFile::link(u"mine"_s, path(u"link"_s)));
+        const auto own = [this](const QString& name, uid_t user) {
+            return ::lchown(QFile::encodeName(path(name)).constData(), user, 65534);
+        };
+        if (own(u"link"_s, 65534) != 0)
+            QSKIP("only root can give a link away");
+        QVERIFY(replaces(path(u"link"_s), "followed"));
+        for (const mode_t mode : { 01777U, 0777U, 0775U }) {
+            setPermissions(m_folder->path(), mode);
+            QVERIFY(!replaces(path(u"link"_s), "new"));
+            QCOMPARE(bytesOf(path(u"mine"_s)), QByteArray("followed"));
+        }
+        QCOMPARE(own({}, 65534), 0); // the link of the folder's owner
+        QVERIFY(replaces(path(u"link"_s), "new"));
+    }
+
+    void refusesTargetsThatAreNoFiles_data()
+    {
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("folder") << u"a folder of that name is in the way"_s;
+        QTest::newRow("pipe") << u"what is there is no regular file"_s;
+        QTest::newRow("protected") << u"the file there is write-protected"_s;
+        QTest::newRow("loop")
+            << u"cannot follow the symbolic link: Too many levels of symbolic links"_s;
+        QTest::newRow("missing/a")
+            << u"cannot create a file in the folder: No such file or directory"_s;
+        QTest::newRow("file/a") << u"cannot create a file in the folder: Not a directory"_s;
+        QTest::newRow("") << u"the output has no name"_s;
+    }
+
+    void refusesTargetsThatAreNoFiles()
+    {
+        QVERIFY(QDir(m_folder->path()).mkdir(u"folder"_s));
+        QCOMPARE(::mkfifo(QFile::encodeName(path(u"pipe"_s)).constData(), 0600), 0);
+        QVERIFY(QFile::link(u"loop"_s, path(u"loop"_s)));
+        putBytes(path(u"file"_s), "old");
+        putBytes(path(u"protected"_s), "old");
+        setPermissions(path(u"protected"_s), 0444);
+        const QStringList before = namesIn(m_folder->path());
+        const QString name = QString::fromLatin1(QTest::currentDataTag());
+        try {
+            const StagedFile file(name.isEmpty() ? name : path(name));
+            QFAIL("it was made");
+        } catch (const std::runtime_error& error) {
+            QTEST(QString::fromStdString(error.what()), "reason");
+        }
+        QCOMPARE(namesIn(m_folder->path()), before);
+    }
+
+    void replacesInPlaceWhereTheFolderTakesNoFile()
+    {
+        putBytes(path(u"writable"_s), "a longer text than the new one");
+        setPermissions(path(u"writable"_s), 0666);
+        putBytes(path(u"read-only"_s), "old");
+        setPermissions(path(u"read-only"_s), 0444);
+        setPermissions(m_folder->path(), 0555);
+        const QStringList before = namesIn(m_folder->path());
+        const int done = asOrdinaryUser([this] {
+            return (replaces(path(u"writable"_s), "new") ? 1 : 0)
+                | (replaces(path(u"read-only"_s), "new") ? 2 : 0)
+                | (replaces(path(u"fresh"_s), "new") ? 4 : 0);
+        });
+        setPermissions(m_folder->path(), 0755);
+        QCOMPARE(done, 1);
+        QCOMPARE(bytesOf(path(u"writable"_s)), QByteArray("new"));
+        QCOMPARE(bytesOf(path(u"read-only"_s)), QByteArray("old"));
+        QCOMPARE(namesIn(m_folder->path()), before);
+    }
+
+    void leavesNothingOnAFullDisk_data()
+    {
+        QTest::addColumn<int>("sidePx");
+        for (const char* name : { "a.png", "a.jpg", "a.bmp", "a.gif", "a.tiff" }) {
+            QTest::addRow("%s, seen at the end", name) << 100;
+            QTest::addRow("%s, seen on the way", name) << 700;
+        }
+    }
+
+    void leavesNothingOnAFullDisk()
+    {
+        QFETCH(int, sidePx);
+        const QString name = QString::fromLatin1(QTest::currentDataTag()).section(u',', 0, 0);
+        TestPage page("rgb");
+        page.width = page.height = sidePx;
+        page.sample = [](int x, int y, int c) { // hard to compress
+            const auto seed = static_cast<std::uint64_t>(x * 7919 ^ y * 104'729 ^ c * 1'299'709);
+            return seed * 0x9E3779B97F4A7C15 >> 56U;
+        };
+        SinglePage single(page);
+        putBytes(single.path(name), "old");
+        {
+            const FileSizeLimit disk(2000);
+            QVERIFY(!single.image().save(single.path(name), Settings(nullptr)));
+        }
+        QCOMPARE(single.image().failureReason(), u"cannot write: File too large"_s);
+        QCOMPARE(bytesOf(single.path(name)), QByteArray("old"));
+        QCOMPARE(namesIn(single.folder()).size(), 2);
+        QVERIFY(single.image().save(single.path(name), Settings(nullptr)));
+        QVERIFY(single.image().failureReason().isEmpty());
+        QVERIFY(bytesOf(single.path(name)).size() > 2000);
+    }
+
+    void lettingAPageReplaceItsOwnSourceWorks()
+    {
+        const QString name = path(u"scan.tiff"_s);
+        writeTiff(name, { "fax", "" });
+        const QByteArray samples = readTiff(name).at(0).samples;
+        PageImage first = TiffDocument(name).page(0);
+        QVERIFY(first.saveAsTiffWithName(name, 3));
+        QVERIFY(first.saveAsTiffWithName(name, 2)); // the source is still what it was
+        const QList<TiffPicture> written = readTiff(name);
+        QCOMPARE(written.size(), 1);
+        QCOMPARE(written[0].samples, samples);
+        QCOMPARE(namesIn(m_folder->path()), QStringList { u"scan.tiff"_s });
+    }
 
 private:
     QString path(const QString& name) const { return m_folder->filePath(name); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
-
-void StagedFileTest::leavesTheTargetAloneUntilItIsComplete()
-{
-    putBytes(path(u"a"_s), "old");
-    StagedFile file(path(u"a"_s));
-    file.write(span(QByteArray(1'000'000, 'n')));
-    QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("old"));
-    file.commit();
-    QCOMPARE(bytesOf(path(u"a"_s)), QByteArray(1'000'000, 'n'));
-    QCOMPARE(namesIn(m_folder->path()), QStringList { u"a"_s });
-}
-
-void StagedFileTest::leavesNothingBehindWhenItIsGivenUp()
-{
-    putBytes(path(u"a"_s), "old");
-    {
-        StagedFile one(path(u"a"_s));
-        StagedFile other(path(u"a"_s)); // two at a time for one target do not disturb each other
-        StagedFile fresh(path(u"b"_s));
-        one.write(span("given up"));
-        other.write(span("taken"));
-        other.commit();
-    }
-    QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("taken"));
-    QCOMPARE(namesIn(m_folder->path()), QStringList { u"a"_s });
-}
-
-void StagedFileTest::holdsWhatWasWrittenAnywhere()
-{
-    StagedFile file(path(u"a"_s));
-    file.write(span("0123456789"));
-    file.writeAt(12, span("cd"));
-    file.writeAt(2, span("AB"));
-    file.write(span("ef"));
-    QCOMPARE(file.size(), std::uint64_t { 16 });
-    std::array<std::uint8_t, 4> read {};
-    file.readAt(1, read);
-    QCOMPARE(QByteArray(reinterpret_cast<char*>(read.data()), 4), QByteArray("1AB4"));
-    QVERIFY_THROWS_EXCEPTION(std::runtime_error, file.readAt(14, read));
-    file.resize(15);
-    file.write(span("!"));
-    file.commit();
-    QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("01AB456789\0\0cde!", 16));
-}
-
-void StagedFileTest::keepsPermissionsOfTheFileItReplaces()
-{
-    for (const mode_t mode : { 0640U, 0604U }) {
-        putBytes(path(u"a"_s), "old");
-        setPermissions(path(u"a"_s), mode);
-        QVERIFY(replaces(path(u"a"_s), "new"));
-        QCOMPARE(permissions(path(u"a"_s)), mode);
-        QVERIFY(QFile::remove(path(u"a"_s)));
-    }
-    const mode_t mask = ::umask(027);
-    const bool isMade = replaces(path(u"b"_s), "new");
-    ::umask(mask);
-    QVERIFY(isMade);
-    QCOMPARE(permissions(path(u"b"_s)), mode_t { 0640 });
-}
-
-void StagedFileTest::keepsAccessListsOfTheFileItReplaces()
-{
-#ifdef __linux__
-    // Version 2; tag, rights and number, little-endian: the owner, user 1, the group, the mask,
-    // all.
-    const QByteArray list = QByteArray::fromHex("02000000"
-                                                "01000600ffffffff"
-                                                "0200040001000000"
-                                                "04000000ffffffff"
-                                                "10000400ffffffff"
-                                                "20000000ffffffff");
-    const auto listOf = [this](const QString& name) {
-        QByteArray found(100, '\0');
-        const ssize_t size = ::getxattr(QFile::encodeName(path(name)).constData(),
-                                        "system.posix_acl_access", found.data(), 100);
-        return found.first(std::max<qsizetype>(0, size));
-    };
-    const auto set = [&](const QString& name, const char* attribute) {
-        return ::setxattr(QFile::encodeName(path(name)).constData(), attribute, list.constData(),
-                          static_cast<std::size_t>(list.size()), 0)
-            == 0;
-    };
-    putBytes(path(u"plain"_s), "old");
-    setPermissions(path(u"plain"_s), 0640);
-    putBytes(path(u"listed"_s), "old");
-    if (!set(u"listed"_s, "system.posix_acl_access"))
-        QSKIP("the file system knows no access lists");
-    QVERIFY(set({}, "system.posix_acl_default")); // which a new file of the folder inherits
-    for (const QString& name : { u"plain"_s, u"listed"_s }) {
-        QVERIFY(replaces(path(name), "new"));
-        QCOMPARE(permissions(path(name)), mode_t { 0640 });
-        QCOMPARE(listOf(name), name == u"plain" ? QByteArray() : list);
-    }
-#else
-    QSKIP("the lists of this system are not kept");
-#endif
-}
-
-void StagedFileTest::keepsWhatHasComeToTheTarget()
-{
-    {
-        StagedFile first(path(u"a"_s));
-        StagedFile second(path(u"a"_s));
-        StagedFile atALink(path(u"b"_s));
-        first.write(span("first"));
-        first.commit(StagedFile::Existing::Kept);
-        QVERIFY(QFile::link(u"nowhere"_s, path(u"b"_s)));
-        StagedFile last(path(u"a"_s));
-        StagedFile behindALink(path(u"b"_s));
-        for (StagedFile* file : { &second, &atALink, &last, &behindALink }) {
-            file->write(span("later"));
-            QVERIFY_THROWS_EXCEPTION(std::runtime_error, file->commit(StagedFile::Existing::Kept));
-        }
-    }
-    QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("first"));
-    QCOMPARE(QFile::symLinkTarget(path(u"b"_s)), path(u"nowhere"_s));
-    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden), QStringList { u"a"_s });
-}
-
-void StagedFileTest::keepsWhatAnotherProgramPutsThere_data()
-{
-    QTest::addColumn<bool>("isLate"); // after the last look at the target
-    QTest::addColumn<QString>("change");
-    for (const bool isLate : { false, true })
-        for (const char* change : { "none", "new file", "new content", "gone" })
-            QTest::addRow("%s, %s", change, isLate ? "before the rename" : "before the sync")
-                << isLate << QString::fromLatin1(change);
-}
-
-void StagedFileTest::keepsWhatAnotherProgramPutsThere()
-{
-#ifdef __linux__
-    QFETCH(const bool, isLate);
-    QFETCH(const QString, change);
-    const QString target = path(u"a"_s);
-    QVERIFY(replaces(target, "old") && replaces(path(u"b"_s), "other"));
-    const std::optional<FileState> expected = fileState(QFile::encodeName(target));
-    (isLate ? beforeRename : beforeSync) = [&] {
-        if (change == u"new file"_s)
-            ::rename(QFile::encodeName(path(u"b"_s)).constData(),
-                     QFile::encodeName(target).constData());
-        else if (change == u"gone"_s)
-            ::unlink(QFile::encodeName(target).constData());
-        else if (change == u"new content"_s && ::truncate(QFile::encodeName(target).constData(), 2))
-            qFatal("cannot change the file");
-    };
-    StagedFile file(target);
-    file.write(span("new"));
-    QString reason;
-    try {
-        file.commit(StagedFile::Existing::Replaced, expected);
-    } catch (const std::runtime_error& error) {
-        reason = QString::fromUtf8(error.what());
-    }
-    const QMap<QString, QByteArray> left { { u"none"_s, "new" },
-                                           { u"new file"_s, "other" },
-                                           { u"new content"_s, "ol" } };
-    const bool isReplaced = change == u"none" || change == u"gone";
-    QCOMPARE(reason.isEmpty(), isReplaced);
-    QCOMPARE(bytesOf(target), isReplaced ? "new" : left.value(change));
-#else
-    QSKIP("the calls of this system are not replaced");
-#endif
-}
-
-void StagedFileTest::goesThroughALinkBeforeGoingUp()
-{
-    QVERIFY(QDir(m_folder->path()).mkpath(u"far/away"_s));
-    QVERIFY(QFile::link(u"far/away"_s, path(u"link"_s)));
-    QVERIFY(replaces(path(u"link/../a"_s), "new"));
-    QCOMPARE(bytesOf(path(u"far/a"_s)), QByteArray("new"));
-}
-
-void StagedFileTest::replacesTheTargetOfALink_data()
-{
-    QTest::addColumn<QString>("destination"); // of the link "folder/link"
-    QTest::addColumn<bool>("exists");
-    QTest::newRow("relative") << u"../target"_s << true;
-    QTest::newRow("relative, dangling") << u"../target"_s << false;
-    QTest::newRow("absolute") << u"/"_s << true;
-    QTest::newRow("to another link") << u"next"_s << true;
-}
-
-void StagedFileTest::replacesTheTargetOfALink()
-{
-    QFETCH(QString, destination);
-    QFETCH(bool, exists);
-    if (destination == u"/"_s)
-        destination = path(u"target"_s);
-    if (exists)
-        putBytes(path(u"target"_s), "old");
-    QVERIFY(QDir(m_folder->path()).mkdir(u"folder"_s));
-    QVERIFY(QFile::link(destination, path(u"folder/link"_s)));
-    if (destination == u"next"_s)
-        QVERIFY(QFile::link(u"../target"_s, path(u"folder/next"_s)));
-    QVERIFY(replaces(path(u"folder/link"_s), "new"));
-    QCOMPARE(bytesOf(path(u"target"_s)), QByteArray("new"));
-    QCOMPARE(QFileInfo(path(u"folder/link"_s)).symLinkTarget().isEmpty(), false);
-    QCOMPARE(namesIn(m_folder->path()), (QStringList { u"folder"_s, u"target"_s }));
-}
-
-void StagedFileTest::followsNoLinkOfAStrangerWhereOthersMayWrite()
-{
-    putBytes(path(u"mine"_s), "old");
-    QVERIFY(QFile::link(u"mine"_s, path(u"link"_s)));
-    const auto own = [this](const QString& name, uid_t user) {
-        return ::lchown(QFile::encodeName(path(name)).constData(), user, 65534);
-    };
-    if (own(u"link"_s, 65534) != 0)
-        QSKIP("only root can give a link away");
-    QVERIFY(replaces(path(u"link"_s), "followed"));
-    for (const mode_t mode : { 01777U, 0777U, 0775U }) {
-        setPermissions(m_folder->path(), mode);
-        QVERIFY(!replaces(path(u"link"_s), "new"));
-        QCOMPARE(bytesOf(path(u"mine"_s)), QByteArray("followed"));
-    }
-    QCOMPARE(own({}, 65534), 0); // the link of the folder's owner
-    QVERIFY(replaces(path(u"link"_s), "new"));
-}
-
-void StagedFileTest::refusesTargetsThatAreNoFiles_data()
-{
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("folder") << u"a folder of that name is in the way"_s;
-    QTest::newRow("pipe") << u"what is there is no regular file"_s;
-    QTest::newRow("protected") << u"the file there is write-protected"_s;
-    QTest::newRow("loop")
-        << u"cannot follow the symbolic link: Too many levels of symbolic links"_s;
-    QTest::newRow("missing/a")
-        << u"cannot create a file in the folder: No such file or directory"_s;
-    QTest::newRow("file/a") << u"cannot create a file in the folder: Not a directory"_s;
-    QTest::newRow("") << u"the output has no name"_s;
-}
-
-void StagedFileTest::refusesTargetsThatAreNoFiles()
-{
-    QVERIFY(QDir(m_folder->path()).mkdir(u"folder"_s));
-    QCOMPARE(::mkfifo(QFile::encodeName(path(u"pipe"_s)).constData(), 0600), 0);
-    QVERIFY(QFile::link(u"loop"_s, path(u"loop"_s)));
-    putBytes(path(u"file"_s), "old");
-    putBytes(path(u"protected"_s), "old");
-    setPermissions(path(u"protected"_s), 0444);
-    const QStringList before = namesIn(m_folder->path());
-    const QString name = QString::fromLatin1(QTest::currentDataTag());
-    try {
-        const StagedFile file(name.isEmpty() ? name : path(name));
-        QFAIL("it was made");
-    } catch (const std::runtime_error& error) {
-        QTEST(QString::fromStdString(error.what()), "reason");
-    }
-    QCOMPARE(namesIn(m_folder->path()), before);
-}
-
-void StagedFileTest::replacesInPlaceWhereTheFolderTakesNoFile()
-{
-    putBytes(path(u"writable"_s), "a longer text than the new one");
-    setPermissions(path(u"writable"_s), 0666);
-    putBytes(path(u"read-only"_s), "old");
-    setPermissions(path(u"read-only"_s), 0444);
-    setPermissions(m_folder->path(), 0555);
-    const QStringList before = namesIn(m_folder->path());
-    const int done = asOrdinaryUser([this] {
-        return (replaces(path(u"writable"_s), "new") ? 1 : 0)
-            | (replaces(path(u"read-only"_s), "new") ? 2 : 0)
-            | (replaces(path(u"fresh"_s), "new") ? 4 : 0);
-    });
-    setPermissions(m_folder->path(), 0755);
-    QCOMPARE(done, 1);
-    QCOMPARE(bytesOf(path(u"writable"_s)), QByteArray("new"));
-    QCOMPARE(bytesOf(path(u"read-only"_s)), QByteArray("old"));
-    QCOMPARE(namesIn(m_folder->path()), before);
-}
-
-void StagedFileTest::leavesNothingOnAFullDisk_data()
-{
-    QTest::addColumn<int>("sidePx");
-    for (const char* name : { "a.png", "a.jpg", "a.bmp", "a.gif", "a.tiff" }) {
-        QTest::addRow("%s, seen at the end", name) << 100;
-        QTest::addRow("%s, seen on the way", name) << 700;
-    }
-}
-
-void StagedFileTest::leavesNothingOnAFullDisk()
-{
-    QFETCH(int, sidePx);
-    const QString name = QString::fromLatin1(QTest::currentDataTag()).section(u',', 0, 0);
-    TestPage page("rgb");
-    page.width = page.height = sidePx;
-    page.sample = [](int x, int y, int c) { // hard to compress
-        const auto seed = static_cast<std::uint64_t>(x * 7919 ^ y * 104'729 ^ c * 1'299'709);
-        return seed * 0x9E3779B97F4A7C15 >> 56U;
-    };
-    SinglePage single(page);
-    putBytes(single.path(name), "old");
-    {
-        const FileSizeLimit disk(2000);
-        QVERIFY(!single.image().save(single.path(name), Settings(nullptr)));
-    }
-    QCOMPARE(single.image().failureReason(), u"cannot write: File too large"_s);
-    QCOMPARE(bytesOf(single.path(name)), QByteArray("old"));
-    QCOMPARE(namesIn(single.folder()).size(), 2);
-    QVERIFY(single.image().save(single.path(name), Settings(nullptr)));
-    QVERIFY(single.image().failureReason().isEmpty());
-    QVERIFY(bytesOf(single.path(name)).size() > 2000);
-}
-
-void StagedFileTest::lettingAPageReplaceItsOwnSourceWorks()
-{
-    const QString name = path(u"scan.tiff"_s);
-    writeTiff(name, { "fax", "" });
-    const QByteArray samples = readTiff(name).at(0).samples;
-    PageImage first = TiffDocument(name).page(0);
-    QVERIFY(first.saveAsTiffWithName(name, 3));
-    QVERIFY(first.saveAsTiffWithName(name, 2)); // the source is still what it was
-    const QList<TiffPicture> written = readTiff(name);
-    QCOMPARE(written.size(), 1);
-    QCOMPARE(written[0].samples, samples);
-    QCOMPARE(namesIn(m_folder->path()), QStringList { u"scan.tiff"_s });
-}
 
 QTEST_GUILESS_MAIN(StagedFileTest)
 #include "StagedFileTest.moc"

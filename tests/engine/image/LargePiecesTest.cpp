@@ -2,20 +2,10 @@
 #include "engine/settings/Settings.h"
 #include "engine/support/SystemLog.h"
 #include "tests/support/PeakMemory.h"
+#include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QtEndian>
-
-#include <algorithm>
-#include <array>
-#include <stdexcept>
-#include <vector>
-
-using namespace pagestack;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -103,13 +93,110 @@ class LargePiecesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void showsTheRowsOfALargePiece_data();
-    void showsTheRowsOfALargePiece();
-    void refusesATileThatIsTooLargeForItsPage();
-    void copiesOnlyThePageThatIsRead_data();
-    void copiesOnlyThePageThatIsRead();
-    void turnsPagesOfFewLongRows_data();
-    void turnsPagesOfFewLongRows();
+    void showsTheRowsOfALargePiece_data()
+    {
+        QTest::addColumn<LargePage>("page");
+        QTest::newRow("three planes") << LargePage { 8000, 3, 2, 3, false };
+        QTest::newRow("YCbCr") << LargePage { 5600, 3, 6, 1, false };
+        QTest::newRow("tile") << LargePage { 10000, 1, 1, 1, true };
+    }
+
+    void showsTheRowsOfALargePiece()
+    {
+        QFETCH(LargePage, page);
+        const PageImage shown = image(page);
+        const std::unique_ptr<RowSource> rows = shown.source().rows();
+        int y = 0;
+        for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
+            for (int i = 0; i < band.rows; ++i, ++y) {
+                const std::uint8_t* row = band.row(i);
+                const auto value = static_cast<std::uint8_t>(valueOf(y));
+                const qsizetype end = rows->layout().rowBytes(page.side);
+                if (row[0] != value || row[end / 2] != value || row[end - 1] != value)
+                    QFAIL(qPrintable(u"row %1 starts with %2"_s.arg(y).arg(row[0])));
+            }
+        QCOMPARE(y, page.side);
+    }
+
+    void refusesATileThatIsTooLargeForItsPage()
+    {
+        const PageImage page = image({ 13008, 1, 1, 1, true });
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, page.source().rows());
+    }
+
+    void copiesOnlyThePageThatIsRead_data()
+    {
+        QTest::addColumn<int>("index");
+        for (const char* mode : { "wl", "wb8" })
+            for (const int index : { 0, 1, 2 })
+                QTest::addRow("%s, page %d", mode, index) << index;
+    }
+
+    /// A strip too large to be held is decoded from a copy.
+    void copiesOnlyThePageThatIsRead()
+    {
+        QFETCH(int, index);
+        constexpr int side = 4160;
+        QByteArray strip; // literal runs of PackBits
+        for (int y = 0; y < side; ++y)
+            strip += ('\x7F' + QByteArray(128, valueOf(y))).repeated(32)
+                + ('\x3F' + QByteArray(64, valueOf(y)));
+        TestPage page("width=4160 height=4160 rows=4160 compression=32773");
+        page.encoded = { strip };
+        const QString path = m_folder.filePath(u"pages.tif"_s);
+        writeTiff(path, { page, page, page }, QByteArray(QTest::currentDataTag()).split(',')[0]);
+        const PageImage shown = TiffDocument(path).page(index);
+        LogHold log;
+        const qint64 writtenBefore = bytesWritten();
+        const std::unique_ptr<RowSource> rows = shown.source().rows();
+        int y = 0;
+        for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
+            for (int i = 0; i < band.rows; ++i, ++y)
+                if (band.row(i)[0] != static_cast<std::uint8_t>(valueOf(y))
+                    || band.row(i)[side - 1] != static_cast<std::uint8_t>(valueOf(y)))
+                    QFAIL(qPrintable(u"row %1 starts with %2"_s.arg(y).arg(band.row(i)[0])));
+        QCOMPARE(y, side);
+        const qint64 written = bytesWritten() - writtenBefore;
+        QVERIFY(log.takeLines().empty()); // the holes are no damage
+        QVERIFY2(written < strip.size() + 65'536, QByteArray::number(written));
+    }
+
+    void turnsPagesOfFewLongRows_data()
+    {
+        const QByteArray zeros = QByteArray("\x81\0", 2).repeated(16384); // 2 MiB in 128s
+        const QByteArray white(8, '\xFF'); // each fax row is like the one above
+        QTest::addColumn<QByteArray>("encoded");
+        QTest::addColumn<QStringList>("written");
+        const char* const line = "width=16777216 height=1 rows=1 bits=1 compression=32773";
+        QTest::addRow("%s orientation=2", line) << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
+        QTest::addRow("%s orientation=3", line) << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
+        QTest::addRow("%s orientation=3 photometric=3", line)
+            << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
+        QTest::newRow("width=4194304 height=64 rows=64 fax orientation=6")
+            << white << QStringList { u"a.bmp"_s };
+        QTest::newRow(
+            "width=1 height=16777217 rows=16777217 orientation=6") // too long, once turned
+            << QByteArray(16'777'217, '\0') << QStringList {};
+    }
+
+    /// Memory follows neither the number of rows that a page could have nor the bits that are
+    /// spread.
+    void turnsPagesOfFewLongRows()
+    {
+        QFETCH(QByteArray, encoded);
+        QFETCH(QStringList, written);
+        TestPage page(QTest::currentDataTag());
+        page.encoded = { encoded };
+        if (page.photometric == 3)
+            page.colorMap = { 0, 65535, 0, 0, 0, 65535 };
+        SinglePage single(page);
+        for (const QString& name : { u"a.jpg"_s, u"a.gif"_s, u"a.png"_s, u"a.bmp"_s }) {
+            const bool isWanted = written.contains(name);
+            if (isWanted || page.compression != 4)
+                QCOMPARE(single.image().save(single.path(name), Settings(nullptr)), isWanted);
+        }
+    }
+
     void tookNoMoreMemoryThanPromised() { checkPeakMemory(300'000); } // after all of the above
 
 private:
@@ -124,108 +211,6 @@ private:
 
     QTemporaryDir m_folder;
 };
-
-void LargePiecesTest::showsTheRowsOfALargePiece_data()
-{
-    QTest::addColumn<LargePage>("page");
-    QTest::newRow("three planes") << LargePage { 8000, 3, 2, 3, false };
-    QTest::newRow("YCbCr") << LargePage { 5600, 3, 6, 1, false };
-    QTest::newRow("tile") << LargePage { 10000, 1, 1, 1, true };
-}
-
-void LargePiecesTest::showsTheRowsOfALargePiece()
-{
-    QFETCH(LargePage, page);
-    const PageImage shown = image(page);
-    const std::unique_ptr<RowSource> rows = shown.source().rows();
-    int y = 0;
-    for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
-        for (int i = 0; i < band.rows; ++i, ++y) {
-            const std::uint8_t* row = band.row(i);
-            const auto value = static_cast<std::uint8_t>(valueOf(y));
-            const qsizetype end = rows->layout().rowBytes(page.side);
-            if (row[0] != value || row[end / 2] != value || row[end - 1] != value)
-                QFAIL(qPrintable(u"row %1 starts with %2"_s.arg(y).arg(row[0])));
-        }
-    QCOMPARE(y, page.side);
-}
-
-void LargePiecesTest::refusesATileThatIsTooLargeForItsPage()
-{
-    const PageImage page = image({ 13008, 1, 1, 1, true });
-    QVERIFY_THROWS_EXCEPTION(std::runtime_error, page.source().rows());
-}
-
-void LargePiecesTest::copiesOnlyThePageThatIsRead_data()
-{
-    QTest::addColumn<int>("index");
-    for (const char* mode : { "wl", "wb8" })
-        for (const int index : { 0, 1, 2 })
-            QTest::addRow("%s, page %d", mode, index) << index;
-}
-
-/// A strip too large to be held is decoded from a copy.
-void LargePiecesTest::copiesOnlyThePageThatIsRead()
-{
-    QFETCH(int, index);
-    constexpr int side = 4160;
-    QByteArray strip; // literal runs of PackBits
-    for (int y = 0; y < side; ++y)
-        strip += ('\x7F' + QByteArray(128, valueOf(y))).repeated(32)
-            + ('\x3F' + QByteArray(64, valueOf(y)));
-    TestPage page("width=4160 height=4160 rows=4160 compression=32773");
-    page.encoded = { strip };
-    const QString path = m_folder.filePath(u"pages.tif"_s);
-    writeTiff(path, { page, page, page }, QByteArray(QTest::currentDataTag()).split(',')[0]);
-    const PageImage shown = TiffDocument(path).page(index);
-    LogHold log;
-    const qint64 writtenBefore = bytesWritten();
-    const std::unique_ptr<RowSource> rows = shown.source().rows();
-    int y = 0;
-    for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
-        for (int i = 0; i < band.rows; ++i, ++y)
-            if (band.row(i)[0] != static_cast<std::uint8_t>(valueOf(y))
-                || band.row(i)[side - 1] != static_cast<std::uint8_t>(valueOf(y)))
-                QFAIL(qPrintable(u"row %1 starts with %2"_s.arg(y).arg(band.row(i)[0])));
-    QCOMPARE(y, side);
-    const qint64 written = bytesWritten() - writtenBefore;
-    QVERIFY(log.takeLines().empty()); // the holes are no damage
-    QVERIFY2(written < strip.size() + 65'536, QByteArray::number(written));
-}
-
-void LargePiecesTest::turnsPagesOfFewLongRows_data()
-{
-    const QByteArray zeros = QByteArray("\x81\0", 2).repeated(16384); // 2 MiB in 128s
-    const QByteArray white(8, '\xFF'); // each fax row is like the one above
-    QTest::addColumn<QByteArray>("encoded");
-    QTest::addColumn<QStringList>("written");
-    const char* const line = "width=16777216 height=1 rows=1 bits=1 compression=32773";
-    QTest::addRow("%s orientation=2", line) << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
-    QTest::addRow("%s orientation=3", line) << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
-    QTest::addRow("%s orientation=3 photometric=3", line)
-        << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
-    QTest::newRow("width=4194304 height=64 rows=64 fax orientation=6")
-        << white << QStringList { u"a.bmp"_s };
-    QTest::newRow("width=1 height=16777217 rows=16777217 orientation=6") // too long, once turned
-        << QByteArray(16'777'217, '\0') << QStringList {};
-}
-
-/// Memory follows neither the number of rows that a page could have nor the bits that are spread.
-void LargePiecesTest::turnsPagesOfFewLongRows()
-{
-    QFETCH(QByteArray, encoded);
-    QFETCH(QStringList, written);
-    TestPage page(QTest::currentDataTag());
-    page.encoded = { encoded };
-    if (page.photometric == 3)
-        page.colorMap = { 0, 65535, 0, 0, 0, 65535 };
-    SinglePage single(page);
-    for (const QString& name : { u"a.jpg"_s, u"a.gif"_s, u"a.png"_s, u"a.bmp"_s }) {
-        const bool isWanted = written.contains(name);
-        if (isWanted || page.compression != 4)
-            QCOMPARE(single.image().save(single.path(name), Settings(nullptr)), isWanted);
-    }
-}
 
 QTEST_GUILESS_MAIN(LargePiecesTest)
 #include "LargePiecesTest.moc"

@@ -3,17 +3,9 @@
 #include "engine/threads/WorkerThread.h"
 #include "tests/engine/job/JobFixture.h"
 #include "tests/support/LogDocument.h"
+#include "tests/support/Testing.h"
 
-#include <QRegularExpression>
-#include <QTest>
 #include <QThread>
-
-#include <cstdio>
-
-#include <stdexcept>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 namespace {
 
@@ -27,19 +19,9 @@ class ProcessTest : public QObject
     Q_OBJECT
 
 private slots:
-    void announcesEachStepInOrder();
-    void converts_data();
-    void converts();
-    void keepsASourceThatAnotherProgramChanges();
-    void keepsWhatHasComeToATarget_data();
-    void keepsWhatHasComeToATarget();
-    void bringsTheRunToItsEndAfterAnException();
-    void keepsTheSourceAfterAnException();
-};
-
-void ProcessTest::announcesEachStepInOrder()
-{
-    const QString pages = uR"(output scan1.png
+    void announcesEachStepInOrder()
+    {
+        const QString pages = uR"(output scan1.png
 created 1
 written in/scan.tif out/scan1.png 1
 page in/scan.tif 1 out/scan1.png Written
@@ -47,12 +29,12 @@ output scan2.png
 created 2
 written in/scan.tif out/scan2.png 1
 page in/scan.tif 2 out/scan2.png Written)"_s;
-    const QString together = uR"(output scan.tiff
+        const QString together = uR"(output scan.tiff
 page in/scan.tif 1 out/scan.tiff Written
 page in/scan.tif 2 out/scan.tiff Written
 written in/scan.tif out/scan.tiff 2
 created 1)"_s;
-    const QString expected = uR"(isCompleted false
+        const QString expected = uR"(isCompleted false
 message
 file scan.tif
 %1
@@ -65,53 +47,54 @@ output
 isCombining false
 time line Total Time Taken :  1/1
 isCompleted true)"_s;
-    for (const bool isTogether : { false, true }) {
-        JobFixture fixture(u"scan.tif:WW"_s, isTogether ? u"outputType=2"_s : QString());
-        // Time lines are shown on the main thread, while the job waits; all else is its own.
-        QThread* const mainThread = QThread::currentThread();
-        QStringList misplaced;
-        fixture.onEvent = [&](const QString& met) {
-            if (met.startsWith(u"time line") != (QThread::currentThread() == mainThread))
-                misplaced.append(met);
-        };
-        fixture.job.viewLog();
-        QVERIFY(fixture.opened.isEmpty());
-        WorkerThread worker([&] { fixture.run(); });
-        worker.start();
-        QTRY_VERIFY(worker.isFinished());
-        worker.wait();
-        QCOMPARE(misplaced, QStringList());
-        QCOMPARE(fixture.events.join(u'\n'),
-                 isTogether ? expected.arg(together, u"All"_s) : expected.arg(pages, u"Total 2"_s));
-        const Log& log = *fixture.job.log();
-        QVERIFY(log.startTime.isValid() && log.startTime <= log.endTime);
-        QCOMPARE(log.files.at(0)->logFiles.at(1).targetPageNo, 0);
-        fixture.job.viewLog();
-        QCOMPARE(fixture.opened, QStringList({ log.logFilePath() }));
+        for (const bool isTogether : { false, true }) {
+            JobFixture fixture(u"scan.tif:WW"_s, isTogether ? u"outputType=2"_s : QString());
+            // Time lines are shown on the main thread, while the job waits; all else is its own.
+            QThread* const mainThread = QThread::currentThread();
+            QStringList misplaced;
+            fixture.onEvent = [&](const QString& met) {
+                if (met.startsWith(u"time line") != (QThread::currentThread() == mainThread))
+                    misplaced.append(met);
+            };
+            fixture.job.viewLog();
+            QVERIFY(fixture.opened.isEmpty());
+            WorkerThread worker([&] { fixture.run(); });
+            worker.start();
+            QTRY_VERIFY(worker.isFinished());
+            worker.wait();
+            QCOMPARE(misplaced, QStringList());
+            QCOMPARE(fixture.events.join(u'\n'),
+                     isTogether ? expected.arg(together, u"All"_s)
+                                : expected.arg(pages, u"Total 2"_s));
+            const Log& log = *fixture.job.log();
+            QVERIFY(log.startTime.isValid() && log.startTime <= log.endTime);
+            QCOMPARE(log.files.at(0)->logFiles.at(1).targetPageNo, 0);
+            fixture.job.viewLog();
+            QCOMPARE(fixture.opened, QStringList({ log.logFilePath() }));
+        }
     }
-}
 
-void ProcessTest::converts_data()
-{
-    QTest::addColumn<QString>("sources");
-    QTest::addColumn<QString>("changes");
-    QTest::addColumn<QString>("summary");
-    const auto row
-        = [](const char* name, const QString& sources, const QString& changes,
-             const QString& summary) { QTest::newRow(name) << sources << changes << summary; };
-    row("nothing", {}, u"isOpenFolderAfterConversion=true"_s,
-        u"0/0 All files converted successfully."_s);
-    row("one page each", u"a.tif:W b.tif:W"_s, u"isOpenFolderAfterConversion=true"_s,
-        uR"(in/a.tif to out, 1 pages [] a1.png 1 Completed
+    void converts_data()
+    {
+        QTest::addColumn<QString>("sources");
+        QTest::addColumn<QString>("changes");
+        QTest::addColumn<QString>("summary");
+        const auto row
+            = [](const char* name, const QString& sources, const QString& changes,
+                 const QString& summary) { QTest::newRow(name) << sources << changes << summary; };
+        row("nothing", {}, u"isOpenFolderAfterConversion=true"_s,
+            u"0/0 All files converted successfully."_s);
+        row("one page each", u"a.tif:W b.tif:W"_s, u"isOpenFolderAfterConversion=true"_s,
+            uR"(in/a.tif to out, 1 pages [] a1.png 1 Completed
 in/b.tif to out, 1 pages [] b1.png 1 Completed
 opened out
 2/2 out/a1.png out/b1.png All files converted successfully.)"_s);
-    row("beside the source", u"größe~50%~#1.tif:W"_s,
-        u"outputFolderPath= isOpenFolderAfterConversion=true"_s,
-        uR"(in/größe 50% #1.tif to in, 1 pages [] größe 50% #11.png 1 Completed
+        row("beside the source", u"größe~50%~#1.tif:W"_s,
+            u"outputFolderPath= isOpenFolderAfterConversion=true"_s,
+            uR"(in/größe 50% #1.tif to in, 1 pages [] größe 50% #11.png 1 Completed
 1/1 in/größe~50%~#11.png All files converted successfully.)"_s);
-    row("troubles", u"text.tif gone.tif>nowhere bad.tif:WBW more.tif:W"_s, u"in/more.tif:WWW"_s,
-        uR"(in/text.tif to out, 0 pages [Unable to Open File!]
+        row("troubles", u"text.tif gone.tif>nowhere bad.tif:WBW more.tif:W"_s, u"in/more.tif:WWW"_s,
+            uR"(in/text.tif to out, 0 pages [Unable to Open File!]
 in/gone.tif to out, 0 pages [Unable to Open File!]
 in/bad.tif to out, 2 pages [] bad1.png 1 Completed, bad2.png 2 Unable to save page!, bad3.png 3 Completed
 in/more.tif to out, 1 pages [] more1.png 1 Completed
@@ -120,61 +103,63 @@ trouble in/gone.tif 0 *
 trouble in/bad.tif 2 *
 trouble in/more.tif 0 the file has 3 pages now, 1 were counted before the run
 4/3 out/bad1.png out/bad3.png out/more1.png Total 3 files converted successfully.)"_s);
-    // A target folder that is a file: no permission lets anyone write there, root included.
-    row("unwritable", u"a.tif:W"_s, u"outputFolderPath=in/a.tif"_s,
-        uR"(in/a.tif to in/a.tif, 0 pages [] a1.png 1 Unable to save page!
+        // A target folder that is a file: no permission lets anyone write there, root included.
+        row("unwritable", u"a.tif:W"_s, u"outputFolderPath=in/a.tif"_s,
+            uR"(in/a.tif to in/a.tif, 0 pages [] a1.png 1 Unable to save page!
 trouble in/a.tif 1 *
 1/0 Total 0 files converted successfully.)"_s);
-    row("lost pages", u"a.tif:WWW b.tif:W"_s, u"in/a.tif:WW"_s,
-        uR"(in/a.tif to out, 2 pages [index 2 beyond bounds [0 .. 1]] a1.png 1 Completed, a2.png 2 Completed
+        row("lost pages", u"a.tif:WWW b.tif:W"_s, u"in/a.tif:WW"_s,
+            uR"(in/a.tif to out, 2 pages [index 2 beyond bounds [0 .. 1]] a1.png 1 Completed, a2.png 2 Completed
 in/b.tif to out, 1 pages [] b1.png 1 Completed
 trouble in/a.tif 0 index 2 beyond bounds [0 .. 1]
 2/3 out/a1.png out/a2.png out/b1.png )"_s
-            + failure);
-    row("lost pages, then cancelled", u"a.tif:WW b.tif:W"_s,
-        u"in/a.tif:W stopAt=trouble~in/a.tif~0~index~1~beyond~bounds~[0~..~0]"_s,
-        uR"(in/a.tif to out, 1 pages [index 1 beyond bounds [0 .. 0]] a1.png 1 Completed
+                + failure);
+        row("lost pages, then cancelled", u"a.tif:WW b.tif:W"_s,
+            u"in/a.tif:W stopAt=trouble~in/a.tif~0~index~1~beyond~bounds~[0~..~0]"_s,
+            uR"(in/a.tif to out, 1 pages [index 1 beyond bounds [0 .. 0]] a1.png 1 Completed
 trouble in/a.tif 0 index 1 beyond bounds [0 .. 0]
 1/1 out/a1.png )"_s
-            + failure);
-    row("no run flag", u"a.tif:W"_s, u"isCombining=false"_s, u"0/0 Process cancelled!"_s);
-    row("target filter", u"a.tif:WWW"_s, u"filter=a2.png"_s,
-        uR"(in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Skipped, a3.png 3 Completed
+                + failure);
+        row("no run flag", u"a.tif:W"_s, u"isCombining=false"_s, u"0/0 Process cancelled!"_s);
+        row("target filter", u"a.tif:WWW"_s, u"filter=a2.png"_s,
+            uR"(in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Skipped, a3.png 3 Completed
 1/2 out/a1.png out/a3.png Total 2 files converted successfully.)"_s);
-    row("together", u"a.tif:WWW b.tif:W"_s, u"outputType=2 tiffCompressionIndex=3 separator=_"_s,
-        uR"(in/a.tif to out, 3 pages [] a.tiff 1 Completed, a.tiff 2 Completed, a.tiff 3 Completed
+        row("together", u"a.tif:WWW b.tif:W"_s,
+            u"outputType=2 tiffCompressionIndex=3 separator=_"_s,
+            uR"(in/a.tif to out, 3 pages [] a.tiff 1 Completed, a.tiff 2 Completed, a.tiff 3 Completed
 in/b.tif to out, 1 pages [] b.tiff 1 Completed
 2/2 out/a.tiff[1/5,2/5,3/5] out/b.tiff[1/5] All files converted successfully.)"_s);
-    row("together in the place of the source", u"a.tiff:WW"_s, u"outputType=2 outputFolderPath="_s,
-        uR"(in/a.tiff to in, 2 pages [] a.tiff 1 Completed, a.tiff 2 Completed
+        row("together in the place of the source", u"a.tiff:WW"_s,
+            u"outputType=2 outputFolderPath="_s,
+            uR"(in/a.tiff to in, 2 pages [] a.tiff 1 Completed, a.tiff 2 Completed
 1/1 in/a.tiff[1/1,2/1] All files converted successfully.)"_s);
-    // It is never replaced by less than it holds.
-    const auto kept = [&](const char* name, const QString& source, const QString& changes,
-                          const QString& trouble = {}) {
-        row(name, source, changes + u" outputType=2 outputFolderPath="_s,
-            u"in/a.tiff *\n"_s + trouble + u"trouble in/a.tiff 0 the file is kept *\n1/0 *"_s);
-    };
-    kept("source with a bad page kept", u"a.tiff:WBW"_s, {}, u"trouble in/a.tiff 2 *\n"_s);
-    kept("source with later pages kept", u"a.tiff:WW"_s, u"in/a.tiff:WWW"_s,
-         u"trouble in/a.tiff 0 the file has 3 *\n"_s);
-    kept("source kept at a cancel", u"a.tiff:WWW"_s,
-         u"stopAt=page~in/a.tiff~2~in/a.tiff~Written"_s);
-    row("damaged rows of a fax", u"a.tif:FW"_s, {},
-        uR"(in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Completed
+        // It is never replaced by less than it holds.
+        const auto kept = [&](const char* name, const QString& source, const QString& changes,
+                              const QString& trouble = {}) {
+            row(name, source, changes + u" outputType=2 outputFolderPath="_s,
+                u"in/a.tiff *\n"_s + trouble + u"trouble in/a.tiff 0 the file is kept *\n1/0 *"_s);
+        };
+        kept("source with a bad page kept", u"a.tiff:WBW"_s, {}, u"trouble in/a.tiff 2 *\n"_s);
+        kept("source with later pages kept", u"a.tiff:WW"_s, u"in/a.tiff:WWW"_s,
+             u"trouble in/a.tiff 0 the file has 3 *\n"_s);
+        kept("source kept at a cancel", u"a.tiff:WWW"_s,
+             u"stopAt=page~in/a.tiff~2~in/a.tiff~Written"_s);
+        row("damaged rows of a fax", u"a.tif:FW"_s, {},
+            uR"(in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Completed
 1/2 out/a1.png out/a2.png Total 2 files converted successfully.)"_s);
-    row("page behind a link to its source", u"a.tif:WW"_s, u"out/a1.png>../in/a.tif"_s,
-        uR"(in/a.tif to out, 1 pages [] a1.png 1 Unable to save page!, a2.png 2 Completed
+        row("page behind a link to its source", u"a.tif:WW"_s, u"out/a1.png>../in/a.tif"_s,
+            uR"(in/a.tif to out, 1 pages [] a1.png 1 Unable to save page!, a2.png 2 Completed
 trouble in/a.tif 1 a1.png leads to the source itself, which a single page must not replace
 1/1 out/a2.png All files converted successfully.)"_s);
-    row("leftovers", u"a.tif:W"_s, u"out/.pagestack-1-2.part out/.pagestack-1.part"_s,
-        uR"(in/a.tif to out, 1 pages [] a1.png 1 Completed
+        row("leftovers", u"a.tif:W"_s, u"out/.pagestack-1-2.part out/.pagestack-1.part"_s,
+            uR"(in/a.tif to out, 1 pages [] a1.png 1 Completed
 1/1 out/a1.png -out/.pagestack-1-2.part All files converted successfully.)"_s);
-    row("a leftover that is a source", u".pagestack-1-2.part:W"_s, u"outputFolderPath="_s,
-        uR"(in/.pagestack-1-2.part to in, 1 pages [] .pagestack-1-21.png 1 Completed
+        row("a leftover that is a source", u".pagestack-1-2.part:W"_s, u"outputFolderPath="_s,
+            uR"(in/.pagestack-1-2.part to in, 1 pages [] .pagestack-1-21.png 1 Completed
 1/1 in/.pagestack-1-21.png All files converted successfully.)"_s);
-    row("together with troubles", u"bad.tif:WBW worse.tif:B less.tif:WWWW text.tif"_s,
-        u"outputType=2 in/less.tif:WW in/text.tif:W"_s,
-        uR"(in/bad.tif to out, 2 pages [] bad.tiff 1 Completed, bad.tiff 2 Unable to save page!, bad.tiff 3 Completed
+        row("together with troubles", u"bad.tif:WBW worse.tif:B less.tif:WWWW text.tif"_s,
+            u"outputType=2 in/less.tif:WW in/text.tif:W"_s,
+            uR"(in/bad.tif to out, 2 pages [] bad.tiff 1 Completed, bad.tiff 2 Unable to save page!, bad.tiff 3 Completed
 in/worse.tif to out, 0 pages [] worse.tiff 1 Unable to save page!
 in/less.tif to out, 2 pages [] less.tiff 1 Completed, less.tiff 2 Completed, less.tiff 3
 in/text.tif to out, 0 pages []
@@ -183,156 +168,163 @@ trouble in/worse.tif 1 *
 trouble in/less.tif 0 index 2 beyond bounds [0 .. 1]
 trouble in/text.tif 0 the file has 1 pages now, 0 were counted before the run
 4/2 out/bad.tiff[1/1,3/1] out/less.tiff[1/1,2/1] Total 2 files converted successfully.)"_s);
-    row("together, unwritable", u"a.tif:WW b.tif:W"_s, u"outputType=2 outputFolderPath=in/a.tif"_s,
-        uR"(in/a.tif to in/a.tif, 2 pages [] a.tiff 1 Completed, a.tiff 2 Completed
+        row("together, unwritable", u"a.tif:WW b.tif:W"_s,
+            u"outputType=2 outputFolderPath=in/a.tif"_s,
+            uR"(in/a.tif to in/a.tif, 2 pages [] a.tiff 1 Completed, a.tiff 2 Completed
 in/b.tif to in/a.tif, 1 pages [] b.tiff 1 Completed
 trouble in/a.tif 0 *
 trouble in/b.tif 0 *
 2/0 Total 0 files converted successfully.)"_s);
-    row("together, target filter", u"a.tif:WW"_s, u"outputType=2 filter=a.tiff"_s,
-        uR"(in/a.tif to out, 0 pages [] a.tiff 1 Skipped, a.tiff 2 Skipped
+        row("together, target filter", u"a.tif:WW"_s, u"outputType=2 filter=a.tiff"_s,
+            uR"(in/a.tif to out, 0 pages [] a.tiff 1 Skipped, a.tiff 2 Skipped
 1/0 Total 0 files converted successfully.)"_s);
-    const auto stop = [&](const QString& event, const QString& summary) {
-        row(qPrintable(event), u"a.tif:WW b.tif:WW c.tif:WW"_s, u"stopAt="_s + event,
-            summary + u" Process cancelled!"_s);
-    };
-    stop(u"message"_s, u"0/0"_s);
-    stop(u"file~a.tif"_s, u"in/a.tif to out, 0 pages []\n1/0"_s);
-    const QString one = u"in/a.tif to out, 1 pages [] a1.png 1 Completed\n1/1 out/a1.png"_s;
-    stop(u"output~a1.png"_s, one);
-    stop(u"created~1"_s, one);
-    const QString two = u"in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Completed\n"_s;
-    stop(u"output~a2.png"_s, two + u"1/2 out/a1.png out/a2.png"_s);
-    stop(u"processed~1"_s, two + u"1/2 out/a1.png out/a2.png"_s);
-    stop(u"time~line~Total~Time~Taken~:~In~Process...~1/3"_s, two + u"1/2 out/a1.png out/a2.png"_s);
-    stop(u"file~b.tif"_s, two + u"in/b.tif to out, 0 pages []\n2/2 out/a1.png out/a2.png"_s);
-    stop(u"output~a.tiff outputType=2"_s, u"in/a.tif to out, 0 pages []\n1/0"_s);
-    stop(u"page~in/a.tif~1~out/a.tiff~Written outputType=2"_s,
-         u"in/a.tif to out, 1 pages [] a.tiff 1 Completed\n1/1 out/a.tiff[1/1]"_s);
-}
-
-void ProcessTest::converts()
-{
-    QFETCH(const QString, sources);
-    QFETCH(const QString, changes);
-    QFETCH(const QString, summary);
-    JobFixture fixture(sources, changes);
-    if (!changes.contains(u"separator"))
-        fixture.settings.setSeparator(QString());
-    if (sources.contains(u"less.tif"))
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"\\(saveAsTiff:.* index 2 "_s));
-    fixture.run();
-    QCOMPARE(withStars(fixture.summary(), summary), summary);
-    QVERIFY(!fixture.settings.separator().isNull());
-    QVERIFY(fixture.hasEnded());
-    const Log& log = *fixture.job.log();
-    const QString document = QString::fromUtf8(documentOf(log));
-    for (const QString& trouble :
-         fixture.events.filter(QRegularExpression(u"^(trouble|remark) "_s)))
-        QVERIFY2(document.contains(QRegularExpression(u"Reason=\"([^\"]*; )?%1[;\"]"_s.arg(
-                     QRegularExpression::escape(trouble.section(u' ', 3).toHtmlEscaped())))),
-                 qPrintable(trouble + u'\n' + document));
-    QCOMPARE(log.isCancelled, summary.contains(u"cancelled") || changes.contains(u"stopAt"));
-    if (isKeptTogether(fixture.settings) && !changes.contains(u"filter"))
-        QCOMPARE(document.count(QRegularExpression(u"<Files .* Written=\"no\""_s)),
-                 static_cast<int>(log.files.size()) - fixture.job.totalFileCreated());
-}
-
-void ProcessTest::keepsASourceThatAnotherProgramChanges()
-{
-    for (const bool isRenamed : { true, false }) {
-        JobFixture fixture(u"a.tiff:WW"_s, u"outputType=2 outputFolderPath= in/new:WWW"_s);
-        fixture.onEvent = [&](const QString& met) {
-            if (!met.startsWith(u"page in/a.tiff 1 "))
-                return;
-            if (!isRenamed)
-                fixture.folder.make(u"in/a.tiff:WWW"_s);
-            else if (::rename(QFile::encodeName(fixture.folder.path(u"in/new"_s)).constData(),
-                              QFile::encodeName(fixture.folder.path(u"in/a.tiff"_s)).constData()))
-                throw std::runtime_error("cannot rename");
+        const auto stop = [&](const QString& event, const QString& summary) {
+            row(qPrintable(event), u"a.tif:WW b.tif:WW c.tif:WW"_s, u"stopAt="_s + event,
+                summary + u" Process cancelled!"_s);
         };
-        fixture.run();
-        QVERIFY(fixture.folder.changes().contains(u"in/a.tiff[1/8,2/8,3/8]"_s));
-        QCOMPARE(fixture.events.filter(u"trouble "_s),
-                 QStringList { u"trouble in/a.tiff 0 the file is kept as it is, since it has "
-                               "changed since its pages were read"_s });
+        stop(u"message"_s, u"0/0"_s);
+        stop(u"file~a.tif"_s, u"in/a.tif to out, 0 pages []\n1/0"_s);
+        const QString one = u"in/a.tif to out, 1 pages [] a1.png 1 Completed\n1/1 out/a1.png"_s;
+        stop(u"output~a1.png"_s, one);
+        stop(u"created~1"_s, one);
+        const QString two
+            = u"in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Completed\n"_s;
+        stop(u"output~a2.png"_s, two + u"1/2 out/a1.png out/a2.png"_s);
+        stop(u"processed~1"_s, two + u"1/2 out/a1.png out/a2.png"_s);
+        stop(u"time~line~Total~Time~Taken~:~In~Process...~1/3"_s,
+             two + u"1/2 out/a1.png out/a2.png"_s);
+        stop(u"file~b.tif"_s, two + u"in/b.tif to out, 0 pages []\n2/2 out/a1.png out/a2.png"_s);
+        stop(u"output~a.tiff outputType=2"_s, u"in/a.tif to out, 0 pages []\n1/0"_s);
+        stop(u"page~in/a.tif~1~out/a.tiff~Written outputType=2"_s,
+             u"in/a.tif to out, 1 pages [] a.tiff 1 Completed\n1/1 out/a.tiff[1/1]"_s);
     }
-}
 
-void ProcessTest::keepsWhatHasComeToATarget_data()
-{
-    QTest::addColumn<QString>("changes");
-    QTest::addColumn<bool>("isSkipped");
-    QTest::addColumn<QString>("summary");
-    const QString page = u"in/a.tif to out, 1 pages [] a1.png 1 %1, a2.png 2 Completed\n"_s;
-    const QString pageEnd = u"1/1 out/a1.png out/a2.png All *"_s;
-    const QString together = u"in/a.tif to out, %1 pages [] a.tiff 1 %2, a.tiff 2 %2\n"_s;
-    const QString togetherEnd = u"1/0 out/a.tiff[101/8] Total 0 *"_s;
-    const QString trouble
-        = u"trouble in/a.tif %1 a file of that name has appeared during the run\n"_s;
-    QTest::newRow("skip") << QString() << true << page.arg(u"Skipped"_s) + pageEnd;
-    QTest::newRow("error") << QString() << false
-                           << page.arg(u"Unable to save page!"_s) + trouble.arg(1) + pageEnd;
-    QTest::newRow("skip, together")
-        << u"outputType=2"_s << true << together.arg(u"0"_s, u"Skipped"_s) + togetherEnd;
-    QTest::newRow("error, together")
-        << u"outputType=2"_s << false
-        << together.arg(u"2"_s, u"Completed"_s) + trouble.arg(0) + togetherEnd;
-}
+    void converts()
+    {
+        QFETCH(const QString, sources);
+        QFETCH(const QString, changes);
+        QFETCH(const QString, summary);
+        JobFixture fixture(sources, changes);
+        if (!changes.contains(u"separator"))
+            fixture.settings.setSeparator(QString());
+        if (sources.contains(u"less.tif"))
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"\\(saveAsTiff:.* index 2 "_s));
+        fixture.run();
+        QCOMPARE(withStars(fixture.summary(), summary), summary);
+        QVERIFY(!fixture.settings.separator().isNull());
+        QVERIFY(fixture.hasEnded());
+        const Log& log = *fixture.job.log();
+        const QString document = QString::fromUtf8(documentOf(log));
+        for (const QString& trouble :
+             fixture.events.filter(QRegularExpression(u"^(trouble|remark) "_s)))
+            QVERIFY2(document.contains(QRegularExpression(u"Reason=\"([^\"]*; )?%1[;\"]"_s.arg(
+                         QRegularExpression::escape(trouble.section(u' ', 3).toHtmlEscaped())))),
+                     qPrintable(trouble + u'\n' + document));
+        QCOMPARE(log.isCancelled, summary.contains(u"cancelled") || changes.contains(u"stopAt"));
+        if (isKeptTogether(fixture.settings) && !changes.contains(u"filter"))
+            QCOMPARE(document.count(QRegularExpression(u"<Files .* Written=\"no\""_s)),
+                     static_cast<int>(log.files.size()) - fixture.job.totalFileCreated());
+    }
 
-void ProcessTest::keepsWhatHasComeToATarget()
-{
-    QFETCH(const QString, changes);
-    QFETCH(const bool, isSkipped);
-    QFETCH(const QString, summary);
-    JobFixture fixture(u"a.tif:WW"_s, changes + u" jobs=1"_s);
-    fixture.job.setKeepsExisting(true);
-    fixture.job.setTargetFilter([&](const QString& path) {
-        const bool isFree = !QFile::exists(path);
-        if (isFree && !path.endsWith(u"a2.png")) // It comes as soon as somebody has looked.
-            fixture.folder.make(u"out/%1:V"_s.arg(lastPathComponent(path)));
-        return isFree || !isSkipped;
-    });
-    fixture.run();
-    QCOMPARE(withStars(fixture.summary(), summary), summary);
-    QCOMPARE(fixture.events.filter(u"skipped "_s).size(), isSkipped && !changes.isEmpty() ? 1 : 0);
-}
+    void keepsASourceThatAnotherProgramChanges()
+    {
+        for (const bool isRenamed : { true, false }) {
+            JobFixture fixture(u"a.tiff:WW"_s, u"outputType=2 outputFolderPath= in/new:WWW"_s);
+            fixture.onEvent = [&](const QString& met) {
+                if (!met.startsWith(u"page in/a.tiff 1 "))
+                    return;
+                if (!isRenamed)
+                    fixture.folder.make(u"in/a.tiff:WWW"_s);
+                else if (::rename(
+                             QFile::encodeName(fixture.folder.path(u"in/new"_s)).constData(),
+                             QFile::encodeName(fixture.folder.path(u"in/a.tiff"_s)).constData()))
+                    throw std::runtime_error("cannot rename");
+            };
+            fixture.run();
+            QVERIFY(fixture.folder.changes().contains(u"in/a.tiff[1/8,2/8,3/8]"_s));
+            QCOMPARE(fixture.events.filter(u"trouble "_s),
+                     QStringList { u"trouble in/a.tiff 0 the file is kept as it is, since it has "
+                                   "changed since its pages were read"_s });
+        }
+    }
 
-void ProcessTest::bringsTheRunToItsEndAfterAnException()
-{
-    for (const bool hasReason : { true, false }) {
-        JobFixture fixture(u"a.tif:W b.tif:W"_s);
-        fixture.onEvent = [=](const QString& met) {
-            if (hasReason && met.endsWith(u"1/2"))
-                throw std::runtime_error("no line to write on");
-            if (met.endsWith(u"In Process... 1/2"))
+    void keepsWhatHasComeToATarget_data()
+    {
+        QTest::addColumn<QString>("changes");
+        QTest::addColumn<bool>("isSkipped");
+        QTest::addColumn<QString>("summary");
+        const QString page = u"in/a.tif to out, 1 pages [] a1.png 1 %1, a2.png 2 Completed\n"_s;
+        const QString pageEnd = u"1/1 out/a1.png out/a2.png All *"_s;
+        const QString together = u"in/a.tif to out, %1 pages [] a.tiff 1 %2, a.tiff 2 %2\n"_s;
+        const QString togetherEnd = u"1/0 out/a.tiff[101/8] Total 0 *"_s;
+        const QString trouble
+            = u"trouble in/a.tif %1 a file of that name has appeared during the run\n"_s;
+        QTest::newRow("skip") << QString() << true << page.arg(u"Skipped"_s) + pageEnd;
+        QTest::newRow("error") << QString() << false
+                               << page.arg(u"Unable to save page!"_s) + trouble.arg(1) + pageEnd;
+        QTest::newRow("skip, together")
+            << u"outputType=2"_s << true << together.arg(u"0"_s, u"Skipped"_s) + togetherEnd;
+        QTest::newRow("error, together")
+            << u"outputType=2"_s << false
+            << together.arg(u"2"_s, u"Completed"_s) + trouble.arg(0) + togetherEnd;
+    }
+
+    void keepsWhatHasComeToATarget()
+    {
+        QFETCH(const QString, changes);
+        QFETCH(const bool, isSkipped);
+        QFETCH(const QString, summary);
+        JobFixture fixture(u"a.tif:WW"_s, changes + u" jobs=1"_s);
+        fixture.job.setKeepsExisting(true);
+        fixture.job.setTargetFilter([&](const QString& path) {
+            const bool isFree = !QFile::exists(path);
+            if (isFree && !path.endsWith(u"a2.png")) // It comes as soon as somebody has looked.
+                fixture.folder.make(u"out/%1:V"_s.arg(lastPathComponent(path)));
+            return isFree || !isSkipped;
+        });
+        fixture.run();
+        QCOMPARE(withStars(fixture.summary(), summary), summary);
+        QCOMPARE(fixture.events.filter(u"skipped "_s).size(),
+                 isSkipped && !changes.isEmpty() ? 1 : 0);
+    }
+
+    void bringsTheRunToItsEndAfterAnException()
+    {
+        for (const bool hasReason : { true, false }) {
+            JobFixture fixture(u"a.tif:W b.tif:W"_s);
+            fixture.onEvent = [=](const QString& met) {
+                if (hasReason && met.endsWith(u"1/2"))
+                    throw std::runtime_error("no line to write on");
+                if (met.endsWith(u"In Process... 1/2"))
+                    throw 7;
+            };
+            for (int i = 0; hasReason && i < 2; ++i)
+                QTest::ignoreMessage(QtWarningMsg,
+                                     "Error in (Process=>start) : no line to write on");
+            if (hasReason)
+                fixture.run();
+            else
+                QVERIFY_THROWS_EXCEPTION(int, fixture.run());
+            // Without a reason it is no failure of the run that a message could tell.
+            QCOMPARE(fixture.job.message(),
+                     hasReason ? failure : u"Total 1 files converted successfully."_s);
+            QCOMPARE(fixture.job.failure(), hasReason ? u"no line to write on"_s : QString());
+            QCOMPARE(fixture.folder.changes(), u"out/a1.png"_s);
+            QVERIFY(fixture.hasEnded());
+        }
+    }
+
+    void keepsTheSourceAfterAnException()
+    {
+        JobFixture fixture(u"a.tiff:WW"_s, u"outputType=2 outputFolderPath="_s);
+        fixture.onEvent = [](const QString& met) {
+            if (met.startsWith(u"page in/a.tiff 1 "))
                 throw 7;
         };
-        for (int i = 0; hasReason && i < 2; ++i)
-            QTest::ignoreMessage(QtWarningMsg, "Error in (Process=>start) : no line to write on");
-        if (hasReason)
-            fixture.run();
-        else
-            QVERIFY_THROWS_EXCEPTION(int, fixture.run());
-        // Without a reason it is no failure of the run that a message could tell.
-        QCOMPARE(fixture.job.message(),
-                 hasReason ? failure : u"Total 1 files converted successfully."_s);
-        QCOMPARE(fixture.job.failure(), hasReason ? u"no line to write on"_s : QString());
-        QCOMPARE(fixture.folder.changes(), u"out/a1.png"_s);
-        QVERIFY(fixture.hasEnded());
+        QVERIFY_THROWS_EXCEPTION(int, fixture.run());
+        QCOMPARE(fixture.folder.changes(), QString());
     }
-}
-
-void ProcessTest::keepsTheSourceAfterAnException()
-{
-    JobFixture fixture(u"a.tiff:WW"_s, u"outputType=2 outputFolderPath="_s);
-    fixture.onEvent = [](const QString& met) {
-        if (met.startsWith(u"page in/a.tiff 1 "))
-            throw 7;
-    };
-    QVERIFY_THROWS_EXCEPTION(int, fixture.run());
-    QCOMPARE(fixture.folder.changes(), QString());
-}
+};
 
 QTEST_GUILESS_MAIN(ProcessTest)
 #include "ProcessTest.moc"

@@ -3,25 +3,19 @@
 #include "engine/threads/WorkerThread.h"
 #include "tests/engine/job/JobFixture.h"
 #include "tests/support/LogDocument.h"
+#include "tests/support/Testing.h"
 
-#include <QDir>
 #include <QEventLoop>
 #include <QHash>
 #include <QRandomGenerator>
-#include <QTest>
 #include <QXmlStreamReader>
 
-#include <cstdio>
 #include <tiffio.h>
 
-#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
 #include <thread>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 namespace {
 
@@ -426,9 +420,40 @@ class StormTest : public QObject
 
 private slots:
     void initTestCase() { TIFFSetWarningHandler(nullptr); } // those of the sources' own reader
-    void endsEveryRunOnceAndClean_data();
-    void endsEveryRunOnceAndClean();
-    void cleanupTestCase();
+
+    void endsEveryRunOnceAndClean_data()
+    {
+        QTest::addColumn<int>("outputType");
+        for (int type = 0; type < extensions.size(); ++type)
+            QTest::newRow(qPrintable(extensions.at(type))) << type;
+    }
+
+    void endsEveryRunOnceAndClean()
+    {
+        QFETCH(const int, outputType);
+        const int runs = (m_runs + 4) / 5;
+        for (int i = 0; i < runs; ++i) {
+            const Draw draw(m_seed + static_cast<quint32>(i), outputType);
+            m_watchdog.begin(draw.text());
+            const qsizetype before = openFiles();
+            bool isCancelled = false;
+            const QString fault = faultOf(draw, isCancelled);
+            QVERIFY2(fault.isEmpty(), (draw.text() + ": " + fault.toUtf8()).constData());
+            QVERIFY2(openFiles() == before, draw.text().constData());
+            ++m_drawn[draw.cancel];
+            m_cancelled[draw.cancel] += isCancelled ? 1 : 0;
+        }
+    }
+
+    void cleanupTestCase()
+    {
+        QStringList counts;
+        for (const auto& [cancel, drawn] : m_drawn.asKeyValueRange())
+            counts.append(u"%1 of %2 %3"_s.arg(m_cancelled[cancel])
+                              .arg(drawn)
+                              .arg(QLatin1StringView(cancelNames[static_cast<int>(cancel)])));
+        qInfo("seed %u, cancelled: %s", m_seed, qPrintable(counts.join(u", ")));
+    }
 
 private:
     const int m_runs = std::max(1, qEnvironmentVariable("PAGESTACK_STORM", u"60"_s).toInt());
@@ -440,40 +465,6 @@ private:
     QMap<Cancel, int> m_drawn;
     QMap<Cancel, int> m_cancelled;
 };
-
-void StormTest::endsEveryRunOnceAndClean_data()
-{
-    QTest::addColumn<int>("outputType");
-    for (int type = 0; type < extensions.size(); ++type)
-        QTest::newRow(qPrintable(extensions.at(type))) << type;
-}
-
-void StormTest::endsEveryRunOnceAndClean()
-{
-    QFETCH(const int, outputType);
-    const int runs = (m_runs + 4) / 5;
-    for (int i = 0; i < runs; ++i) {
-        const Draw draw(m_seed + static_cast<quint32>(i), outputType);
-        m_watchdog.begin(draw.text());
-        const qsizetype before = openFiles();
-        bool isCancelled = false;
-        const QString fault = faultOf(draw, isCancelled);
-        QVERIFY2(fault.isEmpty(), (draw.text() + ": " + fault.toUtf8()).constData());
-        QVERIFY2(openFiles() == before, draw.text().constData());
-        ++m_drawn[draw.cancel];
-        m_cancelled[draw.cancel] += isCancelled ? 1 : 0;
-    }
-}
-
-void StormTest::cleanupTestCase()
-{
-    QStringList counts;
-    for (const auto& [cancel, drawn] : m_drawn.asKeyValueRange())
-        counts.append(u"%1 of %2 %3"_s.arg(m_cancelled[cancel])
-                          .arg(drawn)
-                          .arg(QLatin1StringView(cancelNames[static_cast<int>(cancel)])));
-    qInfo("seed %u, cancelled: %s", m_seed, qPrintable(counts.join(u", ")));
-}
 
 QTEST_GUILESS_MAIN(StormTest)
 #include "StormTest.moc"

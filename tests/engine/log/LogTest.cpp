@@ -4,16 +4,10 @@
 #include "engine/support/SystemLog.h"
 #include "engine/support/TimeText.h"
 #include "tests/support/LogDocument.h"
+#include "tests/support/Testing.h"
 
-#include <QDir>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QThread>
 #include <QXmlStreamReader>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 // The log and the routines that it stands on: folders, times, the system log.
 class LogTest : public QObject

@@ -1,16 +1,12 @@
 #include "engine/plan/RunPlan.h"
 
 #include "tests/engine/job/JobFixture.h"
-
-#include <QTest>
+#include "tests/support/Testing.h"
 
 #include <cstdarg>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 #ifdef __linux__
 namespace {
@@ -58,15 +54,6 @@ int foldingUnlink(const char* path) { return ::unlinkat(AT_FDCWD, real(path).con
 }
 #endif
 
-class RunPlanTest : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void findsWhatARunComesUpon_data();
-    void findsWhatARunComesUpon();
-};
-
 namespace {
 
 /// The names of the outputs, those of a source in brackets.
@@ -97,76 +84,83 @@ QString findings(const RunPlan& plan)
 
 } // namespace
 
-void RunPlanTest::findsWhatARunComesUpon_data()
+class RunPlanTest : public QObject
 {
-    QTest::addColumn<QString>("sources");
-    QTest::addColumn<QString>("changes");
-    QTest::addColumn<QString>("found");
-    QTest::addColumn<QString>("clashing"); ///< names when those that clash are numbered
-    QTest::addColumn<QString>("taken"); ///< the same, when all that would replace a file are
-    const auto row = [](const char* name, const QString& sources, const QString& changes,
-                        const QString& found, const QString& clashing, const QString& taken = {}) {
-        QTest::newRow(name) << sources << changes << found << clashing
-                            << (taken.isNull() ? clashing : taken);
-    };
-    row("one name each", u"a.tif:WW c.tif:W b.tif"_s, {}, {}, u"[a1.png a2.png] [c1.png] []"_s);
-    // Who comes later gives way, but not to the number of another.
-    row("one name", u"x/a.tif:W y/a.tif:WW a1-.tif:WW z/a.tif:WW"_s, {},
-        u"a1.png of 1 and 0, a1.png of 3 and 0, a2.png of 3 and 1"_s,
-        u"[a1.png] [a1-3.png a2-3.png] [a1-1.png a1-2.png] [a1-4.png a2-4.png]"_s);
-    row("one name, together, beside what exists", u"x/a.tif:W y/a.tif:W y/a.tiff:W"_s,
-        u"outputType=2 out/a.tiff out/a-2.tiff"_s,
-        u"a.tiff of 1 and 0, a.tiff of 2 and 0, a.tiff exists, a.tiff exists, a.tiff exists"_s,
-        u"[a.tiff] [a-3.tiff] [a-4.tiff]"_s, u"[a-3.tiff] [a-4.tiff] [a-5.tiff]"_s);
-    row("its own source is replaced", u"a.tiff:W"_s, u"outputType=2 outputFolderPath="_s,
-        u"a.tiff exists"_s, u"[a.tiff]"_s, u"[a-2.tiff]"_s);
-    row("another source is replaced, by a link too", u"a.tif:W b.tif:W a1.tiff:W"_s,
-        u"outputType=2 isSplitTIFFIntoSinglePages=true outputFolderPath= in/b1.tiff>a.tif"_s,
-        u"a1.tiff for source 2, b1.tiff for source 0, a1.tiff exists, b1.tiff exists"_s,
-        u"[a1-2.tiff] [b1-2.tiff] [a11.tiff]"_s);
-    row("one file by links", u"a.tif:WWWW b.tif:W"_s,
-        u"out/a2.png>a3.png out/b1.png>@/more/a1.png more>out"_s,
-        u"a3.png of 0 and 0, b1.png of 1 and 0, a2.png exists, b1.png exists"_s,
-        u"[a1-2.png a2-2.png a3-2.png a4-2.png] [b1.png]"_s,
-        u"[a1-2.png a2-2.png a3-2.png a4-2.png] [b1-2.png]"_s);
-    row("a folder by a link", u"x/a.tif:W y/a.tif:W"_s,
-        u"outputFolderPath= in/y/a1.png>../x/a1.png"_s, u"a1.png of 1 and 0, a1.png exists"_s,
-        u"[a1.png] [a1-2.png]"_s);
-    row("a folder that is still to be made", u"x/a.tif:W y/a.tif:W"_s, u"outputFolderPath=new"_s,
-        u"a1.png of 1 and 0"_s, u"[a1.png] [a1-2.png]"_s);
-    row("a type that is none", u"x/a.tif:W y/a.tif:W"_s, u"outputType=7"_s, {}, u"[a] [a]"_s);
-#ifdef __linux__
-    row("case", u"a.tif:W A.tif:W \u00e4.tif:W a\u0308.tif:W"_s, u"outputFolderPath=case case/"_s,
-        u"A1.png of 1 and 0"_s,
-        u"[a1.png] [A1-2.png] [\u00e4"
-        "1.png] [a\u0308"
-        "1.png]"_s);
-    row("normalization", u"\u00e4.tif:W a\u0308.tif:W a.tif:W A.tif:W"_s,
-        u"outputFolderPath=form form/"_s,
-        u"a\u0308"
-        "1.png of 1 and 0"_s,
-        u"[\u00e4"
-        "1.png] [a\u0308"
-        "1-2.png] [a1.png] [A1.png]"_s);
-#endif
-}
+    Q_OBJECT
 
-void RunPlanTest::findsWhatARunComesUpon()
-{
-    QFETCH(const QString, sources);
-    QFETCH(const QString, changes);
-    JobFixture fixture(sources, changes);
-    fixture.folder.remember();
-    const auto planned = [&](RunPlan::Numbering numbering) {
-        return RunPlan(fixture.job.outputFiles(), fixture.settings, numbering);
-    };
-    QTEST(findings(planned(RunPlan::Numbering::None)), "found");
-    QTEST(names(planned(RunPlan::Numbering::Clashing), fixture.settings), "clashing");
-    const RunPlan taken = planned(RunPlan::Numbering::Taken);
-    QTEST(names(taken, fixture.settings), "taken");
-    QCOMPARE(findings(taken), QString());
-    QCOMPARE(fixture.folder.changes(), QString());
-}
+private slots:
+    void findsWhatARunComesUpon_data()
+    {
+        QTest::addColumn<QString>("sources");
+        QTest::addColumn<QString>("changes");
+        QTest::addColumn<QString>("found");
+        QTest::addColumn<QString>("clashing"); ///< names when those that clash are numbered
+        QTest::addColumn<QString>("taken"); ///< the same, when all that would replace a file are
+        const auto row
+            = [](const char* name, const QString& sources, const QString& changes,
+                 const QString& found, const QString& clashing, const QString& taken = {}) {
+                  QTest::newRow(name) << sources << changes << found << clashing
+                                      << (taken.isNull() ? clashing : taken);
+              };
+        row("one name each", u"a.tif:WW c.tif:W b.tif"_s, {}, {}, u"[a1.png a2.png] [c1.png] []"_s);
+        // Who comes later gives way, but not to the number of another.
+        row("one name", u"x/a.tif:W y/a.tif:WW a1-.tif:WW z/a.tif:WW"_s, {},
+            u"a1.png of 1 and 0, a1.png of 3 and 0, a2.png of 3 and 1"_s,
+            u"[a1.png] [a1-3.png a2-3.png] [a1-1.png a1-2.png] [a1-4.png a2-4.png]"_s);
+        row("one name, together, beside what exists", u"x/a.tif:W y/a.tif:W y/a.tiff:W"_s,
+            u"outputType=2 out/a.tiff out/a-2.tiff"_s,
+            u"a.tiff of 1 and 0, a.tiff of 2 and 0, a.tiff exists, a.tiff exists, a.tiff exists"_s,
+            u"[a.tiff] [a-3.tiff] [a-4.tiff]"_s, u"[a-3.tiff] [a-4.tiff] [a-5.tiff]"_s);
+        row("its own source is replaced", u"a.tiff:W"_s, u"outputType=2 outputFolderPath="_s,
+            u"a.tiff exists"_s, u"[a.tiff]"_s, u"[a-2.tiff]"_s);
+        row("another source is replaced, by a link too", u"a.tif:W b.tif:W a1.tiff:W"_s,
+            u"outputType=2 isSplitTIFFIntoSinglePages=true outputFolderPath= in/b1.tiff>a.tif"_s,
+            u"a1.tiff for source 2, b1.tiff for source 0, a1.tiff exists, b1.tiff exists"_s,
+            u"[a1-2.tiff] [b1-2.tiff] [a11.tiff]"_s);
+        row("one file by links", u"a.tif:WWWW b.tif:W"_s,
+            u"out/a2.png>a3.png out/b1.png>@/more/a1.png more>out"_s,
+            u"a3.png of 0 and 0, b1.png of 1 and 0, a2.png exists, b1.png exists"_s,
+            u"[a1-2.png a2-2.png a3-2.png a4-2.png] [b1.png]"_s,
+            u"[a1-2.png a2-2.png a3-2.png a4-2.png] [b1-2.png]"_s);
+        row("a folder by a link", u"x/a.tif:W y/a.tif:W"_s,
+            u"outputFolderPath= in/y/a1.png>../x/a1.png"_s, u"a1.png of 1 and 0, a1.png exists"_s,
+            u"[a1.png] [a1-2.png]"_s);
+        row("a folder that is still to be made", u"x/a.tif:W y/a.tif:W"_s,
+            u"outputFolderPath=new"_s, u"a1.png of 1 and 0"_s, u"[a1.png] [a1-2.png]"_s);
+        row("a type that is none", u"x/a.tif:W y/a.tif:W"_s, u"outputType=7"_s, {}, u"[a] [a]"_s);
+#ifdef __linux__
+        row("case", u"a.tif:W A.tif:W \u00e4.tif:W a\u0308.tif:W"_s,
+            u"outputFolderPath=case case/"_s, u"A1.png of 1 and 0"_s,
+            u"[a1.png] [A1-2.png] [\u00e4"
+            "1.png] [a\u0308"
+            "1.png]"_s);
+        row("normalization", u"\u00e4.tif:W a\u0308.tif:W a.tif:W A.tif:W"_s,
+            u"outputFolderPath=form form/"_s,
+            u"a\u0308"
+            "1.png of 1 and 0"_s,
+            u"[\u00e4"
+            "1.png] [a\u0308"
+            "1-2.png] [a1.png] [A1.png]"_s);
+#endif
+    }
+
+    void findsWhatARunComesUpon()
+    {
+        QFETCH(const QString, sources);
+        QFETCH(const QString, changes);
+        JobFixture fixture(sources, changes);
+        fixture.folder.remember();
+        const auto planned = [&](RunPlan::Numbering numbering) {
+            return RunPlan(fixture.job.outputFiles(), fixture.settings, numbering);
+        };
+        QTEST(findings(planned(RunPlan::Numbering::None)), "found");
+        QTEST(names(planned(RunPlan::Numbering::Clashing), fixture.settings), "clashing");
+        const RunPlan taken = planned(RunPlan::Numbering::Taken);
+        QTEST(names(taken, fixture.settings), "taken");
+        QCOMPARE(findings(taken), QString());
+        QCOMPARE(fixture.folder.changes(), QString());
+    }
+};
 
 QTEST_GUILESS_MAIN(RunPlanTest)
 #include "RunPlanTest.moc"

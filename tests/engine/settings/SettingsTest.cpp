@@ -2,18 +2,9 @@
 
 #include "engine/settings/KeyedCoder.h"
 #include "engine/settings/UserDefaults.h"
+#include "tests/support/Testing.h"
 
-#include <QFile>
 #include <QMetaProperty>
-#include <QRegularExpression>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <stdexcept>
-
-using namespace Qt::StringLiterals;
-using namespace pagestack;
 
 class SettingsTest : public QObject
 {

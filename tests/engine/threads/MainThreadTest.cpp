@@ -1,18 +1,12 @@
 #include "engine/threads/MainThread.h"
 
 #include "engine/threads/WorkerThread.h"
+#include "tests/support/Testing.h"
 
 #include <QCoreApplication>
 #include <QSemaphore>
-#include <QSignalSpy>
-#include <QTest>
 
 #include <atomic>
-#include <memory>
-#include <optional>
-#include <stdexcept>
-
-using namespace pagestack;
 
 // The application object is made anew for every test, since ending the calls holds for its
 // lifetime.

@@ -1,14 +1,9 @@
 #include "engine/settings/Settings.h"
 #include "tests/support/ImageReaders.h"
+#include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
-#include <QFile>
-#include <QTest>
-
 #include <tiffio.h>
-
-using namespace pagestack;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -38,16 +33,184 @@ class BadInputTest : public QObject
     Q_OBJECT
 
 private slots:
-    void savesNoPageThatCannotBeDecodedWhole_data();
-    void savesNoPageThatCannotBeDecodedWhole();
-    void savesNoPageWithTheStripOfAnother_data();
-    void savesNoPageWithTheStripOfAnother();
-    void tellsWhatADecoderIsNotSureOf_data();
-    void tellsWhatADecoderIsNotSureOf();
-    void savesNoPageThatMakesNoSense_data();
-    void savesNoPageThatMakesNoSense();
-    void savesNoPageWhosePixelsTheFileLost();
-    void boundsWhatTheTagsHoldTogether();
+    void savesNoPageThatCannotBeDecodedWhole_data()
+    {
+        QTest::addColumn<QByteArray>("encoded"); // empty: the first half of what should be there
+        for (const char* page : { "rows=33", "rows=33 compression=5", "rows=33 compression=8",
+                                  "rows=33 compression=32773", "rows=33 fax",
+                                  "rows=33 fax compression=3", "rows=33 compression=7" })
+            QTest::newRow(page) << QByteArray();
+        for (const char* page :
+             { "rows=33 compression=5 photometric=0", "rows=33 compression=8 photometric=0",
+               "rows=33 compression=7 photometric=0", "tileWidth=64 tileHeight=48 compression=5" })
+            QTest::newRow(page) << QByteArray(900, '\x5A');
+        for (const char* page : { "width=-1 height=1 fax", "width=1 height=-1 rows=-1 fax",
+                                  "width=100000 height=100000 rows=100000 fax",
+                                  "width=100000 height=100000 rows=100000",
+                                  "width=100000 height=100000 rows=100000 compression=5",
+                                  "width=100000 height=100000 rows=100000 compression=8",
+                                  "width=100000 height=100000 rows=100000 compression=32773" })
+            QTest::newRow(page) << QByteArray("0123456789");
+        // A bit a row, each like the one above: this would decode to 1.25 GB of blank paper.
+        QTest::newRow("width=100008 height=100008 rows=100008 fax") << QByteArray(12'600, '\xFF');
+        QTest::newRow("width=4194312 height=1 fax")
+            << QByteArray(100, '\xFF'); // tables as long as a row
+    }
+
+    void savesNoPageThatCannotBeDecodedWhole()
+    {
+        QFETCH(QByteArray, encoded);
+        m_folder = std::make_unique<QTemporaryDir>();
+        const QString path = m_folder->filePath(u"page.tif"_s);
+        TestPage page(QTest::currentDataTag());
+        if (encoded.isEmpty()) {
+            writeTiff(path, { page });
+            encoded = readTiff(path).value(0).encoded;
+            encoded.truncate(encoded.size() / 2);
+        }
+        page.encoded = { encoded };
+        writeTiff(path, { page });
+        QVERIFY(isRefused(page));
+    }
+
+    void savesNoPageWithTheStripOfAnother_data()
+    {
+        QTest::addColumn<QByteArray>("page");
+        QTest::addColumn<QByteArray>("strip");
+        const char* const jpeg = "compression=7";
+        const char* const jbig = "bits=1 compression=34661";
+        QTest::newRow("fax that ends early")
+            << QByteArray("fax") << stripOf(wholeStrip("height=10 fax"));
+        QTest::newRow("narrow fax without ends of line")
+            << QByteArray("bits=1 compression=2")
+            << stripOf(wholeStrip("width=40 bits=1 compression=2"));
+        QTest::newRow("low JPEG") << QByteArray(jpeg)
+                                  << stripOf(wholeStrip("height=16 compression=7"));
+        QTest::newRow("narrow JPEG")
+            << QByteArray(jpeg) << stripOf(wholeStrip("width=16 compression=7"));
+        QTest::newRow("JPEG with something between its segments")
+            << QByteArray(jpeg) << stripOf(wholeStrip(jpeg)).insert(2, "xx");
+        QTest::newRow("large JBIG")
+            << QByteArray(jbig) << stripOf(wholeStrip("width=470 bits=1 compression=34661"));
+        // Its decoder ends the program where there is not so much memory; the bits are turned
+        // round.
+        QTest::newRow("huge JBIG")
+            << QByteArray(jbig) << stripOf(wholeStrip(jbig)).replace(4, 8, QByteArray(8, '\x7F'));
+    }
+
+    void savesNoPageWithTheStripOfAnother()
+    {
+        QFETCH(QByteArray, page);
+        QFETCH(QByteArray, strip);
+        m_folder = std::make_unique<QTemporaryDir>();
+        const QString path = m_folder->filePath(u"page.tif"_s);
+        TestPage test = wholeStrip(page);
+        test.encoded = { stripOf(test) };
+        writeTiff(path, { test });
+        QVERIFY(TiffDocument(path).page(0).save(m_folder->filePath(u"a.png"_s), Settings(nullptr)));
+        QVERIFY(QFile::remove(m_folder->filePath(u"a.png"_s)));
+        test.encoded = { strip };
+        writeTiff(path, { test });
+        QVERIFY(isRefused(test));
+    }
+
+    void tellsWhatADecoderIsNotSureOf_data()
+    {
+        QTest::addColumn<int>("place"); // in a JPEG strip, from its end when negative
+        QTest::addColumn<QByteArray>("more"); // is put there
+        QTest::addColumn<QString>("warning"); // starts so; empty: there is none
+        QTest::newRow("as it is") << 2 << QByteArray() << QString();
+        // libjpeg gives the first warning alone: others may be behind it.
+        QTest::newRow("unknown JFIF") << 2
+                                      << QByteArray::fromHex("ffe00010") + "JFIF"
+                + QByteArray::fromHex("000900000001000100 00")
+                                      << u"the decoder says: "_s;
+        QTest::newRow("filler at the end") << -2 << QByteArray(3, '\0') << QString();
+        QTest::newRow("more at the end")
+            << -2 << QByteArray("rest of it") << u"its JPEG data go on"_s;
+    }
+
+    void tellsWhatADecoderIsNotSureOf()
+    {
+        QFETCH(int, place);
+        QFETCH(QByteArray, more);
+        QFETCH(QString, warning);
+        TestPage page = wholeStrip("compression=7");
+        QByteArray strip = stripOf(page);
+        page.encoded = { strip.insert(place < 0 ? strip.size() + place : place, more) };
+        SinglePage single(page);
+        for (const QString& name : outputs) {
+            QVERIFY(single.image().save(single.path(name), Settings(nullptr)));
+            const QStringList warnings = single.image().warnings();
+            QCOMPARE(warnings.size(), warning.isEmpty() ? 0 : 1);
+            QVERIFY2(warnings.value(0).startsWith(warning), qPrintable(warnings.value(0)));
+        }
+    }
+
+    void savesNoPageThatMakesNoSense_data()
+    {
+        constexpr unsigned unknown = 65000;
+        QTest::addColumn<QList<unsigned>>("patch"); // tag, new tag, new value; bits unless 4
+        QTest::newRow("no width") << QList { 256U, unknown, 47U };
+        QTest::newRow("no height") << QList { 257U, unknown, 33U };
+        QTest::newRow("no strips") << QList { 273U, unknown, 8U };
+        QTest::newRow("no colour map") << QList { 320U, unknown, 8U };
+        QTest::newRow("no colour map, 8 bits") << QList { 320U, unknown, 8U, 8U };
+        QTest::newRow("width 0") << QList { 256U, 256U, 0U };
+        QTest::newRow("unknown compression") << QList { 259U, 259U, 999U };
+        QTest::newRow("77 bits") << QList { 258U, 258U, 77U };
+        QTest::newRow("no samples") << QList { 277U, 277U, 0U };
+        QTest::newRow("strip beyond the end") << QList { 273U, 273U, 0x7FFFFFFFU };
+        QTest::newRow("slices") << QList { 284U, 32997U, 4U };
+        QTest::newRow("slices of tiles") << QList { 284U, 32998U, 4U };
+        QTest::newRow("wide tiles") << QList { 322U, 322U, 1'000'000'000U };
+    }
+
+    void savesNoPageThatMakesNoSense()
+    {
+        QFETCH(QList<unsigned>, patch);
+        m_folder = std::make_unique<QTemporaryDir>();
+        TestPage page("photometric=3 rows=33");
+        page.bits = static_cast<int>(patch.value(3, 4));
+        page.colorMap.assign(3U << page.bits, 7);
+        if (patch[0] == TIFFTAG_TILEWIDTH || patch[1] == TIFFTAG_TILEDEPTH)
+            page.tileWidth = page.tileHeight = 16;
+        writeTiff(m_folder->filePath(u"page.tif"_s), { page });
+        patchEntry(m_folder->filePath(u"page.tif"_s), patch[0], patch[1], patch[2]);
+        QVERIFY(isRefused(page));
+    }
+
+    void savesNoPageWhosePixelsTheFileLost()
+    {
+        for (const QString& name : outputs) {
+            SinglePage single("compression=5");
+            QCOMPARE(single.image().widthPx(), 47); // the tags are known from here on
+            QVERIFY(QFile::resize(single.path(u"page.tif"_s), 60));
+            QVERIFY(!single.image().save(single.path(name), Settings(nullptr)));
+            QVERIFY(!single.image().failureReason().isEmpty());
+            QCOMPARE(namesIn(single.folder()), QStringList { u"page.tif"_s });
+        }
+    }
+
+    void boundsWhatTheTagsHoldTogether()
+    {
+        const auto saves = [](unsigned tags, unsigned bytes) {
+            TestPage page;
+            page.moreTags = [=](tiff* to) {
+                const QByteArray value(bytes, 'x');
+                for (unsigned i = 0; i < tags; ++i)
+                    TIFFSetField(to, i == 0 ? TIFFTAG_XMLPACKET : TIFFTAG_PHOTOSHOP, bytes,
+                                 value.constData());
+            };
+            SinglePage single(page);
+            return single.image().save(single.path(u"a.png"_s), Settings(nullptr))
+                ? QString()
+                : single.image().failureReason();
+        };
+        constexpr unsigned limit = 64 * 1024 * 1024;
+        QCOMPARE(saves(1, limit - 1000), QString()); // with the other tags
+        QCOMPARE(saves(2, limit / 2), u"its tags announce more than 64 MiB of values"_s);
+    }
 
 private:
     /// Whether every writer refuses the page of "page.tif" with a reason and leaves nothing.
@@ -65,182 +228,6 @@ private:
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
-
-void BadInputTest::savesNoPageThatCannotBeDecodedWhole_data()
-{
-    QTest::addColumn<QByteArray>("encoded"); // empty: the first half of what should be there
-    for (const char* page :
-         { "rows=33", "rows=33 compression=5", "rows=33 compression=8", "rows=33 compression=32773",
-           "rows=33 fax", "rows=33 fax compression=3", "rows=33 compression=7" })
-        QTest::newRow(page) << QByteArray();
-    for (const char* page :
-         { "rows=33 compression=5 photometric=0", "rows=33 compression=8 photometric=0",
-           "rows=33 compression=7 photometric=0", "tileWidth=64 tileHeight=48 compression=5" })
-        QTest::newRow(page) << QByteArray(900, '\x5A');
-    for (const char* page :
-         { "width=-1 height=1 fax", "width=1 height=-1 rows=-1 fax",
-           "width=100000 height=100000 rows=100000 fax", "width=100000 height=100000 rows=100000",
-           "width=100000 height=100000 rows=100000 compression=5",
-           "width=100000 height=100000 rows=100000 compression=8",
-           "width=100000 height=100000 rows=100000 compression=32773" })
-        QTest::newRow(page) << QByteArray("0123456789");
-    // A bit a row, each like the one above: this would decode to 1.25 GB of blank paper.
-    QTest::newRow("width=100008 height=100008 rows=100008 fax") << QByteArray(12'600, '\xFF');
-    QTest::newRow("width=4194312 height=1 fax")
-        << QByteArray(100, '\xFF'); // tables as long as a row
-}
-
-void BadInputTest::savesNoPageThatCannotBeDecodedWhole()
-{
-    QFETCH(QByteArray, encoded);
-    m_folder = std::make_unique<QTemporaryDir>();
-    const QString path = m_folder->filePath(u"page.tif"_s);
-    TestPage page(QTest::currentDataTag());
-    if (encoded.isEmpty()) {
-        writeTiff(path, { page });
-        encoded = readTiff(path).value(0).encoded;
-        encoded.truncate(encoded.size() / 2);
-    }
-    page.encoded = { encoded };
-    writeTiff(path, { page });
-    QVERIFY(isRefused(page));
-}
-
-void BadInputTest::savesNoPageWithTheStripOfAnother_data()
-{
-    QTest::addColumn<QByteArray>("page");
-    QTest::addColumn<QByteArray>("strip");
-    const char* const jpeg = "compression=7";
-    const char* const jbig = "bits=1 compression=34661";
-    QTest::newRow("fax that ends early")
-        << QByteArray("fax") << stripOf(wholeStrip("height=10 fax"));
-    QTest::newRow("narrow fax without ends of line")
-        << QByteArray("bits=1 compression=2")
-        << stripOf(wholeStrip("width=40 bits=1 compression=2"));
-    QTest::newRow("low JPEG") << QByteArray(jpeg) << stripOf(wholeStrip("height=16 compression=7"));
-    QTest::newRow("narrow JPEG") << QByteArray(jpeg)
-                                 << stripOf(wholeStrip("width=16 compression=7"));
-    QTest::newRow("JPEG with something between its segments")
-        << QByteArray(jpeg) << stripOf(wholeStrip(jpeg)).insert(2, "xx");
-    QTest::newRow("large JBIG") << QByteArray(jbig)
-                                << stripOf(wholeStrip("width=470 bits=1 compression=34661"));
-    // Its decoder ends the program where there is not so much memory; the bits are turned round.
-    QTest::newRow("huge JBIG") << QByteArray(jbig)
-                               << stripOf(wholeStrip(jbig)).replace(4, 8, QByteArray(8, '\x7F'));
-}
-
-void BadInputTest::savesNoPageWithTheStripOfAnother()
-{
-    QFETCH(QByteArray, page);
-    QFETCH(QByteArray, strip);
-    m_folder = std::make_unique<QTemporaryDir>();
-    const QString path = m_folder->filePath(u"page.tif"_s);
-    TestPage test = wholeStrip(page);
-    test.encoded = { stripOf(test) };
-    writeTiff(path, { test });
-    QVERIFY(TiffDocument(path).page(0).save(m_folder->filePath(u"a.png"_s), Settings(nullptr)));
-    QVERIFY(QFile::remove(m_folder->filePath(u"a.png"_s)));
-    test.encoded = { strip };
-    writeTiff(path, { test });
-    QVERIFY(isRefused(test));
-}
-
-void BadInputTest::tellsWhatADecoderIsNotSureOf_data()
-{
-    QTest::addColumn<int>("place"); // in a JPEG strip, from its end when negative
-    QTest::addColumn<QByteArray>("more"); // is put there
-    QTest::addColumn<QString>("warning"); // starts so; empty: there is none
-    QTest::newRow("as it is") << 2 << QByteArray() << QString();
-    // libjpeg gives the first warning alone: others may be behind it.
-    QTest::newRow("unknown JFIF") << 2
-                                  << QByteArray::fromHex("ffe00010") + "JFIF"
-            + QByteArray::fromHex("000900000001000100 00")
-                                  << u"the decoder says: "_s;
-    QTest::newRow("filler at the end") << -2 << QByteArray(3, '\0') << QString();
-    QTest::newRow("more at the end") << -2 << QByteArray("rest of it") << u"its JPEG data go on"_s;
-}
-
-void BadInputTest::tellsWhatADecoderIsNotSureOf()
-{
-    QFETCH(int, place);
-    QFETCH(QByteArray, more);
-    QFETCH(QString, warning);
-    TestPage page = wholeStrip("compression=7");
-    QByteArray strip = stripOf(page);
-    page.encoded = { strip.insert(place < 0 ? strip.size() + place : place, more) };
-    SinglePage single(page);
-    for (const QString& name : outputs) {
-        QVERIFY(single.image().save(single.path(name), Settings(nullptr)));
-        const QStringList warnings = single.image().warnings();
-        QCOMPARE(warnings.size(), warning.isEmpty() ? 0 : 1);
-        QVERIFY2(warnings.value(0).startsWith(warning), qPrintable(warnings.value(0)));
-    }
-}
-
-void BadInputTest::savesNoPageThatMakesNoSense_data()
-{
-    constexpr unsigned unknown = 65000;
-    QTest::addColumn<QList<unsigned>>("patch"); // tag, new tag, new value; bits unless 4
-    QTest::newRow("no width") << QList { 256U, unknown, 47U };
-    QTest::newRow("no height") << QList { 257U, unknown, 33U };
-    QTest::newRow("no strips") << QList { 273U, unknown, 8U };
-    QTest::newRow("no colour map") << QList { 320U, unknown, 8U };
-    QTest::newRow("no colour map, 8 bits") << QList { 320U, unknown, 8U, 8U };
-    QTest::newRow("width 0") << QList { 256U, 256U, 0U };
-    QTest::newRow("unknown compression") << QList { 259U, 259U, 999U };
-    QTest::newRow("77 bits") << QList { 258U, 258U, 77U };
-    QTest::newRow("no samples") << QList { 277U, 277U, 0U };
-    QTest::newRow("strip beyond the end") << QList { 273U, 273U, 0x7FFFFFFFU };
-    QTest::newRow("slices") << QList { 284U, 32997U, 4U };
-    QTest::newRow("slices of tiles") << QList { 284U, 32998U, 4U };
-    QTest::newRow("wide tiles") << QList { 322U, 322U, 1'000'000'000U };
-}
-
-void BadInputTest::savesNoPageThatMakesNoSense()
-{
-    QFETCH(QList<unsigned>, patch);
-    m_folder = std::make_unique<QTemporaryDir>();
-    TestPage page("photometric=3 rows=33");
-    page.bits = static_cast<int>(patch.value(3, 4));
-    page.colorMap.assign(3U << page.bits, 7);
-    if (patch[0] == TIFFTAG_TILEWIDTH || patch[1] == TIFFTAG_TILEDEPTH)
-        page.tileWidth = page.tileHeight = 16;
-    writeTiff(m_folder->filePath(u"page.tif"_s), { page });
-    patchEntry(m_folder->filePath(u"page.tif"_s), patch[0], patch[1], patch[2]);
-    QVERIFY(isRefused(page));
-}
-
-void BadInputTest::savesNoPageWhosePixelsTheFileLost()
-{
-    for (const QString& name : outputs) {
-        SinglePage single("compression=5");
-        QCOMPARE(single.image().widthPx(), 47); // the tags are known from here on
-        QVERIFY(QFile::resize(single.path(u"page.tif"_s), 60));
-        QVERIFY(!single.image().save(single.path(name), Settings(nullptr)));
-        QVERIFY(!single.image().failureReason().isEmpty());
-        QCOMPARE(namesIn(single.folder()), QStringList { u"page.tif"_s });
-    }
-}
-
-void BadInputTest::boundsWhatTheTagsHoldTogether()
-{
-    const auto saves = [](unsigned tags, unsigned bytes) {
-        TestPage page;
-        page.moreTags = [=](tiff* to) {
-            const QByteArray value(bytes, 'x');
-            for (unsigned i = 0; i < tags; ++i)
-                TIFFSetField(to, i == 0 ? TIFFTAG_XMLPACKET : TIFFTAG_PHOTOSHOP, bytes,
-                             value.constData());
-        };
-        SinglePage single(page);
-        return single.image().save(single.path(u"a.png"_s), Settings(nullptr))
-            ? QString()
-            : single.image().failureReason();
-    };
-    constexpr unsigned limit = 64 * 1024 * 1024;
-    QCOMPARE(saves(1, limit - 1000), QString()); // with the other tags
-    QCOMPARE(saves(2, limit / 2), u"its tags announce more than 64 MiB of values"_s);
-}
 
 QTEST_GUILESS_MAIN(BadInputTest)
 #include "BadInputTest.moc"

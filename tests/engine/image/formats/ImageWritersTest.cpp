@@ -2,19 +2,11 @@
 #include "engine/image/pixels/Bitmap.h"
 #include "engine/settings/Settings.h"
 #include "tests/support/ImageReaders.h"
+#include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
-
-#include <QTest>
 
 #include <lcms2.h>
 #include <tiffio.h>
-
-#include <cmath>
-#include <set>
-#include <utility>
-
-using namespace pagestack;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -65,332 +57,320 @@ class ImageWritersTest : public QObject
     Q_OBJECT
 
 private slots:
-    void keepsDepthAndChannels_data();
-    void keepsDepthAndChannels();
-    void keepsResolution_data();
-    void keepsResolution();
-    void keepsProfilesThatFit_data();
-    void keepsProfilesThatFit();
-    void laysTransparentPixelsOverWhite();
-    void keepsOneTransparentColorInGif();
-    void keepsUpTo256ColorsInGif();
-    void reducesMoreColorsWithLittleError();
-    void samplesColorOfJpegByQuality_data();
-    void samplesColorOfJpegByQuality();
-    void writesByTheExactExtension_data();
-    void writesByTheExactExtension();
-    void refusesWhatTheFormatCannotHold_data();
-    void refusesWhatTheFormatCannotHold();
-    void refusesProfilesTooLargeForJpeg();
-    void refusesGifColorsThatCameLater();
-};
-
-void ImageWritersTest::keepsDepthAndChannels_data()
-{
-    QTest::addColumn<QList<int>>("shape"); // channels, bits in PNG, bits in BMP
-    QTest::newRow("bits=1") << QList { 1, 1, 1 };
-    QTest::newRow("fax") << QList { 1, 1, 1 };
-    QTest::newRow("bits=4") << QList { 1, 4, 8 };
-    QTest::newRow("bits=8") << QList { 1, 8, 8 };
-    QTest::newRow("bits=16") << QList { 1, 16, 8 };
-    QTest::newRow("rgb") << QList { 3, 8, 8 };
-    QTest::newRow("rgb bits=16") << QList { 3, 16, 8 };
-}
-
-void ImageWritersTest::keepsDepthAndChannels()
-{
-    QFETCH(QList<int>, shape);
-    TestPage page(QTest::currentDataTag());
-    const auto expected = [&page](int bits) {
-        return [&page, full = (1 << bits) - 1](int x, int y, int c) {
-            const auto top = static_cast<double>(page.top());
-            const auto value = static_cast<double>(page.at(x, y, c));
-            return std::round((page.photometric == 0 ? top - value : value) * full / top);
-        };
-    };
-    const Picture png = saved(page, u"a.png"_s);
-    QCOMPARE(difference(png, { 47, 33, shape[0], shape[1] }, expected(shape[1])), QString());
-    const Picture bmp = saved(page, u"a.bmp"_s);
-    QCOMPARE(difference(bmp, { 47, 33, shape[0], shape[2] }, expected(shape[2])), QString());
-    if (shape[0] == 1)
-        QCOMPARE(bmp.palette.back(), (std::array { 255, 255, 255 }));
-    const TestPage smooth("smooth");
-    if (page.bits >= 8) // what a lossy format keeps
-        page.sample
-            = [&](int x, int y, int c) { return smooth.at(x, y, c) * (page.bits == 16 ? 257 : 1); };
-    const Picture jpeg = saved(page, u"a.jpg"_s);
-    QCOMPARE(difference(jpeg, { 47, 33, shape[0], 8 }, expected(8), page.bits < 8 ? 24 : 6),
-             QString());
-}
-
-void ImageWritersTest::keepsResolution_data()
-{
-    QTest::addColumn<Density>("jpeg");
-    QTest::addColumn<Density>("png"); // BMP has the same, but nothing in place of a ratio
-    QTest::newRow("xy=300,300 unit=2") << Density { 1, 300, 300 } << Density { 1, 11811, 11811 };
-    QTest::newRow("xy=72,72") << Density { 1, 72, 72 } << Density { 1, 2835, 2835 };
-    QTest::newRow("xy=204,98 unit=2") << Density { 1, 204, 98 } << Density { 1, 8031, 3858 };
-    QTest::newRow("xy=299.6,150.4 unit=2") << Density { 1, 300, 150 } << Density { 1, 11795, 5921 };
-    QTest::newRow("xy=254,254 unit=2") << Density { 1, 254, 254 } << Density { 1, 10000, 10000 };
-    QTest::newRow("xy=118,59 unit=3") << Density { 2, 118, 59 } << Density { 1, 11800, 5900 };
-    QTest::newRow("xy=39.370079,39.370079 unit=3")
-        << Density { 1, 100, 100 } << Density { 1, 3937, 3937 };
-    QTest::newRow("xy=2,1 unit=1") << Density { 0, 2, 1 } << Density { 0, 2, 1 };
-    QTest::newRow("xy=96,96 unit=1") << Density { 0, 1, 1 } << Density { -1, 0, 0 };
-    QTest::newRow("") << Density { 0, 1, 1 } << Density { -1, 0, 0 };
-    QTest::newRow("xy=204,98 orientation=4") << Density { 1, 204, 98 } << Density { 1, 8031, 3858 };
-    for (const int orientation : { 5, 6, 7, 8 })
-        QTest::addRow("xy=204,98 unit=2 orientation=%d", orientation)
-            << Density { 1, 98, 204 } << Density { 1, 3858, 8031 };
-}
-
-void ImageWritersTest::keepsResolution()
-{
-    QFETCH(Density, png);
-    const TestPage page(QTest::currentDataTag());
-    QTEST(saved(page, u"a.jpg"_s).density, "jpeg");
-    QCOMPARE(saved(page, u"a.png"_s).density, png);
-    QCOMPARE(saved(page, u"a.bmp"_s).density, png[0] == 1 ? png : (Density { 1, 0, 0 }));
-}
-
-void ImageWritersTest::keepsProfilesThatFit_data()
-{
-    QTest::addColumn<QByteArray>("page");
-    QTest::addColumn<QByteArray>("kind");
-    QTest::addColumn<bool>("inPng");
-    QTest::addColumn<bool>("inJpeg");
-    const auto add
-        = [](const char* name, const char* page, const char* kind, bool inPng, bool inJpeg) {
-              QTest::newRow(name) << QByteArray(page) << QByteArray(kind) << inPng << inJpeg;
-          };
-    add("RGB", "rgb", "rgb", true, true);
-    add("large", "rgb", "large", true, true);
-    add("gray", "", "gray", true, true);
-    add("palette", "photometric=3", "rgb", true, true);
-    add("palette of grays, which is gray in JPEG", "photometric=3", "rgb", true, false);
-    add("RGB profile of a gray page", "", "rgb", false, false);
-    add("gray profile of an RGB page", "rgb", "gray", false, false);
-    add("converted colours", "samples=4 photometric=5", "rgb", false, false);
-}
-
-void ImageWritersTest::keepsProfilesThatFit()
-{
-    QFETCH(QByteArray, page);
-    QFETCH(QByteArray, kind);
-    QFETCH(bool, inPng);
-    QFETCH(bool, inJpeg);
-    TestPage made(page.constData());
-    made.iccProfile = profile(kind);
-    if (made.photometric == 3)
-        made.colorMap = colorMap(!inJpeg);
-    const Picture png = saved(made, u"a.png"_s);
-    const Picture jpeg = saved(made, u"a.jpg"_s);
-    QCOMPARE(png.width + jpeg.width, 94);
-    QVERIFY(png.iccProfile == (inPng ? made.iccProfile : QByteArray()));
-    QVERIFY(jpeg.iccProfile == (inJpeg ? made.iccProfile : QByteArray()));
-    SinglePage single(made);
-    QVERIFY(single.image().saveAsTiffWithName(single.path(u"a.tiff"_s), 3));
-    QVERIFY(readTiff(single.path(u"a.tiff"_s)).value(0).texts[TIFFTAG_ICCPROFILE]
-            == made.iccProfile);
-}
-
-void ImageWritersTest::laysTransparentPixelsOverWhite()
-{
-    for (const char* text :
-         { "rgb samples=4 smooth extra=1", "rgb samples=4 smooth extra=2",
-           "rgb samples=4 smooth extra=1 bits=16", "rgb samples=4 smooth extra=2 bits=16" }) {
-        const TestPage smooth(text);
-        const auto flat = [&](int x, int y, int c) {
-            const auto color = static_cast<double>(smooth.at(x, y, c));
-            const double alpha = static_cast<double>(smooth.at(x, y, 3)) / 255;
-            const double own = smooth.extra[0] == 1 ? color : color * alpha;
-            return std::min(255.0, own + 255 * (1 - alpha));
-        };
-        TestPage page = smooth;
-        page.sample
-            = [&](int x, int y, int c) { return smooth.at(x, y, c) * (page.bits == 16 ? 257 : 1); };
-        QCOMPARE(difference(saved(page, u"a.bmp"_s), { 47, 33, 3, 8 }, flat, 1), QString());
-        QCOMPARE(difference(saved(page, u"a.jpg"_s), { 47, 33, 3, 8 }, flat, 14), QString());
+    void keepsDepthAndChannels_data()
+    {
+        QTest::addColumn<QList<int>>("shape"); // channels, bits in PNG, bits in BMP
+        QTest::newRow("bits=1") << QList { 1, 1, 1 };
+        QTest::newRow("fax") << QList { 1, 1, 1 };
+        QTest::newRow("bits=4") << QList { 1, 4, 8 };
+        QTest::newRow("bits=8") << QList { 1, 8, 8 };
+        QTest::newRow("bits=16") << QList { 1, 16, 8 };
+        QTest::newRow("rgb") << QList { 3, 8, 8 };
+        QTest::newRow("rgb bits=16") << QList { 3, 16, 8 };
     }
-}
 
-void ImageWritersTest::keepsOneTransparentColorInGif()
-{
-    TestPage page("samples=2 extra=2");
-    page.sample = [](int x, int y, int c) {
-        return static_cast<std::uint64_t>(c == 0 ? 100 + x % 3 : 7 * y);
-    };
-    const Picture gif = saved(page, u"a.gif"_s);
-    QCOMPARE(gif.width, 47);
-    QVERIFY(gif.transparentIndex >= 0);
-    for (int y = 0; y < 33; ++y)
-        for (int x = 0; x < 47; ++x) {
-            const int alpha = 7 * y;
-            QCOMPARE(gif.at(x, y, 0) == gif.transparentIndex, alpha < 128);
-            const double wanted = (100 + x % 3) * alpha / 255.0 + 255 - alpha;
-            QVERIFY(alpha < 128 || std::abs(gif.colorAt(x, y, 0) - wanted) <= 1);
+    void keepsDepthAndChannels()
+    {
+        QFETCH(QList<int>, shape);
+        TestPage page(QTest::currentDataTag());
+        const auto expected = [&page](int bits) {
+            return [&page, full = (1 << bits) - 1](int x, int y, int c) {
+                const auto top = static_cast<double>(page.top());
+                const auto value = static_cast<double>(page.at(x, y, c));
+                return std::round((page.photometric == 0 ? top - value : value) * full / top);
+            };
+        };
+        const Picture png = saved(page, u"a.png"_s);
+        QCOMPARE(difference(png, { 47, 33, shape[0], shape[1] }, expected(shape[1])), QString());
+        const Picture bmp = saved(page, u"a.bmp"_s);
+        QCOMPARE(difference(bmp, { 47, 33, shape[0], shape[2] }, expected(shape[2])), QString());
+        if (shape[0] == 1)
+            QCOMPARE(bmp.palette.back(), (std::array { 255, 255, 255 }));
+        const TestPage smooth("smooth");
+        if (page.bits >= 8) // what a lossy format keeps
+            page.sample = [&](int x, int y, int c) {
+                return smooth.at(x, y, c) * (page.bits == 16 ? 257 : 1);
+            };
+        const Picture jpeg = saved(page, u"a.jpg"_s);
+        QCOMPARE(difference(jpeg, { 47, 33, shape[0], 8 }, expected(8), page.bits < 8 ? 24 : 6),
+                 QString());
+    }
+
+    void keepsResolution_data()
+    {
+        QTest::addColumn<Density>("jpeg");
+        QTest::addColumn<Density>("png"); // BMP has the same, but nothing in place of a ratio
+        QTest::newRow("xy=300,300 unit=2")
+            << Density { 1, 300, 300 } << Density { 1, 11811, 11811 };
+        QTest::newRow("xy=72,72") << Density { 1, 72, 72 } << Density { 1, 2835, 2835 };
+        QTest::newRow("xy=204,98 unit=2") << Density { 1, 204, 98 } << Density { 1, 8031, 3858 };
+        QTest::newRow("xy=299.6,150.4 unit=2")
+            << Density { 1, 300, 150 } << Density { 1, 11795, 5921 };
+        QTest::newRow("xy=254,254 unit=2")
+            << Density { 1, 254, 254 } << Density { 1, 10000, 10000 };
+        QTest::newRow("xy=118,59 unit=3") << Density { 2, 118, 59 } << Density { 1, 11800, 5900 };
+        QTest::newRow("xy=39.370079,39.370079 unit=3")
+            << Density { 1, 100, 100 } << Density { 1, 3937, 3937 };
+        QTest::newRow("xy=2,1 unit=1") << Density { 0, 2, 1 } << Density { 0, 2, 1 };
+        QTest::newRow("xy=96,96 unit=1") << Density { 0, 1, 1 } << Density { -1, 0, 0 };
+        QTest::newRow("") << Density { 0, 1, 1 } << Density { -1, 0, 0 };
+        QTest::newRow("xy=204,98 orientation=4")
+            << Density { 1, 204, 98 } << Density { 1, 8031, 3858 };
+        for (const int orientation : { 5, 6, 7, 8 })
+            QTest::addRow("xy=204,98 unit=2 orientation=%d", orientation)
+                << Density { 1, 98, 204 } << Density { 1, 3858, 8031 };
+    }
+
+    void keepsResolution()
+    {
+        QFETCH(Density, png);
+        const TestPage page(QTest::currentDataTag());
+        QTEST(saved(page, u"a.jpg"_s).density, "jpeg");
+        QCOMPARE(saved(page, u"a.png"_s).density, png);
+        QCOMPARE(saved(page, u"a.bmp"_s).density, png[0] == 1 ? png : (Density { 1, 0, 0 }));
+    }
+
+    void keepsProfilesThatFit_data()
+    {
+        QTest::addColumn<QByteArray>("page");
+        QTest::addColumn<QByteArray>("kind");
+        QTest::addColumn<bool>("inPng");
+        QTest::addColumn<bool>("inJpeg");
+        const auto add
+            = [](const char* name, const char* page, const char* kind, bool inPng, bool inJpeg) {
+                  QTest::newRow(name) << QByteArray(page) << QByteArray(kind) << inPng << inJpeg;
+              };
+        add("RGB", "rgb", "rgb", true, true);
+        add("large", "rgb", "large", true, true);
+        add("gray", "", "gray", true, true);
+        add("palette", "photometric=3", "rgb", true, true);
+        add("palette of grays, which is gray in JPEG", "photometric=3", "rgb", true, false);
+        add("RGB profile of a gray page", "", "rgb", false, false);
+        add("gray profile of an RGB page", "rgb", "gray", false, false);
+        add("converted colours", "samples=4 photometric=5", "rgb", false, false);
+    }
+
+    void keepsProfilesThatFit()
+    {
+        QFETCH(QByteArray, page);
+        QFETCH(QByteArray, kind);
+        QFETCH(bool, inPng);
+        QFETCH(bool, inJpeg);
+        TestPage made(page.constData());
+        made.iccProfile = profile(kind);
+        if (made.photometric == 3)
+            made.colorMap = colorMap(!inJpeg);
+        const Picture png = saved(made, u"a.png"_s);
+        const Picture jpeg = saved(made, u"a.jpg"_s);
+        QCOMPARE(png.width + jpeg.width, 94);
+        QVERIFY(png.iccProfile == (inPng ? made.iccProfile : QByteArray()));
+        QVERIFY(jpeg.iccProfile == (inJpeg ? made.iccProfile : QByteArray()));
+        SinglePage single(made);
+        QVERIFY(single.image().saveAsTiffWithName(single.path(u"a.tiff"_s), 3));
+        QVERIFY(readTiff(single.path(u"a.tiff"_s)).value(0).texts[TIFFTAG_ICCPROFILE]
+                == made.iccProfile);
+    }
+
+    void laysTransparentPixelsOverWhite()
+    {
+        for (const char* text :
+             { "rgb samples=4 smooth extra=1", "rgb samples=4 smooth extra=2",
+               "rgb samples=4 smooth extra=1 bits=16", "rgb samples=4 smooth extra=2 bits=16" }) {
+            const TestPage smooth(text);
+            const auto flat = [&](int x, int y, int c) {
+                const auto color = static_cast<double>(smooth.at(x, y, c));
+                const double alpha = static_cast<double>(smooth.at(x, y, 3)) / 255;
+                const double own = smooth.extra[0] == 1 ? color : color * alpha;
+                return std::min(255.0, own + 255 * (1 - alpha));
+            };
+            TestPage page = smooth;
+            page.sample = [&](int x, int y, int c) {
+                return smooth.at(x, y, c) * (page.bits == 16 ? 257 : 1);
+            };
+            QCOMPARE(difference(saved(page, u"a.bmp"_s), { 47, 33, 3, 8 }, flat, 1), QString());
+            QCOMPARE(difference(saved(page, u"a.jpg"_s), { 47, 33, 3, 8 }, flat, 14), QString());
         }
-    // Opaque throughout: no colour is given away.
-    QCOMPARE(saved("samples=2 extra=2 plain=9,255", u"a.gif"_s).transparentIndex, -1);
-}
-
-void ImageWritersTest::keepsUpTo256ColorsInGif()
-{
-    TestPage page("rgb");
-    page.sample = [](int x, int y, int c) {
-        const int color = (x + 47 * y) % 256;
-        return static_cast<std::uint64_t>(c == 0 ? color : (c * 91 + color * 3) & 255);
-    };
-    const Picture gif = saved(page, u"a.gif"_s);
-    QCOMPARE(gif.width, 47);
-    for (int y = 0; y < 33; ++y)
-        for (int x = 0; x < 47; ++x)
-            for (int c = 0; c < 3; ++c)
-                QCOMPARE(gif.colorAt(x, y, c), static_cast<int>(page.at(x, y, c)));
-}
-
-void ImageWritersTest::reducesMoreColorsWithLittleError()
-{
-    TestPage few("rgb");
-    few.sample = [](int x, int y, int c) {
-        const int color = (x + 47 * y) % 257;
-        return static_cast<std::uint64_t>(c == 0 ? color & 255 : color >> 8);
-    };
-    TestPage many("rgb width=130 height=90");
-    many.sample = [](int x, int y, int c) {
-        const int ramps[] = { 255 * x / 129, 255 * y / 89, 255 - x - y };
-        return static_cast<std::uint64_t>(ramps[c]);
-    };
-    for (const auto& [page, mostError] : { std::pair(few, 1.0), std::pair(many, 5.0) }) {
-        SinglePage single(page);
-        QVERIFY(single.image().saveAsGifWithName(single.path(u"a.gif"_s)));
-        QVERIFY(single.image().saveAsGifWithName(single.path(u"b.gif"_s)));
-        QCOMPARE(bytesOf(single.path(u"a.gif"_s)), bytesOf(single.path(u"b.gif"_s)));
-        const Picture gif = readPicture(single.path(u"a.gif"_s));
-        QCOMPARE(gif.width, page.width);
-        double sum = 0;
-        for (int y = 0; y < page.height; ++y)
-            for (int x = 0; x < page.width; ++x)
-                for (int c = 0; c < 3; ++c)
-                    sum += std::abs(gif.colorAt(x, y, c) - static_cast<double>(page.at(x, y, c)));
-        const double mean = sum / (3.0 * page.width * page.height);
-        QVERIFY2(mean < mostError, qPrintable(QString::number(mean)));
-        const std::set<int> used(gif.samples.begin(), gif.samples.end());
-        QVERIFY(page.width == 47 || used.size() == 256);
     }
-}
 
-void ImageWritersTest::samplesColorOfJpegByQuality_data()
-{
-    QTest::addColumn<int>("quality");
-    QTest::addColumn<int>("sampling");
-    QTest::addColumn<double>("tolerance");
-    QTest::newRow("10") << 10 << 1 << 5.0;
-    QTest::newRow("9") << 9 << 2 << 20.0;
-    QTest::newRow("0") << 0 << 2 << 200.0;
-    QTest::newRow("below") << -5 << 2 << 200.0;
-    QTest::newRow("above") << 99 << 1 << 5.0;
-}
-
-void ImageWritersTest::samplesColorOfJpegByQuality()
-{
-    QFETCH(int, quality);
-    QFETCH(int, sampling);
-    QFETCH(double, tolerance);
-    const TestPage page("rgb smooth");
-    const Picture jpeg = saved(page, u"a.jpg"_s, quality);
-    QCOMPARE(jpeg.sampling, (std::array { sampling, sampling }));
-    const auto expected
-        = [&](int x, int y, int c) { return static_cast<double>(page.at(x, y, c)); };
-    QCOMPARE(difference(jpeg, { 47, 33, 3, 8 }, expected, tolerance), QString());
-    // Values outside 0..10 are clamped to the ends of the scale.
-    const Picture clamped = saved(page, u"a.jpg"_s, std::max(0, std::min(10, quality)));
-    QVERIFY(jpeg.samples == clamped.samples);
-}
-
-void ImageWritersTest::writesByTheExactExtension_data()
-{
-    QTest::addColumn<QByteArray>("start"); // of the file; empty: none is written
-    QTest::newRow("a.jpg") << QByteArray("\xFF\xD8\xFF");
-    QTest::newRow("a.png") << QByteArray("\x89PNG");
-    QTest::newRow("a.bmp") << QByteArray("BM");
-    QTest::newRow("a.gif") << QByteArray("GIF89a");
-    QTest::newRow("a b.c.tiff") << QByteArray("II*\0", 4);
-    for (const char* name : { "a.JPG", "a.jpeg", "a.tif", "a.Png", "png", "a.", "a.png " })
-        QTest::newRow(name) << QByteArray();
-}
-
-void ImageWritersTest::writesByTheExactExtension()
-{
-    QFETCH(QByteArray, start);
-    const QString name = QString::fromLatin1(QTest::currentDataTag());
-    SinglePage single("");
-    QCOMPARE(single.image().save(single.path(name), Settings(nullptr)), !start.isEmpty());
-    QCOMPARE(single.image().failureReason().isEmpty(), !start.isEmpty());
-    QVERIFY(bytesOf(single.path(name)).startsWith(start));
-    QCOMPARE(namesIn(single.folder()).size(), start.isEmpty() ? 1 : 2);
-}
-
-void ImageWritersTest::refusesWhatTheFormatCannotHold_data()
-{
-    QTest::addColumn<QStringList>("refusing");
-    for (const char* page :
-         { "width=70000 height=1", "width=1 height=70000", "width=1 height=70000 orientation=6" })
-        QTest::newRow(page) << QStringList { u"a.jpg"_s, u"a.gif"_s };
-    QTest::newRow("width=2000000 height=20000 rows=20000 fax") << QStringList { u"a.bmp"_s };
-}
-
-void ImageWritersTest::refusesWhatTheFormatCannotHold()
-{
-    QFETCH(QStringList, refusing);
-    TestPage page(QTest::currentDataTag());
-    if (page.compression == 4)
-        page.encoded = { QByteArray(5'100'000, '\xFF') }; // each row is like the one above
-    SinglePage single(page);
-    for (const QString& name : refusing) {
-        QVERIFY(!single.image().save(single.path(name), Settings(nullptr)));
-        QVERIFY2(single.image().failureReason().contains(u"too large for"_s),
-                 qPrintable(single.image().failureReason()));
+    void keepsOneTransparentColorInGif()
+    {
+        TestPage page("samples=2 extra=2");
+        page.sample = [](int x, int y, int c) {
+            return static_cast<std::uint64_t>(c == 0 ? 100 + x % 3 : 7 * y);
+        };
+        const Picture gif = saved(page, u"a.gif"_s);
+        QCOMPARE(gif.width, 47);
+        QVERIFY(gif.transparentIndex >= 0);
+        for (int y = 0; y < 33; ++y)
+            for (int x = 0; x < 47; ++x) {
+                const int alpha = 7 * y;
+                QCOMPARE(gif.at(x, y, 0) == gif.transparentIndex, alpha < 128);
+                const double wanted = (100 + x % 3) * alpha / 255.0 + 255 - alpha;
+                QVERIFY(alpha < 128 || std::abs(gif.colorAt(x, y, 0) - wanted) <= 1);
+            }
+        // Opaque throughout: no colour is given away.
+        QCOMPARE(saved("samples=2 extra=2 plain=9,255", u"a.gif"_s).transparentIndex, -1);
     }
-    QCOMPARE(namesIn(single.folder()), QStringList { u"page.tif"_s });
-    if (page.compression == 4)
-        return;
-    QVERIFY(single.image().save(single.path(u"a.png"_s), Settings(nullptr)));
-    QCOMPARE(readPicture(single.path(u"a.png"_s)).samples.size(), std::size_t { 70000 });
-}
 
-void ImageWritersTest::refusesProfilesTooLargeForJpeg()
-{
-    for (const qsizetype segments : { 255, 256 }) {
+    void keepsUpTo256ColorsInGif()
+    {
         TestPage page("rgb");
-        page.iccProfile = profile("rgb").leftJustified(segments * 65'519, '\0');
-        SinglePage single(page);
-        const QString path = single.path(u"a.jpg"_s);
-        QCOMPARE(single.image().saveAsJpegWithName(path, 10), segments == 255);
-        if (segments == 255)
-            QVERIFY(readPicture(path).iccProfile == page.iccProfile);
+        page.sample = [](int x, int y, int c) {
+            const int color = (x + 47 * y) % 256;
+            return static_cast<std::uint64_t>(c == 0 ? color : (c * 91 + color * 3) & 255);
+        };
+        const Picture gif = saved(page, u"a.gif"_s);
+        QCOMPARE(gif.width, 47);
+        for (int y = 0; y < 33; ++y)
+            for (int x = 0; x < 47; ++x)
+                for (int c = 0; c < 3; ++c)
+                    QCOMPARE(gif.colorAt(x, y, c), static_cast<int>(page.at(x, y, c)));
     }
-}
 
-/// As where the source is written to between the passes.
-void ImageWritersTest::refusesGifColorsThatCameLater()
-{
-    PixelLayout layout;
-    layout.model = ColorModel::Rgb;
-    for (const auto later : std::initializer_list<std::uint8_t> { 0, 9, 200 }) {
-        Bitmap first(2, 1, layout, { 5, 5, 5, 9, 9, 9 });
-        Bitmap second(2, 1, layout, { 5, 5, 5, later, later, later });
-        Bitmap* next = &first;
-        QTemporaryDir folder;
-        StagedFile file(folder.filePath(u"a.gif"_s));
-        const auto encode
-            = [&] { encodeGif([&] { return std::exchange(next, &second)->rows(); }, file); };
-        if (later == 9)
-            encode();
-        else
-            QVERIFY_THROWS_EXCEPTION(std::runtime_error, encode());
+    void reducesMoreColorsWithLittleError()
+    {
+        TestPage few("rgb");
+        few.sample = [](int x, int y, int c) {
+            const int color = (x + 47 * y) % 257;
+            return static_cast<std::uint64_t>(c == 0 ? color & 255 : color >> 8);
+        };
+        TestPage many("rgb width=130 height=90");
+        many.sample = [](int x, int y, int c) {
+            const int ramps[] = { 255 * x / 129, 255 * y / 89, 255 - x - y };
+            return static_cast<std::uint64_t>(ramps[c]);
+        };
+        for (const auto& [page, mostError] : { std::pair(few, 1.0), std::pair(many, 5.0) }) {
+            SinglePage single(page);
+            QVERIFY(single.image().saveAsGifWithName(single.path(u"a.gif"_s)));
+            QVERIFY(single.image().saveAsGifWithName(single.path(u"b.gif"_s)));
+            QCOMPARE(bytesOf(single.path(u"a.gif"_s)), bytesOf(single.path(u"b.gif"_s)));
+            const Picture gif = readPicture(single.path(u"a.gif"_s));
+            QCOMPARE(gif.width, page.width);
+            double sum = 0;
+            for (int y = 0; y < page.height; ++y)
+                for (int x = 0; x < page.width; ++x)
+                    for (int c = 0; c < 3; ++c)
+                        sum += std::abs(gif.colorAt(x, y, c)
+                                        - static_cast<double>(page.at(x, y, c)));
+            const double mean = sum / (3.0 * page.width * page.height);
+            QVERIFY2(mean < mostError, qPrintable(QString::number(mean)));
+            const std::set<int> used(gif.samples.begin(), gif.samples.end());
+            QVERIFY(page.width == 47 || used.size() == 256);
+        }
     }
-}
+
+    void samplesColorOfJpegByQuality_data()
+    {
+        QTest::addColumn<int>("quality");
+        QTest::addColumn<int>("sampling");
+        QTest::addColumn<double>("tolerance");
+        QTest::newRow("10") << 10 << 1 << 5.0;
+        QTest::newRow("9") << 9 << 2 << 20.0;
+        QTest::newRow("0") << 0 << 2 << 200.0;
+        QTest::newRow("below") << -5 << 2 << 200.0;
+        QTest::newRow("above") << 99 << 1 << 5.0;
+    }
+
+    void samplesColorOfJpegByQuality()
+    {
+        QFETCH(int, quality);
+        QFETCH(int, sampling);
+        QFETCH(double, tolerance);
+        const TestPage page("rgb smooth");
+        const Picture jpeg = saved(page, u"a.jpg"_s, quality);
+        QCOMPARE(jpeg.sampling, (std::array { sampling, sampling }));
+        const auto expected
+            = [&](int x, int y, int c) { return static_cast<double>(page.at(x, y, c)); };
+        QCOMPARE(difference(jpeg, { 47, 33, 3, 8 }, expected, tolerance), QString());
+        // Values outside 0..10 are clamped to the ends of the scale.
+        const Picture clamped = saved(page, u"a.jpg"_s, std::max(0, std::min(10, quality)));
+        QVERIFY(jpeg.samples == clamped.samples);
+    }
+
+    void writesByTheExactExtension_data()
+    {
+        QTest::addColumn<QByteArray>("start"); // of the file; empty: none is written
+        QTest::newRow("a.jpg") << QByteArray("\xFF\xD8\xFF");
+        QTest::newRow("a.png") << QByteArray("\x89PNG");
+        QTest::newRow("a.bmp") << QByteArray("BM");
+        QTest::newRow("a.gif") << QByteArray("GIF89a");
+        QTest::newRow("a b.c.tiff") << QByteArray("II*\0", 4);
+        for (const char* name : { "a.JPG", "a.jpeg", "a.tif", "a.Png", "png", "a.", "a.png " })
+            QTest::newRow(name) << QByteArray();
+    }
+
+    void writesByTheExactExtension()
+    {
+        QFETCH(QByteArray, start);
+        const QString name = QString::fromLatin1(QTest::currentDataTag());
+        SinglePage single("");
+        QCOMPARE(single.image().save(single.path(name), Settings(nullptr)), !start.isEmpty());
+        QCOMPARE(single.image().failureReason().isEmpty(), !start.isEmpty());
+        QVERIFY(bytesOf(single.path(name)).startsWith(start));
+        QCOMPARE(namesIn(single.folder()).size(), start.isEmpty() ? 1 : 2);
+    }
+
+    void refusesWhatTheFormatCannotHold_data()
+    {
+        QTest::addColumn<QStringList>("refusing");
+        for (const char* page : { "width=70000 height=1", "width=1 height=70000",
+                                  "width=1 height=70000 orientation=6" })
+            QTest::newRow(page) << QStringList { u"a.jpg"_s, u"a.gif"_s };
+        QTest::newRow("width=2000000 height=20000 rows=20000 fax") << QStringList { u"a.bmp"_s };
+    }
+
+    void refusesWhatTheFormatCannotHold()
+    {
+        QFETCH(QStringList, refusing);
+        TestPage page(QTest::currentDataTag());
+        if (page.compression == 4)
+            page.encoded = { QByteArray(5'100'000, '\xFF') }; // each row is like the one above
+        SinglePage single(page);
+        for (const QString& name : refusing) {
+            QVERIFY(!single.image().save(single.path(name), Settings(nullptr)));
+            QVERIFY2(single.image().failureReason().contains(u"too large for"_s),
+                     qPrintable(single.image().failureReason()));
+        }
+        QCOMPARE(namesIn(single.folder()), QStringList { u"page.tif"_s });
+        if (page.compression == 4)
+            return;
+        QVERIFY(single.image().save(single.path(u"a.png"_s), Settings(nullptr)));
+        QCOMPARE(readPicture(single.path(u"a.png"_s)).samples.size(), std::size_t { 70000 });
+    }
+
+    void refusesProfilesTooLargeForJpeg()
+    {
+        for (const qsizetype segments : { 255, 256 }) {
+            TestPage page("rgb");
+            page.iccProfile = profile("rgb").leftJustified(segments * 65'519, '\0');
+            SinglePage single(page);
+            const QString path = single.path(u"a.jpg"_s);
+            QCOMPARE(single.image().saveAsJpegWithName(path, 10), segments == 255);
+            if (segments == 255)
+                QVERIFY(readPicture(path).iccProfile == page.iccProfile);
+        }
+    }
+
+    /// As where the source is written to between the passes.
+    void refusesGifColorsThatCameLater()
+    {
+        PixelLayout layout;
+        layout.model = ColorModel::Rgb;
+        for (const auto later : std::initializer_list<std::uint8_t> { 0, 9, 200 }) {
+            Bitmap first(2, 1, layout, { 5, 5, 5, 9, 9, 9 });
+            Bitmap second(2, 1, layout, { 5, 5, 5, later, later, later });
+            Bitmap* next = &first;
+            QTemporaryDir folder;
+            StagedFile file(folder.filePath(u"a.gif"_s));
+            const auto encode
+                = [&] { encodeGif([&] { return std::exchange(next, &second)->rows(); }, file); };
+            if (later == 9)
+                encode();
+            else
+                QVERIFY_THROWS_EXCEPTION(std::runtime_error, encode());
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(ImageWritersTest)
 #include "ImageWritersTest.moc"

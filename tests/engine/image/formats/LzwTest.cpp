@@ -1,16 +1,12 @@
 #include "engine/image/formats/gif/GifImage.h"
 #include "tests/support/ImageReaders.h"
+#include "tests/support/Testing.h"
 
 #include <QFileInfo>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <gif_lib.h>
 
 #include <random>
-
-using namespace pagestack;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -95,69 +91,65 @@ class LzwTest : public QObject
     Q_OBJECT
 
 private slots:
-    void keepsEveryIndexInAsFewBytesAsGiflib_data();
-    void keepsEveryIndexInAsFewBytesAsGiflib();
-    void writesTheColorTable();
-};
-
-void LzwTest::keepsEveryIndexInAsFewBytesAsGiflib_data()
-{
-    QTest::addColumn<int>("colors");
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("height");
-    for (const int colors : { 2, 3, 4, 16, 17, 256 }) {
-        QTest::addRow("%d colors, random", colors) << colors << 701 << 211;
-        QTest::addRow("%d colors, runs", colors) << colors << 1733 << 1201;
-        QTest::addRow("%d colors, ramp", colors) << colors << 523 << 90;
+    void keepsEveryIndexInAsFewBytesAsGiflib_data()
+    {
+        QTest::addColumn<int>("colors");
+        QTest::addColumn<int>("width");
+        QTest::addColumn<int>("height");
+        for (const int colors : { 2, 3, 4, 16, 17, 256 }) {
+            QTest::addRow("%d colors, random", colors) << colors << 701 << 211;
+            QTest::addRow("%d colors, runs", colors) << colors << 1733 << 1201;
+            QTest::addRow("%d colors, ramp", colors) << colors << 523 << 90;
+        }
+        for (const int width : { 1, 3, 4, 8, 57, 64, 65 })
+            for (const char* content : { "random", "flat" })
+                QTest::addRow("%d wide, %s", width, content) << 2 << width << 200;
+        QTest::newRow("2 colors by turns and flat, dither") << 2 << 523 << 90;
+        QTest::newRow("single pixel, flat") << 2 << 1 << 1;
+        QTest::newRow("single pixel of many, flat") << 256 << 1 << 1;
+        // Its longest strings are longer than the longest stride, and the table becomes full.
+        QTest::newRow("large and flat") << 2 << 3001 << 3001;
     }
-    for (const int width : { 1, 3, 4, 8, 57, 64, 65 })
-        for (const char* content : { "random", "flat" })
-            QTest::addRow("%d wide, %s", width, content) << 2 << width << 200;
-    QTest::newRow("2 colors by turns and flat, dither") << 2 << 523 << 90;
-    QTest::newRow("single pixel, flat") << 2 << 1 << 1;
-    QTest::newRow("single pixel of many, flat") << 256 << 1 << 1;
-    // Its longest strings are longer than the longest stride, and the table becomes full.
-    QTest::newRow("large and flat") << 2 << 3001 << 3001;
-}
 
-void LzwTest::keepsEveryIndexInAsFewBytesAsGiflib()
-{
-    QFETCH(int, colors);
-    QFETCH(int, width);
-    QFETCH(int, height);
-    const QByteArray content = QByteArray(QTest::currentDataTag()).split(' ').last();
-    const Indexes indexes = indexesOf(colors, width, height, content);
-    const QTemporaryDir folder;
-    const QString reference = folder.filePath(u"reference.gif"_s);
-    writeByGiflib(indexes, reference);
-    for (const GifImage::Rows rows : { GifImage::Rows::Bytes, GifImage::Rows::Bits }) {
-        if (rows == GifImage::Rows::Bits && colors > 2)
-            continue;
+    void keepsEveryIndexInAsFewBytesAsGiflib()
+    {
+        QFETCH(int, colors);
+        QFETCH(int, width);
+        QFETCH(int, height);
+        const QByteArray content = QByteArray(QTest::currentDataTag()).split(' ').last();
+        const Indexes indexes = indexesOf(colors, width, height, content);
+        const QTemporaryDir folder;
+        const QString reference = folder.filePath(u"reference.gif"_s);
+        writeByGiflib(indexes, reference);
+        for (const GifImage::Rows rows : { GifImage::Rows::Bytes, GifImage::Rows::Bits }) {
+            if (rows == GifImage::Rows::Bits && colors > 2)
+                continue;
+            const QString path = folder.filePath(u"a.gif"_s);
+            write(indexes, path, rows);
+            const Picture picture = readPicture(path);
+            QCOMPARE(picture.width, width);
+            QCOMPARE(picture.height, height);
+            QVERIFY(std::equal(picture.samples.begin(), picture.samples.end(),
+                               indexes.pixels.begin(), indexes.pixels.end()));
+            QCOMPARE(QFileInfo(path).size(), QFileInfo(reference).size());
+        }
+    }
+
+    void writesTheColorTable()
+    {
+        const QTemporaryDir folder;
         const QString path = folder.filePath(u"a.gif"_s);
-        write(indexes, path, rows);
-        const Picture picture = readPicture(path);
-        QCOMPARE(picture.width, width);
-        QCOMPARE(picture.height, height);
-        QVERIFY(std::equal(picture.samples.begin(), picture.samples.end(), indexes.pixels.begin(),
-                           indexes.pixels.end()));
-        QCOMPARE(QFileInfo(path).size(), QFileInfo(reference).size());
+        for (const auto& [colors, entries] :
+             { std::pair(1, 2), std::pair(5, 8), std::pair(256, 256) }) {
+            write(indexesOf(colors, 40, 9, "ramp"), path, GifImage::Rows::Bytes);
+            const Picture picture = readPicture(path);
+            QCOMPARE(picture.palette.size(), static_cast<std::size_t>(entries));
+            const std::array last { (colors - 1) & 255, 3 * (colors - 1) & 255, 9 };
+            QCOMPARE(picture.palette.at(static_cast<std::size_t>(colors - 1)), last);
+            QCOMPARE(picture.transparentIndex, -1);
+        }
     }
-}
-
-void LzwTest::writesTheColorTable()
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(u"a.gif"_s);
-    for (const auto& [colors, entries] :
-         { std::pair(1, 2), std::pair(5, 8), std::pair(256, 256) }) {
-        write(indexesOf(colors, 40, 9, "ramp"), path, GifImage::Rows::Bytes);
-        const Picture picture = readPicture(path);
-        QCOMPARE(picture.palette.size(), static_cast<std::size_t>(entries));
-        const std::array last { (colors - 1) & 255, 3 * (colors - 1) & 255, 9 };
-        QCOMPARE(picture.palette.at(static_cast<std::size_t>(colors - 1)), last);
-        QCOMPARE(picture.transparentIndex, -1);
-    }
-}
+};
 
 QTEST_GUILESS_MAIN(LzwTest)
 #include "LzwTest.moc"

@@ -2,15 +2,8 @@
 
 #include "engine/image/PrefetchedPage.h"
 #include "engine/settings/Settings.h"
+#include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
-
-#include <QTest>
-
-#include <set>
-#include <stdexcept>
-
-using namespace pagestack;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -104,162 +97,156 @@ class ReadAheadRowsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void tellsTheStoryOfItsSource_data();
-    void tellsTheStoryOfItsSource();
-    void readsNoFurtherThanItsRing();
-    void writesTheSameFileWithSpareThreads_data();
-    void writesTheSameFileWithSpareThreads();
-    void countsWhoIsAtWork();
-};
-
-void ReadAheadRowsTest::tellsTheStoryOfItsSource_data()
-{
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("bandRows");
-    QTest::addColumn<int>("lastRow");
-    QTest::addColumn<bool>("fails");
-    QTest::addColumn<int>("spareFromRow"); // a thread is spare from this row on
-    QTest::newRow("bands larger than portions") << 600 << 700 << 3000 << false << 0;
-    QTest::newRow("single rows") << 40 << 1 << 3000 << false << 0;
-    QTest::newRow("rows larger than portions") << 300'000 << 2 << 7 << false << 0;
-    QTest::newRow("a thread becomes spare midway") << 600 << 300 << 3000 << false << 1500;
-    QTest::newRow("a thread becomes spare at the end") << 600 << 300 << 3000 << false << 3000;
-    QTest::newRow("fails midway") << 600 << 300 << 1234 << true << 0;
-    QTest::newRow("fails at once") << 600 << 300 << 0 << true << 0;
-    QTest::newRow("fails when a thread becomes spare") << 600 << 300 << 600 << true << 600;
-    QTest::newRow("ends before its height") << 600 << 300 << 1234 << false << 0;
-    QTest::newRow("no rows") << 600 << 300 << 0 << false << 0;
-}
-
-void ReadAheadRowsTest::tellsTheStoryOfItsSource()
-{
-    QFETCH(int, width);
-    QFETCH(int, bandRows);
-    QFETCH(int, lastRow);
-    QFETCH(bool, fails);
-    QFETCH(int, spareFromRow);
-    const Script script {
-        .width = width, .bandRows = bandRows, .lastRow = lastRow, .fails = fails
-    };
-    SpareThreads threads(1);
-    ThreadClaim other = threads.take();
-    Script alone = script;
-    const QStringList expected = [&] {
-        ReadAheadRows rows(std::make_unique<ScriptedRows>(alone), threads);
-        return story(rows, [](int) {});
-    }();
-    QCOMPARE(expected.last(), u"%1 rows"_s.arg(lastRow));
-    QCOMPARE(expected.count(u"the rows are torn"_s), fails ? 1 : 0);
-    QCOMPARE(alone.readers, std::set { std::this_thread::get_id() });
-
-    Script helped = script;
+    void tellsTheStoryOfItsSource_data()
     {
-        ReadAheadRows rows(std::make_unique<ScriptedRows>(helped), threads);
-        const QStringList told = story(rows, [&](int row) {
-            if (row >= spareFromRow)
-                other.giveBack();
-        });
-        QCOMPARE(told, expected);
+        QTest::addColumn<int>("width");
+        QTest::addColumn<int>("bandRows");
+        QTest::addColumn<int>("lastRow");
+        QTest::addColumn<bool>("fails");
+        QTest::addColumn<int>("spareFromRow"); // a thread is spare from this row on
+        QTest::newRow("bands larger than portions") << 600 << 700 << 3000 << false << 0;
+        QTest::newRow("single rows") << 40 << 1 << 3000 << false << 0;
+        QTest::newRow("rows larger than portions") << 300'000 << 2 << 7 << false << 0;
+        QTest::newRow("a thread becomes spare midway") << 600 << 300 << 3000 << false << 1500;
+        QTest::newRow("a thread becomes spare at the end") << 600 << 300 << 3000 << false << 3000;
+        QTest::newRow("fails midway") << 600 << 300 << 1234 << true << 0;
+        QTest::newRow("fails at once") << 600 << 300 << 0 << true << 0;
+        QTest::newRow("fails when a thread becomes spare") << 600 << 300 << 600 << true << 600;
+        QTest::newRow("ends before its height") << 600 << 300 << 1234 << false << 0;
+        QTest::newRow("no rows") << 600 << 300 << 0 << false << 0;
     }
-    QCOMPARE(helped.readers.size(), spareFromRow == 0 ? 1U : 2U);
-    QVERIFY(helped.readers != alone.readers);
-    QVERIFY(threads.tryTake());
-}
 
-void ReadAheadRowsTest::readsNoFurtherThanItsRing()
-{
-    for (const int taken : { 1, 2, 5 }) {
-        Script script { .width = 200'000, .bandRows = 1 };
-        SpareThreads threads(1);
-        {
-            const LogHold quiet;
-            ReadAheadRows rows(std::make_unique<ScriptedRows>(script), threads);
-            for (int i = 0; i < taken; ++i)
-                QCOMPARE(rows.nextBand().rows, 1);
-            QVERIFY(!threads.tryTake());
-        }
-        QVERIFY(script.isGone && threads.tryTake());
-        // Four lie in the ring, of which one is in use, and one waits for room.
-        QVERIFY2(script.bands <= taken + 4, qPrintable(QString::number(script.bands)));
-    }
-}
-
-void ReadAheadRowsTest::writesTheSameFileWithSpareThreads_data()
-{
-    QTest::addColumn<TestPage>("page");
-    QTest::addColumn<QString>("extension");
-    const auto large = [](TestPage page) {
-        page.width = 2048;
-        page.height = 2048;
-        page.rows = 100;
-        page.sample = [](int x, int y, int c) -> std::uint64_t {
-            return static_cast<unsigned>(x / 8 * (c + 1) + y / 4 + (y / 512 % 2) * (x * y % 64))
-                & 255U;
+    void tellsTheStoryOfItsSource()
+    {
+        QFETCH(int, width);
+        QFETCH(int, bandRows);
+        QFETCH(int, lastRow);
+        QFETCH(bool, fails);
+        QFETCH(int, spareFromRow);
+        const Script script {
+            .width = width, .bandRows = bandRows, .lastRow = lastRow, .fails = fails
         };
-        return page;
-    };
-    for (const QString& name : { u"jpg rgb"_s, u"jpg fax"_s, u"png rgb"_s, u"bmp fax"_s,
-                                 u"bmp rgb orientation=6"_s, u"gif rgb"_s, u"tiff rgb"_s })
-        QTest::newRow(qPrintable(name))
-            << large(qPrintable(name.section(u' ', 1))) << name.section(u' ', 0, 0);
-}
+        SpareThreads threads(1);
+        ThreadClaim other = threads.take();
+        Script alone = script;
+        const QStringList expected = [&] {
+            ReadAheadRows rows(std::make_unique<ScriptedRows>(alone), threads);
+            return story(rows, [](int) {});
+        }();
+        QCOMPARE(expected.last(), u"%1 rows"_s.arg(lastRow));
+        QCOMPARE(expected.count(u"the rows are torn"_s), fails ? 1 : 0);
+        QCOMPARE(alone.readers, std::set { std::this_thread::get_id() });
 
-void ReadAheadRowsTest::writesTheSameFileWithSpareThreads()
-{
-    QFETCH(TestPage, page);
-    QFETCH(QString, extension);
-    SinglePage single(page);
-    Settings settings(nullptr);
-    QByteArray alone;
-    for (const int spare : { 0, 2 }) {
-        SpareThreads threads(spare);
-        std::vector<ThreadClaim> given;
-        const QString path = single.path(u"%1.%2"_s.arg(spare).arg(extension));
-        QVERIFY2(single.image().save(path, settings, {}, &threads),
-                 qPrintable(single.image().failureReason()));
-        if (spare == 0)
-            alone = bytesOf(path);
-        QVERIFY(bytesOf(path).size() > 1000);
-        QVERIFY(bytesOf(path) == alone);
-        for (int i = 0; i < spare; ++i)
-            given.push_back(threads.tryTake());
-        QVERIFY(std::all_of(given.begin(), given.end(), [](const auto& claim) { return !!claim; }));
+        Script helped = script;
+        {
+            ReadAheadRows rows(std::make_unique<ScriptedRows>(helped), threads);
+            const QStringList told = story(rows, [&](int row) {
+                if (row >= spareFromRow)
+                    other.giveBack();
+            });
+            QCOMPARE(told, expected);
+        }
+        QCOMPARE(helped.readers.size(), spareFromRow == 0 ? 1U : 2U);
+        QVERIFY(helped.readers != alone.readers);
+        QVERIFY(threads.tryTake());
     }
-}
 
-void ReadAheadRowsTest::countsWhoIsAtWork()
-{
-    SpareThreads threads(2);
-    ThreadClaim first = threads.tryTake();
-    ThreadClaim second = threads.take();
-    ThreadClaim third = threads.take();
-    QVERIFY(first && second && third && !threads.tryTake());
-    first = std::move(third); // gives the first one back
-    third = ThreadClaim();
-    QVERIFY(!threads.tryTake());
-    first.giveBack();
-    QVERIFY(threads.tryTake());
-    second.giveBack();
-    QVERIFY(!second && threads.tryTake());
+    void readsNoFurtherThanItsRing()
+    {
+        for (const int taken : { 1, 2, 5 }) {
+            Script script { .width = 200'000, .bandRows = 1 };
+            SpareThreads threads(1);
+            {
+                const LogHold quiet;
+                ReadAheadRows rows(std::make_unique<ScriptedRows>(script), threads);
+                for (int i = 0; i < taken; ++i)
+                    QCOMPARE(rows.nextBand().rows, 1);
+                QVERIFY(!threads.tryTake());
+            }
+            QVERIFY(script.isGone && threads.tryTake());
+            // Four lie in the ring, of which one is in use, and one waits for room.
+            QVERIFY2(script.bands <= taken + 4, qPrintable(QString::number(script.bands)));
+        }
+    }
 
-    std::atomic<int> atWork = 0;
-    std::atomic<int> most = 0;
-    std::vector<std::thread> workers;
-    for (int i = 0; i < 4; ++i)
-        workers.emplace_back([&] {
-            for (int k = 0; k < 5000; ++k)
-                if (const ThreadClaim claim = threads.tryTake()) {
-                    most = std::max<int>(most, ++atWork);
-                    --atWork;
-                }
-        });
-    for (std::thread& worker : workers)
-        worker.join();
-    QVERIFY2(most >= 1 && most <= 2, qPrintable(QString::number(most)));
-    const ThreadClaim one = threads.tryTake();
-    const ThreadClaim other = threads.tryTake();
-    QVERIFY(one && other && !threads.tryTake());
-}
+    void writesTheSameFileWithSpareThreads_data()
+    {
+        QTest::addColumn<TestPage>("page");
+        QTest::addColumn<QString>("extension");
+        const auto large = [](TestPage page) {
+            page.width = 2048;
+            page.height = 2048;
+            page.rows = 100;
+            page.sample = [](int x, int y, int c) -> std::uint64_t {
+                return static_cast<unsigned>(x / 8 * (c + 1) + y / 4 + (y / 512 % 2) * (x * y % 64))
+                    & 255U;
+            };
+            return page;
+        };
+        for (const QString& name : { u"jpg rgb"_s, u"jpg fax"_s, u"png rgb"_s, u"bmp fax"_s,
+                                     u"bmp rgb orientation=6"_s, u"gif rgb"_s, u"tiff rgb"_s })
+            QTest::newRow(qPrintable(name))
+                << large(qPrintable(name.section(u' ', 1))) << name.section(u' ', 0, 0);
+    }
+
+    void writesTheSameFileWithSpareThreads()
+    {
+        QFETCH(TestPage, page);
+        QFETCH(QString, extension);
+        SinglePage single(page);
+        Settings settings(nullptr);
+        QByteArray alone;
+        for (const int spare : { 0, 2 }) {
+            SpareThreads threads(spare);
+            std::vector<ThreadClaim> given;
+            const QString path = single.path(u"%1.%2"_s.arg(spare).arg(extension));
+            QVERIFY2(single.image().save(path, settings, {}, &threads),
+                     qPrintable(single.image().failureReason()));
+            if (spare == 0)
+                alone = bytesOf(path);
+            QVERIFY(bytesOf(path).size() > 1000);
+            QVERIFY(bytesOf(path) == alone);
+            for (int i = 0; i < spare; ++i)
+                given.push_back(threads.tryTake());
+            QVERIFY(
+                std::all_of(given.begin(), given.end(), [](const auto& claim) { return !!claim; }));
+        }
+    }
+
+    void countsWhoIsAtWork()
+    {
+        SpareThreads threads(2);
+        ThreadClaim first = threads.tryTake();
+        ThreadClaim second = threads.take();
+        ThreadClaim third = threads.take();
+        QVERIFY(first && second && third && !threads.tryTake());
+        first = std::move(third); // gives the first one back
+        third = ThreadClaim();
+        QVERIFY(!threads.tryTake());
+        first.giveBack();
+        QVERIFY(threads.tryTake());
+        second.giveBack();
+        QVERIFY(!second && threads.tryTake());
+
+        std::atomic<int> atWork = 0;
+        std::atomic<int> most = 0;
+        std::vector<std::thread> workers;
+        for (int i = 0; i < 4; ++i)
+            workers.emplace_back([&] {
+                for (int k = 0; k < 5000; ++k)
+                    if (const ThreadClaim claim = threads.tryTake()) {
+                        most = std::max<int>(most, ++atWork);
+                        --atWork;
+                    }
+            });
+        for (std::thread& worker : workers)
+            worker.join();
+        QVERIFY2(most >= 1 && most <= 2, qPrintable(QString::number(most)));
+        const ThreadClaim one = threads.tryTake();
+        const ThreadClaim other = threads.tryTake();
+        QVERIFY(one && other && !threads.tryTake());
+    }
+};
 
 QTEST_APPLESS_MAIN(ReadAheadRowsTest)
 #include "ReadAheadRowsTest.moc"

@@ -1,17 +1,12 @@
 #include "engine/image/PageCount.h"
 #include "engine/threads/StopScope.h"
+#include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
-#include <QFile>
-#include <QTest>
 #include <QtEndian>
 #include <qpdf/qpdf-c.h>
 
-#include <stdexcept>
 #include <sys/stat.h>
-
-using namespace pagestack;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -111,15 +106,161 @@ class TiffDocumentTest : public QObject
     Q_OBJECT
 
 private slots:
-    void countsThePagesOfTheChain_data();
-    void countsThePagesOfTheChain();
-    void stopsLookingWhenItIsNotWanted();
-    void opensRealFilesOfEveryKind();
-    void tellsWhichPagesThereAre();
-    void takesNoOtherFileForTiff_data();
-    void takesNoOtherFileForTiff();
-    void countsPagesOfPdfDocuments_data();
-    void countsPagesOfPdfDocuments();
+    void countsThePagesOfTheChain_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("pages");
+        QTest::addColumn<QString>("fault");
+        for (const Kind kind :
+             { Kind { false, false }, { true, false }, { false, true }, { true, true } }) {
+            const auto add
+                = [&kind](const char* name, const QByteArray& bytes, int pages, const char* fault) {
+                      QTest::addRow("%s%s, %s", kind.isBigTiff ? "BigTIFF" : "TIFF",
+                                    kind.isBigEndian ? " big-endian" : "", name)
+                          << bytes << pages << QString::fromLatin1(fault);
+                  };
+            const QByteArray three = chain(kind, { 2, -1, 1 });
+            const qsizetype end = headerBytes(kind) + 2 * directoryBytes(kind);
+            add("in another order", three, 3, "");
+            add("looping", chain(kind, { 1, 2, 1 }), 3,
+                "the chain of pages leads back to page 2 after page 3");
+            add("leading to itself", chain(kind, { 0 }), 1,
+                "the chain of pages leads back to page 1 after page 1");
+            add("leading out", chain(kind, { 1, 9 }), 2,
+                "the chain of pages leads out of the file after page 2");
+            add("cut in a directory", chain(kind, { 1, 2, -1 }).left(end + 10), 3,
+                "the file ends within the directory of page 3");
+            add("cut before a directory", chain(kind, { 1, 2, -1 }).left(end), 2,
+                "the chain of pages leads out of the file after page 2");
+            QByteArray none = three;
+            none.replace(end, kind.isBigTiff ? 8 : 2, QByteArray(kind.isBigTiff ? 8 : 2, '\0'));
+            add("with an empty directory", none, 1, "the directory after page 1 is damaged");
+            add("very long", chain(kind, oneAfterTheOther(20'000)), 20'000, "");
+        }
+        QTest::newRow("overlapping")
+            << denseChain(5000) << 1 << u"the directory after page 1 overlaps that of page 1"_s;
+    }
+
+    void countsThePagesOfTheChain()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, pages);
+        const QString path = write(u"chain.tif"_s, bytes);
+        QCOMPARE(count(path), pages);
+        const TiffDocument document(path);
+        QCOMPARE(document.pageCount(), pages);
+        QTEST(document.chainFault(), "fault");
+    }
+
+    void stopsLookingWhenItIsNotWanted()
+    {
+        const QString path
+            = write(u"chain.tif"_s, chain({ false, false }, oneAfterTheOther(20'000)));
+        int looks = 0;
+        {
+            const StopScope scope([&looks] { return ++looks > 7; });
+            QCOMPARE(count(path), 7);
+            looks = 0;
+            QCOMPARE(TiffDocument(path).chainFault(),
+                     u"the search for pages was stopped after page 7"_s);
+        }
+        QCOMPARE(count(path), 20'000);
+    }
+
+    void opensRealFilesOfEveryKind()
+    {
+        const QString path = m_folder.filePath(u"pages ä.tif"_s);
+        for (const char* mode : { "wl", "wb", "wl8", "wb8" }) {
+            writeTiff(path, { "width=5", "width=6", "width=7" }, mode);
+            QCOMPARE(count(path), 3);
+            const TiffDocument document(path);
+            for (const int index : { 2, 0, 1 })
+                QCOMPARE(document.page(index).widthPx(), 5 + index);
+            const PageImage last = TiffDocument(path).page(2); // keeps the file open
+            QCOMPARE(last.widthPx(), 7);
+        }
+    }
+
+    void tellsWhichPagesThereAre()
+    {
+        const QString path = m_folder.filePath(u"three.tif"_s);
+        writeTiff(path, { "", "", "" });
+        const TiffDocument document(path);
+        for (const int index : { 3, -1, 4'000'000 })
+            try {
+                document.page(index);
+                QFAIL("there is no such page");
+            } catch (const std::out_of_range& error) {
+                QCOMPARE(QString::fromLatin1(error.what()),
+                         u"index %1 beyond bounds [0 .. 2]"_s.arg(index));
+            }
+    }
+
+    void takesNoOtherFileForTiff_data()
+    {
+        QTest::addColumn<QByteArray>("bytes"); // null: `name` is no file at all
+        QTest::newRow("empty.tif") << QByteArray("");
+        QTest::newRow("text.tif") << QByteArray("II is how this text begins");
+        QTest::newRow("jpeg.tif") << QByteArray("\xFF\xD8\xFF\xE0 JFIF");
+        QTest::newRow("cut.tif") << QByteArray("II*\0\x8", 5);
+        QTest::newRow("no page.tif") << QByteArray("II*\0\0\0\0\0", 8);
+        QTest::newRow("text.pdf") << QByteArray("%PDF-1.4 and no more");
+        QTest::newRow("pipe.tif") << QByteArray();
+        QTest::newRow("pipe.pdf") << QByteArray();
+        QTest::newRow("folder.tif") << QByteArray();
+        QTest::newRow("missing.tif") << QByteArray();
+    }
+
+    void takesNoOtherFileForTiff()
+    {
+        QFETCH(QByteArray, bytes);
+        const QString name = QString::fromLatin1(QTest::currentDataTag());
+        const QString path = m_folder.filePath(name);
+        if (!bytes.isNull())
+            write(name, bytes);
+        else if (name.startsWith(u"pipe"_s))
+            QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        else if (name.startsWith(u"folder"_s))
+            QCOMPARE(::mkdir(QFile::encodeName(path).constData(), 0700), 0);
+        QCOMPARE(count(path), 0);
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, TiffDocument { path });
+        QVERIFY(!verifyPDF(QUrl::fromLocalFile(path), u""_s));
+    }
+
+    void countsPagesOfPdfDocuments_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("userPassword"); // null: not encrypted
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<int>("pages");
+        QTest::addColumn<bool>("opens");
+        QTest::newRow("plain") << u"a.pdf"_s << QByteArray() << u""_s << 3 << true;
+        QTest::newRow("null password") << u"a.pdf"_s << QByteArray() << QString() << 3 << false;
+        QTest::newRow("extension in capitals") << u"a.PdF"_s << QByteArray() << u"x"_s << 3 << true;
+        QTest::newRow("another extension") << u"a.tif"_s << QByteArray() << u""_s << 0 << true;
+        QTest::newRow("no extension") << u"pdf"_s << QByteArray() << u""_s << 0 << true;
+        QTest::newRow("empty password") << u"a.pdf"_s << QByteArray("") << u""_s << 3 << true;
+        QTest::newRow("right password") << u"a.pdf"_s << QByteArray("key") << u"key"_s << 3 << true;
+        QTest::newRow("owner's password")
+            << u"a.pdf"_s << QByteArray("key") << u"owner"_s << 3 << true;
+        QTest::newRow("wrong password") << u"a.pdf"_s << QByteArray("key") << u"no"_s << 0 << false;
+        QTest::newRow("no password") << u"a.pdf"_s << QByteArray("key") << u""_s << 0 << false;
+    }
+
+    void countsPagesOfPdfDocuments()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, userPassword);
+        QFETCH(QString, password);
+        const QString path = m_folder.filePath(name);
+        writePdf(path, 3, userPassword.isNull() ? nullptr : userPassword.constData());
+        QTEST(count(path, password), "pages");
+        QTEST(verifyPDF(QUrl::fromLocalFile(path), password), "opens");
+        QVERIFY(!verifyPDF(QUrl(), password));
+        // What a file is counts before its name.
+        const QString tiff = write(u"tiff.pdf"_s, chain({ false, false }, { 1, -1 }));
+        QCOMPARE(count(tiff, password), 2);
+    }
 
 private:
     QString write(const QString& name, const QByteArray& bytes) const
@@ -134,160 +275,6 @@ private:
 
     QTemporaryDir m_folder;
 };
-
-void TiffDocumentTest::countsThePagesOfTheChain_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("pages");
-    QTest::addColumn<QString>("fault");
-    for (const Kind kind :
-         { Kind { false, false }, { true, false }, { false, true }, { true, true } }) {
-        const auto add
-            = [&kind](const char* name, const QByteArray& bytes, int pages, const char* fault) {
-                  QTest::addRow("%s%s, %s", kind.isBigTiff ? "BigTIFF" : "TIFF",
-                                kind.isBigEndian ? " big-endian" : "", name)
-                      << bytes << pages << QString::fromLatin1(fault);
-              };
-        const QByteArray three = chain(kind, { 2, -1, 1 });
-        const qsizetype end = headerBytes(kind) + 2 * directoryBytes(kind);
-        add("in another order", three, 3, "");
-        add("looping", chain(kind, { 1, 2, 1 }), 3,
-            "the chain of pages leads back to page 2 after page 3");
-        add("leading to itself", chain(kind, { 0 }), 1,
-            "the chain of pages leads back to page 1 after page 1");
-        add("leading out", chain(kind, { 1, 9 }), 2,
-            "the chain of pages leads out of the file after page 2");
-        add("cut in a directory", chain(kind, { 1, 2, -1 }).left(end + 10), 3,
-            "the file ends within the directory of page 3");
-        add("cut before a directory", chain(kind, { 1, 2, -1 }).left(end), 2,
-            "the chain of pages leads out of the file after page 2");
-        QByteArray none = three;
-        none.replace(end, kind.isBigTiff ? 8 : 2, QByteArray(kind.isBigTiff ? 8 : 2, '\0'));
-        add("with an empty directory", none, 1, "the directory after page 1 is damaged");
-        add("very long", chain(kind, oneAfterTheOther(20'000)), 20'000, "");
-    }
-    QTest::newRow("overlapping") << denseChain(5000) << 1
-                                 << u"the directory after page 1 overlaps that of page 1"_s;
-}
-
-void TiffDocumentTest::countsThePagesOfTheChain()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, pages);
-    const QString path = write(u"chain.tif"_s, bytes);
-    QCOMPARE(count(path), pages);
-    const TiffDocument document(path);
-    QCOMPARE(document.pageCount(), pages);
-    QTEST(document.chainFault(), "fault");
-}
-
-void TiffDocumentTest::stopsLookingWhenItIsNotWanted()
-{
-    const QString path = write(u"chain.tif"_s, chain({ false, false }, oneAfterTheOther(20'000)));
-    int looks = 0;
-    {
-        const StopScope scope([&looks] { return ++looks > 7; });
-        QCOMPARE(count(path), 7);
-        looks = 0;
-        QCOMPARE(TiffDocument(path).chainFault(),
-                 u"the search for pages was stopped after page 7"_s);
-    }
-    QCOMPARE(count(path), 20'000);
-}
-
-void TiffDocumentTest::opensRealFilesOfEveryKind()
-{
-    const QString path = m_folder.filePath(u"pages ä.tif"_s);
-    for (const char* mode : { "wl", "wb", "wl8", "wb8" }) {
-        writeTiff(path, { "width=5", "width=6", "width=7" }, mode);
-        QCOMPARE(count(path), 3);
-        const TiffDocument document(path);
-        for (const int index : { 2, 0, 1 })
-            QCOMPARE(document.page(index).widthPx(), 5 + index);
-        const PageImage last = TiffDocument(path).page(2); // keeps the file open
-        QCOMPARE(last.widthPx(), 7);
-    }
-}
-
-void TiffDocumentTest::tellsWhichPagesThereAre()
-{
-    const QString path = m_folder.filePath(u"three.tif"_s);
-    writeTiff(path, { "", "", "" });
-    const TiffDocument document(path);
-    for (const int index : { 3, -1, 4'000'000 })
-        try {
-            document.page(index);
-            QFAIL("there is no such page");
-        } catch (const std::out_of_range& error) {
-            QCOMPARE(QString::fromLatin1(error.what()),
-                     u"index %1 beyond bounds [0 .. 2]"_s.arg(index));
-        }
-}
-
-void TiffDocumentTest::takesNoOtherFileForTiff_data()
-{
-    QTest::addColumn<QByteArray>("bytes"); // null: `name` is no file at all
-    QTest::newRow("empty.tif") << QByteArray("");
-    QTest::newRow("text.tif") << QByteArray("II is how this text begins");
-    QTest::newRow("jpeg.tif") << QByteArray("\xFF\xD8\xFF\xE0 JFIF");
-    QTest::newRow("cut.tif") << QByteArray("II*\0\x8", 5);
-    QTest::newRow("no page.tif") << QByteArray("II*\0\0\0\0\0", 8);
-    QTest::newRow("text.pdf") << QByteArray("%PDF-1.4 and no more");
-    QTest::newRow("pipe.tif") << QByteArray();
-    QTest::newRow("pipe.pdf") << QByteArray();
-    QTest::newRow("folder.tif") << QByteArray();
-    QTest::newRow("missing.tif") << QByteArray();
-}
-
-void TiffDocumentTest::takesNoOtherFileForTiff()
-{
-    QFETCH(QByteArray, bytes);
-    const QString name = QString::fromLatin1(QTest::currentDataTag());
-    const QString path = m_folder.filePath(name);
-    if (!bytes.isNull())
-        write(name, bytes);
-    else if (name.startsWith(u"pipe"_s))
-        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
-    else if (name.startsWith(u"folder"_s))
-        QCOMPARE(::mkdir(QFile::encodeName(path).constData(), 0700), 0);
-    QCOMPARE(count(path), 0);
-    QVERIFY_THROWS_EXCEPTION(std::runtime_error, TiffDocument { path });
-    QVERIFY(!verifyPDF(QUrl::fromLocalFile(path), u""_s));
-}
-
-void TiffDocumentTest::countsPagesOfPdfDocuments_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("userPassword"); // null: not encrypted
-    QTest::addColumn<QString>("password");
-    QTest::addColumn<int>("pages");
-    QTest::addColumn<bool>("opens");
-    QTest::newRow("plain") << u"a.pdf"_s << QByteArray() << u""_s << 3 << true;
-    QTest::newRow("null password") << u"a.pdf"_s << QByteArray() << QString() << 3 << false;
-    QTest::newRow("extension in capitals") << u"a.PdF"_s << QByteArray() << u"x"_s << 3 << true;
-    QTest::newRow("another extension") << u"a.tif"_s << QByteArray() << u""_s << 0 << true;
-    QTest::newRow("no extension") << u"pdf"_s << QByteArray() << u""_s << 0 << true;
-    QTest::newRow("empty password") << u"a.pdf"_s << QByteArray("") << u""_s << 3 << true;
-    QTest::newRow("right password") << u"a.pdf"_s << QByteArray("key") << u"key"_s << 3 << true;
-    QTest::newRow("owner's password") << u"a.pdf"_s << QByteArray("key") << u"owner"_s << 3 << true;
-    QTest::newRow("wrong password") << u"a.pdf"_s << QByteArray("key") << u"no"_s << 0 << false;
-    QTest::newRow("no password") << u"a.pdf"_s << QByteArray("key") << u""_s << 0 << false;
-}
-
-void TiffDocumentTest::countsPagesOfPdfDocuments()
-{
-    QFETCH(QString, name);
-    QFETCH(QByteArray, userPassword);
-    QFETCH(QString, password);
-    const QString path = m_folder.filePath(name);
-    writePdf(path, 3, userPassword.isNull() ? nullptr : userPassword.constData());
-    QTEST(count(path, password), "pages");
-    QTEST(verifyPDF(QUrl::fromLocalFile(path), password), "opens");
-    QVERIFY(!verifyPDF(QUrl(), password));
-    // What a file is counts before its name.
-    const QString tiff = write(u"tiff.pdf"_s, chain({ false, false }, { 1, -1 }));
-    QCOMPARE(count(tiff, password), 2);
-}
 
 QTEST_GUILESS_MAIN(TiffDocumentTest)
 #include "TiffDocumentTest.moc"

@@ -3,19 +3,12 @@
 #include "engine/image/pixels/Bitmap.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/ImageReaders.h"
+#include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
-
-#include <QFile>
-#include <QTest>
 
 #include <tiffio.h>
 
-#include <map>
 #include <new>
-#include <stdexcept>
-
-using namespace pagestack;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -94,29 +87,438 @@ class MultiPageTiffTest : public QObject
     Q_OBJECT
 
 private slots:
-    void keepsTheSamplesOfEveryKindOfPage_data();
-    void keepsTheSamplesOfEveryKindOfPage();
-    void copiesEncodedPiecesThatFit_data();
-    void copiesEncodedPiecesThatFit();
-    void encodesAnewWhatOthersCouldNotRead();
-    void writesFaxRowsOfManyRuns();
-    void carriesWhatDescribesThePage();
-    void tellsWhatItLeavesOut();
-    void altersNoTagInSilence();
-    void keepsTheBytesOfIptcThatLibtiffTurnsRound();
-    void writesTilesOfOtherSizesAsStrips();
-    void numbersThePagesThatAreThere();
-    void leavesNoTraceOfADamagedPage();
-    void isTheSameOnEveryRun();
-    void isTheSameFromPiecesEncodedApart_data();
-    void isTheSameFromPiecesEncodedApart();
-    void becomesBigTiffWhenItCouldBeTooLarge_data();
-    void becomesBigTiffWhenItCouldBeTooLarge();
-    void linksManyPages();
-    void tellsAtTheEndThatTheTargetTookNoMore_data();
-    void tellsAtTheEndThatTheTargetTookNoMore();
-    void losesNoPageForWantOfMemory();
-    void writesNothingWithoutAPage();
+    void keepsTheSamplesOfEveryKindOfPage_data()
+    {
+        QTest::addColumn<int>("index");
+        QTest::addColumn<int>("compression");
+        QTest::newRow("none") << 0 << 1;
+        QTest::newRow("G3") << 1 << 3;
+        QTest::newRow("G4") << 2 << 4;
+        QTest::newRow("LZW") << 3 << 5;
+        QTest::newRow("PackBits") << 4 << 32773;
+        QTest::newRow("index 9") << 9 << 1;
+        QTest::newRow("index -1") << -1 << 1;
+    }
+
+    void keepsTheSamplesOfEveryKindOfPage()
+    {
+        QFETCH(int, index);
+        QFETCH(int, compression);
+        TestPage palette("bits=4 photometric=3");
+        palette.colorMap.assign(48, 771);
+        const QList<TestPage> pages {
+            "fax",
+            "bits=1 compression=3 orientation=6",
+            "",
+            "rgb bits=16 compression=5 predictor=2",
+            "bits=12 photometric=0",
+            "bits=32 format=3 compression=32773",
+            palette,
+            "rgb samples=4 planes=2 extra=1",
+            "rgb tileWidth=32 tileHeight=16",
+            "fax tileWidth=16 tileHeight=32",
+            "samples=4 photometric=5 compression=8",
+            "jpeg",
+            subsampled(),
+        };
+        for (const char* mode : { "wl", "wb", "wb8" }) {
+            QVERIFY(collect(pages, index, mode));
+            const QList<TiffPicture> written = readTiff(m_out);
+            const QList<TiffPicture> source = readTiff(m_source);
+            QCOMPARE(written.size(), pages.size());
+            for (qsizetype i = 0; i < pages.size(); ++i) {
+                const bool isFax = compression == 3 || compression == 4;
+                QCOMPARE(written[i].number(TIFFTAG_COMPRESSION),
+                         isFax && pages[i].bits != 1 ? 1 : compression);
+                QVERIFY2(written[i].samples == source[i].samples && !source[i].samples.isEmpty(),
+                         qPrintable(QString::number(i)));
+                if (written[i].number(TIFFTAG_COMPRESSION) == 1)
+                    QCOMPARE(written[i].encoded.size(), source[i].samples.size());
+                for (const int tag :
+                     { TIFFTAG_IMAGEWIDTH, TIFFTAG_IMAGELENGTH, TIFFTAG_BITSPERSAMPLE,
+                       TIFFTAG_SAMPLESPERPIXEL, TIFFTAG_PLANARCONFIG, TIFFTAG_SAMPLEFORMAT,
+                       TIFFTAG_TILEWIDTH, TIFFTAG_TILELENGTH })
+                    QCOMPARE(written[i].number(tag), source[i].number(tag));
+                QCOMPARE(written[i].number(TIFFTAG_PHOTOMETRIC),
+                         pages[i].compression == 7 ? 2 : pages[i].photometric);
+                QCOMPARE(written[i].number(TIFFTAG_ORIENTATION), std::max(1, pages[i].orientation));
+                QCOMPARE(written[i].lists, source[i].lists);
+            }
+        }
+    }
+
+    void copiesEncodedPiecesThatFit_data()
+    {
+        QTest::addColumn<int>("index");
+        QTest::newRow("rgb compression=5 predictor=2") << 3;
+        QTest::newRow("tileWidth=16 tileHeight=16 compression=5") << 3;
+        QTest::newRow("fax") << 2;
+        QTest::newRow("fax fillOrder=2") << 2;
+        QTest::newRow("bits=1 compression=3") << 1;
+        QTest::newRow("compression=32773") << 4;
+    }
+
+    void copiesEncodedPiecesThatFit()
+    {
+        QFETCH(int, index);
+        TestPage page(QTest::currentDataTag());
+        if (page.compression == 3)
+            page.moreTags = [](tiff* to) {
+                TIFFSetField(to, TIFFTAG_GROUP3OPTIONS, GROUP3OPT_2DENCODING | GROUP3OPT_FILLBITS);
+            };
+        QVERIFY(collect({ page }, index));
+        const TiffPicture written = readTiff(m_out).value(0);
+        const TiffPicture source = readTiff(m_source).value(0);
+        QVERIFY(!source.samples.isEmpty());
+        QCOMPARE(written.encoded, source.encoded);
+        QCOMPARE(written.samples, source.samples);
+    }
+
+    void encodesAnewWhatOthersCouldNotRead()
+    {
+        for (const TestPage& page : { oldStyleLzw(), TestPage("bits=16 compression=5") }) {
+            QVERIFY(collect({ page }, 3, page.bits == 16 ? "wb" : "wl"));
+            const TiffPicture written = readTiff(m_out).value(0);
+            const TiffPicture source = readTiff(m_source).value(0);
+            QVERIFY(!source.samples.isEmpty());
+            QCOMPARE(written.samples, source.samples);
+            QVERIFY(written.encoded != source.encoded);
+            QVERIFY(written.encoded.startsWith('\x80')); // 256 in nine bits, the highest first
+        }
+    }
+
+    // A G3 page that libtiff itself could not read: its table of runs was too short.
+    void writesFaxRowsOfManyRuns()
+    {
+        QList<TestPage> pages;
+        for (int width = 1; width <= 72; ++width) {
+            TestPage page("bits=1 height=6 photometric=0");
+            page.width = width <= 70 ? width : width == 71 ? 640 : 1728;
+            page.sample = [](int x, int y, int) -> std::uint64_t {
+                return static_cast<unsigned>(y < 4 ? x + y : y) % 2;
+            };
+            pages.append(page);
+        }
+        for (const int compressionIndex : { 1, 2 }) {
+            QVERIFY(collect(pages, compressionIndex));
+            const QList<TiffPicture> written = readTiff(m_out);
+            const QList<TiffPicture> source = readTiff(m_source);
+            for (qsizetype i = 0; i < pages.size(); ++i)
+                QVERIFY2(written.value(i).samples == source.value(i).samples,
+                         qPrintable(QString::number(pages[i].width)));
+        }
+    }
+
+    void carriesWhatDescribesThePage()
+    {
+        TestPage page("orientation=8 xy=204,98 unit=3");
+        page.iccProfile = QByteArray(300, 'p');
+        page.moreTags = [](tiff* to) {
+            TIFFSetField(to, TIFFTAG_IMAGEDESCRIPTION, "Grüße");
+            TIFFSetField(to, TIFFTAG_ARTIST, "A. Scanner");
+            TIFFSetField(to, TIFFTAG_PAGENAME, "iv");
+            TIFFSetField(to, TIFFTAG_DATETIME, "2001:02:03 04:05:06");
+            TIFFSetField(to, TIFFTAG_XMLPACKET, 9, "<x:xmp/>\n");
+        };
+        TestPage packed = page;
+        packed.compression = 5;
+        QVERIFY(collect({ page, packed }, 3)); // encoded anew, and copied
+        const QList<TiffPicture> written = readTiff(m_out);
+        QCOMPARE(written.size(), 2);
+        const TiffPicture source = readTiff(m_source).value(0);
+        for (const TiffPicture& picture : written) {
+            QCOMPARE(picture.texts, source.texts);
+            QCOMPARE(picture.texts.size(), std::size_t { 6 });
+            QCOMPARE(picture.number(TIFFTAG_ORIENTATION), 8);
+            QCOMPARE(picture.resolution, (std::array { 204.0F, 98.0F }));
+            QCOMPARE(picture.number(TIFFTAG_RESOLUTIONUNIT), 3);
+            QCOMPARE(picture.number(TIFFTAG_SUBFILETYPE), int { FILETYPE_PAGE });
+        }
+    }
+
+    // Tags were lost without a word, and all but the first text of those that hold several.
+    void tellsWhatItLeavesOut()
+    {
+        TestPage page("compression=5");
+        page.moreTags = [](tiff* to) {
+            TIFFSetField(to, TIFFTAG_SUBFILETYPE, FILETYPE_REDUCEDIMAGE);
+            TIFFSetField(to, TIFFTAG_COPYRIGHT, "photographer editor");
+            TIFFSetField(to, TIFFTAG_ARTIST, "a b");
+            TIFFSetField(to, TIFFTAG_MINSAMPLEVALUE, 7);
+            TIFFSetField(to, TIFFTAG_IMAGESOURCEDATA, 6, "layers");
+        };
+        writeTiff(m_source, { page });
+        putBytes(m_source,
+                 bytesOf(m_source)
+                     .replace("r e", QByteArray("r\0e", 3))
+                     .replace("a b", QByteArray("a\0b", 3)));
+        for (const int compressionIndex : { 0, 3 }) {
+            const TiffDocument source(m_source);
+            const PageImage image = source.page(0);
+            MultiPageTiffWriter file(m_out, compressionIndex, 1);
+            file.append(image);
+            QVERIFY(file.commit());
+            QCOMPARE(image.leftOutTags(), QStringList { u"ImageSourceData"_s });
+            QVERIFY(bytesOf(m_out).contains(QByteArray("photographer\0editor\0", 20)));
+            QVERIFY(bytesOf(m_out).contains(QByteArray("a\0b\0", 4)));
+            QCOMPARE(readTiff(m_out).value(0).number(TIFFTAG_SUBFILETYPE), FILETYPE_REDUCEDIMAGE);
+        }
+    }
+
+    // libtiff tells of one direction as it does of both, and JPEG data have no such range.
+    void altersNoTagInSilence()
+    {
+        const auto leftOut = [this](const char* text, const std::function<void(tiff*)>& tags) {
+            TestPage page(text);
+            page.moreTags = tags;
+            writeTiff(m_source, { page });
+            const TiffDocument source(m_source);
+            const PageImage image = source.page(0);
+            MultiPageTiffWriter file(m_out, 0, 1);
+            file.append(image);
+            return file.commit() ? image.leftOutTags() : QStringList { file.failureReason() };
+        };
+        float range[] = { 16, 235, 128, 240, 128, 240 };
+        const auto setRange = [&](tiff* to) {
+            TIFFSetField(to, TIFFTAG_REFERENCEBLACKWHITE, range);
+            if (TIFFIsTiled(to) != 0)
+                TIFFSetField(to, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+        };
+        QCOMPARE(leftOut("rgb", setRange), QStringList());
+        QCOMPARE(leftOut("jpeg tileWidth=32 tileHeight=32", setRange),
+                 QStringList { u"ReferenceBlackWhite"_s });
+        QCOMPARE(leftOut("rgb", [](tiff* to) { TIFFSetField(to, TIFFTAG_XRESOLUTION, 300.0); }),
+                 QStringList());
+        const std::array<float, 2> both = readTiff(m_out).value(0).resolution;
+        QCOMPARE(both[1], both[0]);
+    }
+
+    void keepsTheBytesOfIptcThatLibtiffTurnsRound()
+    {
+        const QByteArray caption("\x1C\x02\x78\0\3sea\x1C\x02\x50\0\1x\0\0", 16);
+        QByteArray turned;
+        for (qsizetype i = 0; i < caption.size(); ++i)
+            turned.append(caption[i / 4 * 4 + 3 - i % 4]);
+        TestPage page;
+        for (const QByteArray& bytes : { caption, turned }) {
+            page.moreTags
+                = [&](tiff* to) { TIFFSetField(to, TIFFTAG_RICHTIFFIPTC, 16, bytes.data()); };
+            QVERIFY(collect({ page }, 3, "wb"));
+            QCOMPARE(readTiff(m_out).value(0).texts[TIFFTAG_RICHTIFFIPTC], caption);
+        }
+    }
+
+    void writesTilesOfOtherSizesAsStrips()
+    {
+        for (const char* compression : { "", " compression=5" }) {
+            const QByteArray text = "width=180 height=90 tileWidth=112 tileHeight=64";
+            writeTiff(m_source, { TestPage((text + compression).constData()) });
+            const QByteArray tiles = readTiff(m_source).value(0).samples;
+            // The same bytes as tiles of 56 x 128 pixels.
+            patchEntry(m_source, TIFFTAG_TILEWIDTH, TIFFTAG_TILEWIDTH, 56);
+            patchEntry(m_source, TIFFTAG_TILELENGTH, TIFFTAG_TILELENGTH, 128);
+            QByteArray pixels;
+            for (int y = 0; y < 90; ++y)
+                for (int x = 0; x < 180; ++x)
+                    pixels += tiles[x / 56 * 56 * 128 + y * 56 + x % 56];
+            for (const int index : { 0, 3 }) {
+                MultiPageTiffWriter file(m_out, index, 1);
+                file.append(TiffDocument(m_source).page(0));
+                QVERIFY2(file.commit(), qPrintable(file.failureReason()));
+                QCOMPARE(readTiff(m_out).value(0).samples, pixels);
+            }
+        }
+    }
+
+    void numbersThePagesThatAreThere()
+    {
+        for (const std::uint64_t limit :
+             { MultiPageTiffWriter::classicLimitBytes, std::uint64_t { 500 } }) {
+            QVERIFY(collect({ "", broken(), "fax", "" }, 4, "wl", limit));
+            QCOMPARE(m_refused, 1);
+            QCOMPARE(isBigTiff(m_out), limit == 500);
+            const QList<TiffPicture> written = readTiff(m_out);
+            QCOMPARE(written.size(), 3);
+            for (int i = 0; i < 3; ++i)
+                QCOMPARE(written[i].pageNumber, (std::array { i, 3 }));
+        }
+        QVERIFY(collect({ "" }, 0));
+        QCOMPARE(readTiff(m_out).value(0).pageNumber, (std::array { -1, -1 }));
+
+        writeTiff(m_source, { TestPage() });
+        MultiPageTiffWriter file(m_out, 0, 65'536); // the tag has no number for it
+        file.append(TiffDocument(m_source).page(0));
+        QVERIFY(file.commit());
+        QCOMPARE(readTiff(m_out).value(0).pageNumber, (std::array { -1, -1 }));
+    }
+
+    void leavesNoTraceOfADamagedPage()
+    {
+        TestPage tiles = broken();
+        tiles.tileWidth = tiles.tileHeight = 32;
+        for (const TestPage& page : { broken(), tiles }) {
+            QVERIFY(collect({ "", "fax", "rgb" }, 4));
+            const QByteArray without = bytesOf(m_out);
+            QVERIFY(collect({ "", page, "fax", "rgb" }, 4));
+            QCOMPARE(m_refused, 1);
+            QVERIFY(bytesOf(m_out) == without);
+        }
+    }
+
+    void isTheSameOnEveryRun()
+    {
+        for (const int index : { 0, 1, 2, 3, 4 }) {
+            QVERIFY(collect({ "fax", "", "rgb bits=16" }, index));
+            const QByteArray first = bytesOf(m_out);
+            QVERIFY(collect({ "fax", "", "rgb bits=16" }, index));
+            QVERIFY(bytesOf(m_out) == first);
+            QVERIFY(first.startsWith(QByteArray("II*\0", 4)));
+        }
+    }
+
+    void isTheSameFromPiecesEncodedApart_data()
+    {
+        QTest::addColumn<int>("index");
+        QTest::addColumn<int>("piecesExpected"); // how many of the pages are encoded anew
+        QTest::newRow("none") << 0 << 3;
+        QTest::newRow("G3") << 1 << 4;
+        QTest::newRow("G4") << 2 << 3;
+        QTest::newRow("LZW") << 3 << 8;
+        QTest::newRow("PackBits") << 4 << 9;
+    }
+
+    void isTheSameFromPiecesEncodedApart()
+    {
+        QFETCH(const int, index);
+        QFETCH(const int, piecesExpected);
+        TestPage large("rgb width=1500 height=1100"); // more than a spool holds in memory
+        const QList<TestPage> pages { "fax",
+                                      "",
+                                      "rgb planes=2 bits=16",
+                                      "rgb tileWidth=16 tileHeight=16",
+                                      "compression=5 predictor=2 orientation=6",
+                                      "jpeg",
+                                      "bits=4 rows=1",
+                                      "bits=1 photometric=0 fillOrder=2",
+                                      large };
+        // A file that grows past the limit is begun again, as BigTIFF.
+        for (const std::uint64_t limit :
+             { MultiPageTiffWriter::classicLimitBytes, std::uint64_t { 20'000 } }) {
+            QVERIFY(collect(pages, index, "wb", limit));
+            const QByteArray direct = bytesOf(m_out);
+            const TiffDocument source(m_source);
+            const std::unique_ptr<TiffDocument> clone = source.clone();
+            // The clone goes on with the file that was opened.
+            QVERIFY(QFile::remove(m_source));
+            putBytes(m_source, "something else");
+            MultiPageTiffWriter file(m_out, index, source.pageCount(), limit);
+            int withPieces = 0;
+            for (int i = source.pageCount() - 1; i >= 0; --i)
+                m_prepared[i].pieces = clone->page(i).encodePieces(index);
+            for (int i = 0; i < source.pageCount(); ++i) {
+                withPieces += m_prepared[i].pieces.bytes ? 1 : 0;
+                file.append(source.page(i), std::move(m_prepared[i]));
+            }
+            QVERIFY2(file.commit(), qPrintable(file.failureReason()));
+            QCOMPARE(withPieces, piecesExpected);
+            QCOMPARE(bytesOf(m_out), direct);
+        }
+    }
+
+    void becomesBigTiffWhenItCouldBeTooLarge_data()
+    {
+        QTest::addColumn<int>("limit");
+        QTest::addColumn<int>("compressionIndex");
+        QTest::addColumn<bool>("isBig");
+        QTest::newRow("far from it") << 1'000'000 << 0 << false;
+        QTest::newRow("foreseen") << 4'000 << 0 << true;
+        QTest::newRow("met at the last page") << 7'000 << 2 << true;
+        QTest::newRow("met at the first page") << 600 << 2 << true;
+    }
+
+    void becomesBigTiffWhenItCouldBeTooLarge()
+    {
+        QFETCH(int, limit);
+        QFETCH(int, compressionIndex);
+        QVERIFY(collect(QList<TestPage>(20, noise()), compressionIndex, "wl",
+                        static_cast<std::uint64_t>(limit)));
+        QTEST(isBigTiff(m_out), "isBig");
+        const QList<TiffPicture> written = readTiff(m_out);
+        const QByteArray samples = readTiff(m_source).value(0).samples;
+        QCOMPARE(written.size(), 20);
+        for (int i = 0; i < 20; ++i) {
+            QCOMPARE(written[i].samples, samples);
+            QCOMPARE(written[i].pageNumber, (std::array { i, 20 }));
+        }
+        QCOMPARE(namesIn(m_folder.path()), (QStringList { u"out.tiff"_s, u"page.tif"_s }));
+    }
+
+    void linksManyPages()
+    {
+        QList<TestPage> pages(300, "height=2 bits=1");
+        for (int i = 0; i < 300; ++i)
+            pages[i].width = i + 1;
+        QVERIFY(collect(pages, 2));
+        const QList<TiffPicture> written = readTiff(m_out);
+        QCOMPARE(written.size(), 300);
+        for (int i = 0; i < 300; ++i) {
+            QCOMPARE(written[i].number(TIFFTAG_IMAGEWIDTH), i + 1);
+            QCOMPARE(written[i].pageNumber, (std::array { i, 300 }));
+        }
+    }
+
+    void tellsAtTheEndThatTheTargetTookNoMore_data()
+    {
+        QTest::addColumn<std::uint64_t>("limit");
+        QTest::addColumn<int>("diskBytes");
+        QTest::newRow("at the first page") << MultiPageTiffWriter::classicLimitBytes << 5;
+        QTest::newRow("later") << MultiPageTiffWriter::classicLimitBytes << 5000;
+        // Pages of a BigTIFF file take more room than those of a classic one.
+        QTest::newRow("while it is begun again") << std::uint64_t { 7000 } << 7100;
+    }
+
+    void tellsAtTheEndThatTheTargetTookNoMore()
+    {
+        QFETCH(std::uint64_t, limit);
+        QFETCH(int, diskBytes);
+        writeTiff(m_source, QList<TestPage>(20, noise()));
+        putBytes(m_out, "old");
+        const TiffDocument source(m_source);
+        {
+            const FileSizeLimit disk(static_cast<rlim_t>(diskBytes));
+            MultiPageTiffWriter file(m_out, 2, 20, limit);
+            for (int i = 0; i < 20; ++i)
+                file.append(source.page(i));
+            QCOMPARE(file.pageCount(), 20);
+            QVERIFY(!file.commit());
+            QVERIFY2(file.failureReason().contains(u"File too large"_s),
+                     qPrintable(file.failureReason()));
+        }
+        QCOMPARE(bytesOf(m_out), QByteArray("old"));
+        QCOMPARE(namesIn(m_folder.path()), (QStringList { u"out.tiff"_s, u"page.tif"_s }));
+    }
+
+    void losesNoPageForWantOfMemory()
+    {
+        putBytes(m_out, "old");
+        const auto page = std::make_shared<ShortOfMemory>();
+        MultiPageTiffWriter file(m_out, 0, 2, 2500);
+        file.append(PageImage(page));
+        page->isShort
+            = true; // when it is read again for a BigTIFF file, which the next page asks for
+        file.append(PageImage(std::make_shared<ShortOfMemory>()));
+        QVERIFY(!file.commit());
+        QCOMPARE(bytesOf(m_out), QByteArray("old"));
+    }
+
+    void writesNothingWithoutAPage()
+    {
+        QVERIFY(QFile::remove(m_out));
+        MultiPageTiffWriter file(m_out, 0, 4);
+        QVERIFY(!file.commit());
+        QVERIFY(!file.failureReason().isEmpty());
+        QVERIFY(!QFile::exists(m_out));
+    }
 
 private:
     /// Writes the pages to "page.tif", opens it and collects them in "out.tiff"; those that cannot
@@ -144,436 +546,6 @@ private:
     int m_refused = 0;
     std::map<int, PrefetchedPage> m_prepared;
 };
-
-void MultiPageTiffTest::keepsTheSamplesOfEveryKindOfPage_data()
-{
-    QTest::addColumn<int>("index");
-    QTest::addColumn<int>("compression");
-    QTest::newRow("none") << 0 << 1;
-    QTest::newRow("G3") << 1 << 3;
-    QTest::newRow("G4") << 2 << 4;
-    QTest::newRow("LZW") << 3 << 5;
-    QTest::newRow("PackBits") << 4 << 32773;
-    QTest::newRow("index 9") << 9 << 1;
-    QTest::newRow("index -1") << -1 << 1;
-}
-
-void MultiPageTiffTest::keepsTheSamplesOfEveryKindOfPage()
-{
-    QFETCH(int, index);
-    QFETCH(int, compression);
-    TestPage palette("bits=4 photometric=3");
-    palette.colorMap.assign(48, 771);
-    const QList<TestPage> pages {
-        "fax",
-        "bits=1 compression=3 orientation=6",
-        "",
-        "rgb bits=16 compression=5 predictor=2",
-        "bits=12 photometric=0",
-        "bits=32 format=3 compression=32773",
-        palette,
-        "rgb samples=4 planes=2 extra=1",
-        "rgb tileWidth=32 tileHeight=16",
-        "fax tileWidth=16 tileHeight=32",
-        "samples=4 photometric=5 compression=8",
-        "jpeg",
-        subsampled(),
-    };
-    for (const char* mode : { "wl", "wb", "wb8" }) {
-        QVERIFY(collect(pages, index, mode));
-        const QList<TiffPicture> written = readTiff(m_out);
-        const QList<TiffPicture> source = readTiff(m_source);
-        QCOMPARE(written.size(), pages.size());
-        for (qsizetype i = 0; i < pages.size(); ++i) {
-            const bool isFax = compression == 3 || compression == 4;
-            QCOMPARE(written[i].number(TIFFTAG_COMPRESSION),
-                     isFax && pages[i].bits != 1 ? 1 : compression);
-            QVERIFY2(written[i].samples == source[i].samples && !source[i].samples.isEmpty(),
-                     qPrintable(QString::number(i)));
-            if (written[i].number(TIFFTAG_COMPRESSION) == 1)
-                QCOMPARE(written[i].encoded.size(), source[i].samples.size());
-            for (const int tag : { TIFFTAG_IMAGEWIDTH, TIFFTAG_IMAGELENGTH, TIFFTAG_BITSPERSAMPLE,
-                                   TIFFTAG_SAMPLESPERPIXEL, TIFFTAG_PLANARCONFIG,
-                                   TIFFTAG_SAMPLEFORMAT, TIFFTAG_TILEWIDTH, TIFFTAG_TILELENGTH })
-                QCOMPARE(written[i].number(tag), source[i].number(tag));
-            QCOMPARE(written[i].number(TIFFTAG_PHOTOMETRIC),
-                     pages[i].compression == 7 ? 2 : pages[i].photometric);
-            QCOMPARE(written[i].number(TIFFTAG_ORIENTATION), std::max(1, pages[i].orientation));
-            QCOMPARE(written[i].lists, source[i].lists);
-        }
-    }
-}
-
-void MultiPageTiffTest::copiesEncodedPiecesThatFit_data()
-{
-    QTest::addColumn<int>("index");
-    QTest::newRow("rgb compression=5 predictor=2") << 3;
-    QTest::newRow("tileWidth=16 tileHeight=16 compression=5") << 3;
-    QTest::newRow("fax") << 2;
-    QTest::newRow("fax fillOrder=2") << 2;
-    QTest::newRow("bits=1 compression=3") << 1;
-    QTest::newRow("compression=32773") << 4;
-}
-
-void MultiPageTiffTest::copiesEncodedPiecesThatFit()
-{
-    QFETCH(int, index);
-    TestPage page(QTest::currentDataTag());
-    if (page.compression == 3)
-        page.moreTags = [](tiff* to) {
-            TIFFSetField(to, TIFFTAG_GROUP3OPTIONS, GROUP3OPT_2DENCODING | GROUP3OPT_FILLBITS);
-        };
-    QVERIFY(collect({ page }, index));
-    const TiffPicture written = readTiff(m_out).value(0);
-    const TiffPicture source = readTiff(m_source).value(0);
-    QVERIFY(!source.samples.isEmpty());
-    QCOMPARE(written.encoded, source.encoded);
-    QCOMPARE(written.samples, source.samples);
-}
-
-void MultiPageTiffTest::encodesAnewWhatOthersCouldNotRead()
-{
-    for (const TestPage& page : { oldStyleLzw(), TestPage("bits=16 compression=5") }) {
-        QVERIFY(collect({ page }, 3, page.bits == 16 ? "wb" : "wl"));
-        const TiffPicture written = readTiff(m_out).value(0);
-        const TiffPicture source = readTiff(m_source).value(0);
-        QVERIFY(!source.samples.isEmpty());
-        QCOMPARE(written.samples, source.samples);
-        QVERIFY(written.encoded != source.encoded);
-        QVERIFY(written.encoded.startsWith('\x80')); // 256 in nine bits, the highest first
-    }
-}
-
-// A G3 page that libtiff itself could not read: its table of runs was too short.
-void MultiPageTiffTest::writesFaxRowsOfManyRuns()
-{
-    QList<TestPage> pages;
-    for (int width = 1; width <= 72; ++width) {
-        TestPage page("bits=1 height=6 photometric=0");
-        page.width = width <= 70 ? width : width == 71 ? 640 : 1728;
-        page.sample = [](int x, int y, int) -> std::uint64_t {
-            return static_cast<unsigned>(y < 4 ? x + y : y) % 2;
-        };
-        pages.append(page);
-    }
-    for (const int compressionIndex : { 1, 2 }) {
-        QVERIFY(collect(pages, compressionIndex));
-        const QList<TiffPicture> written = readTiff(m_out);
-        const QList<TiffPicture> source = readTiff(m_source);
-        for (qsizetype i = 0; i < pages.size(); ++i)
-            QVERIFY2(written.value(i).samples == source.value(i).samples,
-                     qPrintable(QString::number(pages[i].width)));
-    }
-}
-
-void MultiPageTiffTest::carriesWhatDescribesThePage()
-{
-    TestPage page("orientation=8 xy=204,98 unit=3");
-    page.iccProfile = QByteArray(300, 'p');
-    page.moreTags = [](tiff* to) {
-        TIFFSetField(to, TIFFTAG_IMAGEDESCRIPTION, "Grüße");
-        TIFFSetField(to, TIFFTAG_ARTIST, "A. Scanner");
-        TIFFSetField(to, TIFFTAG_PAGENAME, "iv");
-        TIFFSetField(to, TIFFTAG_DATETIME, "2001:02:03 04:05:06");
-        TIFFSetField(to, TIFFTAG_XMLPACKET, 9, "<x:xmp/>\n");
-    };
-    TestPage packed = page;
-    packed.compression = 5;
-    QVERIFY(collect({ page, packed }, 3)); // encoded anew, and copied
-    const QList<TiffPicture> written = readTiff(m_out);
-    QCOMPARE(written.size(), 2);
-    const TiffPicture source = readTiff(m_source).value(0);
-    for (const TiffPicture& picture : written) {
-        QCOMPARE(picture.texts, source.texts);
-        QCOMPARE(picture.texts.size(), std::size_t { 6 });
-        QCOMPARE(picture.number(TIFFTAG_ORIENTATION), 8);
-        QCOMPARE(picture.resolution, (std::array { 204.0F, 98.0F }));
-        QCOMPARE(picture.number(TIFFTAG_RESOLUTIONUNIT), 3);
-        QCOMPARE(picture.number(TIFFTAG_SUBFILETYPE), int { FILETYPE_PAGE });
-    }
-}
-
-// libtiff tells of one direction as it does of both, and JPEG data have no such range.
-void MultiPageTiffTest::altersNoTagInSilence()
-{
-    const auto leftOut = [this](const char* text, const std::function<void(tiff*)>& tags) {
-        TestPage page(text);
-        page.moreTags = tags;
-        writeTiff(m_source, { page });
-        const TiffDocument source(m_source);
-        const PageImage image = source.page(0);
-        MultiPageTiffWriter file(m_out, 0, 1);
-        file.append(image);
-        return file.commit() ? image.leftOutTags() : QStringList { file.failureReason() };
-    };
-    float range[] = { 16, 235, 128, 240, 128, 240 };
-    const auto setRange = [&](tiff* to) {
-        TIFFSetField(to, TIFFTAG_REFERENCEBLACKWHITE, range);
-        if (TIFFIsTiled(to) != 0)
-            TIFFSetField(to, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
-    };
-    QCOMPARE(leftOut("rgb", setRange), QStringList());
-    QCOMPARE(leftOut("jpeg tileWidth=32 tileHeight=32", setRange),
-             QStringList { u"ReferenceBlackWhite"_s });
-    QCOMPARE(leftOut("rgb", [](tiff* to) { TIFFSetField(to, TIFFTAG_XRESOLUTION, 300.0); }),
-             QStringList());
-    const std::array<float, 2> both = readTiff(m_out).value(0).resolution;
-    QCOMPARE(both[1], both[0]);
-}
-
-// Tags were lost without a word, and all but the first text of those that hold several.
-void MultiPageTiffTest::tellsWhatItLeavesOut()
-{
-    TestPage page("compression=5");
-    page.moreTags = [](tiff* to) {
-        TIFFSetField(to, TIFFTAG_SUBFILETYPE, FILETYPE_REDUCEDIMAGE);
-        TIFFSetField(to, TIFFTAG_COPYRIGHT, "photographer editor");
-        TIFFSetField(to, TIFFTAG_ARTIST, "a b");
-        TIFFSetField(to, TIFFTAG_MINSAMPLEVALUE, 7);
-        TIFFSetField(to, TIFFTAG_IMAGESOURCEDATA, 6, "layers");
-    };
-    writeTiff(m_source, { page });
-    putBytes(m_source,
-             bytesOf(m_source)
-                 .replace("r e", QByteArray("r\0e", 3))
-                 .replace("a b", QByteArray("a\0b", 3)));
-    for (const int compressionIndex : { 0, 3 }) {
-        const TiffDocument source(m_source);
-        const PageImage image = source.page(0);
-        MultiPageTiffWriter file(m_out, compressionIndex, 1);
-        file.append(image);
-        QVERIFY(file.commit());
-        QCOMPARE(image.leftOutTags(), QStringList { u"ImageSourceData"_s });
-        QVERIFY(bytesOf(m_out).contains(QByteArray("photographer\0editor\0", 20)));
-        QVERIFY(bytesOf(m_out).contains(QByteArray("a\0b\0", 4)));
-        QCOMPARE(readTiff(m_out).value(0).number(TIFFTAG_SUBFILETYPE), FILETYPE_REDUCEDIMAGE);
-    }
-}
-
-void MultiPageTiffTest::keepsTheBytesOfIptcThatLibtiffTurnsRound()
-{
-    const QByteArray caption("\x1C\x02\x78\0\3sea\x1C\x02\x50\0\1x\0\0", 16);
-    QByteArray turned;
-    for (qsizetype i = 0; i < caption.size(); ++i)
-        turned.append(caption[i / 4 * 4 + 3 - i % 4]);
-    TestPage page;
-    for (const QByteArray& bytes : { caption, turned }) {
-        page.moreTags = [&](tiff* to) { TIFFSetField(to, TIFFTAG_RICHTIFFIPTC, 16, bytes.data()); };
-        QVERIFY(collect({ page }, 3, "wb"));
-        QCOMPARE(readTiff(m_out).value(0).texts[TIFFTAG_RICHTIFFIPTC], caption);
-    }
-}
-
-void MultiPageTiffTest::writesTilesOfOtherSizesAsStrips()
-{
-    for (const char* compression : { "", " compression=5" }) {
-        const QByteArray text = "width=180 height=90 tileWidth=112 tileHeight=64";
-        writeTiff(m_source, { TestPage((text + compression).constData()) });
-        const QByteArray tiles = readTiff(m_source).value(0).samples;
-        // The same bytes as tiles of 56 x 128 pixels.
-        patchEntry(m_source, TIFFTAG_TILEWIDTH, TIFFTAG_TILEWIDTH, 56);
-        patchEntry(m_source, TIFFTAG_TILELENGTH, TIFFTAG_TILELENGTH, 128);
-        QByteArray pixels;
-        for (int y = 0; y < 90; ++y)
-            for (int x = 0; x < 180; ++x)
-                pixels += tiles[x / 56 * 56 * 128 + y * 56 + x % 56];
-        for (const int index : { 0, 3 }) {
-            MultiPageTiffWriter file(m_out, index, 1);
-            file.append(TiffDocument(m_source).page(0));
-            QVERIFY2(file.commit(), qPrintable(file.failureReason()));
-            QCOMPARE(readTiff(m_out).value(0).samples, pixels);
-        }
-    }
-}
-
-void MultiPageTiffTest::numbersThePagesThatAreThere()
-{
-    for (const std::uint64_t limit :
-         { MultiPageTiffWriter::classicLimitBytes, std::uint64_t { 500 } }) {
-        QVERIFY(collect({ "", broken(), "fax", "" }, 4, "wl", limit));
-        QCOMPARE(m_refused, 1);
-        QCOMPARE(isBigTiff(m_out), limit == 500);
-        const QList<TiffPicture> written = readTiff(m_out);
-        QCOMPARE(written.size(), 3);
-        for (int i = 0; i < 3; ++i)
-            QCOMPARE(written[i].pageNumber, (std::array { i, 3 }));
-    }
-    QVERIFY(collect({ "" }, 0));
-    QCOMPARE(readTiff(m_out).value(0).pageNumber, (std::array { -1, -1 }));
-
-    writeTiff(m_source, { TestPage() });
-    MultiPageTiffWriter file(m_out, 0, 65'536); // the tag has no number for it
-    file.append(TiffDocument(m_source).page(0));
-    QVERIFY(file.commit());
-    QCOMPARE(readTiff(m_out).value(0).pageNumber, (std::array { -1, -1 }));
-}
-
-void MultiPageTiffTest::leavesNoTraceOfADamagedPage()
-{
-    TestPage tiles = broken();
-    tiles.tileWidth = tiles.tileHeight = 32;
-    for (const TestPage& page : { broken(), tiles }) {
-        QVERIFY(collect({ "", "fax", "rgb" }, 4));
-        const QByteArray without = bytesOf(m_out);
-        QVERIFY(collect({ "", page, "fax", "rgb" }, 4));
-        QCOMPARE(m_refused, 1);
-        QVERIFY(bytesOf(m_out) == without);
-    }
-}
-
-void MultiPageTiffTest::isTheSameOnEveryRun()
-{
-    for (const int index : { 0, 1, 2, 3, 4 }) {
-        QVERIFY(collect({ "fax", "", "rgb bits=16" }, index));
-        const QByteArray first = bytesOf(m_out);
-        QVERIFY(collect({ "fax", "", "rgb bits=16" }, index));
-        QVERIFY(bytesOf(m_out) == first);
-        QVERIFY(first.startsWith(QByteArray("II*\0", 4)));
-    }
-}
-
-void MultiPageTiffTest::isTheSameFromPiecesEncodedApart_data()
-{
-    QTest::addColumn<int>("index");
-    QTest::addColumn<int>("piecesExpected"); // how many of the pages are encoded anew
-    QTest::newRow("none") << 0 << 3;
-    QTest::newRow("G3") << 1 << 4;
-    QTest::newRow("G4") << 2 << 3;
-    QTest::newRow("LZW") << 3 << 8;
-    QTest::newRow("PackBits") << 4 << 9;
-}
-
-void MultiPageTiffTest::isTheSameFromPiecesEncodedApart()
-{
-    QFETCH(const int, index);
-    QFETCH(const int, piecesExpected);
-    TestPage large("rgb width=1500 height=1100"); // more than a spool holds in memory
-    const QList<TestPage> pages { "fax",
-                                  "",
-                                  "rgb planes=2 bits=16",
-                                  "rgb tileWidth=16 tileHeight=16",
-                                  "compression=5 predictor=2 orientation=6",
-                                  "jpeg",
-                                  "bits=4 rows=1",
-                                  "bits=1 photometric=0 fillOrder=2",
-                                  large };
-    // A file that grows past the limit is begun again, as BigTIFF.
-    for (const std::uint64_t limit :
-         { MultiPageTiffWriter::classicLimitBytes, std::uint64_t { 20'000 } }) {
-        QVERIFY(collect(pages, index, "wb", limit));
-        const QByteArray direct = bytesOf(m_out);
-        const TiffDocument source(m_source);
-        const std::unique_ptr<TiffDocument> clone = source.clone();
-        // The clone goes on with the file that was opened.
-        QVERIFY(QFile::remove(m_source));
-        putBytes(m_source, "something else");
-        MultiPageTiffWriter file(m_out, index, source.pageCount(), limit);
-        int withPieces = 0;
-        for (int i = source.pageCount() - 1; i >= 0; --i)
-            m_prepared[i].pieces = clone->page(i).encodePieces(index);
-        for (int i = 0; i < source.pageCount(); ++i) {
-            withPieces += m_prepared[i].pieces.bytes ? 1 : 0;
-            file.append(source.page(i), std::move(m_prepared[i]));
-        }
-        QVERIFY2(file.commit(), qPrintable(file.failureReason()));
-        QCOMPARE(withPieces, piecesExpected);
-        QCOMPARE(bytesOf(m_out), direct);
-    }
-}
-
-void MultiPageTiffTest::becomesBigTiffWhenItCouldBeTooLarge_data()
-{
-    QTest::addColumn<int>("limit");
-    QTest::addColumn<int>("compressionIndex");
-    QTest::addColumn<bool>("isBig");
-    QTest::newRow("far from it") << 1'000'000 << 0 << false;
-    QTest::newRow("foreseen") << 4'000 << 0 << true;
-    QTest::newRow("met at the last page") << 7'000 << 2 << true;
-    QTest::newRow("met at the first page") << 600 << 2 << true;
-}
-
-void MultiPageTiffTest::becomesBigTiffWhenItCouldBeTooLarge()
-{
-    QFETCH(int, limit);
-    QFETCH(int, compressionIndex);
-    QVERIFY(collect(QList<TestPage>(20, noise()), compressionIndex, "wl",
-                    static_cast<std::uint64_t>(limit)));
-    QTEST(isBigTiff(m_out), "isBig");
-    const QList<TiffPicture> written = readTiff(m_out);
-    const QByteArray samples = readTiff(m_source).value(0).samples;
-    QCOMPARE(written.size(), 20);
-    for (int i = 0; i < 20; ++i) {
-        QCOMPARE(written[i].samples, samples);
-        QCOMPARE(written[i].pageNumber, (std::array { i, 20 }));
-    }
-    QCOMPARE(namesIn(m_folder.path()), (QStringList { u"out.tiff"_s, u"page.tif"_s }));
-}
-
-void MultiPageTiffTest::linksManyPages()
-{
-    QList<TestPage> pages(300, "height=2 bits=1");
-    for (int i = 0; i < 300; ++i)
-        pages[i].width = i + 1;
-    QVERIFY(collect(pages, 2));
-    const QList<TiffPicture> written = readTiff(m_out);
-    QCOMPARE(written.size(), 300);
-    for (int i = 0; i < 300; ++i) {
-        QCOMPARE(written[i].number(TIFFTAG_IMAGEWIDTH), i + 1);
-        QCOMPARE(written[i].pageNumber, (std::array { i, 300 }));
-    }
-}
-
-void MultiPageTiffTest::tellsAtTheEndThatTheTargetTookNoMore_data()
-{
-    QTest::addColumn<std::uint64_t>("limit");
-    QTest::addColumn<int>("diskBytes");
-    QTest::newRow("at the first page") << MultiPageTiffWriter::classicLimitBytes << 5;
-    QTest::newRow("later") << MultiPageTiffWriter::classicLimitBytes << 5000;
-    // Pages of a BigTIFF file take more room than those of a classic one.
-    QTest::newRow("while it is begun again") << std::uint64_t { 7000 } << 7100;
-}
-
-void MultiPageTiffTest::tellsAtTheEndThatTheTargetTookNoMore()
-{
-    QFETCH(std::uint64_t, limit);
-    QFETCH(int, diskBytes);
-    writeTiff(m_source, QList<TestPage>(20, noise()));
-    putBytes(m_out, "old");
-    const TiffDocument source(m_source);
-    {
-        const FileSizeLimit disk(static_cast<rlim_t>(diskBytes));
-        MultiPageTiffWriter file(m_out, 2, 20, limit);
-        for (int i = 0; i < 20; ++i)
-            file.append(source.page(i));
-        QCOMPARE(file.pageCount(), 20);
-        QVERIFY(!file.commit());
-        QVERIFY2(file.failureReason().contains(u"File too large"_s),
-                 qPrintable(file.failureReason()));
-    }
-    QCOMPARE(bytesOf(m_out), QByteArray("old"));
-    QCOMPARE(namesIn(m_folder.path()), (QStringList { u"out.tiff"_s, u"page.tif"_s }));
-}
-
-void MultiPageTiffTest::losesNoPageForWantOfMemory()
-{
-    putBytes(m_out, "old");
-    const auto page = std::make_shared<ShortOfMemory>();
-    MultiPageTiffWriter file(m_out, 0, 2, 2500);
-    file.append(PageImage(page));
-    page->isShort = true; // when it is read again for a BigTIFF file, which the next page asks for
-    file.append(PageImage(std::make_shared<ShortOfMemory>()));
-    QVERIFY(!file.commit());
-    QCOMPARE(bytesOf(m_out), QByteArray("old"));
-}
-
-void MultiPageTiffTest::writesNothingWithoutAPage()
-{
-    QVERIFY(QFile::remove(m_out));
-    MultiPageTiffWriter file(m_out, 0, 4);
-    QVERIFY(!file.commit());
-    QVERIFY(!file.failureReason().isEmpty());
-    QVERIFY(!QFile::exists(m_out));
-}
 
 QTEST_GUILESS_MAIN(MultiPageTiffTest)
 #include "MultiPageTiffTest.moc"
