@@ -16,7 +16,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr qint64 mostBytes = 1 << 20;
+    constexpr qint64 mostStoreBytes = 1 << 20;
     constexpr int mostDamagedFiles = 99;
 
     QString userStore()
@@ -80,7 +80,7 @@ std::pair<UserDefaults::Found, QJsonObject> UserDefaults::read()
     const QFileInfo info(m_path);
     if (!info.exists())
         return { Found::Nothing, {} };
-    if (!info.isFile() || info.size() > mostBytes)
+    if (!info.isFile() || info.size() > mostStoreBytes)
         return { putAside(info.isFile() ? u"it is too long"_s : u"it is no file"_s), {} };
     QFile file(m_path);
     if (!file.open(QIODevice::ReadOnly))
