@@ -106,14 +106,15 @@ namespace {
     {
         CollectedSources found = collectSources(m_options);
         for (const PathTrouble& trouble : found.troubles)
-            m_console.trouble(troubleText(trouble.shown, 0, trouble.reason));
+            m_console.trouble(messageText({ .reason = trouble.reason }, trouble.shown));
         m_lostPaths = static_cast<int>(found.troubles.size());
         m_hasFailures = m_lostPaths > 0;
         if (!found.leftOut.isEmpty())
             m_console.trouble(leftOutText(found.leftOut));
         if (m_options.isVerbose) {
             for (const QString& duplicate : found.duplicates)
-                m_console.trouble(troubleText(duplicate, 0, u"named twice, converted once"_s));
+                m_console.trouble(
+                    messageText({ .reason = u"named twice, converted once"_s }, duplicate));
         }
         m_sources = std::move(found.files);
         return !m_sources.isEmpty();
@@ -285,7 +286,7 @@ namespace {
         if (fault.isNull())
             return;
         m_hasFailures = true;
-        m_console.trouble(troubleText(m_options.logFile, 0, fault));
+        m_console.trouble(messageText({ .reason = fault }, m_options.logFile));
     }
 
     int Conversion::code(ExitCode ended) const

@@ -71,12 +71,6 @@ QString leftOutText(const QStringList& shown)
     return u"left out for the unusual case of its ending, unless it is named itself: "_s + names;
 }
 
-QString troubleText(const QString& shown, int page, const QString& reason)
-{
-    const QString place = page > 0 ? u"%1[%2]"_s.arg(shown).arg(page) : shown;
-    return place + u": "_s + (reason.isEmpty() ? u"failed for an unknown reason"_s : reason);
-}
-
 Report::Report(const Options& options, const QList<Source>& sources,
                const QList<OutputFile>& outputs, Console& console)
     : m_options(options)
@@ -94,8 +88,7 @@ void Report::listenTo(const Process& job)
 {
     // At once, on the job's thread: waking another one for every page takes as long as copying it.
     const Qt::ConnectionType atOnce = Qt::DirectConnection;
-    connect(&job, &Process::troubleMet, this, &Report::addTrouble, atOnce);
-    connect(&job, &Process::pageRemarked, this, &Report::addRemark, atOnce);
+    connect(&job, &Process::diagnosed, this, &Report::addDiagnostic, atOnce);
     connect(&job, &Process::pageDone, this, &Report::addPage, atOnce);
     connect(&job, &Process::fileWritten, this, &Report::addFile, atOnce);
     connect(&job, &Process::fileSkipped, this, &Report::skipFile, atOnce);
@@ -126,16 +119,13 @@ void Report::finish(const QString& message, int lostPaths, bool hasOtherFailures
     m_console.result(totalText(total));
 }
 
-void Report::addTrouble(const QString& sourcePath, int page, const QString& reason)
+void Report::addDiagnostic(const Diagnostic& diagnostic)
 {
-    m_hasFailures = true;
-    m_hasSourceFailed = m_hasSourceFailed || page == 0;
-    m_console.trouble(troubleText(shown(sourcePath), page, reason));
-}
-
-void Report::addRemark(const QString& sourcePath, int page, const QString& remark)
-{
-    m_console.trouble(troubleText(shown(sourcePath), page, u"warning: "_s + remark));
+    if (diagnostic.severity == Diagnostic::Severity::Error) {
+        m_hasFailures = true;
+        m_hasSourceFailed = m_hasSourceFailed || diagnostic.page == 0;
+    }
+    m_console.trouble(messageText(diagnostic, shown(diagnostic.sourcePath)));
 }
 
 QString Report::shown(const QString& sourcePath) const

@@ -47,9 +47,6 @@ QString resultText(const QString& shown, const PageCounts& counts);
 /// One line for files of folders that are no sources, of which the first ten are named.
 QString leftOutText(const QStringList& shown);
 
-/// "scan.tif[3]: reason"; page 0 is the file as a whole: "scan.tif: reason".
-QString troubleText(const QString& shown, int page, const QString& reason);
-
 /// Listens to a job and prints its results, troubles and progress, on the job's thread as long as
 /// that runs. Everything else belongs to the time before or after.
 class Report : public QObject
@@ -73,8 +70,7 @@ public:
     bool hasFailures() const { return m_hasFailures; }
 
 private:
-    void addTrouble(const QString& sourcePath, int page, const QString& reason);
-    void addRemark(const QString& sourcePath, int page, const QString& remark);
+    void addDiagnostic(const Diagnostic& diagnostic);
     void addPage(const QString& sourcePath, int page, const QString& outputPath,
                  Process::PageOutcome outcome);
     void addFile(const QString& sourcePath, const QString& outputPath, int pages);

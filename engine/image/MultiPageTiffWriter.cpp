@@ -65,7 +65,7 @@ void MultiPageTiffWriter::append(const PageImage& page, PrefetchedPage prepared)
 {
     if (prepared.file) {
         Q_ASSERT(m_plannedPages == 1 && m_pages.empty());
-        page.writeComplaints(prepared);
+        page.adopt(prepared.diagnostics);
         m_complete = std::move(prepared.file);
     } else if (m_failureReason.isEmpty()) {
         write(page, prepared.pieces.bytes ? &prepared.pieces : nullptr);

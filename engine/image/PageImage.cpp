@@ -96,13 +96,14 @@ int PageImage::heightPx() const { return m_source->properties().heightPx; }
 
 bool PageImage::save(const QString& path, const Settings& settings)
 {
-    return save(path, settings, {}, nullptr);
+    return logged(save(path, settings, {}, nullptr));
 }
 
 bool PageImage::save(const QString& path, const Settings& settings, PrefetchedPage prepared,
                      SpareThreads* threads, StagedFile::Existing existing)
 {
     OutputType type {};
+    m_failureLine.clear();
     try {
         type = typeByExtension(path);
     } catch (const std::runtime_error& error) {
@@ -121,18 +122,16 @@ std::unique_ptr<StagedFile> PageImage::stage(const QString& path, const SaveOpti
     return file;
 }
 
-void PageImage::reportChain() const
+PageDiagnostics PageImage::takeDiagnostics() const
 {
-    if (const TiffPage* page = m_source->tiffPage())
-        page->file().reportChain(page->index());
+    const TiffPage* page = m_source->tiffPage();
+    return page ? page->file().messages().takeDiagnostics() : PageDiagnostics {};
 }
 
-void PageImage::writeComplaints(const PrefetchedPage& prepared) const
+void PageImage::adopt(const PageDiagnostics& found) const
 {
-    if (!prepared.file)
-        return;
-    reportChain();
-    writeHeldLines(prepared.complaints);
+    if (const TiffPage* page = m_source->tiffPage())
+        page->file().adopt(page->index(), found);
 }
 
 EncodedPieces PageImage::encodePieces(int compressionIndex) const
@@ -149,18 +148,6 @@ std::uint64_t PageImage::decodedBytes() const
     const auto rowBytes
         = static_cast<std::uint64_t>(m_source->rows()->layout().rowBytes(widthPx()));
     return rowBytes * static_cast<unsigned>(heightPx());
-}
-
-QStringList PageImage::warnings() const
-{
-    const TiffPage* page = m_source->tiffPage();
-    return page ? page->file().messages().pageWarnings() : QStringList();
-}
-
-QStringList PageImage::leftOutTags() const
-{
-    const TiffPage* page = m_source->tiffPage();
-    return page ? page->file().messages().leftOutTags() : QStringList();
 }
 
 std::unique_ptr<StagedFile> PageImage::encoded(const QString& path, OutputType type,
@@ -195,50 +182,60 @@ std::unique_ptr<StagedFile> PageImage::encoded(const QString& path, OutputType t
     return file;
 }
 
-/// Puts the page in place. False, with the reason at `m_failureReason`, when that fails; the system
-/// log gets it behind the name of the writer.
+/// Puts the page in place. Returns false, with the reason at `m_failureReason`, when that fails.
 bool PageImage::write(const QString& path, OutputType type, const SaveOptions& options,
                       PrefetchedPage prepared)
 {
     m_failureReason.clear();
+    m_failureLine.clear();
     try {
-        writeComplaints(prepared);
-        if (!prepared.file)
+        if (prepared.file)
+            adopt(prepared.diagnostics);
+        else
             prepared.file = encoded(path, type, options);
         prepared.file->commit(options.existing);
         return true;
     } catch (const std::exception& error) {
         m_failureReason = QString::fromStdString(error.what());
         const auto isOfType = [=](const Writer& writer) { return writer.type == type; };
-        systemLog(u"Erorr in (%1:) : %2"_s.arg(
-            std::find_if(writers.begin(), writers.end(), isOfType)->name, m_failureReason));
+        m_failureLine = u"Erorr in (%1:) : %2"_s.arg(
+            std::find_if(writers.begin(), writers.end(), isOfType)->name, m_failureReason);
         return false;
     }
 }
 
+/// Writes to the system log what the last `write` left for it.
+bool PageImage::logged(bool isWritten) const
+{
+    const QStringList lines = takeDiagnostics().logLines;
+    for (const QString& line : m_failureLine.isEmpty() ? lines : lines + QStringList(m_failureLine))
+        systemLog(line);
+    return isWritten;
+}
+
 bool PageImage::saveAsBmpWithName(const QString& path)
 {
-    return write(path, OutputType::Bmp, {}, {});
+    return logged(write(path, OutputType::Bmp, {}, {}));
 }
 
 bool PageImage::saveAsGifWithName(const QString& path)
 {
-    return write(path, OutputType::Gif, {}, {});
+    return logged(write(path, OutputType::Gif, {}, {}));
 }
 
 bool PageImage::saveAsPngWithName(const QString& path)
 {
-    return write(path, OutputType::Png, {}, {});
+    return logged(write(path, OutputType::Png, {}, {}));
 }
 
 bool PageImage::saveAsJpegWithName(const QString& path, int quality)
 {
-    return write(path, OutputType::Jpeg, { .jpegQuality = quality }, {});
+    return logged(write(path, OutputType::Jpeg, { .jpegQuality = quality }, {}));
 }
 
 bool PageImage::saveAsTiffWithName(const QString& path, int compression)
 {
-    return write(path, OutputType::Tiff, { .tiffCompressionIndex = compression }, {});
+    return logged(write(path, OutputType::Tiff, { .tiffCompressionIndex = compression }, {}));
 }
 
 PageImage PageImage::monochromeImage() const

@@ -2,9 +2,9 @@
 
 #include "engine/files/StagedFile.h"
 #include "engine/image/pixels/PageSource.h"
+#include "engine/log/Diagnostic.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <cstdint>
 #include <memory>
@@ -51,7 +51,8 @@ public:
     bool save(const QString& path, const Settings& settings);
 
     /// The same with what was made of the page ahead by `stage`, for the same path. If nothing was,
-    /// `threads` can help. A file at `path` that is to be kept makes it fail.
+    /// `threads` can help. A file at `path` that is to be kept makes it fail. Nothing goes to the
+    /// system log: the caller has `takeDiagnostics`, `failureReason` and `failureLine` for it.
     bool save(const QString& path, const Settings& settings, PrefetchedPage prepared,
               SpareThreads* threads = nullptr,
               StagedFile::Existing existing = StagedFile::Existing::Replaced);
@@ -59,14 +60,6 @@ public:
     /// The first half of `save`: the complete file, which waits to be put in place and holds no
     /// memory. Throws std::runtime_error with the reason, which is told to nobody else.
     std::unique_ptr<StagedFile> stage(const QString& path, const SaveOptions& options) const;
-
-    /// Writes to the system log what libtiff says of the file's chain of directories before it
-    /// reads this page; nothing when the page is no page of a file, or that was said already.
-    void reportChain() const;
-
-    /// Writes to the system log what was said while the file of `prepared` was made of this page by
-    /// another thread, as if it were made now.
-    void writeComplaints(const PrefetchedPage& prepared) const;
 
     /// The page's part of a TIFF file in which pages are gathered (see encodePieces): for
     /// MultiPageTiffWriter::append. Throws std::runtime_error.
@@ -88,25 +81,30 @@ public:
     /// an opaque image is 255. Throws std::runtime_error when the page cannot be decoded.
     PageImage monochromeImage() const;
 
-    /// In what the pixels that were made of the page last, with this image and its source, are not,
-    /// or may not be, those of the page; a clause each.
-    QStringList warnings() const;
+    /// Everything that was met while the page was read, and put into a TIFF file, the last time
+    /// with this image and its source; the log lines since the last call.
+    PageDiagnostics takeDiagnostics() const;
 
-    /// The names of the tags of the page that the TIFF file does not have that it was put into last
-    /// with this image and its source.
-    QStringList leftOutTags() const;
+    /// Takes over what another thread met while it made the page's file, as if it were made now.
+    void adopt(const PageDiagnostics& found) const;
 
     /// Why the last writer returned false; empty after a success.
     QString failureReason() const { return m_failureReason; }
+
+    /// The same for the system log, after the name of the writer; empty for a plain refusal of the
+    /// extension.
+    QString failureLine() const { return m_failureLine; }
 
 private:
     std::unique_ptr<StagedFile> encoded(const QString& path, OutputType type,
                                         const SaveOptions& options) const;
     bool write(const QString& path, OutputType type, const SaveOptions& options,
                PrefetchedPage prepared);
+    bool logged(bool isWritten) const;
 
     std::shared_ptr<const PageSource> m_source;
     QString m_failureReason;
+    QString m_failureLine;
 };
 
 } // namespace pagestack

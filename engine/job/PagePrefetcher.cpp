@@ -44,17 +44,17 @@ PagePrefetcher::PagePrefetcher(QList<OutputFile> plan, const Settings& settings,
 
 PagePrefetcher::~PagePrefetcher() = default;
 
-std::unique_ptr<TiffDocument> PagePrefetcher::open(PlanPlace place)
+std::shared_ptr<TiffDocument> PagePrefetcher::open(PlanPlace place)
 {
     moveTo(place, 0);
     if (m_steps.empty()) { // The run was cancelled: nothing is prepared any more.
         startAt({ m_plan.size(), 0 });
         m_document = nullptr;
         const FileItem& item = *m_plan.at(place.output).fileItems.at(place.item);
-        return std::make_unique<TiffDocument>(item.filePath().toLocalFile());
+        return std::make_shared<TiffDocument>(item.filePath().toLocalFile());
     }
     const std::shared_ptr<SharedSource> source = m_steps.front().source;
-    std::unique_ptr<TiffDocument> document = source->open();
+    std::shared_ptr<TiffDocument> document = source->open();
     m_document = document.get();
     m_place = place;
     return document;

@@ -41,7 +41,7 @@ public:
 
     /// The turn of an item has come, and the outputs of those before it are in place: its source.
     /// Throws std::runtime_error as TiffDocument does.
-    std::unique_ptr<TiffDocument> open(PlanPlace place);
+    std::shared_ptr<TiffDocument> open(PlanPlace place);
 
     /// The turn of a page has come, and the outputs of those before it are in place: what was made
     /// of it, which may be nothing. `document` is the one that was opened last; of another one

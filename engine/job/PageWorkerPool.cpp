@@ -137,30 +137,23 @@ void PageWorkerPool::prepare(PageTask& task, Desk& desk)
     PrefetchedPage result;
     bool needsNoEncoding = false;
     try {
-        LogHold hold;
         if (desk.source != task.source) {
             desk = {};
-            desk.document = task.source->openAhead(hold);
+            desk.document = task.source->openAhead();
             desk.source = task.source;
         }
         const PageImage image = desk.document->page(task.page - 1);
-        image.reportChain();
-        hold.takeLines(); // said once a source, by the job's thread
+        image.takeDiagnostics(); // of a page that could not be prepared
         const std::uint64_t bytes = image.decodedBytes();
         reserve(bytes);
         const auto room = qScopeGuard([=, this] { release(bytes); });
         if (task.targetPath.isEmpty()) {
-            hold.takeLines(); // the tags are read once more where the pieces are put
             result.pieces = image.encodePieces(task.options.tiffCompressionIndex);
-            result.pieces.complaints = hold.takeLines();
             needsNoEncoding = !result.pieces.bytes;
         } else {
             result.file = image.stage(task.targetPath, task.options);
-            result.complaints = hold.takeLines();
-            result.leftOutTags = image.leftOutTags();
+            result.diagnostics = image.takeDiagnostics();
         }
-        if (!needsNoEncoding)
-            result.warnings = image.warnings();
     } catch (...) {
         // Nothing is lost: the job's thread does the page again and meets the same fault.
         result = {};

@@ -63,9 +63,6 @@ Process::Process(Workspace* workspace, TimeLine updateTimeTakenLabel, QObject* p
     , m_message(u""_s)
     , m_log(std::make_shared<Log>())
 {
-    // First of all listeners, and on the job's thread: what is told is in the log.
-    connect(this, &Process::troubleMet, this, &Process::addReason, Qt::DirectConnection);
-    connect(this, &Process::pageRemarked, this, &Process::addReason, Qt::DirectConnection);
 }
 
 Process::~Process() = default;
@@ -148,9 +145,9 @@ void Process::startThreads(const QList<OutputFile>& plan)
             [this](const QString& path) { return isWanted(path); }, m_isCombining);
 }
 
-std::unique_ptr<TiffDocument> Process::openSource(const QString& path, PlanPlace place)
+std::shared_ptr<TiffDocument> Process::openSource(const QString& path, PlanPlace place)
 {
-    return m_prefetcher ? m_prefetcher->open(place) : std::make_unique<TiffDocument>(path);
+    return m_prefetcher ? m_prefetcher->open(place) : std::make_shared<TiffDocument>(path);
 }
 
 PrefetchedPage Process::takePage(const TiffDocument& document, int page)
@@ -160,19 +157,10 @@ PrefetchedPage Process::takePage(const TiffDocument& document, int page)
 
 QString Process::withRoom(const std::function<QString()>& attempt)
 {
-    if (!m_prefetcher)
-        return attempt();
-    HeldLines lines;
-    QString reason;
-    {
-        LogHold hold; // a failure that is made good is not told
-        reason = attempt();
-        lines = hold.takeLines();
-    }
-    if (!reason.isNull() && isWantOfRoom(reason.toStdString()) && m_prefetcher->dropAhead())
-        return attempt();
-    writeHeldLines(lines);
-    return reason;
+    const QString reason = attempt();
+    const bool isAgain = !reason.isNull() && m_prefetcher && isWantOfRoom(reason.toStdString())
+        && m_prefetcher->dropAhead();
+    return isAgain ? attempt() : reason;
 }
 
 void Process::convertOutput(const OutputFile& output, qsizetype index)
@@ -206,7 +194,7 @@ void Process::convertItem(const OutputFile& output, PlanPlace place, LogFiles& r
 {
     const FileItem& item = *output.fileItems.at(place.item);
     const QString path = item.filePath().toLocalFile();
-    std::unique_ptr<TiffDocument> document;
+    std::shared_ptr<TiffDocument> document;
     const QString refusal = withRoom([&]() -> QString {
         try {
             document = openSource(path, place);
@@ -222,11 +210,11 @@ void Process::convertItem(const OutputFile& output, PlanPlace place, LogFiles& r
             return;
         }
         record.status = u"Unable to Open File!"_s;
-        emit troubleMet(path, 0, refusal);
+        tell({ .sourcePath = path, .reason = refusal });
     } catch (const std::exception& error) {
         m_hasFailed = true;
         record.status = reasonOf(error);
-        emit troubleMet(path, 0, record.status);
+        tell({ .sourcePath = path, .reason = record.status });
     }
 }
 
@@ -236,11 +224,12 @@ void Process::convertDocument(const Source& source, const FileItem& item)
     const QList<int> range = getPageRanges(&item);
     m_leftOutTags.clear();
     m_doubt = QString();
+    m_codecLog.emplace(lastPathComponent(source.document.path()));
     if (isKeptTogether(*settings())) {
         keepPagesTogether(source, range);
     } else {
         writePages(source, range);
-        remarkLeftOutTags(source.document);
+        tellLeftOutTags(source.document);
     }
 }
 
@@ -249,10 +238,10 @@ void Process::convertDocument(const Source& source, const FileItem& item)
 void Process::reportChain(const TiffDocument& document, const FileItem& item)
 {
     if (const QString fault = document.chainFault(); !fault.isEmpty())
-        emit troubleMet(document.path(), 0, fault);
+        tellError(document, 0, fault);
     if (document.pageCount() > item.pages())
-        emit troubleMet(
-            document.path(), 0,
+        tellError(
+            document, 0,
             u"the file has %1 pages now, %2 were counted before the run"_s.arg(document.pageCount())
                 .arg(item.pages()));
 }
@@ -321,7 +310,7 @@ void Process::savePage(const Source& source, PageImage& image, LogFile& record)
     } else {
         outcome = PageOutcome::Failed;
         record.status = u"Unable to save page!"_s;
-        emit troubleMet(sourcePath, page, trouble);
+        tellError(source.document, page, trouble, m_pageDetail);
     }
     emit pageDone(sourcePath, page, path, outcome);
 }
@@ -335,60 +324,70 @@ QString Process::saveImage(const Source& source, PageImage& image, int page, con
             lastPathComponent(path));
     PrefetchedPage prepared = takePage(source.document, page);
     const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads->take();
-    const std::optional<QStringList> warnings = prepared.warnings;
-    const std::optional<QStringList> leftOut
-        = prepared.file ? std::optional(prepared.leftOutTags) : std::nullopt;
-    QString trouble = withRoom([&]() -> QString {
+    const QString trouble = withRoom([&]() -> QString {
+        image.takeDiagnostics(); // of an attempt before this one
         if (image.save(path, *settings(), std::exchange(prepared, {}), m_threads.get(), existing()))
             return {};
         return image.failureReason().isNull() ? u""_s : image.failureReason();
     });
-    if (trouble.isNull()) {
-        remark(source.document, page, warnings ? *warnings : image.warnings());
-        noteLeftOutTags(leftOut ? *leftOut : image.leftOutTags());
-    }
+    const PageDiagnostics found = image.takeDiagnostics();
+    takeMessages(found);
+    if (trouble.isNull())
+        tellLosses(source.document, page, found);
+    else if (!image.failureLine().isEmpty())
+        systemLog(image.failureLine());
     return trouble;
 }
 
-void Process::remark(const TiffDocument& document, int page, const QStringList& warnings)
+void Process::takeMessages(const PageDiagnostics& found)
 {
-    for (const QString& warning : warnings) {
-        if (m_doubt.isNull())
-            m_doubt = u"page %1: %2"_s.arg(page).arg(warning);
-        emit pageRemarked(document.path(), page, warning);
-    }
+    m_codecLog->write(found.logLines);
+    m_pageDetail = found.logLines.join(u'\n');
 }
 
-void Process::noteLeftOutTags(const QStringList& names)
+void Process::tellLosses(const TiffDocument& document, int page, const PageDiagnostics& found)
 {
-    for (const QString& name : names)
+    for (const QString& warning : found.warnings) {
+        if (m_doubt.isNull())
+            m_doubt = u"page %1: %2"_s.arg(page).arg(warning);
+        tell({ Diagnostic::Severity::Warning, document.path(), page, warning, m_pageDetail });
+    }
+    for (const QString& name : found.leftOutTags)
         if (!m_leftOutTags.contains(name))
             m_leftOutTags.append(name);
 }
 
 /// Once a source: its pages mostly have the same tags.
-void Process::remarkLeftOutTags(const TiffDocument& document)
+void Process::tellLeftOutTags(const TiffDocument& document)
 {
     constexpr qsizetype mostNames = 5;
     if (m_leftOutTags.isEmpty())
         return;
+    const QString all = leftOutText(m_leftOutTags, m_leftOutTags.size());
     if (m_leftOutTags.size() > mostNames)
-        systemLog(lastPathComponent(document.path()) + u": "_s
-                  + leftOutText(m_leftOutTags, m_leftOutTags.size()));
-    emit pageRemarked(document.path(), 0, leftOutText(m_leftOutTags, mostNames));
+        systemLog(lastPathComponent(document.path()) + u": "_s + all);
+    tell({ Diagnostic::Severity::Warning, document.path(), 0, leftOutText(m_leftOutTags, mostNames),
+           all });
 }
 
-/// To the record of the page, which is the last one, or of the source in hand.
-void Process::addReason(const QString&, int pageNo, const QString& reason)
+/// To the record of the page, which is the last one, or of the source in hand, and to all
+/// listeners.
+void Process::tell(const Diagnostic& diagnostic)
 {
-    const std::shared_ptr<Log> runLog = log();
-    if (runLog->files.empty())
-        return;
-    LogFiles& source = *runLog->files.back();
-    const bool isOfPage
-        = pageNo > 0 && !source.logFiles.empty() && source.logFiles.back().sourcePageNo == pageNo;
-    QString& told = isOfPage ? source.logFiles.back().reason : source.reason;
-    told = told.isNull() ? reason : told + u"; "_s + reason;
+    if (const std::shared_ptr<Log> runLog = log(); !runLog->files.empty()) {
+        LogFiles& source = *runLog->files.back();
+        const bool isOfPage = diagnostic.page > 0 && !source.logFiles.empty()
+            && source.logFiles.back().sourcePageNo == diagnostic.page;
+        QString& told = isOfPage ? source.logFiles.back().reason : source.reason;
+        told = told.isNull() ? diagnostic.reason : told + u"; "_s + diagnostic.reason;
+    }
+    emit diagnosed(diagnostic);
+}
+
+void Process::tellError(const TiffDocument& document, int page, const QString& reason,
+                        const QString& detail)
+{
+    tell({ Diagnostic::Severity::Error, document.path(), page, reason, detail });
 }
 
 StagedFile::Existing Process::existing() const

@@ -2,6 +2,7 @@
 
 #include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
+#include "engine/log/Diagnostic.h"
 #include "engine/log/Log.h"
 #include "engine/plan/OutputFile.h"
 #include "engine/settings/Settings.h"
@@ -171,10 +172,8 @@ signals:
     void outputFilesChanged();
     void settingsChanged();
 
-    /// Something of `sourcePath` went wrong; the run goes on. `pageNo` 0 is the file as a whole.
-    void troubleMet(const QString& sourcePath, int pageNo, const QString& reason);
-    /// The page is written, or gathered, but not quite what it was.
-    void pageRemarked(const QString& sourcePath, int pageNo, const QString& remark);
+    /// A source or a page met an error, or is written with a loss; the run goes on.
+    void diagnosed(const pagestack::Diagnostic& diagnostic);
     /// The log could not be written to its file; `logPath` may be empty.
     void logTroubleMet(const QString& logPath, const QString& reason);
     /// A page was dealt with. `outputPath` is the file that it is in or was meant for.
@@ -201,7 +200,7 @@ private:
     void convertItem(const OutputFile& output, PlanPlace place, LogFiles& record);
     void startThreads(const QList<OutputFile>& plan);
     QString saveImage(const Source& source, PageImage& image, int page, const QString& path);
-    std::unique_ptr<TiffDocument> openSource(const QString& path, PlanPlace place);
+    std::shared_ptr<TiffDocument> openSource(const QString& path, PlanPlace place);
     PrefetchedPage takePage(const TiffDocument& document, int page);
     /// Null when `attempt`, which gives the reason of its failure, succeeds, be it in a second try
     /// for which what was prepared ahead made room: a run with one thread would have had it.
@@ -213,7 +212,9 @@ private:
     void savePage(const Source& source, PageImage& image, LogFile& record);
     void skipTogether(const Source& source, const QList<int>& range, const QString& path);
     void skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles);
-    void addReason(const QString& sourcePath, int pageNo, const QString& reason);
+    void tell(const Diagnostic& diagnostic);
+    void tellError(const TiffDocument& document, int page, const QString& reason,
+                   const QString& detail = {});
     StagedFile::Existing existing() const;
     void convertOrFail();
     void gatherPages(MultiPageTiffWriter& file, const QString& path, const QList<int>& range,
@@ -222,9 +223,9 @@ private:
     PageOutcome gatherPage(MultiPageTiffWriter& file, const TiffDocument& document,
                            LogFile& record);
     bool isWanted(const QString& outputPath) const;
-    void remark(const TiffDocument& document, int page, const QStringList& warnings);
-    void noteLeftOutTags(const QStringList& names);
-    void remarkLeftOutTags(const TiffDocument& document);
+    void takeMessages(const PageDiagnostics& found);
+    void tellLosses(const TiffDocument& document, int page, const PageDiagnostics& found);
+    void tellLeftOutTags(const TiffDocument& document);
     void reportChain(const TiffDocument& document, const FileItem& item);
     void endRun();
     void saveLog();
@@ -249,6 +250,8 @@ private:
     TimeLine m_updateTimeTakenLabel;
     TargetFilter m_targetFilter;
     QString m_doubt; ///< first warning of the source in hand, with its page; job's thread only
+    QString m_pageDetail; ///< messages of the codec about the page in hand; job's thread only
+    std::optional<CodecLog> m_codecLog; ///< of the source in hand; job's thread only
     QStringList m_leftOutTags; ///< of the source in hand, each once; job's thread only
     bool m_hasFailed = false; ///< as the next seven, job's thread only
     QString m_failure;

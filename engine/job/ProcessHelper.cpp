@@ -80,7 +80,7 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
     } catch (const std::exception& error) {
         const QString reason = QString::fromUtf8(error.what());
         systemLog(u"Error in (saveAsTiff:range:image:logFiles:) : "_s + reason);
-        emit troubleMet(document->path(), 0, reason);
+        tellError(*document, 0, reason);
     } catch (...) {
         // The pages gathered are kept; the result is lost with the exception.
         if (lossOfPages(*document, file.pageCount(), m_doubt, m_leftOutTags, path).isNull()
@@ -98,11 +98,11 @@ bool Process::saveAsTiff(const QString& path, const QList<int>& range, const Tif
     if (loss.isNull() && withRoom(commit).isNull()) {
         logFiles.gathered = GatheredFile::None;
         emit fileWritten(document->path(), path, file.pageCount());
-        remarkLeftOutTags(*document);
+        tellLeftOutTags(*document);
         return true;
     }
     if (isWanted(path))
-        emit troubleMet(document->path(), 0, loss.isNull() ? file.failureReason() : loss);
+        tellError(*document, 0, loss.isNull() ? file.failureReason() : loss);
     else
         skipGathered(*document, path, logFiles);
     return false;
@@ -141,19 +141,21 @@ Process::PageOutcome Process::gatherPage(MultiPageTiffWriter& file, const TiffDo
                                          LogFile& record)
 {
     const PageImage image = document.page(record.sourcePageNo - 1);
+    const auto takeDiagnostics = [&] {
+        PageDiagnostics found = image.takeDiagnostics();
+        takeMessages(found);
+        return found;
+    };
     try {
         PrefetchedPage prepared = takePage(document, record.sourcePageNo);
-        const std::optional<QStringList> warnings = prepared.warnings;
-        const std::optional<QStringList> leftOut
-            = prepared.file ? std::optional(prepared.leftOutTags) : std::nullopt;
         appendPage(file, image, prepared);
-        if (file.failureReason().isEmpty()) {
-            remark(document, record.sourcePageNo, warnings ? *warnings : image.warnings());
-            noteLeftOutTags(leftOut ? *leftOut : image.leftOutTags());
-        }
+        const PageDiagnostics found = takeDiagnostics();
+        if (file.failureReason().isEmpty())
+            tellLosses(document, record.sourcePageNo, found);
     } catch (const std::exception& error) {
+        takeDiagnostics();
         record.status = u"Unable to save page!"_s;
-        emit troubleMet(document.path(), record.sourcePageNo, QString::fromUtf8(error.what()));
+        tellError(document, record.sourcePageNo, QString::fromUtf8(error.what()), m_pageDetail);
         return PageOutcome::Failed;
     }
     record.status = u"Completed"_s;
@@ -169,6 +171,7 @@ void Process::appendPage(MultiPageTiffWriter& file, const PageImage& image,
     std::exception_ptr refusal;
     withRoom([&] {
         try {
+            image.takeDiagnostics(); // of an attempt before this one
             refusal = nullptr;
             if (std::exchange(isAgain, true) && wasWhole && !file.failureReason().isEmpty())
                 file.appendAgain(image);

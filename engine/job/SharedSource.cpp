@@ -13,25 +13,23 @@ SharedSource::SharedSource(const QString& path)
 {
 }
 
-std::unique_ptr<TiffDocument> SharedSource::openAhead(LogHold& hold)
+std::unique_ptr<TiffDocument> SharedSource::openAhead()
 {
     const std::scoped_lock lock(m_mutex);
     if (!m_document) {
         if (std::exchange(m_wasTried, true))
             throw std::runtime_error("the file could not be opened");
-        m_document = std::make_unique<TiffDocument>(m_path);
-        m_complaints = hold.takeLines();
+        m_document = std::make_shared<TiffDocument>(m_path);
     }
     return m_document->clone();
 }
 
-std::unique_ptr<TiffDocument> SharedSource::open()
+std::shared_ptr<TiffDocument> SharedSource::open()
 {
     const std::scoped_lock lock(m_mutex);
     if (!m_document)
-        m_document = std::make_unique<TiffDocument>(m_path);
-    writeHeldLines(std::exchange(m_complaints, {}));
-    return m_document->clone();
+        m_document = std::make_shared<TiffDocument>(m_path);
+    return m_document;
 }
 
 } // namespace pagestack

@@ -2,7 +2,6 @@
 
 #include "engine/files/FileState.h"
 #include "engine/image/TiffDocument.h"
-#include "engine/support/SystemLog.h"
 
 #include <memory>
 #include <mutex>
@@ -21,22 +20,20 @@ public:
     /// None when there was no file at the path.
     const std::optional<FileIdentity>& identity() const { return m_identity; }
 
-    /// For a worker: a document of its own. What opening the file has to say is taken out of
-    /// `hold`, which is empty, and kept. Throws std::runtime_error when the file could not be
-    /// opened, now or by an earlier call.
-    std::unique_ptr<TiffDocument> openAhead(LogHold& hold);
+    /// Returns a document of the calling worker's own. Throws std::runtime_error when the file
+    /// could not be opened, now or by an earlier call.
+    std::unique_ptr<TiffDocument> openAhead();
 
-    /// For the job's thread, when it is the turn of the source: the same, with what there is to be
-    /// said written to the system log; tries again what has failed ahead.
-    std::unique_ptr<TiffDocument> open();
+    /// Returns the document of the job's thread, when it is the turn of the source. Tries again
+    /// what has failed ahead; throws std::runtime_error when it fails again.
+    std::shared_ptr<TiffDocument> open();
 
 private:
     const QString m_path;
     const std::optional<FileIdentity> m_identity;
 
     std::mutex m_mutex; ///< guards the fields below
-    std::unique_ptr<TiffDocument> m_document; ///< only cloned
-    HeldLines m_complaints;
+    std::shared_ptr<TiffDocument> m_document; ///< of the job's thread; the others clone it
     bool m_wasTried = false; ///< ahead
 };
 

@@ -69,7 +69,9 @@ void ProcessPanel::follow(Process& job, qint64 plannedPages)
     m_ui->cancelProcessBtn->setDefault(true);
     // The job tells on its own thread; with this object as the receiver it arrives on the main one.
     connect(&job, &Process::pageDone, this, [this] { ++m_donePages; });
-    connect(&job, &Process::troubleMet, this, [this] { ++m_troubles; });
+    connect(&job, &Process::diagnosed, this, [this](const Diagnostic& diagnostic) {
+        m_troubles += diagnostic.severity == Diagnostic::Severity::Error ? 1 : 0;
+    });
     connect(&job, &Process::isCompletedChanged, this, [this](bool isCompleted) {
         if (isCompleted)
             showEnd();

@@ -5,9 +5,6 @@
 #include "engine/image/decode/SampleRange.h"
 #include "engine/image/decode/SampleUnpacker.h"
 #include "engine/image/decode/StoredRows.h"
-#include "engine/support/SystemLog.h"
-
-#include <QFileInfo>
 
 #include <tiffio.h>
 
@@ -153,9 +150,8 @@ namespace {
             , m_range(tags.bitsPerSample, tags.sampleFormat, shownBits)
         {
             if (tags.sampleFormat == SAMPLEFORMAT_IEEEFP)
-                systemLog(u"%1: page %2: floating-point samples are taken as 0 to 1"_s
-                              .arg(QFileInfo(file.path()).fileName())
-                              .arg(index + 1));
+                m_messages.addLogLine(
+                    u"page %1: floating-point samples are taken as 0 to 1"_s.arg(index + 1));
             if (tags.photometric == PHOTOMETRIC_PALETTE)
                 m_palette = readPalette(file.current(), tags.bitsPerSample);
             chooseLayout();

@@ -70,7 +70,6 @@ Band ReadAheadRows::take()
     m_changed.wait(lock, [this] { return m_read > m_used; });
     Portion& taken = portion(m_used);
     lock.unlock();
-    writeHeldLines(std::exchange(taken.lines, {}));
     if (taken.failure) {
         m_isAtEnd = true;
         std::rethrow_exception(std::exchange(taken.failure, nullptr));
@@ -80,7 +79,6 @@ Band ReadAheadRows::take()
 
 void ReadAheadRows::readAll()
 {
-    LogHold hold;
     for (bool goesOn = true; goesOn;) {
         Band band;
         std::exception_ptr failure;
@@ -89,12 +87,12 @@ void ReadAheadRows::readAll()
         } catch (...) {
             failure = std::current_exception();
         }
-        goesOn = handOver(band, std::move(failure), hold.takeLines());
+        goesOn = handOver(band, std::move(failure));
     }
 }
 
 /// False when nothing follows, or nobody wants it.
-bool ReadAheadRows::handOver(const Band& band, std::exception_ptr failure, HeldLines lines)
+bool ReadAheadRows::handOver(const Band& band, std::exception_ptr failure)
 {
     int done = 0;
     do {
@@ -102,7 +100,6 @@ bool ReadAheadRows::handOver(const Band& band, std::exception_ptr failure, HeldL
             return false;
         Portion& next = portion(m_read);
         next.rows = std::min(m_portionRows, band.rows - done);
-        next.lines = std::exchange(lines, {});
         next.failure = std::exchange(failure, nullptr);
         for (int i = 0; i < next.rows; ++i)
             std::memcpy(next.samples.get() + i * m_strideBytes, band.row(done + i),

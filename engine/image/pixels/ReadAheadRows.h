@@ -1,7 +1,6 @@
 #pragma once
 
 #include "engine/image/pixels/RowSource.h"
-#include "engine/support/SystemLog.h"
 #include "engine/threads/SpareThreads.h"
 
 #include <array>
@@ -17,8 +16,7 @@ namespace pagestack {
 /// That begins with the first band for which a thread is spare; before that the source's bands are
 /// handed out as they come.
 ///
-/// What the source writes to the system log comes out on the thread of `nextBand`, before the rows
-/// that it was written for; what it throws comes after the rows before it.
+/// An exception of the source comes after the rows before it.
 class ReadAheadRows : public RowSource
 {
 public:
@@ -41,14 +39,13 @@ private:
     {
         std::unique_ptr<std::uint8_t[]> samples;
         int rows = 0; ///< 0: the page is at its end, or there is a failure
-        HeldLines lines;
         std::exception_ptr failure;
     };
 
     bool start();
     Band take();
     void readAll();
-    bool handOver(const Band& band, std::exception_ptr failure, HeldLines lines);
+    bool handOver(const Band& band, std::exception_ptr failure);
     bool waitForRoom();
     Portion& portion(std::size_t number) { return m_ring[number % m_ring.size()]; }
 

@@ -104,14 +104,15 @@ TiffFile::Opened::Opened(const QString& name)
 }
 
 TiffFile::TiffFile(const QString& path)
-    : TiffFile(std::make_shared<const Opened>(path), {})
+    : TiffFile(std::make_shared<const Opened>(path), false)
 {
     openHandle();
 }
 
-TiffFile::TiffFile(std::shared_ptr<const Opened> opened, const std::shared_ptr<LogQuota>& quota)
+TiffFile::TiffFile(std::shared_ptr<const Opened> opened, bool isClone)
     : m_opened(std::move(opened))
-    , m_messages(QFileInfo(m_opened->path).fileName(), quota)
+    , m_messages(QFileInfo(m_opened->path).fileName())
+    , m_isClone(isClone)
 {
 }
 
@@ -119,7 +120,7 @@ TiffFile::~TiffFile() = default;
 
 std::shared_ptr<TiffFile> TiffFile::clone() const
 {
-    return std::shared_ptr<TiffFile>(new TiffFile(m_opened, m_messages.quota()));
+    return std::shared_ptr<TiffFile>(new TiffFile(m_opened, true));
 }
 
 const QString& TiffFile::path() const { return m_opened->path; }
@@ -152,13 +153,27 @@ void TiffFile::openHandle()
         m_handle = openTiffForReading(m_opened->file.get(), m_messages, chain().cutLink);
 }
 
-void TiffFile::reportChain(int index)
+/// libtiff walks the chain of directories, and says what it finds wrong with it, once for each
+/// handle, before it reads another page than the first.
+void TiffFile::walkChain(int index)
 {
     if (index == 0 || m_hasWalked || chain().fault.isEmpty())
         return;
-    openHandle();
-    TIFFNumberOfDirectories(m_handle.get());
     m_hasWalked = true;
+    openHandle();
+    const PageDiagnostics before = m_messages.takeDiagnostics();
+    m_messages.adopt(before);
+    TIFFNumberOfDirectories(m_handle.get());
+    if (m_isClone) {
+        m_messages.takeDiagnostics();
+        m_messages.adopt(before);
+    }
+}
+
+void TiffFile::adopt(int index, const PageDiagnostics& found)
+{
+    walkChain(index);
+    m_messages.adopt(found);
 }
 
 /// libtiff 4.5 keeps the note that a JPEG page is decoded to full-size RGB when it goes on to
@@ -181,7 +196,7 @@ tiff* TiffFile::describe(int index)
     openHandle();
     leavePage();
     m_messages.forget();
-    m_hasWalked = m_hasWalked || index > 0;
+    walkChain(index);
     if (TIFFSetSubDirectory(m_handle.get(), chain().offsets.at(static_cast<std::size_t>(index)))
         == 0)
         m_messages.fail("the directory of the page cannot be read");

@@ -42,10 +42,8 @@ public:
     /// The entries of the directory of page `index`, from 0. Throws std::runtime_error.
     TiffDirectory directory(int index) const;
 
-    /// libtiff walks the chain of directories, and says what it finds wrong with it, once for each
-    /// handle, before another page than the first is read. This brings that about for page `index`;
-    /// to be called when what was made of the page with a clone takes its place.
-    void reportChain(int index);
+    /// Takes over what a clone said of page `index`, as if it were read here, now.
+    void adopt(int index, const PageDiagnostics& found);
 
     /// Makes page `index` (from 0) the current one, for reading its tags. Throws std::runtime_error
     /// when its directory cannot be read, or announces more tag values than should be held.
@@ -61,12 +59,14 @@ public:
 private:
     struct Opened;
 
-    explicit TiffFile(std::shared_ptr<const Opened> opened, const std::shared_ptr<LogQuota>& quota);
+    explicit TiffFile(std::shared_ptr<const Opened> opened, bool isClone);
     void openHandle();
+    void walkChain(int index);
     void leavePage();
 
     std::shared_ptr<const Opened> m_opened; ///< outlives the handle
     TiffMessages m_messages;
+    const bool m_isClone; ///< leaves it to the original to speak of the chain
     TiffHandle m_handle; ///< a clone has none before its first page
     int m_current = -1; ///< page whose directory is loaded
     bool m_hasWalked = false; ///< libtiff knows the chain

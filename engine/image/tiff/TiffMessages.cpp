@@ -1,7 +1,6 @@
 #include "engine/image/tiff/TiffMessages.h"
 
 #include "engine/image/tiff/CodecMessages.h"
-#include "engine/support/SystemLog.h"
 
 #include <stdexcept>
 #include <string_view>
@@ -12,9 +11,6 @@ namespace pagestack {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-    /// A damaged fax page can give a message a row.
-    constexpr int mostReports = 20;
 
     /// The count in "17 extraneous bytes before marker 0xd9" behind other words.
     std::uint64_t countBefore(std::string_view text, std::string_view sign)
@@ -28,13 +24,9 @@ namespace {
 
 } // namespace
 
-TiffMessages::TiffMessages(QString fileName, std::shared_ptr<LogQuota> quota)
+TiffMessages::TiffMessages(QString fileName)
     : m_fileName(std::move(fileName))
-    , m_quota(std::move(quota))
 {
-    if (!m_quota)
-        m_quota = std::make_shared<LogQuota>(
-            mostReports, u"%1: further messages are left out"_s.arg(m_fileName));
 }
 
 /// libtiff puts the file's name before some of its messages.
@@ -78,10 +70,20 @@ void TiffMessages::addWarning(const char* module, const std::string& text)
 
 void TiffMessages::report(const char* kind, const char* module, const std::string& text)
 {
-    systemLog(u"%1: %2: %3: %4"_s.arg(m_fileName, QLatin1StringView(kind),
-                                      QString::fromUtf8(module != nullptr ? module : "libtiff"),
-                                      QString::fromStdString(withoutName(text))),
-              m_quota);
+    addLogLine(u"%1: %2: %3"_s.arg(QLatin1StringView(kind),
+                                   QString::fromUtf8(module != nullptr ? module : "libtiff"),
+                                   QString::fromStdString(withoutName(text))));
+}
+
+void TiffMessages::addLogLine(const QString& text)
+{
+    m_found.addLogLine(m_fileName + u": "_s + text);
+}
+
+void TiffMessages::addLogLines(const QStringList& lines)
+{
+    for (const QString& line : lines)
+        m_found.addLogLine(line);
 }
 
 void TiffMessages::forget()
@@ -90,19 +92,29 @@ void TiffMessages::forget()
     m_repairedRows = 0;
     m_jpegTail.reset();
     m_isProgressiveJpeg = false;
-    m_pageWarnings.clear();
-    m_leftOutTags.clear();
+    m_found.warnings.clear();
+    m_found.leftOutTags.clear();
 }
 
 void TiffMessages::addPageWarning(const QString& text)
 {
-    if (!m_pageWarnings.contains(text))
-        m_pageWarnings.append(text);
+    if (!m_found.warnings.contains(text))
+        m_found.warnings.append(text);
 }
 
-QStringList TiffMessages::pageWarnings() const
+void TiffMessages::adopt(const PageDiagnostics& found)
 {
-    QStringList warnings = m_pageWarnings;
+    forget();
+    m_found.warnings = found.warnings;
+    m_found.leftOutTags = found.leftOutTags;
+    addLogLines(found.logLines);
+}
+
+PageDiagnostics TiffMessages::takeDiagnostics()
+{
+    PageDiagnostics found = m_found;
+    m_found.logLines.clear();
+    QStringList& warnings = found.warnings;
     if (m_repairedRows == 1)
         warnings.prepend(u"1 row of the fax is damaged; what is lost of it is white"_s);
     else if (m_repairedRows > 1)
@@ -110,7 +122,7 @@ QStringList TiffMessages::pageWarnings() const
             u"%1 rows of the fax are damaged; what is lost of them is white"_s.arg(m_repairedRows));
     if (m_jpegTail)
         warnings.append(jpegTailWarning());
-    return warnings;
+    return found;
 }
 
 QString TiffMessages::jpegTailWarning()

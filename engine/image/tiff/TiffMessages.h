@@ -1,34 +1,29 @@
 #pragma once
 
+#include "engine/log/Diagnostic.h"
+
 #include <QString>
-#include <QStringList>
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
 namespace pagestack {
 
-class LogQuota;
-
-/// What libtiff has to say about one open file. Every message goes to the system log with the
-/// file's name, up to a limit. The first since `forget` that tells of a failure is kept as its
-/// reason; see CodecMessages.h for what warnings mean.
+/// Collects the messages of libtiff about one open file. The first one since `forget` that tells of
+/// a failure is kept as its reason; see CodecMessages.h for the meaning of warnings.
 class TiffMessages
 {
 public:
-    /// `quota` is the limit: that of another handle on the same file, or none, for one of its own.
-    explicit TiffMessages(QString fileName, std::shared_ptr<LogQuota> quota = {});
+    explicit TiffMessages(QString fileName);
 
     const QString& fileName() const { return m_fileName; }
-    const std::shared_ptr<LogQuota>& quota() const { return m_quota; }
 
     void addError(const char* module, const std::string& text);
     void addWarning(const char* module, const std::string& text);
 
-    /// Starts anew: no message so far.
+    /// Forgets all messages except for the log lines, which wait for `takeDiagnostics`.
     void forget();
 
     /// True when an error came, or a warning that tells of pixels that could not be read, since the
@@ -38,14 +33,22 @@ public:
     /// Adds to `pageWarnings`, once however often it is given.
     void addPageWarning(const QString& text);
 
-    /// In what the pixels that were read since the last `forget` are not, or may not be, those of
-    /// the page. Rows of a T.4 fax (Compression 3) that turned out too short or too long are among
-    /// them: libtiff makes them white from where they stop making sense, as a fax machine does.
-    QStringList pageWarnings() const;
+    /// Adds `text` to the log lines, behind the name of the file.
+    void addLogLine(const QString& text);
+    /// Adds finished log lines.
+    void addLogLines(const QStringList& lines);
 
-    /// Tags of the page that the TIFF file does not have that it was put into last.
-    const QStringList& leftOutTags() const { return m_leftOutTags; }
-    void setLeftOutTags(const QStringList& names) { m_leftOutTags = names; }
+    /// The tags of the page that were left out of a TIFF file.
+    void setLeftOutTags(const QStringList& names) { m_found.leftOutTags = names; }
+
+    /// Everything about the pixels that were read since the last `forget`, with the log lines since
+    /// the last call. Rows of a T.4 fax (Compression 3) that turned out too short or too long are
+    /// among the warnings: libtiff makes them white from where they stop making sense, as a fax
+    /// machine does.
+    PageDiagnostics takeDiagnostics();
+
+    /// Takes over what another handle on the file said of the page, as if it were said here, now.
+    void adopt(const PageDiagnostics& found);
 
     /// How many bytes libjpeg left before the end of a stream, if it did since this was asked last.
     /// What nobody asks for becomes the warning `jpegTailWarning`.
@@ -68,9 +71,7 @@ private:
     int m_repairedRows = 0;
     std::optional<std::uint64_t> m_jpegTail;
     bool m_isProgressiveJpeg = false;
-    QStringList m_pageWarnings;
-    QStringList m_leftOutTags;
-    std::shared_ptr<LogQuota> m_quota;
+    PageDiagnostics m_found;
 };
 
 } // namespace pagestack

@@ -42,14 +42,15 @@ EncodedPieces encodePieces(const TiffPage& page, int compression)
     TiffPageStream sink {
         *bytes, std::string(headerBytes, '\0'), std::numeric_limits<std::uint64_t>::max(), false, {}
     };
-    // A quota of no lines: what there is to be said of the tags is said where the file is written.
-    TiffMessages messages(QStringLiteral("page"), std::make_shared<LogQuota>(0, QString()));
+    page.file().messages().takeDiagnostics(); // the tags are read once more for the file
+    TiffMessages messages(QStringLiteral("page"));
     const TiffHandle handle = openTiffPageForWriting(sink, true, messages);
     writeTiffPage(handle.get(), page, compression, {});
     if (TIFFFlushData(handle.get()) == 0 || messages.failed())
         messages.fail("the page cannot be encoded");
     encoded.pieces = writtenPieces(handle.get());
     encoded.bytes = std::move(bytes);
+    encoded.diagnostics = page.file().messages().takeDiagnostics();
     return encoded;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/files/ByteSpool.h"
-#include "engine/support/SystemLog.h"
+#include "engine/log/Diagnostic.h"
 
 #include <memory>
 #include <vector>
@@ -24,14 +24,12 @@ struct EncodedPieces
     };
     std::vector<Piece> pieces; ///< in the order in which an encoder writes them
     std::unique_ptr<ByteSpool> bytes;
-    HeldLines complaints; ///< what was said of the page's pixels; to be written with the pieces
+    PageDiagnostics diagnostics; ///< of the page's pixels
 };
 
-/// Encodes the samples of `page` with `compression`, a value of the Compression tag. Nothing (a
-/// null `bytes`) when there is no work to be taken from whoever writes the file: when its strips
-/// can be copied as they lie or have no compression, or when it is written as it is shown. Throws
-/// std::runtime_error when the page cannot be decoded or encoded. What is said of its pixels goes
-/// to the system log; `complaints` stays empty.
+/// Encodes the samples of `page` with `compression`, a value of the Compression tag. Returns empty
+/// pieces (a null `bytes`) if the strips can be copied or written without encoding, or if the page
+/// is written as it is shown. Throws std::runtime_error when the page cannot be decoded or encoded.
 EncodedPieces encodePieces(const TiffPage& page, int compression);
 
 /// Writes the pieces to `handle`, a handle for writing that has the page's tags.

@@ -4,6 +4,7 @@
 #include "engine/image/tiffwriter/TiffPageWriter.h"
 
 #include <QFileInfo>
+#include <QScopeGuard>
 
 #include <tiffio.h>
 
@@ -60,6 +61,11 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces* pieces
                           {} };
     m_messages.forget();
     const TiffPage* source = page.tiffPage();
+    const auto hand = qScopeGuard([&] { // the encoder's messages are about the page
+        const PageDiagnostics found = m_messages.takeDiagnostics();
+        if (source != nullptr)
+            source->file().messages().addLogLines(found.logLines);
+    });
     TiffDirectory described;
     std::vector<TextList> texts;
     std::set<unsigned> written;

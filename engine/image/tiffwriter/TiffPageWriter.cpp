@@ -7,7 +7,6 @@
 #include "engine/image/tiff/TiffLimits.h"
 #include "engine/image/tiffwriter/EncodedPieces.h"
 #include "engine/image/tiffwriter/TiffTagCopy.h"
-#include "engine/support/SystemLog.h"
 
 #include <tiffio.h>
 
@@ -76,10 +75,9 @@ namespace {
     void tellOfCompression(const TiffPage& page, int wanted, int used)
     {
         if (used != wanted)
-            systemLog(u"%1: page %2 is not one bit deep and so is written without compression"_s
-                          .arg(page.file().messages().fileName())
-                          .arg(page.index() + 1),
-                      page.file().messages().quota());
+            page.file().messages().addLogLine(
+                u"page %1 is not one bit deep and so is written without compression"_s.arg(
+                    page.index() + 1));
     }
 
     void setPredictor(TIFF* to, int bitsPerSample, int compression)
@@ -138,7 +136,7 @@ namespace {
                 tellOfCompression(m_page, m_wantedCompression, m_compression);
             if (pieces != nullptr) {
                 setCoding();
-                writeHeldLines(pieces->complaints);
+                m_file.adopt(m_page.index(), pieces->diagnostics);
                 putPieces(m_to, *pieces);
             } else if (encodedPiecesFit()) {
                 copyEncoded();

@@ -53,8 +53,13 @@ public:
         listen(u"output"_s, &Process::outputFileInProcessChanged);
         listen(u"timeTaken"_s, &Process::timeTakenChanged);
         listen(u"message"_s, &Process::messageChanged);
-        listen(u"trouble"_s, &Process::troubleMet);
-        listen(u"remark"_s, &Process::pageRemarked);
+        const auto take = [this](const Diagnostic& told) {
+            const bool isWarning = told.severity == Diagnostic::Severity::Warning;
+            note(u"%1 %2 %3 %4"_s.arg(isWarning ? u"remark"_s : u"trouble"_s, told.sourcePath)
+                     .arg(told.page)
+                     .arg(told.reason));
+        };
+        QObject::connect(&job, &Process::diagnosed, &job, take, Qt::DirectConnection);
         listen(u"log trouble"_s, &Process::logTroubleMet);
         listen(u"page"_s, &Process::pageDone);
         listen(u"written"_s, &Process::fileWritten);

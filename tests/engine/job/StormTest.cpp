@@ -64,10 +64,7 @@ const Reference& referenceOf(const QString& sources, const QString& changes)
     JobFixture fixture(sources, changes + u" jobs=1"_s);
     fixture.job.log()->setStored(false);
     const Clock::time_point start = Clock::now();
-    {
-        const LogHold quiet;
-        fixture.run();
-    }
+    fixture.run();
     reference.duration
         = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
     reference.files = fixture.folder.entries();
@@ -306,10 +303,7 @@ QString watched(const Process& job, const TestFolder& folder)
 /// Runs the job on a thread of its own while the main thread does what `draw` says.
 void run(JobFixture& fixture, const Draw& draw)
 {
-    WorkerThread worker([&] {
-        const LogHold quiet;
-        fixture.run();
-    });
+    WorkerThread worker([&] { fixture.run(); });
     QEventLoop loop;
     QObject::connect(&worker, &QThread::finished, &loop, &QEventLoop::quit);
     worker.start();
@@ -419,7 +413,11 @@ class StormTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { TIFFSetWarningHandler(nullptr); } // those of the sources' own reader
+    void initTestCase()
+    {
+        TIFFSetWarningHandler(nullptr); // those of the sources' own reader
+        QLoggingCategory::setFilterRules(u"pagestack=false"_s);
+    }
 
     void endsEveryRunOnceAndClean_data()
     {

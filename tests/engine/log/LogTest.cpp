@@ -1,5 +1,6 @@
 #include "engine/log/Log.h"
 
+#include "engine/log/Diagnostic.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/TimeText.h"
@@ -173,26 +174,23 @@ private slots:
         systemLog(u"scan\n\u001b[2J%1 \u00e9.tif"_s);
     }
 
-    void holdsLinesBackAndKeepsToTheirQuota()
+    void leavesOutWhatACodecSaysTooOften()
     {
-        const auto quota = std::make_shared<LogQuota>(3, u"no more"_s);
-        HeldLines held;
-        {
-            LogHold hold;
-            systemLog(u"free"_s);
-            for (int i = 0; i < 9; ++i)
-                systemLog(QString::number(i), quota);
-            held = hold.takeLines();
-            QVERIFY(hold.takeLines().empty());
-        }
-        QCOMPARE(held.size(), 4U); // what could never be written is not kept
-        // Held lines count when they are written, with those that came meanwhile.
-        QTest::ignoreMessage(QtWarningMsg, "meanwhile");
-        systemLog(u"meanwhile"_s, quota);
-        for (const char* line : { "free", "0", "no more" })
-            QTest::ignoreMessage(QtWarningMsg, line);
-        writeHeldLines(held);
-        systemLog(u"after"_s, quota);
+        PageDiagnostics page;
+        for (int i = 0; i < 15; ++i)
+            page.addLogLine(u"row %1"_s.arg(i));
+        CodecLog log(u"scan.tif"_s);
+        for (int i = 0; i < 15; ++i)
+            QTest::ignoreMessage(QtWarningMsg, qPrintable(u"row %1"_s.arg(i)));
+        log.write(page.logLines);
+        for (int i = 0; i < 4; ++i)
+            QTest::ignoreMessage(QtWarningMsg, qPrintable(u"row %1"_s.arg(i)));
+        QTest::ignoreMessage(QtWarningMsg, "scan.tif: further messages are left out");
+        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        log.write(page.logLines);
+        for (int i = 0; i < 30; ++i)
+            page.addLogLine(u"row"_s);
+        QCOMPARE(page.logLines.size(), 20); // the rest could never be written
     }
 
     void saysTrueWhenItCannotWriteButNotWithoutASource()

@@ -141,7 +141,7 @@ private slots:
         SinglePage single(page);
         for (const QString& name : outputs) {
             QVERIFY(single.image().save(single.path(name), Settings(nullptr)));
-            const QStringList warnings = single.image().warnings();
+            const QStringList warnings = single.image().takeDiagnostics().warnings;
             QCOMPARE(warnings.size(), warning.isEmpty() ? 0 : 1);
             QVERIFY2(warnings.value(0).startsWith(warning), qPrintable(warnings.value(0)));
         }

@@ -215,7 +215,7 @@ private slots:
         test.sample = [=](int x, int y, int c) { return sample(x, y, c) & test.top(); };
         SinglePage single(test);
         QVERIFY(single.image().save(single.path(name), Settings(nullptr)));
-        const QStringList warnings = single.image().warnings();
+        const QStringList warnings = single.image().takeDiagnostics().warnings;
         QCOMPARE(warnings.size(), range.isEmpty() ? 0 : 1);
         QVERIFY2(warnings.value(0).contains(range), qPrintable(warnings.value(0)));
     }

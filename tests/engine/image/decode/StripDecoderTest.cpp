@@ -225,7 +225,7 @@ private:
     {
         PageImage image = TiffDocument(m_path).page(0);
         const bool isSaved = image.save(m_out, Settings(nullptr));
-        m_warnings = image.warnings();
+        m_warnings = image.takeDiagnostics().warnings;
         const Picture picture = isSaved ? readPicture(m_out) : Picture();
         QFile::remove(m_out);
         return picture;

@@ -38,7 +38,6 @@ public:
     Band nextBand() override
     {
         m_script.readers.insert(std::this_thread::get_id());
-        systemLog(u"row %1"_s.arg(m_row));
         const int rows = std::min(m_script.bandRows, m_script.lastRow - m_row);
         if (rows == 0 && m_script.fails)
             throw std::runtime_error("the rows are torn");
@@ -62,18 +61,12 @@ private:
 /// What comes out of `rows`: messages and runs of correct rows in their order.
 QStringList story(RowSource& rows, const std::function<void(int row)>& atBand)
 {
-    LogHold hold;
     QStringList told;
     int next = 0;
-    const auto tellMessages = [&] {
-        for (const HeldLine& line : hold.takeLines())
-            told << line.text;
-    };
     try {
         for (;;) {
             atBand(next);
             const Band band = rows.nextBand();
-            tellMessages();
             if (band.rows == 0)
                 break;
             for (int i = 0; i < band.rows; ++i, ++next)
@@ -84,7 +77,6 @@ QStringList story(RowSource& rows, const std::function<void(int row)>& atBand)
         if (rows.nextBand().rows != 0)
             told << u"rows after the end"_s;
     } catch (const std::runtime_error& error) {
-        tellMessages();
         told << QString::fromStdString(error.what());
     }
     return told << u"%1 rows"_s.arg(next);
@@ -157,7 +149,6 @@ private slots:
             Script script { .width = 200'000, .bandRows = 1 };
             SpareThreads threads(1);
             {
-                const LogHold quiet;
                 ReadAheadRows rows(std::make_unique<ScriptedRows>(script), threads);
                 for (int i = 0; i < taken; ++i)
                     QCOMPARE(rows.nextBand().rows, 1);

@@ -258,7 +258,7 @@ private slots:
             MultiPageTiffWriter file(m_out, compressionIndex, 1);
             file.append(image);
             QVERIFY(file.commit());
-            QCOMPARE(image.leftOutTags(), QStringList { u"ImageSourceData"_s });
+            QCOMPARE(image.takeDiagnostics().leftOutTags, QStringList { u"ImageSourceData"_s });
             QVERIFY(bytesOf(m_out).contains(QByteArray("photographer\0editor\0", 20)));
             QVERIFY(bytesOf(m_out).contains(QByteArray("a\0b\0", 4)));
             QCOMPARE(readTiff(m_out).value(0).number(TIFFTAG_SUBFILETYPE), FILETYPE_REDUCEDIMAGE);
@@ -276,7 +276,8 @@ private slots:
             const PageImage image = source.page(0);
             MultiPageTiffWriter file(m_out, 0, 1);
             file.append(image);
-            return file.commit() ? image.leftOutTags() : QStringList { file.failureReason() };
+            return file.commit() ? image.takeDiagnostics().leftOutTags
+                                 : QStringList { file.failureReason() };
         };
         float range[] = { 16, 235, 128, 240, 128, 240 };
         const auto setRange = [&](tiff* to) {
