@@ -34,9 +34,8 @@ except ImportError as missing:
 from expected import Difference, read_expected, read_known_differences  # noqa: E402
 from judge import PageJudge  # noqa: E402
 from measure import Launcher, scratch_parent  # noqa: E402
-from other_readers import read_bmp, read_gif, read_jpeg  # noqa: E402
+from output_readers import read_bmp, read_gif, read_jpeg, read_png  # noqa: E402
 from picture import DecodeError  # noqa: E402
-from png_reader import read_png  # noqa: E402
 from reference import References  # noqa: E402
 from tiff_reader import Pages  # noqa: E402
 
@@ -49,29 +48,18 @@ ALLOWED_EXITS = (0, 1, 3, 4)
 SANITIZER_MARKS = ("AddressSanitizer", "LeakSanitizer", "ThreadSanitizer", "runtime error:")
 
 
-class Limits:
-    def __init__(self, arguments):
-        self.seconds = arguments.time_limit
-        # An instrumented program needs several times the memory.
-        self.megabytes = None if arguments.smoke else arguments.memory_limit
-
-
 class Run:
     """One run of the program over one file to one format, in a folder of its own."""
 
-    def __init__(self, program, launcher, source, format_, folder, limits):
-        self.format, self.folder = format_, Path(folder) / "out"
+    def __init__(self, options, launcher, source, format_, folder):
+        self.format, self.folder, errors = format_, Path(folder) / "out", Path(folder) / "errors"
         self.folder.mkdir()
-        home = Path(folder) / "home"
-        home.mkdir()
-        errors = Path(folder) / "errors"
-        environment = {"HOME": str(home), "XDG_CONFIG_HOME": str(home), "XDG_DATA_HOME": str(home),
-                       "LC_ALL": "C.UTF-8", "QT_QPA_PLATFORM": "offscreen",
+        environment = {"HOME": folder, "XDG_CONFIG_HOME": folder, "XDG_DATA_HOME": folder, "LC_ALL": "C.UTF-8",
                        "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":exitcode=99",
                        "UBSAN_OPTIONS": os.environ.get("UBSAN_OPTIONS", "") + ":print_stacktrace=1"}
-        command = [program, *self._options(), "-o", self.folder, "--on-exists", "overwrite", "--no-log",
+        command = [options.bin, *self._options(), "-o", self.folder, "--on-exists", "overwrite", "--no-log",
                    "-q", source]
-        self.outcome = launcher.run(command, limits.seconds * 3, stderr=errors, env=environment)
+        self.outcome = launcher.run(command, options.time_limit * 3, stderr=errors, env=environment)
         self.errors = errors.read_text(encoding="utf-8", errors="replace")
         self.names = sorted(path.name for path in self.folder.iterdir())
 
@@ -81,11 +69,12 @@ class Run:
         options = ["-f", self.format, "--separator", "_"]
         return options + ["--split", "--compression", "none"] if self.format == "tiff" else options
 
-    def first_error(self):
+    def reason(self, mark=""):
+        """The first message, of those with the mark if there is one."""
         lines = [line for line in self.errors.splitlines() if line.strip()]
-        return lines[0] if lines else "no message"
+        return next((line for line in lines if mark in line), lines[0] if lines else "no message")
 
-    def troubles(self, limits):
+    def troubles(self, options):
         """What no input may cause, as (what, text)."""
         outcome, found = self.outcome, []
         if outcome.timed_out:
@@ -95,13 +84,12 @@ class Run:
         elif outcome.exit_code not in ALLOWED_EXITS:
             found.append(("crash", f"exit code {outcome.exit_code}"))
         if any(mark in self.errors for mark in SANITIZER_MARKS):
-            report = next(line for line in self.errors.splitlines()
-                          if any(mark in line for mark in SANITIZER_MARKS))
-            found.append(("sanitizer", report.strip()[:200]))
+            found.append(("sanitizer", self.reason(next(filter(self.errors.__contains__, SANITIZER_MARKS)))))
         # Others may use the machine as well: a long wait without work is not the program's.
-        if not outcome.timed_out and outcome.wall_s > limits.seconds < 2 * outcome.cpu_s:
+        if not outcome.timed_out and outcome.wall_s > options.time_limit < 2 * outcome.cpu_s:
             found.append(("time", f"{outcome.wall_s:.1f} s"))
-        if limits.megabytes and outcome.peak_bytes > limits.megabytes << 20:
+        # An instrumented program needs several times the memory.
+        if not options.smoke and outcome.peak_bytes > options.memory_limit << 20:
             found.append(("memory", f"{outcome.peak_bytes >> 20} MB"))
         if outcome.exit_code not in (0, None) and not self.errors.strip():
             found.append(("silent", f"exit code {outcome.exit_code} without a message"))
@@ -115,68 +103,64 @@ class FileReport:
         self.file, self.verdict = file.path, file.verdict
         self.differences = []
         self.remarks = []  # for a human: what damaged files gave
-        self.pages_wanted = self.pages_written = 0
+        self.pages_wanted = self.pages_written = self.largest_bytes = 0
         self.unjudged = set()  # pages whose pixels nothing could be held against
         self.slowest_s = 0.0
-        self.largest_bytes = 0
 
-    def add(self, page, format_, found):
+    def add(self, page, format_, *found):
         self.differences += [Difference(self.file, page, format_, what, text) for what, text in found]
+
+    def merge(self, other):
+        self.differences += other.differences
+        self.remarks += other.remarks
+        self.pages_wanted += other.pages_wanted
+        self.pages_written += other.pages_written
+        self.unjudged |= other.unjudged
+        self.slowest_s = max(self.slowest_s, other.slowest_s)
+        self.largest_bytes = max(self.largest_bytes, other.largest_bytes)
 
 
 class FileCheck:
     """Converts one file to several formats and judges every page."""
 
-    def __init__(self, options, file, formats, launcher):
+    def __init__(self, options, file, launcher):
         self.options, self.file, self.launcher = options, file, launcher
-        self.formats = formats
-        self.limits = Limits(options)
         self.source = Path(options.corpus) / file.path
-        self.report = FileReport(file)
-        self.judges = {}
-        self.references = None
+        self.report, self.judges, self.references = FileReport(file), {}, None
         self.refused = {}  # pages that split TIFF output could not give, with the reason
 
-    def check(self):
-        for format_ in sorted(self.formats, key=FORMATS.index):
-            folder = tempfile.mkdtemp(dir=self.options.scratch)
-            try:
+    def check(self, formats):
+        for format_ in sorted(formats, key=FORMATS.index):
+            with tempfile.TemporaryDirectory(dir=self.options.scratch) as folder:
                 self._check_format(format_, folder)
-            finally:
-                shutil.rmtree(folder, ignore_errors=True)
         return self.report
 
     def _check_format(self, format_, folder):
-        run = Run(self.options.bin, self.launcher, self.source, format_, folder, self.limits)
-        report = self.report
+        run = Run(self.options, self.launcher, self.source, format_, folder)
+        report, verdict = self.report, self.file.verdict
         report.slowest_s = max(report.slowest_s, run.outcome.wall_s)
         report.largest_bytes = max(report.largest_bytes, run.outcome.peak_bytes)
-        report.add(0, format_, run.troubles(self.limits))
+        report.add(0, format_, *run.troubles(self.options))
         if self.options.smoke:
             return
-        if self.file.verdict in ("good", "damaged"):
-            written = (self._kept_pages(run, folder) if format_ in KEPT
-                       else self._single_pages(run, folder))
-            self._check_exit(run, written)
+        if verdict in ("good", "damaged"):
+            written = (self._kept_pages if format_ in KEPT else self._single_pages)(run, folder)
+            wanted = self.file.page_total
+            report.pages_wanted += wanted
+            report.pages_written += written
+            if run.outcome.exit_code == 0 and written < wanted:
+                report.add(0, format_, ("silent", f"exit code 0 with {written} of {wanted} pages"))
+            if verdict == "good" and run.outcome.exit_code == 1 and written >= wanted:
+                report.add(0, format_, ("exit", f"exit code 1: {run.reason()}"))
         elif run.names:
-            report.add(0, format_, [("leftover", ", ".join(run.names[:3]))])
-        elif run.outcome.exit_code == 0 and not self.file.verdict.startswith("pdf"):
-            report.add(0, format_, [("silent", "exit code 0 for a file that cannot be read")])
-
-    def _check_exit(self, run, written):
-        report, wanted = self.report, self.file.page_total
-        report.pages_wanted += wanted
-        report.pages_written += written
-        if run.outcome.exit_code == 0 and written < wanted:
-            report.add(0, run.format, [("silent", f"exit code 0 with {written} of {wanted} pages")])
-        if self.file.verdict == "good" and run.outcome.exit_code == 1 and written >= wanted:
-            report.add(0, run.format, [("exit", f"exit code 1: {run.first_error()}")])
+            report.add(0, format_, ("leftover", ", ".join(run.names[:3])))
+        elif run.outcome.exit_code == 0 and not verdict.startswith("pdf"):
+            report.add(0, format_, ("silent", "exit code 0 for a file that cannot be read"))
 
     def _judge(self, page):
         judge = self.judges.get(page.number)
         if judge is None:
-            if self.references is None:
-                self.references = References(self.source, self.file, self.options.scratch)
+            self.references = self.references or References(self.source, self.options.scratch)
             reference = self.references.of(page)
             judge = PageJudge(page, reference, self.references.source_profile(page))
             # A page is judged format by format; of long files only the last page is remembered.
@@ -187,117 +171,105 @@ class FileCheck:
                 self.report.unjudged.add(page.number)
         return judge
 
-    def _found(self, page, format_, found):
+    def _judged(self, run, page, read, compression):
         """Differences of good pages count; of damaged files a human is told, but no page may be
         written that cannot be read."""
-        broken = [(what, text) for what, text in found if what == "undecodable"]
-        if self.file.verdict == "good" or broken:
-            self.report.add(page.number, format_, broken or found)
+        try:
+            picture = read()
+            if isinstance(picture, DecodeError):
+                raise picture
+            judge = self._judge(page)
+            found = judge.tiff(picture, compression) if compression else getattr(judge, run.format)(picture)
+        except DecodeError as error:
+            found = [("undecodable", str(error))]
+        if self.file.verdict == "good" or found[:1] and found[0][0] == "undecodable":
+            self.report.add(page.number, run.format, *found)
         else:
             state = "; ".join(f"{what}: {text}" for what, text in found) or "as the decoders say"
-            self.report.remarks.append((page.number, format_, state))
+            self.report.remarks.append((page.number, run.format, state))
 
     def _absent(self, page, format_, reason):
         if self.file.verdict == "good":
-            self.report.add(page.number, format_, [("missing", reason)])
+            self.report.add(page.number, format_, ("missing", reason))
         else:
             readers = ", ".join(page.fully_read_by) or "nobody"
             self.report.remarks.append(
                 (page.number, format_, f"not written, read in full by {readers}: {reason}"))
 
-    def _single_pages(self, run, folder):
-        extension = EXTENSIONS[run.format]
-        names = {f"{self.file.stem}_{page.number}{extension}".replace(":", "-"): page
-                 for page in self.file.pages}
+    def _strangers(self, run, names):
         strangers = [name for name in run.names if name not in names]
         if strangers:
-            self.report.add(0, run.format, [("names", ", ".join(strangers[:3]))])
+            self.report.add(0, run.format, ("names", ", ".join(strangers[:3])))
+        return len(strangers)
+
+    def _single_pages(self, run, folder):
+        is_tiff = run.format == "tiff"
+        names = {f"{self.file.stem}_{page.number}{EXTENSIONS[run.format]}".replace(":", "-"): page
+                 for page in self.file.pages}
+
+        def read(path):
+            if not is_tiff:
+                return READERS[run.format](path)
+            pages = Pages(path, folder)
+            return pages.page(0) if len(pages) == 1 else DecodeError(f"{len(pages)} pages in one file")
+
         for name, page in names.items():
-            if name not in run.names:
-                reason = self._reason(run, page)
-                if run.format == "tiff":
-                    self.refused[page.number] = reason
-                self._absent(page, run.format, reason)
+            if name in run.names:
+                self._judged(run, page, lambda name=name: read(run.folder / name), "none" if is_tiff else None)
                 continue
-            try:
-                self._found(page, run.format, self._judged(run, page, run.folder / name, folder))
-            except DecodeError as error:
-                self._found(page, run.format, [("undecodable", str(error))])
-        return len(run.names) - len(strangers)
-
-    def _reason(self, run, page):
-        mark = f"[{page.number}]"
-        return next((line for line in run.errors.splitlines() if mark in line), run.first_error())
-
-    def _judged(self, run, page, path, folder):
-        judge = self._judge(page)
-        if run.format != "tiff":
-            return getattr(judge, run.format)(READERS[run.format](path))
-        pages = Pages(path, folder)
-        if len(pages) != 1:
-            return [("pages", f"{len(pages)} pages in one file")]
-        return self._judged_tiff(judge, pages.page(0), "none")
-
-    @staticmethod
-    def _judged_tiff(judge, picture, compression):
-        if isinstance(picture, DecodeError):
-            return [("undecodable", str(picture))]
-        return judge.tiff(picture, compression)
+            reason = run.reason(f"[{page.number}]")
+            if is_tiff:
+                self.refused[page.number] = reason
+            self._absent(page, run.format, reason)
+        return len(run.names) - self._strangers(run, names)
 
     def _kept_pages(self, run, folder):
         name = self.file.stem + ".tiff"
-        strangers = [other for other in run.names if other != name]
-        if strangers:
-            self.report.add(0, run.format, [("names", ", ".join(strangers[:3]))])
+        self._strangers(run, [name])
         if name not in run.names:
             for page in self.file.pages:
-                self._absent(page, run.format, self._reason(run, page))
+                self._absent(page, run.format, run.reason(f"[{page.number}]"))
             return 0
         try:
             pages = Pages(run.folder / name, folder)
         except DecodeError as error:
-            self.report.add(0, run.format, [("undecodable", str(error))])
+            self.report.add(0, run.format, ("undecodable", str(error)))
             return 0
-        wanted = [page for page in self.file.pages if page.number not in self.refused]
-        if len(pages) == len(self.file.pages):
-            wanted = self.file.pages
-        for number, reason in self.refused.items():
-            if wanted is not self.file.pages:
+        wanted = self.file.pages
+        if len(pages) != len(wanted):
+            wanted = [page for page in self.file.pages if page.number not in self.refused]
+            for number, reason in self.refused.items():
                 self._absent(self.file.pages[number - 1], run.format, reason)
         if len(pages) != len(wanted):
-            self.report.add(0, run.format,
-                            [("pages", f"{len(pages)} pages instead of {len(wanted)}")])
-        compression = run.format[len("kept-"):]
-        for page, picture in zip(wanted, pages):
-            self._found(page, run.format,
-                        self._judged_tiff(self._judge(page), picture, compression))
+            self.report.add(0, run.format, ("pages", f"{len(pages)} pages instead of {len(wanted)}"))
+        for index, page in enumerate(wanted[:len(pages)]):
+            self._judged(run, page, lambda index=index: pages.page(index), run.format[len("kept-"):])
         return min(len(pages), len(wanted))
 
 
 # Running ----------------------------------------------------------------------------------------
 
-_options = None
-_launcher = None
+_worker = None
 
 
 def _prepare_worker(options):
-    global _options, _launcher
-    _options, _launcher = options, Launcher()
+    global _worker
+    _worker = options, Launcher()
 
 
 def _check_one(task):
     file, formats = task
-    return FileCheck(_options, file, formats, _launcher).check()
+    options, launcher = _worker
+    return FileCheck(options, file, launcher).check(formats)
 
 
 def tasks_of(files, formats, smoke):
     """The largest pieces of work first, so that no worker is left alone with one at the end."""
     tasks = []
     for file in files:
-        if file.page_total > MANY_PAGES and file.verdict == "good" and not smoke:
-            tasks += [(file, [name]) for name in formats]
-        else:
-            tasks.append((file, formats))
+        is_long = file.page_total > MANY_PAGES and file.verdict == "good" and not smoke
+        tasks += [(file, [name]) for name in formats] if is_long else [(file, formats)]
+
     def weight(task):
         file, names = task
         return sum(20_000 + page.width * page.height for page in file.pages
@@ -310,15 +282,8 @@ def merged(reports):
     result = {}
     for report in reports:
         first = result.setdefault(report.file, report)
-        if first is report:
-            continue
-        first.differences += report.differences
-        first.remarks += report.remarks
-        first.pages_wanted += report.pages_wanted
-        first.pages_written += report.pages_written
-        first.unjudged |= report.unjudged
-        first.slowest_s = max(first.slowest_s, report.slowest_s)
-        first.largest_bytes = max(first.largest_bytes, report.largest_bytes)
+        if first is not report:
+            first.merge(report)
     return [result[name] for name in sorted(result)]
 
 
@@ -340,38 +305,32 @@ def sort_out(reports, known):
 # Telling ----------------------------------------------------------------------------------------
 
 
-def print_differences(differences, title):
-    print(f"\n{title}: {len(differences)}")
-    shown = Counter()
-    for difference in differences:
-        group = (difference.file, difference.format, difference.what)
-        shown[group] += 1
-        if shown[group] <= 3:
-            print(f"  {difference}")
-        elif shown[group] == 4:
-            total = sum((d.file, d.format, d.what) == group for d in differences)
-            print(f"  {difference.file} {difference.format} {difference.what}: and {total - 3} more")
+def print_some(lines, group_of, most):
+    """The first lines of each group, and how many more there are."""
+    groups = {}
+    for line in lines:
+        groups.setdefault(group_of(line), []).append(line)
+    for group, members in groups.items():
+        for line in members[:most]:
+            print(f"  {line}")
+        if len(members) > most:
+            print(f"  {' '.join(group)}: and {len(members) - most} more")
 
 
 def print_remarks(reports):
     print("\nDamaged files, for a human:")
     for report in reports:
-        by_text = {}
+        formats = {}
         for page, format_, text in report.remarks:
-            by_text.setdefault((page, text), []).append(format_)
-        for index, ((page, text), formats) in enumerate(by_text.items()):
-            if index < 12:
-                which = "all" if len(formats) == len(FORMATS) else ",".join(formats)
-                print(f"  {report.file}[{page}] {which}: {text}")
-            elif index == 12:
-                print(f"  {report.file}: and {len(by_text) - 12} more")
+            formats.setdefault((page, text), []).append(format_)
+        print_some([f"{report.file}[{page}] {'all' if len(names) == len(FORMATS) else ','.join(names)}: {text}"
+                    for (page, text), names in formats.items()], lambda line: (report.file,), 12)
 
 
 def print_summary(reports, fresh, understood):
     print(f"\n{'verdict':<14}{'files':>6}{'pages x formats':>17}{'written':>9}{'new':>6}{'known':>7}"
           f"{'slowest s':>11}{'largest MB':>12}")
-    fresh_files = Counter(d.file for d in fresh)
-    known_files = Counter(d.file for d, _ in understood)
+    fresh_files, known_files = Counter(d.file for d in fresh), Counter(d.file for d, _ in understood)
     for verdict in sorted({report.verdict for report in reports}):
         group = [report for report in reports if report.verdict == verdict]
         print(f"{verdict:<14}{len(group):>6}{sum(r.pages_wanted for r in group):>17}"
@@ -407,7 +366,7 @@ def parsed_arguments(words):
     parser.add_argument("--smoke", action="store_true",
                         help="look at crashes and time only (instrumented builds)")
     parser.add_argument("--time-limit", type=float, default=10, help="seconds a run")
-    parser.add_argument("--memory-limit", type=int, default=512, help="megabytes a run")
+    parser.add_argument("--memory-limit", type=int, default=300, help="megabytes a run")
     parser.add_argument("--self-test", action="store_true", help="test the judges themselves")
     arguments = parser.parse_args(words)
     arguments.formats = [name for name in arguments.formats.split(",") if name]
@@ -451,8 +410,9 @@ def main(words):
     if arguments.report:
         write_table(arguments.report, fresh, understood)
     print_remarks(reports)
-    print_differences([d for d, _ in understood], "Known differences")
-    print_differences(fresh, "New differences")
+    for title, group in (("Known", [d for d, _ in understood]), ("New", fresh)):
+        print(f"\n{title} differences: {len(group)}")
+        print_some(group, lambda d: (d.file, d.format, d.what), 3)
     if stale:
         print("\nListed as known, but not found any more:")
         for entry in stale:

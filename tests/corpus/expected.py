@@ -11,39 +11,15 @@ class ExpectedPage:
 
     def __init__(self, row):
         self._row = row
-        self.number = int(row["page"])
-        self.pixels = row["pixels"]
-        self.form = row["form"]
-        self.photometric = row["photometric"]
-        self.compression = row["compression"]
+        self.number, self.width, self.height, self.bits, self.samples = (
+            int(row[name]) if row[name].isdigit() else 0 for name in ("page", "width", "height", "bits", "samples"))
+        self.orientation = int(row["orientation"]) if row["orientation"] in list("12345678") else 1
+        self.pixels, self.form, self.alpha = row["pixels"], row["form"], row["alpha"]
+        self.photometric, self.compression = row["photometric"], row["compression"]
         self.sample_format = row["sampleformat"]
-        self.alpha = row["alpha"]
-        self.readers = dict(word.split(":", 1) for word in row["readers"].split() if ":" in word)
-
-    def _integer(self, column, fallback):
-        text = self._row[column]
-        return int(text) if text.lstrip("-").isdigit() else fallback
-
-    @property
-    def width(self):
-        return self._integer("width", 0)
-
-    @property
-    def height(self):
-        return self._integer("height", 0)
-
-    @property
-    def bits(self):
-        return self._integer("bits", 0)
-
-    @property
-    def samples(self):
-        return self._integer("samples", 0)
-
-    @property
-    def orientation(self):
-        value = self._integer("orientation", 1)
-        return value if 1 <= value <= 8 else 1
+        readers = (word.partition(":") for word in row["readers"].split())
+        self.fully_read_by = [name for name, _, state in readers if state == "full"]
+        self.is_lossy = self.compression in LOSSY_CODECS
 
     @property
     def resolution(self):
@@ -52,14 +28,6 @@ class ExpectedPage:
             return float(self._row["xres"]), float(self._row["yres"]), self._row["unit"]
         except ValueError:
             return None
-
-    @property
-    def is_lossy(self):
-        return self.compression in LOSSY_CODECS
-
-    @property
-    def fully_read_by(self):
-        return [name for name, state in self.readers.items() if state == "full"]
 
 
 class ExpectedFile:
@@ -100,18 +68,16 @@ class KnownDifference:
 
     def __init__(self, fields, line):
         self.file, self.page, self.format, self.what, self.reason = fields
-        self.line = line
-        self.used = False
+        self.line, self.used = line, False
 
     def covers(self, difference):
-        pairs = ((self.file, difference.file), (self.page, str(difference.page)),
-                 (self.format, difference.format), (self.what, difference.what))
-        return all(pattern in ("*", value) or fnmatch.fnmatchcase(value, pattern)
-                   for pattern, value in pairs)
+        return (fnmatch.fnmatchcase(difference.file, self.file) and self.page in ("*", str(difference.page))
+                and fnmatch.fnmatchcase(difference.format, self.format)
+                and fnmatch.fnmatchcase(difference.what, self.what))
 
     def may_occur(self, files, formats):
         """Whether a run over these files and formats could have met it."""
-        return (any(fnmatch.fnmatchcase(file, self.file) or file == self.file for file in files)
+        return (any(fnmatch.fnmatchcase(file, self.file) for file in files)
                 and any(fnmatch.fnmatchcase(name, self.format) for name in formats))
 
     def __str__(self):

@@ -6,6 +6,7 @@ from picture import (Canonical, as_rgb, as_stored, canonical, psnr, simplify, to
 JPEG_DECIBELS = 38.0
 CMYK_DECIBELS = 12.0  # any sane RGB passes; an inverted one does not
 REDUCED_DECIBELS = 25.0  # GIF of more than 256 colours, after blurring the diffusion away
+PER_METRE = {"metre": 1.0, "cm": 100.0, "inch": 1 / 0.0254, "none": 1.0}
 COMPRESSION_TAGS = {"none": 1, "g3": 3, "g4": 4, "lzw": 5, "packbits": 32773}
 
 
@@ -15,146 +16,114 @@ class PageJudge:
     def __init__(self, expected, reference, profile):
         self.expected, self.reference, self.profile = expected, reference, profile
         self._twin = None
+        page, form = expected, expected.form
+        self._is_cmyk, self._fits_8_bits, self._looks_gray = (
+            form.startswith("CMYK"), form.endswith("8"), form.startswith("GRAY"))
+        self._is_bilevel = page.bits == page.samples == 1
+        self._is_gray = (not self._is_cmyk and page.photometric in ("minisblack", "miniswhite")
+                         and page.samples == (1 if page.alpha == "none" else 2))
+        self._keeps_palette = page.photometric == "palette" and page.bits <= 8 and page.samples == 1
 
     # What the five formats are held to -------------------------------------------------------
 
     def png(self, picture):
-        found = []
+        found, page, kind, depth = [], self.expected, picture.details["colour type"], picture.bits
         self._size(found, picture, True)
         self._lossless(found, picture, 16, keeps_alpha=True)
-        self._resolution_per_metre(found, picture)
+        self._resolution(found, picture)
         self._profile(found, picture)
-        page, kind, depth = self.expected, picture.details["colour type"], picture.bits
-        if page.bits == 1 and page.samples == 1 and depth != 1:
+        if self._is_bilevel and depth != 1:
             found.append(("depth", f"1 bit became {depth}"))
-        if page.bits == 16 and page.sample_format == "1" and not self._fits_8_bits() and depth != 16:
+        if page.bits == 16 and page.sample_format == "1" and not self._fits_8_bits and depth != 16:
             found.append(("depth", f"16 bits became {depth}"))
-        if self._is_gray() and kind not in (0, 4):
+        if self._is_gray and kind not in (0, 4):
             found.append(("channels", f"gray became colour type {kind}"))
-        if self._keeps_palette() and kind != 3 and not (self._looks_gray() and kind == 0):
+        if self._keeps_palette and kind != 3 and not (self._looks_gray and kind == 0):
             found.append(("channels", f"a palette became colour type {kind}"))
         return found
 
     def bmp(self, picture):
-        found = []
+        found, bits = [], picture.details["bits a pixel"]
         self._size(found, picture, True)
         self._lossless(found, picture, 8, keeps_alpha=False)
-        self._resolution_per_metre(found, picture)
-        page, bits = self.expected, picture.details["bits a pixel"]
-        if page.bits == 1 and page.samples == 1 and bits != 1:
+        self._resolution(found, picture)
+        if self._is_bilevel and bits != 1:
             found.append(("depth", f"1 bit became {bits}"))
-        if (self._is_gray() or self._keeps_palette()) and bits > 8 and page.alpha == "none":
+        if (self._is_gray or self._keeps_palette) and bits > 8 and self.expected.alpha == "none":
             found.append(("channels", f"one channel became {bits} bits a pixel"))
         return found
 
     def gif(self, picture):
-        found = []
+        found, wanted = [], self._display_form()
         self._size(found, picture, True)
-        if found:
+        if found or wanted is None:
             return found
         shown = as_stored(picture.samples, self.expected.orientation)
-        wanted = self._display_form()
-        if wanted is None:
-            return found
-        colours, alpha = to_8_bits(as_rgb(wanted)), None
+        colours, opaque = to_8_bits(as_rgb(wanted)), np.ones(shown.shape[:2], bool)
         if wanted.alpha:
             alpha = to_8_bits(wanted.array[:, :, -1])
-        opaque = np.ones(shown.shape[:2], bool) if alpha is None else alpha == 255
-        if alpha is not None:
-            if shown.shape[2] == 4 and np.any(shown[:, :, 3][opaque] == 0):
+            opaque = alpha == 255
+            hidden = shown[:, :, 3] == 0 if shown.shape[2] == 4 else np.zeros_like(opaque)
+            if np.any(hidden[opaque]):
                 found.append(("alpha", "opaque pixels became transparent"))
-            if np.any(alpha == 0) and (shown.shape[2] < 4 or np.any(shown[:, :, 3][alpha == 0])):
+            if not np.all(hidden[alpha == 0]):
                 found.append(("alpha", "transparent pixels became opaque"))
-        if self.expected.form.startswith("CMYK"):
-            if alpha is None or opaque.all():
-                self._near(found, shown[:, :, :3], colours, CMYK_DECIBELS, blurred=True)
-        elif alpha is not None and not opaque.all():
-            _compare_steps(found, shown[:, :, :3][opaque], colours[opaque],
+        shown = shown[:, :, :3]
+        if self._is_cmyk:
+            if opaque.all():
+                self._near(found, shown, colours, CMYK_DECIBELS, blurred=True)
+        elif not opaque.all():
+            _compare_steps(found, shown[opaque], colours[opaque],
                            1 if _count_colours(colours[opaque]) < 200 else 255)
         elif self.reference.proved and not self.reference.tolerance and (
-                _count_colours(colours) <= 256 and not self._is_deep()):
-            _compare_steps(found, shown[:, :, :3], colours, 0)
+                self.expected.form[-2:] != "16" and _count_colours(colours) <= 256):
+            _compare_steps(found, shown, colours, 0)
         else:
-            self._near(found, shown[:, :, :3], colours, REDUCED_DECIBELS, blurred=True)
+            self._near(found, shown, colours, REDUCED_DECIBELS, blurred=True)
         return found
 
     def jpeg(self, picture):
-        found = []
+        found, wanted = [], self._display_form()
         self._size(found, picture, True)
+        if not found and wanted is not None:
+            limit = JPEG_DECIBELS
+            if self._is_cmyk:
+                limit = CMYK_DECIBELS
+            elif not self.reference.proved and self.reference.in_decibels:
+                limit = min(limit, self.reference.tolerance)
+            shown = as_stored(as_rgb(Canonical(picture.model, picture.samples)), self.expected.orientation)
+            self._near(found, shown, to_8_bits(as_rgb(_over_white(wanted))), limit)
         if picture.details["frame"] != 0xC0:
             found.append(("frame", "not baseline"))
-        components = picture.details["components"]
-        if self._is_gray() and components != 1:
-            found.append(("channels", f"gray became {components} components"))
-        self._density(found, picture)
+        if self._is_gray and picture.details["components"] != 1:
+            found.append(("channels", f"gray became {picture.details['components']} components"))
+        self._resolution(found, picture)
         self._profile(found, picture)
-        if any(what == "size" for what, _ in found):
-            return found
-        wanted = self._display_form()
-        if wanted is None:
-            return found
-        limit = JPEG_DECIBELS
-        if self.expected.form.startswith("CMYK"):
-            limit = CMYK_DECIBELS
-        elif not self.reference.proved and self.reference.in_decibels:
-            limit = min(limit, self.reference.tolerance)
-        shown = as_stored(as_rgb(Canonical(picture.model, picture.samples)), self.expected.orientation)
-        self._near(found, shown, to_8_bits(as_rgb(_over_white(wanted))), limit)
         return found
 
     def tiff(self, picture, compression):
         """A page of a TIFF file; most pages show the same as one that was judged before."""
         found = []
-        if picture.orientation == self.expected.orientation:
+        if picture.orientation != self.expected.orientation:
+            found.append(("orientation", f"{self.expected.orientation} became {picture.orientation}"))
+            if picture.orientation == 1:
+                return found
+        else:
             self._size(found, picture, False)
-        elif picture.orientation == 1:
-            found.append(("orientation", f"{self.expected.orientation} was not kept"))
-            return found
-        else:
-            found.append(("orientation",
-                          f"{self.expected.orientation} became {picture.orientation}"))
-        if self._twin and picture.shows_the_same_as(self._twin[0]):
-            found += self._twin[1]
-        else:
+        if not self._twin or not picture.shows_the_same_as(self._twin[0]):
             pixels = []
             self._lossless(pixels, picture, 16, keeps_alpha=True)
             self._twin = picture, pixels
-            found += pixels
-        self._tiff_resolution(found, picture)
+        found += self._twin[1]
+        self._resolution(found, picture)
         self._profile(found, picture)
         self._tiff_depth(found, picture)
-        found += self.tiff_compression(picture, compression)
-        return found
-
-    def tiff_compression(self, picture, compression):
         wanted = COMPRESSION_TAGS[compression]
-        if compression in ("g3", "g4") and not (picture.bits == 1 and picture.channels == 1):
+        if compression in ("g3", "g4") and not picture.bits == picture.channels == 1:
             wanted = 1
         if picture.compression != wanted:
-            return [("compression", f"tag {picture.compression} instead of {wanted}")]
-        return []
-
-    # What is known of the source -------------------------------------------------------------
-
-    def _is_gray(self):
-        page = self.expected
-        if page.form.startswith("CMYK") or page.samples > 2:
-            return False
-        colours = page.samples - (0 if page.alpha == "none" else 1)
-        return page.photometric in ("minisblack", "miniswhite") and colours == 1
-
-    def _keeps_palette(self):
-        page = self.expected
-        return page.photometric == "palette" and page.bits <= 8 and page.samples == 1
-
-    def _looks_gray(self):
-        return self.expected.form.startswith("GRAY")
-
-    def _fits_8_bits(self):
-        return self.expected.form.endswith("8")
-
-    def _is_deep(self):
-        return self.expected.form.endswith("16")
+            found.append(("compression", f"tag {picture.compression} instead of {wanted}"))
+        return found
 
     def _display_form(self):
         """The reference as a screen shows it: colours not multiplied by their alpha."""
@@ -200,7 +169,8 @@ class PageJudge:
             return
         if wanted.alpha == "associated" and form.alpha == "unassociated":
             form, wanted = _multiplied(form), _clipped_to_alpha(wanted)
-            wanted = _same_depth(wanted, form)
+            change = to_16_bits if form.array.dtype.itemsize == 2 else to_8_bits
+            wanted = Canonical(wanted.model, change(wanted.array), wanted.alpha)
             _compare_forms(found, form, wanted, 1, False)
             return
         rounding = 0
@@ -234,61 +204,32 @@ class PageJudge:
         if decibels < limit:
             found.append(("pixels", f"{decibels:.1f} dB, at least {limit:.0f} dB are wanted"))
 
-    def _resolution(self, turned):
-        """The source's (x, y, unit); None when there is none to carry over."""
-        resolution = self.expected.resolution
-        if resolution is None or resolution[0] <= 0 or resolution[1] <= 0:
-            return None
-        x, y, unit = resolution
-        return (y, x, unit) if turned and self.expected.orientation >= 5 else (x, y, unit)
-
-    def _resolution_per_metre(self, found, picture):
-        wanted = self._resolution(True)
-        got = picture.resolution if picture.resolution and picture.resolution[2] == "metre" else None
-        if wanted is None or wanted[2] == "none":
-            if got:
-                found.append(("resolution", f"{got[0]} x {got[1]} a metre where none is known"))
-            return
-        factor = 100 if wanted[2] == "cm" else 1 / 0.0254
-        metre = wanted[0] * factor, wanted[1] * factor
-        if min(metre) < 0.5 or max(metre) > 0x7FFFFFFF:
-            return
-        # Two decimals of the table and the format's own rounding.
-        if not got or any(abs(g - m) > 0.51 + 0.0005 * factor for g, m in zip(got, metre)):
-            text = f"{got[0]} x {got[1]}" if got else "nothing"
-            found.append(("resolution", f"{text} instead of {metre[0]:.1f} x {metre[1]:.1f} a metre"))
-
-    def _density(self, found, picture):
-        wanted, got = self._resolution(True), picture.resolution
-        known = got if got and got[2] != "none" else None
-        if wanted is None or wanted[2] == "none":
-            if known:
-                found.append(("resolution", f"{known} where none is known"))
-            return
-        inch = [v * 2.54 if wanted[2] == "cm" else v for v in wanted[:2]]
-        if min(inch) < 0.5 or max(inch) > 65535:
-            return
-        if not known:
-            found.append(("resolution", f"nothing instead of {inch[0]:.2f} x {inch[1]:.2f} dpi"))
-            return
-        factor = 2.54 if known[2] == "cm" else 1.0
-        if any(abs(g - w / factor) > 0.51 for g, w in zip(known[:2], inch)):
-            found.append(("resolution", f"{known} instead of {inch[0]:.2f} x {inch[1]:.2f} dpi"))
-
-    def _tiff_resolution(self, found, picture):
-        wanted, got = self.expected.resolution, picture.resolution
+    def _resolution(self, found, picture):
+        """As the source's, within the two decimals of the table and the rounding of the format."""
+        wanted, got, in_tiff = self.expected.resolution, picture.resolution, picture.compression is not None
+        if wanted and min(wanted[:2]) <= 0:
+            if in_tiff:
+                return
+            wanted = None
+        if wanted and wanted[2] == "none" and not (in_tiff and got):
+            wanted = None
+        if got and got[2] == "none" and not in_tiff:
+            got = None
         if wanted is None:
-            if got and got[2] != "none" and self._resolution(False) is None:
+            if got and got[2] != "none":
                 found.append(("resolution", f"{got} where none is known"))
             return
-        if wanted[0] <= 0 or wanted[1] <= 0:
+        unit = got[2] if got and not in_tiff else wanted[2]
+        factor = PER_METRE[wanted[2]] / PER_METRE[unit]
+        turned = not in_tiff and self.expected.orientation >= 5
+        pair = [v * factor for v in (wanted[1::-1] if turned else wanted[:2])]
+        most = 65535 if "frame" in picture.details else 0x7FFFFFFF
+        per_metre = [v * PER_METRE[unit] / (PER_METRE["inch"] if most == 65535 else 1) for v in pair]
+        if not in_tiff and (min(per_metre) < 0.5 or max(per_metre) > most):
             return
-        if got is None:
-            if wanted[2] != "none":
-                found.append(("resolution", f"nothing instead of {wanted}"))
-        elif got[2] != wanted[2] or any(abs(g - w) > 0.006 + 1e-5 * w
-                                        for g, w in zip(got[:2], wanted[:2])):
-            found.append(("resolution", f"{got} instead of {wanted}"))
+        if not got or got[2] != unit or any(
+                abs(g - w) > (0.006 + 1e-5 * w if in_tiff else 0.51 + 0.0005 * factor) for g, w in zip(got, pair)):
+            found.append(("resolution", f"{got} instead of {pair} {unit}"))
 
     def _profile(self, found, picture):
         model = "rgb" if picture.model in ("palette", "ycbcr") else picture.model
@@ -310,15 +251,15 @@ class PageJudge:
         page = self.expected
         if page.form == "-" and page.sample_format == "3" and picture.sample_kind != "float":
             found.append(("depth", f"floating point became {picture.sample_kind}"))
-        if page.bits == 1 and page.samples == 1 and picture.bits != 1:
+        if self._is_bilevel and picture.bits != 1:
             found.append(("depth", f"1 bit became {picture.bits}"))
-        if page.bits == 16 and picture.bits < 16 and not self._fits_8_bits():
+        if page.bits == 16 and picture.bits < 16 and not self._fits_8_bits:
             found.append(("depth", f"16 bits became {picture.bits}"))
         if 8 < page.bits < 16 and picture.bits < page.bits:
             found.append(("depth", f"{page.bits} bits became {picture.bits}"))
-        if self._is_gray() and picture.model != "gray":
+        if self._is_gray and picture.model != "gray":
             found.append(("channels", f"gray became {picture.model}"))
-        if self._keeps_palette() and picture.model != "palette" and not self._looks_gray():
+        if self._keeps_palette and picture.model != "palette" and not self._looks_gray:
             found.append(("channels", f"a palette became {picture.model}"))
 
 
@@ -364,18 +305,9 @@ def _all_channels(form, eight_bits):
     array = form.array if eight_bits else to_16_bits(form.array)
     if form.model == "cmyk":
         return array
-    top = np.iinfo(array.dtype).max
-    colour = np.repeat(array[:, :, :1], 3, axis=2) if form.model == "gray" else array[:, :, :3]
-    alpha = array[:, :, -1:] if form.alpha else np.full_like(array[:, :, :1], top)
-    return np.concatenate([colour, alpha], axis=2)
-
-
-def _same_depth(form, other):
-    if form.array.dtype == other.array.dtype:
-        return form
-    if other.array.dtype.itemsize == 2:
-        return Canonical(form.model, to_16_bits(form.array), form.alpha)
-    return Canonical(form.model, to_8_bits(form.array), form.alpha)
+    alpha = array[:, :, -1:] if form.alpha else np.full_like(array[:, :, :1], np.iinfo(array.dtype).max)
+    return np.concatenate([np.broadcast_to(array[:, :, :3 if form.model == "rgb" else 1],
+                                           (*array.shape[:2], 3)), alpha], axis=2)
 
 
 def _split(form):
@@ -413,9 +345,8 @@ def _over_white(form):
 
 
 def _count_colours(rgb):
-    flat = rgb.reshape(-1, 3).astype(np.uint32)
     seen = np.zeros(1 << 24, bool)
-    seen[flat[:, 0] << 16 | flat[:, 1] << 8 | flat[:, 2]] = True
+    seen[rgb.reshape(-1, 3) @ np.array([65536, 256, 1], np.uint32)] = True
     return int(np.count_nonzero(seen))
 
 

@@ -14,79 +14,35 @@ class Picture:
     `samples` has the shape (height, width, samples a pixel); `model` is gray, palette, rgb, cmyk,
     ycbcr, lab, or the number of another photometric interpretation. Colour samples come first, then
     `extras`, one of None, "associated", "unassociated" each. `palette` is (entries, 3) or (entries, 4)
-    with 8 or 16-bit values. Resolution is (x, y, unit) with unit none, inch or cm, or None.
+    with 8 or 16-bit values. Resolution is (x, y, unit) with unit none, inch, cm or metre, or None.
     """
 
-    def __init__(self, samples, model, bits, *, sample_kind="uint", white_is_zero=False, extras=(),
-                 palette=None, packed=None, size=None):
-        self._samples = samples
-        self._packed = packed
-        self._size = size
-        self.model = model
-        self.bits = bits
-        self.sample_kind = sample_kind
-        self.white_is_zero = white_is_zero
-        self.extras = tuple(extras)
-        self.palette = palette
-        self.resolution = None
-        self.icc = None
-        self.orientation = 1
-        self.compression = None
-        self.details = {}
-
-    @property
-    def samples(self):
-        if self._samples is None:
-            height, width = self._size
-            self._samples = np.unpackbits(self._packed, axis=1, count=width).reshape(height, width, 1)
-        return self._samples
-
-    @property
-    def width(self):
-        return self._size[1] if self._samples is None else self._samples.shape[1]
-
-    @property
-    def height(self):
-        return self._size[0] if self._samples is None else self._samples.shape[0]
-
-    @property
-    def channels(self):
-        """Samples a pixel."""
-        return 1 if self._samples is None else self._samples.shape[2]
-
-    def _clean_bits(self):
-        bits = self._packed ^ 0xFF if self.white_is_zero else self._packed.copy()
-        used = self._size[1] % 8
-        if used:
-            bits[:, -1] &= (0xFF00 >> used) & 0xFF
-        return bits
+    def __init__(self, samples, model, bits, *, sample_kind="uint", white_is_zero=False, extras=(), palette=None):
+        self.samples, self.model, self.bits, self.sample_kind = samples, model, bits, sample_kind
+        self.white_is_zero, self.extras, self.palette = white_is_zero, tuple(extras), palette
+        self.height, self.width, self.channels = samples.shape
+        self.resolution = self.icc = self.compression = None
+        self.orientation, self.details = 1, {}
 
     def shows_the_same_as(self, other):
         """The same pixels in the same kind of storage; polarity of black and white aside."""
-        if (self.model, self.bits, self.sample_kind, self.extras) != (
-                other.model, other.bits, other.sample_kind, other.extras):
+        first, second = ((p.model, p.bits, p.sample_kind, p.extras, p.samples.shape, p.palette is None)
+                         for p in (self, other))
+        if first != second or (self.palette is not None and not np.array_equal(self.palette, other.palette)):
             return False
-        if (self.palette is None) != (other.palette is None):
+        is_turned = self.white_is_zero != other.white_is_zero
+        if is_turned and (self.bits, self.channels) != (1, 1):
             return False
-        if self.palette is not None and not np.array_equal(self.palette, other.palette):
-            return False
-        if (self.width, self.height, self.channels) != (other.width, other.height, other.channels):
-            return False
-        if self._packed is not None and other._packed is not None:
-            return np.array_equal(self._clean_bits(), other._clean_bits())
-        if self.white_is_zero != other.white_is_zero:
-            return False
-        return np.array_equal(self.samples, other.samples,
-                              equal_nan=self.samples.dtype.kind == "f")
+        wanted = other.samples ^ 1 if is_turned else other.samples
+        return np.array_equal(self.samples, wanted, equal_nan=self.samples.dtype.kind == "f")
 
 
 class Canonical:
     """Pixels as gray, gray+alpha, RGB, RGB+alpha or CMYK of 8 or 16 bits, 0 being black."""
 
     def __init__(self, model, array, alpha=None):
-        self.model = model
-        self.array = array
-        self.alpha = alpha  # None, "associated" or "unassociated"; the alpha channel is the last
+        # `alpha` is None, "associated" or "unassociated"; the alpha channel is the last.
+        self.model, self.array, self.alpha = model, array, alpha
 
     @property
     def form(self):
@@ -115,12 +71,9 @@ def to_full_range(values, bits):
     """Unsigned samples of 1 to 16 bits as 8-bit ones (up to 8 bits) or 16-bit ones."""
     if bits in (8, 16):
         return values
-    top = (1 << bits) - 1
-    if bits < 8:
-        table = np.array([(v * 255 * 2 + top) // (2 * top) for v in range(top + 1)], np.uint8)
-        return table[values]
-    scaled = (values.astype(np.uint32) * 65535 * 2 + top) // (2 * top)
-    return scaled.astype(np.uint16)
+    top, full = (1 << bits) - 1, 255 if bits < 8 else 65535
+    table = (np.arange(top + 1, dtype=np.uint64) * (2 * full) + top) // (2 * top)
+    return table.astype(np.uint8 if bits < 8 else np.uint16)[values]
 
 
 def canonical(picture):
@@ -128,7 +81,8 @@ def canonical(picture):
     if picture.sample_kind != "uint" or picture.bits > 16:
         return None
     if picture.model == "palette":
-        colour = _palette_to_8_bits(picture.palette)[picture.samples[:, :, 0]]
+        palette = picture.palette >> (8 if picture.palette.max(initial=0) > 255 else 0)
+        colour = palette.astype(np.uint8)[picture.samples[:, :, 0]]
         if colour.shape[2] == 4:
             return simplify(Canonical("rgb", colour, "unassociated"))
         return simplify(_with_alpha("rgb", colour, picture, 1))
@@ -154,10 +108,6 @@ def _with_alpha(model, colour, picture, channels):
     return Canonical(model, np.concatenate([colour, alpha], axis=2), extras[which])
 
 
-def _palette_to_8_bits(palette):
-    return (palette >> 8 if palette.max(initial=0) > 255 else palette).astype(np.uint8)
-
-
 def simplify(form):
     """Drops what says nothing: opaque alpha, equal colours, equal halves of 16-bit samples."""
     array, model, alpha = form.array, form.model, form.alpha
@@ -174,38 +124,23 @@ def simplify(form):
 def ycbcr_to_rgb(picture):
     """Full-size YCbCr samples by the format's own coefficients and reference black and white."""
     red, green, blue = picture.details.get("coefficients") or (0.299, 0.587, 0.114)
-    low_y, high_y, low_b, high_b, low_r, high_r = (
-        picture.details.get("reference") or (0, 255, 128, 255, 128, 255))
-    y, cb, cr = (picture.samples[:, :, i].astype(np.float64) for i in range(3))
-    y = (y - low_y) * 255 / (high_y - low_y)
-    cb = (cb - low_b) * 127 / (high_b - low_b)
-    cr = (cr - low_r) * 127 / (high_r - low_r)
-    r = cr * (2 - 2 * red) + y
-    b = cb * (2 - 2 * blue) + y
+    low_high = picture.details.get("reference") or (0, 255, 128, 255, 128, 255)
+    y, cb, cr = ((picture.samples[:, :, i].astype(np.float64) - low_high[2 * i]) * (127 if i else 255)
+                 / (low_high[2 * i + 1] - low_high[2 * i]) for i in range(3))
+    r, b = cr * (2 - 2 * red) + y, cb * (2 - 2 * blue) + y
     g = (y - blue * b - red * r) / green
     return np.clip(np.rint(np.stack([r, g, b], axis=2)), 0, 255).astype(np.uint8)
 
 
 def upright(array, orientation):
     """Applies a TIFF orientation: stored rows and columns become visual ones."""
-    if orientation in (5, 6, 7, 8):
-        array = array.swapaxes(0, 1)
-    if orientation in (2, 3, 6, 7):
-        array = array[:, ::-1]
-    if orientation in (3, 4, 7, 8):
-        array = array[::-1]
-    return array
+    array = array.swapaxes(0, 1) if orientation >= 5 else array
+    return array[::-1 if orientation in (3, 4, 7, 8) else 1, ::-1 if orientation in (2, 3, 6, 7) else 1]
 
 
 def as_stored(array, orientation):
     """The inverse of upright()."""
-    if orientation in (3, 4, 7, 8):
-        array = array[::-1]
-    if orientation in (2, 3, 6, 7):
-        array = array[:, ::-1]
-    if orientation in (5, 6, 7, 8):
-        array = array.swapaxes(0, 1)
-    return array
+    return upright(array, {6: 8, 8: 6}.get(orientation, orientation))
 
 
 def psnr(first, second, peak):

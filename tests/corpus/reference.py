@@ -4,6 +4,7 @@ Where the corpus states a digest, the pixels of the first decoder that gives thi
 such a reference is proved. Otherwise it is only the best that could be had, and says so.
 """
 import os
+import shutil
 import subprocess
 import tempfile
 import warnings
@@ -12,7 +13,7 @@ import numpy as np
 from PIL import Image
 
 from picture import Canonical, DecodeError, Picture, canonical, simplify
-from tiff_reader import ICC_PROFILE, Pages
+from tiff_reader import Pages
 
 Image.MAX_IMAGE_PIXELS = None
 ROUNDED = 1  # a difference of one step of the coarser depth
@@ -34,8 +35,8 @@ class Reference:
 class References:
     """The references of one source file, by page number."""
 
-    def __init__(self, path, expected, scratch):
-        self._path, self._scratch, self._expected = path, scratch, expected
+    def __init__(self, path, scratch):
+        self._path, self._scratch = path, scratch
         try:
             self._pages = Pages(path, scratch)
         except DecodeError:
@@ -74,7 +75,7 @@ class References:
     def source_profile(self, page):
         if not self._pages or page.number > len(self._pages):
             return None
-        return bytes(self._pages.file.directories[page.number - 1].get(ICC_PROFILE, b"")) or None
+        return self._pages.file.directories[page.number - 1].icc
 
     def _stored(self, page):
         if not self._pages or page.number > len(self._pages):
@@ -92,41 +93,23 @@ class References:
             return None
 
     def _by_imagemagick(self, page):
-        tool = _imagemagick()
-        if tool is None:
+        tool = next(filter(None, map(shutil.which, ("convert-im6.q16", "magick", "convert-im6"))), None)
+        model, wide = page.form.rstrip("1680"), page.form.endswith("16")
+        channels = {"GRAY": 1, "RGB": 3, "RGBA": 4, "CMYK": 4}.get(model)
+        if tool is None or channels is None:
             return None
-        model = "gray" if page.form.startswith("GRAY") else "rgb"
-        if page.form.startswith("CMYK"):
-            model = "cmyk"
-        alpha = page.form.startswith(("GRAYA", "RGBA"))
-        wide = page.form.endswith("16")
-        suffix = {"gray": "gray", "rgb": "rgba" if alpha else "rgb", "cmyk": "cmyk"}[model]
-        channels = {"gray": 1, "rgb": 3, "rgba": 4, "cmyk": 4}[suffix]
         with tempfile.TemporaryDirectory(dir=self._scratch) as folder:
-            source = os.path.join(folder, "source.tif")
+            source, target = os.path.join(folder, "source.tif"), os.path.join(folder, "pixels")
             os.symlink(os.path.abspath(self._path), source)
-            target = os.path.join(folder, "pixels")
             command = [tool, f"{source}[{page.number - 1}]", "-depth", "16" if wide else "8",
-                       *(["-endian", "LSB"] if wide else []), f"{suffix}:{target}"]
+                       *(["-endian", "LSB"] if wide else []), f"{model.lower()}:{target}"]
             try:
-                done = subprocess.run(command, capture_output=True, timeout=60, check=False)
-            except subprocess.TimeoutExpired:
+                subprocess.run(command, capture_output=True, timeout=60, check=True)
+                pixels = np.fromfile(target, "<u2" if wide else np.uint8)
+                pixels = pixels.reshape(page.height, page.width, channels)
+            except (subprocess.SubprocessError, OSError, ValueError):
                 return None
-            if done.returncode != 0 or not os.path.exists(target):
-                return None
-            pixels = np.fromfile(target, "<u2" if wide else np.uint8)
-        if pixels.size != page.width * page.height * channels:
-            return None
-        pixels = pixels.reshape(page.height, page.width, channels)
-        return simplify(Canonical(model, pixels, page.alpha if alpha else None))
-
-
-def _imagemagick():
-    for tool in ("convert-im6.q16", "magick", "convert-im6"):
-        for folder in os.environ.get("PATH", "/usr/bin").split(os.pathsep):
-            if os.access(os.path.join(folder, tool), os.X_OK):
-                return tool
-    return None
+        return simplify(Canonical(model.rstrip("A").lower(), pixels, page.alpha if model == "RGBA" else None))
 
 
 def _from_pillow(frame):
@@ -167,19 +150,14 @@ def _by_rule(stored):
     if stored.model == "lab":
         form = _lab_to_rgb(stored)
         return form and _with_alpha_of(stored, form), 28.0
-    channels = {"gray": 1, "rgb": 3}.get(stored.model)
-    if channels is None or values.shape[2] < channels:
+    channels, top = {"gray": 1, "rgb": 3}.get(stored.model), (1 << stored.bits) - 1
+    if channels is None or values.shape[2] < channels or stored.sample_kind == "other":
         return None, 0.0
-    values = values[:, :, :channels]
+    scaled = values[:, :, :channels].astype(np.float64)
     if stored.sample_kind == "float":
-        scaled = np.clip(np.nan_to_num(values.astype(np.float64), nan=0.0), 0, 1)
-    elif stored.sample_kind == "int":
-        low = float(-(1 << (stored.bits - 1)))
-        scaled = (values.astype(np.float64) - low) / ((1 << stored.bits) - 1)
-    elif stored.sample_kind == "uint":
-        scaled = values.astype(np.float64) / ((1 << stored.bits) - 1)
+        scaled = np.clip(np.nan_to_num(scaled, nan=0.0), 0, 1)
     else:
-        return None, 0.0
+        scaled = (scaled + (1 << (stored.bits - 1) if stored.sample_kind == "int" else 0)) / top
     if stored.white_is_zero:
         scaled = 1 - scaled
     form = Canonical(stored.model, np.rint(scaled * 65535).astype(np.uint16))
@@ -202,8 +180,7 @@ def _lab_to_rgb(stored):
     photometric = stored.details.get("photometric")
     if photometric not in (8, 9) or stored.bits not in (8, 16):
         return None
-    top = (1 << stored.bits) - 1
-    step = 1 << (stored.bits - 8)
+    top, step = (1 << stored.bits) - 1, 1 << (stored.bits - 8)
     raw = stored.samples[:, :, :3].astype(np.float64)
     light = raw[:, :, 0] / (top if photometric == 8 or stored.bits == 8 else 0xFF00) * 100
     if photometric == 8:

@@ -5,7 +5,6 @@ number of bits, no compression, PackBits, LZW and Deflate with both predictors. 
 goes through `tiffcp -c none` first; Pages does that by itself.
 """
 import os
-import shutil
 import struct
 import subprocess
 import tempfile
@@ -15,17 +14,18 @@ import numpy as np
 
 from picture import DecodeError, Picture
 
-TYPE_CODES = {1: "B", 2: "c", 3: "H", 4: "I", 5: "II", 6: "b", 7: "B", 8: "h", 9: "i", 10: "ii",
-              11: "f", 12: "d", 13: "I", 16: "Q", 17: "q", 18: "Q"}
-# Width to ICC profile, the tags that are looked at.
+TYPE_CODES = {1: "B", 2: "s", 3: "H", 4: "I", 5: "II", 6: "b", 7: "s", 8: "h", 9: "i", 10: "ii", 11: "f",
+              12: "d", 13: "I", 16: "Q", 17: "q", 18: "Q"}
 WIDTH, HEIGHT, BITS, COMPRESSION, PHOTOMETRIC, FILL_ORDER = 256, 257, 258, 259, 262, 266
 STRIP_OFFSETS, ORIENTATION, SAMPLES, ROWS_PER_STRIP, STRIP_COUNTS = 273, 274, 277, 278, 279
 X_RESOLUTION, Y_RESOLUTION, PLANAR, RESOLUTION_UNIT, PREDICTOR = 282, 283, 284, 296, 317
 COLOR_MAP, TILE_WIDTH, TILE_HEIGHT, TILE_OFFSETS, TILE_COUNTS = 320, 322, 323, 324, 325
 EXTRA_SAMPLES, SAMPLE_FORMAT, COEFFICIENTS, SUBSAMPLING, REFERENCE = 338, 339, 529, 530, 532
 ICC_PROFILE = 34675
-LARGEST_OWN_LZW = 256 * 1024  # plain Python is slow: more than this is left to tiffcp
-LARGEST_OWN_PACKBITS = 4 * 1024 * 1024
+DEFLATE = (8, 32946)
+MODELS = {0: "gray", 1: "gray", 2: "rgb", 3: "palette", 5: "cmyk", 6: "ycbcr", 8: "lab", 9: "lab", 10: "lab"}
+# Compressions of its own, with the bytes of a page above which plain Python is too slow.
+OWN = {1: 1 << 40, 5: 256 << 10, 8: 1 << 40, 32773: 4 << 20, 32946: 1 << 40}
 REVERSED_BITS = bytes(int(f"{v:08b}"[::-1], 2) for v in range(256))
 
 
@@ -34,19 +34,20 @@ class NeedsTiffcp(DecodeError):
 
 
 class Directory:
-    """The tags of one page. Values are tuples of numbers; fractions are floats."""
+    """The tags of one page. Values are tuples of numbers, or bytes; fractions are floats."""
 
     def __init__(self, order, tags):
-        self.order = order
-        self.tags = tags
+        self.order, self.tags = order, tags
 
     def get(self, tag, default=None):
-        value = self.tags.get(tag)
-        return default if not value else value
+        return self.tags.get(tag) or default
 
     def one(self, tag, default=None):
-        value = self.tags.get(tag)
-        return default if not value else value[0]
+        return self.get(tag, (default,))[0]
+
+    @property
+    def icc(self):
+        return bytes(self.get(ICC_PROFILE, b"")) or None
 
 
 class TiffFile:
@@ -55,69 +56,47 @@ class TiffFile:
     def __init__(self, path):
         with open(path, "rb") as file:
             self.data = file.read()
-        if self.data[:4] in (b"II*\0", b"II+\0"):
-            self.order = "<"
-        elif self.data[:4] in (b"MM\0*", b"MM\0+"):
-            self.order = ">"
-        else:
+        self.order = {b"II": "<", b"MM": ">"}.get(self.data[:2])
+        if not self.order or self.data[2:4].strip(b"\0") not in (b"*", b"+"):
             raise DecodeError("not a TIFF file")
-        self.big = b"+" in self.data[:4]
-        self.directories = []
-        offset = self._number("Q", 8) if self.big else self._number("I", 4)
-        seen = set()
-        while offset and offset not in seen:
+        self.big = b"+" in self.data[2:4]
+        self.directories, seen = [], set()
+        offset, = self._numbers("Q" if self.big else "I", 8 if self.big else 4)
+        while offset:
+            if offset in seen:
+                raise DecodeError("the chain of directories runs in a circle")
             seen.add(offset)
-            directory, offset = self._directory(offset)
-            self.directories.append(directory)
-        if offset:
-            raise DecodeError("the chain of directories runs in a circle")
+            offset = self._read_directory(offset)
 
-    def _number(self, code, offset):
-        return self._numbers(code, 1, offset)[0]
-
-    def _numbers(self, code, count, offset):
+    def _numbers(self, code, offset):
         try:
-            return struct.unpack_from(f"{self.order}{count}{code}", self.data, offset)
+            return struct.unpack_from(self.order + code, self.data, offset)
         except struct.error as error:
             raise DecodeError(f"a number at {offset} lies beyond the end of the file") from error
 
-    def _directory(self, offset):
-        count = self._number("Q" if self.big else "H", offset)
-        entry_size, head, inline = (20, 8, 8) if self.big else (12, 2, 4)
-        tags = {}
-        for i in range(count):
-            entry = offset + head + i * entry_size
-            tag, kind = self._numbers("H", 2, entry)
-            length = self._number("Q" if self.big else "I", entry + 4)
+    def _read_directory(self, offset):
+        """Adds the directory; returns the offset of the next one."""
+        word, head, inline, step = ("Q", 8, 8, 20) if self.big else ("I", 2, 4, 12)
+        count, = self._numbers("Q" if self.big else "H", offset)
+        tags, end = {}, offset + head + count * step
+        for entry in range(offset + head, end, step):
+            tag, kind, length = self._numbers("HH" + word, entry)
             code = TYPE_CODES.get(kind)
-            if code is None or tag in tags:
+            if code is None or tag in tags or length > 50_000_000:
                 continue
-            where = entry + (12 if self.big else 8)
-            if struct.calcsize("=" + code) * length > inline:
-                where = self._number("Q" if self.big else "I", where)
-            try:
-                tags[tag] = self._values(kind, code, length, where)
+            size = struct.calcsize("=" + code) * length
+            where = entry + 4 + struct.calcsize("=" + word)
+            try:  # a broken tag is the page's matter, not the file's
+                where = where if size <= inline else self._numbers(word, where)[0]
+                tags[tag] = self._numbers(f"{length * len(code)}{code[0]}", where)
             except DecodeError:
-                continue  # a broken tag is the page's matter, not the file's
-        after = offset + head + count * entry_size
-        try:
-            following = self._number("Q" if self.big else "I", after)
-        except DecodeError:
-            following = 0
-        return Directory(self.order, tags), following
-
-    def _values(self, kind, code, length, where):
-        if kind in (1, 2, 7):
-            if where + length > len(self.data):
-                raise DecodeError("a tag lies beyond the end of the file")
-            return self.data[where:where + length]
-        if length > 50_000_000:
-            raise DecodeError("a tag is too long")
-        if kind in (5, 10):
-            values = self._numbers(code[0], 2 * length, where)
-            return tuple(values[i] / values[i + 1] if values[i + 1] else 0.0
-                         for i in range(0, 2 * length, 2))
-        return self._numbers(code, length, where)
+                continue
+            if code == "s":
+                tags[tag], = tags[tag]
+            elif len(code) == 2:
+                tags[tag] = tuple(a / b if b else 0.0 for a, b in zip(tags[tag][::2], tags[tag][1::2]))
+        self.directories.append(Directory(self.order, tags))
+        return self._numbers(word, end)[0] if end + inline <= len(self.data) else 0
 
 
 def decode_page(file, index):
@@ -126,230 +105,140 @@ def decode_page(file, index):
 
 
 class _PageDecoder:
-    def __init__(self, data, directory):
-        self.data, self.tags = data, directory
-        self.width, self.height = directory.one(WIDTH), directory.one(HEIGHT)
+    def __init__(self, data, tags):
+        self.data, self.tags = data, tags
+        self.width, self.height = tags.one(WIDTH), tags.one(HEIGHT)
         if not self.width or not self.height:
             raise DecodeError("the page has no size")
-        self.channels = directory.one(SAMPLES, 1)
-        depths = directory.get(BITS, (1,))
+        self.channels, depths = tags.one(SAMPLES, 1), tags.get(BITS, (1,))
         if len(set(depths)) != 1:
             raise DecodeError("the samples differ in depth")
-        self.bits = depths[0]
-        self.compression = directory.one(COMPRESSION, 1)
-        self.separate = directory.one(PLANAR, 1) == 2 and self.channels > 1
-        self.kind = {1: "uint", 2: "int", 3: "float"}.get(directory.one(SAMPLE_FORMAT, 1), "other")
-        self.photometric = directory.one(PHOTOMETRIC)
-        self.subsampling = tuple(directory.get(SUBSAMPLING, (2, 2))) if self.photometric == 6 else (1, 1)
-        if self.compression in (6, 7) and self.photometric == 6:
-            raise NeedsTiffcp("JPEG")
+        self.bits, self.compression = depths[0], tags.one(COMPRESSION, 1)
+        self.separate = tags.one(PLANAR, 1) == 2 and self.channels > 1
+        self.kind = {1: "uint", 2: "int", 3: "float"}.get(tags.one(SAMPLE_FORMAT, 1), "other")
+        self.photometric = tags.one(PHOTOMETRIC)
+        self.subsampling = tuple(tags.get(SUBSAMPLING, (2, 2))) if self.photometric == 6 else (1, 1)
+        self.predictor = tags.one(PREDICTOR, 1) if self.compression in (5, *DEFLATE) else 1
 
     def picture(self):
-        photometric = self.photometric
-        model = {0: "gray", 1: "gray", 2: "rgb", 3: "palette", 5: "cmyk", 6: "ycbcr", 8: "lab",
-                 9: "lab", 10: "lab"}.get(photometric, str(photometric))
-        common = {"sample_kind": self.kind, "white_is_zero": photometric == 0,
-                  "extras": self._extras(model), "palette": self._palette(model)}
-        rows = self._rows()
-        if self.bits == 1 and self.channels == 1:
-            result = Picture(None, model, 1, packed=rows, size=(self.height, self.width), **common)
-        else:
-            result = Picture(rows, model, self.bits, **common)
-        result.orientation = self.tags.one(ORIENTATION, 1)
-        result.compression = self.compression
-        result.icc = bytes(self.tags.get(ICC_PROFILE, b"")) or None
-        x, y = self.tags.one(X_RESOLUTION), self.tags.one(Y_RESOLUTION)
+        model, tags = MODELS.get(self.photometric, str(self.photometric)), self.tags
+        rows, palette = self._rows(), None
+        if model == "palette":
+            values = tags.get(COLOR_MAP, ())
+            if len(values) < 3 << self.bits:
+                raise DecodeError("the palette is too short")
+            palette = np.array(values[:3 << self.bits], np.uint16).reshape(3, -1).T.copy()
+        extra = max(self.channels - {"gray": 1, "palette": 1, "cmyk": 4}.get(model, 3), 0)
+        kinds = [{1: "associated", 2: "unassociated"}.get(v) for v in tags.get(EXTRA_SAMPLES, ())]
+        result = Picture(rows, model, self.bits, sample_kind=self.kind, white_is_zero=self.photometric == 0,
+                         extras=(kinds + [None] * extra)[:extra], palette=palette)
+        result.orientation, result.compression, result.icc = tags.one(ORIENTATION, 1), self.compression, tags.icc
+        x, y = tags.one(X_RESOLUTION), tags.one(Y_RESOLUTION)
         if x is not None and y is not None:
-            unit = {1: "none", 2: "inch", 3: "cm"}.get(self.tags.one(RESOLUTION_UNIT, 2), "none")
-            result.resolution = (x, y, unit)
-        result.details = {"photometric": photometric, "coefficients": self.tags.get(COEFFICIENTS),
-                          "reference": self.tags.get(REFERENCE)}
+            result.resolution = x, y, {2: "inch", 3: "cm"}.get(tags.one(RESOLUTION_UNIT, 2), "none")
+        result.details = {"photometric": self.photometric, "coefficients": tags.get(COEFFICIENTS),
+                          "reference": tags.get(REFERENCE)}
         return result
-
-    def _extras(self, model):
-        colours = {"gray": 1, "palette": 1, "cmyk": 4}.get(model, 3)
-        names = {1: "associated", 2: "unassociated"}
-        listed = [names.get(v) for v in self.tags.get(EXTRA_SAMPLES, ())]
-        extra = max(self.channels - colours, 0)
-        return (listed + [None] * extra)[:extra]
-
-    def _palette(self, model):
-        if model != "palette":
-            return None
-        values = self.tags.get(COLOR_MAP, ())
-        entries = 1 << self.bits
-        if len(values) < 3 * entries:
-            raise DecodeError("the palette is too short")
-        return np.array(values[:3 * entries], np.uint16).reshape(3, entries).T.copy()
 
     def _rows(self):
-        """All samples as (height, width, channels); one-bit pages as packed rows."""
-        if self.tags.get(TILE_OFFSETS) or self.tags.get(TILE_WIDTH):
-            block = self.tags.one(TILE_WIDTH), self.tags.one(TILE_HEIGHT)
-            offsets = self.tags.get(TILE_OFFSETS) or self.tags.get(STRIP_OFFSETS, ())
-            counts = self.tags.get(TILE_COUNTS) or self.tags.get(STRIP_COUNTS, ())
-        else:
-            block = self.width, min(self.tags.one(ROWS_PER_STRIP, self.height) or 1, self.height)
-            offsets = self.tags.get(STRIP_OFFSETS, ())
-            counts = self.tags.get(STRIP_COUNTS, ())
+        """All samples as (height, width, channels)."""
+        tags, tiled = self.tags, bool(self.tags.get(TILE_WIDTH))
+        offsets = tags.get(TILE_OFFSETS) or tags.get(STRIP_OFFSETS, ())
+        counts = tags.get(TILE_COUNTS) or tags.get(STRIP_COUNTS, ())
+        wide, high = tags.one(TILE_WIDTH), tags.one(TILE_HEIGHT)
+        if not tiled:
+            wide, high = self.width, min(tags.one(ROWS_PER_STRIP, self.height) or 1, self.height)
         if self.compression == 1 and len(counts) != len(offsets):
             raise NeedsTiffcp("no byte counts")
-        if not all(block):
+        if not wide or not high:
             raise DecodeError("tiles without a size")
-        self._check_own_reading(counts)
-        tiled = bool(self.tags.get(TILE_WIDTH))
-        across = -(-self.width // block[0]) if tiled else 1
-        down = -(-self.height // block[1])
-        planes = self.channels if self.separate else 1
-        if len(offsets) < across * down * planes or len(counts) < len(offsets):
+        if sum(counts) > OWN.get(self.compression, -1):
+            raise NeedsTiffcp(f"compression {self.compression}")
+        if self.predictor == 2 and self.bits not in (8, 16, 32, 64):
+            raise NeedsTiffcp("differences of odd samples")
+        places = [(plane, top, left) for plane in range(self.channels if self.separate else 1)
+                  for top in range(0, self.height, high) for left in range(0, self.width, wide)]
+        if len(offsets) < len(places) or len(counts) < len(offsets):
             raise DecodeError("strips are missing")
-        per_pixel = 1 if self.separate else self.channels
-        packed = self.bits == 1 and self.channels == 1
-        if packed and tiled and block[0] % 8:
-            raise NeedsTiffcp("tiles that do not end at a byte")
         result = None
-        for plane in range(planes):
-            for index in range(across * down):
-                number = plane * across * down + index
-                top, left = index // across * block[1], index % across * block[0]
-                rows = block[1] if tiled else min(block[1], self.height - top)
-                piece = self._block(offsets[number], counts[number], block[0], rows, per_pixel, packed)
-                if result is None:
-                    shape = ((self.height, (self.width + 7) // 8) if packed
-                             else (self.height, self.width, self.channels))
-                    result = np.zeros(shape, piece.dtype)
-                if packed:
-                    left //= 8
-                target = result[top:top + rows, left:left + piece.shape[1]]
-                part = piece[:target.shape[0], :target.shape[1]]
-                if packed:
-                    target[:] = part
-                elif self.separate:
-                    target[:, :, plane] = part[:, :, 0]
-                else:
-                    target[:] = part
+        for (plane, top, left), offset, count in zip(places, offsets, counts):
+            rows = high if tiled else min(high, self.height - top)
+            piece = self._block(offset, count, wide, rows)
+            if result is None:
+                result = np.zeros((self.height, self.width, self.channels), piece.dtype)
+            target = result[top:top + rows, left:left + wide, plane:plane + piece.shape[2]]
+            target[:] = piece[:target.shape[0], :target.shape[1]]
         return result
 
-    def _check_own_reading(self, counts):
-        if self.compression not in (1, 5, 8, 32773, 32946):
-            raise NeedsTiffcp(f"compression {self.compression}")
-        if self.compression == 5 and sum(counts) > LARGEST_OWN_LZW:
-            raise NeedsTiffcp("much LZW")
-        if self.compression == 32773 and sum(counts) > LARGEST_OWN_PACKBITS:
-            raise NeedsTiffcp("much PackBits")
-        predictor = self.tags.one(PREDICTOR, 1)
-        if self.compression in (5, 8, 32946) and predictor == 2 and self.bits not in (8, 16, 32, 64):
-            raise NeedsTiffcp(f"predictor {predictor}")
-
-    def _block(self, offset, count, width, rows, per_pixel, packed):
+    def _block(self, offset, count, width, rows):
         if offset + count > len(self.data):
             raise DecodeError("a strip lies beyond the end of the file")
-        data = self.data[offset:offset + count]
+        data, per_pixel = self.data[offset:offset + count], 1 if self.separate else self.channels
         if self.tags.one(FILL_ORDER, 1) == 2:
             data = data.translate(REVERSED_BITS)
-        across, down = self.subsampling
-        subsampled = (across, down) != (1, 1) and not self.separate
-        if subsampled:
-            units = -(-width // across), -(-rows // down)
-            row_bytes, lines = units[0] * (across * down + 2), units[1]
-        else:
-            row_bytes, lines = (width * per_pixel * self.bits + 7) // 8, rows
+        across, down = (1, 1) if self.separate else self.subsampling
+        lines, row_bytes = rows, (width * per_pixel * self.bits + 7) // 8
+        if (across, down) != (1, 1):
+            lines, units = -(-rows // down), -(-width // across)
+            row_bytes = units * (across * down + 2)
         data = self._decompressed(data, row_bytes * lines)
         if len(data) < row_bytes * lines:
             raise DecodeError(f"a strip has {len(data)} bytes instead of {row_bytes * lines}")
         table = np.frombuffer(data, np.uint8, row_bytes * lines).reshape(lines, row_bytes)
-        if packed:
-            return table
-        if subsampled:
-            return _full_size_ycbcr(table, units, across, down)[:rows, :width]
-        predictor = self.tags.one(PREDICTOR, 1) if self.compression in (5, 8, 32946) else 1
-        if predictor == 3:
-            table = _undo_float_differences(table, self.bits // 8, per_pixel)
-        order = ">" if predictor == 3 else self.tags.order
+        if (across, down) != (1, 1):
+            cells = table.reshape(lines, units, -1)
+            luma = cells[:, :, :-2].reshape(lines, units, down, across).transpose(0, 2, 1, 3)
+            others = [cells[:, :, i].repeat(down, 0).repeat(across, 1) for i in (-2, -1)]
+            return np.stack([luma.reshape(others[0].shape), *others], axis=2)[:rows, :width]
+        order = self.tags.order
+        if self.predictor == 3:  # the highest bytes of all samples, then the next ones, as differences
+            summed = np.cumsum(table.reshape(lines, -1, per_pixel), axis=1, dtype=np.uint8)
+            table = summed.reshape(lines, self.bits // 8, -1).transpose(0, 2, 1).reshape(lines, row_bytes)
+            order = ">"
         piece = unpack_rows(table, width, per_pixel, self.bits, self.kind, order)
-        if predictor == 2:
+        if self.predictor == 2:
             whole = piece.view(f"u{piece.dtype.itemsize}")  # differences are of whole numbers always
             piece = np.cumsum(whole, axis=1, dtype=whole.dtype).view(piece.dtype)
         return piece
 
     def _decompressed(self, data, expected):
-        if self.compression == 1:
-            return data
-        if self.compression == 5:
-            return unpack_lzw(data, expected)
-        if self.compression == 32773:
-            return unpack_packbits(data, expected)
+        if self.compression in (5, 32773):
+            return (unpack_lzw if self.compression == 5 else unpack_packbits)(data, expected)
         try:
-            return zlib.decompressobj().decompress(data)
+            return data if self.compression == 1 else zlib.decompressobj().decompress(data)
         except zlib.error as error:
             raise DecodeError(f"Deflate: {error}") from error
-
-
-def _undo_float_differences(table, sample_bytes, per_pixel):
-    """Rows hold the highest bytes of all samples, then the next ones, as differences of bytes."""
-    rows, row_bytes = table.shape
-    summed = np.cumsum(table.reshape(rows, -1, per_pixel), axis=1, dtype=np.uint8)
-    planes = summed.reshape(rows, sample_bytes, row_bytes // sample_bytes)
-    return planes.transpose(0, 2, 1).reshape(rows, row_bytes)
-
-
-def _full_size_ycbcr(table, units, across, down):
-    cells = table.reshape(units[1], units[0], across * down + 2)
-    luma = cells[:, :, :-2].reshape(units[1], units[0], down, across)
-    luma = luma.transpose(0, 2, 1, 3).reshape(units[1] * down, units[0] * across)
-    blue, red = (cells[:, :, i].repeat(down, axis=0).repeat(across, axis=1) for i in (-2, -1))
-    return np.stack([luma, blue, red], axis=2)
 
 
 def unpack_rows(table, width, per_pixel, bits, kind, order):
     """Rows of bytes as (rows, width, per_pixel) numbers of the machine's byte order."""
     rows, count = len(table), width * per_pixel
-    if bits in (8, 16, 32, 64):
-        letter = {"uint": "u", "other": "u", "int": "i", "float": "f"}[kind]
-        if letter == "f" and bits == 8:
-            raise DecodeError("8-bit floating point")
-        wire = np.dtype(f"{order}{letter}{bits // 8}")
-        values = np.ascontiguousarray(table[:, :count * bits // 8]).view(wire)
-        return values.astype(wire.newbyteorder("=")).reshape(rows, width, per_pixel)
-    if bits == 24:
-        parts = table[:, :count * 3].reshape(rows, count, 3).astype(np.uint32)
-        first, last = (2, 0) if order == "<" else (0, 2)
-        values = parts[:, :, first] << 16 | parts[:, :, 1] << 8 | parts[:, :, last]
-    elif bits == 1:
-        values = np.unpackbits(table, axis=1, count=count)
-    elif bits in (2, 4):
-        per_byte = 8 // bits
-        shifts = np.arange(8 - bits, -1, -bits, dtype=np.uint8)
-        values = (table[:, :, None] >> shifts & ((1 << bits) - 1)).reshape(rows, -1)
-        values = values[:, :count]
-        assert values.shape[1] == count <= table.shape[1] * per_byte
-    elif 1 < bits < 64:
-        single = np.unpackbits(table, axis=1, count=count * bits).reshape(rows, count, bits)
-        values = np.zeros((rows, count), np.uint32 if bits < 32 else np.uint64)
-        for bit in range(bits):
-            values = values * values.dtype.type(2) + single[:, :, bit]
-        if bits <= 16:
-            values = values.astype(np.uint8 if bits <= 8 else np.uint16)
-    else:
-        raise DecodeError(f"{bits} bits a sample")
-    if kind not in ("uint", "other"):
+    if bits in (8, 16, 32, 64) and (kind, bits) != ("float", 8):
+        wire = np.dtype(order + {"int": "i", "float": "f"}.get(kind, "u") + str(bits // 8))
+        values = np.ascontiguousarray(table[:, :count * bits // 8]).view(wire).astype(wire.newbyteorder("="))
+        return values.reshape(rows, width, per_pixel)
+    if kind not in ("uint", "other") or bits > 64:
         raise DecodeError(f"{kind} samples of {bits} bits")
-    return values.reshape(rows, width, per_pixel)
+    if bits == 1:
+        return np.unpackbits(table, axis=1, count=count).reshape(rows, width, per_pixel)
+    if bits == 24 and order == "<":
+        table = table[:, :count * 3].reshape(-1, 3)[:, ::-1].reshape(rows, -1)
+    wide = next(size for size in (8, 16, 32, 64) if size >= bits)
+    spread = np.zeros((rows, count, wide), np.uint8)
+    spread[:, :, wide - bits:] = np.unpackbits(table, axis=1, count=count * bits).reshape(rows, count, bits)
+    values = np.packbits(spread, axis=2).view(f">u{wide // 8}")
+    return values.astype(f"u{wide // 8}").reshape(rows, width, per_pixel)
 
 
 def unpack_packbits(data, expected):
-    out = bytearray()
-    position, end = 0, len(data)
-    while position < end and len(out) < expected:
+    out, position = bytearray(), 0
+    while position < len(data) and len(out) < expected:
         head = data[position]
         if head < 128:
             out += data[position + 1:position + 2 + head]
-            position += 2 + head
-        elif head == 128:
-            position += 1
-        else:
+        elif head > 128:
             out += data[position + 1:position + 2] * (257 - head)
-            position += 2
+        position += 2 + head if head < 128 else 1 if head == 128 else 2
     return bytes(out)
 
 
@@ -358,40 +247,26 @@ def unpack_lzw(data, expected):
         raise NeedsTiffcp("LZW of the old bit order")
     roots = [bytes((v,)) for v in range(256)] + [b"", b""]
     table, width, previous = list(roots), 9, None
-    out, length = [], 0
-    window, held = 0, 0
+    out, length, window, held = [], 0, 0, 0
     for byte in data:
-        window = window << 8 | byte
-        held += 8
+        window, held = window << 8 | byte, held + 8
         if held < width:
             continue
         held -= width
-        code = window >> held
-        window &= (1 << held) - 1
+        code, window = window >> held, window & (1 << held) - 1
         if code == 256:
             table, width, previous = list(roots), 9, None
             continue
-        if code == 257:
+        if code == 257 or length >= expected:
             break
-        if previous is None:
-            if code > 255:
-                raise DecodeError("LZW begins with an unknown code")
-            entry = table[code]
-        else:
-            if code < len(table):
-                entry = table[code]
-            elif code == len(table):
-                entry = previous + previous[:1]
-            else:
-                raise DecodeError("LZW names an unknown code")
+        if code > (len(table) if previous is not None else 255):
+            raise DecodeError("LZW names an unknown code")
+        entry = table[code] if code < len(table) else previous + previous[:1]
+        if previous is not None:
             table.append(previous + entry[:1])
-            # The width grows one code early.
-            if len(table) >= (1 << width) - 1 and width < 12:
-                width += 1
+            width += len(table) >= (1 << width) - 1 and width < 12  # one code early
         out.append(entry)
         length += len(entry)
-        if length >= expected:
-            break
         previous = entry
     return b"".join(out)
 
@@ -400,16 +275,14 @@ class Pages:
     """The pages of a file in order, decoded one at a time; a page that fails is a DecodeError."""
 
     def __init__(self, path, scratch):
-        self.file = TiffFile(path)
-        self._path, self._scratch = path, scratch
+        self.file, self._path, self._scratch = TiffFile(path), path, scratch
         self._plain = None
 
     def __len__(self):
         return len(self.file.directories)
 
     def __iter__(self):
-        for index in range(len(self)):
-            yield self.page(index)
+        return map(self.page, range(len(self)))
 
     def page(self, index):
         """A Picture, or the DecodeError that it could not be."""
@@ -422,36 +295,26 @@ class Pages:
             return error
 
     def _through_tiffcp(self, index):
-        original = self.file.directories[index]
+        """From a copy of the whole file without compression or, where that fails, of the one page."""
         if self._plain is None:
-            self._plain = uncompressed_copy(self._path, self._scratch, None)
-        if self._plain and len(self._plain.directories) == len(self):
-            plain, number = self._plain, index
-        else:
-            plain, number = uncompressed_copy(self._path, self._scratch, index), 0
+            self._plain = self._plain_copy("")
+        plain, number = self._plain, index
+        if not plain or len(plain.directories) != len(self):
+            plain, number = self._plain_copy(f",{index}"), 0
         if not plain or len(plain.directories) <= number:
             raise DecodeError("tiffcp cannot read it")
-        result = decode_page(plain, number)
-        result.compression = original.one(COMPRESSION, 1)
-        result.icc = bytes(original.get(ICC_PROFILE, b"")) or None
+        result, tags = decode_page(plain, number), self.file.directories[index]
+        result.compression, result.icc = tags.one(COMPRESSION, 1), tags.icc
         return result
 
-
-def uncompressed_copy(path, scratch, index):
-    """A TiffFile without compression of the whole file or of one page; False when tiffcp fails."""
-    folder = tempfile.mkdtemp(dir=scratch)
-    try:
-        # A plain name: tiffcp takes what follows a comma for page numbers.
-        source = os.path.join(folder, "source.tif")
-        os.symlink(os.path.abspath(path), source)
-        target = os.path.join(folder, "plain.tif")
-        named = source if index is None else f"{source},{index}"
-        done = subprocess.run(["tiffcp", "-c", "none", named, target], capture_output=True,
-                              timeout=60, check=False)
-        if done.returncode != 0 or not os.path.exists(target):
-            return False
-        return TiffFile(target)
-    except (subprocess.TimeoutExpired, DecodeError):
-        return False
-    finally:
-        shutil.rmtree(folder, ignore_errors=True)
+    def _plain_copy(self, which):
+        """False when tiffcp fails. The link has a plain name: what follows a comma are page numbers."""
+        with tempfile.TemporaryDirectory(dir=self._scratch) as folder:
+            source, target = os.path.join(folder, "source.tif"), os.path.join(folder, "plain.tif")
+            os.symlink(os.path.abspath(self._path), source)
+            try:
+                done = subprocess.run(["tiffcp", "-c", "none", source + which, target], capture_output=True,
+                                      timeout=60, check=False)
+                return TiffFile(target) if done.returncode == 0 else False
+            except (subprocess.TimeoutExpired, DecodeError, OSError):
+                return False
