@@ -3,19 +3,18 @@
 
 They stand beside the checkout in shared/repro; without them the test counts as skipped.
 """
-import os
 import re
 import shutil
 import sys
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools" / "corpus"))
+from trust import BESIDE, expect, finish, run, skip, workspace
 
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "corpus"))
 from PIL import Image  # noqa: E402
 from tiff_reader import TiffFile, decode_page  # noqa: E402
-from trustlib import Problems, run, skip, workspace  # noqa: E402
 
-FILES = Path(os.environ["PAGESTACK_SOURCE_DIR"]).parent / "shared" / "repro"
+FILES = BESIDE / "repro"
 REFUSED = 1
 # File, words, exit code, what standard error says ("" is silence).
 RUNS = [
@@ -58,25 +57,25 @@ def same_samples(source, made):
 def main():
     if not FILES.is_dir():
         skip(f"there is no {FILES}")
-    problems, folder = Problems(), workspace()
+    folder = workspace()
     for number, (name, words, code, said) in enumerate(RUNS):
         out = folder / str(number)
         ended = run([*words.split(), "-q", "-o", out, FILES / name], folder / "home")
         made = sorted(out.glob("*")) if out.is_dir() else []
         what = f"{name} {words}"
-        problems.expect(ended.returncode == code, f"{what}: exit {ended.returncode}")
-        problems.expect(bool(made) == (code == 0), f"{what}: {made}")
+        expect(ended.returncode == code, f"{what}: exit {ended.returncode}")
+        expect(bool(made) == (code == 0), f"{what}: {made}")
         lines = ended.stderr.splitlines()
-        problems.expect(len(lines) == bool(said) and (not said or re.search(name + said, lines[0])),
+        expect(len(lines) == bool(said) and (not said or re.search(name + said, lines[0])),
                         f"{what}: {lines}")
         if made and not said and made[0].suffix == ".tiff":
-            problems.expect(same_samples(FILES / name, made[0]), f"{what}: other samples")
+            expect(same_samples(FILES / name, made[0]), f"{what}: other samples")
     for name, said in KEPT:
         source = shutil.copyfile(FILES / name, folder / name)
         ended = run(["-f", "tiff", "--on-exists", "overwrite", "-q", source], folder / "home")
-        problems.expect(ended.returncode == REFUSED and re.search(name + said, ended.stderr), f"{name}: {ended.stderr}")
-        problems.expect(Path(source).read_bytes() == (FILES / name).read_bytes(), f"{name} was replaced")
-    problems.finish(f"{len(RUNS) + len(KEPT)} runs")
+        expect(ended.returncode == REFUSED and re.search(name + said, ended.stderr), f"{name}: {ended.stderr}")
+        expect(Path(source).read_bytes() == (FILES / name).read_bytes(), f"{name} was replaced")
+    finish(f"{len(RUNS) + len(KEPT)} runs")
 
 
 if __name__ == "__main__":

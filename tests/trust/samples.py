@@ -17,13 +17,13 @@ import zlib
 from pathlib import Path
 from types import SimpleNamespace
 
-from trustlib import Problems, run, workspace  # first: it says what is missing
+from trust import expect, finish, run, workspace  # first: it says what is missing
 
 import numpy as np
 
 sys.path.insert(0, str(Path(os.environ["PAGESTACK_SOURCE_DIR"]) / "tests/corpus"))
+from output_readers import read_png  # noqa: E402
 from picture import DecodeError, upright  # noqa: E402
-from png_reader import read_png  # noqa: E402
 from tiff_reader import REVERSED_BITS, TiffFile, decode_page  # noqa: E402
 
 UNSIGNED, SIGNED, FLOAT, UNDEFINED = 1, 2, 3, 4
@@ -373,7 +373,7 @@ def described(page):
     return " ".join(f"{name}={value}" for name, value in vars(page).items() if name not in ("raw", "map", "places"))
 
 
-def check_sound(problems, name, files, folder, ended):
+def check_sound(name, files, folder, ended):
     """All pages are there, and what is said on standard error is said of sparse ones and their tag."""
     told = set(ended.stderr.splitlines())
     for stem, pages in files.items():
@@ -390,18 +390,18 @@ def check_sound(problems, name, files, folder, ended):
                 fault = repr(error)
             lines = {line for line in told if f"/{what}: " in line}
             told -= lines
-            problems.expect(fault is None, f"{what} to {name}: {fault}; {described(page)}")
-            problems.expect(bool(lines) == bool(page.sparse), f"{what} to {name}: told {lines}; {described(page)}")
-    problems.expect(ended.returncode == 0 and not told, f"to {name}: exit {ended.returncode}, told {told}")
+            expect(fault is None, f"{what} to {name}: {fault}; {described(page)}")
+            expect(bool(lines) == bool(page.sparse), f"{what} to {name}: told {lines}; {described(page)}")
+    expect(ended.returncode == 0 and not told, f"to {name}: exit {ended.returncode}, told {told}")
 
 
-def check_damaged(problems, name, files, folder, ended):
+def check_damaged(name, files, folder, ended):
     """Nothing is there, and every file is named."""
     for stem, pages in files.items():
         made = [path.name for path in folder.glob(f"{stem}[._]*")]
         is_told = f"/{stem}.tif[1]: " in ended.stderr
-        problems.expect(is_told and not made, f"{stem} to {name}: {made}, told: {is_told}; {described(pages[0])}")
-    problems.expect(ended.returncode == 1, f"damaged files to {name}: exit {ended.returncode}")
+        expect(is_told and not made, f"{stem} to {name}: {made}, told: {is_told}; {described(pages[0])}")
+    expect(ended.returncode == 1, f"damaged files to {name}: exit {ended.returncode}")
 
 
 def main():
@@ -410,7 +410,7 @@ def main():
         parser.add_argument(name, type=int, default=value)
     parser.add_argument("--keep", type=Path, help="a new folder, in which sources and outputs stay")
     options = parser.parse_args()
-    folder, problems = options.keep or workspace(), Problems()
+    folder = options.keep or workspace()
     files = {check_sound: {}, check_damaged: {}}
     (folder / "in").mkdir(parents=True)
     for number in range(options.first, options.first + options.files):
@@ -422,8 +422,8 @@ def main():
         for name, words in CONVERSIONS.items():
             out = folder / f"{check.__name__} {name}"
             sources = (folder / "in" / f"{stem}.tif" for stem in files[check])
-            check(problems, name, files[check], out, run([*words, "-q", "-o", out, *sources], folder / "home"))
-    problems.finish(f"{options.files} files, seed {options.seed}")
+            check(name, files[check], out, run([*words, "-q", "-o", out, *sources], folder / "home"))
+    finish(f"{options.files} files, seed {options.seed}")
 
 
 if __name__ == "__main__":
