@@ -10,8 +10,10 @@
 #include "filelist/FileTableModel.h"
 #include "filelist/ListEditor.h"
 #include "mainwindow/desktop/ApplicationEvents.h"
+#include "mainwindow/list/FindControl.h"
 #include "mainwindow/run/ProcessPanel.h"
 #include "mainwindow/widgets/AlertPanel.h"
+#include "mainwindow/widgets/KeyLetter.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 #include "ui_MainWindow.h"
 
@@ -54,6 +56,11 @@ PagestackAppDelegate::PagestackAppDelegate(const Services& services, QObject* pa
     , m_editor(std::make_unique<ListEditor>(*m_tableModel))
 {
     m_ui->setupUi(m_window.get());
+    m_find = std::make_unique<FindControl>(*m_ui, m_files);
+    m_ui->lableDragAndDrop->setAttribute(Qt::WA_TransparentForMouseEvents);
+    QSizePolicy keepingItsPlace = m_ui->loadingIndicator->sizePolicy();
+    keepingItsPlace.setRetainSizeWhenHidden(true);
+    m_ui->loadingIndicator->setSizePolicy(keepingItsPlace);
     m_processViewPanel = std::make_unique<ProcessPanel>(m_window.get());
     m_window->installEventFilter(this);
     m_applicationEvents = std::make_unique<ApplicationEvents>(
@@ -133,15 +140,7 @@ void PagestackAppDelegate::setButtonKeyCharacter(QAbstractButton* button, const 
                                                  const QColor& color)
 {
     try {
-        if (button == nullptr || keyChar.isEmpty() || !color.isValid())
-            return;
-        const qsizetype position = button->text().indexOf(keyChar, 0, Qt::CaseInsensitive);
-        if (position < 0)
-            return;
-        if (auto* push = qobject_cast<KeyLetterButton*>(button))
-            push->setKeyLetter(position, color);
-        else if (auto* check = qobject_cast<KeyLetterCheckBox*>(button))
-            check->setKeyLetter(position, color);
+        setKeyLetter(button, keyChar, color);
     } catch (const std::exception& error) {
         systemLogError(u"setButtonKeyCharacter:keyChar:color:"_s, error);
     }
@@ -166,6 +165,17 @@ void PagestackAppDelegate::setupToolbarAndMenuItems()
     m_ui->mainToolBar->setMovable(false);
     m_ui->mainToolBar->setContextMenuPolicy(Qt::PreventContextMenu);
     m_window->setContextMenuPolicy(Qt::NoContextMenu);
+}
+
+void PagestackAppDelegate::searchAction()
+{
+    endEditing();
+    m_find->begin();
+}
+
+void PagestackAppDelegate::scrollToRow(int row)
+{
+    m_ui->mainTableView->scrollTo(m_tableModel->index(row, FileTableModel::Name));
 }
 
 void PagestackAppDelegate::openAppAction()
@@ -211,7 +221,6 @@ void PagestackAppDelegate::connectControls()
 {
     connectTable();
     connectListCommands();
-    connectFindBar();
     connectSettingsPane();
     connectMenus();
     connect(m_ui->addFilesBtn, &QPushButton::clicked, this, &PagestackAppDelegate::addFiles);

@@ -33,6 +33,7 @@ class AlertPanel;
 class ApplicationEvents;
 class FileChooser;
 class FileTableModel;
+class FindControl;
 class ListEditor;
 class ProcessPanel;
 class UserDefaults;
@@ -42,8 +43,7 @@ class Workspace;
 /// current conversion job, and carries out what the user asks for. One class over several files,
 /// one a concern: start-up (PagestackAppDelegate.cpp), menus (...Menus.cpp), the run (...Run.cpp,
 /// ...Plan.cpp), the settings pane (...Settings.cpp), loading (...Files.cpp), path lists
-/// (...Import.cpp), the commands on the list (...List.cpp, ...Sort.cpp, ...Find.cpp,
-/// ...Export.cpp), on files
+/// (...Import.cpp), the commands on the list (...List.cpp, ...Sort.cpp, ...Export.cpp), on files
 /// (...FileActions.cpp), totals (...Totals.cpp), the end of the program (...Lifecycle.cpp).
 ///
 /// Main thread only, but for `loadURLs` and what `LoaderTarget` names, which the loader's thread
@@ -196,7 +196,6 @@ private:
     void connectListCommands();
     void connectProgramMenus();
     void connectListMenus();
-    void connectFindBar();
     void makeContextMenu();
     void followMenus();
     void markByTag(const QList<int>& rows, int tag);
@@ -204,8 +203,6 @@ private:
     void removeConverted();
     void showStep(const QList<int>& rows);
     void followList();
-    void find(const QString& text);
-    void showMatch(bool isNext);
     void scrollToRow(int row);
     QList<QUrl> highlightedUrls() const;
     void commitSettingsFields();
@@ -242,6 +239,7 @@ private:
     FileList m_files;
     std::unique_ptr<FileTableModel> m_tableModel;
     std::unique_ptr<ListEditor> m_editor;
+    std::unique_ptr<FindControl> m_find;
     QMenu* m_filesContextMenu = nullptr; ///< the window's
     ImportFilesWindowController* m_importPanel = nullptr; ///< the window's; made when first used
     std::unique_ptr<Settings> m_settings;

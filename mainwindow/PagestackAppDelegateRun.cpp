@@ -91,7 +91,7 @@ void PagestackAppDelegate::startRun(const QList<OutputFile>& outputs, bool isPla
     m_processViewPanel->follow(*m_process, m_files.checkedPages());
     resetView(false);
     startProcess();
-    m_ui->loadingIndicator->stopAnimation();
+    m_ui->loadingIndicator->hide();
     resetViewForProcess(false);
     Process* job = m_process.get();
     startWorker([this, job, isPlanned] {
@@ -155,7 +155,7 @@ void PagestackAppDelegate::startProcess()
     m_labelGroup = QPalette::Disabled;
     followPalette();
     setIsProcessing(true);
-    m_ui->loadingIndicator->startAnimation();
+    m_ui->loadingIndicator->show();
 }
 
 void PagestackAppDelegate::stopProcess()
@@ -163,7 +163,7 @@ void PagestackAppDelegate::stopProcess()
     m_labelGroup = QPalette::Active;
     followPalette();
     setIsProcessing(false);
-    m_ui->loadingIndicator->stopAnimation();
+    m_ui->loadingIndicator->hide();
     setSplitOptions(m_settings->outputType());
     updateTotalLabel();
 }

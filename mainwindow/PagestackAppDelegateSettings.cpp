@@ -12,8 +12,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    constexpr int paneIndex = 1; ///< in the split view
-
     // Number fields are marked by these tags, the dynamic property "tag".
     constexpr int atLeastTwoTag = 30001;
     constexpr int atLeastOneTag = 30002;
@@ -127,7 +125,7 @@ void PagestackAppDelegate::showSettings(bool show)
     try {
         (show ? m_ui->preferencesToolbarItem : m_ui->dummyToolbarItem)->setChecked(true);
         m_ui->toggleSettingsAction->setChecked(show);
-        m_ui->mainSplitView->setSubviewCollapsed(paneIndex, !show);
+        m_ui->rightBox->setVisible(show);
     } catch (const std::exception& error) {
         systemLogError(u"showSettings:"_s, error);
     }

@@ -4,6 +4,7 @@
 #include "engine/support/SystemLog.h"
 #include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/widgets/FileChooser.h"
+#include "mainwindow/widgets/KeyLetter.h"
 #include "ui_ImportFiles.h"
 
 #include <QClipboard>
@@ -93,17 +94,9 @@ void ImportFilesWindowController::setButtonKeyCharacter(QAbstractButton* button,
                                                         const QString& keyChar, const QColor& color,
                                                         int occurrance)
 {
-    if (button == nullptr || keyChar.isEmpty() || !color.isValid())
-        return;
-    const qsizetype position = occurrance == firstOccurrence
-        ? button->text().indexOf(keyChar, 0, Qt::CaseInsensitive)
-        : button->text().lastIndexOf(keyChar);
-    if (position < 0)
-        return;
-    if (auto* const push = qobject_cast<KeyLetterButton*>(button))
-        push->setKeyLetter(position, color);
-    else if (auto* const radio = qobject_cast<KeyLetterRadioButton*>(button))
-        radio->setKeyLetter(position, color);
+    setKeyLetter(button, keyChar, color,
+                 occurrance == firstOccurrence ? Occurrence::FirstInAnyCase
+                                               : Occurrence::LastInThisCase);
 }
 
 void ImportFilesWindowController::importMethodChanged(const QAbstractButton* sender)

@@ -48,9 +48,9 @@ ProcessPanel::ProcessPanel(QWidget* parent)
 
 ProcessPanel::~ProcessPanel() = default;
 
-KeyLetterButton* ProcessPanel::viewLogBtn() const { return m_ui->viewLogBtn; }
+QPushButton* ProcessPanel::viewLogBtn() const { return m_ui->viewLogBtn; }
 
-KeyLetterButton* ProcessPanel::cancelProcessBtn() const { return m_ui->cancelProcessBtn; }
+QPushButton* ProcessPanel::cancelProcessBtn() const { return m_ui->cancelProcessBtn; }
 
 void ProcessPanel::follow(Process& job, qint64 plannedPages)
 {

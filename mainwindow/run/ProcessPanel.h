@@ -6,13 +6,14 @@
 
 #include <memory>
 
+class QPushButton;
+
 namespace Ui {
 class ProcessPanel;
 }
 
 namespace pagestack {
 
-class KeyLetterButton;
 class Process;
 
 /// The sheet that covers the window during a run: current file and output, counts, time, a progress
@@ -32,8 +33,8 @@ public:
     void follow(Process& job, qint64 plannedPages);
     void stopFollowing();
 
-    KeyLetterButton* viewLogBtn() const;
-    KeyLetterButton* cancelProcessBtn() const;
+    QPushButton* viewLogBtn() const;
+    QPushButton* cancelProcessBtn() const;
 
 signals:
     void viewLogRequested();

@@ -1,12 +1,12 @@
 #include "mainwindow/widgets/KeyLetter.h"
 
 #include <QAbstractButton>
-#include <QFontMetrics>
+#include <QApplication>
 #include <QKeySequence>
 #include <QPainter>
+#include <QPointer>
+#include <QProxyStyle>
 #include <QStyleOptionButton>
-#include <QStylePainter>
-#include <QTextCharFormat>
 #include <QTextLayout>
 #include <QtMath>
 
@@ -16,109 +16,117 @@ namespace pagestack {
 
 namespace {
 
-    /// `title` on one line with its letter at `position` bold and underlined, in `letterColor`
-    /// where that is valid.
-    void layOut(QTextLayout& layout, qsizetype position, const QColor& letterColor)
+    constexpr const char* keyLetterProperty = "keyLetter";
+
+    struct KeyLetter
     {
-        if (position >= 0) {
-            QTextLayout::FormatRange letter;
-            letter.start = static_cast<int>(position);
-            letter.length = 1;
-            letter.format.setFontWeight(QFont::Bold);
-            letter.format.setFontUnderline(true);
-            if (letterColor.isValid())
-                letter.format.setForeground(letterColor);
-            layout.setFormats({ letter });
-        }
+        QString title;
+        qsizetype position = -1;
+        QColor color; ///< invalid: that of the text
+    };
+
+    /// The button's title on one line, the letter of `mark` bold and underlined.
+    void layOut(QTextLayout& layout, const KeyLetter& mark, bool isEnabled)
+    {
+        QTextLayout::FormatRange letter { static_cast<int>(mark.position), 1, {} };
+        letter.format.setFontWeight(QFont::Bold);
+        letter.format.setFontUnderline(true);
+        if (isEnabled && mark.color.isValid())
+            letter.format.setForeground(mark.color);
+        layout.setFormats({ letter });
         layout.beginLayout();
-        QTextLine line = layout.createLine();
-        if (line.isValid())
-            line.setLineWidth(QWIDGETSIZE_MAX);
+        layout.createLine().setLineWidth(QWIDGETSIZE_MAX);
         layout.endLayout();
+    }
+
+    /// The button of `widget` when its label is to be drawn here.
+    const QAbstractButton* markedButton(const QWidget* widget)
+    {
+        const auto* button = qobject_cast<const QAbstractButton*>(widget);
+        return button != nullptr && keyLetterPosition(*button) >= 0 ? button : nullptr;
+    }
+
+    /// The style of the program, but for the labels of buttons with a key letter.
+    class KeyLetterStyle : public QProxyStyle
+    {
+    public:
+        void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                         const QWidget* widget) const override
+        {
+            const bool isPush = element == CE_PushButtonLabel;
+            const QAbstractButton* button = markedButton(widget);
+            if (button == nullptr
+                || !(isPush || element == CE_CheckBoxLabel || element == CE_RadioButtonLabel)) {
+                QProxyStyle::drawControl(element, option, painter, widget);
+                return;
+            }
+            QTextLayout layout(button->text(), button->font(), painter->device());
+            layOut(layout, button->property(keyLetterProperty).value<KeyLetter>(),
+                   button->isEnabled());
+            const QTextLine line = layout.lineAt(0);
+            const QSize size(qCeil(line.naturalTextWidth()), qCeil(line.height()));
+            QRect area = alignedRect(option->direction, isPush ? Qt::AlignCenter : Qt::AlignVCenter,
+                                     size, option->rect);
+            if (isPush && (option->state & (State_On | State_Sunken)) != 0)
+                area.translate(pixelMetric(PM_ButtonShiftHorizontal, option, widget),
+                               pixelMetric(PM_ButtonShiftVertical, option, widget));
+            painter->setPen(
+                option->palette.color(isPush ? QPalette::ButtonText : QPalette::WindowText));
+            layout.draw(painter, area.topLeft());
+        }
+
+        QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& contents,
+                               const QWidget* widget) const override
+        {
+            QSize size = contents;
+            if (const QAbstractButton* button = markedButton(widget)) {
+                QTextLayout layout(button->text(), button->font());
+                layOut(layout, button->property(keyLetterProperty).value<KeyLetter>(), false);
+                const int plain = button->fontMetrics().horizontalAdvance(button->text());
+                size.rwidth() += qMax(0, qCeil(layout.lineAt(0).naturalTextWidth()) - plain);
+            }
+            return QProxyStyle::sizeFromContents(type, option, size, widget);
+        }
+    };
+
+    QStyle* keyLetterStyle()
+    {
+        static QPointer<KeyLetterStyle> style;
+        if (style == nullptr) {
+            style = new KeyLetterStyle;
+            style->setParent(qApp);
+        }
+        return style;
     }
 
 } // namespace
 
-void KeyLetter::set(QAbstractButton& button, qsizetype position, const QColor& color)
+void setKeyLetter(QAbstractButton* button, const QString& key, const QColor& color,
+                  Occurrence occurrence)
 {
-    if (position < 0 || position >= button.text().size()) {
-        clear(button);
+    if (button == nullptr || key.isEmpty() || !color.isValid())
         return;
-    }
-    m_title = button.text();
-    m_position = position;
-    m_color = color == button.palette().color(QPalette::Active, button.foregroundRole()) ? QColor()
-                                                                                         : color;
-#ifndef Q_OS_MACOS
-    button.setShortcut(QKeySequence(u"Alt+"_s + m_title.at(position).toUpper()));
-#endif
-    button.updateGeometry();
-    button.update();
-}
-
-void KeyLetter::clear(QAbstractButton& button)
-{
-    if (m_position < 0)
-        return;
-    m_position = -1;
-    button.setShortcut(QKeySequence());
-    button.updateGeometry();
-    button.update();
-}
-
-qsizetype KeyLetter::positionIn(const QString& title) const
-{
-    return title == m_title ? m_position : -1;
-}
-
-int KeyLetter::extraWidth(const QAbstractButton& button) const
-{
-    const QString title = button.text();
-    const qsizetype position = positionIn(title);
+    const QString title = button->text();
+    const qsizetype position = occurrence == Occurrence::FirstInAnyCase
+        ? title.indexOf(key, 0, Qt::CaseInsensitive)
+        : title.lastIndexOf(key);
     if (position < 0)
-        return 0;
-    QTextLayout layout(title, button.font());
-    layOut(layout, position, {});
-    const int plain = button.fontMetrics().size(Qt::TextShowMnemonic, title).width();
-    return qMax(0, qCeil(layout.lineAt(0).naturalTextWidth()) - plain);
-}
-
-void KeyLetter::draw(QPainter& painter, const QAbstractButton& button, const QRectF& area,
-                     Qt::Alignment alignment, const QColor& textColor) const
-{
-    const QString title = button.text();
-    QTextLayout layout(title, button.font(), painter.device());
-    layOut(layout, positionIn(title), button.isEnabled() ? m_color : QColor());
-    const QTextLine line = layout.lineAt(0);
-    if (!line.isValid())
         return;
-    const QSizeF size(line.naturalTextWidth(), line.height());
-    qreal x = area.left();
-    if ((alignment & Qt::AlignHCenter) != 0)
-        x += qMax(0.0, (area.width() - size.width()) / 2);
-    else if (button.layoutDirection() == Qt::RightToLeft)
-        x += area.width() - size.width();
-    painter.setPen(textColor);
-    layout.draw(&painter, QPointF(x, area.top() + (area.height() - size.height()) / 2));
+    const bool isPlain
+        = color == button->palette().color(QPalette::Active, button->foregroundRole());
+    button->setProperty(
+        keyLetterProperty,
+        QVariant::fromValue(KeyLetter { title, position, isPlain ? QColor() : color }));
+    button->setStyle(keyLetterStyle());
+#ifndef Q_OS_MACOS
+    button->setShortcut(QKeySequence(u"Alt+"_s + title.at(position).toUpper()));
+#endif
 }
 
-void KeyLetter::drawWithIndicator(QStylePainter& painter, const QAbstractButton& button,
-                                  const QStyleOptionButton& option, const Pieces& pieces) const
+qsizetype keyLetterPosition(const QAbstractButton& button)
 {
-    const QStyle& style = *button.style();
-    // The style draws the indicator and the focus frame, whose place depends on the text; its label
-    // it would draw plain.
-    QStyleOptionButton indicator(option);
-    indicator.rect = style.subElementRect(pieces.indicatorArea, &option, &button);
-    painter.drawPrimitive(pieces.indicator, indicator);
-    draw(painter, button, style.subElementRect(pieces.titleArea, &option, &button), Qt::AlignLeft,
-         option.palette.color(QPalette::WindowText));
-    if (option.state.testFlag(QStyle::State_HasFocus)) {
-        QStyleOptionFocusRect focus;
-        focus.QStyleOption::operator=(option);
-        focus.rect = style.subElementRect(pieces.focusArea, &option, &button);
-        painter.drawPrimitive(QStyle::PE_FrameFocusRect, focus);
-    }
+    const auto mark = button.property(keyLetterProperty).value<KeyLetter>();
+    return mark.title == button.text() ? mark.position : -1;
 }
 
 } // namespace pagestack

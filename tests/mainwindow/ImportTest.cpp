@@ -2,10 +2,10 @@
 #include "mainwindow/import/ImportFilesWindowController.h"
 #include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/widgets/FileChooser.h"
-#include "mainwindow/widgets/KeyLetterButton.h"
-#include "mainwindow/widgets/KeyLetterRadioButton.h"
+#include "mainwindow/widgets/KeyLetter.h"
 #include "tests/support/Testing.h"
 
+#include <QAbstractButton>
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QFileDialog>
@@ -214,19 +214,19 @@ private slots:
     void marksTheKeyLetters()
     {
         Sheet sheet;
-        auto& fromFile = sheet.find<KeyLetterRadioButton>("importFromFileBtn");
-        auto& fromText = sheet.find<KeyLetterRadioButton>("importFromTextBtn");
-        auto& paste = sheet.find<KeyLetterButton>("pasteFromClipboardBtn");
-        QCOMPARE(fromFile.keyLetterPosition(), fromFile.text().indexOf(u"File"_s));
-        QCOMPARE(fromText.keyLetterPosition(), fromText.text().indexOf(u"Text"_s));
-        QCOMPARE(paste.keyLetterPosition(), 0);
-        QCOMPARE(sheet.find<KeyLetterButton>("importBtn").keyLetterPosition(), 0);
+        auto& fromFile = sheet.find<QAbstractButton>("importFromFileBtn");
+        auto& fromText = sheet.find<QAbstractButton>("importFromTextBtn");
+        auto& paste = sheet.find<QAbstractButton>("pasteFromClipboardBtn");
+        QCOMPARE(keyLetterPosition(fromFile), fromFile.text().indexOf(u"File"_s));
+        QCOMPARE(keyLetterPosition(fromText), fromText.text().indexOf(u"Text"_s));
+        QCOMPARE(keyLetterPosition(paste), 0);
+        QCOMPARE(keyLetterPosition(sheet.find<QAbstractButton>("importBtn")), 0);
 
         paste.setText(u"oPap Paper"_s);
         const auto mark
             = [&](const QString& letter, int occurrance, const QColor& color = Qt::black) {
                   sheet.dialog.setButtonKeyCharacter(&paste, letter, color, occurrance);
-                  return paste.keyLetterPosition();
+                  return keyLetterPosition(paste);
               };
         QCOMPARE(mark(u"p"_s, 1), 1);
         QCOMPARE(mark(u"p"_s, 2), 7);

@@ -3,6 +3,7 @@
 #include "tests/mainwindow/Session.h"
 #include "tests/support/Testing.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QDropEvent>
 #include <QHeaderView>

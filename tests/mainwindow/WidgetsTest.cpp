@@ -1,5 +1,6 @@
 #include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/widgets/FileChooser.h"
+#include "mainwindow/widgets/KeyLetter.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 #include "tests/support/Testing.h"
 #include "ui_MainWindow.h"
@@ -92,12 +93,12 @@ class WidgetsTest : public QObject
 private slots:
     void drawsTheKeyLetterInItsColourAtItsPlace()
     {
-        KeyLetterButton button(u"mmmmimmmm"_s);
+        QPushButton button(u"mmmmimmmm"_s);
         button.resize(button.sizeHint() + QSize(40, 0));
         QVERIFY(redColumns(button).isEmpty());
         const int plainWidth = button.sizeHint().width();
-        button.setKeyLetter(4, Qt::red);
-        QCOMPARE(button.keyLetterPosition(), qsizetype(4));
+        setKeyLetter(&button, u"i"_s, Qt::red);
+        QCOMPARE(keyLetterPosition(button), qsizetype(4));
         QCOMPARE(button.text(), u"mmmmimmmm"_s);
         QVERIFY(button.sizeHint().width() > plainWidth);
         const QList<int> columns = redColumns(button);
@@ -107,10 +108,13 @@ private slots:
         QVERIFY(columns.last() - columns.first() < button.fontMetrics().horizontalAdvance(u'm'));
         button.setEnabled(false);
         QVERIFY2(redColumns(button).isEmpty(), "a disabled button is dim all over");
+        button.setText(u"mimi"_s);
+        QCOMPARE(keyLetterPosition(button), qsizetype(-1));
+        QVERIFY(button.shortcut().isEmpty());
 
-        KeyLetterCheckBox box(u"immmm"_s);
+        QCheckBox box(u"immmm"_s);
         box.resize(box.sizeHint());
-        box.setKeyLetter(0, Qt::red);
+        setKeyLetter(&box, u"I"_s, Qt::red);
         const QList<int> boxColumns = redColumns(box);
         QVERIFY(!boxColumns.isEmpty());
         QVERIFY(boxColumns.last() < box.width() / 2);
@@ -122,8 +126,8 @@ private slots:
         QSKIP("Alt types characters here");
 #endif
         Shell shell;
-        shell.ui.addFolderBtn->setKeyLetter(5, Qt::black);
-        shell.ui.inculdeSubfoldersBtn->setKeyLetter(4, Qt::black);
+        setKeyLetter(shell.ui.addFolderBtn, u"o"_s, Qt::black);
+        setKeyLetter(shell.ui.inculdeSubfoldersBtn, u"u"_s, Qt::black);
         shell.window.show();
         QVERIFY(QTest::qWaitForWindowActive(&shell.window));
         QSignalSpy pressed(shell.ui.addFolderBtn, &QPushButton::clicked);
@@ -134,20 +138,6 @@ private slots:
         shell.ui.addFolderBtn->setEnabled(false);
         QTest::keyClick(&shell.window, Qt::Key_O, Qt::AltModifier);
         QCOMPARE(pressed.count(), 1);
-    }
-
-    void losesTheKeyLetterWithAnotherTitle()
-    {
-        KeyLetterButton button(u"Remove"_s);
-        button.setKeyLetter(0, Qt::red);
-        button.setText(u"Remove 2"_s);
-        QCOMPARE(button.keyLetterPosition(), qsizetype(-1));
-        button.setKeyLetter(99, Qt::red);
-        QCOMPARE(button.keyLetterPosition(), qsizetype(-1));
-        button.setKeyLetter(0, Qt::red);
-        button.clearKeyLetter();
-        QCOMPARE(button.keyLetterPosition(), qsizetype(-1));
-        QVERIFY(button.shortcut().isEmpty());
     }
 
     void titlesContainTheirKeyLetters()
@@ -210,42 +200,6 @@ private slots:
         }
     }
 
-    void keepsThePaneRule_data()
-    {
-        QTest::addColumn<QSize>("size");
-        QTest::newRow("smallest") << QSize(900, 560);
-        QTest::newRow("usual") << QSize(1100, 680);
-        QTest::newRow("wide") << QSize(1850, 1000);
-    }
-
-    void keepsThePaneRule()
-    {
-        QFETCH(const QSize, size);
-        Shell shell;
-        QWidget* const left = shell.ui.leftBox;
-        QWidget* const right = shell.ui.rightBox;
-        shell.window.resize(size);
-        shell.window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
-        QCOMPARE(shell.window.size().width(), size.width());
-        QVERIFY(right->width() >= 290 && right->width() <= 340);
-        const int paneWidth = right->width();
-        for (int round = 0; round < 2; ++round) {
-            QTRY_COMPARE(left->width(), shell.window.width() - (right->width() + 9));
-            shell.ui.mainSplitView->setSubviewCollapsed(1, true);
-            QVERIFY(shell.ui.mainSplitView->isSubviewCollapsed(1));
-            QVERIFY(right->isHidden());
-            QTRY_COMPARE(left->width(), shell.window.width() - 5);
-            shell.ui.mainSplitView->setSubviewCollapsed(1, false);
-            QTRY_COMPARE(right->width(), paneWidth);
-        }
-        shell.window.resize(size + QSize(77, 31));
-        QTRY_COMPARE(left->width(), shell.window.width() - (right->width() + 9));
-        shell.ui.mainSplitView->setSubviewCollapsed(1, true);
-        shell.window.resize(size + QSize(13, 0));
-        QTRY_COMPARE(left->width(), shell.window.width() - 5);
-    }
-
     void cutsNothingOff_data()
     {
         QTest::addColumn<double>("scale");
@@ -268,11 +222,7 @@ private slots:
             Shell shell;
             for (const auto& [name, letter] : MainWindowKeys) {
                 auto* const button = shell.window.findChild<QAbstractButton*>(QLatin1String(name));
-                const qsizetype at = button->text().indexOf(QChar(letter), 0, Qt::CaseInsensitive);
-                if (auto* const push = qobject_cast<KeyLetterButton*>(button))
-                    push->setKeyLetter(at, Qt::black);
-                else if (auto* const box = qobject_cast<KeyLetterCheckBox*>(button))
-                    box->setKeyLetter(at, Qt::black);
+                setKeyLetter(button, QString(QChar(letter)), Qt::black);
             }
             shell.ui.settingTabView->setCurrentIndex(tab);
             shell.window.resize(shell.window.minimumSizeHint());
@@ -295,36 +245,6 @@ private slots:
             QVERIFY(checked > 20);
         }
         QApplication::setFont(before);
-    }
-
-    void buttonBarKeepsItsButtonsApartAndInside()
-    {
-        Shell shell;
-        shell.window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
-        ButtonBar* const bar = shell.ui.buttonBar;
-        int rowsBefore = 0;
-        for (const int width : { 2000, 1000, 590, 400, 250 }) {
-            bar->resize(width, bar->heightForWidth(width));
-            const auto buttons = bar->findChildren<QAbstractButton*>(Qt::FindDirectChildrenOnly);
-            QSet<int> rows;
-            for (const QAbstractButton* button : buttons) {
-                QVERIFY2(bar->rect().contains(button->geometry()),
-                         qPrintable(button->objectName()));
-                rows.insert(button->geometry().center().y());
-                for (const QAbstractButton* other : buttons)
-                    QVERIFY(other == button || !other->geometry().intersects(button->geometry()));
-            }
-            if (width == 2000) {
-                QCOMPARE(bar->height(), bar->sizeHint().height());
-                QCOMPARE(shell.ui.addFilesBtn->x(), 0);
-                QCOMPARE(shell.ui.searchBtn->geometry().right(), width - 1);
-            }
-            QVERIFY(bar->height() >= rowsBefore);
-            rowsBefore = bar->height();
-        }
-        shell.ui.addFilesBtn->hide();
-        QTRY_COMPARE(shell.ui.addFolderBtn->x(), 0);
     }
 
     void iconButtonsHaveNames()
@@ -375,18 +295,6 @@ private slots:
             }
             QVERIFY(steps >= 4);
         }
-    }
-
-    void hintLetsTheMouseThrough()
-    {
-        Shell shell;
-        shell.window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
-        const QLabel* const hint = shell.ui.lableDragAndDrop;
-        QVERIFY(hint->height() > hint->fontMetrics().height() * 2);
-        const QPoint middle = hint->mapTo(shell.ui.leftBox, hint->rect().center());
-        const QWidget* const under = shell.ui.leftBox->childAt(middle);
-        QVERIFY(under == shell.ui.mainTableView || shell.ui.mainTableView->isAncestorOf(under));
     }
 
     void iconsFollowPaletteAndState()
@@ -448,24 +356,6 @@ private slots:
             QCOMPARE(sheet.width(), width);
             QVERIFY(panel.processFileLabel->geometry().right() < width);
         }
-    }
-
-    void indicatorDrawsOnlyWhileAnimating()
-    {
-        QWidget window;
-        BusyIndicator indicator(&window);
-        indicator.resize(indicator.sizeHint());
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        const QImage still = indicator.grab().toImage();
-        indicator.startAnimation();
-        QVERIFY(indicator.isAnimating());
-        const QImage first = indicator.grab().toImage();
-        QVERIFY(first != still);
-        QTRY_VERIFY(indicator.grab().toImage() != first);
-        indicator.stopAnimation();
-        QVERIFY(!indicator.isAnimating());
-        QCOMPARE(indicator.grab().toImage(), still);
     }
 
     void linkIsPressedByReturn()

@@ -1,0 +1,104 @@
+#include "mainwindow/list/FindControl.h"
+
+#include "filelist/FileTableModel.h"
+#include "filelist/NameSearch.h"
+#include "ui_MainWindow.h"
+
+#include <QKeyEvent>
+#include <QTimer>
+
+#include <algorithm>
+
+namespace pagestack {
+
+namespace {
+
+    constexpr int findPauseMs = 120;
+
+} // namespace
+
+FindControl::FindControl(Ui::MainWindow& ui, const FileList& files)
+    : m_ui(ui)
+    , m_files(files)
+{
+    auto* pause = new QTimer(this);
+    pause->setSingleShot(true);
+    pause->setInterval(findPauseMs);
+    connect(ui.searchField, &QLineEdit::textChanged, pause, qOverload<>(&QTimer::start));
+    connect(pause, &QTimer::timeout, this, &FindControl::find);
+    connect(ui.findPreviousButton, &QToolButton::clicked, this, [this] { showMatch(false); });
+    connect(ui.findNextButton, &QToolButton::clicked, this, [this] { showMatch(true); });
+    connect(ui.findCloseButton, &QToolButton::clicked, this, &FindControl::close);
+    ui.findBar->installEventFilter(this);
+}
+
+void FindControl::begin()
+{
+    m_ui.findBar->show();
+    m_ui.searchField->setFocus(Qt::ShortcutFocusReason);
+    m_ui.searchField->selectAll();
+}
+
+/// The keys that no control of the bar has taken.
+bool FindControl::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return QObject::eventFilter(watched, event);
+    const auto* press = static_cast<QKeyEvent*>(event);
+    if (press->key() == Qt::Key_Escape)
+        close();
+    else if (press->key() == Qt::Key_Return || press->key() == Qt::Key_Enter)
+        showMatch(!press->modifiers().testFlag(Qt::ShiftModifier));
+    else
+        return false;
+    return true;
+}
+
+void FindControl::close()
+{
+    m_ui.findBar->hide();
+    m_ui.mainTableView->setFocus();
+}
+
+/// Highlights the files found and brings the first one into view.
+void FindControl::find()
+{
+    const QString text = m_ui.searchField->text();
+    const QList<int> rows = rowsWithName(m_files.items(), text);
+    m_ui.mainTableView->highlightRows(rows);
+    if (!rows.isEmpty()) {
+        m_ui.foundLabel->setText(tr("%1 of %2").arg(1).arg(rows.size()));
+        scrollToRow(rows.first());
+    } else {
+        m_ui.foundLabel->setText(text.isEmpty() ? QString() : tr("No file has it"));
+    }
+}
+
+/// Makes the next or the previous match the current row; from the last one to the first.
+void FindControl::showMatch(bool isNext)
+{
+    const QList<int> rows = rowsWithName(m_files.items(), m_ui.searchField->text());
+    if (rows.isEmpty()) {
+        find();
+        return;
+    }
+    const int current = m_ui.mainTableView->currentIndex().row();
+    qsizetype place = 0;
+    if (isNext)
+        place = std::upper_bound(rows.cbegin(), rows.cend(), current) - rows.cbegin();
+    else
+        place = std::lower_bound(rows.cbegin(), rows.cend(), current) - rows.cbegin() - 1;
+    place = (place + rows.size()) % rows.size();
+    m_ui.mainTableView->selectionModel()->setCurrentIndex(
+        m_ui.mainTableView->model()->index(rows.at(place), FileTableModel::Name),
+        QItemSelectionModel::NoUpdate);
+    m_ui.foundLabel->setText(tr("%1 of %2").arg(place + 1).arg(rows.size()));
+    scrollToRow(rows.at(place));
+}
+
+void FindControl::scrollToRow(int row)
+{
+    m_ui.mainTableView->scrollTo(m_ui.mainTableView->model()->index(row, FileTableModel::Name));
+}
+
+} // namespace pagestack
