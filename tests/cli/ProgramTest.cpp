@@ -76,6 +76,12 @@ Total 2 files converted successfully.
         row("a missing source", u"a.tif:W"_s, u"-q a.tif none.tif"_s,
             u"! none.tif: no such file or folder\n1 a1.jpg LOG"_s);
         row("a broken page", u"a.tif:B"_s, u"-q a.tif"_s, u"! a.tif[1]: *\n1 LOG"_s);
+        row("the system log", u"a.tif:B"_s, u"-v a.tif"_s, uR"(a.tif: 0 pages written, 1 failed
+Total 0 files converted successfully.
+0 pages of 0 sources written, 1 page failed
+! Erorr in (saveAsJpegWithName:) : *
+! a.tif[1]: *
+1 LOG)"_s);
         row("a broken source", u"a.tif"_s, u"-q a.tif"_s, u"! a.tif: *\n1 LOG"_s);
         row("no source", u"empty/"_s, u"empty no\n\x1B[2J.tif -o out"_s,
             u"! no??[2J.tif: no such file or folder\n! no source found\n3"_s);
@@ -98,6 +104,21 @@ Total 2 files converted successfully.
             row(qPrintable(u"a target of two pages, "_s + policy),
                 u"x/a.tif:WWWWWWWWWWW y/a1.tif:W"_s, u"-r x y -o out --on-exists "_s + policy,
                 u"! out/a11.jpg is wanted by x/a.tif and by y/a1.tif\n! nothing was written; *\n4"_s);
+        row("one folder under two names", u"x/a.tif:W x/a.tiff:W link>x"_s,
+            u"x/a.tif link/a.tiff"_s,
+            u"! link/a1.jpg is wanted by x/a.tif and by link/a.tiff\n! nothing was written; *\n4"_s);
+        row("a target that cannot be replaced", u"a.tif:WW b.tif:W out/a.tiff/"_s,
+            u"a.tif b.tif -o out -f tiff --on-exists overwrite --compression lzw"_s,
+            uR"(a.tif: 0 pages written, 2 failed
+b.tif: 1 page written
+Total 1 files converted successfully.
+1 page of 1 source written, 2 pages failed, 1 source failed
+! a.tif: *
+1 LOG out/b.tiff[1/5])"_s);
+        row("quality",
+            u"a.tif>%1/samples/gray-photo.tif"_s.arg(qEnvironmentVariable("PAGESTACK_SOURCE_DIR")),
+            u"sh for q in 0 5 10; do '%1' -q --no-log --quality $q -o $q a.tif; wc -c <$q/a1.jpg; done | sort -nc && rm -r 0 5 10"_s,
+            u"0"_s);
         row("numbers", u"x/a.tif:WWWWWWWWWWW y/a1.tif:WW z/a.tif:W out/a1-2.jpg"_s,
             u"-q -r x y z -o out --on-exists number"_s,
             u"0 LOG out/a1-3.jpg out/a1.jpg out/a10.jpg out/a11-2.jpg out/a11.jpg out/a12-2.jpg "
@@ -117,10 +138,15 @@ Total 2 files converted successfully.
         row("skip", u"a.tif:WWW a1.gif>nowhere a2.gif"_s, u"a.tif -f gif --on-exists=skip"_s,
             u"a.tif: 1 page written, 2 skipped\nAll files converted successfully.\n"
             "1 page of 1 source written, 2 pages skipped\n0 a3.gif LOG"_s);
+        row("skip, together", u"a.tif:WW a.tiff b.tif:W"_s,
+            u"a.tif b.tif -f tiff --on-exists skip"_s,
+            u"a.tif: 0 pages written, 2 skipped\nb.tif: 1 page written\nTotal 1 files converted "
+            u"successfully.\n"
+            "1 page of 1 source written, 2 pages skipped\n0 b.tiff[1/1] LOG"_s);
         row("paths from standard input", u"a~b.tif:W c.tif:W"_s, u"- -q -o . < a~b.tif c.tif"_s,
             u"0 a~b1.jpg c1.jpg LOG"_s);
         row("a list from standard input", u"a.tif:W c.tif:W"_s,
-            u"--files-from - -v c.tif < c.tif"_s,
+            u"--files-from - --files-from - -v c.tif < c.tif"_s,
             u"c1.jpg\nc.tif: 1 page written\nAll files converted successfully.\n"
             "1 page of 1 source written\n"
             "! c.tif: named twice, converted once\n0 c1.jpg LOG"_s);
@@ -273,6 +299,22 @@ Total 2 files converted successfully.
         while (!m_process->waitForFinished(40));
         QVERIFY(summary().startsWith(u"130 "));
         QVERIFY2(!QFile::exists(u"out/a1.jpg"_s), "a page has its name only when it is complete");
+    }
+
+    void preparesAsManyPagesAsItIsTold()
+    {
+        for (const QString& jobs : { u"1"_s, u"4"_s }) {
+            init();
+            m_folder->make(u"a.tif:HWWWW"_s); // the others take no time beside the first
+            start(u"-q a.tif -o out --no-log --jobs "_s + jobs);
+            QTRY_VERIFY_WITH_TIMEOUT(made().size() >= (jobs == u"1" ? 1 : 2), 30000);
+            for (int look = 0; look < 10 && jobs == u"1"; ++look) {
+                m_process->waitForFinished(20);
+                QCOMPARE(made().size(), 1);
+            }
+            m_process->kill();
+            m_process->waitForFinished();
+        }
     }
 
     void leavesTheSourceToNoLogAfterAnEarlySignal()
