@@ -13,18 +13,9 @@ namespace pagestack {
 
 class Settings;
 class SpareThreads;
-enum class OutputType : int;
 struct PrefetchedPage;
-struct EncodedPieces;
-
-/// How a page is saved, as far as the format does not say it.
-struct SaveOptions
-{
-    int jpegQuality = 10; ///< as for PageImage::saveAsJpegWithName
-    int tiffCompressionIndex = 0; ///< as for PageImage::saveAsTiffWithName
-    SpareThreads* threads = nullptr; ///< may help with a large page; null: there are none
-    StagedFile::Existing existing = StagedFile::Existing::Replaced; ///< not for `stage`
-};
+struct SaveOptions;
+enum class OutputType : int;
 
 /// The image of one page, and the writers that turn it into a file.
 ///
@@ -50,24 +41,12 @@ public:
     /// Any other extension writes nothing and gives false.
     bool save(const QString& path, const Settings& settings);
 
-    /// The same with what was made of the page ahead by `stage`, for the same path. If nothing was,
+    /// The same with what `encodedPage` made of the page ahead for the same path. If nothing was,
     /// `threads` can help. A file at `path` that is to be kept makes it fail. Nothing goes to the
     /// system log: the caller has `takeDiagnostics`, `failureReason` and `failureLine` for it.
     bool save(const QString& path, const Settings& settings, PrefetchedPage prepared,
               SpareThreads* threads = nullptr,
               StagedFile::Existing existing = StagedFile::Existing::Replaced);
-
-    /// The first half of `save`: the complete file, which waits to be put in place and holds no
-    /// memory. Throws std::runtime_error with the reason, which is told to nobody else.
-    std::unique_ptr<StagedFile> stage(const QString& path, const SaveOptions& options) const;
-
-    /// The page's part of a TIFF file in which pages are gathered (see encodePieces): for
-    /// MultiPageTiffWriter::append. Throws std::runtime_error.
-    EncodedPieces encodePieces(int compressionIndex) const;
-
-    /// Bytes of the pixels as stored, decoded. Throws std::runtime_error when the page's
-    /// description cannot be read.
-    std::uint64_t decodedBytes() const;
 
     bool saveAsBmpWithName(const QString& path);
     bool saveAsGifWithName(const QString& path);
@@ -96,8 +75,6 @@ public:
     QString failureLine() const { return m_failureLine; }
 
 private:
-    std::unique_ptr<StagedFile> encoded(const QString& path, OutputType type,
-                                        const SaveOptions& options) const;
     bool write(const QString& path, OutputType type, const SaveOptions& options,
                PrefetchedPage prepared);
     bool logged(bool isWritten) const;

@@ -1,5 +1,6 @@
 #include "engine/job/PageWorkerPool.h"
 
+#include "engine/settings/OutputCodes.h"
 #include "engine/threads/StopScope.h"
 
 #include <QScopeGuard>
@@ -144,14 +145,17 @@ void PageWorkerPool::prepare(PageTask& task, Desk& desk)
         }
         const PageImage image = desk.document->page(task.page - 1);
         image.takeDiagnostics(); // of a page that could not be prepared
-        const std::uint64_t bytes = image.decodedBytes();
+        const std::uint64_t bytes = image.source().decodedBytes();
         reserve(bytes);
         const auto room = qScopeGuard([=, this] { release(bytes); });
         if (task.targetPath.isEmpty()) {
-            result.pieces = image.encodePieces(task.options.tiffCompressionIndex);
+            result.pieces = encodePieces(image.source(),
+                                         tiffCompressionTag(task.options.tiffCompressionIndex));
             needsNoEncoding = !result.pieces.bytes;
         } else {
-            result.file = image.stage(task.targetPath, task.options);
+            result.file = encodedPage(image.sharedSource(), task.targetPath,
+                                      pageEncoding(task.targetPath), task.options);
+            result.file->settle();
             result.diagnostics = image.takeDiagnostics();
         }
     } catch (...) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/image/PageEncoding.h"
 #include "engine/image/PageImage.h"
 #include "engine/image/PrefetchedPage.h"
 #include "engine/job/SharedSource.h"

@@ -1,8 +1,8 @@
 #include "engine/files/FileState.h"
-#include "engine/image/MultiPageTiffWriter.h"
 #include "engine/image/PrefetchedPage.h"
 #include "engine/image/TiffDocument.h"
 #include "engine/image/tiffwriter/LeftOutTags.h"
+#include "engine/image/tiffwriter/MultiPageTiffWriter.h"
 #include "engine/job/Process.h"
 #include "engine/plan/OutputNames.h"
 #include "engine/support/SystemLog.h"
@@ -50,6 +50,16 @@ namespace {
             return u"the file is kept as it is, since "_s
                 + leftOutText(leftOutTags, leftOutTags.size(), u"would be lost");
         return {};
+    }
+
+    void append(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage prepared)
+    {
+        if (!prepared.file) {
+            file.append(image.sharedSource(), prepared.pieces);
+            return;
+        }
+        image.adopt(prepared.diagnostics);
+        file.appendEncoded(image.sharedSource(), std::move(prepared.file));
     }
 
 } // namespace
@@ -174,9 +184,9 @@ void Process::appendPage(MultiPageTiffWriter& file, const PageImage& image,
             image.takeDiagnostics(); // of an attempt before this one
             refusal = nullptr;
             if (std::exchange(isAgain, true) && wasWhole && !file.failureReason().isEmpty())
-                file.appendAgain(image);
+                file.appendAgain(image.sharedSource());
             else
-                file.append(image, std::exchange(prepared, {}));
+                append(file, image, std::exchange(prepared, {}));
             return wasWhole && !file.failureReason().isEmpty() ? file.failureReason() : QString();
         } catch (const std::exception& error) {
             refusal = std::current_exception();

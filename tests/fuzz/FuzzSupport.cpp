@@ -88,7 +88,7 @@ bool isSmall(const PageImage& page, std::uint64_t limitBytes)
 try {
     const auto pixels
         = static_cast<std::uint64_t>(page.widthPx()) * static_cast<std::uint64_t>(page.heightPx());
-    return page.decodedBytes() <= limitBytes && pixels <= limitBytes;
+    return page.source().decodedBytes() <= limitBytes && pixels <= limitBytes;
 } catch (const std::runtime_error&) {
     return false;
 }

@@ -21,7 +21,7 @@ namespace {
         require(tags.widthPx > 0 && tags.heightPx > 0, "a page that is described has pixels");
         require(tags.orientation >= 1 && tags.orientation <= 8, "an orientation is one of eight");
         require(tags.resolution.x >= 0 && tags.resolution.y >= 0, "a resolution is not negative");
-        require(page.decodedBytes() > 0, "a page that is described has bytes");
+        require(page.source().decodedBytes() > 0, "a page that is described has bytes");
         return { tags.widthPx, tags.heightPx, tags.orientation,
                  static_cast<int>(tags.iccProfile.size()) };
     } catch (const std::runtime_error&) {

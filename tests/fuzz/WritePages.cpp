@@ -1,6 +1,6 @@
-#include "engine/image/MultiPageTiffWriter.h"
-#include "engine/image/PrefetchedPage.h"
+#include "engine/image/PageEncoding.h"
 #include "engine/image/TiffDocument.h"
+#include "engine/image/tiffwriter/MultiPageTiffWriter.h"
 #include "engine/settings/OutputCodes.h"
 #include "tests/fuzz/FuzzSupport.h"
 #include "tests/support/ImageReaders.h"
@@ -80,7 +80,7 @@ namespace {
         const QString name = u"output"_s + fileExtension(choice.format);
         const QString path = folder.path(name);
         try {
-            page.stage(path, choice.options)->commit();
+            encodedPage(page.sharedSource(), path, pageEncoding(path), choice.options)->commit();
         } catch (const std::runtime_error& refusal) {
             require(*refusal.what() != '\0', "a refusal has a reason");
             require(folder.names() == QStringList { sourceName }, "a refusal leaves nothing");
@@ -94,13 +94,12 @@ namespace {
         QFile::remove(path);
     }
 
-    PrefetchedPage prepared(const TiffDocument& document, int index, const Choice& choice)
+    EncodedPieces prepared(const TiffDocument& document, int index, const Choice& choice)
     {
-        PrefetchedPage ahead;
-        if (choice.isEncodedAhead())
-            ahead.pieces
-                = document.clone()->page(index).encodePieces(choice.options.tiffCompressionIndex);
-        return ahead;
+        return choice.isEncodedAhead()
+            ? encodePieces(document.clone()->page(index).source(),
+                           tiffCompressionTag(choice.options.tiffCompressionIndex))
+            : EncodedPieces {};
     }
 
     void writeTogether(const FuzzFolder& folder, const TiffDocument& document,
@@ -114,7 +113,8 @@ namespace {
                                      static_cast<int>(pages.size()));
             for (std::size_t i = 0; i < pages.size(); ++i) {
                 try {
-                    file.append(document.page(pages[i]), prepared(document, pages[i], choice));
+                    file.append(document.page(pages[i]).sharedSource(),
+                                prepared(document, pages[i], choice));
                     expected.push_back(looks[i]);
                 } catch (const std::runtime_error&) {
                     continue; // the others still go into the file

@@ -9,6 +9,8 @@
 
 namespace pagestack {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
     constexpr std::uint32_t fileHeaderBytes = 14;
@@ -18,19 +20,6 @@ namespace {
     {
         for (int i = 0; i < bytes; ++i)
             to.push_back(static_cast<std::uint8_t>(value >> static_cast<unsigned>(8 * i)));
-    }
-
-    std::vector<RgbColor> colorTable(const PixelLayout& layout)
-    {
-        if (layout.model != ColorModel::Gray)
-            return layout.palette; // empty for RGB
-        std::vector<RgbColor> table;
-        const int last = layout.bitsPerSample == 1 ? 1 : 255;
-        for (int i = 0; i <= last; ++i) {
-            const auto level = static_cast<std::uint8_t>(i * 255 / last);
-            table.push_back({ level, level, level });
-        }
-        return table;
     }
 
     /// One row as the file has it: blue first, padded with zeros to a multiple of four bytes.
@@ -51,24 +40,37 @@ namespace {
 
 } // namespace
 
-TargetPixels bmpPixels()
+void throwTooLarge(const PageProperties& page, QLatin1StringView format)
 {
-    TargetPixels target;
-    target.takesPalette = true;
-    target.takes1Bit = true;
-    return target;
+    throw std::runtime_error("a page of " + std::to_string(page.widthPx) + " x "
+                             + std::to_string(page.heightPx) + " pixels is too large for "
+                             + format.data());
 }
 
-void encodeBmp(RowSource& rows, const PageProperties& page, StagedFile& file)
+std::vector<RgbColor> grayPalette(int bits)
 {
+    const int last = (1 << bits) - 1;
+    std::vector<RgbColor> palette;
+    for (int i = 0; i <= last; ++i) {
+        const auto level = static_cast<std::uint8_t>(i * 255 / last);
+        palette.push_back({ level, level, level });
+    }
+    return palette;
+}
+
+void encodeBmp(UprightPage& upright, StagedFile& file)
+{
+    RowSource& rows = *upright.rows;
+    const PageProperties& page = upright.properties;
     const PixelLayout& layout = rows.layout();
-    const std::vector<RgbColor> table = colorTable(layout);
+    const std::vector<RgbColor> table = layout.model == ColorModel::Gray
+        ? grayPalette(layout.bitsPerSample)
+        : layout.palette; // empty for RGB
     const auto rowBytes = (static_cast<std::uint64_t>(layout.rowBytes(page.widthPx)) + 3) / 4 * 4;
     const std::uint64_t pixelsAt = fileHeaderBytes + infoHeaderBytes + 4 * table.size();
     const std::uint64_t fileBytes = pixelsAt + rowBytes * static_cast<std::uint64_t>(page.heightPx);
     if (fileBytes > std::numeric_limits<std::uint32_t>::max())
-        throw std::runtime_error("a page of " + std::to_string(page.widthPx) + " x "
-                                 + std::to_string(page.heightPx) + " pixels is too large for BMP");
+        throwTooLarge(page, "BMP"_L1);
     const MetricDensity density = metricDensity(page.resolution);
     const auto bitsPerPixel = static_cast<std::uint32_t>(layout.channels() * layout.bitsPerSample);
     std::vector<std::uint8_t> header { 'B', 'M' };

@@ -11,37 +11,43 @@ namespace pagestack {
 
 class SpareThreads;
 
-/// The encoders of the one-page formats. Each takes upright rows that `adaptRows` brought to what
-/// its `...Pixels` function names, and the properties of the upright page, and appends a complete
-/// file to `file`. Each throws std::runtime_error with the reason when the rows cannot be read, the
-/// page is too large for the format or the file takes no more. Any thread.
-///
-/// Where a `check...Size` stands, it is asked first, before any row is made: turning a page upright
-/// takes time and memory. It throws std::runtime_error when the upright page has a side that the
-/// format has no number for.
+/// A page with its rows upright and in pixels that the format takes.
+struct UprightPage
+{
+    PageProperties properties; ///< of the upright page, with the profile of its rows
+    std::unique_ptr<RowSource> rows; ///< the first pass
+    /// Starts another pass, with the same rows; the pass before must be gone.
+    std::function<std::unique_ptr<RowSource>()> startPass;
+    int jpegQuality = 10;
+    SpareThreads* threads = nullptr; ///< may be null
+};
 
-TargetPixels jpegPixels();
-void checkJpegSize(const PageProperties& page);
-/// Baseline JPEG with standard Huffman tables (ITU-T T.81; JFIF 1.02). `quality` in tenths: 4:4:4
-/// from 10 on, else 4:2:0. Gray stays one channel. The ICC profile goes into APP2 segments (ICC.1,
-/// annex B.4). The density is rounded to whole pixels an inch, or a centimetre where that is exact.
-void encodeJpeg(RowSource& rows, const PageProperties& page, int quality, StagedFile& file);
+// The encoders of the one-page formats append a complete file to `file`. They throw
+// std::runtime_error with the reason when the rows cannot be read, the page is too large for the
+// format or the file takes no more. Any thread.
 
-TargetPixels pngPixels();
-/// PNG (ISO/IEC 15948) of the colour type and depth of the rows. `threads`, which may be null, can
-/// help with a large page; the file is the same.
-void encodePng(RowSource& rows, const PageProperties& page, SpareThreads* threads,
-               StagedFile& file);
+/// Baseline JPEG with standard Huffman tables (ITU-T T.81; JFIF 1.02). The quality is in tenths:
+/// 4:4:4 from 10 on, else 4:2:0. Gray stays one channel. The ICC profile goes into APP2 segments
+/// (ICC.1, annex B.4). The density is rounded to whole pixels an inch, or a centimetre where that
+/// is exact.
+void encodeJpeg(UprightPage& page, StagedFile& file);
+constexpr int jpegMostSidePx = 65500; ///< the most that libjpeg takes
 
-TargetPixels bmpPixels();
+/// PNG (ISO/IEC 15948) of the colour type and depth of the rows. Threads change no byte of it.
+void encodePng(UprightPage& page, StagedFile& file);
+
 /// BMP with a BITMAPINFOHEADER, bottom-up, of 1, 8 (with colour table) or 24 bits a pixel.
-void encodeBmp(RowSource& rows, const PageProperties& page, StagedFile& file);
+void encodeBmp(UprightPage& page, StagedFile& file);
 
-TargetPixels gifPixels();
-void checkGifSize(const PageProperties& page);
-/// GIF89a. Up to 256 colours are kept exactly; more are reduced with error diffusion, for which the
-/// page is read twice. Pixels less than half opaque become transparent, others are laid over white.
-/// `source` is asked for as many passes as needed; each must give the same rows.
-void encodeGif(const std::function<std::unique_ptr<RowSource>()>& source, StagedFile& file);
+/// GIF89a. Up to 256 colours are kept exactly; more are reduced with error diffusion in a second
+/// pass. Pixels less than half opaque become transparent, others are laid over white.
+void encodeGif(UprightPage& page, StagedFile& file);
+constexpr int gifMostSidePx = 65535;
+
+/// Throws std::runtime_error: the page is too large for `format`.
+[[noreturn]] void throwTooLarge(const PageProperties& page, QLatin1StringView format);
+
+/// The 2^`bits` levels from black to white.
+std::vector<RgbColor> grayPalette(int bits);
 
 } // namespace pagestack

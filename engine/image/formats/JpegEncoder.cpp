@@ -157,17 +157,12 @@ namespace {
 
 } // namespace
 
-TargetPixels jpegPixels() { return {}; }
-
-void checkJpegSize(const PageProperties& page)
+void encodeJpeg(UprightPage& upright, StagedFile& file)
 {
-    if (page.widthPx > JPEG_MAX_DIMENSION || page.heightPx > JPEG_MAX_DIMENSION)
-        throw std::runtime_error("a page of " + std::to_string(page.widthPx) + " x "
-                                 + std::to_string(page.heightPx) + " pixels is too large for JPEG");
-}
-
-void encodeJpeg(RowSource& rows, const PageProperties& page, int quality, StagedFile& file)
-{
+    static_assert(jpegMostSidePx <= JPEG_MAX_DIMENSION);
+    RowSource& rows = *upright.rows;
+    const PageProperties& page = upright.properties;
+    const int quality = upright.jpegQuality;
     if (page.iccProfile.size() > largestProfileBytes)
         throw std::runtime_error("an ICC profile of " + std::to_string(page.iccProfile.size())
                                  + " bytes is too large for JPEG");

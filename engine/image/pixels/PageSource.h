@@ -55,6 +55,15 @@ public:
         return rows();
     }
 
+    /// Bytes of the pixels as stored, decoded. Throws std::runtime_error when the page's
+    /// description cannot be read.
+    virtual std::uint64_t decodedBytes() const
+    {
+        const PageProperties& page = properties();
+        return static_cast<std::uint64_t>(rows()->layout().rowBytes(page.widthPx))
+            * static_cast<unsigned>(page.heightPx);
+    }
+
     /// This source as a page of a TIFF file, whose encoded strips and tags can be copied; null when
     /// it is none.
     virtual const TiffPage* tiffPage() const { return nullptr; }

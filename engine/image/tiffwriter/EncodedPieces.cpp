@@ -32,7 +32,7 @@ namespace {
 
 } // namespace
 
-EncodedPieces encodePieces(const TiffPage& page, int compression)
+EncodedPieces encodePieces(const PageSource& page, int compression)
 {
     EncodedPieces encoded;
     if (!isRecoded(page, compression))
@@ -42,15 +42,18 @@ EncodedPieces encodePieces(const TiffPage& page, int compression)
     TiffPageStream sink {
         *bytes, std::string(headerBytes, '\0'), std::numeric_limits<std::uint64_t>::max(), false, {}
     };
-    page.file().messages().takeDiagnostics(); // the tags are read once more for the file
+    page.tiffPage()
+        ->file()
+        .messages()
+        .takeDiagnostics(); // the tags are read once more for the file
     TiffMessages messages(QStringLiteral("page"));
     const TiffHandle handle = openTiffPageForWriting(sink, true, messages);
-    writeTiffPage(handle.get(), page, compression, {});
+    writeTiffPage(handle.get(), page, compression, {}, {});
     if (TIFFFlushData(handle.get()) == 0 || messages.failed())
         messages.fail("the page cannot be encoded");
     encoded.pieces = writtenPieces(handle.get());
     encoded.bytes = std::move(bytes);
-    encoded.diagnostics = page.file().messages().takeDiagnostics();
+    encoded.diagnostics = page.tiffPage()->file().messages().takeDiagnostics();
     return encoded;
 }
 

@@ -10,7 +10,7 @@ struct tiff;
 
 namespace pagestack {
 
-class TiffPage;
+class PageSource;
 
 /// The strips or tiles of a page as they are to stand in a TIFF file, encoded apart from it, so
 /// that only copying is left to be done in the order of the pages.
@@ -30,7 +30,7 @@ struct EncodedPieces
 /// Encodes the samples of `page` with `compression`, a value of the Compression tag. Returns empty
 /// pieces (a null `bytes`) if the strips can be copied or written without encoding, or if the page
 /// is written as it is shown. Throws std::runtime_error when the page cannot be decoded or encoded.
-EncodedPieces encodePieces(const TiffPage& page, int compression);
+EncodedPieces encodePieces(const PageSource& page, int compression);
 
 /// Writes the pieces to `handle`, a handle for writing that has the page's tags.
 /// Throws std::runtime_error.

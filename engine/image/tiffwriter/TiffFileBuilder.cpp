@@ -51,7 +51,7 @@ TiffFileBuilder::TiffFileBuilder(const QString& path, int compression, int plann
     }
 }
 
-void TiffFileBuilder::append(const PageSource& page, const EncodedPieces* pieces)
+void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces)
 {
     cutToPages();
     TiffPageStream sink { *m_staged,
@@ -111,7 +111,7 @@ try {
     throw WriteFailure(error.what());
 }
 
-void TiffFileBuilder::encode(const PageSource& page, const EncodedPieces* pieces,
+void TiffFileBuilder::encode(const PageSource& page, const EncodedPieces& pieces,
                              const std::vector<TextList>& texts, TiffPageStream& sink)
 {
     // The handle writes when it is closed, too: that has to be over before the sink is looked at.

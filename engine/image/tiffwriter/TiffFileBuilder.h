@@ -2,6 +2,7 @@
 
 #include "engine/files/StagedFile.h"
 #include "engine/image/pixels/PageSource.h"
+#include "engine/image/tiffwriter/EncodedPieces.h"
 #include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/tiffwriter/TiffPageStream.h"
 
@@ -12,8 +13,6 @@
 #include <vector>
 
 namespace pagestack {
-
-struct EncodedPieces;
 
 /// The staged file of a TIFF file in the making. libtiff encodes each page by a handle of its own;
 /// this class chains the directories, so that adding a page takes the same time however many there
@@ -42,13 +41,13 @@ public:
     /// std::runtime_error when it cannot be decoded, WriteFailure when the file takes no more,
     /// TooLarge; in every case the pages before it stay as they are, and another call may follow.
     /// Tags of the page that the file does not take are noted with the messages of its source.
-    void append(const PageSource& page, const EncodedPieces* pieces = nullptr);
+    void append(const PageSource& page, const EncodedPieces& pieces = {});
 
     /// The complete file, to be put in place; ends the assembly. Throws std::runtime_error.
     std::unique_ptr<StagedFile> finish();
 
 private:
-    void encode(const PageSource& page, const EncodedPieces* pieces,
+    void encode(const PageSource& page, const EncodedPieces& pieces,
                 const std::vector<TextList>& texts, TiffPageStream& sink);
     std::set<unsigned> linkDirectory(std::uint64_t directoryOffset,
                                      const std::vector<TextList>& texts);

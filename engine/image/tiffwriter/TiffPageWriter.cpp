@@ -126,18 +126,18 @@ namespace {
             return !isPlain && !encodedPiecesFit();
         }
 
-        void write(PagePosition position, const EncodedPieces* pieces)
+        void write(PagePosition position, const EncodedPieces& pieces)
         {
             m_page.checkSize();
             m_from = m_file.describe(m_page.index());
             setGeometry();
             setPosition(m_to, m_tags.subfileType, position);
-            if (pieces == nullptr)
+            if (!pieces.bytes)
                 tellOfCompression(m_page, m_wantedCompression, m_compression);
-            if (pieces != nullptr) {
+            if (pieces.bytes) {
                 setCoding();
-                m_file.adopt(m_page.index(), pieces->diagnostics);
-                putPieces(m_to, *pieces);
+                m_file.adopt(m_page.index(), pieces.diagnostics);
+                putPieces(m_to, pieces);
             } else if (encodedPiecesFit()) {
                 copyEncoded();
             } else {
@@ -417,7 +417,7 @@ namespace {
 } // namespace
 
 void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position,
-                   const EncodedPieces* pieces)
+                   const EncodedPieces& pieces)
 {
     if (const TiffPage* source = sampleSource(page))
         SampleCopy(handle, *source, compression).write(position, pieces);
@@ -427,7 +427,7 @@ void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePo
 
 bool keepsSamples(const PageSource& page) { return sampleSource(page) != nullptr; }
 
-bool isRecoded(const TiffPage& page, int compression)
+bool isRecoded(const PageSource& page, int compression)
 {
     const TiffPage* source = sampleSource(page);
     return source != nullptr && SampleCopy(nullptr, *source, compression).isRecoded();

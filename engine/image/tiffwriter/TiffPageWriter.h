@@ -17,11 +17,11 @@ struct PagePosition
 
 /// Sets the tags and writes the strips or tiles of one page to `handle`, a handle for writing,
 /// without its directory. `compression` is the value of the Compression tag that is asked for.
-/// `pieces`, from encodePieces for the same page and compression, take the place of decoding
-/// and encoding it; what was said of its pixels then is written to the system log.
+/// `pieces`, if there are any, from encodePieces for the same page and compression, take the place
+/// of decoding and encoding it; what was said of its pixels then is written to the system log.
 /// Throws std::runtime_error with the reason when the page cannot be decoded or encoded.
 void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position,
-                   const EncodedPieces* pieces = nullptr);
+                   const EncodedPieces& pieces);
 
 /// True when the page's samples are kept as they are; else they are written as they are shown.
 /// Throws std::runtime_error when its directory cannot be read.
@@ -29,6 +29,6 @@ bool keepsSamples(const PageSource& page);
 
 /// True when the page's samples are kept as they are and its strips or tiles have to be decoded or
 /// encoded for that. Throws std::runtime_error when its directory cannot be read.
-bool isRecoded(const TiffPage& page, int compression);
+bool isRecoded(const PageSource& page, int compression);
 
 } // namespace pagestack

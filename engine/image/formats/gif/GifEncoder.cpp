@@ -11,17 +11,6 @@ namespace pagestack {
 
 namespace {
 
-    std::vector<RgbColor> grayPalette(int bits)
-    {
-        const int last = (1 << bits) - 1;
-        std::vector<RgbColor> palette;
-        for (int i = 0; i <= last; ++i) {
-            const auto level = static_cast<std::uint8_t>(i * 255 / last);
-            palette.push_back({ level, level, level });
-        }
-        return palette;
-    }
-
     template <int bits>
     void unpackIndexes(const std::uint8_t* row, std::vector<std::uint8_t>& to)
     {
@@ -183,35 +172,17 @@ namespace {
 
 } // namespace
 
-TargetPixels gifPixels()
+void encodeGif(UprightPage& page, StagedFile& file)
 {
-    TargetPixels target;
-    target.takesPalette = true;
-    target.takesAlpha = true;
-    target.takes1Bit = true;
-    target.takes2And4Bits = true;
-    return target;
-}
-
-void checkGifSize(const PageProperties& page)
-{
-    if (page.widthPx > GifImage::mostSidePx || page.heightPx > GifImage::mostSidePx)
-        throw std::runtime_error("a page of " + std::to_string(page.widthPx) + " x "
-                                 + std::to_string(page.heightPx) + " pixels is too large for GIF");
-}
-
-void encodeGif(const std::function<std::unique_ptr<RowSource>()>& source, StagedFile& file)
-{
-    std::unique_ptr<RowSource> rows = source();
-    const bool isIndexed
-        = rows->layout().model != ColorModel::Rgb && rows->layout().alpha == AlphaKind::None;
-    if (isIndexed) {
-        encodeIndexed(*rows, file);
+    const PixelLayout& layout = page.rows->layout();
+    if (layout.model != ColorModel::Rgb && layout.alpha == AlphaKind::None) {
+        encodeIndexed(*page.rows, file);
         return;
     }
-    const Reduction reduction = chooseColors(*rows);
-    rows.reset(); // passes over one file cannot overlap
-    encodeReduced(*source(), reduction, file);
+    const Reduction reduction = chooseColors(*page.rows);
+    page.rows.reset(); // passes over one file cannot overlap
+    page.rows = page.startPass();
+    encodeReduced(*page.rows, reduction, file);
 }
 
 } // namespace pagestack

@@ -13,14 +13,12 @@ namespace pagestack {
 class GifImage
 {
 public:
-    static constexpr int mostSidePx = 65535;
-
     enum class Rows {
         Bytes, ///< one a pixel
         Bits, ///< packed from the most significant bit on, for palettes of up to two colours
     };
 
-    /// Writes what comes before the pixels. The sides are 1 to `mostSidePx`, and the palette has 1
+    /// Writes what comes before the pixels. The sides are 1 to 65535, and the palette has 1
     /// to 256 colours. Throws std::runtime_error when the file takes no more, as do the others.
     GifImage(StagedFile& file, int widthPx, int heightPx, const std::vector<RgbColor>& palette,
              std::optional<int> transparentIndex, Rows rows);

@@ -84,26 +84,17 @@ namespace {
 
 } // namespace
 
-TargetPixels pngPixels()
+void encodePng(UprightPage& upright, StagedFile& file)
 {
-    TargetPixels target;
-    target.takesPalette = true;
-    target.takesAlpha = true;
-    target.takes16Bits = true;
-    target.takes1Bit = true;
-    target.takes2And4Bits = true;
-    return target;
-}
-
-void encodePng(RowSource& rows, const PageProperties& page, SpareThreads* threads, StagedFile& file)
-{
+    RowSource& rows = *upright.rows;
+    const PageProperties& page = upright.properties;
     const PixelLayout& layout = rows.layout();
     PngChunks chunks(file);
     writeHeader(page, layout, chunks);
     writeProfile(page.iccProfile, chunks);
     writePalette(layout.palette, chunks);
     writeDensity(page.resolution, chunks);
-    PixelStream data(layout, page.widthPx, page.heightPx, chunks, threads);
+    PixelStream data(layout, page.widthPx, page.heightPx, chunks, upright.threads);
     for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
         for (int i = 0; i < band.rows; ++i)
             data.addRow(band.row(i));

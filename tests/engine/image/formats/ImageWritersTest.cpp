@@ -359,11 +359,12 @@ private slots:
         for (const auto later : std::initializer_list<std::uint8_t> { 0, 9, 200 }) {
             Bitmap first(2, 1, layout, { 5, 5, 5, 9, 9, 9 });
             Bitmap second(2, 1, layout, { 5, 5, 5, later, later, later });
-            Bitmap* next = &first;
             QTemporaryDir folder;
             StagedFile file(folder.filePath(u"a.gif"_s));
-            const auto encode
-                = [&] { encodeGif([&] { return std::exchange(next, &second)->rows(); }, file); };
+            UprightPage page;
+            page.rows = first.rows();
+            page.startPass = [&] { return second.rows(); };
+            const auto encode = [&] { encodeGif(page, file); };
             if (later == 9)
                 encode();
             else

@@ -1,6 +1,6 @@
-#include "engine/image/MultiPageTiffWriter.h"
-#include "engine/image/PrefetchedPage.h"
 #include "engine/image/pixels/Bitmap.h"
+#include "engine/image/tiffwriter/MultiPageTiffWriter.h"
+#include "engine/settings/OutputCodes.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/ImageReaders.h"
 #include "tests/support/Testing.h"
@@ -256,7 +256,7 @@ private slots:
             const TiffDocument source(m_source);
             const PageImage image = source.page(0);
             MultiPageTiffWriter file(m_out, compressionIndex, 1);
-            file.append(image);
+            file.append(image.sharedSource());
             QVERIFY(file.commit());
             QCOMPARE(image.takeDiagnostics().leftOutTags, QStringList { u"ImageSourceData"_s });
             QVERIFY(bytesOf(m_out).contains(QByteArray("photographer\0editor\0", 20)));
@@ -275,7 +275,7 @@ private slots:
             const TiffDocument source(m_source);
             const PageImage image = source.page(0);
             MultiPageTiffWriter file(m_out, 0, 1);
-            file.append(image);
+            file.append(image.sharedSource());
             return file.commit() ? image.takeDiagnostics().leftOutTags
                                  : QStringList { file.failureReason() };
         };
@@ -324,7 +324,7 @@ private slots:
                     pixels += tiles[x / 56 * 56 * 128 + y * 56 + x % 56];
             for (const int index : { 0, 3 }) {
                 MultiPageTiffWriter file(m_out, index, 1);
-                file.append(TiffDocument(m_source).page(0));
+                file.append(TiffDocument(m_source).page(0).sharedSource());
                 QVERIFY2(file.commit(), qPrintable(file.failureReason()));
                 QCOMPARE(readTiff(m_out).value(0).samples, pixels);
             }
@@ -348,7 +348,7 @@ private slots:
 
         writeTiff(m_source, { TestPage() });
         MultiPageTiffWriter file(m_out, 0, 65'536); // the tag has no number for it
-        file.append(TiffDocument(m_source).page(0));
+        file.append(TiffDocument(m_source).page(0).sharedSource());
         QVERIFY(file.commit());
         QCOMPARE(readTiff(m_out).value(0).pageNumber, (std::array { -1, -1 }));
     }
@@ -415,10 +415,10 @@ private slots:
             MultiPageTiffWriter file(m_out, index, source.pageCount(), limit);
             int withPieces = 0;
             for (int i = source.pageCount() - 1; i >= 0; --i)
-                m_prepared[i].pieces = clone->page(i).encodePieces(index);
+                m_prepared[i] = encodePieces(clone->page(i).source(), tiffCompressionTag(index));
             for (int i = 0; i < source.pageCount(); ++i) {
-                withPieces += m_prepared[i].pieces.bytes ? 1 : 0;
-                file.append(source.page(i), std::move(m_prepared[i]));
+                withPieces += m_prepared[i].bytes ? 1 : 0;
+                file.append(source.page(i).sharedSource(), m_prepared[i]);
             }
             QVERIFY2(file.commit(), qPrintable(file.failureReason()));
             QCOMPARE(withPieces, piecesExpected);
@@ -489,7 +489,7 @@ private slots:
             const FileSizeLimit disk(static_cast<rlim_t>(diskBytes));
             MultiPageTiffWriter file(m_out, 2, 20, limit);
             for (int i = 0; i < 20; ++i)
-                file.append(source.page(i));
+                file.append(source.page(i).sharedSource());
             QCOMPARE(file.pageCount(), 20);
             QVERIFY(!file.commit());
             QVERIFY2(file.failureReason().contains(u"File too large"_s),
@@ -504,10 +504,10 @@ private slots:
         putBytes(m_out, "old");
         const auto page = std::make_shared<ShortOfMemory>();
         MultiPageTiffWriter file(m_out, 0, 2, 2500);
-        file.append(PageImage(page));
+        file.append(page);
         page->isShort
             = true; // when it is read again for a BigTIFF file, which the next page asks for
-        file.append(PageImage(std::make_shared<ShortOfMemory>()));
+        file.append(std::make_shared<ShortOfMemory>());
         QVERIFY(!file.commit());
         QCOMPARE(bytesOf(m_out), QByteArray("old"));
     }
@@ -533,7 +533,7 @@ private:
         m_refused = 0;
         for (int i = 0; i < source.pageCount(); ++i)
             try {
-                file.append(source.page(i));
+                file.append(source.page(i).sharedSource());
             } catch (const std::runtime_error&) {
                 ++m_refused;
             }
@@ -545,7 +545,7 @@ private:
     const QString m_source = m_folder.filePath(QStringLiteral("page.tif"));
     const QString m_out = m_folder.filePath(QStringLiteral("out.tiff"));
     int m_refused = 0;
-    std::map<int, PrefetchedPage> m_prepared;
+    std::map<int, EncodedPieces> m_prepared;
 };
 
 QTEST_GUILESS_MAIN(MultiPageTiffTest)

@@ -1,16 +1,14 @@
 #pragma once
 
 #include "engine/files/StagedFile.h"
-#include "engine/image/PageImage.h"
+#include "engine/image/pixels/PageSource.h"
+#include "engine/image/tiffwriter/EncodedPieces.h"
 
 #include <cstdint>
 #include <memory>
 #include <vector>
 
 namespace pagestack {
-
-struct PrefetchedPage;
-struct EncodedPieces;
 
 /// A TIFF file that is made of pages, one after the other, and put in place at the end.
 ///
@@ -38,15 +36,17 @@ public:
     /// page cannot be decoded completely; the staged file is then as it was before. A target that
     /// takes no more (full disk, no permission) is no error here: it is kept for `commit`, and this
     /// page and later ones only count as gathered.
-    void append(const PageImage& page);
+    /// `pieces`, from `encodePieces` with the same compression, take the place of encoding it.
+    void append(const std::shared_ptr<const PageSource>& page, const EncodedPieces& pieces = {});
 
-    /// The same with what was made of the page ahead, with the same compression: its pieces, or,
-    /// for the only page of the file, the file itself.
-    void append(const PageImage& page, PrefetchedPage prepared);
+    /// Takes `file`, from `encodedPage` for the same path and compression, as that of `page`, the
+    /// only one.
+    void appendEncoded(const std::shared_ptr<const PageSource>& page,
+                       std::unique_ptr<StagedFile> file);
 
     /// Appends the page once more that was appended last, when that is why there is a
     /// `failureReason`; by now there may be room for it. Throws as `append`.
-    void appendAgain(const PageImage& page);
+    void appendAgain(const std::shared_ptr<const PageSource>& page);
 
     int pageCount() const { return static_cast<int>(m_pages.size()); } ///< gathered so far
 
@@ -64,9 +64,10 @@ public:
     QString failureReason() const { return m_failureReason; }
 
 private:
-    void write(const PageImage& page, const EncodedPieces* pieces);
-    void rebuildAsBigTiff();
-    bool couldPassLimit(const PageImage& firstPage) const;
+    void write(const PageSource& page, const EncodedPieces& pieces);
+    void begin(bool bigTiff);
+    void gather(const std::shared_ptr<const PageSource>& page);
+    bool couldPassLimit(const PageSource& firstPage) const;
 
     QString m_path;
     int m_compression; ///< value of the Compression tag
@@ -74,8 +75,7 @@ private:
     std::uint64_t m_limitBytes;
     std::vector<std::shared_ptr<const PageSource>> m_pages; ///< to be read again for a BigTIFF file
     std::unique_ptr<class TiffFileBuilder> m_assembly; ///< null before the first page
-    std::unique_ptr<StagedFile> m_complete; ///< with the only page, instead of an assembly
-    std::unique_ptr<StagedFile> m_finished; ///< to be put in place
+    std::unique_ptr<StagedFile> m_finished; ///< only to be put in place
     QString m_failureReason;
 };
 

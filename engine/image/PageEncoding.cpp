@@ -1,0 +1,126 @@
+#include "engine/image/PageEncoding.h"
+
+#include "engine/image/pixels/ReadAheadRows.h"
+#include "engine/image/pixels/UprightRows.h"
+#include "engine/image/tiffwriter/MultiPageTiffWriter.h"
+#include "engine/settings/OutputCodes.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <stdexcept>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    constexpr int anySide = std::numeric_limits<int>::max();
+    constexpr std::array encodings {
+        PageEncoding { OutputType::Jpeg,
+                       "JPEG"_L1,
+                       "saveAsJpegWithName"_L1,
+                       {},
+                       true,
+                       jpegMostSidePx,
+                       encodeJpeg },
+        // The pixels of a PNG take far longer to be written than to be read.
+        PageEncoding { OutputType::Png,
+                       "PNG"_L1,
+                       "saveAsPngWithName"_L1,
+                       { .takesPalette = true,
+                         .takesAlpha = true,
+                         .takes16Bits = true,
+                         .takes1Bit = true,
+                         .takes2And4Bits = true },
+                       false,
+                       anySide,
+                       encodePng },
+        PageEncoding { OutputType::Tiff, "TIFF"_L1, "saveAsTiffWithName"_L1 },
+        PageEncoding { OutputType::Bmp,
+                       "BMP"_L1,
+                       "saveAsBmpWithName"_L1,
+                       { .takesPalette = true, .takes1Bit = true },
+                       true,
+                       anySide,
+                       encodeBmp },
+        PageEncoding {
+            OutputType::Gif,
+            "GIF"_L1,
+            "saveAsGifWithName"_L1,
+            { .takesPalette = true, .takesAlpha = true, .takes1Bit = true, .takes2And4Bits = true },
+            true,
+            gifMostSidePx,
+            encodeGif },
+    };
+
+    /// A smaller page is done before the exchange between threads has paid.
+    constexpr qsizetype leastPixelsReadAhead = 4'000'000;
+
+    std::unique_ptr<RowSource> startPass(const PageSource& source, const PageEncoding& encoding,
+                                         SpareThreads* threads)
+    {
+        // What a format does not take is dropped before the page is turned: it is less to move.
+        const TargetPixels& target = encoding.pixels;
+        auto rows = uprightRows(adaptRows(source.rowsShownIn(target.takes16Bits ? 16 : 8), target),
+                                source.properties().orientation);
+        const qsizetype pixels = qsizetype { rows->widthPx() } * rows->heightPx();
+        if (!encoding.readsAhead || threads == nullptr || pixels < leastPixelsReadAhead)
+            return rows;
+        return std::make_unique<ReadAheadRows>(std::move(rows), *threads);
+    }
+
+    /// Drops a profile for other pixels than those of `rows`: a palette of grays, for one, has
+    /// become gray. ICC.1, header: the colour space of the data stands in bytes 16 to 19.
+    void matchProfile(PageProperties& page, const RowSource& rows)
+    {
+        const bool isGray = rows.layout().model == ColorModel::Gray;
+        if (page.iccProfile.mid(16, 4) != (isGray ? "GRAY" : "RGB "))
+            page.iccProfile.clear();
+    }
+
+} // namespace
+
+const PageEncoding& pageEncoding(OutputType type)
+{
+    return *std::ranges::find(encodings, type, &PageEncoding::type);
+}
+
+const PageEncoding& pageEncoding(const QString& path)
+{
+    const QString name = path.mid(path.lastIndexOf(u'/') + 1);
+    const qsizetype dot = name.lastIndexOf(u'.');
+    const QString extension = dot < 0 ? QString() : name.mid(dot);
+    for (const PageEncoding& encoding : encodings)
+        if (extension == fileExtension(static_cast<int>(encoding.type)))
+            return encoding;
+    throw std::runtime_error("there is no writer for the extension \""
+                             + extension.mid(1).toStdString() + '"');
+}
+
+std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>& source,
+                                        const QString& path, const PageEncoding& encoding,
+                                        const SaveOptions& options)
+{
+    if (encoding.type == OutputType::Tiff) {
+        MultiPageTiffWriter pages(path, options.tiffCompressionIndex, 1);
+        pages.append(source);
+        return pages.finish();
+    }
+    UprightPage page;
+    page.properties = uprightProperties(source->properties());
+    // Before any row is made: turning a page upright takes time and memory.
+    if (std::max(page.properties.widthPx, page.properties.heightPx) > encoding.mostSidePx)
+        throwTooLarge(page.properties, encoding.name);
+    auto file = std::make_unique<StagedFile>(path);
+    page.startPass = [&] { return startPass(*source, encoding, options.threads); };
+    page.rows = page.startPass();
+    matchProfile(page.properties, *page.rows);
+    page.jpegQuality = options.jpegQuality;
+    page.threads = options.threads;
+    encoding.encode(page, *file);
+    return file;
+}
+
+} // namespace pagestack

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "engine/files/StagedFile.h"
+#include "engine/image/formats/Encoders.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace pagestack {
+
+enum class OutputType : int;
+
+/// How a page is saved, as far as the format does not say it.
+struct SaveOptions
+{
+    int jpegQuality = 10; ///< as for PageImage::saveAsJpegWithName
+    int tiffCompressionIndex = 0; ///< as for PageImage::saveAsTiffWithName
+    SpareThreads* threads = nullptr; ///< may help with a large page; null: there are none
+    StagedFile::Existing existing = StagedFile::Existing::Replaced; ///< not for `encodedPage`
+};
+
+/// A format that a page can be saved in.
+struct PageEncoding
+{
+    OutputType type;
+    QLatin1StringView name; ///< for reasons of failures
+    QLatin1StringView operation; ///< of PageImage, for the system log
+    TargetPixels pixels {};
+    bool readsAhead = false; ///< a spare thread reads the rows, else it helps the encoder
+    int mostSidePx = 0; ///< of the upright page
+    void (*encode)(UprightPage& page, StagedFile& file) = nullptr; ///< null: the page is copied
+};
+
+const PageEncoding& pageEncoding(OutputType type);
+
+/// The encoding for a name that ends in bmp, jpg, png, gif or tiff, compared exactly. Throws
+/// std::runtime_error for another extension.
+const PageEncoding& pageEncoding(const QString& path);
+
+/// Encodes a page into a complete file for `path`, which is only to be put in place. Throws
+/// std::runtime_error with the reason. One thread at a time a source.
+std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>& source,
+                                        const QString& path, const PageEncoding& encoding,
+                                        const SaveOptions& options);
+
+} // namespace pagestack

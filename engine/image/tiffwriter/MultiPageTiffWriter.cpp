@@ -1,0 +1,135 @@
+#include "engine/image/tiffwriter/MultiPageTiffWriter.h"
+
+#include "engine/image/decode/TiffPage.h"
+#include "engine/image/tiffwriter/TiffFileBuilder.h"
+#include "engine/settings/OutputCodes.h"
+
+#include <tiffio.h>
+
+#include <stdexcept>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+MultiPageTiffWriter::MultiPageTiffWriter(QString path, int compressionIndex, int plannedPages,
+                                         std::uint64_t limitBytes)
+    : m_path(std::move(path))
+    , m_compression(tiffCompressionTag(compressionIndex))
+    , m_plannedPages(plannedPages)
+    , m_limitBytes(limitBytes)
+{
+}
+
+MultiPageTiffWriter::~MultiPageTiffWriter() = default;
+
+/// Whether the pages from `firstPage` on will, as a rule rather than at the most, take more than a
+/// classic file holds. A file that grows past the limit all the same is begun again.
+bool MultiPageTiffWriter::couldPassLimit(const PageSource& firstPage) const
+{
+    const TiffPage* page = firstPage.tiffPage();
+    if (page == nullptr)
+        return false;
+    TiffFile& file = page->file();
+    const bool isFax
+        = m_compression == COMPRESSION_CCITTFAX3 || m_compression == COMPRESSION_CCITTFAX4;
+    const int pages = static_cast<int>(file.chain().offsets.size());
+    const int last = std::min(pages, page->index() + m_plannedPages);
+    std::uint64_t sum = 0;
+    for (int index = page->index(); index < last && sum <= m_limitBytes; ++index) {
+        try {
+            const TiffPageTags tags = readTiffPageTags(file.describe(index));
+            sum += tags.decodedBytes() / (isFax && tags.isOneBitDeep() ? 4 : 1);
+        } catch (const std::runtime_error&) {
+            continue; // a page that cannot be read takes nothing, and is reported in its turn
+        }
+    }
+    return sum > m_limitBytes;
+}
+
+void MultiPageTiffWriter::append(const std::shared_ptr<const PageSource>& page,
+                                 const EncodedPieces& pieces)
+{
+    if (m_failureReason.isEmpty())
+        write(*page, pieces);
+    gather(page);
+}
+
+void MultiPageTiffWriter::appendEncoded(const std::shared_ptr<const PageSource>& page,
+                                        std::unique_ptr<StagedFile> file)
+{
+    Q_ASSERT(m_plannedPages == 1 && m_pages.empty());
+    m_finished = std::move(file);
+    gather(page);
+}
+
+void MultiPageTiffWriter::appendAgain(const std::shared_ptr<const PageSource>& page)
+{
+    m_failureReason.clear();
+    m_pages.pop_back();
+    append(page);
+}
+
+void MultiPageTiffWriter::gather(const std::shared_ptr<const PageSource>& page)
+{
+    if (const TiffPage* read = page->tiffPage())
+        read->forgetTags(); // a file can have very many pages
+    m_pages.push_back(page);
+}
+
+void MultiPageTiffWriter::write(const PageSource& page, const EncodedPieces& pieces)
+try {
+    if (!m_assembly) // with pages: beginning again has failed before
+        begin(!m_pages.empty() || couldPassLimit(page));
+    try {
+        m_assembly->append(page, pieces);
+    } catch (const TiffFileBuilder::TooLarge&) {
+        begin(true);
+        m_assembly->append(page, pieces);
+    }
+} catch (const TiffFileBuilder::WriteFailure& failure) {
+    m_failureReason = QString::fromStdString(failure.what());
+}
+
+/// Begins the file with the pages gathered so far.
+void MultiPageTiffWriter::begin(bool bigTiff)
+try {
+    m_assembly.reset();
+    m_assembly = std::make_unique<TiffFileBuilder>(m_path, m_compression, m_plannedPages, bigTiff,
+                                                   m_limitBytes);
+    for (const std::shared_ptr<const PageSource>& page : m_pages) {
+        m_assembly->append(*page);
+        if (const TiffPage* read = page->tiffPage())
+            read->forgetTags();
+    }
+} catch (const std::exception& error) {
+    // A page that could be read before: without it the file would not be what was gathered.
+    m_assembly.reset();
+    throw TiffFileBuilder::WriteFailure(error.what());
+}
+
+std::unique_ptr<StagedFile> MultiPageTiffWriter::finish()
+{
+    if (m_pages.empty() && m_failureReason.isEmpty())
+        m_failureReason = u"no page could be read"_s;
+    if (!m_failureReason.isEmpty())
+        throw std::runtime_error(m_failureReason.toStdString());
+    return m_finished ? std::move(m_finished) : m_assembly->finish();
+}
+
+bool MultiPageTiffWriter::commit(StagedFile::Existing existing,
+                                 const std::optional<FileState>& expected)
+{
+    try {
+        if (!m_finished)
+            m_finished = finish();
+        m_finished->commit(existing, expected);
+        m_failureReason.clear();
+        return true;
+    } catch (const std::exception& error) {
+        m_failureReason = QString::fromStdString(error.what());
+        return false;
+    }
+}
+
+} // namespace pagestack
