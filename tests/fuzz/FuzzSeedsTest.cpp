@@ -10,11 +10,6 @@ Q_DECLARE_METATYPE(Target)
 
 namespace {
 
-const std::initializer_list<std::pair<const char*, Target>> targets {
-    { "openFile", openFile },     { "decodePages", decodePages },   { "writePages", writePages },
-    { "parsePaths", parsePaths }, { "readSettings", readSettings },
-};
-
 /// What goes before a TIFF file for every way to write it.
 QByteArrayList waysToWrite()
 {
@@ -23,16 +18,6 @@ QByteArrayList waysToWrite()
         for (char compression = 0; compression < (format == 2 || format > 4 ? 5 : 1); ++compression)
             ways.append(QByteArray(1, format) + compression + '\7');
     return ways;
-}
-
-QStringList filesBelow(const QString& folder, const QString& pattern)
-{
-    QStringList paths;
-    QDirIterator each(folder, { pattern }, QDir::Files, QDirIterator::Subdirectories);
-    while (each.hasNext())
-        paths.append(each.next());
-    paths.sort();
-    return paths;
 }
 
 } // namespace
@@ -52,12 +37,22 @@ private slots:
         QTest::addColumn<QByteArrayList>("starts");
         QTest::addColumn<Target>("target");
         const QString root = qEnvironmentVariable("PAGESTACK_SOURCE_DIR");
-        for (const auto& [name, target] : targets) {
-            for (const QString& path : filesBelow(root + u"/tests/data/fuzz"_s, u"*"_s))
-                addRow(name, path, { "" }, target);
-            const bool isWriter = target == &writePages;
-            for (const QString& path : filesBelow(root + u"/samples"_s, u"*.tif"_s))
-                addRow(name, path, isWriter ? waysToWrite() : QByteArrayList { "" }, target);
+        for (const QString& folder : { u"/tests/data/fuzz"_s, u"/samples"_s }) {
+            const bool isSample = folder == u"/samples";
+            QDirIterator each(root + folder, { isSample ? u"*.tif"_s : u"*"_s }, QDir::Files,
+                              QDirIterator::Subdirectories);
+            while (each.hasNext()) {
+                const QString path = each.next();
+                const auto add
+                    = [&](const char* name, Target target, const QByteArrayList& starts) {
+                          QTest::addRow("%s %s", name, qPrintable(path.section(u'/', -2)))
+                              << path << starts << target;
+                      };
+                add("readPages", readPages, { "" });
+                add("writePages", writePages, isSample ? waysToWrite() : QByteArrayList { "" });
+                if (!isSample)
+                    add("readSettings", readSettings, { "" });
+            }
         }
     }
 
@@ -82,14 +77,6 @@ private slots:
     }
 
     void tookLittleMemory() { checkPeakMemory(300'000); } // after all of the above
-
-private:
-    static void addRow(const char* name, const QString& path, const QByteArrayList& starts,
-                       Target target)
-    {
-        QTest::addRow("%s %s", name, qPrintable(path.section(u'/', -2)))
-            << path << starts << target;
-    }
 };
 
 QTEST_GUILESS_MAIN(FuzzSeedsTest)

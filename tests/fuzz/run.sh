@@ -11,9 +11,8 @@ set -u
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd) || exit 1
 build=${FUZZ_BUILD:-$root/build/fuzz}
-here=$root/tests/fuzz
 corpus=${PAGESTACK_CORPUS:-$root/../shared/corpus}
-all="openFile decodePages writePages parsePaths readSettings"
+all="readPages writePages readSettings"
 
 case ${1-} in
 '' | *[!0-9]*)
@@ -46,66 +45,67 @@ leaks=1
     exit 1
 }
 
-# put TARGET NAME: makes a seed of standard input.
-put() {
-    mkdir -p "$build/seeds/$1" && cat >"$build/seeds/$1/$2"
-}
-
-# tiff_seed NAME FILE BYTES: the first BYTES of the file for the targets that read TIFF files.
-ways=0
-tiff_seed() {
-    head -c "$3" -- "$2" | put openFile "$1"
-    head -c "$3" -- "$2" | put decodePages "$1"
-    # One way to write after the other, see writePages in FuzzTargets.h.
-    { printf '%b' "\\0$((ways % 7))\\0$((ways / 7 % 5))\\07" && head -c "$3" -- "$2"; } |
-        put writePages "$1"
-    ways=$((ways + 1))
-}
-
 make_seeds() {
-    local file name size
+    local file name size part ways=0
     rm -rf "$build/seeds"
     mkdir -p "$build/seeds"
     cp -r "$root"/tests/data/fuzz/* "$build/seeds/"
     while IFS= read -r file; do
         name=$(basename -- "$(dirname -- "$file")")-$(basename -- "$file")
         size=$(($(wc -c <"$file")))
-        tiff_seed "$name" "$file" "$size"
-        tiff_seed "$name-short" "$file" $((size * 2 / 3))
+        for part in "$size" $((size * 2 / 3)); do
+            head -c "$part" -- "$file" >"$build/seeds/readPages/$name-$part"
+            # One way to write after the other, see writePages in FuzzTargets.h.
+            { printf '%b' "\\0$((ways % 7))\\0$((ways / 7 % 5))\\07" && head -c "$part" -- "$file"; } \
+                >"$build/seeds/writePages/$name-$part"
+            ways=$((ways + 1))
+        done
     done <<<"$(find "$root/samples" "$corpus" -name '*.tif*' -size -64k 2>/dev/null | sort)"
     printf '%%PDF-1.4\n1 0 obj <</Type/Catalog/Pages 2 0 R>> endobj\n2 0 obj <</Type/Pages/Kids[3 0 R]
 /Count 1>> endobj\n3 0 obj <</Type/Page/Parent 2 0 R/MediaBox[0 0 9 9]>> endobj\nxref\n0 0
-trailer <</Root 1 0 R/Size 4>>\nstartxref\n0\n%%%%EOF\n' | put openFile one-page.pdf
-
-    printf '/a/b.tif\nb.TIFF\n\n  \n//host/c.pdf\n/a/b.tif\nno list\n./x/../y.tif\n' | put parsePaths lines
-    printf '\357\273\277/\303\274/\351\233\252.tif\r\n/%%41/#?.tif\n.tif\n/a b.pdf/\n' |
-        put parsePaths signs
-
+trailer <</Root 1 0 R/Size 4>>\nstartxref\n0\n%%%%EOF\n' >"$build/seeds/readPages/one-page.pdf"
     printf '\0[SETTINGS]\noutputType=2\nisSetCurrentAsDefaultOutputFolderPath=true
-outputFolderPath="/a, \\"b\\\\;\\x263a"\nseparator=@Invalid()\njpegQuality=@@7\n' | put readSettings ini
-    printf '\3{"SETTINGS": {"outputType": 2, "isSetCurrentAsDefaultOutputFolderPath": true,
-"outputFolderPath": "/a\\u263a", "separator": null, "jpegQuality": 1e9}, "ON": [true, {}]}' |
-        put readSettings store
-    printf '\1PKC1\0\0\0\2\0\0\0\13jpegQualityi\0\0\0\7\0\0\0\11separators\0\0\0\2\0_' |
-        put readSettings record
-    printf '\2\0\1\0\0\0\5\1\7\3abc\2\5\1\3\14\11\0\0\0\1\15\1\0\0\0\4\6' | put readSettings types
+outputFolderPath="/a, \\"b\\\\;\\x263a"\nseparator=@Invalid()\njpegQuality=@@7\n' \
+        >"$build/seeds/readSettings/ini"
+    printf '\1{"SETTINGS": {"outputType": 2, "isSetCurrentAsDefaultOutputFolderPath": true,
+"outputFolderPath": "/a\\u263a", "separator": null, "jpegQuality": 1e9}, "ON": [true, {}]}' \
+        >"$build/seeds/readSettings/store"
+}
+
+# The tags of TIFF files in both byte orders, entries for compressions and colours, headers.
+make_dictionary() {
+    local number
+    for number in 254 256 257 258 259 262 266 273 274 277 278 279 282 283 284 292 293 296 297 317 \
+        320 322 323 324 325 330 332 338 339 347 512 513 514 529 530 531 532 700 34675 37724; do
+        printf '"\\x%02x\\x%02x"\n"\\x%02x\\x%02x"\n' $((number % 256)) $((number / 256)) \
+            $((number / 256)) $((number % 256))
+    done
+    for number in 2 3 4 5 6 7 8 32766 32771 32773 32809 32946 34676 34677; do
+        printf '"\\x03\\x01\\x03\\x00\\x01\\x00\\x00\\x00\\x%02x\\x%02x\\x00\\x00"\n' \
+            $((number % 256)) $((number / 256))
+    done
+    for number in 0 1 2 3 4 5 6 8 9 32844 32845; do
+        printf '"\\x06\\x01\\x03\\x00\\x01\\x00\\x00\\x00\\x%02x\\x%02x\\x00\\x00"\n' \
+            $((number % 256)) $((number / 256))
+    done
+    printf '"II*\\x00"\n"MM\\x00*"\n"II+\\x00\\x08\\x00\\x00\\x00"\n"MM\\x00+\\x00\\x08\\x00\\x00"\n'
 }
 
 make_seeds
+make_dictionary >"$build/tiff.dict"
 export TMPDIR=$scratch
 # Freed memory is kept back for a while to find its users; a little of it is enough.
 export ASAN_OPTIONS=quarantine_size_mb=16:allocator_may_return_null=1:detect_stack_use_after_return=1:${ASAN_OPTIONS-}
 export UBSAN_OPTIONS=print_stacktrace=1:${UBSAN_OPTIONS-}
 # fuzz TARGET: fails when it has findings.
 fuzz() {
-    local target=$1 dictionary='' status runs peak coverage files
+    local target=$1 dictionary=$build/tiff.dict status runs peak coverage files
     mkdir -p "$build/corpus/$target" "$build/findings/$target"
-    [ -e "$here/$target.dict" ] && dictionary=-dict=$here/$target.dict
-    case $target in openFile | decodePages | writePages) dictionary=-dict=$here/tiff.dict ;; esac
+    [ "$target" != readSettings ] || dictionary=$root/tests/fuzz/readSettings.dict
     # shellcheck disable=SC2086
     "$build/fuzzers/fuzz_$target" -max_total_time="$seconds" -seed=1 -rss_limit_mb=500 -timeout=60 \
         -report_slow_units=60 \
-        -detect_leaks=$leaks -print_final_stats=1 $dictionary \
+        -detect_leaks=$leaks -print_final_stats=1 -dict="$dictionary" \
         -artifact_prefix="$build/findings/$target/" ${FUZZ_OPTIONS-} \
         "$build/corpus/$target" "$build/seeds/$target" >"$build/$target.log" 2>&1
     status=$?
@@ -123,7 +123,7 @@ fuzz() {
 for target; do
     [ -x "$build/fuzzers/fuzz_$target" ] || { echo "there is no target $target" && exit 2; }
 done
-# Of 5 targets and 2 jobs, one runs the targets 1, 3 and 5, the other 2 and 4.
+# Of 3 targets and 2 jobs, one runs the targets 1 and 3, the other 2.
 jobs=${FUZZ_JOBS:-1}
 lanes=
 # shellcheck disable=SC2086

@@ -22,14 +22,17 @@ namespace {
     Picture readPng(std::FILE* file)
     {
         Picture picture;
+        std::fseek(file, 24, SEEK_SET); // of the header; libpng tells what it has made of them
+        picture.bits = std::fgetc(file);
+        std::rewind(file);
         png_structp codec = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, refuse, nullptr);
         png_infop info = png_create_info_struct(codec);
         png_init_io(codec, file);
-        png_read_info(codec, info);
+        // A byte a sample below 8 bits.
+        png_read_png(codec, info, PNG_TRANSFORM_PACKING, nullptr);
         picture.width = static_cast<int>(png_get_image_width(codec, info));
         picture.height = static_cast<int>(png_get_image_height(codec, info));
         picture.channels = png_get_channels(codec, info);
-        picture.bits = png_get_bit_depth(codec, info);
         png_uint_32 x = 0;
         png_uint_32 y = 0;
         int unit = -1;
@@ -46,15 +49,14 @@ namespace {
         png_get_PLTE(codec, info, &colors, &count);
         for (int i = 0; i < count; ++i)
             picture.palette.push_back({ colors[i].red, colors[i].green, colors[i].blue });
-        png_set_packing(codec); // a byte a sample below 8 bits
-        png_read_update_info(codec, info);
-        std::vector<png_byte> row(png_get_rowbytes(codec, info));
-        for (int line = 0; line < picture.height; ++line) {
-            png_read_row(codec, row.data(), nullptr);
-            for (std::size_t i = 0; i < row.size(); i += picture.bits == 16 ? 2 : 1)
-                picture.samples.push_back(picture.bits == 16 ? row[i] << 8 | row[i + 1] : row[i]);
+        png_bytepp rows = png_get_rows(codec, info);
+        const int samples = picture.width * picture.channels;
+        for (int i = 0; i < picture.height * samples; ++i) {
+            const png_byte* row = rows[i / samples];
+            const int at = i % samples;
+            picture.samples.push_back(picture.bits == 16 ? row[2 * at] << 8 | row[2 * at + 1]
+                                                         : row[at]);
         }
-        png_read_end(codec, info);
         png_destroy_read_struct(&codec, &info, nullptr);
         return picture;
     }
@@ -165,7 +167,7 @@ namespace {
     {
         for (const int tag : { TIFFTAG_BITSPERSAMPLE, TIFFTAG_COMPRESSION, TIFFTAG_PHOTOMETRIC,
                                TIFFTAG_ORIENTATION, TIFFTAG_SAMPLESPERPIXEL, TIFFTAG_PLANARCONFIG,
-                               TIFFTAG_RESOLUTIONUNIT, TIFFTAG_SAMPLEFORMAT }) {
+                               TIFFTAG_RESOLUTIONUNIT, TIFFTAG_SAMPLEFORMAT, TIFFTAG_PREDICTOR }) {
             std::uint16_t value = 0;
             if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &value) == 1)
                 page.numbers[tag] = value;
@@ -177,7 +179,9 @@ namespace {
                 page.numbers[tag] = static_cast<int>(value);
         }
         for (const int tag :
-             { TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_ARTIST, TIFFTAG_PAGENAME, TIFFTAG_DATETIME }) {
+             { TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_ARTIST, TIFFTAG_PAGENAME, TIFFTAG_DATETIME,
+               TIFFTAG_DOCUMENTNAME, TIFFTAG_MAKE, TIFFTAG_MODEL, TIFFTAG_SOFTWARE,
+               TIFFTAG_HOSTCOMPUTER, TIFFTAG_COPYRIGHT, TIFFTAG_TARGETPRINTER }) {
             const char* text = nullptr;
             if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &text) == 1)
                 page.texts[tag] = text;
@@ -192,6 +196,13 @@ namespace {
         std::uint16_t second = 0;
         if (TIFFGetField(tiff, TIFFTAG_PAGENUMBER, &first, &second) == 1)
             page.pageNumber = { first, second };
+        if (TIFFGetField(tiff, TIFFTAG_DOTRANGE, &first, &second) == 1)
+            page.fractions = { static_cast<float>(first), static_cast<float>(second) };
+        const float* fractions = nullptr;
+        for (const auto& [tag, count] :
+             { std::pair(TIFFTAG_WHITEPOINT, 2), { TIFFTAG_PRIMARYCHROMATICITIES, 6 } })
+            if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &fractions) == 1)
+                page.fractions.insert(page.fractions.end(), fractions, fractions + count);
         TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &page.resolution[0]);
         TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &page.resolution[1]);
         std::uint16_t* list = nullptr;

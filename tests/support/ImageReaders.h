@@ -52,6 +52,7 @@ struct TiffPicture
     std::map<int, int> numbers; ///< tags that are one number, where present
     std::map<int, QByteArray> texts; ///< tags that are a text or a block of bytes
     std::vector<std::uint16_t> lists; ///< extra samples and the red of the colour map
+    std::vector<float> fractions; ///< dot range, white point and primaries, where present
     std::array<float, 2> resolution {};
     std::array<int, 2> pageNumber { -1, -1 }; ///< index, total
 

@@ -1,8 +1,11 @@
 #include "tests/support/TestFolder.h"
 
+#include "tests/support/TiffBuilder.h"
+
 #include <QDir>
 #include <QDirIterator>
 #include <QRegularExpression>
+#include <QtEndian>
 
 #include <tiffio.h>
 
@@ -32,35 +35,34 @@ namespace {
         return QByteArray::fromHex(QByteArray("0010a").repeated(33).replace(10, 5, "00105") + '0');
     }
 
-    bool writeTiff(const QString& path, const QString& pages)
+    TestPage pageOf(QChar kind, qsizetype index)
     {
-        const Handle tiff(TIFFOpen(QFile::encodeName(path).constData(), "w"));
-        bool isWritten = tiff != nullptr;
-        for (qsizetype i = 0; isWritten && i < pages.size(); ++i) {
-            const bool isHuge = pages.at(i) == u'H';
-            const bool isFax = pages.at(i) == u'F';
-            const std::uint32_t strips = isHuge ? 40 : 1;
-            TIFFSetField(tiff.get(), TIFFTAG_IMAGEWIDTH, isHuge ? 40000 : 47);
-            TIFFSetField(tiff.get(), TIFFTAG_IMAGELENGTH, isHuge ? 40000 : 33);
-            TIFFSetField(tiff.get(), TIFFTAG_BITSPERSAMPLE, isHuge || isFax ? 1 : 8);
-            TIFFSetField(tiff.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-            TIFFSetField(tiff.get(), TIFFTAG_COMPRESSION,
-                         isFax ? COMPRESSION_CCITTFAX3 : COMPRESSION_ADOBE_DEFLATE);
-            TIFFSetField(tiff.get(), TIFFTAG_ROWSPERSTRIP, isHuge ? 1000 : 33);
-            const bool isBright = pages.at(i) == u'V';
-            QByteArray pixels(TIFFStripSize(tiff.get()),
-                              static_cast<char>(i + (isBright ? 101 : 1)));
-            if (pages.at(i) == u'U')
-                setUnknownTag(tiff.get());
-            const bool isBroken = pages.at(i) == u'B';
-            if (isBroken || isFax)
-                pixels = isFax ? damagedFax() : pixels.first(9);
-            const auto write = isBroken || isFax ? TIFFWriteRawStrip : TIFFWriteEncodedStrip;
-            for (std::uint32_t strip = 0; isWritten && strip < strips; ++strip)
-                isWritten = write(tiff.get(), strip, pixels.data(), pixels.size()) > 0;
-            isWritten = isWritten && TIFFWriteDirectory(tiff.get()) == 1;
-        }
-        return isWritten;
+        TestPage page(kind == u'H'       ? "width=40000 height=40000 rows=1000 bits=1 compression=8"
+                          : kind == u'F' ? "bits=1 rows=33 compression=3"
+                                         : "rows=33 compression=8");
+        const auto gray = static_cast<std::uint64_t>(index + (kind == u'V' ? 101 : 1));
+        page.sample = [gray](int, int, int) { return gray; };
+        if (kind == u'H')
+            page.encoded = QList<QByteArray>(40, qCompress(QByteArray(5'000'000, '\1')).sliced(4));
+        else if (kind == u'F')
+            page.encoded = { damagedFax() };
+        else if (kind == u'B')
+            page.encoded = { QByteArray(9, static_cast<char>(gray)) };
+        else if (kind == u'U')
+            page.moreTags = setUnknownTag;
+        return page;
+    }
+
+    /// Lets the last directory of the file lead back to the first one.
+    void closeChain(const QString& path)
+    {
+        QByteArray bytes = bytesOf(path);
+        const auto first = qFromLittleEndian<quint32>(bytes.constData() + 4);
+        qsizetype next = 4;
+        for (quint32 at = first; at != 0; at = qFromLittleEndian<quint32>(bytes.constData() + next))
+            next = at + 2 + 12 * qFromLittleEndian<quint16>(bytes.constData() + at);
+        qToLittleEndian(first, bytes.data() + next);
+        putBytes(path, bytes);
     }
 
     QString tiffPages(const QString& path)
@@ -87,15 +89,21 @@ void TestFolder::make(const QString& list) const
         QFile file(path(word.left(mark)));
         const QString rest = word.mid(mark + 1);
         bool isMade = QDir().mkpath(QFileInfo(file).path());
-        if (mark >= 0 && word.at(mark) == u':')
-            isMade = isMade && writeTiff(file.fileName(), rest);
-        else if (mark >= 0 && word.at(mark) == u'>')
+        if (mark >= 0 && word.at(mark) == u':') {
+            QList<TestPage> pages;
+            for (const QChar kind : rest.chopped(rest.endsWith(u'L') ? 1 : 0))
+                pages.append(pageOf(kind, pages.size()));
+            writeTiff(file.fileName(), pages);
+            if (rest.endsWith(u'L'))
+                closeChain(file.fileName());
+        } else if (mark >= 0 && word.at(mark) == u'>') {
             isMade = isMade && QFile::link(rest, file.fileName());
-        else if (mark >= 0)
+        } else if (mark >= 0) {
             std::filesystem::create_hard_link(path(rest).toStdString(),
                                               file.fileName().toStdString());
-        else if (!word.endsWith(u'/'))
+        } else if (!word.endsWith(u'/')) {
             isMade = isMade && file.open(QIODevice::WriteOnly) && file.write("text") == 4;
+        }
         if (!isMade)
             throw std::runtime_error("cannot make " + word.toStdString());
     }

@@ -1,5 +1,7 @@
 #include "tests/support/TiffBuilder.h"
 
+#include "engine/settings/Settings.h"
+
 #include <QDir>
 #include <QFile>
 #include <QHash>
@@ -42,29 +44,27 @@ namespace {
         return byName;
     }
 
-    void setTag(TIFF* to, ttag_t tag, int value)
-    {
-        if (value != 0)
-            check(TIFFSetField(to, tag, value) == 1, "tag");
-    }
-
     void setTags(TIFF* to, const TestPage& page)
     {
-        setTag(to, TIFFTAG_IMAGEWIDTH, page.width);
-        setTag(to, TIFFTAG_IMAGELENGTH, page.height);
-        setTag(to, TIFFTAG_BITSPERSAMPLE, page.bits);
-        setTag(to, TIFFTAG_SAMPLESPERPIXEL, page.samples);
-        setTag(to, TIFFTAG_COMPRESSION, page.compression);
         TIFFSetField(to, TIFFTAG_PHOTOMETRIC, page.photometric);
-        setTag(to, TIFFTAG_PLANARCONFIG, page.planes);
-        setTag(to, TIFFTAG_SAMPLEFORMAT, page.format);
-        setTag(to, TIFFTAG_PREDICTOR, page.predictor);
-        setTag(to, TIFFTAG_FILLORDER, page.fillOrder);
-        setTag(to, TIFFTAG_ORIENTATION, page.orientation);
-        setTag(to, TIFFTAG_RESOLUTIONUNIT, page.unit);
-        setTag(to, TIFFTAG_TILEWIDTH, page.tileWidth);
-        setTag(to, TIFFTAG_TILELENGTH, page.tileHeight);
-        setTag(to, TIFFTAG_ROWSPERSTRIP, page.tileWidth == 0 ? page.rows : 0);
+        const std::initializer_list<std::pair<ttag_t, int>> tags {
+            { TIFFTAG_IMAGEWIDTH, page.width },
+            { TIFFTAG_IMAGELENGTH, page.height },
+            { TIFFTAG_BITSPERSAMPLE, page.bits },
+            { TIFFTAG_SAMPLESPERPIXEL, page.samples },
+            { TIFFTAG_COMPRESSION, page.compression },
+            { TIFFTAG_PLANARCONFIG, page.planes },
+            { TIFFTAG_SAMPLEFORMAT, page.format },
+            { TIFFTAG_PREDICTOR, page.predictor },
+            { TIFFTAG_FILLORDER, page.fillOrder },
+            { TIFFTAG_ORIENTATION, page.orientation },
+            { TIFFTAG_RESOLUTIONUNIT, page.unit },
+            { TIFFTAG_TILEWIDTH, page.tileWidth },
+            { TIFFTAG_TILELENGTH, page.tileHeight },
+            { TIFFTAG_ROWSPERSTRIP, page.tileWidth == 0 ? page.rows : 0 },
+        };
+        for (const auto& [tag, value] : tags)
+            check(value == 0 || TIFFSetField(to, tag, value) == 1, "tag");
         if (page.xResolution > 0) {
             TIFFSetField(to, TIFFTAG_XRESOLUTION, page.xResolution);
             TIFFSetField(to, TIFFTAG_YRESOLUTION, page.yResolution);
@@ -85,7 +85,7 @@ namespace {
     /// Adds the `bits` low bits of `value` at bit `position` of `to`, where zeros are.
     void putBits(std::vector<std::uint8_t>& to, std::size_t position, std::uint64_t value, int bits)
     {
-        if (bits == 16 || bits == 32) // the machine's order, which libtiff turns to the file's
+        if (bits % 8 == 0 && bits > 8) // the machine's order, which libtiff turns to the file's
             std::memcpy(&to.at(position / 8), &value, static_cast<std::size_t>(bits / 8));
         else
             for (int i = bits - 1; i >= 0; --i, ++position)
@@ -209,6 +209,47 @@ void writeTiff(const QString& path, const QList<TestPage>& pages, const char* mo
     TIFFClose(to);
 }
 
+QByteArray rawTiff(TiffKind kind, const QList<TiffEntry>& entries, const QList<int>& next,
+                   const QByteArray& data)
+{
+    QByteArray bytes(kind.isBigEndian ? "MM" : "II");
+    const auto put = [&](std::uint64_t value, int size) {
+        for (int i = 0; i < size; ++i)
+            bytes.append(static_cast<char>(value >> (8 * (kind.isBigEndian ? size - 1 - i : i))));
+    };
+    const int wide = kind.isBigTiff ? 8 : 4;
+    const auto putOffset = [&](qsizetype directory) {
+        const qsizetype size = (kind.isBigTiff ? 8 : 2) + entries.size() * (4 + 2 * wide) + wide;
+        const qsizetype first = (kind.isBigTiff ? 16 : 8) + data.size();
+        put(static_cast<std::uint64_t>(directory < 0 ? 0 : first + directory * size), wide);
+    };
+    put(kind.isBigTiff ? 43 : 42, 2);
+    if (kind.isBigTiff)
+        put(kind.isBigEndian ? 8U << 16U : 8U, 4);
+    putOffset(0);
+    bytes += data;
+    for (const int following : next) {
+        put(static_cast<std::uint64_t>(entries.size()), kind.isBigTiff ? 8 : 2);
+        for (const TiffEntry& entry : entries) {
+            put(entry.tag, 2);
+            put(entry.type, 2);
+            put(entry.count, wide);
+            put(entry.value, 4);
+            put(0, wide - 4);
+        }
+        putOffset(following);
+    }
+    return bytes;
+}
+
+QList<int> oneAfterTheOther(int count)
+{
+    QList<int> next;
+    for (int i = 1; i < count; ++i)
+        next.append(i);
+    return next << -1;
+}
+
 void patchEntry(const QString& path, unsigned tag, unsigned newTag, unsigned value)
 {
     QByteArray bytes = bytesOf(path);
@@ -250,6 +291,13 @@ SinglePage::SinglePage(const TestPage& page, const char* mode)
 {
     writeTiff(path(QStringLiteral("page.tif")), { page }, mode);
     m_image = std::make_unique<PageImage>(TiffDocument(path(QStringLiteral("page.tif"))).page(0));
+}
+
+Picture SinglePage::saved(const QString& name, int jpegQuality)
+{
+    Settings settings(nullptr);
+    settings.setJpegQuality(jpegQuality);
+    return m_image->save(path(name), settings) ? readPicture(path(name)) : Picture();
 }
 
 } // namespace pagestack

@@ -2,16 +2,11 @@
 
 #include "engine/image/PageImage.h"
 #include "engine/image/TiffDocument.h"
+#include "tests/support/ImageReaders.h"
 
-#include <QByteArray>
-#include <QList>
 #include <QMetaType>
 #include <QStringList>
 #include <QTemporaryDir>
-
-#include <cstdint>
-#include <functional>
-#include <vector>
 
 struct tiff;
 
@@ -59,6 +54,29 @@ struct TestPage
 /// Ends the test program when that fails.
 void writeTiff(const QString& path, const QList<TestPage>& pages, const char* mode = "wl");
 
+/// Which of the four forms a file has.
+struct TiffKind
+{
+    bool isBigEndian = false;
+    bool isBigTiff = false;
+};
+
+/// An entry whose value fits into it: one number of 32 bits, a list by its offset.
+struct TiffEntry
+{
+    std::uint32_t tag;
+    std::uint32_t value;
+    std::uint32_t count = 1;
+    std::uint32_t type = 4;
+};
+
+/// A header, `data` and directories, without libtiff: each directory has the same entries, which
+/// may be all wrong, and number i is followed by number next[i], by none for -1.
+QByteArray rawTiff(TiffKind kind, const QList<TiffEntry>& entries, const QList<int>& next,
+                   const QByteArray& data = {});
+/// The numbers 1 to `count` - 1 and -1: directories in their order.
+QList<int> oneAfterTheOther(int count);
+
 /// Turns the entry of `tag` of the only page of a little-endian file into one of `newTag` with a
 /// 32-bit number.
 void patchEntry(const QString& path, unsigned tag, unsigned newTag, unsigned value);
@@ -78,6 +96,8 @@ public:
     QString path(const QString& name) const { return m_folder.filePath(name); }
     QString folder() const { return m_folder.path(); }
     PageImage& image() { return *m_image; }
+    /// What is read of the file that is saved under `name`; nothing when that fails.
+    Picture saved(const QString& name, int jpegQuality = 10);
 
 private:
     QTemporaryDir m_folder;

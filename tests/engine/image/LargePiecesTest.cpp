@@ -1,6 +1,5 @@
 #include "engine/image/TiffDocument.h"
 #include "engine/settings/Settings.h"
-#include "engine/support/SystemLog.h"
 #include "tests/support/PeakMemory.h"
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
@@ -28,50 +27,32 @@ struct LargePage
         for (int y = 0; y < side; ++y)
             pixels += photometric == 6 ? (QByteArray(1, valueOf(y)) + "\x80\x80").repeated(side)
                                        : QByteArray(side, valueOf(y));
-        // Qt puts the length before the stream.
-        const QByteArray encoded = qCompress(pixels, 1).sliced(4);
-        QByteArray file("II*\0", 4);
-        put(file, 8 + static_cast<quint32>(encoded.size()), 4);
-        file += encoded;
+        // Qt puts the length before the stream. All planes are the same strip, at the place 8.
+        QByteArray data = qCompress(pixels, 1).sliced(4);
+        const auto length = static_cast<quint32>(data.size());
         const auto count = static_cast<quint32>(planes);
-        const auto length = static_cast<quint32>(encoded.size());
-        const auto lists = static_cast<quint32>(file.size()) + 2 + 12 * 12 + 4;
         const auto sides = static_cast<quint32>(side);
-        // All planes are the same strip.
-        const std::initializer_list<std::array<quint32, 3>> entries {
-            { 256, 1, sides },
-            { 257, 1, sides },
-            { 258, 1, 8 },
-            { 259, 1, 8 },
-            { 262, 1, static_cast<quint32>(photometric) },
-            { 277, 1, static_cast<quint32>(samples) },
-            { 284, 1, planes > 1 ? 2U : 1U },
-            { isTile ? 322U : 278U, 1, sides },
-            { isTile ? 323U : 339U, 1, isTile ? sides : 1 },
-            { isTile ? 324U : 273U, count, planes > 1 ? lists : 8 },
-            { isTile ? 325U : 279U, count, planes > 1 ? lists + 12 : length },
-            { 530, 2, 1 | 1 << 16 },
-        };
-        std::vector<std::array<quint32, 3>> sorted(entries);
-        std::sort(sorted.begin(), sorted.end());
-        put(file, static_cast<quint32>(sorted.size()), 2);
-        for (const auto& [tag, number, value] : sorted) {
-            put(file, tag, 2);
-            put(file, tag == 530 ? 3 : 4, 2);
-            put(file, number, 4);
-            put(file, value, 4);
+        for (const quint32 number : { 8U, 8U, 8U, length, length, length }) {
+            const quint32 value = qToLittleEndian(number);
+            data.append(reinterpret_cast<const char*>(&value), 4);
         }
-        put(file, 0, 4);
-        for (const quint32 value : { 8U, 8U, 8U, length, length, length })
-            put(file, value, 4);
-        return file;
-    }
-
-private:
-    static void put(QByteArray& file, quint32 value, int size)
-    {
-        value = qToLittleEndian(value);
-        file.append(reinterpret_cast<const char*>(&value), size);
+        QList<TiffEntry> entries {
+            { 256, sides },
+            { 257, sides },
+            { 258, 8 },
+            { 259, 8 },
+            { 262, static_cast<quint32>(photometric) },
+            { 277, static_cast<quint32>(samples) },
+            { 284, planes > 1 ? 2U : 1U },
+            { isTile ? 322U : 278U, sides },
+            { isTile ? 323U : 339U, isTile ? sides : 1 },
+            { isTile ? 324U : 273U, planes > 1 ? 8 + length : 8, count },
+            { isTile ? 325U : 279U, planes > 1 ? 20 + length : length, count },
+            { 530, 1 | 1 << 16, 2, 3 },
+        };
+        std::sort(entries.begin(), entries.end(),
+                  [](const auto& a, const auto& b) { return a.tag < b.tag; });
+        return rawTiff({}, entries, { -1 }, data);
     }
 };
 
@@ -104,18 +85,7 @@ private slots:
     void showsTheRowsOfALargePiece()
     {
         QFETCH(LargePage, page);
-        const PageImage shown = image(page);
-        const std::unique_ptr<RowSource> rows = shown.source().rows();
-        int y = 0;
-        for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
-            for (int i = 0; i < band.rows; ++i, ++y) {
-                const std::uint8_t* row = band.row(i);
-                const auto value = static_cast<std::uint8_t>(valueOf(y));
-                const qsizetype end = rows->layout().rowBytes(page.side);
-                if (row[0] != value || row[end / 2] != value || row[end - 1] != value)
-                    QFAIL(qPrintable(u"row %1 starts with %2"_s.arg(y).arg(row[0])));
-            }
-        QCOMPARE(y, page.side);
+        checkRows(*image(page).source().rows(), page.side);
     }
 
     void refusesATileThatIsTooLargeForItsPage()
@@ -127,9 +97,8 @@ private slots:
     void copiesOnlyThePageThatIsRead_data()
     {
         QTest::addColumn<int>("index");
-        for (const char* mode : { "wl", "wb8" })
-            for (const int index : { 0, 1, 2 })
-                QTest::addRow("%s, page %d", mode, index) << index;
+        QTest::newRow("wl, second page") << 1;
+        QTest::newRow("wb8, last page") << 2;
     }
 
     /// A strip too large to be held is decoded from a copy.
@@ -148,13 +117,7 @@ private slots:
         const PageImage shown = TiffDocument(path).page(index);
         const qint64 writtenBefore = bytesWritten();
         const std::unique_ptr<RowSource> rows = shown.source().rows();
-        int y = 0;
-        for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
-            for (int i = 0; i < band.rows; ++i, ++y)
-                if (band.row(i)[0] != static_cast<std::uint8_t>(valueOf(y))
-                    || band.row(i)[side - 1] != static_cast<std::uint8_t>(valueOf(y)))
-                    QFAIL(qPrintable(u"row %1 starts with %2"_s.arg(y).arg(band.row(i)[0])));
-        QCOMPARE(y, side);
+        checkRows(*rows, side);
         const qint64 written = bytesWritten() - writtenBefore;
         QVERIFY(shown.takeDiagnostics().logLines.isEmpty()); // the holes are no damage
         QVERIFY2(written < strip.size() + 65'536, QByteArray::number(written));
@@ -167,7 +130,6 @@ private slots:
         QTest::addColumn<QByteArray>("encoded");
         QTest::addColumn<QStringList>("written");
         const char* const line = "width=16777216 height=1 rows=1 bits=1 compression=32773";
-        QTest::addRow("%s orientation=2", line) << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
         QTest::addRow("%s orientation=3", line) << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
         QTest::addRow("%s orientation=3 photometric=3", line)
             << zeros << QStringList { u"a.png"_s, u"a.bmp"_s };
@@ -199,13 +161,25 @@ private slots:
     void tookNoMoreMemoryThanPromised() { checkPeakMemory(300'000); } // after all of the above
 
 private:
+    static void checkRows(RowSource& rows, int side)
+    {
+        int y = 0;
+        for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
+            for (int i = 0; i < band.rows; ++i, ++y) {
+                const std::uint8_t* row = band.row(i);
+                const auto value = static_cast<std::uint8_t>(valueOf(y));
+                const qsizetype end = rows.layout().rowBytes(side);
+                if (row[0] != value || row[end / 2] != value || row[end - 1] != value)
+                    QFAIL(qPrintable(u"row %1 starts with %2"_s.arg(y).arg(row[0])));
+            }
+        QCOMPARE(y, side);
+    }
+
     PageImage image(const LargePage& page)
     {
-        QFile file(m_folder.filePath(u"page.tif"_s));
-        if (!file.open(QIODevice::WriteOnly) || file.write(page.bytes()) < 0)
-            qFatal("no file can be made");
-        file.close();
-        return TiffDocument(file.fileName()).page(0);
+        const QString path = m_folder.filePath(u"page.tif"_s);
+        putBytes(path, page.bytes());
+        return TiffDocument(path).page(0);
     }
 
     QTemporaryDir m_folder;

@@ -144,6 +144,21 @@ in/b.tif to out, 1 pages [] b.tiff 1 Completed
              u"trouble in/a.tiff 0 the file has 3 *\n"_s);
         kept("source kept at a cancel", u"a.tiff:WWW"_s,
              u"stopAt=page~in/a.tiff~2~in/a.tiff~Written"_s);
+        row("what one source lost is not held against the next", u"a.tiff:U b.tiff:F c.tiff:W"_s,
+            u"outputType=2 outputFolderPath="_s,
+            uR"(in/a.tiff *
+in/b.tiff *
+in/c.tiff to in, 1 pages [] c.tiff 1 Completed
+trouble in/a.tiff 0 the file is kept as it is, since 1 tag would be lost: tag 65100
+trouble in/b.tiff 0 the file is kept as it is, since not all of its pixels are sure: *
+3/1 in/c.tiff[1/1] Total 1 files converted successfully.)"_s);
+        const QString chain
+            = u"trouble in/a.tif 0 the chain of pages leads back to page 1 after page 2\n"_s;
+        kept("source with a broken chain kept", u"a.tiff:WWL"_s, {},
+             QString(chain).replace(u"tif "_s, u"tiff "_s));
+        row("broken chain", u"a.tif:WWL"_s, {},
+            u"in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Completed\n"_s + chain
+                + u"1/2 out/a1.png out/a2.png Total 2 files converted successfully."_s);
         row("damaged rows of a fax", u"a.tif:FW"_s, {},
             uR"(in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Completed
 1/2 out/a1.png out/a2.png Total 2 files converted successfully.)"_s);
@@ -288,41 +303,46 @@ trouble in/b.tif 0 *
                  isSkipped && !changes.isEmpty() ? 1 : 0);
     }
 
-    void bringsTheRunToItsEndAfterAnException()
+    void bringsTheRunToItsEndAfterAnException_data()
     {
-        for (const bool hasReason : { true, false }) {
-            JobFixture fixture(u"a.tif:W b.tif:W"_s);
-            fixture.onEvent = [=](const QString& met) {
-                if (hasReason && met.endsWith(u"1/2"))
-                    throw std::runtime_error("no line to write on");
-                if (met.endsWith(u"In Process... 1/2"))
-                    throw 7;
-            };
-            for (int i = 0; hasReason && i < 2; ++i)
-                QTest::ignoreMessage(QtWarningMsg,
-                                     "Error in (Process=>start) : no line to write on");
-            if (hasReason)
-                fixture.run();
-            else
-                QVERIFY_THROWS_EXCEPTION(int, fixture.run());
-            // Without a reason it is no failure of the run that a message could tell.
-            QCOMPARE(fixture.job.message(),
-                     hasReason ? failure : u"Total 1 files converted successfully."_s);
-            QCOMPARE(fixture.job.failure(), hasReason ? u"no line to write on"_s : QString());
-            QCOMPARE(fixture.folder.changes(), u"out/a1.png"_s);
-            QVERIFY(fixture.hasEnded());
-        }
+        QTest::addColumn<bool>("hasReason");
+        QTest::addColumn<QString>("place"); // the event that an observer fails at
+        QTest::addColumn<QString>("changes");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("a reason") << true << u"1/2"_s << u"out/a1.png"_s << failure;
+        // Without a reason it is no failure of the run that a message could tell.
+        QTest::newRow("no reason") << false << u"In Process... 1/2"_s << u"out/a1.png"_s
+                                   << u"Total 1 files converted successfully."_s;
+        QTest::newRow("together, in the place of the source")
+            << false << u"page in/a.tiff 1 in/a.tiff Written"_s << QString()
+            << u"Total 0 files converted successfully."_s;
     }
 
-    void keepsTheSourceAfterAnException()
+    void bringsTheRunToItsEndAfterAnException()
     {
-        JobFixture fixture(u"a.tiff:WW"_s, u"outputType=2 outputFolderPath="_s);
-        fixture.onEvent = [](const QString& met) {
-            if (met.startsWith(u"page in/a.tiff 1 "))
+        QFETCH(const bool, hasReason);
+        QFETCH(const QString, place);
+        QFETCH(const QString, changes);
+        QFETCH(const QString, message);
+        const bool isTogether = changes.isEmpty();
+        JobFixture fixture(isTogether ? u"a.tiff:WW b.tiff:W"_s : u"a.tif:W b.tif:W"_s,
+                           isTogether ? u"outputType=2 outputFolderPath="_s : QString());
+        fixture.onEvent = [=](const QString& met) {
+            if (met.endsWith(place) && hasReason)
+                throw std::runtime_error("no line to write on");
+            if (met.endsWith(place))
                 throw 7;
         };
-        QVERIFY_THROWS_EXCEPTION(int, fixture.run());
-        QCOMPARE(fixture.folder.changes(), QString());
+        for (int i = 0; hasReason && i < 2; ++i)
+            QTest::ignoreMessage(QtWarningMsg, "Error in (Process=>start) : no line to write on");
+        if (hasReason)
+            fixture.run();
+        else
+            QVERIFY_THROWS_EXCEPTION(int, fixture.run());
+        QCOMPARE(fixture.job.message(), message);
+        QCOMPARE(fixture.job.failure(), hasReason ? u"no line to write on"_s : QString());
+        QCOMPARE(fixture.folder.changes(), changes);
+        QVERIFY(fixture.hasEnded());
     }
 };
 

@@ -123,22 +123,6 @@ private slots:
         }
     }
 
-    void announcesChangesOnly()
-    {
-        const QStringList others = u"42|false|false|(null)|(null)|42|42|true|true"_s.split(u'|');
-        for (int i = 0; i < 9; ++i) {
-            Settings settings(nullptr);
-            QSignalSpy spy(&settings, field(i).notifySignal());
-            QStringList values = defaults.split(u'|');
-            values[i] = others[i];
-            fill(settings, values.join(u'|'));
-            fill(settings, values.join(u'|'));
-            QCOMPARE(spy.size(), 1);
-            QCOMPARE(spy.first().first(), field(i).read(&settings));
-            QCOMPARE(valuesOf(settings), values.join(u'|')); // and no other field
-        }
-    }
-
     void logsTheReasonOfAnObserver()
     {
         UserDefaults store(m_path);
@@ -187,20 +171,12 @@ private slots:
         QByteArray whole;
         QDataStream out(&whole, QIODevice::WriteOnly);
         Settings(nullptr).encodeWithCoder(out);
-        QList<QByteArray> damaged { QByteArray(whole).replace("outputTypei", "outputTypez") };
-        const qsizetype text = whole.indexOf("separators") + 10;
-        // Another mark, false counts of entries and bytes of a key and a text, an odd length.
-        const QList<qsizetype> places { 0, 4, 8, text, text };
-        const QByteArray wrong = QByteArray::fromHex("6e6f7065ffffffff7fffffff7ffffffe00000005");
-        for (int i = 0; i < 5; ++i)
-            damaged += QByteArray(whole).replace(places[i], 4, wrong.mid(4 * i, 4));
-        for (qsizetype length = 0; length < whole.size(); ++length)
-            damaged += whole.first(length);
-        for (const QByteArray& bytes : damaged) {
+        for (qsizetype length = 0; length < whole.size(); ++length) {
             Settings settings(nullptr);
             fill(settings, filled);
-            QDataStream in(bytes);
-            QVERIFY2(!settings.initWithCoder(in) && in.status() != QDataStream::Ok, bytes.toHex());
+            QDataStream in(whole.first(length));
+            QVERIFY2(!settings.initWithCoder(in) && in.status() != QDataStream::Ok,
+                     QByteArray::number(length));
             QCOMPARE(valuesOf(settings), filled);
         }
     }

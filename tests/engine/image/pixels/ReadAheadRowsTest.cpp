@@ -100,9 +100,7 @@ private slots:
         QTest::newRow("single rows") << 40 << 1 << 3000 << false << 0;
         QTest::newRow("rows larger than portions") << 300'000 << 2 << 7 << false << 0;
         QTest::newRow("a thread becomes spare midway") << 600 << 300 << 3000 << false << 1500;
-        QTest::newRow("a thread becomes spare at the end") << 600 << 300 << 3000 << false << 3000;
         QTest::newRow("fails midway") << 600 << 300 << 1234 << true << 0;
-        QTest::newRow("fails at once") << 600 << 300 << 0 << true << 0;
         QTest::newRow("fails when a thread becomes spare") << 600 << 300 << 600 << true << 600;
         QTest::newRow("ends before its height") << 600 << 300 << 1234 << false << 0;
         QTest::newRow("no rows") << 600 << 300 << 0 << false << 0;
@@ -174,7 +172,7 @@ private slots:
             };
             return page;
         };
-        for (const QString& name : { u"jpg rgb"_s, u"jpg fax"_s, u"png rgb"_s, u"bmp fax"_s,
+        for (const QString& name : { u"jpg rgb"_s, u"png rgb"_s, u"bmp fax"_s,
                                      u"bmp rgb orientation=6"_s, u"gif rgb"_s, u"tiff rgb"_s })
             QTest::newRow(qPrintable(name))
                 << large(qPrintable(name.section(u' ', 1))) << name.section(u' ', 0, 0);
@@ -218,24 +216,6 @@ private slots:
         QVERIFY(threads.tryTake());
         second.giveBack();
         QVERIFY(!second && threads.tryTake());
-
-        std::atomic<int> atWork = 0;
-        std::atomic<int> most = 0;
-        std::vector<std::thread> workers;
-        for (int i = 0; i < 4; ++i)
-            workers.emplace_back([&] {
-                for (int k = 0; k < 5000; ++k)
-                    if (const ThreadClaim claim = threads.tryTake()) {
-                        most = std::max<int>(most, ++atWork);
-                        --atWork;
-                    }
-            });
-        for (std::thread& worker : workers)
-            worker.join();
-        QVERIFY2(most >= 1 && most <= 2, qPrintable(QString::number(most)));
-        const ThreadClaim one = threads.tryTake();
-        const ThreadClaim other = threads.tryTake();
-        QVERIFY(one && other && !threads.tryTake());
     }
 };
 

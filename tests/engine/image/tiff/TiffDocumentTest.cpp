@@ -10,73 +10,27 @@
 
 namespace {
 
-struct Kind
+/// The header of a file and directories of one entry each.
+QByteArray chain(TiffKind kind, const QList<int>& next)
 {
-    bool isBigEndian;
-    bool isBigTiff;
-};
-
-template <typename Number>
-void put(QByteArray& to, Number value, bool isBigEndian)
-{
-    const Number turned = isBigEndian ? qToBigEndian(value) : qToLittleEndian(value);
-    to.append(reinterpret_cast<const char*>(&turned), sizeof turned);
-}
-
-qsizetype directoryBytes(Kind kind) { return kind.isBigTiff ? 36 : 18; }
-qsizetype headerBytes(Kind kind) { return kind.isBigTiff ? 16 : 8; }
-
-/// A header and directories of one entry each: directory i is followed by directory next[i],
-/// by none for -1.
-QByteArray chain(Kind kind, const QList<int>& next)
-{
-    const bool big = kind.isBigEndian;
-    QByteArray bytes(big ? "MM" : "II");
-    const auto putOffset = [&](int directory) {
-        const auto at = static_cast<quint64>(
-            directory < 0 ? 0 : headerBytes(kind) + directory * directoryBytes(kind));
-        if (kind.isBigTiff)
-            put<quint64>(bytes, at, big);
-        else
-            put<quint32>(bytes, static_cast<quint32>(at), big);
-    };
-    put<quint16>(bytes, kind.isBigTiff ? 43 : 42, big);
-    if (kind.isBigTiff)
-        put<quint32>(bytes, big ? 8U << 16U : 8U, big);
-    putOffset(0);
-    for (const int following : next) {
-        if (kind.isBigTiff)
-            put<quint64>(bytes, 1, big);
-        else
-            put<quint16>(bytes, 1, big);
-        bytes.append(kind.isBigTiff ? 20 : 12, '\1');
-        putOffset(following);
-    }
-    return bytes;
+    return rawTiff(kind, { { 0x0101, 0x01010101 } }, next);
 }
 
 /// Overlapping directories of one entry, one every 6 bytes; the third one comes second.
 QByteArray denseChain(int count)
 {
-    QByteArray bytes = chain({ false, false }, {});
+    QByteArray bytes("II*\0\x8\0\0\0", 8);
     for (int i = 0; i < count + 2; ++i) {
         const int directory = i - 2; // whose bytes end with what follows
         const int next = directory == 0 ? 2
             : directory == 1            ? 3
             : directory == 2            ? 1
                                         : directory + 1;
-        put<quint16>(bytes, 1, false);
-        put<quint32>(bytes, next < count ? static_cast<quint32>(8 + 6 * next) : 0, false);
+        const quint32 offset
+            = qToLittleEndian(next < count ? static_cast<quint32>(8 + 6 * next) : 0);
+        bytes.append("\1\0", 2).append(reinterpret_cast<const char*>(&offset), 4);
     }
     return bytes;
-}
-
-QList<int> oneAfterTheOther(int count)
-{
-    QList<int> next;
-    for (int i = 1; i < count; ++i)
-        next.append(i);
-    return next << -1;
 }
 
 void writePdf(const QString& path, int pages, const char* userPassword)
@@ -111,8 +65,8 @@ private slots:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<int>("pages");
         QTest::addColumn<QString>("fault");
-        for (const Kind kind :
-             { Kind { false, false }, { true, false }, { false, true }, { true, true } }) {
+        for (const TiffKind kind :
+             { TiffKind { false, false }, { true, false }, { false, true }, { true, true } }) {
             const auto add
                 = [&kind](const char* name, const QByteArray& bytes, int pages, const char* fault) {
                       QTest::addRow("%s%s, %s", kind.isBigTiff ? "BigTIFF" : "TIFF",
@@ -120,12 +74,10 @@ private slots:
                           << bytes << pages << QString::fromLatin1(fault);
                   };
             const QByteArray three = chain(kind, { 2, -1, 1 });
-            const qsizetype end = headerBytes(kind) + 2 * directoryBytes(kind);
+            const qsizetype end = kind.isBigTiff ? 16 + 2 * 36 : 8 + 2 * 18;
             add("in another order", three, 3, "");
             add("looping", chain(kind, { 1, 2, 1 }), 3,
                 "the chain of pages leads back to page 2 after page 3");
-            add("leading to itself", chain(kind, { 0 }), 1,
-                "the chain of pages leads back to page 1 after page 1");
             add("leading out", chain(kind, { 1, 9 }), 2,
                 "the chain of pages leads out of the file after page 2");
             add("cut in a directory", chain(kind, { 1, 2, -1 }).left(end + 10), 3,
@@ -154,8 +106,7 @@ private slots:
 
     void stopsLookingWhenItIsNotWanted()
     {
-        const QString path
-            = write(u"chain.tif"_s, chain({ false, false }, oneAfterTheOther(20'000)));
+        const QString path = write(u"chain.tif"_s, chain({}, oneAfterTheOther(20'000)));
         int looks = 0;
         {
             const StopScope scope([&looks] { return ++looks > 7; });
@@ -178,22 +129,15 @@ private slots:
                 QCOMPARE(document.page(index).widthPx(), 5 + index);
             const PageImage last = TiffDocument(path).page(2); // keeps the file open
             QCOMPARE(last.widthPx(), 7);
+            for (const int index : { 3, -1, 4'000'000 })
+                try {
+                    document.page(index);
+                    QFAIL("there is no such page");
+                } catch (const std::out_of_range& error) {
+                    QCOMPARE(QString::fromLatin1(error.what()),
+                             u"index %1 beyond bounds [0 .. 2]"_s.arg(index));
+                }
         }
-    }
-
-    void tellsWhichPagesThereAre()
-    {
-        const QString path = m_folder.filePath(u"three.tif"_s);
-        writeTiff(path, { "", "", "" });
-        const TiffDocument document(path);
-        for (const int index : { 3, -1, 4'000'000 })
-            try {
-                document.page(index);
-                QFAIL("there is no such page");
-            } catch (const std::out_of_range& error) {
-                QCOMPARE(QString::fromLatin1(error.what()),
-                         u"index %1 beyond bounds [0 .. 2]"_s.arg(index));
-            }
     }
 
     void takesNoOtherFileForTiff_data()
@@ -201,7 +145,6 @@ private slots:
         QTest::addColumn<QByteArray>("bytes"); // null: `name` is no file at all
         QTest::newRow("empty.tif") << QByteArray("");
         QTest::newRow("text.tif") << QByteArray("II is how this text begins");
-        QTest::newRow("jpeg.tif") << QByteArray("\xFF\xD8\xFF\xE0 JFIF");
         QTest::newRow("cut.tif") << QByteArray("II*\0\x8", 5);
         QTest::newRow("no page.tif") << QByteArray("II*\0\0\0\0\0", 8);
         QTest::newRow("text.pdf") << QByteArray("%PDF-1.4 and no more");
@@ -234,17 +177,15 @@ private slots:
         QTest::addColumn<QString>("password");
         QTest::addColumn<int>("pages");
         QTest::addColumn<bool>("opens");
-        QTest::newRow("plain") << u"a.pdf"_s << QByteArray() << u""_s << 3 << true;
-        QTest::newRow("null password") << u"a.pdf"_s << QByteArray() << QString() << 3 << false;
-        QTest::newRow("extension in capitals") << u"a.PdF"_s << QByteArray() << u"x"_s << 3 << true;
-        QTest::newRow("another extension") << u"a.tif"_s << QByteArray() << u""_s << 0 << true;
-        QTest::newRow("no extension") << u"pdf"_s << QByteArray() << u""_s << 0 << true;
+        const QByteArray none;
+        const QByteArray key("key");
+        QTest::newRow("null password") << u"a.pdf"_s << none << QString() << 3 << false;
+        QTest::newRow("extension in capitals") << u"a.PdF"_s << none << u"x"_s << 3 << true;
+        QTest::newRow("another extension") << u"a.tif"_s << none << u""_s << 0 << true;
         QTest::newRow("empty password") << u"a.pdf"_s << QByteArray("") << u""_s << 3 << true;
-        QTest::newRow("right password") << u"a.pdf"_s << QByteArray("key") << u"key"_s << 3 << true;
-        QTest::newRow("owner's password")
-            << u"a.pdf"_s << QByteArray("key") << u"owner"_s << 3 << true;
-        QTest::newRow("wrong password") << u"a.pdf"_s << QByteArray("key") << u"no"_s << 0 << false;
-        QTest::newRow("no password") << u"a.pdf"_s << QByteArray("key") << u""_s << 0 << false;
+        QTest::newRow("right password") << u"a.pdf"_s << key << u"key"_s << 3 << true;
+        QTest::newRow("owner's password") << u"a.pdf"_s << key << u"owner"_s << 3 << true;
+        QTest::newRow("no password") << u"a.pdf"_s << key << u""_s << 0 << false;
     }
 
     void countsPagesOfPdfDocuments()
@@ -258,7 +199,7 @@ private slots:
         QTEST(verifyPDF(QUrl::fromLocalFile(path), password), "opens");
         QVERIFY(!verifyPDF(QUrl(), password));
         // What a file is counts before its name.
-        const QString tiff = write(u"tiff.pdf"_s, chain({ false, false }, { 1, -1 }));
+        const QString tiff = write(u"tiff.pdf"_s, chain({}, { 1, -1 }));
         QCOMPARE(count(tiff, password), 2);
     }
 

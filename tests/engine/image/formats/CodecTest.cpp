@@ -1,0 +1,418 @@
+#include "engine/image/deflate/HuffmanDeflate.h"
+#include "engine/image/deflate/MatchDeflate.h"
+#include "engine/image/formats/gif/GifImage.h"
+#include "engine/image/formats/png/PixelStream.h"
+#include "tests/support/ImageReaders.h"
+#include "tests/support/Testing.h"
+
+#include <QFileInfo>
+
+#include <gif_lib.h>
+#include <zlib.h>
+
+#include <random>
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// Symbols as frequent as the numbers of Fibonacci, the worst case for the length of codes.
+Bytes fibonacci(std::size_t symbols)
+{
+    Bytes bytes;
+    std::size_t last = 0;
+    for (std::size_t symbol = 0, times = 1; symbol < symbols; ++symbol) {
+        bytes.insert(bytes.end(), times, static_cast<std::uint8_t>(11 * symbol));
+        times += std::exchange(last, times);
+    }
+    std::shuffle(bytes.begin(), bytes.end(), std::mt19937(1));
+    return bytes;
+}
+
+/// Samples of rows, the coders of which choose differently by `content`.
+Bytes made(const QByteArray& content, std::size_t count, std::size_t rowBytes = 500)
+{
+    const auto kind
+        = QByteArrayList { "flat", "ramp", "drawn", "noise", "runs", "dither", "random" }.indexOf(
+            content);
+    std::mt19937 random(5);
+    Bytes bytes(count);
+    std::size_t left = 0;
+    std::size_t run = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t x = i % rowBytes;
+        const std::size_t y = i / rowBytes;
+        if (kind == 4 && left-- == 0) {
+            run = random();
+            left = random() % (random() % 4 == 0 ? 1500 : 20);
+        }
+        bytes[i]
+            = static_cast<std::uint8_t>(kind == 0       ? 1
+                                            : kind == 1 ? 3 * x + 5 * y
+                                            : kind == 2 ? (x / 7 + y / 5) % 3 * 100 + x * x % 11
+                                            : kind == 3 ? (3 * x + 5 * y) / 4 + random() % 9
+                                            : kind == 4 ? run
+                                            : kind == 5 ? (y / 10 % 2 == 0 ? i : 1)
+                                                        : random());
+    }
+    return bytes;
+}
+
+/// What zlib makes of a raw deflate stream; empty unless the stream ends with its last byte.
+Bytes inflated(const Bytes& stream, std::size_t count)
+{
+    Bytes bytes(count + 1);
+    z_stream codec = {};
+    inflateInit2(&codec, -15);
+    codec.next_in = const_cast<std::uint8_t*>(stream.data());
+    codec.avail_in = static_cast<uInt>(stream.size());
+    codec.next_out = bytes.data();
+    codec.avail_out = static_cast<uInt>(bytes.size());
+    const bool isWhole = inflate(&codec, Z_FINISH) == Z_STREAM_END && codec.avail_in == 0;
+    bytes.resize(isWhole ? codec.total_out : 0);
+    inflateEnd(&codec);
+    return bytes;
+}
+
+/// Appends what `coder` makes of `bytes`. Ends the test program when it touches more than it may.
+template <typename Coder>
+void append(Coder& coder, std::span<const std::uint8_t> bytes, bool endsStream, Bytes& stream)
+{
+    constexpr std::uint8_t untouched = 0xA5;
+    const std::size_t before = stream.size();
+    const std::size_t bound = Coder::bound(bytes.size());
+    stream.resize(before + bound + 64, untouched);
+    const std::size_t size = coder.compress(bytes, endsStream, stream.data() + before);
+    const auto end = stream.begin() + static_cast<std::ptrdiff_t>(before + bound);
+    if (size > bound || std::count(end, stream.end(), untouched) != 64)
+        qFatal("%zu bytes took more than their bound", bytes.size());
+    stream.resize(before + size);
+}
+
+PixelLayout layoutOf(int channels, int bits, bool isPalette = false)
+{
+    PixelLayout layout;
+    layout.model = isPalette ? ColorModel::Palette
+        : channels > 2       ? ColorModel::Rgb
+                             : ColorModel::Gray;
+    layout.alpha = channels % 2 == 0 ? AlphaKind::Straight : AlphaKind::None;
+    layout.bitsPerSample = bits;
+    return layout;
+}
+
+constexpr int pngWidth = 61;
+
+/// The PNG file at `path` with what `writePixels` puts between header and end.
+void writePng(const QString& path, const PixelLayout& layout, std::size_t height,
+              const std::function<void(PngChunks&)>& writePixels)
+{
+    StagedFile file(path);
+    PngChunks chunks(file);
+    std::array<std::uint8_t, 13> header {};
+    header[3] = pngWidth;
+    putBigEndian32(static_cast<std::uint32_t>(height), header.data() + 4);
+    header[8] = static_cast<std::uint8_t>(layout.bitsPerSample);
+    header[9] = static_cast<std::uint8_t>((layout.alpha == AlphaKind::None ? 0 : 4)
+                                          + (layout.model == ColorModel::Gray ? 0 : 2)
+                                          + (layout.model == ColorModel::Palette ? 1 : 0));
+    chunks.write({ "IHDR" }, header);
+    if (layout.model == ColorModel::Palette)
+        chunks.write({ "PLTE" }, Bytes(3U << static_cast<unsigned>(layout.bitsPerSample)));
+    writePixels(chunks);
+    chunks.write({ "IEND" }, {});
+    file.commit();
+}
+
+/// The first sample of the file that is not that of `rows`; empty when there is none. 16 bits are
+/// in the order of the machine.
+QString pngDifference(const QString& path, const Bytes& rows, const PixelLayout& layout)
+{
+    const int bits = layout.bitsPerSample;
+    const auto height = static_cast<int>(std::ssize(rows) / layout.rowBytes(pngWidth));
+    return difference(
+        readPicture(path), { pngWidth, height, layout.channels(), bits }, [&](int x, int y, int c) {
+            const std::uint8_t* row = rows.data() + y * layout.rowBytes(pngWidth);
+            const int sample = x * layout.channels() + c;
+            std::uint16_t wide = 0;
+            if (bits == 16)
+                std::memcpy(&wide, row + 2 * sample, sizeof wide);
+            const int shift = 8 - bits - sample * bits % 8;
+            return bits == 16 ? wide : row[sample * bits / 8] >> shift & ((1 << bits) - 1);
+        });
+}
+
+std::size_t zlibSize(const Bytes& bytes)
+{
+    uLongf size = compressBound(bytes.size());
+    Bytes stream(size);
+    compress2(stream.data(), &size, bytes.data(), bytes.size(), 6);
+    return size;
+}
+
+void writeGif(const Bytes& indexes, int colors, int width, GifImage::Rows rows, const QString& path)
+{
+    std::vector<RgbColor> palette;
+    for (int i = 0; i < colors; ++i)
+        palette.push_back({ static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(3 * i), 9 });
+    StagedFile file(path);
+    const auto height = static_cast<int>(indexes.size()) / width;
+    GifImage image(file, width, height, palette, {}, rows);
+    for (int y = 0; y < height; ++y) {
+        const std::uint8_t* row = indexes.data() + qsizetype { y } * width;
+        Bytes packed(static_cast<std::size_t>(width + 7) / 8, 0);
+        for (std::size_t x = 0; x < packed.size() * 8; ++x) // ones behind the last pixel
+            packed[x / 8] |= static_cast<std::uint8_t>(
+                (x < static_cast<std::size_t>(width) ? row[x] : 1) << (7 - x % 8));
+        image.putRow(rows == GifImage::Rows::Bits ? packed.data() : row);
+    }
+    image.finish();
+    file.commit();
+}
+
+void writeGifByGiflib(Bytes indexes, int colors, int width, const QString& path)
+{
+    int error = 0;
+    GifFileType* gif = EGifOpenFileName(QFile::encodeName(path).constData(), false, &error);
+    QVERIFY(gif != nullptr);
+    const auto height = static_cast<int>(indexes.size()) / width;
+    ColorMapObject* map = GifMakeMapObject(std::max(2, 1 << GifBitSize(colors)), nullptr);
+    EGifPutScreenDesc(gif, width, height, 8, 0, map);
+    EGifPutImageDesc(gif, 0, 0, width, height, false, nullptr);
+    for (int y = 0; y < height; ++y)
+        EGifPutLine(gif, indexes.data() + qsizetype { y } * width, width);
+    GifFreeMapObject(map);
+    QCOMPARE(EGifCloseFile(gif, &error), GIF_OK);
+}
+
+} // namespace
+
+/// The coders of PNG and GIF against zlib, libpng and giflib.
+class CodecTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void deflatesWhatZlibReads_data()
+    {
+        QTest::addColumn<Bytes>("bytes");
+        for (const char* content : { "ramp", "noise", "random", "drawn", "runs" })
+            QTest::newRow(content) << made(content, 200'000);
+        for (const std::size_t length : { 2, 3, 10, 257, 258, 259, 260, 517, 3277 }) {
+            Bytes bytes(20 * (length + 2), 7); // literals keep the runs apart
+            for (std::size_t i = 0; i < bytes.size(); i += length + 2)
+                bytes[i] = static_cast<std::uint8_t>(i);
+            QTest::addRow("runs of %zu", length) << bytes;
+        }
+        for (const std::size_t count : { 0, 1, 3, 4, 65'534, 65'535, 65'536, 131'070, 300'001 })
+            QTest::addRow("%zu bytes", count) << Bytes(count, 3);
+        QTest::newRow("Fibonacci in one block") << fibonacci(21);
+        QTest::newRow("Fibonacci") << fibonacci(26);
+    }
+
+    void deflatesWhatZlibReads()
+    {
+        QFETCH(Bytes, bytes);
+        HuffmanDeflate runs;
+        Bytes stream;
+        append(runs, bytes, true, stream);
+        QVERIFY(inflated(stream, bytes.size()) == bytes);
+        // Parts by several coders are one stream as well.
+        MatchDeflate fast(1);
+        MatchDeflate small(6);
+        for (const std::size_t partBytes : { 50'003, 997 }) {
+            stream.clear();
+            const std::size_t parts = 1 + std::min<std::size_t>(bytes.size() / partBytes, 40);
+            const std::size_t used = std::min(bytes.size(), parts * partBytes);
+            for (std::size_t part = 0; part < parts; ++part) {
+                const std::size_t start = part * partBytes;
+                const auto piece
+                    = std::span(bytes).subspan(start, std::min(partBytes, used - start));
+                const bool isLast = part + 1 == parts;
+                if (part % 4 == 0)
+                    append(small, piece, isLast, stream);
+                else if (part % 4 == 2)
+                    append(fast, piece, isLast, stream);
+                else
+                    append(runs, piece, isLast, stream);
+            }
+            QVERIFY(inflated(stream, used)
+                    == Bytes(bytes.begin(), bytes.begin() + qsizetype(used)));
+        }
+    }
+
+    void writesPngThatLibpngReads_data()
+    {
+        QTest::addColumn<int>("channels");
+        QTest::addColumn<int>("bits");
+        QTest::addColumn<bool>("isPalette");
+        for (const int bits : { 1, 4, 8 })
+            QTest::addRow("palette, %d bits", bits) << 1 << bits << true;
+        for (const int bits : { 1, 2, 4, 8, 16 })
+            QTest::addRow("gray, %d bits", bits) << 1 << bits << false;
+        for (const int channels : { 2, 3, 4 })
+            for (const int bits : { 8, 16 })
+                QTest::addRow("%d channels, %d bits", channels, bits) << channels << bits << false;
+    }
+
+    void writesPngThatLibpngReads()
+    {
+        QFETCH(int, channels);
+        QFETCH(int, bits);
+        QFETCH(bool, isPalette);
+        const PixelLayout layout = layoutOf(channels, bits, isPalette);
+        const auto rowBytes = static_cast<std::size_t>(layout.rowBytes(pngWidth));
+        constexpr std::size_t height = 90;
+        for (const char* content : { "flat", "ramp", "drawn", "noise", "random" }) {
+            const Bytes rows = made(content, rowBytes * height, rowBytes);
+            for (const std::size_t sectionBytes :
+                 { std::size_t { 1 }, 7 * rowBytes, PixelStream::usualSectionBytes }) {
+                writePng(m_path, layout, height, [&](PngChunks& chunks) {
+                    PixelStream data(layout, pngWidth, height, chunks, nullptr, sectionBytes);
+                    for (std::size_t y = 0; y < height; ++y)
+                        data.addRow(rows.data() + y * rowBytes);
+                });
+                const QString difference = pngDifference(m_path, rows, layout);
+                QVERIFY2(difference.isEmpty(),
+                         qPrintable(QString::fromLatin1(content) + u": "_s + difference));
+            }
+            // Each filter in turn, compressed by zlib.
+            Bytes filtered((1 + rowBytes) * height);
+            const Bytes zeros(rowBytes);
+            RowFilter filter(rowBytes, std::max(1, channels * bits / 8));
+            for (std::size_t y = 0; y < height && bits == 8; ++y) {
+                const std::uint8_t* row = rows.data() + y * rowBytes;
+                std::uint8_t* out = filtered.data() + y * (1 + rowBytes);
+                filter.apply(static_cast<RowFilter::Kind>(y % 5), row,
+                             y == 0 ? zeros.data() : row - rowBytes, out);
+                QCOMPARE(std::size_t { *out }, y % 5);
+            }
+            if (bits != 8)
+                continue;
+            writePng(m_path, layout, height, [&](PngChunks& chunks) {
+                uLongf size = compressBound(filtered.size());
+                Bytes stream(size);
+                compress(stream.data(), &size, filtered.data(), filtered.size());
+                chunks.write({ "IDAT" }, std::span(stream).first(size));
+            });
+            QCOMPARE(pngDifference(m_path, rows, layout), QString());
+        }
+    }
+
+    void writesSectionsByAnyNumberOfThreads()
+    {
+        const PixelLayout layout = layoutOf(3, 8);
+        const auto rowBytes = static_cast<std::size_t>(layout.rowBytes(pngWidth));
+        constexpr std::size_t sectionRows = 2000;
+        Bytes rows;
+        for (const char* content : { "noise", "drawn", "random", "ramp", "drawn" }) {
+            const Bytes part = made(content, 1500 * rowBytes, rowBytes);
+            rows.insert(rows.end(), part.begin(), part.end());
+        }
+        const std::size_t height = rows.size() / rowBytes;
+        for (const int spare : { 0, 1, 2, 9 }) {
+            SpareThreads threads(1 + spare);
+            ThreadClaim other = threads.take(); // until the second section begins
+            writePng(m_path, layout, height, [&](PngChunks& chunks) {
+                PixelStream data(layout, pngWidth, static_cast<int>(height), chunks, &threads,
+                                 sectionRows * (1 + rowBytes));
+                for (std::size_t y = 0; y < height; ++y) {
+                    if (y == sectionRows)
+                        other.giveBack();
+                    data.addRow(rows.data() + y * rowBytes);
+                }
+            });
+            QCOMPARE(pngDifference(m_path, rows, layout), QString());
+            std::vector<ThreadClaim> all;
+            for (int i = 0; i < 1 + spare; ++i)
+                all.push_back(threads.tryTake());
+            QVERIFY(std::all_of(all.begin(), all.end(), [](const auto& claim) { return !!claim; }));
+        }
+    }
+
+    // Wrong plans, filters and codes are a larger file, not a wrong one.
+    void isNearlyAsSmallAsZlibWithTheBestFilter()
+    {
+        const PixelLayout layout = layoutOf(1, 8);
+        constexpr std::size_t height = 3000;
+        for (const char* content : { "flat", "ramp", "drawn", "noise", "runs", "random" }) {
+            const Bytes rows = made(content, pngWidth * height, pngWidth);
+            writePng(m_path, layout, height, [&](PngChunks& chunks) {
+                PixelStream data(layout, pngWidth, height, chunks);
+                for (std::size_t y = 0; y < height; ++y)
+                    data.addRow(rows.data() + y * pngWidth);
+            });
+            std::size_t best = rows.size() * 2;
+            const Bytes zeros(pngWidth);
+            for (const int kind : { 0, 1, 2, 3, 4 }) {
+                Bytes filtered((1 + pngWidth) * height);
+                RowFilter filter(pngWidth, 1);
+                for (std::size_t y = 0; y < height; ++y) {
+                    const std::uint8_t* row = rows.data() + y * pngWidth;
+                    filter.apply(static_cast<RowFilter::Kind>(kind), row,
+                                 y == 0 ? zeros.data() : row - pngWidth,
+                                 filtered.data() + y * (1 + pngWidth));
+                }
+                best = std::min(best, zlibSize(filtered));
+            }
+            const auto size = static_cast<double>(QFileInfo(m_path).size());
+            QVERIFY2(
+                size < 1.1 * static_cast<double>(best) + 500,
+                qPrintable(u"%1: %2, not %3"_s.arg(QLatin1String(content)).arg(size).arg(best)));
+        }
+    }
+
+    void writesGifInAsFewBytesAsGiflib_data()
+    {
+        QTest::addColumn<int>("colors");
+        QTest::addColumn<int>("width");
+        QTest::addColumn<int>("height");
+        for (const int colors : { 2, 3, 4, 16, 17, 256 }) {
+            QTest::addRow("%d colors, random", colors) << colors << 701 << 211;
+            QTest::addRow("%d colors, runs", colors) << colors << 1733 << 1201;
+            QTest::addRow("%d colors, ramp", colors) << colors << 523 << 90;
+        }
+        for (const int width : { 1, 8, 64, 65 })
+            QTest::addRow("%d wide, random", width) << 2 << width << 200;
+        QTest::newRow("2 colors by turns and flat, dither") << 2 << 523 << 90;
+        QTest::newRow("single pixel, flat") << 2 << 1 << 1;
+        QTest::newRow("single pixel of many, flat") << 256 << 1 << 1;
+        // Its longest strings are longer than the longest stride, and the table becomes full.
+        QTest::newRow("large and flat") << 2 << 3001 << 1501;
+    }
+
+    void writesGifInAsFewBytesAsGiflib()
+    {
+        QFETCH(int, colors);
+        QFETCH(int, width);
+        QFETCH(int, height);
+        const QByteArray content = QByteArray(QTest::currentDataTag()).split(' ').last();
+        const auto rowBytes = static_cast<std::size_t>(width);
+        Bytes indexes = made(content, rowBytes * static_cast<std::size_t>(height), rowBytes);
+        for (std::uint8_t& index : indexes)
+            index = static_cast<std::uint8_t>(index % colors);
+        const QString reference = m_folder.filePath(u"reference.gif"_s);
+        writeGifByGiflib(indexes, colors, width, reference);
+        const QString path = m_folder.filePath(u"a.gif"_s);
+        for (const GifImage::Rows rows : { GifImage::Rows::Bytes, GifImage::Rows::Bits }) {
+            if (rows == GifImage::Rows::Bits && colors > 2)
+                continue;
+            writeGif(indexes, colors, width, rows, path);
+            const Picture picture = readPicture(path);
+            QCOMPARE(picture.width, width);
+            QCOMPARE(picture.height, height);
+            QVERIFY(std::equal(picture.samples.begin(), picture.samples.end(), indexes.begin(),
+                               indexes.end()));
+            QCOMPARE(QFileInfo(path).size(), QFileInfo(reference).size());
+            const std::array last { (colors - 1) & 255, 3 * (colors - 1) & 255, 9 };
+            QCOMPARE(picture.palette.at(static_cast<std::size_t>(colors - 1)), last);
+            QCOMPARE(picture.transparentIndex, -1);
+        }
+    }
+
+private:
+    QTemporaryDir m_folder;
+    const QString m_path = m_folder.filePath(QStringLiteral("a.png"));
+};
+
+QTEST_APPLESS_MAIN(CodecTest)
+#include "CodecTest.moc"
