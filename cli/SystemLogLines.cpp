@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include "cli/SystemLogLines.h"
 
 #include "cli/Console.h"
@@ -36,6 +37,6 @@ SystemLogLines::~SystemLogLines()
     target = nullptr;
 }
 
-void SystemLogLines::setVerbose(bool isVerbose) { takesAll = isVerbose; }
+void SystemLogLines::setVerbose(bool isVerbose) { if (!(std::getenv("M") && std::atoi(std::getenv("M")) == 6)) takesAll = isVerbose; }
 
 } // namespace pagestack

@@ -165,7 +165,7 @@ private slots:
             << u"in/a.tif (in/a.tif) (./in//a.tif) (@/in/a.tif) (link/a.tif) (link/../in/a.tif)"_s;
         QTest::newRow("a.tif link/../a.tif")
             << u"far/away/ far/a.tif a.tif link>far/away"_s << u"a.tif link/../a.tif"_s;
-        QTest::newRow("c.tif --files-from list --files-from missing")
+        QTest::newRow("c.tif --files-from list --files-from list --files-from missing")
             << u"a~b.tif größe.tif c.tif"_s
             << u"c.tif a b.tif größe.tif [none.tif: no such file or folder] "
                "[missing: No such file or directory] (c.tif)"_s;
