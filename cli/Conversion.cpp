@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include "cli/Conversion.h"
 
 #include "cli/Console.h"
@@ -124,8 +123,8 @@ namespace {
     void Conversion::takeSettings()
     {
         m_settings.setOutputType(static_cast<int>(m_options.outputType));
-        if (!(std::getenv("M") && std::atoi(std::getenv("M")) == 1)) m_settings.setJpegQuality(m_options.jpegQuality);
-        if (!(std::getenv("M") && std::atoi(std::getenv("M")) == 2)) m_settings.setTiffCompressionIndex(static_cast<int>(m_options.tiffCompression));
+        m_settings.setJpegQuality(m_options.jpegQuality);
+        m_settings.setTiffCompressionIndex(static_cast<int>(m_options.tiffCompression));
         m_settings.setIsSplitTIFFIntoSinglePages(m_options.isSplit);
         m_settings.setSeparator(m_options.separator);
         m_settings.setIsOpenFolderAfterConversion(false);
@@ -227,7 +226,7 @@ namespace {
         report.listenTo(job);
         job.setOutputFiles(m_outputs);
         job.setSettings(&m_settings);
-        if (!(std::getenv("M") && std::atoi(std::getenv("M")) == 3)) job.setJobs(m_options.jobs);
+        job.setJobs(m_options.jobs);
         job.setKeepsExisting(m_options.onExists != OnExists::Overwrite);
         job.setTotalFileSelected(static_cast<int>(m_outputs.size()));
         if (m_options.onExists == OnExists::Skip)
@@ -262,7 +261,7 @@ namespace {
             m_console.trouble(u"the run ended early: %1"_s.arg(job.failure()));
         if (endedBadly)
             m_console.trouble(u"the run was ended by an unknown error"_s);
-        m_hasFailures = m_hasFailures || (isCutShort && !(std::getenv("M") && std::atoi(std::getenv("M")) == 10)) || endedBadly;
+        m_hasFailures = m_hasFailures || isCutShort || endedBadly;
     }
 
     /// Before anything is written. A folder that was made for the output goes again.

@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include "cli/Preflight.h"
 
 #include "cli/Options.h"
@@ -65,7 +64,7 @@ QString checkedOutputFolder(const QString& folder)
     const QFileInfo parent(folderPart(path));
     if (!info.exists() && !parent.isDir())
         throw OutputRefused(u"output folder %1 and its parent are missing"_s.arg(folder));
-    if (!info.exists() && !parent.isWritable() && !(std::getenv("M") && std::atoi(std::getenv("M")) == 11))
+    if (!info.exists() && !parent.isWritable())
         throw OutputRefused(u"output folder %1 cannot be made"_s.arg(folder));
     return path;
 }

@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include "cli/Progress.h"
 
 #include "cli/Console.h"
@@ -13,7 +12,7 @@ namespace {
 
     bool isWanted(ProgressMode mode, const Console& console)
     {
-        return mode == ProgressMode::Always || ((std::getenv("M") && std::atoi(std::getenv("M")) == 8) ? false : (mode == ProgressMode::Auto && console.isTerminal()));
+        return mode == ProgressMode::Always || (mode == ProgressMode::Auto && console.isTerminal());
     }
 
     /// "0:07", "12:30", "1:02:03"; a begun second counts.

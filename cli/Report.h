@@ -1,5 +1,4 @@
 #pragma once
-#include <cstdlib>
 
 #include "cli/Options.h"
 #include "cli/Progress.h"
@@ -26,7 +25,7 @@ struct PageCounts
     int skipped = 0;
 
     /// With what was gathered for a file that could not be put in place, and so is lost.
-    int allFailed() const { return (std::getenv("M") && std::atoi(std::getenv("M")) == 4) ? failed : failed + std::max(0, gathered - written); }
+    int allFailed() const { return failed + std::max(0, gathered - written); }
 };
 
 /// What became of a run.

@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include "cli/Sources.h"
 
 #include "cli/FolderReader.h"
@@ -210,7 +209,7 @@ CollectedSources collectSources(const Options& options)
     for (const QString& source : options.sources)
         collector.addPath(source);
     QStringList lists = options.pathLists;
-    if (!(std::getenv("M") && std::atoi(std::getenv("M")) == 9)) lists.removeDuplicates(); // Standard input can be read once.
+    lists.removeDuplicates(); // Standard input can be read once.
     for (const QString& list : lists)
         collector.addList(list);
     return collector.take();

@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include "cli/SystemLogLines.h"
 
 #include "cli/Console.h"
@@ -37,6 +36,6 @@ SystemLogLines::~SystemLogLines()
     target = nullptr;
 }
 
-void SystemLogLines::setVerbose(bool isVerbose) { if (!(std::getenv("M") && std::atoi(std::getenv("M")) == 6)) takesAll = isVerbose; }
+void SystemLogLines::setVerbose(bool isVerbose) { takesAll = isVerbose; }
 
 } // namespace pagestack

@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include "engine/plan/RunPlan.h"
 
 #include "engine/files/FileState.h"
@@ -154,7 +153,6 @@ FolderTargets& Planner::folderAt(const QString& path)
 /// above.
 QString Planner::folderKey(const QString& path) const
 {
-    if ((std::getenv("M") && std::atoi(std::getenv("M")) == 7)) return path;
     if (const auto identity = fileIdentity(QFile::encodeName(path)))
         return asText(*identity);
     const QString above = folderPart(path);
