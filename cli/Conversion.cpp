@@ -53,7 +53,6 @@ namespace {
         }
         void refuseLogInPlaceOfInput();
         void checkTargets();
-        void report(const Findings& findings);
         void prepareLog(Process& job);
         bool runOnThread(const std::function<void()>& work);
         void runJob(Process& job, Report& report);
@@ -132,12 +131,6 @@ namespace {
             m_settings.setOutputFolderPath(checkedOutputFolder(m_options.outputFolder));
     }
 
-    void Conversion::report(const Findings& findings)
-    {
-        for (const QString& line : findings.lines())
-            m_console.trouble(line);
-    }
-
     /// Counts the pages of every source.
     void Conversion::planOutputs()
     {
@@ -180,15 +173,10 @@ namespace {
                            [] { return Signals::received() == 0; });
         m_outputs = plan.outputs();
         const TargetFindings found = findingsOf(plan, m_sources, m_options);
-        Findings refusals = found.unwritable;
-        Findings warnings;
-        refusals.add(found.shared);
-        if (m_options.onExists == OnExists::Error)
-            refusals.add(found.existing);
-        if (m_options.onExists == OnExists::Overwrite)
-            warnings.add(found.replacedSources);
-        report(refusals.count() > 0 ? refusals : warnings);
-        if (refusals.count() > 0)
+        const bool isRefused = found.refusals.count() > 0;
+        for (const QString& line : (isRefused ? found.refusals : found.warnings).lines())
+            m_console.trouble(line);
+        if (isRefused)
             throw OutputRefused(u"nothing was written; --output and --on-exists may help"_s);
         const QString folder = m_settings.outputFolderPath();
         const bool isFolderNew = !folder.isEmpty() && !QFileInfo(folder).isDir();

@@ -8,7 +8,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSet>
 
 #include <stdexcept>
 
@@ -19,30 +18,6 @@ namespace pagestack {
 namespace {
 
     constexpr qsizetype shownFindings = 10;
-
-    int pagesOf(const OutputFile& output)
-    {
-        int pages = 0;
-        for (const auto& item : output.fileItems)
-            pages += item->pages();
-        return pages;
-    }
-
-    /// Folders of sources that take no output.
-    Findings unwritableFolders(const QList<OutputFile>& outputs)
-    {
-        Findings found;
-        QSet<QString> checked;
-        for (const OutputFile& output : outputs) {
-            const QString folder = folderPart(output.filename);
-            if (pagesOf(output) == 0 || checked.contains(folder))
-                continue;
-            checked.insert(folder);
-            if (!QFileInfo(folder).isWritable())
-                found.add(u"folder %1 is not writable"_s.arg(folder));
-        }
-        return found;
-    }
 
 } // namespace
 
@@ -81,12 +56,6 @@ void Findings::add(const QString& text)
         m_first.append(text);
 }
 
-void Findings::add(const Findings& later)
-{
-    m_first = (m_first + later.m_first).mid(0, shownFindings);
-    m_count += later.m_count;
-}
-
 QStringList Findings::lines() const
 {
     if (m_count <= shownFindings)
@@ -101,17 +70,20 @@ TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources, con
     };
     TargetFindings found;
     if (options.outputFolder.isEmpty())
-        found.unwritable = unwritableFolders(plan.outputs());
+        for (const QString& folder : plan.unwritableFolders())
+            found.refusals.add(u"folder %1 is not writable"_s.arg(folder));
     for (const RunPlan::Shared& shared : plan.shared())
-        found.shared.add(u"%1 is wanted by %2 and by %3"_s.arg(
+        found.refusals.add(u"%1 is wanted by %2 and by %3"_s.arg(
             shown(shared.target),
             shared.first == RunPlan::otherFile ? u"the log"_s : sources.at(shared.first).shown,
             sources.at(shared.target.output).shown));
-    for (const PlannedTarget& target : plan.existing())
-        found.existing.add(u"%1 exists already"_s.arg(shown(target)));
-    for (const RunPlan::Replaced& replaced : plan.replacedSources())
-        found.replacedSources.add(u"%1 is a source and is replaced by output of %2"_s.arg(
-            sources.at(replaced.source).shown, sources.at(replaced.target.output).shown));
+    if (options.onExists == OnExists::Error)
+        for (const PlannedTarget& target : plan.existing())
+            found.refusals.add(u"%1 exists already"_s.arg(shown(target)));
+    if (options.onExists == OnExists::Overwrite)
+        for (const RunPlan::Replaced& replaced : plan.replacedSources())
+            found.warnings.add(u"%1 is a source and is replaced by output of %2"_s.arg(
+                sources.at(replaced.source).shown, sources.at(replaced.target.output).shown));
     return found;
 }
 

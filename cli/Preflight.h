@@ -38,7 +38,6 @@ class Findings
 {
 public:
     void add(const QString& text);
-    void add(const Findings& later);
     int count() const { return m_count; }
     /// The findings, and a last line that tells how many more there are.
     QStringList lines() const;
@@ -48,16 +47,15 @@ private:
     QStringList m_first;
 };
 
-/// What the run as planned would come upon. Paths are as the user knows them.
+/// The findings of a plan, with paths as the user knows them.
 struct TargetFindings
 {
-    Findings unwritable; ///< folders of sources that take no output
-    Findings existing; ///< targets that are there already
-    Findings shared; ///< targets of more than one page, or of a page and the log
-    Findings replacedSources; ///< sources that the output of another source would replace
+    Findings refusals; ///< any of these forbids the run
+    Findings warnings;
 };
 
-/// What `plan` came upon, in the words of the user. Its outputs belong to `sources` one by one.
+/// Tells what `plan` found, as far as `options` ask for it. Its outputs belong to `sources` one by
+/// one.
 TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources,
                           const Options& options);
 

@@ -30,15 +30,14 @@ namespace {
 } // namespace
 
 PagePrefetcher::PagePrefetcher(QList<OutputFile> plan, const Settings& settings, int workers,
-                               SpareThreads& threads, TargetFilter isWanted,
-                               const std::atomic<bool>& isRunning)
+                               SpareThreads& threads, TargetFilter isWanted, Flag isRunning)
     : m_plan(std::move(plan))
     , m_settings(settings)
     , m_threads(threads)
     , m_isWanted(std::move(isWanted))
     , m_isRunning(isRunning)
     , m_mostSteps(stepsAhead(workers))
-    , m_workers(workers, threads, isRunning)
+    , m_workers(workers, threads, std::move(isRunning))
 {
 }
 
@@ -108,7 +107,7 @@ void PagePrefetcher::moveTo(PlanPlace place, int page)
         startAt(place);
     else if (m_nextPlace == place)
         m_nextPage = std::max(m_nextPage, page);
-    prefetcher();
+    lookAhead();
 }
 
 void PagePrefetcher::startAt(PlanPlace place)
@@ -117,16 +116,15 @@ void PagePrefetcher::startAt(PlanPlace place)
     m_nextPage = 0;
 }
 
-void PagePrefetcher::prefetcher()
+void PagePrefetcher::lookAhead()
 {
     // Several at a time: to wake a worker for each costs more than a small page.
     if (m_steps.size() > m_mostSteps / 2)
         return;
-    while (m_isRunning && m_steps.size() < m_mostSteps && lookAtNext()) { }
+    while (m_isRunning() && m_steps.size() < m_mostSteps && lookAtNext()) { }
 }
 
-/// False when nothing follows, or nothing that can be looked at before an earlier output is in
-/// place.
+/// False when nothing follows.
 bool PagePrefetcher::lookAtNext()
 {
     if (m_nextPlace.output == m_plan.size())
@@ -137,81 +135,39 @@ bool PagePrefetcher::lookAtNext()
         return true;
     }
     if (m_nextPage == 0)
-        return lookAtItem(output, *output.fileItems.at(m_nextPlace.item));
-    if (m_nextPage <= m_lastPage)
-        return lookAtPage(output);
-    startAt({ m_nextPlace.output, m_nextPlace.item + 1 });
+        lookAtItem(output, *output.fileItems.at(m_nextPlace.item));
+    else if (m_nextPage <= m_lastPage)
+        lookAtPage(output);
+    else
+        startAt({ m_nextPlace.output, m_nextPlace.item + 1 });
     return true;
 }
 
-bool PagePrefetcher::lookAtItem(const OutputFile& output, const FileItem& item)
+void PagePrefetcher::lookAtItem(const OutputFile& output, const FileItem& item)
 {
-    const auto source = std::make_shared<SharedSource>(item.filePath().toLocalFile());
-    // A source without pages is not opened ahead.
-    if (item.pages() > 0 && !isSourceSettled(*source, nullptr))
-        return false;
-    m_source = source;
+    m_source = std::make_shared<SharedSource>(item.filePath().toLocalFile());
     m_lastPage = item.pages();
-    m_together.reset();
-    m_isSourcePrepared = true;
-    if (isKeptTogether(m_settings)) {
-        const QString path
-            = outputPath(output, keptTogetherOutputName(output.filename, output.number));
-        m_together = std::make_shared<const OutputTarget>(path);
-        m_isSourcePrepared = isWanted(path);
-    }
-    m_steps.push_back({ m_nextPlace, 0, m_source, m_together, nullptr });
+    m_isSourcePrepared = !isKeptTogether(m_settings) || isWanted(outputPath(output, 0));
+    m_steps.push_back({ m_nextPlace, 0, m_source, nullptr });
     m_nextPage = 1;
-    return true;
 }
 
-bool PagePrefetcher::lookAtPage(const OutputFile& output)
+void PagePrefetcher::lookAtPage(const OutputFile& output)
 {
-    if (!isSourceSettled(*m_source, m_together.get()))
-        return false;
-    Step step { m_nextPlace, m_nextPage, m_source, m_together, nullptr };
-    QString path;
-    bool isPrepared = m_isSourcePrepared;
-    if (!m_together) {
-        path = outputPath(output,
-                          pageOutputName(output.filename, m_settings, m_nextPage, output.number));
-        step.target = std::make_shared<const OutputTarget>(path);
-        isPrepared = isWanted(path);
-    } else if (m_lastPage == 1) {
-        path = outputPath(output, keptTogetherOutputName(output.filename, output.number));
-    }
-    // Making a file of its own begins with a look at what is there.
-    if (!path.isEmpty() && !isTargetFree(step.target))
-        return false;
-    if (isPrepared) {
+    Step step { m_nextPlace, m_nextPage++, m_source, nullptr };
+    const bool isTogether = isKeptTogether(m_settings);
+    const bool isGathered = isTogether && m_lastPage > 1;
+    const QString path = isGathered ? QString() : outputPath(output, isTogether ? 0 : step.page);
+    if (m_isSourcePrepared && (isTogether || isWanted(path))) {
         step.task = std::make_shared<PageTask>();
         step.task->source = m_source;
-        step.task->page = m_nextPage;
+        step.task->page = step.page;
         step.task->targetPath = path;
         step.task->options
             = { m_settings.jpegQuality(), m_settings.tiffCompressionIndex(), &m_threads };
-    }
-    ++m_nextPage;
-    m_steps.push_back(step);
-    if (step.task)
         m_workers.add(step.task);
-    return true;
-}
-
-/// True when no output under way, except for `own`, replaces the source or may bring it into being.
-bool PagePrefetcher::isSourceSettled(const SharedSource& source, const OutputTarget* own) const
-{
-    return std::none_of(m_steps.begin(), m_steps.end(), [&](const Step& step) {
-        const bool isForeign = step.target && step.target.get() != own;
-        return isForeign && (!source.identity() || step.target->replaces(*source.identity()));
-    });
-}
-
-bool PagePrefetcher::isTargetFree(const std::shared_ptr<const OutputTarget>& target) const
-{
-    return std::none_of(m_steps.begin(), m_steps.end(), [&](const Step& step) {
-        return step.target && step.target != target && step.target->isSameAs(*target);
-    });
+    }
+    m_steps.push_back(std::move(step));
 }
 
 bool PagePrefetcher::isWanted(const QString& path) const
@@ -223,9 +179,10 @@ bool PagePrefetcher::isWanted(const QString& path) const
     }
 }
 
-QString PagePrefetcher::outputPath(const OutputFile& output, const QString& name) const
+QString PagePrefetcher::outputPath(const OutputFile& output, int page) const
 {
-    return joinedPath(outputFolder(output.filename, m_settings), name);
+    return joinedPath(outputFolder(output.filename, m_settings),
+                      outputName(output, m_settings, page));
 }
 
 } // namespace pagestack

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "engine/job/OutputTarget.h"
 #include "engine/job/PageWorkerPool.h"
 #include "engine/plan/OutputFile.h"
 
@@ -12,13 +11,12 @@ namespace pagestack {
 
 class Settings;
 
-/// What comes next in a run, prepared ahead of its turn by worker threads. The job's thread, which
-/// is the only one that may use this class, takes documents and pages strictly in the order of the
-/// plan, and puts them in place itself.
+/// Lets worker threads prepare the pages that come next in a run. Only the job's thread may use
+/// this class; it takes documents and pages strictly in the order of the plan, and puts them in
+/// place itself.
 ///
-/// A page is not prepared before everything is settled that it depends on: while an output that
-/// comes before it, and is not in place yet, would replace its source or go to the same target, it
-/// and all that follows it wait. So the results are those of a run without workers.
+/// The plan must be free of hazards (see RunPlan): no output changes what a later page is read from
+/// or where it goes. So the results are those of a run without workers.
 ///
 /// Memory, time and open files for a page do not depend on the number of pages and sources: only a
 /// few pages for each worker are looked at ahead.
@@ -26,13 +24,13 @@ class PagePrefetcher
 {
 public:
     using TargetFilter = std::function<bool(const QString& outputPath)>;
+    using Flag = PageWorkerPool::Flag;
 
     /// Prepares with `workers` threads what `plan` and `settings` ask for, except for targets that
     /// `isWanted` refuses. Those that are idle, out of `threads`, help with large pages.
-    /// `settings`, `threads` and `isRunning` (see PageWorkerPool) are borrowed.
+    /// `settings` and `threads` are borrowed; for `isRunning` see PageWorkerPool.
     PagePrefetcher(QList<OutputFile> plan, const Settings& settings, int workers,
-                   SpareThreads& threads, TargetFilter isWanted,
-                   const std::atomic<bool>& isRunning);
+                   SpareThreads& threads, TargetFilter isWanted, Flag isRunning);
 
     /// Ends the workers; what was not taken is removed.
     ~PagePrefetcher();
@@ -59,27 +57,24 @@ private:
         PlanPlace place;
         int page = 0;
         std::shared_ptr<SharedSource> source;
-        std::shared_ptr<const OutputTarget> target; ///< null: no output of its own is under way
         std::shared_ptr<PageTask> task; ///< null: not prepared
     };
 
     bool isBefore(const Step& step, PlanPlace place, int page) const;
     void moveTo(PlanPlace place, int page);
-    void prefetcher();
+    void lookAhead();
     bool lookAtNext();
-    bool lookAtItem(const OutputFile& output, const FileItem& item);
-    bool lookAtPage(const OutputFile& output);
+    void lookAtItem(const OutputFile& output, const FileItem& item);
+    void lookAtPage(const OutputFile& output);
     void startAt(PlanPlace place);
-    bool isSourceSettled(const SharedSource& source, const OutputTarget* own) const;
-    bool isTargetFree(const std::shared_ptr<const OutputTarget>& target) const;
     bool isWanted(const QString& path) const;
-    QString outputPath(const OutputFile& output, const QString& name) const;
+    QString outputPath(const OutputFile& output, int page) const;
 
     const QList<OutputFile> m_plan;
     const Settings& m_settings;
     SpareThreads& m_threads;
     const TargetFilter m_isWanted;
-    const std::atomic<bool>& m_isRunning;
+    const Flag m_isRunning;
     const std::size_t m_mostSteps;
 
     std::deque<Step> m_steps; ///< from the one whose turn it is on
@@ -91,7 +86,6 @@ private:
     int m_nextPage = 0; ///< 0: the item
     int m_lastPage = 0; ///< of the item
     std::shared_ptr<SharedSource> m_source;
-    std::shared_ptr<const OutputTarget> m_together; ///< target of an item that is kept together
     bool m_isSourcePrepared = true; ///< it is of use to prepare pages of this source
 
     PageWorkerPool m_workers; ///< last: its threads end before the rest does

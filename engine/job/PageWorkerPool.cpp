@@ -17,12 +17,11 @@ namespace {
 
 } // namespace
 
-PageWorkerPool::PageWorkerPool(int mostThreads, SpareThreads& threads,
-                               const std::atomic<bool>& isRunning)
+PageWorkerPool::PageWorkerPool(int mostThreads, SpareThreads& threads, Flag isRunning)
     : m_mostThreads(static_cast<std::size_t>(mostThreads))
     , m_mostBytes(decodedBytesAWorker * m_mostThreads)
     , m_spareThreads(threads)
-    , m_isRunning(isRunning)
+    , m_isRunning(std::move(isRunning))
 {
 }
 
@@ -97,7 +96,7 @@ void PageWorkerPool::withdrawAll()
 
 void PageWorkerPool::work()
 {
-    const StopScope scope([this] { return !m_isRunning; });
+    const StopScope scope([this] { return !m_isRunning(); });
     Desk desk;
     ThreadClaim self;
     for (;;) {
@@ -112,7 +111,7 @@ void PageWorkerPool::work()
             --m_idle;
             if (m_isClosing)
                 return;
-            if (!m_isRunning)
+            if (!m_isRunning())
                 withdrawAll();
             if (m_waiting.empty())
                 continue;

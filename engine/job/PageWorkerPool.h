@@ -6,9 +6,9 @@
 #include "engine/job/SharedSource.h"
 #include "engine/threads/SpareThreads.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -44,10 +44,12 @@ struct PageTask
 class PageWorkerPool
 {
 public:
+    using Flag = std::function<bool()>;
+
     /// No thread is made before there is work for it; one that has work is taken from `threads`,
-    /// which outlives the workers. `isRunning` becomes false when the run is cancelled: no page is
-    /// begun any more, those in work are finished.
-    PageWorkerPool(int mostThreads, SpareThreads& threads, const std::atomic<bool>& isRunning);
+    /// which outlives the workers. `isRunning`, asked by any thread, becomes false when the run is
+    /// cancelled: no page is begun any more, those in work are finished.
+    PageWorkerPool(int mostThreads, SpareThreads& threads, Flag isRunning);
 
     /// Waits for the pages in work.
     ~PageWorkerPool();
@@ -84,7 +86,7 @@ private:
     const std::size_t m_mostThreads;
     const std::uint64_t m_mostBytes; ///< of decoded pages in work, unless there is one only
     SpareThreads& m_spareThreads;
-    const std::atomic<bool>& m_isRunning;
+    const Flag m_isRunning;
     std::vector<std::thread> m_threads; ///< job's thread only
 
     std::mutex m_mutex; ///< guards the fields below

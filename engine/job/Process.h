@@ -1,6 +1,5 @@
 #pragma once
 
-#include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
 #include "engine/log/Diagnostic.h"
 #include "engine/log/Log.h"
@@ -18,13 +17,17 @@
 
 namespace pagestack {
 
-class PagePrefetcher;
-class MultiPageTiffWriter;
-class PageImage;
-struct PrefetchedPage;
-class SpareThreads;
 class TiffDocument;
 class Workspace;
+
+/// How a run is to be done, besides the settings; see the setters of Process.
+struct RunOptions
+{
+    std::function<bool(const QString& outputPath)> targetFilter {};
+    StagedFile::Existing existing = StagedFile::Existing::Replaced;
+    int jobs = 0;
+    std::function<void()> showTimeTaken {}; ///< called after each output
+};
 
 /// One conversion run: it walks the planned outputs, writes one file a page (or one multi-page TIFF
 /// file a source), keeps the counters and texts that a window shows and fills the log.
@@ -76,7 +79,7 @@ public:
     Q_ENUM(PageOutcome)
 
     using TimeLine = std::function<void(const QString& text)>;
-    using TargetFilter = std::function<bool(const QString& outputPath)>;
+    using TargetFilter = decltype(RunOptions::targetFilter);
 
     /// `workspace` opens the output folder and the log; none: nothing is opened. It is called on
     /// the thread that runs `start` or `viewLog`. `updateTimeTakenLabel` shows a line of text; it
@@ -110,12 +113,15 @@ public:
     /// Called on the job's thread before each target is written; on false the target is left alone
     /// and its pages are recorded as "Skipped". It may be called for a target some time ahead as
     /// well, so it must change nothing. To be set before the start.
-    void setTargetFilter(TargetFilter filter) { m_targetFilter = std::move(filter); }
+    void setTargetFilter(TargetFilter filter) { m_options.targetFilter = std::move(filter); }
 
     /// A file that is at a target when its output is put there is kept, and the output is a
     /// failure, or, should the target filter refuse the target by then, skipped. False, as at
     /// first: it is replaced. To be set before the start.
-    void setKeepsExisting(bool isKept) { m_keepsExisting = isKept; }
+    void setKeepsExisting(bool isKept)
+    {
+        m_options.existing = isKept ? StagedFile::Existing::Kept : StagedFile::Existing::Replaced;
+    }
 
     /// Removes the staged files in `folder` that no running program owns, once a job and folder.
     /// Sources of the job with such a name stay. On the thread that runs `start`, or when it ended.
@@ -130,7 +136,7 @@ public:
     /// several threads work on a large one. What the job announces, logs and writes does not depend
     /// on it. 0, as at first: as many as the machine has cores. 1: none besides the job's own. To
     /// be set before the start.
-    void setJobs(int jobs) { m_jobs = jobs; }
+    void setJobs(int jobs) { m_options.jobs = jobs; }
 
     bool isCombining() const { return m_isCombining; }
     void setIsCombining(bool value);
@@ -186,47 +192,7 @@ signals:
     void fileSkipped(const QString& sourcePath, const QString& outputPath, int pages);
 
 private:
-    /// What the pages of one item have in common.
-    struct Source
-    {
-        const OutputFile& output;
-        const TiffDocument& document;
-        LogFiles& record;
-        std::optional<FileIdentity> identity; ///< of the file that `document` reads
-    };
-
     void convertOutputs();
-    void convertOutput(const OutputFile& output, qsizetype index);
-    void convertItem(const OutputFile& output, PlanPlace place, LogFiles& record);
-    void startThreads(const QList<OutputFile>& plan);
-    QString saveImage(const Source& source, PageImage& image, int page, const QString& path);
-    std::shared_ptr<TiffDocument> openSource(const QString& path, PlanPlace place);
-    PrefetchedPage takePage(const TiffDocument& document, int page);
-    /// Null when `attempt`, which gives the reason of its failure, succeeds, be it in a second try
-    /// for which what was prepared ahead made room: a run with one thread would have had it.
-    QString withRoom(const std::function<QString()>& attempt);
-    void convertDocument(const Source& source, const FileItem& item);
-    void keepPagesTogether(const Source& source, const QList<int>& range);
-    void writePages(const Source& source, const QList<int>& range);
-    void writePage(const Source& source, int page);
-    void savePage(const Source& source, PageImage& image, LogFile& record);
-    void skipTogether(const Source& source, const QList<int>& range, const QString& path);
-    void skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles);
-    void tell(const Diagnostic& diagnostic);
-    void tellError(const TiffDocument& document, int page, const QString& reason,
-                   const QString& detail = {});
-    StagedFile::Existing existing() const;
-    void convertOrFail();
-    void gatherPages(MultiPageTiffWriter& file, const QString& path, const QList<int>& range,
-                     const TiffDocument& document, LogFiles& logFiles);
-    void appendPage(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage& prepared);
-    PageOutcome gatherPage(MultiPageTiffWriter& file, const TiffDocument& document,
-                           LogFile& record);
-    bool isWanted(const QString& outputPath) const;
-    void takeMessages(const PageDiagnostics& found);
-    void tellLosses(const TiffDocument& document, int page, const PageDiagnostics& found);
-    void tellLeftOutTags(const TiffDocument& document);
-    void reportChain(const TiffDocument& document, const FileItem& item);
     void endRun();
     void saveLog();
     QString finalMessage() const;
@@ -248,20 +214,12 @@ private:
 
     Workspace* m_workspace;
     TimeLine m_updateTimeTakenLabel;
-    TargetFilter m_targetFilter;
-    QString m_doubt; ///< first warning of the source in hand, with its page; job's thread only
-    QString m_pageDetail; ///< messages of the codec about the page in hand; job's thread only
-    std::optional<CodecLog> m_codecLog; ///< of the source in hand; job's thread only
-    QStringList m_leftOutTags; ///< of the source in hand, each once; job's thread only
-    bool m_hasFailed = false; ///< as the next seven, job's thread only
+    RunOptions m_options { .showTimeTaken
+                           = [this] { showTimeTaken(); } }; ///< as the next four, job's thread only
+    bool m_hasFailed = false;
     QString m_failure;
-    bool m_keepsExisting = false;
-    int m_jobs = 0;
     QSet<std::size_t> m_sweptFolders; ///< hashes of their paths
     std::optional<QSet<QByteArray>> m_stagedSources; ///< names, of sources that look like leftovers
-    std::unique_ptr<SpareThreads> m_threads; ///< of the run; null before it
-    std::unique_ptr<PagePrefetcher>
-        m_prefetcher; ///< null outside of a run and when one thread does all
 
     std::atomic<bool> m_isCombining = false;
     std::atomic<bool> m_isCompleted = false;

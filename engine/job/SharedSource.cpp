@@ -1,17 +1,9 @@
 #include "engine/job/SharedSource.h"
 
-#include <QFile>
-
 #include <stdexcept>
 #include <utility>
 
 namespace pagestack {
-
-SharedSource::SharedSource(const QString& path)
-    : m_path(path)
-    , m_identity(fileIdentity(QFile::encodeName(path)))
-{
-}
 
 std::unique_ptr<TiffDocument> SharedSource::openAhead()
 {

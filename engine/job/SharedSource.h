@@ -1,11 +1,9 @@
 #pragma once
 
-#include "engine/files/FileState.h"
 #include "engine/image/TiffDocument.h"
 
 #include <memory>
 #include <mutex>
-#include <optional>
 
 namespace pagestack {
 
@@ -14,11 +12,11 @@ namespace pagestack {
 class SharedSource
 {
 public:
-    /// Looks up which file it is and opens nothing.
-    explicit SharedSource(const QString& path);
-
-    /// None when there was no file at the path.
-    const std::optional<FileIdentity>& identity() const { return m_identity; }
+    /// Opens nothing yet.
+    explicit SharedSource(QString path)
+        : m_path(std::move(path))
+    {
+    }
 
     /// Returns a document of the calling worker's own. Throws std::runtime_error when the file
     /// could not be opened, now or by an earlier call.
@@ -30,7 +28,6 @@ public:
 
 private:
     const QString m_path;
-    const std::optional<FileIdentity> m_identity;
 
     std::mutex m_mutex; ///< guards the fields below
     std::shared_ptr<TiffDocument> m_document; ///< of the job's thread; the others clone it

@@ -25,13 +25,12 @@ void PageDiagnostics::addLogLine(const QString& line)
         logLines.append(line);
 }
 
-void CodecLog::write(const QStringList& lines)
+void CodecLog::write(const QString& fileName, const QStringList& lines)
 {
     for (const QString& line : lines)
         if (m_lines < mostLines)
-            systemLog(++m_lines < mostLines
-                          ? line
-                          : u"%1: further messages are left out"_s.arg(m_fileName));
+            systemLog(++m_lines < mostLines ? line
+                                            : u"%1: further messages are left out"_s.arg(fileName));
 }
 
 } // namespace pagestack

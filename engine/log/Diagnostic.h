@@ -43,15 +43,9 @@ class CodecLog
 public:
     static constexpr int mostLines = 20;
 
-    explicit CodecLog(QString fileName)
-        : m_fileName(std::move(fileName))
-    {
-    }
-
-    void write(const QStringList& lines);
+    void write(const QString& fileName, const QStringList& lines);
 
 private:
-    QString m_fileName;
     int m_lines = 0; ///< written so far
 };
 

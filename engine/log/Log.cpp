@@ -1,8 +1,8 @@
 #include "engine/log/Log.h"
 
+#include "engine/files/ByteSpool.h"
 #include "engine/files/StagedDevice.h"
 #include "engine/files/StagedNames.h"
-#include "engine/log/LogSpill.h"
 #include "engine/support/AppFolders.h"
 #include "engine/support/SystemLog.h"
 
@@ -11,7 +11,9 @@
 #include <QMutexLocker>
 #include <QXmlStreamWriter>
 
+#include <algorithm>
 #include <exception>
+#include <initializer_list>
 #include <stdexcept>
 #include <utility>
 
@@ -46,51 +48,83 @@ namespace {
         return result;
     }
 
-    void writeAttribute(QXmlStreamWriter& xml, const QString& name, const QString& value)
-    {
-        xml.writeAttribute(name, xmlText(value));
-    }
+    using Attributes = std::initializer_list<std::pair<QString, QString>>;
 
-    void writeReason(QXmlStreamWriter& xml, const QString& reason)
+    /// An element without content, on a line of its own. The `optional` attributes are left out
+    /// when their value is null.
+    QByteArray element(int depth, const QString& name, const Attributes& attributes,
+                       const Attributes& optional)
     {
-        if (!reason.isNull())
-            writeAttribute(xml, u"Reason"_s, reason);
-    }
-
-    /// A record may have been put aside before it was known what became of its file.
-    void writeFile(QXmlStreamWriter& xml, const LogFile& file, GatheredFile gathered)
-    {
-        const bool isCompleted = file.status == u"Completed";
-        const bool isSkipped = isCompleted && gathered == GatheredFile::Skipped;
-        xml.writeStartElement(u"File"_s);
-        writeAttribute(xml, u"NewFileName"_s, file.targetFile);
-        writeAttribute(xml, u"SourcePageNo"_s, QString::number(file.sourcePageNo));
-        writeAttribute(xml, u"Status"_s, isSkipped ? u"Skipped"_s : file.status);
-        if (isCompleted && gathered == GatheredFile::NotWritten)
-            writeAttribute(xml, u"Written"_s, u"no"_s);
-        writeReason(xml, file.reason);
+        QByteArray text;
+        QXmlStreamWriter xml(&text);
+        xml.writeStartElement(name);
+        for (const auto& [key, value] : attributes)
+            xml.writeAttribute(key, xmlText(value));
+        for (const auto& [key, value] : optional)
+            if (!value.isNull())
+                xml.writeAttribute(key, xmlText(value));
         xml.writeEndElement();
+        return QByteArray(4 * qsizetype { depth }, ' ') + text + '\n';
     }
 
-    void startSource(QXmlStreamWriter& xml, const LogFiles& source)
+    /// The start of an element that `element` has made.
+    QByteArray opened(QByteArray element) { return element.replace(element.size() - 3, 2, ">"); }
+
+    QByteArray pageElement(const LogFile& page)
     {
-        xml.writeStartElement(u"Files"_s);
-        writeAttribute(xml, u"FileName"_s, source.filename);
-        writeAttribute(xml, u"SourcePath"_s, source.sourcePath);
-        writeAttribute(xml, u"TargetPath"_s, source.targetPath);
-        writeAttribute(xml, u"Status"_s, source.status);
-        writeAttribute(xml, u"Pages"_s, QString::number(source.pages));
-        if (source.gathered == GatheredFile::NotWritten)
-            writeAttribute(xml, u"Written"_s, u"no"_s);
-        writeReason(xml, source.reason);
+        return element(2, u"File"_s,
+                       { { u"NewFileName"_s, page.targetFile },
+                         { u"SourcePageNo"_s, QString::number(page.sourcePageNo) },
+                         { u"Status"_s, page.status } },
+                       { { u"Reason"_s, page.reason } });
     }
 
-    void writePagesAside(QXmlStreamWriter& xml, LogSpill& aside, int pages, GatheredFile gathered)
+    QByteArray sourceElement(const LogFiles& source)
     {
-        LogFile page;
-        for (int i = 0; i < pages; ++i) {
-            aside.nextPage(page);
-            writeFile(xml, page, gathered);
+        const bool isMissing = source.gathered == GatheredFile::NotWritten;
+        return element(
+            1, u"Files"_s,
+            { { u"FileName"_s, source.filename },
+              { u"SourcePath"_s, source.sourcePath },
+              { u"TargetPath"_s, source.targetPath },
+              { u"Status"_s, source.status },
+              { u"Pages"_s, QString::number(source.pages) } },
+            { { u"Written"_s, isMissing ? u"no"_s : QString() }, { u"Reason"_s, source.reason } });
+    }
+
+    /// The elements of pages, with what became of their file, which is known after them. A value
+    /// has no quotation mark of its own.
+    QByteArray withFate(QByteArray pages, GatheredFile gathered)
+    {
+        if (gathered == GatheredFile::NotWritten)
+            pages.replace(R"( Status="Completed")", R"( Status="Completed" Written="no")");
+        else if (gathered == GatheredFile::Skipped)
+            pages.replace(R"( Status="Completed")", R"( Status="Skipped")");
+        return pages;
+    }
+
+    void append(ByteSpool& spool, std::uint64_t offset, const QByteArray& text)
+    {
+        spool.writeAt(offset,
+                      { reinterpret_cast<const std::uint8_t*>(text.constData()),
+                        static_cast<std::size_t>(text.size()) });
+    }
+
+    /// Hands on the first bytes of `spool`, whole lines at a time.
+    void readLines(ByteSpool& spool, std::uint64_t bytes,
+                   const std::function<void(const QByteArray& lines)>& take)
+    {
+        constexpr std::uint64_t most = 65536;
+        QByteArray text;
+        for (std::uint64_t done = 0; done < bytes;) {
+            std::vector<std::uint8_t> part(std::min(most, bytes - done));
+            spool.readAt(done, part);
+            done += part.size();
+            text.append(reinterpret_cast<const char*>(part.data()),
+                        static_cast<qsizetype>(part.size()));
+            const qsizetype end = text.lastIndexOf('\n') + 1;
+            take(text.first(end));
+            text.remove(0, end);
         }
     }
 
@@ -134,10 +168,36 @@ void Log::putAside()
         records += source->logFiles.size();
     if (records <= m_mostRecords)
         return;
-    if (!m_aside)
-        m_aside = std::make_unique<LogSpill>();
-    if (!m_aside->takeFrom(files))
+    try {
+        spill();
+    } catch (const std::runtime_error&) {
         m_mostRecords = 2 * records; // to try it again for each page would take longer and longer
+    }
+}
+
+/// Throws std::runtime_error, with nothing moved, when there is no room.
+void Log::spill()
+{
+    LogFiles& last = *files.back();
+    const bool hasFinished = files.size() > 1;
+    const auto pages = hasFinished || !m_pages ? std::make_shared<ByteSpool>(0) : m_pages;
+    QByteArray text;
+    for (const LogFile& page : last.logFiles)
+        text += pageElement(page);
+    append(*pages, pages->size(), text);
+    if (hasFinished) {
+        if (!m_finished)
+            m_finished = std::make_unique<ByteSpool>(0);
+        std::uint64_t end = m_finishedBytes;
+        writeSources(files.size() - 1, [&](const QByteArray& element) {
+            append(*m_finished, end, element);
+            end += static_cast<std::uint64_t>(element.size());
+        });
+        m_finishedBytes = end;
+    }
+    m_pages = pages;
+    last.logFiles.clear();
+    files.erase(files.begin(), files.end() - 1);
 }
 
 bool Log::save()
@@ -206,45 +266,47 @@ QString Log::logFilePath() const
 
 bool Log::writeTo(QIODevice& to) const
 {
+    bool isWritten = true;
+    const Output output
+        = [&](const QByteArray& text) { isWritten = isWritten && to.write(text) == text.size(); };
     const QString timeFormat = u"MM/dd/yyyy hh:mm:ss AP"_s;
-    QXmlStreamWriter xml(&to);
-    xml.setAutoFormatting(true);
-    xml.writeStartDocument();
-    xml.writeStartElement(u"Log"_s);
-    writeAttribute(xml, u"StartTime"_s, localText(startTime, timeFormat));
-    writeAttribute(xml, u"EndTime"_s, localText(endTime, timeFormat));
-    writeAttribute(xml, u"Start"_s, textWithZone(startTime));
-    writeAttribute(xml, u"End"_s, textWithZone(endTime));
-    if (isCancelled)
-        writeAttribute(xml, u"Cancelled"_s, u"yes"_s);
-    writeReason(xml, reason);
-    int pagesAside = m_aside ? writeAside(xml) : 0;
-    for (const std::shared_ptr<LogFiles>& source : files) {
-        if (!source)
-            throw std::logic_error("a source of the log is missing");
-        startSource(xml, *source);
-        if (m_aside)
-            writePagesAside(xml, *m_aside, std::exchange(pagesAside, 0), source->gathered);
-        for (const LogFile& page : source->logFiles)
-            writeFile(xml, page, source->gathered);
-        xml.writeEndElement();
-    }
-    xml.writeEndDocument();
-    return !xml.hasError();
+    const QByteArray head = element(
+        0, u"Log"_s,
+        { { u"StartTime"_s, localText(startTime, timeFormat) },
+          { u"EndTime"_s, localText(endTime, timeFormat) },
+          { u"Start"_s, textWithZone(startTime) },
+          { u"End"_s, textWithZone(endTime) } },
+        { { u"Cancelled"_s, isCancelled ? u"yes"_s : QString() }, { u"Reason"_s, reason } });
+    const bool isEmpty = files.empty() && !m_finished;
+    output("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + (isEmpty ? head : opened(head)));
+    if (m_finished)
+        readLines(*m_finished, m_finishedBytes, output);
+    writeSources(files.size(), output);
+    if (!isEmpty)
+        output("</Log>\n");
+    return isWritten;
 }
 
-/// The sources that were put aside. Gives back how many pages of the first that was not were.
-int Log::writeAside(QXmlStreamWriter& xml) const
+/// The elements of the first `number` of `files`.
+void Log::writeSources(std::size_t number, const Output& output) const
 {
-    m_aside->rewind();
-    LogFiles source;
-    int pages = 0;
-    while (m_aside->nextSource(source, pages)) {
-        startSource(xml, source);
-        writePagesAside(xml, *m_aside, pages, source.gathered);
-        xml.writeEndElement();
+    for (std::size_t i = 0; i < number; ++i) {
+        if (!files.at(i))
+            throw std::logic_error("a source of the log is missing");
+        const LogFiles& source = *files.at(i);
+        const bool hasPagesAside = i == 0 && m_pages && m_pages->size() > 0;
+        if (!hasPagesAside && source.logFiles.empty()) {
+            output(sourceElement(source));
+            continue;
+        }
+        output(opened(sourceElement(source)));
+        if (hasPagesAside)
+            readLines(*m_pages, m_pages->size(),
+                      [&](const QByteArray& pages) { output(withFate(pages, source.gathered)); });
+        for (const LogFile& page : source.logFiles)
+            output(withFate(pageElement(page), source.gathered));
+        output("    </Files>\n");
     }
-    return m_aside->pagesOfLast();
 }
 
 } // namespace pagestack

@@ -1,22 +1,53 @@
 #pragma once
 
 #include "engine/files/StagedFile.h"
-#include "engine/log/LogRecords.h"
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QLatin1String>
 #include <QMutex>
 #include <QString>
 
+#include <deque>
+#include <functional>
 #include <memory>
 #include <vector>
 
 class QIODevice;
-class QXmlStreamWriter;
 
 namespace pagestack {
 
-class LogSpill;
+class ByteSpool;
+
+/// One output page or file.
+struct LogFile
+{
+    QString targetFile { QLatin1String("") }; ///< name without folder
+    int sourcePageNo = 0; ///< counted from 1
+    int targetPageNo = 0; ///< within the output file; never written to the XML file
+    QString status { QLatin1String("") };
+    QString reason {}; ///< of a failure, or what the page has lost all the same; null: nothing
+};
+
+/// What became of the file in which the pages of a source are gathered.
+enum class GatheredFile {
+    None, ///< each page has a file of its own, or the file is in place
+    NotWritten, ///< its pages are "Completed" as far as they were gathered
+    Skipped, ///< and so are its pages
+};
+
+/// One source file and what became of its pages.
+struct LogFiles
+{
+    QString filename { QLatin1String("") }; ///< name without folder
+    QString sourcePath { QLatin1String("") }; ///< folder of the source
+    QString targetPath { QLatin1String("") }; ///< output folder
+    QString status { QLatin1String("") }; ///< trouble with the file as a whole; "" when it was read
+    int pages = 0; ///< pages written from this file
+    std::deque<LogFile> logFiles; ///< in the order written; appending moves no entry
+    QString reason {}; ///< everything that went wrong with the file as a whole; null: nothing
+    GatheredFile gathered = GatheredFile::None;
+};
 
 /// What one run read and wrote, and the XML file that tells it.
 ///
@@ -37,9 +68,9 @@ public:
     /// In the order processed, none of them null; without what was put aside.
     std::vector<std::shared_ptr<LogFiles>> files;
 
-    /// Puts the records in temporary files once they are more than 500, so that a log takes no more
-    /// memory for more pages. The last source stays, without its pages. Called between two records
-    /// by who adds them; without room for the files everything stays in `files`.
+    /// Moves the records, as XML text, to temporary files once they are more than 500, so that a
+    /// log takes no more memory for more pages. The last source stays, without its pages. To be
+    /// called between two records. Without room for the files everything stays in `files`.
     void putAside();
 
     /// Writes the run as a file of the folder "Logs" in the application data folder, named from
@@ -69,8 +100,11 @@ public:
     bool writeTo(QIODevice& to) const;
 
 private:
+    using Output = std::function<void(const QByteArray& text)>;
+
     QString write(const QString& path, StagedFile::Existing existing) const;
-    int writeAside(QXmlStreamWriter& xml) const;
+    void writeSources(std::size_t number, const Output& output) const;
+    void spill();
 
     bool m_isStored = true;
     mutable QMutex m_guard; ///< of m_logFilePath, which the job writes and the window reads
@@ -78,7 +112,9 @@ private:
     QString m_saveFault;
     std::size_t m_mostRecords
         = 500; ///< in memory: a hundred kilobytes, and no files for short runs
-    std::unique_ptr<LogSpill> m_aside; ///< null while nothing was put aside
+    std::unique_ptr<ByteSpool> m_finished; ///< elements of the sources before `files`; may be null
+    std::uint64_t m_finishedBytes = 0;
+    std::shared_ptr<ByteSpool> m_pages; ///< elements of files.front(), before its own; may be null
 };
 
 } // namespace pagestack

@@ -1,5 +1,6 @@
 #include "engine/plan/OutputNames.h"
 
+#include "engine/plan/OutputFile.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/settings/Settings.h"
 
@@ -68,6 +69,12 @@ QString pageOutputName(const QString& sourcePath, const Settings& settings, int 
 QString keptTogetherOutputName(const QString& sourcePath, int number)
 {
     return withoutLastExtension(lastPathComponent(sourcePath)) + numberText(number) + u".tiff"_s;
+}
+
+QString outputName(const OutputFile& output, const Settings& settings, int page)
+{
+    return page == 0 ? keptTogetherOutputName(output.filename, output.number)
+                     : pageOutputName(output.filename, settings, page, output.number);
 }
 
 bool isKeptTogether(const Settings& settings)

@@ -5,6 +5,7 @@
 namespace pagestack {
 
 class Settings;
+struct OutputFile;
 
 /// The last component of `path`: "scan.tif" of "/in/scan.tif". Trailing slashes do not count; the
 /// root stays "/".
@@ -30,6 +31,9 @@ QString pageOutputName(const QString& sourcePath, const Settings& settings, int 
 
 /// File name (without folder) of the one TIFF file that keeps all pages of `sourcePath` together.
 QString keptTogetherOutputName(const QString& sourcePath, int number = 0);
+
+/// Name of the file with `page` of `output`; page 0: of the file that keeps the pages together.
+QString outputName(const OutputFile& output, const Settings& settings, int page);
 
 /// True when `settings` ask for one TIFF file a source, not for one file a page.
 bool isKeptTogether(const Settings& settings);

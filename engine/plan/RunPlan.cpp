@@ -8,7 +8,9 @@
 #include "engine/settings/Settings.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
+#include <QSet>
 
 #include <algorithm>
 #include <memory>
@@ -234,10 +236,36 @@ RunPlan::RunPlan(QList<OutputFile> outputs, const Settings& settings, Numbering 
 
 QString RunPlan::name(const PlannedTarget& target) const
 {
-    const OutputFile& output = m_outputs.at(target.output);
-    return target.page == 0
-        ? keptTogetherOutputName(output.filename, output.number)
-        : pageOutputName(output.filename, m_settings, target.page, output.number);
+    return outputName(m_outputs.at(target.output), m_settings, target.page);
+}
+
+bool RunPlan::hasHazards() const
+{
+    const auto isMissing = [](const std::shared_ptr<FileItem>& item) {
+        return item->pages() > 0
+            && !fileIdentity(QFile::encodeName(item->filePath().toLocalFile()));
+    };
+    return !m_shared.empty() || !m_replaced.empty()
+        || std::ranges::any_of(m_outputs, [&](const OutputFile& output) {
+               return std::ranges::any_of(output.fileItems, isMissing);
+           });
+}
+
+QStringList RunPlan::unwritableFolders() const
+{
+    QStringList found;
+    QSet<QString> checked;
+    for (const OutputFile& output : m_outputs) {
+        const auto hasPages
+            = [](const std::shared_ptr<FileItem>& item) { return item->pages() > 0; };
+        const QString folder = outputFolder(output.filename, m_settings);
+        if (!std::ranges::any_of(output.fileItems, hasPages) || checked.contains(folder))
+            continue;
+        checked.insert(folder);
+        if (!QFileInfo(folder).isWritable())
+            found.append(folder);
+    }
+    return found;
 }
 
 } // namespace pagestack

@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <vector>
@@ -65,6 +66,13 @@ public:
     const std::vector<Shared>& shared() const { return m_shared; }
     const std::vector<PlannedTarget>& existing() const { return m_existing; }
     const std::vector<Replaced>& replacedSources() const { return m_replaced; }
+
+    /// Whether an output changes what a later page is read from or where it goes: by a shared
+    /// target, a replaced source, or as a source that is still missing.
+    bool hasHazards() const;
+
+    /// The folders that outputs go to and that are missing or cannot be written.
+    QStringList unwritableFolders() const;
 
 private:
     friend class Planner;

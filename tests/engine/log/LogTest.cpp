@@ -178,15 +178,15 @@ private slots:
         PageDiagnostics page;
         for (int i = 0; i < 15; ++i)
             page.addLogLine(u"row %1"_s.arg(i));
-        CodecLog log(u"scan.tif"_s);
+        CodecLog log;
         for (int i = 0; i < 15; ++i)
             QTest::ignoreMessage(QtWarningMsg, qPrintable(u"row %1"_s.arg(i)));
-        log.write(page.logLines);
+        log.write(u"scan.tif"_s, page.logLines);
         for (int i = 0; i < 4; ++i)
             QTest::ignoreMessage(QtWarningMsg, qPrintable(u"row %1"_s.arg(i)));
         QTest::ignoreMessage(QtWarningMsg, "scan.tif: further messages are left out");
         QTest::failOnWarning(QRegularExpression(u".*"_s));
-        log.write(page.logLines);
+        log.write(u"scan.tif"_s, page.logLines);
         for (int i = 0; i < 30; ++i)
             page.addLogLine(u"row"_s);
         QCOMPARE(page.logLines.size(), 20); // the rest could never be written

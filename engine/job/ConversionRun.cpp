@@ -1,0 +1,483 @@
+#include "engine/job/ConversionRun.h"
+
+#include "engine/files/PosixFile.h"
+#include "engine/image/PrefetchedPage.h"
+#include "engine/image/TiffDocument.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
+#include "engine/image/tiffwriter/MultiPageTiffWriter.h"
+#include "engine/job/PagePrefetcher.h"
+#include "engine/plan/OutputNames.h"
+#include "engine/plan/RunPlan.h"
+#include "engine/support/SystemLog.h"
+#include "engine/threads/StopScope.h"
+
+#include <QFile>
+#include <QThread>
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    QString reasonOf(const std::exception& error) { return QString::fromUtf8(error.what()); }
+
+    bool hasSeveralPages(const QList<OutputFile>& plan)
+    {
+        int pages = 0;
+        for (const OutputFile& output : plan)
+            for (const std::shared_ptr<FileItem>& item : output.fileItems) {
+                pages += std::min(item->pages(), 2);
+                if (pages > 1)
+                    return true;
+            }
+        return false;
+    }
+
+    /// The state that the file at `path` must have to be replaced: of the source, when it is that;
+    /// none when it is another file, or none is there.
+    std::optional<FileState> ownSource(const TiffDocument& document, const QString& path)
+    {
+        const std::optional<FileIdentity> target = fileIdentity(QFile::encodeName(path));
+        const FileState& opened = document.stateAtOpening();
+        const bool isSource = target
+            && (target == opened.identity
+                || target == fileIdentity(QFile::encodeName(document.path())));
+        return isSource ? std::optional(opened) : std::nullopt;
+    }
+
+    void append(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage prepared)
+    {
+        if (!prepared.file) {
+            file.append(image.sharedSource(), prepared.pieces);
+            return;
+        }
+        image.adopt(prepared.diagnostics);
+        file.appendEncoded(image.sharedSource(), std::move(prepared.file));
+    }
+
+} // namespace
+
+ConversionRun::ConversionRun(Process& job, RunOptions options)
+    : m_job(job)
+    , m_settings(*job.settings())
+    , m_options(std::move(options))
+    , m_jobs(m_options.jobs > 0 ? m_options.jobs : QThread::idealThreadCount())
+    , m_threads(m_jobs)
+{
+}
+
+ConversionRun::~ConversionRun() = default;
+
+void ConversionRun::convertOutputs()
+{
+    const StopScope scope([this] { return !m_job.isCombining(); });
+    const QList<OutputFile> plan = m_job.outputFiles();
+    startThreads(plan);
+    for (qsizetype i = 0; i < plan.size(); ++i) {
+        if (!m_job.isCombining())
+            return;
+        convertOutput(plan.at(i), i);
+        m_job.log()->putAside();
+        m_job.setTotalFileProcessed(m_job.totalFileProcessed() + 1);
+        m_options.showTimeTaken();
+        if (!m_job.isCombining())
+            return;
+    }
+}
+
+void ConversionRun::startThreads(const QList<OutputFile>& plan)
+{
+    if (m_jobs == 1 || !hasSeveralPages(plan))
+        return;
+    const RunPlan run(plan, m_settings, RunPlan::Numbering::None, {},
+                      [this] { return m_job.isCombining(); });
+    if (!run.hasHazards())
+        m_prefetcher = std::make_unique<PagePrefetcher>(
+            plan, m_settings, m_jobs, m_threads,
+            [this](const QString& path) { return isWanted(path); },
+            [this] { return m_job.isCombining(); });
+}
+
+void ConversionRun::convertOutput(const OutputFile& output, qsizetype index)
+{
+    const auto record = std::make_shared<LogFiles>();
+    m_job.log()->files.push_back(record);
+    record->filename = lastPathComponent(output.filename);
+    record->sourcePath = folderPart(output.filename);
+    record->targetPath = outputFolder(output.filename, m_settings);
+    m_job.setFileInProcess(record->filename);
+    m_job.removeLeftovers(record->targetPath);
+    for (qsizetype i = 0; i < output.fileItems.size(); ++i) {
+        if (!m_job.isCombining())
+            return;
+        convertItem(output, { index, i }, *record);
+    }
+}
+
+void ConversionRun::convertItem(const OutputFile& output, PlanPlace place, LogFiles& record)
+{
+    const FileItem& item = *output.fileItems.at(place.item);
+    const QString path = item.filePath().toLocalFile();
+    std::shared_ptr<TiffDocument> document;
+    const QString refusal = withRoom([&]() -> QString {
+        try {
+            document = openSource(path, place);
+            return {};
+        } catch (const std::exception& error) {
+            return reasonOf(error);
+        }
+    });
+    try {
+        if (document) {
+            const std::optional<FileIdentity> identity = fileIdentity(QFile::encodeName(path));
+            convertDocument({ output, *document, record, identity }, item);
+            return;
+        }
+        record.status = u"Unable to Open File!"_s;
+        tell({ .sourcePath = path, .reason = refusal });
+    } catch (const std::exception& error) {
+        m_hasFailed = true;
+        record.status = reasonOf(error);
+        tell({ .sourcePath = path, .reason = record.status });
+    }
+}
+
+std::shared_ptr<TiffDocument> ConversionRun::openSource(const QString& path, PlanPlace place)
+{
+    return m_prefetcher ? m_prefetcher->open(place) : std::make_shared<TiffDocument>(path);
+}
+
+PrefetchedPage ConversionRun::takePage(const TiffDocument& document, int page)
+{
+    return m_prefetcher ? m_prefetcher->take(document, page) : PrefetchedPage {};
+}
+
+QString ConversionRun::withRoom(const std::function<QString()>& attempt)
+{
+    const QString reason = attempt();
+    const bool isAgain = !reason.isNull() && m_prefetcher && isWantOfRoom(reason.toStdString())
+        && m_prefetcher->dropAhead();
+    return isAgain ? attempt() : reason;
+}
+
+void ConversionRun::convertDocument(const Source& source, const FileItem& item)
+{
+    reportChain(source.document, item);
+    const QList<int> range = m_job.getPageRanges(&item);
+    m_found = {};
+    if (isKeptTogether(m_settings)) {
+        keepPagesTogether(source, range);
+    } else {
+        writePages(source, range);
+        tellLeftOutTags(source.document);
+    }
+}
+
+// Pages that are not in the list would otherwise be missing in the outputs without a word. A file
+// that has become shorter ends in a page that does not exist and needs no word here.
+void ConversionRun::reportChain(const TiffDocument& document, const FileItem& item)
+{
+    if (const QString fault = document.chainFault(); !fault.isEmpty())
+        tellError(document, 0, fault);
+    if (document.pageCount() > item.pages())
+        tellError(
+            document, 0,
+            u"the file has %1 pages now, %2 were counted before the run"_s.arg(document.pageCount())
+                .arg(item.pages()));
+}
+
+void ConversionRun::keepPagesTogether(const Source& source, const QList<int>& range)
+{
+    const QString name = outputName(source.output, m_settings, 0);
+    const QString path = joinedPath(source.record.targetPath, name);
+    m_job.setOutputFileInProcess(name);
+    if (!isWanted(path))
+        skipTogether(source, range, path);
+    else if (saveAsTiff(path, range, source.document, source.record))
+        m_job.setTotalFileCreated(m_job.totalFileCreated() + 1);
+}
+
+void ConversionRun::skipTogether(const Source& source, const QList<int>& range, const QString& path)
+{
+    for (const int page : range) {
+        source.record.logFiles.push_back({ .targetFile = lastPathComponent(path),
+                                           .sourcePageNo = page,
+                                           .status = u"Skipped"_s });
+        emit m_job.pageDone(source.document.path(), page, path, PageOutcome::Skipped);
+    }
+}
+
+void ConversionRun::writePages(const Source& source, const QList<int>& range)
+{
+    for (const int page : range) {
+        if (!m_job.isCombining())
+            return;
+        writePage(source, page);
+        if (!m_job.isCombining())
+            return;
+    }
+}
+
+void ConversionRun::writePage(const Source& source, int page)
+{
+    const QString name = outputName(source.output, m_settings, page);
+    m_job.setOutputFileInProcess(name);
+    PageImage image = source.document.page(page - 1);
+    source.record.logFiles.push_back({ .targetFile = name, .sourcePageNo = page });
+    savePage(source, image, source.record.logFiles.back());
+    m_job.log()->putAside();
+}
+
+void ConversionRun::savePage(const Source& source, PageImage& image, LogFile& record)
+{
+    const QString path = joinedPath(source.record.targetPath, record.targetFile);
+    const QString sourcePath = source.document.path();
+    const int page = record.sourcePageNo;
+    PageOutcome outcome = PageOutcome::Skipped;
+    bool isSkipped = !isWanted(path);
+    const QString trouble = isSkipped ? QString() : saveImage(source, image, page, path);
+    // Meanwhile something may have come to its place.
+    isSkipped = isSkipped || (!trouble.isNull() && !isWanted(path));
+    if (isSkipped) {
+        record.status = u"Skipped"_s;
+    } else if (trouble.isNull()) {
+        outcome = PageOutcome::Written;
+        record.status = u"Completed"_s;
+        m_job.setTotalFileCreated(m_job.totalFileCreated() + 1);
+        ++source.record.pages;
+        emit m_job.fileWritten(sourcePath, path, 1);
+    } else {
+        outcome = PageOutcome::Failed;
+        record.status = u"Unable to save page!"_s;
+        tellError(source.document, page, trouble, m_found.detail);
+    }
+    emit m_job.pageDone(sourcePath, page, path, outcome);
+}
+
+/// Null when the page is in place, else the reason why not.
+QString ConversionRun::saveImage(const Source& source, PageImage& image, int page,
+                                 const QString& path)
+{
+    // By a link: one page would be all that is left of the source.
+    if (source.identity && fileIdentity(QFile::encodeName(path)) == source.identity)
+        return u"%1 leads to the source itself, which a single page must not replace"_s.arg(
+            lastPathComponent(path));
+    PrefetchedPage prepared = takePage(source.document, page);
+    const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads.take();
+    const QString trouble = withRoom([&]() -> QString {
+        image.takeDiagnostics(); // of an attempt before this one
+        if (image.save(path, m_settings, std::exchange(prepared, {}), &m_threads,
+                       m_options.existing))
+            return {};
+        return image.failureReason().isNull() ? u""_s : image.failureReason();
+    });
+    const PageDiagnostics found = takeDiagnostics(source.document, image);
+    if (trouble.isNull())
+        tellLosses(source.document, page, found);
+    else if (!image.failureLine().isEmpty())
+        systemLog(image.failureLine());
+    return trouble;
+}
+
+bool ConversionRun::saveAsTiff(const QString& path, const QList<int>& range,
+                               const TiffDocument& document, LogFiles& logFiles)
+{
+    logFiles.gathered = GatheredFile::NotWritten; // until it is
+    MultiPageTiffWriter file(path, m_settings.tiffCompressionIndex(),
+                             static_cast<int>(range.size()));
+    try {
+        gatherPages(file, path, range, document, logFiles);
+    } catch (const std::exception& error) {
+        const QString reason = QString::fromUtf8(error.what());
+        systemLog(u"Error in (saveAsTiff:range:image:logFiles:) : "_s + reason);
+        tellError(document, 0, reason);
+    } catch (...) {
+        // The pages gathered are kept; the result is lost with the exception.
+        if (lossOfPages(document, file.pageCount(), path).isNull()
+            && file.commit(m_options.existing, ownSource(document, path)))
+            logFiles.gathered = GatheredFile::None;
+        throw;
+    }
+    if (file.pageCount() == 0)
+        return false;
+    const QString loss = lossOfPages(document, file.pageCount(), path);
+    const auto commit = [&] {
+        return file.commit(m_options.existing, ownSource(document, path)) ? QString()
+                                                                          : file.failureReason();
+    };
+    if (loss.isNull() && withRoom(commit).isNull()) {
+        logFiles.gathered = GatheredFile::None;
+        emit m_job.fileWritten(document.path(), path, file.pageCount());
+        tellLeftOutTags(document);
+        return true;
+    }
+    if (isWanted(path))
+        tellError(document, 0, loss.isNull() ? file.failureReason() : loss);
+    else
+        skipGathered(document, path, logFiles);
+    return false;
+}
+
+/// Why `pages` pages must not be put in place at `path`, where they would be all that is left of
+/// the source; null when they may.
+QString ConversionRun::lossOfPages(const TiffDocument& document, int pages,
+                                   const QString& path) const
+{
+    const std::optional<FileState> expected = ownSource(document, path);
+    if (!expected)
+        return {};
+    if (fileState(QFile::encodeName(path)) != expected)
+        return u"the file is kept as it is, since it has changed since its pages were read"_s;
+    if (pages != document.pageCount() || !document.chainFault().isEmpty())
+        return u"the file is kept as it is, since not all of its pages could be gathered to "
+               "replace it"_s;
+    if (!m_found.doubt.isNull())
+        return u"the file is kept as it is, since not all of its pixels are sure: "_s
+            + m_found.doubt;
+    if (!m_found.leftOutTags.isEmpty())
+        return u"the file is kept as it is, since "_s
+            + leftOutText(m_found.leftOutTags, m_found.leftOutTags.size(), u"would be lost");
+    return {};
+}
+
+/// For pages that were gathered before something came to their target. The records that were put
+/// aside take it from that of the source.
+void ConversionRun::skipGathered(const TiffDocument& document, const QString& path,
+                                 LogFiles& logFiles)
+{
+    logFiles.gathered = GatheredFile::Skipped;
+    for (LogFile& record : logFiles.logFiles)
+        if (record.status == u"Completed")
+            record.status = u"Skipped"_s;
+    emit m_job.fileSkipped(document.path(), path, std::exchange(logFiles.pages, 0));
+}
+
+void ConversionRun::gatherPages(MultiPageTiffWriter& file, const QString& path,
+                                const QList<int>& range, const TiffDocument& document,
+                                LogFiles& logFiles)
+{
+    for (const int page : range) {
+        if (!m_job.isCombining())
+            return;
+        logFiles.logFiles.push_back(
+            { .targetFile = lastPathComponent(path), .sourcePageNo = page });
+        const PageOutcome outcome = gatherPage(file, document, logFiles.logFiles.back());
+        if (outcome == PageOutcome::Written)
+            ++logFiles.pages;
+        emit m_job.pageDone(document.path(), page, path, outcome);
+        m_job.log()->putAside();
+        if (!m_job.isCombining())
+            return;
+    }
+}
+
+ConversionRun::PageOutcome ConversionRun::gatherPage(MultiPageTiffWriter& file,
+                                                     const TiffDocument& document, LogFile& record)
+{
+    const PageImage image = document.page(record.sourcePageNo - 1);
+    try {
+        PrefetchedPage prepared = takePage(document, record.sourcePageNo);
+        appendPage(file, image, prepared);
+        const PageDiagnostics found = takeDiagnostics(document, image);
+        if (file.failureReason().isEmpty())
+            tellLosses(document, record.sourcePageNo, found);
+    } catch (const std::exception& error) {
+        takeDiagnostics(document, image);
+        record.status = u"Unable to save page!"_s;
+        tellError(document, record.sourcePageNo, QString::fromUtf8(error.what()), m_found.detail);
+        return PageOutcome::Failed;
+    }
+    record.status = u"Completed"_s;
+    return PageOutcome::Written;
+}
+
+/// Throws as MultiPageTiffWriter::append does.
+void ConversionRun::appendPage(MultiPageTiffWriter& file, const PageImage& image,
+                               PrefetchedPage& prepared)
+{
+    const bool wasWhole = file.failureReason().isEmpty();
+    bool isAgain = false;
+    std::exception_ptr refusal;
+    withRoom([&] {
+        try {
+            image.takeDiagnostics(); // of an attempt before this one
+            refusal = nullptr;
+            if (std::exchange(isAgain, true) && wasWhole && !file.failureReason().isEmpty())
+                file.appendAgain(image.sharedSource());
+            else
+                append(file, image, std::exchange(prepared, {}));
+            return wasWhole && !file.failureReason().isEmpty() ? file.failureReason() : QString();
+        } catch (const std::exception& error) {
+            refusal = std::current_exception();
+            return QString::fromUtf8(error.what());
+        }
+    });
+    if (refusal)
+        std::rethrow_exception(refusal);
+}
+
+/// What there is to be said of the page in hand; the messages of the codec are told at once.
+PageDiagnostics ConversionRun::takeDiagnostics(const TiffDocument& document, const PageImage& image)
+{
+    PageDiagnostics found = image.takeDiagnostics();
+    m_found.log.write(lastPathComponent(document.path()), found.logLines);
+    m_found.detail = found.logLines.join(u'\n');
+    return found;
+}
+
+void ConversionRun::tellLosses(const TiffDocument& document, int page, const PageDiagnostics& found)
+{
+    for (const QString& warning : found.warnings) {
+        if (m_found.doubt.isNull())
+            m_found.doubt = u"page %1: %2"_s.arg(page).arg(warning);
+        tell({ Diagnostic::Severity::Warning, document.path(), page, warning, m_found.detail });
+    }
+    for (const QString& name : found.leftOutTags)
+        if (!m_found.leftOutTags.contains(name))
+            m_found.leftOutTags.append(name);
+}
+
+/// Once a source: its pages mostly have the same tags.
+void ConversionRun::tellLeftOutTags(const TiffDocument& document)
+{
+    constexpr qsizetype mostNames = 5;
+    if (m_found.leftOutTags.isEmpty())
+        return;
+    const QString all = leftOutText(m_found.leftOutTags, m_found.leftOutTags.size());
+    if (m_found.leftOutTags.size() > mostNames)
+        systemLog(lastPathComponent(document.path()) + u": "_s + all);
+    tell({ Diagnostic::Severity::Warning, document.path(), 0,
+           leftOutText(m_found.leftOutTags, mostNames), all });
+}
+
+/// To the record of the page, which is the last one, or of the source in hand, and to all
+/// listeners.
+void ConversionRun::tell(const Diagnostic& diagnostic)
+{
+    if (const std::shared_ptr<Log> runLog = m_job.log(); !runLog->files.empty()) {
+        LogFiles& source = *runLog->files.back();
+        const bool isOfPage = diagnostic.page > 0 && !source.logFiles.empty()
+            && source.logFiles.back().sourcePageNo == diagnostic.page;
+        QString& told = isOfPage ? source.logFiles.back().reason : source.reason;
+        told = told.isNull() ? diagnostic.reason : told + u"; "_s + diagnostic.reason;
+    }
+    emit m_job.diagnosed(diagnostic);
+}
+
+void ConversionRun::tellError(const TiffDocument& document, int page, const QString& reason,
+                              const QString& detail)
+{
+    tell({ Diagnostic::Severity::Error, document.path(), page, reason, detail });
+}
+
+bool ConversionRun::isWanted(const QString& outputPath) const
+{
+    return !m_options.targetFilter || m_options.targetFilter(outputPath);
+}
+
+} // namespace pagestack

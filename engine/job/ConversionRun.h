@@ -1,0 +1,105 @@
+#pragma once
+
+#include "engine/files/FileState.h"
+#include "engine/files/StagedFile.h"
+#include "engine/job/Process.h"
+#include "engine/threads/SpareThreads.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace pagestack {
+
+class MultiPageTiffWriter;
+class PageImage;
+class PagePrefetcher;
+struct PlanPlace;
+struct PrefetchedPage;
+
+/// One run of a Process: walks its outputs, writes the pages, fills the records of the log and
+/// announces all of it with the signals of the job. Lives on the thread of the run.
+class ConversionRun
+{
+public:
+    /// `job`, which has its settings, outlives the run.
+    ConversionRun(Process& job, RunOptions options);
+    ~ConversionRun();
+    ConversionRun(const ConversionRun&) = delete;
+    ConversionRun& operator=(const ConversionRun&) = delete;
+
+    /// Converts all outputs, until the job is no longer combining. A source or page that fails does
+    /// not end it; what an observer throws does.
+    void convertOutputs();
+
+    /// As Process::saveAsTiff.
+    bool saveAsTiff(const QString& path, const QList<int>& range, const TiffDocument& document,
+                    LogFiles& logFiles);
+
+    /// True when an exception ended the conversion of a source.
+    bool hasFailed() const { return m_hasFailed; }
+
+private:
+    using PageOutcome = Process::PageOutcome;
+
+    /// The item in hand.
+    struct Source
+    {
+        const OutputFile& output;
+        const TiffDocument& document;
+        LogFiles& record;
+        std::optional<FileIdentity> identity; ///< of the file that `document` reads
+    };
+
+    /// Everything that was found in the source in hand.
+    struct Findings
+    {
+        CodecLog log;
+        QString doubt; ///< the first warning, with its page
+        QStringList leftOutTags; ///< each once
+        QString detail; ///< messages of the codec about the page in hand
+    };
+
+    void startThreads(const QList<OutputFile>& plan);
+    void convertOutput(const OutputFile& output, qsizetype index);
+    void convertItem(const OutputFile& output, PlanPlace place, LogFiles& record);
+    std::shared_ptr<TiffDocument> openSource(const QString& path, PlanPlace place);
+    PrefetchedPage takePage(const TiffDocument& document, int page);
+    QString withRoom(const std::function<QString()>& attempt);
+    void convertDocument(const Source& source, const FileItem& item);
+    void reportChain(const TiffDocument& document, const FileItem& item);
+
+    void keepPagesTogether(const Source& source, const QList<int>& range);
+    void skipTogether(const Source& source, const QList<int>& range, const QString& path);
+    QString lossOfPages(const TiffDocument& document, int pages, const QString& path) const;
+    void skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles);
+    void gatherPages(MultiPageTiffWriter& file, const QString& path, const QList<int>& range,
+                     const TiffDocument& document, LogFiles& logFiles);
+    PageOutcome gatherPage(MultiPageTiffWriter& file, const TiffDocument& document,
+                           LogFile& record);
+    void appendPage(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage& prepared);
+
+    void writePages(const Source& source, const QList<int>& range);
+    void writePage(const Source& source, int page);
+    void savePage(const Source& source, PageImage& image, LogFile& record);
+    QString saveImage(const Source& source, PageImage& image, int page, const QString& path);
+
+    PageDiagnostics takeDiagnostics(const TiffDocument& document, const PageImage& image);
+    void tellLosses(const TiffDocument& document, int page, const PageDiagnostics& found);
+    void tellLeftOutTags(const TiffDocument& document);
+    void tell(const Diagnostic& diagnostic);
+    void tellError(const TiffDocument& document, int page, const QString& reason,
+                   const QString& detail = {});
+    bool isWanted(const QString& outputPath) const;
+
+    Process& m_job;
+    const Settings& m_settings;
+    const RunOptions m_options;
+    const int m_jobs;
+    Findings m_found;
+    bool m_hasFailed = false;
+    SpareThreads m_threads;
+    std::unique_ptr<PagePrefetcher> m_prefetcher; ///< null when the job's thread does everything
+};
+
+} // namespace pagestack
