@@ -1,8 +1,8 @@
 #pragma once
 
-#include <bit>
+#include <QtEndian>
+
 #include <cstdint>
-#include <cstring>
 
 namespace pagestack {
 
@@ -29,10 +29,7 @@ public:
     /// Stores the whole bytes.
     void flush()
     {
-        std::uint64_t stored = m_bits;
-        if constexpr (std::endian::native == std::endian::big)
-            stored = __builtin_bswap64(stored);
-        std::memcpy(m_out, &stored, sizeof stored);
+        qToLittleEndian(m_bits, m_out);
         m_out += m_count / 8;
         m_bits >>= m_count & ~7U;
         m_count &= 7U;

@@ -1,10 +1,8 @@
 #include "engine/image/formats/Density.h"
 #include "engine/image/formats/Encoders.h"
 
-#include <array>
 #include <cstring>
 #include <limits>
-#include <stdexcept>
 #include <vector>
 
 namespace pagestack {
@@ -15,12 +13,6 @@ namespace {
 
     constexpr std::uint32_t fileHeaderBytes = 14;
     constexpr std::uint32_t infoHeaderBytes = 40;
-
-    void putNumber(std::vector<std::uint8_t>& to, std::uint32_t value, int bytes)
-    {
-        for (int i = 0; i < bytes; ++i)
-            to.push_back(static_cast<std::uint8_t>(value >> static_cast<unsigned>(8 * i)));
-    }
 
     /// One row as the file has it: blue first, padded with zeros to a multiple of four bytes.
     void packRow(const std::uint8_t* row, int widthPx, const PixelLayout& layout, std::uint8_t* to)
@@ -40,24 +32,6 @@ namespace {
 
 } // namespace
 
-void throwTooLarge(const PageProperties& page, QLatin1StringView format)
-{
-    throw std::runtime_error("a page of " + std::to_string(page.widthPx) + " x "
-                             + std::to_string(page.heightPx) + " pixels is too large for "
-                             + format.data());
-}
-
-std::vector<RgbColor> grayPalette(int bits)
-{
-    const int last = (1 << bits) - 1;
-    std::vector<RgbColor> palette;
-    for (int i = 0; i <= last; ++i) {
-        const auto level = static_cast<std::uint8_t>(i * 255 / last);
-        palette.push_back({ level, level, level });
-    }
-    return palette;
-}
-
 void encodeBmp(UprightPage& upright, StagedFile& file)
 {
     RowSource& rows = *upright.rows;
@@ -74,20 +48,23 @@ void encodeBmp(UprightPage& upright, StagedFile& file)
     const MetricDensity density = metricDensity(page.resolution);
     const auto bitsPerPixel = static_cast<std::uint32_t>(layout.channels() * layout.bitsPerSample);
     std::vector<std::uint8_t> header { 'B', 'M' };
-    putNumber(header, static_cast<std::uint32_t>(fileBytes), 4);
-    putNumber(header, 0, 4); // reserved
-    putNumber(header, static_cast<std::uint32_t>(pixelsAt), 4);
-    putNumber(header, infoHeaderBytes, 4);
-    putNumber(header, static_cast<std::uint32_t>(page.widthPx), 4);
-    putNumber(header, static_cast<std::uint32_t>(page.heightPx), 4);
-    putNumber(header, 1, 2); // planes
-    putNumber(header, bitsPerPixel, 2);
-    putNumber(header, 0, 4); // not compressed
-    putNumber(header, static_cast<std::uint32_t>(fileBytes - pixelsAt), 4);
-    putNumber(header, density.x, 4);
-    putNumber(header, density.y, 4);
-    putNumber(header, static_cast<std::uint32_t>(table.size()), 4);
-    putNumber(header, 0, 4); // all colours matter
+    const auto put = [&](std::uint64_t value, int bytes = 4) {
+        appendNumber(header, static_cast<std::uint32_t>(value), bytes);
+    };
+    put(fileBytes);
+    put(0); // reserved
+    put(pixelsAt);
+    put(infoHeaderBytes);
+    put(static_cast<std::uint32_t>(page.widthPx));
+    put(static_cast<std::uint32_t>(page.heightPx));
+    put(1, 2); // planes
+    put(bitsPerPixel, 2);
+    put(0); // not compressed
+    put(fileBytes - pixelsAt);
+    put(density.x);
+    put(density.y);
+    put(table.size());
+    put(0); // all colours matter
     for (const RgbColor& color : table)
         header.insert(header.end(), { color[2], color[1], color[0], 0 });
     file.write(header);

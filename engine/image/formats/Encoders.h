@@ -50,4 +50,7 @@ constexpr int gifMostSidePx = 65535;
 /// The 2^`bits` levels from black to white.
 std::vector<RgbColor> grayPalette(int bits);
 
+/// Appends the lowest `bytes` bytes of `value`, the least significant one first.
+void appendNumber(std::vector<std::uint8_t>& to, std::uint32_t value, int bytes);
+
 } // namespace pagestack

@@ -25,80 +25,30 @@ namespace {
     /// ICC.1, annex B.4: up to 255 numbered segments, and what is left in each.
     constexpr qsizetype largestProfileBytes = 255 * qsizetype { 65519 };
 
-    struct JpegErrors
-    {
-        jpeg_error_mgr base;
-        std::jmp_buf jump;
-        std::array<char, JMSG_LENGTH_MAX> reason;
-    };
-
-    struct FileDestination
-    {
-        jpeg_destination_mgr base;
-        StagedFile* file;
-        std::exception_ptr failure; ///< of the staged file; the encoder is left by a jump
-        std::array<std::uint8_t, bufferBytes> buffer;
-    };
-
-    void leaveWithReason(j_common_ptr codec)
-    {
-        auto* errors = reinterpret_cast<JpegErrors*>(codec->err);
-        codec->err->format_message(codec, errors->reason.data());
-        std::longjmp(errors->jump, 1);
-    }
-
-    void ignoreMessage(j_common_ptr, int) { }
-
-    void writeBuffer(j_compress_ptr codec, std::size_t bytes)
-    {
-        auto* destination = reinterpret_cast<FileDestination*>(codec->dest);
-        try {
-            destination->file->write({ destination->buffer.data(), bytes });
-        } catch (const std::runtime_error&) {
-            destination->failure = std::current_exception();
-        }
-        if (destination->failure) {
-            auto* errors = reinterpret_cast<JpegErrors*>(codec->err);
-            std::longjmp(errors->jump, 1);
-        }
-        destination->base.next_output_byte = destination->buffer.data();
-        destination->base.free_in_buffer = destination->buffer.size();
-    }
-
-    void startBuffer(j_compress_ptr codec)
-    {
-        auto* destination = reinterpret_cast<FileDestination*>(codec->dest);
-        destination->base.next_output_byte = destination->buffer.data();
-        destination->base.free_in_buffer = destination->buffer.size();
-    }
-
-    boolean emptyBuffer(j_compress_ptr codec)
-    {
-        writeBuffer(codec, bufferBytes);
-        return TRUE;
-    }
-
-    void endBuffer(j_compress_ptr codec)
-    {
-        auto* destination = reinterpret_cast<FileDestination*>(codec->dest);
-        writeBuffer(codec, bufferBytes - destination->base.free_in_buffer);
-    }
-
     /// The encoder with everything that it needs until it is destroyed.
     class JpegCompressor
     {
     public:
         explicit JpegCompressor(StagedFile& file)
+            : m_file(file)
         {
-            m_codec.err = jpeg_std_error(&m_errors.base);
-            m_errors.base.error_exit = leaveWithReason;
-            m_errors.base.emit_message = ignoreMessage;
-            m_destination.base.init_destination = startBuffer;
-            m_destination.base.empty_output_buffer = emptyBuffer;
-            m_destination.base.term_destination = endBuffer;
-            m_destination.file = &file;
+            m_codec.client_data = this;
+            m_codec.err = jpeg_std_error(&m_errors);
+            m_errors.emit_message = [](j_common_ptr, int) {};
+            m_errors.error_exit = [](j_common_ptr codec) {
+                codec->err->format_message(codec, of(codec).m_reason.data());
+                std::longjmp(of(codec).m_jump, 1);
+            };
+            m_destination.init_destination = [](j_compress_ptr codec) { of(codec).write(0); };
+            m_destination.empty_output_buffer = [](j_compress_ptr codec) -> boolean {
+                of(codec).write(bufferBytes);
+                return TRUE;
+            };
+            m_destination.term_destination = [](j_compress_ptr codec) {
+                of(codec).write(bufferBytes - codec->dest->free_in_buffer);
+            };
             confined([this] { jpeg_create_compress(&m_codec); });
-            m_codec.dest = &m_destination.base;
+            m_codec.dest = &m_destination;
         }
         ~JpegCompressor() { jpeg_destroy_compress(&m_codec); }
         JpegCompressor(const JpegCompressor&) = delete;
@@ -110,29 +60,47 @@ namespace {
         void confined(Steps steps)
         {
             static_assert(std::is_trivially_destructible_v<Steps>);
-            if (setjmp(m_errors.jump) == 0) {
+            if (setjmp(m_jump) == 0) {
                 steps();
                 return;
             }
-            if (m_destination.failure)
-                std::rethrow_exception(m_destination.failure);
-            throw std::runtime_error(m_errors.reason.data());
+            if (m_failure)
+                std::rethrow_exception(m_failure);
+            throw std::runtime_error(m_reason.data());
         }
 
         jpeg_compress_struct& codec() { return m_codec; }
 
     private:
-        jpeg_compress_struct m_codec = {};
-        JpegErrors m_errors = {};
-        FileDestination m_destination = {};
-    };
+        template <typename Codec>
+        static JpegCompressor& of(Codec* codec)
+        {
+            return *static_cast<JpegCompressor*>(codec->client_data);
+        }
 
-    void writeProfile(jpeg_compress_struct& codec, const QByteArray& profile)
-    {
-        if (!profile.isEmpty())
-            jpeg_write_icc_profile(&codec, reinterpret_cast<const JOCTET*>(profile.constData()),
-                                   static_cast<unsigned>(profile.size()));
-    }
+        /// Writes the first `bytes` of the buffer and begins it anew.
+        void write(std::size_t bytes)
+        {
+            try {
+                m_file.write({ m_buffer.data(), bytes });
+            } catch (const std::runtime_error&) {
+                m_failure = std::current_exception();
+            }
+            if (m_failure)
+                std::longjmp(m_jump, 1);
+            m_destination.next_output_byte = m_buffer.data();
+            m_destination.free_in_buffer = m_buffer.size();
+        }
+
+        StagedFile& m_file;
+        jpeg_compress_struct m_codec = {};
+        jpeg_error_mgr m_errors = {};
+        jpeg_destination_mgr m_destination = {};
+        std::jmp_buf m_jump = {};
+        std::array<char, JMSG_LENGTH_MAX> m_reason = {};
+        std::exception_ptr m_failure; ///< of the file; the encoder is left by a jump
+        std::array<std::uint8_t, bufferBytes> m_buffer;
+    };
 
     void configure(jpeg_compress_struct& codec, const PixelLayout& layout,
                    const PageProperties& page, int quality)
@@ -172,7 +140,10 @@ void encodeJpeg(UprightPage& upright, StagedFile& file)
     compressor->confined([&codec, &layout, &page, quality] {
         configure(codec, layout, page, quality);
         jpeg_start_compress(&codec, TRUE);
-        writeProfile(codec, page.iccProfile);
+        if (!page.iccProfile.isEmpty())
+            jpeg_write_icc_profile(&codec,
+                                   reinterpret_cast<const JOCTET*>(page.iccProfile.constData()),
+                                   static_cast<unsigned>(page.iccProfile.size()));
     });
     std::vector<JSAMPROW> lines;
     for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand()) {

@@ -1,5 +1,7 @@
 #include "engine/image/formats/gif/BilevelLzw.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -38,11 +40,7 @@ void BilevelLzw::startStrings()
 /// The pixels from `x` on, the first one in the most significant bit; `windowPx` of them count.
 std::uint64_t BilevelLzw::pixelsFrom(int x) const
 {
-    std::uint64_t pixels = 0;
-    std::memcpy(&pixels, m_row.data() + x / 8, sizeof pixels);
-    if constexpr (std::endian::native == std::endian::little)
-        pixels = __builtin_bswap64(pixels);
-    return pixels << static_cast<unsigned>(x % 8);
+    return qFromBigEndian<quint64>(m_row.data() + x / 8) << static_cast<unsigned>(x % 8);
 }
 
 /// Where the run of one colour ends that starts at `x`.

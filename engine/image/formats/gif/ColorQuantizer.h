@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -32,28 +33,28 @@ public:
     std::vector<RgbColor> palette(int mostColors) const;
 
 private:
-    /// Moments of a cell or, once summed up, of all cells below it.
-    struct Moments
-    {
-        std::int64_t count = 0;
-        std::int64_t sum[3] = { 0, 0, 0 };
-        std::int64_t squares = 0;
-
-        Moments& operator+=(const Moments& other);
-        Moments& operator-=(const Moments& other);
-    };
+    /// Of a cell or, once summed up, of all cells below it: the sums of red, green and blue, the
+    /// number of pixels and the sum of all squares.
+    enum Moment : std::size_t { Red, Green, Blue, Count, Squares };
+    using Moments = std::array<std::int64_t, 5>;
     /// Cells above `low` and up to `high`, each channel.
     struct Box
     {
-        int low[3];
-        int high[3];
+        std::array<int, 3> low;
+        std::array<int, 3> high;
+    };
+    struct Cut
+    {
+        Box lower;
+        Box upper;
     };
 
     void keepColors(const std::uint8_t* pixels, int count);
     static std::size_t cellIndex(int red, int green, int blue);
     static Moments momentsOf(const std::vector<Moments>& sums, const Box& box);
     static double errorOf(const Moments& moments);
-    static bool splitBest(const std::vector<Moments>& sums, const Box& box, Box& lower, Box& upper);
+    static void addTo(Moments& sums, const Moments& moments, int sign = 1);
+    static std::optional<Cut> bestCut(const std::vector<Moments>& sums, const Box& box);
     std::vector<Moments> cumulated() const;
     std::vector<RgbColor> reducedPalette(std::size_t mostColors) const;
     std::vector<RgbColor> sortedColors() const;
@@ -62,34 +63,6 @@ private:
     std::unordered_map<std::uint32_t, std::int64_t>
         m_colors; ///< pixels a colour, while they are few
     std::vector<Moments> m_cells;
-};
-
-/// Finds palette entries for the pixels of one row after the other and spreads the error of each
-/// pixel over its neighbours (Floyd and Steinberg, 1976), every other row from right to left.
-class ErrorDiffusion
-{
-public:
-    ErrorDiffusion(const std::vector<RgbColor>& palette, int widthPx);
-
-    /// Replaces each RGB pixel of `row` by the index of a palette entry at `to`.
-    void mapRow(const std::uint8_t* row, std::uint8_t* to);
-
-private:
-    /// Red, green, blue and index of a palette entry, from the highest byte on.
-    using Entry = std::uint32_t;
-
-    template <int step>
-    void mapInDirection(const std::uint8_t* row, std::uint8_t* to);
-    void findNearest(std::size_t cell);
-
-    std::array<std::vector<std::int16_t>, 3> m_palette; ///< by channel
-    int m_widthPx;
-    bool m_fromRight = false;
-    std::vector<int>
-        m_errors; ///< of this row, in sixteenths, three channels, a pixel's margin each side
-    std::vector<int> m_nextErrors;
-    Entry m_unknown; ///< stands for an entry that was not looked for yet
-    std::vector<Entry> m_nearest; ///< by 6 bits a channel
 };
 
 } // namespace pagestack

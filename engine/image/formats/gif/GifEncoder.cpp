@@ -1,5 +1,6 @@
 #include "engine/image/formats/Encoders.h"
 #include "engine/image/formats/gif/ColorQuantizer.h"
+#include "engine/image/formats/gif/ErrorDiffusion.h"
 #include "engine/image/formats/gif/GifImage.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 #include "engine/image/formats/gif/GifImage.h"
 
+#include "engine/image/formats/Encoders.h"
 #include "engine/image/formats/gif/BilevelLzw.h"
 #include "engine/image/formats/gif/IndexLzw.h"
 
@@ -10,10 +11,10 @@ namespace pagestack {
 
 namespace {
 
-    void putNumber(std::vector<std::uint8_t>& to, int value)
+    void putSize(std::vector<std::uint8_t>& to, int widthPx, int heightPx)
     {
-        to.push_back(static_cast<std::uint8_t>(value));
-        to.push_back(static_cast<std::uint8_t>(value >> 8));
+        appendNumber(to, static_cast<unsigned>(widthPx), 2);
+        appendNumber(to, static_cast<unsigned>(heightPx), 2);
     }
 
     /// Bits of the indexes into `palette`.
@@ -31,8 +32,7 @@ GifImage::GifImage(StagedFile& file, int widthPx, int heightPx,
 {
     const int bits = indexBits(palette);
     std::vector<std::uint8_t> header { 'G', 'I', 'F', '8', '9', 'a' };
-    putNumber(header, widthPx);
-    putNumber(header, heightPx);
+    putSize(header, widthPx, heightPx);
     // A palette follows, of 2^bits colours; the source had 8 bits a channel.
     header.push_back(static_cast<std::uint8_t>(0xF0 | (bits - 1)));
     header.insert(header.end(), { 0, 0 }); // background; no statement on the shape of the pixels
@@ -43,8 +43,7 @@ GifImage::GifImage(StagedFile& file, int widthPx, int heightPx,
         header.insert(header.end(),
                       { '!', 0xF9, 4, 1, 0, 0, static_cast<std::uint8_t>(*transparentIndex), 0 });
     header.insert(header.end(), { ',', 0, 0, 0, 0 }); // the image starts in the upper left corner
-    putNumber(header, widthPx);
-    putNumber(header, heightPx);
+    putSize(header, widthPx, heightPx);
     header.push_back(0); // rows in their order, no palette of its own
     m_file.write(header);
     if (rows == Rows::Bits)

@@ -4,6 +4,9 @@
 #include "engine/image/formats/png/SectionPipeline.h"
 #include "engine/image/pixels/PixelLayout.h"
 
+#include <deque>
+#include <memory>
+
 namespace pagestack {
 
 /// The pixels of a PNG file: rows are gathered into sections of some megabytes, each section is
@@ -19,26 +22,35 @@ public:
     /// changes no byte of the stream.
     PixelStream(const PixelLayout& layout, int widthPx, int heightPx, PngChunks& chunks,
                 SpareThreads* threads = nullptr, std::size_t sectionBytes = usualSectionBytes);
+    ~PixelStream();
+    PixelStream(const PixelStream&) = delete;
+    PixelStream& operator=(const PixelStream&) = delete;
 
     /// Takes the next row, in the layout of the constructor. With the last row of the image the
     /// stream is complete. Throws std::runtime_error when the file takes no more.
     void addRow(const std::uint8_t* row);
 
 private:
+    struct Section;
+
+    std::unique_ptr<Section> makeSection() const;
     void endSection();
+    bool isFirstDone(bool isUrgent);
     void writeSection(Section& section);
-    void writeChunks(std::span<const std::uint8_t> bytes);
 
     PngChunks& m_chunks;
-    bool m_swapsBytes;
+    bool m_is16Bit;
+    bool m_isPacked;
+    int m_pixelBytes;
     std::size_t m_rowBytes;
     std::size_t m_rowsToCome;
     std::size_t m_sectionRows;
     std::unique_ptr<Section> m_section; ///< being filled; null when the image is complete
+    std::deque<std::unique_ptr<Section>> m_inWork; ///< in the order of the stream
     std::vector<std::unique_ptr<Section>> m_unused;
     std::uint32_t m_checksum = 1; ///< Adler-32 of all filtered rows
     bool m_isFirstSection = true;
-    SectionPipeline m_line; ///< last: its threads use what they were given
+    SectionPipeline m_pipeline; ///< last: its threads use what they were given
 };
 
 } // namespace pagestack

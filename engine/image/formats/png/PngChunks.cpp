@@ -1,5 +1,7 @@
 #include "engine/image/formats/png/PngChunks.h"
 
+#include <QtEndian>
+
 #include <libdeflate.h>
 
 #include <algorithm>
@@ -22,22 +24,16 @@ PngChunks::PngChunks(StagedFile& file)
 void PngChunks::write(const Type& type, std::span<const std::uint8_t> bytes)
 {
     std::array<std::uint8_t, 8> head {};
-    putBigEndian32(static_cast<std::uint32_t>(bytes.size()), head.data());
+    qToBigEndian(static_cast<std::uint32_t>(bytes.size()), head.data());
     std::copy_n(type.begin(), 4, head.begin() + 4);
     std::uint32_t crc = libdeflate_crc32(0, head.data() + 4, 4);
     if (!bytes.empty()) // a null pointer would ask for the start value
         crc = libdeflate_crc32(crc, bytes.data(), bytes.size());
     std::array<std::uint8_t, 4> tail {};
-    putBigEndian32(crc, tail.data());
+    qToBigEndian(crc, tail.data());
     m_file.write(head);
     m_file.write(bytes);
     m_file.write(tail);
-}
-
-void putBigEndian32(std::uint32_t value, std::uint8_t* out)
-{
-    for (unsigned i = 0; i < 4; ++i)
-        out[i] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
 }
 
 } // namespace pagestack

@@ -22,7 +22,4 @@ private:
     StagedFile& m_file;
 };
 
-/// Stores the most significant byte first.
-void putBigEndian32(std::uint32_t value, std::uint8_t* out);
-
 } // namespace pagestack

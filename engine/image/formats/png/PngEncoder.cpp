@@ -2,6 +2,8 @@
 #include "engine/image/formats/Encoders.h"
 #include "engine/image/formats/png/PixelStream.h"
 
+#include <QtEndian>
+
 #include <libdeflate.h>
 
 #include <memory>
@@ -29,8 +31,8 @@ namespace {
     void writeHeader(const PageProperties& page, const PixelLayout& layout, PngChunks& chunks)
     {
         std::array<std::uint8_t, 13> header {}; // ends with deflate, the five filters, no interlace
-        putBigEndian32(static_cast<std::uint32_t>(page.widthPx), header.data());
-        putBigEndian32(static_cast<std::uint32_t>(page.heightPx), header.data() + 4);
+        qToBigEndian(static_cast<std::uint32_t>(page.widthPx), header.data());
+        qToBigEndian(static_cast<std::uint32_t>(page.heightPx), header.data() + 4);
         header[8] = static_cast<std::uint8_t>(layout.bitsPerSample);
         header[9] = colorType(layout);
         chunks.write({ "IHDR" }, header);
@@ -76,8 +78,8 @@ namespace {
         if (!isMetric)
             density = { ratio.x, ratio.y };
         std::array<std::uint8_t, 9> bytes {};
-        putBigEndian32(density.x, bytes.data());
-        putBigEndian32(density.y, bytes.data() + 4);
+        qToBigEndian(density.x, bytes.data());
+        qToBigEndian(density.y, bytes.data() + 4);
         bytes[8] = isMetric ? 1 : 0;
         chunks.write({ "pHYs" }, bytes);
     }

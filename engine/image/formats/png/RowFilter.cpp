@@ -94,6 +94,7 @@ std::uint64_t RowFilter::filter(Kind kind, const std::uint8_t* row, const std::u
         = [&](auto prediction) { subtract(row, above, out, m_pixelBytes, m_rowBytes, prediction); };
     switch (kind) {
     case Kind::None:
+    case Kind::Best:
         std::memcpy(out, row, m_rowBytes);
         break;
     case Kind::Sub:
@@ -115,6 +116,10 @@ std::uint64_t RowFilter::filter(Kind kind, const std::uint8_t* row, const std::u
 void RowFilter::apply(Kind kind, const std::uint8_t* row, const std::uint8_t* above,
                       std::uint8_t* out)
 {
+    if (kind == Kind::Best) {
+        applyBest(row, above, out);
+        return;
+    }
     *out = static_cast<std::uint8_t>(kind);
     filter(kind, row, above, out + 1);
 }

@@ -9,7 +9,14 @@ namespace pagestack {
 class RowFilter
 {
 public:
-    enum class Kind : std::uint8_t { None, Sub, Up, Average, Paeth };
+    enum class Kind : std::uint8_t {
+        None,
+        Sub,
+        Up,
+        Average,
+        Paeth,
+        Best, ///< the one whose differences, as signed numbers, have the least absolute sum
+    };
 
     /// `pixelBytes` is the distance of a byte to that of the pixel on its left: 1 below 8 bits.
     RowFilter(std::size_t rowBytes, int pixelBytes);
@@ -18,11 +25,8 @@ public:
     /// before, zeros for the first one.
     void apply(Kind kind, const std::uint8_t* row, const std::uint8_t* above, std::uint8_t* out);
 
-    /// The same with the kind whose differences, taken as signed numbers, have the least sum of
-    /// absolute values.
-    void applyBest(const std::uint8_t* row, const std::uint8_t* above, std::uint8_t* out);
-
 private:
+    void applyBest(const std::uint8_t* row, const std::uint8_t* above, std::uint8_t* out);
     std::uint64_t filter(Kind kind, const std::uint8_t* row, const std::uint8_t* above,
                          std::uint8_t* out) const;
 

@@ -41,72 +41,57 @@ SectionCoder::SectionCoder(std::size_t rowBytes, int pixelBytes, bool isPacked,
 
 SectionPlan SectionCoder::choosePlan(const SectionRows& rows)
 {
-    filterSample(Filtering::Best, rows);
-    const std::size_t runs = sampleSize(Coding::Runs);
+    std::span<const std::uint8_t> sample = filterSample(Kind::Best, rows);
+    const std::size_t runs = compressedSize(Coding::Runs, sample);
     if (m_isPacked)
-        filterSample(Filtering::None, rows);
-    if (percentOf(sampleSize(Coding::FastMatches), runs) > noisePercent)
-        return { Filtering::Best, Coding::Runs };
+        sample = filterSample(Kind::None, rows);
+    if (percentOf(compressedSize(Coding::FastMatches, sample), runs) > noisePercent)
+        return { Kind::Best, Coding::Runs };
     SectionPlan best;
     std::size_t least = std::numeric_limits<std::size_t>::max();
-    for (const Filtering filtering : { Filtering::None, Filtering::Up, Filtering::Best }) {
-        filterSample(filtering, rows);
-        const std::size_t size = sampleSize(Coding::Matches);
+    for (const Kind kind : { Kind::None, Kind::Up, Kind::Best }) {
+        const std::size_t size = compressedSize(Coding::Matches, filterSample(kind, rows));
         if (size < least) {
             least = size;
-            best.filtering = filtering;
+            best.filter = kind;
         }
     }
-    return percentOf(runs, least) <= toleratedPercent
-        ? SectionPlan { Filtering::Best, Coding::Runs }
-        : best;
+    return percentOf(runs, least) <= toleratedPercent ? SectionPlan { Kind::Best, Coding::Runs }
+                                                      : best;
 }
 
-void SectionCoder::filterSample(Filtering filtering, const SectionRows& rows)
+std::span<const std::uint8_t> SectionCoder::filterSample(Kind kind, const SectionRows& rows)
 {
+    if (rows.filteredBytes() <= mostSampleBytes || rows.count < sampleBands)
+        return filter(kind, rows).first(std::min(rows.filteredBytes(), mostSampleBytes));
+    SectionRows band = rows;
+    band.count = std::clamp<std::size_t>(sampleBandBytes / (1 + rows.rowBytes), 1,
+                                         rows.count / sampleBands);
     std::uint8_t* end = m_filtered.get();
-    if (rows.filteredBytes() <= mostSampleBytes || rows.count < sampleBands) {
-        end = filterRows(filtering, rows, end);
-    } else {
-        SectionRows band = rows;
-        band.count = std::clamp<std::size_t>(sampleBandBytes / (1 + rows.rowBytes), 1,
-                                             rows.count / sampleBands);
-        // From the middle of each part of the section.
-        for (std::size_t i = 0; i < sampleBands; ++i) {
-            const std::size_t middle = rows.count * (2 * i + 1) / (2 * sampleBands);
-            band.first = rows.row(middle - band.count / 2);
-            end = filterRows(filtering, band, end);
-        }
+    for (std::size_t i = 0; i < sampleBands; ++i) { // from the middle of each part of the section
+        const std::size_t middle = rows.count * (2 * i + 1) / (2 * sampleBands);
+        band.first = rows.row(middle - band.count / 2);
+        end = filterTo(end, kind, band);
     }
-    m_sampleBytes = std::min(static_cast<std::size_t>(end - m_filtered.get()), mostSampleBytes);
+    return { m_filtered.get(), std::min(sampleBands * band.filteredBytes(), mostSampleBytes) };
 }
 
-std::size_t SectionCoder::sampleSize(Coding coding)
+std::size_t SectionCoder::compressedSize(Coding coding, std::span<const std::uint8_t> sample)
 {
-    return compress(coding, { m_filtered.get(), m_sampleBytes }, true, m_compressedSample.data());
+    return compress(coding, sample, true, m_compressedSample.data());
 }
 
-std::span<const std::uint8_t> SectionCoder::filter(Filtering filtering, const SectionRows& rows)
+std::span<const std::uint8_t> SectionCoder::filter(Kind kind, const SectionRows& rows)
 {
-    filterRows(filtering, rows, m_filtered.get());
+    filterTo(m_filtered.get(), kind, rows);
     return { m_filtered.get(), rows.filteredBytes() };
 }
 
-std::uint8_t* SectionCoder::filterRows(Filtering filtering, const SectionRows& rows,
-                                       std::uint8_t* out)
+/// Returns the end of the filtered rows.
+std::uint8_t* SectionCoder::filterTo(std::uint8_t* out, Kind kind, const SectionRows& rows)
 {
     for (std::size_t i = 0; i < rows.count; ++i, out += 1 + rows.rowBytes)
-        switch (filtering) {
-        case Filtering::None:
-            m_filter.apply(RowFilter::Kind::None, rows.row(i), rows.above(i), out);
-            break;
-        case Filtering::Up:
-            m_filter.apply(RowFilter::Kind::Up, rows.row(i), rows.above(i), out);
-            break;
-        case Filtering::Best:
-            m_filter.applyBest(rows.row(i), rows.above(i), out);
-            break;
-        }
+        m_filter.apply(kind, rows.row(i), rows.row(i) - rows.rowBytes, out);
     return out;
 }
 
@@ -118,15 +103,10 @@ std::size_t SectionCoder::bound(std::size_t filteredBytes)
 std::size_t SectionCoder::compress(Coding coding, std::span<const std::uint8_t> filtered,
                                    bool endsStream, std::uint8_t* out)
 {
-    switch (coding) {
-    case Coding::Runs:
+    if (coding == Coding::Runs)
         return m_runs.compress(filtered, endsStream, out);
-    case Coding::FastMatches:
-        return m_fastMatches.compress(filtered, endsStream, out);
-    case Coding::Matches:
-        break;
-    }
-    return m_matches.compress(filtered, endsStream, out);
+    MatchDeflate& matches = coding == Coding::FastMatches ? m_fastMatches : m_matches;
+    return matches.compress(filtered, endsStream, out);
 }
 
 } // namespace pagestack

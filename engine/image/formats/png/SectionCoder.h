@@ -17,7 +17,6 @@ struct SectionRows
     std::size_t rowBytes = 0;
 
     const std::uint8_t* row(std::size_t index) const { return first + index * rowBytes; }
-    const std::uint8_t* above(std::size_t index) const { return row(index) - rowBytes; }
     /// With the byte before each row that names its filter.
     std::size_t filteredBytes() const { return count * (1 + rowBytes); }
 };
@@ -25,10 +24,9 @@ struct SectionRows
 /// How rows are compressed.
 struct SectionPlan
 {
-    enum class Filtering { None, Up, Best };
     enum class Coding { Runs, FastMatches, Matches };
 
-    Filtering filtering = Filtering::None;
+    RowFilter::Kind filter = RowFilter::Kind::None;
     Coding coding = Coding::Matches;
 };
 
@@ -43,8 +41,8 @@ public:
     /// The plan that makes a sample of `rows` smallest, or a fast one that comes close to it.
     SectionPlan choosePlan(const SectionRows& rows);
 
-    /// The filtered rows; they belong to the coder and stay until its next call.
-    std::span<const std::uint8_t> filter(SectionPlan::Filtering filtering, const SectionRows& rows);
+    /// Filters the rows. The result belongs to the coder and stays until its next call.
+    std::span<const std::uint8_t> filter(RowFilter::Kind kind, const SectionRows& rows);
 
     /// The most bytes that `compress` touches.
     static std::size_t bound(std::size_t filteredBytes);
@@ -54,12 +52,12 @@ public:
                          bool endsStream, std::uint8_t* out);
 
 private:
-    using Filtering = SectionPlan::Filtering;
     using Coding = SectionPlan::Coding;
+    using Kind = RowFilter::Kind;
 
-    void filterSample(Filtering filtering, const SectionRows& rows);
-    std::size_t sampleSize(Coding coding);
-    std::uint8_t* filterRows(Filtering filtering, const SectionRows& rows, std::uint8_t* out);
+    std::span<const std::uint8_t> filterSample(Kind kind, const SectionRows& rows);
+    std::size_t compressedSize(Coding coding, std::span<const std::uint8_t> sample);
+    std::uint8_t* filterTo(std::uint8_t* out, Kind kind, const SectionRows& rows);
 
     bool m_isPacked;
     RowFilter m_filter;
@@ -67,7 +65,6 @@ private:
     MatchDeflate m_fastMatches;
     MatchDeflate m_matches;
     std::unique_ptr<std::uint8_t[]> m_filtered; ///< room for all rows of a section
-    std::size_t m_sampleBytes = 0; ///< at the start of `m_filtered`
     std::vector<std::uint8_t> m_compressedSample;
 };
 

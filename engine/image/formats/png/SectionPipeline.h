@@ -1,82 +1,50 @@
 #pragma once
 
-#include "engine/image/formats/png/SectionCoder.h"
 #include "engine/threads/SpareThreads.h"
 
 #include <condition_variable>
 #include <deque>
-#include <exception>
 #include <functional>
+#include <future>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace pagestack {
 
-/// A section of a PNG image on its way to the file.
-struct Section
-{
-    enum class State { Waiting, InWork, Done };
-
-    /// `bytesOfFrame` is room before and behind the compressed rows.
-    Section(std::size_t bytesOfRow, std::size_t mostRows, std::size_t bytesOfFrame);
-
-    /// Makes it ready to be filled again.
-    void reset();
-
-    SectionRows filled() const { return { raw.get() + rowBytes, rows, rowBytes }; }
-
-    std::size_t rowBytes;
-    std::size_t frameBytes;
-    std::unique_ptr<std::uint8_t[]> raw; ///< the row above the section and those of the section
-    std::size_t rows = 0; ///< of the section, so far
-    bool endsStream = false;
-
-    std::unique_ptr<std::uint8_t[]> compressed; ///< the rows from `frameBytes` on
-    std::size_t compressedBytes = 0;
-    std::uint32_t checksum = 1; ///< Adler-32 of the filtered rows
-    std::exception_ptr failure;
-
-    State state = State::Waiting; ///< guarded by the line's mutex
-};
-
-/// Filters and compresses sections in the way that suits the pixels of each, several at a time when
-/// threads are spare, and gives them back in order. One thread at a time.
+/// Tasks that spare threads begin in the order in which they were added. Its operations belong to
+/// one thread.
 class SectionPipeline
 {
 public:
-    using MakeCoder = std::function<std::unique_ptr<SectionCoder>()>;
+    /// `threads`, null when there are none to be had, outlives the pipeline.
+    explicit SectionPipeline(SpareThreads* threads);
 
-    /// `threads`, null when there are none to be had, outlives the line. `makeCoder` is called on
-    /// any thread.
-    SectionPipeline(MakeCoder makeCoder, SpareThreads* threads);
-
-    /// Waits for the sections in work.
+    /// Waits for the tasks in work and drops the others.
     ~SectionPipeline();
     SectionPipeline(const SectionPipeline&) = delete;
     SectionPipeline& operator=(const SectionPipeline&) = delete;
 
-    /// Takes a section that is filled, to be compressed.
-    void add(std::unique_ptr<Section> section);
+    /// Adds a task. The future becomes ready when it is done, with what it threw. No thread is
+    /// claimed for a task that comes alone.
+    std::future<void> add(std::function<void()> task, bool isAlone);
 
-    /// The section that was added first, once it is compressed; null when none was added or, unless
-    /// it `isUrgent`, when others can be added first. Throws what its compression threw.
-    std::unique_ptr<Section> take(bool isUrgent);
+    /// Runs the first of the tasks that wait on this thread; false when none does.
+    bool runNext();
+
+    /// Threads that help.
+    std::size_t helpers() const { return m_helpers.size(); }
 
 private:
     void addHelper();
     void help();
-    Section* nextWaiting() const;
-    void compress(std::unique_lock<std::mutex>& lock, Section& section,
-                  std::unique_ptr<SectionCoder>& coder);
 
-    const MakeCoder m_makeCoder;
     SpareThreads* m_threads;
-    std::unique_ptr<SectionCoder> m_coder; ///< of the thread that uses the line
     std::vector<std::thread> m_helpers;
 
     std::mutex m_mutex; ///< guards the fields below
-    std::condition_variable m_changed;
-    std::deque<std::unique_ptr<Section>> m_sections; ///< in the order of the stream
+    std::condition_variable m_hasWork;
+    std::deque<std::packaged_task<void()>> m_waiting;
     bool m_isClosing = false;
 };
 

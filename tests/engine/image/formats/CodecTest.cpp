@@ -2,6 +2,7 @@
 #include "engine/image/deflate/MatchDeflate.h"
 #include "engine/image/formats/gif/GifImage.h"
 #include "engine/image/formats/png/PixelStream.h"
+#include "engine/image/formats/png/RowFilter.h"
 #include "tests/support/ImageReaders.h"
 #include "tests/support/Testing.h"
 
