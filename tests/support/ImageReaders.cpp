@@ -152,6 +152,9 @@ namespace {
                 return picture;
             picture.palette.push_back({ number(at + 2, 1), number(at + 1, 1), number(at, 1) });
         }
+        for (int y = 0; bits == 1 && width % 8 != 0 && y < picture.height; ++y)
+            if ((number(pixelsAt + stride * y + width / 8, 1) & 0xFF >> width % 8) != 0)
+                return picture; // what fills up a row is no zero
         picture.width = width;
         for (int y = picture.height - 1; y >= 0; --y)
             for (int i = 0; i < width * picture.channels; ++i) {

@@ -102,7 +102,7 @@ constexpr Case cases[] = {
     { "bits=16 photometric=0", 1, 16, inverted },
     { "bits=6", 1, 8, scaled },
     { "bits=12", 1, 16, scaled },
-    { "bits=24", 1, 16, scaled },
+    { "bits=24 plain=66051", 1, 16, scaled },
     { "bits=32", 1, 16, scaled },
     { "bits=8 format=2", 1, 8, shifted },
     { "bits=16 format=2", 1, 16, shifted },

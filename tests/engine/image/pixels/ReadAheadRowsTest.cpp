@@ -201,22 +201,6 @@ private slots:
                 std::all_of(given.begin(), given.end(), [](const auto& claim) { return !!claim; }));
         }
     }
-
-    void countsWhoIsAtWork()
-    {
-        SpareThreads threads(2);
-        ThreadClaim first = threads.tryTake();
-        ThreadClaim second = threads.take();
-        ThreadClaim third = threads.take();
-        QVERIFY(first && second && third && !threads.tryTake());
-        first = std::move(third); // gives the first one back
-        third = ThreadClaim();
-        QVERIFY(!threads.tryTake());
-        first.giveBack();
-        QVERIFY(threads.tryTake());
-        second.giveBack();
-        QVERIFY(!second && threads.tryTake());
-    }
 };
 
 QTEST_APPLESS_MAIN(ReadAheadRowsTest)
