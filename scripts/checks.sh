@@ -36,8 +36,8 @@ check_fuzz() {
     local images=10 settings=10
     is_new engine/files engine/image engine/support tests/fuzz && images=60
     is_new engine/settings tests/fuzz && settings=60
-    FUZZ_JOBS=$cores "$root/tests/fuzz/run.sh" "$images" openFile decodePages writePages &&
-        FUZZ_JOBS=$cores "$root/tests/fuzz/run.sh" "$settings" readSettings parsePaths
+    FUZZ_JOBS=$cores "$root/tests/fuzz/run.sh" "$images" readPages writePages &&
+        FUZZ_JOBS=$cores "$root/tests/fuzz/run.sh" "$settings" readSettings
 }
 
 run_checks() {

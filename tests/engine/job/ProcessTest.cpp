@@ -145,8 +145,7 @@ in/b.tif to out, 1 pages [] b.tiff 1 Completed
         kept("source kept at a cancel", u"a.tiff:WWW"_s,
              u"stopAt=page~in/a.tiff~2~in/a.tiff~Written"_s);
         row("what one source lost is not held against the next", u"a.tiff:U b.tiff:F c.tiff:W"_s,
-            u"outputType=2 outputFolderPath="_s,
-            uR"(in/a.tiff *
+            u"outputType=2 outputFolderPath="_s, uR"(in/a.tiff *
 in/b.tiff *
 in/c.tiff to in, 1 pages [] c.tiff 1 Completed
 trouble in/a.tiff 0 the file is kept as it is, since 1 tag would be lost: tag 65100
