@@ -7,7 +7,7 @@
 #include "cli/Options.h"
 #include "cli/SystemLogLines.h"
 #include "engine/files/PosixFile.h"
-#include "engine/support/PathName.h"
+#include "engine/support/Paths.h"
 
 #include <QCoreApplication>
 

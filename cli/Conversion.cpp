@@ -9,7 +9,7 @@
 #include "engine/files/FileState.h"
 #include "engine/job/Process.h"
 #include "engine/plan/OutputNames.h"
-#include "engine/support/AppFolders.h"
+#include "engine/support/Application.h"
 #include "engine/support/Signals.h"
 #include "engine/threads/StopScope.h"
 #include "engine/threads/WorkerThread.h"

@@ -1,7 +1,7 @@
 #include "cli/FolderReader.h"
 
 #include "cli/NaturalOrder.h"
-#include "engine/support/PathName.h"
+#include "engine/support/Paths.h"
 
 #include <QFile>
 

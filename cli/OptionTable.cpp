@@ -1,7 +1,7 @@
 #include "cli/OptionTable.h"
 
-#include "engine/support/AppFolders.h"
-#include "engine/support/PathName.h"
+#include "engine/support/Application.h"
+#include "engine/support/Paths.h"
 
 using namespace Qt::StringLiterals;
 

@@ -3,7 +3,7 @@
 #include "cli/Options.h"
 #include "engine/files/StagedFile.h"
 #include "engine/plan/OutputNames.h"
-#include "engine/support/PathName.h"
+#include "engine/support/Paths.h"
 
 #include <QDir>
 #include <QFile>

@@ -4,7 +4,7 @@
 #include "cli/Options.h"
 #include "engine/files/FileState.h"
 #include "engine/plan/OutputNames.h"
-#include "engine/support/PathName.h"
+#include "engine/support/Paths.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,8 @@
 #include "filelist/FileItem.h"
 
 #include "engine/image/PageCount.h"
-#include "engine/support/DateText.h"
+#include "engine/support/Dates.h"
+#include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/AllocatedSize.h"
 
@@ -24,14 +25,6 @@ namespace {
     {
         return std::in_range<int>(number) ? static_cast<int>(number)
                                           : std::numeric_limits<int>::max();
-    }
-
-    QString pathWithoutEndingSlash(const QUrl& url)
-    {
-        QString path = url.toLocalFile();
-        while (path.size() > 1 && path.endsWith(u'/'))
-            path.chop(1);
-        return path;
     }
 
     QByteArray pathBytes(const QUrl& url)
@@ -60,26 +53,17 @@ FileItem::FileItem(const QUrl& url) { setFilePath(url); }
 void FileItem::setFilePath(const QUrl& url)
 {
     m_filePath = url;
-    m_path = pathWithoutEndingSlash(url);
+    m_path = withoutEndingSlash(url.toLocalFile()).toString();
     if (const std::optional<qint64> bytes = allocatedSize(url.toLocalFile()))
         m_size = saturated(*bytes);
     m_pages = saturated(getTiffPageCount(url, u""_s));
 }
 
-QString FileItem::name() const { return m_path.sliced(m_path.lastIndexOf(u'/') + 1); }
+QString FileItem::name() const { return lastPathComponent(m_path); }
 
-QString FileItem::location() const
-{
-    const qsizetype slash = m_path.lastIndexOf(u'/');
-    return slash == 0 ? u"/"_s : m_path.first(qMax(slash, qsizetype { 0 }));
-}
+QString FileItem::location() const { return folderPart(m_path); }
 
-QString FileItem::type() const
-{
-    const QString file = name();
-    const qsizetype dot = file.lastIndexOf(u'.');
-    return dot > 0 ? file.sliced(dot + 1) : u""_s; // a leading dot only hides the file
-}
+QString FileItem::type() const { return pathExtension(m_path); }
 
 QString FileItem::sizeInKB() const { return sizeText(m_size); }
 

@@ -1,6 +1,6 @@
 #include "filelist/FileLoader.h"
 
-#include "engine/support/PathName.h"
+#include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
 #include "engine/threads/MainThread.h"
 #include "filelist/AllowedFileTypes.h"

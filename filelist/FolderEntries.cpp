@@ -1,6 +1,6 @@
 #include "filelist/FolderEntries.h"
 
-#include "engine/support/PathName.h"
+#include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
 
 #include <QFile>

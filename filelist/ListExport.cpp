@@ -1,6 +1,6 @@
 #include "filelist/ListExport.h"
 
-#include "engine/support/DateText.h"
+#include "engine/support/Dates.h"
 #include "filelist/InParallel.h"
 
 #include <QSaveFile>

@@ -2,9 +2,7 @@
 
 #include "engine/image/CodecVersions.h"
 #include "engine/settings/UserDefaults.h"
-#include "engine/support/AppFolders.h"
-#include "engine/support/AppTitle.h"
-#include "engine/support/Resources.h"
+#include "engine/support/Application.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/Workspace.h"
 #include "filelist/FileTableModel.h"

@@ -1,4 +1,4 @@
-#include "engine/support/DateText.h"
+#include "engine/support/Dates.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/ListExport.h"
 #include "mainwindow/PagestackAppDelegate.h"

@@ -1,6 +1,6 @@
 #include "engine/settings/UserDefaults.h"
+#include "engine/support/Dates.h"
 #include "engine/support/SystemLog.h"
-#include "engine/support/TimeText.h"
 #include "engine/threads/MainThread.h"
 #include "filelist/AllowedFileTypes.h"
 #include "filelist/FileTableModel.h"

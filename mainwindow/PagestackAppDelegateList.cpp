@@ -1,4 +1,4 @@
-#include "engine/support/AppTitle.h"
+#include "engine/support/Application.h"
 #include "engine/support/SystemLog.h"
 #include "filelist/ListEditor.h"
 #include "mainwindow/PagestackAppDelegate.h"

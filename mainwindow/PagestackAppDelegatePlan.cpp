@@ -1,5 +1,5 @@
 #include "engine/plan/RunPlan.h"
-#include "engine/support/AppTitle.h"
+#include "engine/support/Application.h"
 #include "engine/support/SystemLog.h"
 #include "engine/threads/MainThread.h"
 #include "mainwindow/PagestackAppDelegate.h"

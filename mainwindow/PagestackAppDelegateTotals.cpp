@@ -1,5 +1,5 @@
+#include "engine/support/Dates.h"
 #include "engine/support/SystemLog.h"
-#include "engine/support/TimeText.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "ui_MainWindow.h"
 

@@ -5,7 +5,7 @@
 #include "engine/files/InPlace.h"
 #include "engine/files/PosixFile.h"
 #include "engine/files/StagedNames.h"
-#include "engine/support/PathName.h"
+#include "engine/support/Paths.h"
 
 #include <QFile>
 

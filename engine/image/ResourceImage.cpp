@@ -1,7 +1,7 @@
 #include "engine/image/ResourceImage.h"
 
 #include "engine/image/TiffDocument.h"
-#include "engine/support/Resources.h"
+#include "engine/support/Application.h"
 
 #include <QFileInfo>
 

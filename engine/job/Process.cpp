@@ -2,8 +2,8 @@
 
 #include "engine/files/StagedNames.h"
 #include "engine/job/ConversionRun.h"
+#include "engine/support/Dates.h"
 #include "engine/support/SystemLog.h"
-#include "engine/support/TimeText.h"
 #include "engine/support/Workspace.h"
 #include "engine/threads/MainThread.h"
 

@@ -3,7 +3,7 @@
 #include "engine/files/ByteSpool.h"
 #include "engine/files/StagedDevice.h"
 #include "engine/files/StagedNames.h"
-#include "engine/support/AppFolders.h"
+#include "engine/support/Application.h"
 #include "engine/support/SystemLog.h"
 
 #include <QFileInfo>

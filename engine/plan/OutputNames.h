@@ -1,22 +1,13 @@
 #pragma once
 
+#include "engine/support/Paths.h"
+
 #include <QString>
 
 namespace pagestack {
 
 class Settings;
 struct OutputFile;
-
-/// The last component of `path`: "scan.tif" of "/in/scan.tif". Trailing slashes do not count; the
-/// root stays "/".
-QString lastPathComponent(const QString& path);
-
-/// `path` without its last component: "/in" of "/in/scan.tif", "/" of "/scan.tif", empty for a
-/// bare name.
-QString folderPart(const QString& path);
-
-/// `name` inside `folder`; `name` alone when `folder` is empty.
-QString joinedPath(const QString& folder, const QString& name);
 
 /// Folder into which the pages of `sourcePath` go: the settings' output folder, else the folder of
 /// the source itself.

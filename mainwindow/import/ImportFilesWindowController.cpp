@@ -1,6 +1,6 @@
 #include "mainwindow/import/ImportFilesWindowController.h"
 
-#include "engine/support/AppTitle.h"
+#include "engine/support/Application.h"
 #include "engine/support/SystemLog.h"
 #include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/widgets/FileChooser.h"

@@ -2,7 +2,7 @@
 
 #include "engine/job/Process.h"
 #include "engine/plan/OutputNames.h"
-#include "engine/support/AppFolders.h"
+#include "engine/support/Application.h"
 #include "engine/support/Workspace.h"
 #include "tests/support/TestFolder.h"
 

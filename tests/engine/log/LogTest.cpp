@@ -1,9 +1,9 @@
 #include "engine/log/Log.h"
 
 #include "engine/log/Diagnostic.h"
-#include "engine/support/AppFolders.h"
+#include "engine/support/Application.h"
+#include "engine/support/Dates.h"
 #include "engine/support/SystemLog.h"
-#include "engine/support/TimeText.h"
 #include "tests/support/LogDocument.h"
 #include "tests/support/Testing.h"
 

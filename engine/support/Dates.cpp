@@ -1,4 +1,4 @@
-#include "engine/support/DateText.h"
+#include "engine/support/Dates.h"
 
 #include <QLocale>
 
@@ -7,7 +7,18 @@
 #include <array>
 #include <chrono>
 
+using namespace Qt::StringLiterals;
+
 namespace pagestack {
+
+namespace {
+
+    QString timePart(qint64 amount, const QString& unit)
+    {
+        return amount > 0 ? QString::number(amount) + unit : QString();
+    }
+
+} // namespace
 
 QString dateText(const QDateTime& date, const QString& format)
 {
@@ -39,5 +50,22 @@ QString getStringFromDateFormat(const QString& format)
 {
     return dateText(QDateTime::currentDateTime(), format);
 }
+
+QString timeTakenString(const QDateTime& start, const QDateTime& end)
+{
+    if (!start.isValid() || !end.isValid())
+        return u""_s;
+    const qint64 seconds = start.msecsTo(end) / 1000;
+    return u""_s + timePart(seconds / 3600, u" hr(s) "_s)
+        + timePart(seconds / 60 % 60, u" min(s) "_s) + timePart(seconds % 60, u" sec(s) "_s);
+}
+
+QString totalTimeTakenText(const QString& timeText, int processed, int planned)
+{
+    return u"Total Time Taken : %1 %2/%3"_s.arg(timeText, QString::number(processed),
+                                                QString::number(planned));
+}
+
+QString zeroTotalTimeTakenText() { return totalTimeTakenText(u"0 sec(s)"_s, 0, 0); }
 
 } // namespace pagestack

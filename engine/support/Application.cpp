@@ -1,9 +1,16 @@
-#include "engine/support/Resources.h"
+#include "engine/support/Application.h"
+
+#include "engine/support/Info.h"
+#include "engine/support/Paths.h"
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
-#include <QStringList>
+#include <QStandardPaths>
+
+#include <filesystem>
+#include <system_error>
 
 using namespace Qt::StringLiterals;
 
@@ -23,6 +30,27 @@ namespace {
     }
 
 } // namespace
+
+QString getAppTitle(const QString& suffix) { return displayName.toString() + suffix; }
+
+QString getAppPath()
+{
+    const QString base = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    return base.isEmpty() ? u""_s : base + u"/Corvanta/Pagestack1"_s;
+}
+
+bool createApplicationUsersFolder(const QString& folderName, QString* error)
+{
+    const QString path = joinedPath(getAppPath(), folderName);
+    if (QFileInfo(path).isDir())
+        return true;
+    std::error_code failure;
+    std::filesystem::create_directories(
+        QFile::encodeName(withoutEndingSlash(path).toString()).toStdString(), failure);
+    if (failure && error)
+        *error = QString::fromLocal8Bit(failure.message());
+    return !failure;
+}
 
 QString pathForResource(const QString& name, const QString& type)
 {
