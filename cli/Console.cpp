@@ -1,6 +1,7 @@
 #include "cli/Console.h"
 
 #include "engine/files/PosixFile.h"
+#include "engine/support/SystemLog.h"
 
 #include <cerrno>
 #include <poll.h>
@@ -19,14 +20,7 @@ namespace {
         return name;
     }
 
-    QString asOneLine(QString text)
-    {
-        for (QChar& character : text) {
-            if (character.category() == QChar::Other_Control)
-                character = u'?';
-        }
-        return text + u'\n';
-    }
+    QString lineOf(const QString& text) { return asOneLine(text, u'?') + u'\n'; }
 
 } // namespace
 
@@ -55,7 +49,7 @@ Console::Console(std::FILE* output, std::FILE* errors)
 {
 }
 
-void Console::result(const QString& line) { print(asOneLine(line)); }
+void Console::result(const QString& line) { print(lineOf(line)); }
 
 void Console::print(const QString& text)
 {
@@ -82,7 +76,7 @@ void Console::trouble(const QString& line)
 {
     const std::scoped_lock lock(m_mutex);
     clearLine();
-    write(m_errors, programName() + asOneLine(line));
+    write(m_errors, programName() + lineOf(line));
 }
 
 void Console::showProgress(const QString& text)

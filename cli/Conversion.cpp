@@ -5,10 +5,10 @@
 #include "cli/Options.h"
 #include "cli/Preflight.h"
 #include "cli/Report.h"
-#include "cli/Sources.h"
 #include "engine/files/FileState.h"
 #include "engine/job/Process.h"
 #include "engine/plan/OutputNames.h"
+#include "engine/sources/Sources.h"
 #include "engine/support/Application.h"
 #include "engine/support/Signals.h"
 #include "engine/threads/StopScope.h"
@@ -103,7 +103,8 @@ namespace {
 
     bool Conversion::lookUpSources()
     {
-        CollectedSources found = collectSources(m_options);
+        CollectedSources found
+            = collectSources(m_options.sources, m_options.pathLists, m_options.isRecursive);
         for (const PathTrouble& trouble : found.troubles)
             m_console.trouble(messageText({ .reason = trouble.reason }, trouble.shown));
         m_lostPaths = static_cast<int>(found.troubles.size());

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "cli/Sources.h"
 #include "engine/plan/RunPlan.h"
+#include "engine/sources/Sources.h"
 
 #include <QList>
 #include <QString>

@@ -2,8 +2,8 @@
 
 #include "cli/Options.h"
 #include "cli/Progress.h"
-#include "cli/Sources.h"
 #include "engine/job/Process.h"
+#include "engine/sources/Sources.h"
 
 #include <QHash>
 #include <QList>

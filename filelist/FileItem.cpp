@@ -4,14 +4,15 @@
 #include "engine/support/Dates.h"
 #include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
-#include "filelist/AllocatedSize.h"
 
+#include <QFile>
 #include <QStringList>
 
 #include <array>
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <sys/stat.h>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -25,6 +26,16 @@ namespace {
     {
         return std::in_range<int>(number) ? static_cast<int>(number)
                                           : std::numeric_limits<int>::max();
+    }
+
+    /// Bytes on disk, links followed; none when the file cannot be looked up.
+    std::optional<qint64> allocatedSize(const QString& path)
+    {
+        struct stat status = {};
+        if (::stat(QFile::encodeName(path).constData(), &status) != 0)
+            return std::nullopt;
+        // Linux and macOS count in 512 bytes, whatever the block size of the file system is.
+        return qint64 { status.st_blocks } * 512;
     }
 
     QByteArray pathBytes(const QUrl& url)

@@ -1,16 +1,20 @@
 #include "filelist/FileLoader.h"
 
+#include "engine/sources/AllowedFileTypes.h"
+#include "engine/sources/FolderWalk.h"
 #include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
 #include "engine/threads/MainThread.h"
-#include "filelist/AllowedFileTypes.h"
-#include "filelist/FileItemQueue.h"
-#include "filelist/FolderEntries.h"
+#include "engine/threads/StopScope.h"
+#include "engine/threads/WorkQueue.h"
+#include "filelist/Arguments.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QScopeGuard>
+#include <QThread>
 
-#include <exception>
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -25,19 +29,10 @@ namespace {
     // The main thread draws the list anew after each call, which takes longer than adding a hundred
     // files: so calls are made for many files where files come fast. Where they come slowly, time
     // decides, and each is shown when it is ready.
-    constexpr qsizetype mostPending = 2048;
+    constexpr std::size_t mostPending = 2048;
     constexpr qsizetype mostFoundAtATime = 512;
     constexpr qint64 longestSearchMs = 10;
     constexpr qint64 longestCallMs = 8;
-
-    /// Where the files of a load come from.
-    class FileSource
-    {
-    public:
-        virtual ~FileSource() = default;
-        /// Looks at the next entry and adds it to `found` if it is wanted. False at the end.
-        virtual bool step(QList<QUrl>& found) = 0;
-    };
 
     /// `url` without "." and "..", by which one file would have two URLs. One that says more than a
     /// path, or whose path is no text, stays as it is.
@@ -50,52 +45,24 @@ namespace {
         return plain == path ? url : QUrl::fromLocalFile(plain);
     }
 
-    class FilesAsGiven : public FileSource
+    /// Finds the files that a load is asked for.
+    class FileSearch
     {
     public:
-        explicit FilesAsGiven(const QList<QUrl>& urls)
-            : m_urls(urls)
+        explicit FileSearch(Arguments request)
+            : m_request(std::move(request))
         {
         }
 
-        bool step(QList<QUrl>& found) override
+        /// Looks at the next entry and adds it to `found` if it is wanted. False at the end.
+        bool step(QList<QUrl>& found)
         {
-            if (m_next == m_urls.size())
-                return false;
-            found.append(plainUrl(m_urls.at(m_next++)));
-            return true;
-        }
-
-    private:
-        QList<QUrl> m_urls;
-        qsizetype m_next = 0;
-    };
-
-    bool hasAllowedType(const QString& name)
-    {
-        const qsizetype dot = name.lastIndexOf(u'.');
-        return dot > name.lastIndexOf(u'/') + 1
-            && isAllowedFileType(QStringView(name).sliced(dot + 1));
-    }
-
-    class FilesInFolders : public FileSource
-    {
-    public:
-        FilesInFolders(const QList<QUrl>& urls, bool includeSubdirectories)
-            : m_urls(urls)
-            , m_includeSubdirectories(includeSubdirectories)
-        {
-        }
-
-        bool step(QList<QUrl>& found) override
-        {
-            if (m_entries) {
+            if (m_walk)
                 stepInFolder(found);
-                return true;
-            }
-            if (m_next == m_urls.size())
+            else if (m_next < m_request.urls.size())
+                begin(plainUrl(m_request.urls.at(m_next++)), found);
+            else
                 return false;
-            begin(plainUrl(m_urls.at(m_next++)), found);
             return true;
         }
 
@@ -103,35 +70,40 @@ namespace {
         void begin(const QUrl& url, QList<QUrl>& found)
         {
             const QString path = url.toLocalFile();
-            if (!QFileInfo(path).isDir() && hasAllowedType(url.path()))
+            if (!m_request.isFolders
+                || (!QFileInfo(path).isDir() && hasAllowedFileType(url.path())))
                 found.append(url);
             else if (!path.isEmpty())
-                m_entries.emplace(path, m_includeSubdirectories);
+                m_walk.emplace(path, FolderWalk::Order::Listed, m_request.isIncludeSubdirectories);
         }
 
         void stepInFolder(QList<QUrl>& found)
         {
-            const std::optional<FolderEntries::Entry> entry = m_entries->next();
+            const std::optional<FolderWalk::Entry> entry = m_walk->next();
             if (!entry)
-                m_entries.reset();
-            else if (!entry->isDirectory && hasAllowedType(entry->path))
+                m_walk.reset();
+            else if (!isPath(entry->path))
+                systemLog(u"The name is no UTF-8 text, so it is left out: "_s + entry->path);
+            else if (!entry->isFolder && hasAllowedFileType(entry->path))
                 found.append(QUrl::fromLocalFile(entry->path));
         }
 
-        QList<QUrl> m_urls;
-        bool m_includeSubdirectories;
+        Arguments m_request;
         qsizetype m_next = 0;
-        std::optional<FolderEntries> m_entries; ///< of the folder in hand
+        std::optional<FolderWalk> m_walk; ///< through the folder in hand
     };
+
+    // More than one even on a small machine, as they wait for the disk; few, as it is one disk.
+    int threadCount() { return std::clamp(QThread::idealThreadCount(), 2, 8); }
 
     /// One call of addFilesToList or addFolderToList.
     class Load
     {
     public:
-        Load(LoaderTarget& target, FileSource& source)
+        Load(LoaderTarget& target, const Arguments& request)
             : m_target(target)
-            , m_source(source)
-            , m_ahead([&target] { return target.isProcessing(); })
+            , m_search(request)
+            , m_ahead(threadCount())
         {
         }
 
@@ -144,11 +116,17 @@ namespace {
         Items itemsToDeliver(bool hasFoundMore);
         void deliver(const Items& items, QList<QUrl>& found);
         void addSome(const Items& items, qsizetype& next);
+        /// On any thread. A file that is not wanted any more is given up.
+        std::shared_ptr<FileItem> makeItem(const QUrl& url) const
+        {
+            const StopScope scope([this] { return !m_target.isProcessing(); });
+            return FileItem::initWithURL(url);
+        }
 
         LoaderTarget& m_target;
-        FileSource& m_source;
-        FileItemQueue m_ahead;
-        bool m_isAtEnd = false; ///< of the source
+        FileSearch m_search;
+        WorkQueue<std::shared_ptr<FileItem>> m_ahead;
+        bool m_isAtEnd = false; ///< of the search
         bool m_isShutDown = false;
         bool m_hasAdded = false;
     };
@@ -158,7 +136,8 @@ namespace {
         while (isWanted() && !(m_isAtEnd && m_ahead.pending() == 0)) {
             QList<QUrl> found = findMore();
             deliver(itemsToDeliver(!found.isEmpty()), found);
-            m_ahead.add(found);
+            for (const QUrl& url : std::as_const(found))
+                m_ahead.add([this, url] { return makeItem(url); });
         }
     }
 
@@ -171,16 +150,20 @@ namespace {
         elapsed.start();
         while (!m_isAtEnd && found.size() < mostFoundAtATime && elapsed.elapsed() < longestSearchMs
                && m_target.isProcessing())
-            m_isAtEnd = !m_source.step(found);
+            m_isAtEnd = !m_search.step(found);
         return found;
     }
 
     // Waits only where there is nothing else to do.
     Items Load::itemsToDeliver(bool hasFoundMore)
     {
-        const qsizetype pending = m_ahead.pending();
-        const bool mustWait = pending >= mostPending || (m_isAtEnd && !hasFoundMore && pending > 0);
-        return mustWait ? m_ahead.waitForReady() : m_ahead.takeReady();
+        const std::size_t pending = m_ahead.pending();
+        Items items;
+        if (pending >= mostPending || (m_isAtEnd && !hasFoundMore && pending > 0))
+            items.append(m_ahead.take());
+        while (m_ahead.isReady())
+            items.append(m_ahead.take());
+        return items;
     }
 
     // Files that the list has already are taken out of `found` on the way.
@@ -214,21 +197,14 @@ namespace {
         }
     }
 
-    bool load(LoaderTarget& target, FileSource& source, const QString& name)
+    bool load(LoaderTarget& target, const Arguments& request, const QString& operation)
     {
         bool hasAdded = false;
-        try {
-            Load load(target, source);
-            try {
-                load.run();
-            } catch (...) {
-                hasAdded = load.hasAdded();
-                throw;
-            }
-            hasAdded = load.hasAdded();
-        } catch (const std::exception& error) {
-            systemLogError(name + u':', error);
-        }
+        guarded(operation, [&] {
+            Load load(target, request);
+            const auto keep = qScopeGuard([&] { hasAdded = load.hasAdded(); });
+            load.run();
+        });
         return hasAdded;
     }
 
@@ -236,14 +212,12 @@ namespace {
 
 bool FileLoader::addFilesToList(const QList<QUrl>& urls)
 {
-    FilesAsGiven source(urls);
-    return load(m_target, source, u"addFilesToList"_s);
+    return load(m_target, { urls, false, false }, u"addFilesToList:"_s);
 }
 
 bool FileLoader::addFolderToList(const QList<QUrl>& urls, bool includeSubdirectories)
 {
-    FilesInFolders source(urls, includeSubdirectories);
-    return load(m_target, source, u"addFolderToList"_s);
+    return load(m_target, { urls, true, includeSubdirectories }, u"addFolderToList:"_s);
 }
 
 } // namespace pagestack

@@ -15,7 +15,7 @@ class LoaderTarget
 public:
     virtual ~LoaderTarget() = default;
 
-    /// False: stop before the next file. Any thread.
+    /// Asked before each file; false ends the load. Any thread.
     virtual bool isProcessing() const = 0;
     /// Whether the list has an item with this URL. Main thread.
     virtual bool contains(const QUrl& url) const = 0;
@@ -33,14 +33,13 @@ protected:
 /// Finds files and adds them to the list. Runs on a background thread, which waits for the main
 /// thread with callOnMainThread().
 ///
-/// Files are opened and their pages counted ahead by threads of the loader's own, which is where
-/// the time goes; what they have ready is added in order. The main thread is asked for as many
-/// files at a time as are ready, for a few milliseconds at the most: for each it looks at
-/// isProcessing(), appends, and updates the total. Files that are listed already are not opened;
-/// "." and ".." make no other file of one.
+/// Threads of the loader's own open the files and count their pages, which takes most of the time;
+/// the files are added in order. A call to the main thread adds as many files as are ready, for a
+/// few milliseconds at the most: for each it asks isProcessing(), appends, and updates the total.
+/// Files that are listed already are not opened; "." and ".." in a path do not make another file.
 ///
-/// Anything thrown, by the target too, ends the load and is logged; what was added stays. A load
-/// also ends when the application shuts down. The files in hand are finished first.
+/// An exception, of the target too, ends the load and is logged; the files added so far stay. A
+/// load also ends when the application shuts down. The files in hand are finished first.
 class FileLoader
 {
 public:
@@ -54,7 +53,7 @@ public:
     bool addFilesToList(const QList<QUrl>& urls);
 
     /// Adds the files of allowed types in these folders, without sub-folders or with all of them,
-    /// in the order of FolderEntries. A URL that is no folder but has an allowed type is added
+    /// in the order of the file system. A URL that is no folder but has an allowed type is added
     /// itself. True when the list has grown.
     bool addFolderToList(const QList<QUrl>& urls, bool includeSubdirectories);
 

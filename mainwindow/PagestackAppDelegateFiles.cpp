@@ -2,7 +2,7 @@
 #include "engine/support/Dates.h"
 #include "engine/support/SystemLog.h"
 #include "engine/threads/MainThread.h"
-#include "filelist/AllowedFileTypes.h"
+#include "engine/sources/AllowedFileTypes.h"
 #include "filelist/FileTableModel.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/widgets/FileChooser.h"

@@ -1,5 +1,5 @@
 #include "engine/support/SystemLog.h"
-#include "filelist/AllowedFileTypes.h"
+#include "engine/sources/AllowedFileTypes.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "ui_MainWindow.h"
 

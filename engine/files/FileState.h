@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHashFunctions>
 
 #include <cstdint>
 #include <optional>
@@ -9,23 +10,27 @@ struct stat;
 
 namespace pagestack {
 
-/// Which file it is, whatever the path that leads to it.
+/// Identifies a file, whatever path leads to it.
 struct FileIdentity
 {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
 
     friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+    friend std::size_t qHash(const FileIdentity& file, std::size_t seed = 0)
+    {
+        return qHashMulti(seed, file.device, file.inode);
+    }
 };
 
-/// Which file it is, and what tells whether it was written to since: another file under its name,
-/// or other bytes in it, make another state.
+/// Identifies a file and its content: another file under its name, or other bytes in it, make
+/// another state.
 struct FileState
 {
     FileIdentity identity;
     std::int64_t sizeBytes = 0;
     std::int64_t modifiedNs = 0;
-    std::int64_t changedNs = 0; ///< of its description: what sets the other time back sets this one
+    std::int64_t changedNs = 0; ///< inode change time; unlike the other it cannot be set back
 
     FileState() = default;
     explicit FileState(const struct stat& status);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "filelist/PathList.h"
+#include "engine/sources/PathList.h"
 
 #include <QDialog>
 #include <QList>

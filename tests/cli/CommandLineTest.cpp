@@ -1,8 +1,8 @@
 #include "cli/Console.h"
-#include "cli/NaturalOrder.h"
 #include "cli/Options.h"
 #include "cli/Progress.h"
-#include "cli/Sources.h"
+#include "engine/sources/FolderWalk.h"
+#include "engine/sources/Sources.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/Testing.h"
 
@@ -34,7 +34,9 @@ QStringList fields(const Options& options)
 QString found(const QString& words)
 {
     QStringList all;
-    const CollectedSources sources = collectSources(parseOptions(words.split(u' ')));
+    const Options options = parseOptions(words.split(u' '));
+    const CollectedSources sources
+        = collectSources(options.sources, options.pathLists, options.isRecursive);
     for (const Source& source : sources.files) {
         all.append(source.shown);
         if (!std::filesystem::equivalent(source.path.toStdString(), source.shown.toStdString()))

@@ -15,7 +15,7 @@ SOURCES = {".h", ".cpp", ".mm"}
 # The rooms of the engine below the job, from the bottom up; those of one row do not include each other.
 ENGINE = (("support",), ("threads",), ("files",), ("settings", "log"), ("image/pixels", "image/deflate"),
           ("image/tiff", "image/formats"), ("image/formats/png", "image/formats/gif"), ("image/decode",),
-          ("image/tiffwriter",), ("image",), ("FileItem",), ("plan",), ("job",))
+          ("image/tiffwriter",), ("image",), ("FileItem",), ("sources",), ("plan",), ("job",))
 
 # What each part may include besides itself. Parts that are not here (tests, bench) may include all.
 BELOW = {}
@@ -26,7 +26,7 @@ QT_CORE_ONLY = set(BELOW) | {"cli"}
 BELOW["cli"] = BELOW["filelist"] = set(BELOW)
 BELOW["mainwindow"] = BELOW["filelist"] | {"filelist"}
 # FileItem stands between image and job together with what it is made of; only its own header is for others.
-LOW_FILELIST = {"FileItem", "AllocatedSize", "FileDates"}
+LOW_FILELIST = {"FileItem", "FileDates"}
 
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*([<"])([^>"]+)[>"]')
 CODEC_HEADER = re.compile(r"(?:.*/)?(tiff\w*|jpeglib|jerror|jconfig|jmorecfg|png\w*|gif_lib|zlib|"

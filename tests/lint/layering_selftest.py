@@ -25,7 +25,7 @@ BAD = [
     ("engine/image/pixels/A.cpp", '#include "engine/image/B.h"'),
     ("engine/image/tiff/A.cpp", '#include "engine/image/formats/Density.h"'),
     ("engine/image/other/A.cpp", "#include <vector>"),
-    ("engine/job/A.cpp", '#include "filelist/AllocatedSize.h"'),
+    ("engine/job/A.cpp", '#include "filelist/FileDates.h"'),
     ("cli/main.cpp", '#include "filelist/List.h"'),
     ("engine/extra/A.h", "#include <vector>"),
     ("engine/log/A.cpp", '#include "A.h"'),

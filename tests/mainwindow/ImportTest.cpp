@@ -1,4 +1,4 @@
-#include "filelist/PathList.h"
+#include "engine/sources/PathList.h"
 #include "mainwindow/import/ImportFilesWindowController.h"
 #include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/widgets/FileChooser.h"

@@ -9,7 +9,7 @@
 
 namespace pagestack {
 
-/// What a text that lists file paths, one a line, says.
+/// The files that a text names, one path a line.
 struct PathList
 {
     QList<QUrl> files; ///< local, absolute, each once, in the order of their first lines

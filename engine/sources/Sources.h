@@ -6,8 +6,6 @@
 
 namespace pagestack {
 
-struct Options;
-
 /// A file that is to be converted.
 struct Source
 {
@@ -15,7 +13,7 @@ struct Source
     QString shown; ///< as the user wrote it, or below the folder that the user wrote
 };
 
-/// A path that cannot be taken, and why.
+/// A path that cannot be taken, and the reason.
 struct PathTrouble
 {
     QString shown;
@@ -27,13 +25,12 @@ struct CollectedSources
     QList<Source> files; ///< in the order given, those of a folder in natural order; no file twice
     QStringList duplicates; ///< as shown
     QList<PathTrouble> troubles;
-    QStringList leftOut; ///< files of folders that only the case of their ending keeps out
+    QStringList leftOut; ///< files of folders whose extension differs in case only
 };
 
-/// Looks up the sources of the command line and of its path lists. Standard input is read when one
-/// of the lists is "-". A file that is named is taken whatever its extension; a folder gives its
-/// visible files with one of the four TIFF extensions. Sub-folders are entered on request, each
-/// once, whatever symbolic links lead there.
-CollectedSources collectSources(const Options& options);
+/// Looks up `paths` and then the paths that the files `lists` hold, one a line; "-" is standard
+/// input. A file that is named is taken whatever its extension; a folder gives its visible files
+/// with an allowed extension, on request with those of its sub-folders.
+CollectedSources collectSources(const QStringList& paths, QStringList lists, bool isRecursive);
 
 } // namespace pagestack

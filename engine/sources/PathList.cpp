@@ -1,4 +1,6 @@
-#include "filelist/PathList.h"
+#include "engine/sources/PathList.h"
+
+#include "engine/support/Paths.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,15 +18,6 @@ namespace pagestack {
 namespace {
 
     constexpr qint64 largestListBytes = qint64 { 256 } * 1024 * 1024;
-
-    QStringView extensionOf(QStringView path)
-    {
-        while (path.endsWith(u'/'))
-            path.chop(1);
-        const QStringView name = path.sliced(path.lastIndexOf(u'/') + 1);
-        const qsizetype dot = name.lastIndexOf(u'.');
-        return dot > 0 ? name.sliced(dot + 1) : QStringView(); // a leading dot only hides the file
-    }
 
     /// Without "." and doubled slashes, by which one file would have two URLs; after two slashes at
     /// the start QUrl would look for the name of a host. ".." stays: it may be behind a link.
@@ -46,7 +39,7 @@ PathList parsePathList(QStringView text, const QString& allowedTypes)
     PathList list;
     QSet<QUrl> known;
     for (const QStringView line : text.tokenize(u'\n')) {
-        if (!extensions.contains(extensionOf(line).toString().toUpper())) {
+        if (!extensions.contains(pathExtension(line).toUpper())) {
             if (!line.trimmed().isEmpty())
                 ++list.otherLines;
             continue;
