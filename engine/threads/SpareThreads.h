@@ -1,47 +1,37 @@
 #pragma once
 
 #include <atomic>
-#include <utility>
+#include <memory>
 
 namespace pagestack {
-
-class SpareThreads;
 
 /// One of the threads of a SpareThreads, as long as it lives; or none.
 class ThreadClaim
 {
 public:
     ThreadClaim() = default;
-    ThreadClaim(const ThreadClaim&) = delete;
-    ThreadClaim& operator=(const ThreadClaim&) = delete;
-    ThreadClaim(ThreadClaim&& other) noexcept
-        : m_from(std::exchange(other.m_from, nullptr))
-    {
-    }
-    ThreadClaim& operator=(ThreadClaim&& other) noexcept
-    {
-        std::swap(m_from, other.m_from);
-        return *this;
-    }
-    ~ThreadClaim();
 
-    explicit operator bool() const { return m_from != nullptr; }
-    void giveBack() { *this = ThreadClaim(); }
+    explicit operator bool() const { return m_spare != nullptr; }
+    void giveBack() { m_spare.reset(); }
 
 private:
     friend class SpareThreads;
 
-    explicit ThreadClaim(SpareThreads& from)
-        : m_from(&from)
+    struct GiveBack
+    {
+        void operator()(std::atomic<int>* spare) const { ++*spare; }
+    };
+
+    explicit ThreadClaim(std::atomic<int>& spare)
+        : m_spare(&spare)
     {
     }
 
-    SpareThreads* m_from = nullptr;
+    std::unique_ptr<std::atomic<int>, GiveBack> m_spare;
 };
 
-/// How many more threads a run may keep busy. Whoever works on a page holds one; who has a large
-/// page in hand can get others that would be idle. It only counts, and never waits. Any thread; it
-/// outlives all claims.
+/// Counts the threads that a run may keep busy besides. Work on a page holds one; work on a large
+/// page can get others that would be idle. Never waits. Any thread; outlives all claims.
 class SpareThreads
 {
 public:
@@ -54,14 +44,23 @@ public:
     ~SpareThreads() = default;
 
     /// For work that is done in any case, whether a thread is spare or not.
-    ThreadClaim take();
+    ThreadClaim take()
+    {
+        --m_spare;
+        return ThreadClaim(m_spare);
+    }
 
     /// For help that can be done without; no claim when no thread is spare.
-    ThreadClaim tryTake();
+    ThreadClaim tryTake()
+    {
+        int spare = m_spare;
+        while (spare > 0)
+            if (m_spare.compare_exchange_weak(spare, spare - 1))
+                return ThreadClaim(m_spare);
+        return {};
+    }
 
 private:
-    friend class ThreadClaim;
-
     std::atomic<int> m_spare; ///< below 0 when work began that could not wait for the help to end
 };
 

@@ -4,8 +4,8 @@
 
 namespace pagestack {
 
-/// While it lives, lengthy look-ups on its thread end early when they are no longer wanted. One a
-/// thread; it ends on the thread that made it.
+/// While it exists, lengthy look-ups on its thread can be stopped. One a thread; it ends on the
+/// thread that made it.
 class StopScope
 {
 public:

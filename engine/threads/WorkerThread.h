@@ -8,11 +8,11 @@
 
 namespace pagestack {
 
-/// A thread that does `work`, from which nothing may be thrown. To be waited for before it goes.
+/// A thread that does `work`, which may not throw. Must be waited for before it is destroyed.
 ///
-/// It does what a thread of QThread::create does, in a way that the thread sanitizer can follow.
-/// That runs `work` from within a call_once of Qt's library, where the sanitizer looks away when it
-/// is told to ignore libraries; and what QThread::wait orders is not seen either, hence the flag.
+/// Used in place of QThread::create, which the thread sanitizer cannot follow: that runs `work`
+/// inside a call_once of Qt's library, which the sanitizer ignores, and the order that
+/// QThread::wait makes is not seen either, hence the flag.
 class WorkerThread : public QThread
 {
 public:
