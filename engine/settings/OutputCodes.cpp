@@ -1,41 +1,22 @@
 #include "engine/settings/OutputCodes.h"
 
+#include <QList>
+#include <QStringList>
+
 using namespace Qt::StringLiterals;
 
 namespace pagestack {
 
 QString fileExtension(int outputType)
 {
-    switch (static_cast<OutputType>(outputType)) {
-    case OutputType::Jpeg:
-        return u".jpg"_s;
-    case OutputType::Png:
-        return u".png"_s;
-    case OutputType::Tiff:
-        return u".tiff"_s;
-    case OutputType::Bmp:
-        return u".bmp"_s;
-    case OutputType::Gif:
-        return u".gif"_s;
-    }
-    return u""_s;
+    static const QStringList extensions { u".jpg"_s, u".png"_s, u".tiff"_s, u".bmp"_s, u".gif"_s };
+    return extensions.value(outputType, u""_s);
 }
 
 std::uint16_t tiffCompressionTag(int index)
 {
-    switch (static_cast<TiffCompression>(index)) {
-    case TiffCompression::None:
-        return 1;
-    case TiffCompression::CcittGroup3:
-        return 3;
-    case TiffCompression::CcittGroup4:
-        return 4;
-    case TiffCompression::Lzw:
-        return 5;
-    case TiffCompression::PackBits:
-        return 32773;
-    }
-    return 1;
+    static const QList<std::uint16_t> tags { 1, 3, 4, 5, 32773 };
+    return tags.value(index, 1);
 }
 
 } // namespace pagestack

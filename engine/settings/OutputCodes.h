@@ -24,7 +24,7 @@ enum class TiffCompression : int {
     PackBits = 4,
 };
 
-/// What output names of the format end with, dot included (".tiff"); "" for a code outside 0..4.
+/// The extension of output names of the format, dot included (".tiff"); "" for a code outside 0..4.
 QString fileExtension(int outputType);
 
 /// Value of the tag Compression of TIFF 6.0 for a compression code; 1, no compression, for a code

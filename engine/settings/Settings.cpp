@@ -1,10 +1,12 @@
 #include "engine/settings/Settings.h"
 
-#include "engine/settings/KeyedCoder.h"
 #include "engine/settings/UserDefaults.h"
 #include "engine/support/SystemLog.h"
 
-#include <exception>
+#include <QCborMap>
+#include <QCborValue>
+#include <QMetaProperty>
+
 #include <type_traits>
 
 using namespace Qt::StringLiterals;
@@ -15,21 +17,24 @@ namespace {
 
     const QString storeKey = u"SETTINGS"_s;
 
+    /// The nine fields in the order in which they are kept.
+    QList<QMetaProperty> fields()
+    {
+        QList<QMetaProperty> found;
+        const QMetaObject& type = Settings::staticMetaObject;
+        for (int i = type.propertyOffset(); i < type.propertyCount(); ++i)
+            found.append(type.property(i));
+        return found;
+    }
+
+    QString nameOf(const QMetaProperty& field) { return QString::fromLatin1(field.name()); }
+
     // QString's own comparison takes null for empty.
     bool isSame(const QString& a, const QString& b) { return a == b && a.isNull() == b.isNull(); }
-
-    // Stores `value` and returns whether that changed the field.
     template <typename Value>
-    bool change(Value& field, const Value& value)
+    bool isSame(Value a, Value b)
     {
-        if constexpr (std::is_same_v<Value, QString>) {
-            if (isSame(field, value))
-                return false;
-        } else if (field == value) {
-            return false;
-        }
-        field = value;
-        return true;
+        return a == b;
     }
 
 } // namespace
@@ -44,171 +49,149 @@ Settings::Settings(UserDefaults* store, QObject* parent)
         setData(m_store->objectForKey(storeKey));
 }
 
-void Settings::setOutputType(int code)
+template <typename Value, typename Argument>
+void Settings::change(Value& field, const Value& value, void (Settings::*changed)(Argument))
 {
-    if (change(m_outputType, code))
-        emit outputTypeChanged(code);
+    if (isSame(field, value))
+        return;
+    field = value;
+    emit(this->*changed)(value);
 }
+
+void Settings::setOutputType(int code) { change(m_outputType, code, &Settings::outputTypeChanged); }
 
 void Settings::setIsSetCurrentAsDefaultOutputFolderPath(bool isSet)
 {
-    if (change(m_isSetCurrentAsDefaultOutputFolderPath, isSet))
-        emit isSetCurrentAsDefaultOutputFolderPathChanged(isSet);
+    change(m_isSetCurrentAsDefaultOutputFolderPath, isSet,
+           &Settings::isSetCurrentAsDefaultOutputFolderPathChanged);
 }
 
 void Settings::setIsOpenFolderAfterConversion(bool isOpen)
 {
-    if (change(m_isOpenFolderAfterConversion, isOpen))
-        emit isOpenFolderAfterConversionChanged(isOpen);
+    change(m_isOpenFolderAfterConversion, isOpen, &Settings::isOpenFolderAfterConversionChanged);
 }
 
 void Settings::setOutputFolderPath(const QString& path)
 {
-    if (change(m_outputFolderPath, path))
-        emit outputFolderPathChanged(path);
+    change(m_outputFolderPath, path, &Settings::outputFolderPathChanged);
 }
 
 void Settings::setSeparator(const QString& text)
 {
-    if (change(m_separator, text))
-        emit separatorChanged(text);
+    change(m_separator, text, &Settings::separatorChanged);
 }
 
 void Settings::setJpegQuality(int tenths)
 {
-    if (change(m_jpegQuality, tenths))
-        emit jpegQualityChanged(tenths);
+    change(m_jpegQuality, tenths, &Settings::jpegQualityChanged);
 }
 
 void Settings::setTiffCompressionIndex(int index)
 {
-    if (change(m_tiffCompressionIndex, index))
-        emit tiffCompressionIndexChanged(index);
+    change(m_tiffCompressionIndex, index, &Settings::tiffCompressionIndexChanged);
 }
 
 void Settings::setIsSplitTIFFIntoSinglePages(bool isSplit)
 {
-    if (change(m_isSplitTIFFIntoSinglePages, isSplit))
-        emit isSplitTIFFIntoSinglePagesChanged(isSplit);
+    change(m_isSplitTIFFIntoSinglePages, isSplit, &Settings::isSplitTIFFIntoSinglePagesChanged);
 }
 
 void Settings::setIsClearProcessedFiles(bool isClear)
 {
-    if (change(m_isClearProcessedFiles, isClear))
-        emit isClearProcessedFilesChanged(isClear);
+    change(m_isClearProcessedFiles, isClear, &Settings::isClearProcessedFilesChanged);
 }
 
 std::optional<Settings::Pairs> Settings::getData()
 {
-    try {
+    Pairs data;
+    const bool isWhole = guarded(u"Settings=>getData"_s, [&] {
         if (m_outputFolderPath.isNull())
             setOutputFolderPath(u""_s);
-        Pairs data {
-            { u"outputType"_s, m_outputType },
-            { u"isSetCurrentAsDefaultOutputFolderPath"_s, m_isSetCurrentAsDefaultOutputFolderPath },
-            { u"isOpenFolderAfterConversion"_s, m_isOpenFolderAfterConversion },
-            { u"outputFolderPath"_s, m_outputFolderPath },
-        };
-        if (m_separator.isNull())
-            return data; // a null value ends the list
-        data += {
-            { u"separator"_s, m_separator },
-            { u"jpegQuality"_s, m_jpegQuality },
-            { u"tiffCompressionIndex"_s, m_tiffCompressionIndex },
-            { u"isSplitTIFFIntoSinglePages"_s, m_isSplitTIFFIntoSinglePages },
-            { u"isClearProcessedFiles"_s, m_isClearProcessedFiles },
-        };
-        return data;
-    } catch (const std::exception& error) {
-        systemLogError(u"Settings=>getData"_s, error);
-        return std::nullopt;
-    }
+        for (const QMetaProperty& field : fields()) {
+            const QVariant value = field.read(this);
+            if (value.typeId() == QMetaType::QString && value.toString().isNull())
+                break; // ends the list
+            data.append({ nameOf(field), value });
+        }
+    });
+    return isWhole ? std::optional(data) : std::nullopt;
 }
 
 void Settings::setData(const QVariant& data)
 {
     if (data.typeId() != QMetaType::QVariantMap)
         return;
-    try {
-        readFields(data.toMap());
-        applyFolderRule();
-    } catch (const std::exception& error) {
-        systemLogError(u"Settings=>setData:"_s, error);
+    guarded(u"Settings=>setData:"_s, [&] {
+        QVariantMap values = data.toMap();
+        if (QVariant& quality = values[u"jpegQuality"_s];
+            !quality.convert(QMetaType(QMetaType::Int)))
+            quality = bestJpegQuality;
+        setFields(values);
+        if (m_outputFolderPath.isEmpty())
+            setIsSetCurrentAsDefaultOutputFolderPath(false);
+        else if (!m_isSetCurrentAsDefaultOutputFolderPath)
+            setOutputFolderPath(u""_s);
+    });
+}
+
+void Settings::setFields(const QVariantMap& values)
+{
+    for (const QMetaProperty& field : fields()) {
+        QVariant value = values.value(nameOf(field));
+        value.convert(field.metaType()); // where it cannot, to 0, false or a null text
+        field.write(this, value);
     }
-}
-
-void Settings::readFields(const QVariantMap& data)
-{
-    setOutputType(data.value(u"outputType"_s).toInt());
-    setIsSetCurrentAsDefaultOutputFolderPath(
-        data.value(u"isSetCurrentAsDefaultOutputFolderPath"_s).toBool());
-    setIsOpenFolderAfterConversion(data.value(u"isOpenFolderAfterConversion"_s).toBool());
-    setOutputFolderPath(data.value(u"outputFolderPath"_s).toString());
-    setSeparator(data.value(u"separator"_s).toString());
-    bool isNumber = false;
-    const int quality = data.value(u"jpegQuality"_s).toInt(&isNumber);
-    setJpegQuality(isNumber ? quality : bestJpegQuality);
-    setTiffCompressionIndex(data.value(u"tiffCompressionIndex"_s).toInt());
-    setIsSplitTIFFIntoSinglePages(data.value(u"isSplitTIFFIntoSinglePages"_s).toBool());
-    setIsClearProcessedFiles(data.value(u"isClearProcessedFiles"_s).toBool());
-}
-
-void Settings::applyFolderRule()
-{
-    if (m_outputFolderPath.isEmpty())
-        setIsSetCurrentAsDefaultOutputFolderPath(false);
-    else if (!m_isSetCurrentAsDefaultOutputFolderPath)
-        setOutputFolderPath(u""_s);
 }
 
 void Settings::synchronize()
 {
     if (!m_store)
         return;
-    try {
+    guarded(u"Settings=>synchronize"_s, [&] {
         if (const std::optional<Pairs> data = getData()) {
             QVariantMap dictionary;
             for (const auto& [key, value] : *data)
                 dictionary.insert(key, value);
             m_store->setObject(storeKey, dictionary);
         }
-    } catch (const std::exception& error) {
-        systemLogError(u"Settings=>synchronize"_s, error);
-    }
+    });
     m_store->synchronize(); // which tells of a failure itself
 }
 
+// A stream of its own: the record is the same whatever version and byte order the coder is set to.
 void Settings::encodeWithCoder(QDataStream& coder) const
 {
-    KeyedEncoder encoder;
-    encoder.encodeInt(m_outputType, "outputType");
-    encoder.encodeBool(m_isSetCurrentAsDefaultOutputFolderPath,
-                       "isSetCurrentAsDefaultOutputFolderPath");
-    encoder.encodeBool(m_isOpenFolderAfterConversion, "isOpenFolderAfterConversion");
-    encoder.encodeObject(m_outputFolderPath, "outputFolderPath");
-    encoder.encodeObject(m_separator, "separator");
-    encoder.encodeInt(m_jpegQuality, "jpegQuality");
-    encoder.encodeInt(m_tiffCompressionIndex, "tiffCompressionIndex");
-    encoder.encodeBool(m_isSplitTIFFIntoSinglePages, "isSplitTIFFIntoSinglePages");
-    encoder.encodeBool(m_isClearProcessedFiles, "isClearProcessedFiles");
-    encoder.writeTo(coder);
+    QCborMap record;
+    for (const QMetaProperty& field : fields()) {
+        const QVariant value = field.read(this);
+        const bool isNull = value.typeId() == QMetaType::QString && value.toString().isNull();
+        record.insert(nameOf(field), isNull ? QCborValue() : QCborValue::fromVariant(value));
+    }
+    QDataStream stream(coder.device());
+    stream.setVersion(QDataStream::Qt_6_0);
+    stream << record.toCborValue().toCbor();
+    coder.setStatus(stream.status());
 }
 
 bool Settings::initWithCoder(QDataStream& coder)
 {
-    const std::optional<KeyedDecoder> decoder = KeyedDecoder::readFrom(coder);
-    if (!decoder)
+    QDataStream stream(coder.device());
+    stream.setVersion(QDataStream::Qt_6_0);
+    QByteArray bytes;
+    stream >> bytes; // Qt grows the array as bytes arrive, so a false length costs no memory.
+    QCborParserError error;
+    const QCborValue record = QCborValue::fromCbor(bytes, &error);
+    if (stream.status() == QDataStream::Ok
+        && (error.error != QCborError::NoError || !record.isMap()))
+        stream.setStatus(QDataStream::ReadCorruptData);
+    coder.setStatus(stream.status());
+    if (stream.status() != QDataStream::Ok)
         return false;
-    setOutputType(decoder->decodeInt("outputType"));
-    setIsSetCurrentAsDefaultOutputFolderPath(
-        decoder->decodeBool("isSetCurrentAsDefaultOutputFolderPath"));
-    setIsOpenFolderAfterConversion(decoder->decodeBool("isOpenFolderAfterConversion"));
-    setOutputFolderPath(decoder->decodeObject("outputFolderPath"));
-    setSeparator(decoder->decodeObject("separator"));
-    setJpegQuality(decoder->decodeInt("jpegQuality"));
-    setTiffCompressionIndex(decoder->decodeInt("tiffCompressionIndex"));
-    setIsSplitTIFFIntoSinglePages(decoder->decodeBool("isSplitTIFFIntoSinglePages"));
-    setIsClearProcessedFiles(decoder->decodeBool("isClearProcessedFiles"));
+    QVariantMap values = record.toMap().toVariantMap();
+    for (QVariant& value : values)
+        if (value.typeId() == QMetaType::QString)
+            value = u""_s + value.toString(); // an empty text comes back as a null one
+    setFields(values);
     return true;
 }
 

@@ -13,15 +13,14 @@ namespace pagestack {
 
 class UserDefaults;
 
-/// The one record that says how a conversion writes its output. It lives as long as the front end
-/// that owns it; the conversion job and the writers share it by reference.
+/// How a conversion writes its output. The front end owns the record; the conversion job and the
+/// writers share it by reference.
 ///
-/// Numbers are stored as they are set, no range is checked. A text may be null, which is a value of
-/// its own: null and empty differ. Every setter announces a change, and only a change, from the
-/// thread that sets.
+/// Numbers are stored as they are set, no range is checked. Null and empty texts differ. Every
+/// setter announces a change, and only a change, from the thread that sets.
 ///
-/// There is no lock. The job reads the record on its own thread; that is safe because a front end
-/// leaves it alone from the start of a run to its end, and only because of it.
+/// There is no lock. The job reads the record on its own thread; that is safe only because a front
+/// end leaves it alone from the start of a run to its end.
 class Settings : public QObject
 {
     Q_OBJECT
@@ -90,7 +89,7 @@ public:
 
     /// The nine fields as they are persisted, each under its name. A null output folder becomes ""
     /// first, here and in the record. The list ends before the first null value: with a null
-    /// separator it holds four pairs. Nothing when an exception was met, which is logged.
+    /// separator it holds four pairs. Empty after an exception, which is logged.
     std::optional<Pairs> getData();
 
     /// Takes over a dictionary (QVariantMap) of the nine fields; anything else is ignored. A
@@ -103,13 +102,13 @@ public:
     /// Stores the record and writes the store to disk. An exception is logged.
     void synchronize();
 
-    /// Writes the nine fields as one keyed record. The status of the stream tells whether it took
-    /// it.
+    /// Writes the nine fields as one keyed record, a CBOR map, whatever version and byte order the
+    /// stream is set to. A failure shows in the status of the stream.
     void encodeWithCoder(QDataStream& coder) const;
 
     /// Takes over a keyed record just as it was written; a missing key counts as 0, false or a null
-    /// text. False, with the record as it was and the stream's status set, when the stream is
-    /// damaged.
+    /// text. False for a damaged stream, which may hold anything: the record is then as it was, and
+    /// the stream's status is set.
     bool initWithCoder(QDataStream& coder);
 
 signals:
@@ -126,8 +125,10 @@ signals:
 private:
     static constexpr int bestJpegQuality = 10;
 
-    void readFields(const QVariantMap& data);
-    void applyFolderRule();
+    /// Stores `value` and announces it by `changed` if that changes the field.
+    template <typename Value, typename Argument>
+    void change(Value& field, const Value& value, void (Settings::*changed)(Argument));
+    void setFields(const QVariantMap& values);
 
     UserDefaults* m_store;
     int m_outputType = 0;

@@ -12,10 +12,10 @@ namespace pagestack {
 /// The user's store of settings, a JSON file: plain values (numbers, booleans, texts) and
 /// dictionaries of plain values under short keys.
 ///
-/// A file that is no JSON object is put aside under a name that says so, and the store goes on
-/// without it. Where there is no file yet, that of an earlier version, an INI file beside it, is
-/// taken over; its values are texts, which toInt() and toBool() of QVariant understand. Troubles
-/// are told by the system log and by takeTroubles(). One thread at a time.
+/// A file that is not a JSON object is put aside under a name that says so, and the store goes on
+/// without it. If there is no file yet, the store takes over that of an earlier version, an INI
+/// file beside it; its values are texts, which toInt() and toBool() of QVariant understand. Errors
+/// go to the system log and to takeTroubles(). One thread at a time.
 class UserDefaults
 {
 public:
@@ -39,14 +39,14 @@ public:
     /// another program may have written. False when that failed; the next call tries it again.
     bool synchronize();
 
-    /// What went wrong with the file since the last call, a sentence each, for the user.
+    /// The errors since the last call, a sentence each, for the user.
     QStringList takeTroubles() { return std::exchange(m_troubles, {}); }
 
 private:
     enum class Found {
-        Nothing, ///< or something that is put aside by now
+        Nothing, ///< or a damaged file that is put aside by now
         Values,
-        Damage, ///< that could not be put aside
+        Damage, ///< a file that cannot be read or put aside
     };
     std::pair<Found, QJsonObject> read();
     Found putAside(const QString& reason);

@@ -1,9 +1,10 @@
 #include "engine/settings/Settings.h"
 
-#include "engine/settings/KeyedCoder.h"
 #include "engine/settings/UserDefaults.h"
 #include "tests/support/Testing.h"
 
+#include <QCborMap>
+#include <QCborValue>
 #include <QMetaProperty>
 
 class SettingsTest : public QObject
@@ -156,12 +157,10 @@ private slots:
         QVERIFY(decoded.initWithCoder(in) && in.atEnd());
         QCOMPARE(valuesOf(decoded), valuesOf(settings));
 
-        KeyedEncoder encoder;
-        encoder.encodeObject(u"later"_s, "of a later version");
-        encoder.encodeObject(u"not a number"_s, "outputType");
-        encoder.encodeInt(4, "tiffCompressionIndex");
-        QDataStream partly(&bytes, QIODevice::ReadWrite);
-        QVERIFY(encoder.writeTo(partly) && partly.device()->reset());
+        const QCborMap record { { u"later"_s, u"of a later version"_s },
+                                { u"outputType"_s, u"not a number"_s },
+                                { u"tiffCompressionIndex"_s, 4 } };
+        QDataStream partly(framed(record.toCborValue().toCbor()));
         QVERIFY(decoded.initWithCoder(partly));
         QCOMPARE(valuesOf(decoded), u"0|false|false|(null)|(null)|0|4|false|false"_s);
     }
@@ -171,12 +170,20 @@ private slots:
         QByteArray whole;
         QDataStream out(&whole, QIODevice::WriteOnly);
         Settings(nullptr).encodeWithCoder(out);
-        for (qsizetype length = 0; length < whole.size(); ++length) {
+        // A false length; then false counts, a text that is not UTF-8, an array, nesting.
+        QByteArrayList damaged { QByteArray::fromHex("7ffffffe"),
+                                 framed("\x80"),
+                                 framed(QByteArray::fromHex("bbffffffffffffffff")),
+                                 framed(QByteArray::fromHex("a161617b7fffffffffffffff")),
+                                 framed("\xa1\x61\x61\x61\xff"),
+                                 framed(QByteArray(100000, '\x81')) };
+        for (qsizetype length = 0; length < whole.size(); ++length)
+            damaged += whole.first(length);
+        for (const QByteArray& bytes : damaged) {
             Settings settings(nullptr);
             fill(settings, filled);
-            QDataStream in(whole.first(length));
-            QVERIFY2(!settings.initWithCoder(in) && in.status() != QDataStream::Ok,
-                     QByteArray::number(length));
+            QDataStream in(bytes);
+            QVERIFY2(!settings.initWithCoder(in) && in.status() != QDataStream::Ok, bytes.toHex());
             QCOMPARE(valuesOf(settings), filled);
         }
     }
@@ -186,6 +193,14 @@ private:
     {
         QFile file(m_path);
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+    }
+    /// As a coder holds a record.
+    static QByteArray framed(const QByteArray& record)
+    {
+        QByteArray bytes;
+        QDataStream stream(&bytes, QIODevice::WriteOnly);
+        stream << record;
+        return bytes;
     }
     static QByteArray read(const QString& path)
     {
