@@ -5,7 +5,7 @@
 
 namespace pagestack {
 
-/// Bytes that are written and read at any place, in a file or in memory. One thread at a time.
+/// Bytes in a file or in memory, written and read at any offset. One thread at a time.
 class ByteFile
 {
 public:
@@ -13,7 +13,7 @@ public:
 
     virtual std::uint64_t size() const = 0;
 
-    /// Writes at `offset`, which may lie past the end; what lies between is zero.
+    /// Writes at `offset`, which may lie past the end; the bytes between are zero.
     /// Throws std::runtime_error with the reason.
     virtual void writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) = 0;
 

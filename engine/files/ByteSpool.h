@@ -6,8 +6,8 @@
 
 namespace pagestack {
 
-/// Bytes that wait for their use: in memory up to a limit, beyond that in a temporary file that has
-/// no name. May be handed from one thread to another.
+/// Keeps bytes in memory up to a limit, beyond that in a temporary file without a name. May be
+/// handed from one thread to another.
 class ByteSpool : public ByteFile
 {
 public:

@@ -4,7 +4,7 @@
 
 namespace pagestack {
 
-/// Which differences between names a file system overlooks.
+/// The differences between names that a file system ignores.
 struct NameFolding
 {
     bool ignoresCase = true;
@@ -14,8 +14,8 @@ struct NameFolding
     QString folded(const QString& name) const;
 };
 
-/// Of the file system at `folder`, or at the nearest folder above that exists. A file is made there
-/// for a moment; where none can be made, both differences count as overlooked. Any thread.
+/// Returns the folding of the file system at `folder`, or at the nearest existing folder above.
+/// Creates a file there for a moment; if that fails, both differences count as ignored. Any thread.
 NameFolding nameFolding(const QString& folder);
 
 } // namespace pagestack

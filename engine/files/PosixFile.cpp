@@ -10,7 +10,6 @@
 #include <string>
 #include <system_error>
 #include <unistd.h>
-#include <vector>
 
 namespace pagestack {
 
@@ -22,16 +21,14 @@ void throwFileSystemError(const char* what, int errorNumber)
 
 bool canOpenFiles(int count)
 {
-    std::vector<int> files;
-    while (static_cast<int>(files.size()) < count) {
-        const int file = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-        if (file < 0)
-            break;
-        files.push_back(file);
-    }
-    for (const int file : files)
-        ::close(file);
-    return static_cast<int>(files.size()) == count;
+    if (count == 0)
+        return true;
+    const int file = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return false;
+    const bool canOpenRest = canOpenFiles(count - 1);
+    ::close(file);
+    return canOpenRest;
 }
 
 bool isWantOfRoom(const std::string& reason)
@@ -83,6 +80,12 @@ void writeFully(int file, std::uint64_t offset, std::span<const std::uint8_t> by
         offset += static_cast<std::uint64_t>(written);
         bytes = bytes.subspan(static_cast<std::size_t>(written));
     }
+}
+
+void resizeFile(int file, std::uint64_t size)
+{
+    if (retryInterrupted([&] { return ::ftruncate(file, static_cast<off_t>(size)); }) != 0)
+        throwFileSystemError("cannot write", errno);
 }
 
 void syncToDisk(int file)

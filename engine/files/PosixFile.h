@@ -11,12 +11,11 @@ namespace pagestack {
 /// "cannot write: No space left on device".
 [[noreturn]] void throwFileSystemError(const char* what, int errorNumber);
 
-/// Whether `reason`, of this program or of a codec, says that there was no room: on the disk, in
-/// memory or for one more open file.
+/// Whether `reason`, of this program or of a codec, says that the disk or the memory was full or
+/// that too many files were open.
 bool isWantOfRoom(const std::string& reason);
 
-/// Makes a system call again while a signal interrupts it. Not for close(), which is done all the
-/// same.
+/// Repeats a system call while a signal interrupts it. Not for close(), which is done even then.
 template <typename Call>
 auto retryInterrupted(Call call)
 {
@@ -29,8 +28,8 @@ auto retryInterrupted(Call call)
 /// Whether the system lets this process open `count` files more.
 bool canOpenFiles(int count);
 
-/// Opens a new file for reading and writing that has no name and so goes with its descriptor, which
-/// is the caller's. Throws std::runtime_error.
+/// Opens a new file without a name for reading and writing; it is removed when the caller closes
+/// the descriptor. Throws std::runtime_error.
 int openUnnamedFile();
 
 /// Fills all of `bytes` from `offset` of the open file on. Throws std::runtime_error, also at the
@@ -40,11 +39,14 @@ void readFully(int fileDescriptor, std::uint64_t offset, std::span<std::uint8_t>
 /// Writes all of `bytes` at `offset`. Throws std::runtime_error. Any thread, as above.
 void writeFully(int fileDescriptor, std::uint64_t offset, std::span<const std::uint8_t> bytes);
 
-/// Waits until what was written is on the disk. Throws std::runtime_error.
+/// Cuts or extends the file to `size` bytes. Throws std::runtime_error.
+void resizeFile(int fileDescriptor, std::uint64_t size);
+
+/// Waits until all that was written is on the disk. Throws std::runtime_error.
 void syncToDisk(int fileDescriptor);
 
-/// Throws std::runtime_error with what closing the file would complain of, such as the full disk
-/// that some file systems report only then. The descriptor stays open.
+/// Throws std::runtime_error with the error that closing the file would report, such as a full
+/// disk, which some file systems report only then. The descriptor stays open.
 void checkAtClose(int fileDescriptor);
 
 } // namespace pagestack

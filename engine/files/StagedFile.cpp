@@ -1,8 +1,5 @@
 #include "engine/files/StagedFile.h"
 
-#include "engine/files/AccessList.h"
-#include "engine/files/FreeName.h"
-#include "engine/files/InPlace.h"
 #include "engine/files/PosixFile.h"
 #include "engine/files/StagedNames.h"
 #include "engine/support/Paths.h"
@@ -66,14 +63,6 @@ namespace {
         if (::geteuid() == 0)
             return (mode & S_IWUSR) == 0;
         return ::access(path.constData(), W_OK) != 0 && (errno == EACCES || errno == EPERM);
-    }
-
-    /// Where there is nothing any more, nothing is lost either.
-    void checkUnchanged(const QByteArray& target, const std::optional<FileState>& expected)
-    {
-        const std::optional<FileState> found = expected ? fileState(target) : std::nullopt;
-        if (found && found != expected)
-            throw StagedFile::TargetChanged();
     }
 
 } // namespace
@@ -206,8 +195,7 @@ void StagedFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes)
 void StagedFile::resize(std::uint64_t size)
 {
     flush();
-    if (retryInterrupted([&] { return ::ftruncate(m_file, static_cast<off_t>(size)); }) != 0)
-        throwFileSystemError("cannot write", errno);
+    resizeFile(m_file, size);
     m_size = size;
 }
 
@@ -219,86 +207,22 @@ void StagedFile::settle()
         syncToDisk(m_file);
 }
 
-void StagedFile::commit(Existing existing, const std::optional<FileState>& expected)
+StagedDevice::StagedDevice(StagedFile& file)
+    : m_file(file)
 {
-    flush();
-    if (existing == Existing::Kept && m_isBehindLink)
-        throw NameTaken();
-    lookAtTarget(); // by now there may be something
-    if (existing == Existing::Kept && m_replaces)
-        throw NameTaken();
-    if (m_inPlace) {
-        replaceContent(m_target, m_file, m_size, [&] { checkUnchanged(m_target, expected); });
-        return;
-    }
-    if (m_replaces) {
-        keepPermissions();
-        // The old file is gone with the rename, so the new one must be on the disk before it.
-        syncToDisk(m_file);
-    }
-    checkAtClose(m_file);
-    putInPlace(existing, expected);
-    m_temporary.clear();
-    ::close(std::exchange(m_file, -1));
+    open(QIODevice::WriteOnly);
 }
 
-/// Still open, and so still owned: nobody takes it for a leftover.
-void StagedFile::putInPlace(Existing existing, const std::optional<FileState>& expected)
+qint64 StagedDevice::writeData(const char* data, qint64 size)
 {
-    if (existing == Existing::Kept) {
-        if (!takeFreeName(m_temporary, m_target))
-            throw NameTaken();
-        return;
+    try {
+        m_file.write(
+            { reinterpret_cast<const std::uint8_t*>(data), static_cast<std::size_t>(size) });
+        return size;
+    } catch (const std::runtime_error& error) {
+        setErrorString(QString::fromUtf8(error.what()));
+        return -1;
     }
-    checkUnchanged(m_target, expected);
-    if (expected && swapIn(*expected))
-        return;
-    const auto rename = [&] { return ::rename(m_temporary.constData(), m_target.constData()); };
-    if (retryInterrupted(rename) != 0)
-        throwFileSystemError("cannot put the file in place", errno);
-}
-
-/// What comes to the target after the last look is still there when the names are swapped, and gets
-/// its own back. False where the file system knows no such step; nothing is changed then.
-bool StagedFile::swapIn(const FileState& expected)
-{
-    if (!swapNames(m_temporary, m_target))
-        return false;
-    // The swap itself changes the time at which the description was changed.
-    const std::optional<FileState> old = fileState(m_temporary);
-    if (old && old->identity == expected.identity && old->sizeBytes == expected.sizeBytes
-        && old->modifiedNs == expected.modifiedNs) {
-        ::unlink(m_temporary.constData());
-        return true;
-    }
-    // Until it is back, the temporary name is that of the other program's file.
-    const QByteArray temporary = std::exchange(m_temporary, {});
-    if (swapNames(temporary, m_target))
-        m_temporary = temporary;
-    else
-        takeFreeName(temporary, m_target); // the new file is gone from there
-    throw TargetChanged();
-}
-
-/// Owner, group and permissions of the file that is replaced. Who may not give the file away keeps
-/// it, and where the group cannot be kept another one gets no more rights than everybody has.
-/// Without its access list the group's bits, which are the most that a list gives, would mean the
-/// group's own.
-void StagedFile::keepPermissions()
-{
-    unsigned permissions = m_permissions;
-    struct stat status = {};
-    const bool isOther
-        = ::fstat(m_file, &status) != 0 || status.st_uid != m_owner || status.st_gid != m_group;
-    if (isOther && ::fchown(m_file, m_owner, m_group) != 0
-        && ::fchown(m_file, static_cast<uid_t>(-1), m_group) != 0)
-        permissions &= ~0070U | (permissions & 0007U) << 3U;
-    if (!keepAccessList(m_target, m_file))
-        permissions &= ~0070U;
-    if (::fstat(m_file, &status) == 0 && (status.st_mode & 0777U) == permissions)
-        return;
-    if (retryInterrupted([&] { return ::fchmod(m_file, static_cast<mode_t>(permissions)); }) != 0)
-        throwFileSystemError("cannot keep the permissions", errno);
 }
 
 } // namespace pagestack

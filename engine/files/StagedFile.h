@@ -3,6 +3,7 @@
 #include "engine/files/ByteFile.h"
 #include "engine/files/FileState.h"
 
+#include <QIODevice>
 #include <QString>
 
 #include <optional>
@@ -11,26 +12,25 @@
 
 namespace pagestack {
 
-/// A file in the making: written beside its target under a temporary name and renamed over it when
-/// it is complete, so that a failure, a crash or a cancel leaves what was at the target as it was.
+/// A new file that is written beside its target under a temporary name and renamed over it when it
+/// is complete: a failure, a crash or a cancel leaves the target as it was.
 ///
-/// Through a symbolic link the link's target is replaced; in a folder that others may write to a
-/// link of another user's is refused. So is a file that may not be written to. The permissions of a
-/// file that is replaced are kept, with its access list, its owner and group where that is allowed;
-/// the temporary file is never readable to more. In a folder that takes no new file, an existing
-/// writable file is replaced in place at `commit`. What a program that was killed leaves behind is
-/// what StagedNames.h says. One thread at a time; a staged file may be handed from one thread to
-/// another.
+/// A symbolic link is followed, and its target replaced; a link of another user in a folder that
+/// others may write to is refused, and so is a write-protected file. A file that replaces another
+/// keeps its permissions and access list, and its owner and group where that is allowed; the
+/// temporary file is never readable to more users. In a folder that takes no new file, an existing
+/// writable file is overwritten in place at `commit`. Leftovers of a killed program: StagedNames.h.
+/// One thread at a time; a staged file may be handed from one thread to another.
 class StagedFile : public ByteFile
 {
 public:
-    /// What becomes of a file that is at the target when the new one is put there.
+    /// The fate of a file that is at the target when the new one is put there.
     enum class Existing {
         Replaced,
-        Kept, ///< it is an error, also when it has come a moment ago; so is a link
+        Kept, ///< commit() throws NameTaken, also for a file of a moment ago and for a link
     };
 
-    /// What is there was to be kept.
+    /// There is a file at the target that was to be kept.
     class NameTaken : public std::runtime_error
     {
     public:
@@ -40,7 +40,7 @@ public:
         }
     };
 
-    /// What is there is not what was to be replaced.
+    /// The file at the target is not the one that was to be replaced.
     class TargetChanged : public std::runtime_error
     {
     public:
@@ -74,13 +74,13 @@ public:
     /// Cuts or extends the file to `size` bytes. Throws std::runtime_error with the reason.
     void resize(std::uint64_t size);
 
-    /// Hands everything to the file system, as far as `commit` needs it there, and gives back the
+    /// Hands everything to the file system, as far as `commit` needs it there, and frees the
     /// memory: for a complete file that waits. Throws std::runtime_error with the reason.
     void settle();
 
-    /// Puts the file in place of the target. A file that is replaced must be `expected`, if that is
-    /// given, and as it was then, up to the moment in which it is replaced. Throws NameTaken,
-    /// TargetChanged, or std::runtime_error with another reason; the target is then as it was.
+    /// Puts the file in place of the target. If `expected` is given, a file that is replaced must
+    /// be in that state up to the moment of its replacement. Throws NameTaken, TargetChanged, or
+    /// std::runtime_error with another reason; the target is then as it was.
     void commit(Existing existing = Existing::Replaced,
                 const std::optional<FileState>& expected = std::nullopt);
 
@@ -98,14 +98,31 @@ private:
     QByteArray m_target; ///< with symbolic links resolved, in the file system's encoding
     QByteArray m_temporary; ///< empty once committed, and for a file without a name
     int m_file = -1;
-    std::uint64_t m_size = 0; ///< with what is still in `m_pending`
+    std::uint64_t m_size = 0; ///< `m_pending` included
     std::vector<std::uint8_t> m_pending; ///< appended, but not yet handed to the file system
-    bool m_replaces = false; ///< a file was at the target when this one was made
+    bool m_replaces = false; ///< a file was at the target at the last look
     bool m_isBehindLink = false; ///< the target is not what was named
     bool m_inPlace = false;
     unsigned m_permissions = 0; ///< of the file that is replaced, as are the two below
     unsigned m_owner = 0;
     unsigned m_group = 0;
+};
+
+/// A QIODevice that appends to a staged file, which is borrowed and committed by its owner. A write
+/// that fails leaves its reason at errorString().
+class StagedDevice : public QIODevice
+{
+public:
+    explicit StagedDevice(StagedFile& file);
+
+    bool isSequential() const override { return true; }
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char* data, qint64 size) override;
+
+private:
+    StagedFile& m_file;
 };
 
 } // namespace pagestack

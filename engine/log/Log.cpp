@@ -1,7 +1,7 @@
 #include "engine/log/Log.h"
 
 #include "engine/files/ByteSpool.h"
-#include "engine/files/StagedDevice.h"
+#include "engine/files/StagedFile.h"
 #include "engine/files/StagedNames.h"
 #include "engine/support/Application.h"
 #include "engine/support/SystemLog.h"
