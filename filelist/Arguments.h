@@ -5,7 +5,7 @@
 
 namespace pagestack {
 
-/// What a load of the file list is asked for.
+/// The request for a load of the file list.
 struct Arguments
 {
     QList<QUrl> urls; ///< the chosen files or folders

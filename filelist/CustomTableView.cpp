@@ -85,14 +85,9 @@ void CustomTableView::setDefaultWidths()
     horizontalHeader()->setMinimumSectionSize(checkBox);
     setColumnWidth(FileTableModel::IsSelected, checkBox);
     const int digit = fontMetrics().horizontalAdvance(u'0');
-    setColumnWidth(FileTableModel::Name, 28 * digit);
-    setColumnWidth(FileTableModel::Pages, 8 * digit);
-    setColumnWidth(FileTableModel::Size, 10 * digit);
-    setColumnWidth(FileTableModel::Type, 7 * digit);
-    setColumnWidth(FileTableModel::DateModified, 22 * digit);
-    setColumnWidth(FileTableModel::DateCreated, 22 * digit);
-    setColumnWidth(FileTableModel::DateAccessed, 22 * digit);
-    setColumnWidth(FileTableModel::Location, 40 * digit);
+    int column = FileTableModel::Name;
+    for (const int digits : { 28, 8, 10, 7, 22, 22, 22, 40 }) // up to Location
+        setColumnWidth(column++, digits * digit);
 }
 
 QList<int> CustomTableView::highlightedRows() const
@@ -105,9 +100,7 @@ QList<int> CustomTableView::highlightedRows() const
         for (int row = range.top(); row <= range.bottom(); ++row)
             rows.append(row);
     }
-    std::sort(rows.begin(), rows.end());
-    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
-    return rows;
+    return ascending(rows);
 }
 
 std::pair<int, int> CustomTableView::highlightedSpan() const

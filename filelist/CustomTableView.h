@@ -15,7 +15,7 @@ class QMimeData;
 namespace pagestack {
 
 /// The table of the file list: highlighting of whole rows, keys, context menu, files dragged in and
-/// out. It changes nothing itself but tells what is wanted.
+/// out. It changes no file itself; its signals say what the user asks for.
 class CustomTableView : public QTableView
 {
     Q_OBJECT
@@ -24,8 +24,7 @@ class CustomTableView : public QTableView
 public:
     explicit CustomTableView(QWidget* parent = nullptr);
 
-    /// Shown at a press of the right mouse button while rows are highlighted, at no other time. Not
-    /// owned.
+    /// Shown only at a press of the right mouse button while rows are highlighted. Not owned.
     QMenu* contextMenu() const { return m_contextMenu; }
     void setContextMenu(QMenu* menu) { m_contextMenu = menu; }
 
@@ -39,14 +38,15 @@ public:
     void highlightRows(const QList<int>& rows);
     void selectAll() override;
 
-    /// What the column headers were clicked for, the last click first; a column counts once.
+    /// The orders that clicks on column headers asked for, the last click first; each column once.
     const SortOrders& currentSortOrders() const { return m_sortOrders; }
-    /// Shows `orders` in the header. Nothing is asked to be sorted.
+    /// Shows `orders` in the header, without sortRequested().
     void setSortOrders(const SortOrders& orders);
 
     /// Widths, order and sort orders of the columns, for the next start.
     QByteArray saveColumns() const;
-    /// False, with the columns left as they are: not made by saveColumns for as many columns.
+    /// False, with the columns left as they are, if saveColumns did not make `state` for as many
+    /// columns.
     bool restoreColumns(const QByteArray& state);
 
     /// Whether a drag may be dropped: it offers URLs and does not come from this table.
@@ -58,7 +58,7 @@ signals:
     /// The check marks of these rows are to be inverted; ascending, maybe none.
     void invertRequested(const QList<int>& rows);
     void removeRequested();
-    /// A column header was clicked; currentSortOrders() tells for what, `before` what they were.
+    /// A column header was clicked and changed currentSortOrders(), which were `before`.
     void sortRequested(const QList<pagestack::SortOrder>& before);
     void moveUpRequested();
     void moveDownRequested();

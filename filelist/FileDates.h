@@ -5,7 +5,7 @@
 
 namespace pagestack {
 
-/// Dates of a file, in UTC, to the millisecond. Invalid are those that cannot be read.
+/// Dates of a file, in UTC, to the millisecond. A date that cannot be read is invalid.
 struct FileDates
 {
     QDateTime modified;
@@ -15,7 +15,7 @@ struct FileDates
     friend bool operator==(const FileDates&, const FileDates&) = default;
 };
 
-/// The dates of the file at `path`, links followed, by one look at it. Any thread.
+/// Reads the dates of the file at `path`, links followed, in one system call. Any thread.
 FileDates fileDates(const QString& path);
 
 } // namespace pagestack

@@ -13,17 +13,17 @@ namespace pagestack {
 
 /// One source file of the file list.
 ///
-/// Page count and size are taken once, when the URL is set; names, texts and dates are worked out
-/// at every call, the dates from the file system. Symbolic links are followed, so size, pages and
-/// dates are those of the file that a link leads to. Nothing is reported: what cannot be read is 0
-/// or empty. One thread at a time changes an item, several may read what no other changes.
+/// Page count and size are taken once, when the URL is set; names, texts and dates are computed at
+/// every call, the dates from the file system. Symbolic links are followed: size, pages and dates
+/// are those of the link's target. A value that cannot be read is 0 or empty. One thread at a time
+/// may change an item; several may read it meanwhile if none changes it.
 class FileItem
 {
 public:
     /// A ticked item for the file, or null when `url` is missing or is not a file URL.
     static std::shared_ptr<FileItem> initWithURL(const QUrl& url);
 
-    /// False when the path of `url` has bytes that are no text: toLocalFile() would be the path of
+    /// False when the path of `url` has bytes that are not text: toLocalFile() would be the path of
     /// another file.
     static bool hasTextPath(const QUrl& url);
 
@@ -52,9 +52,9 @@ public:
     bool isEqual(const FileItem* other) const;
     friend bool operator==(const FileItem& a, const FileItem& b) { return a.isEqual(&b); }
 
-    /// What the list shows in the column `identifier`, compared without regard to case: a bool for
-    /// the check mark, an int for the pages, else a text; "" for an unknown column. A date that
-    /// cannot be read is a null text.
+    /// The value of the column `identifier`, compared without regard to case: a bool for the check
+    /// mark, an int for the pages, else a text; "" for an unknown column. A date that cannot be
+    /// read is a null text.
     QVariant displayField(const QString& identifier) const;
 
     /// A size as the list shows it: "0 KB", "1000 KB", " 1.5 MB", "12 MB". A unit is a thousand of

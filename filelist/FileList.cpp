@@ -4,6 +4,13 @@
 
 namespace pagestack {
 
+QList<int> ascending(QList<int> rows)
+{
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    return rows;
+}
+
 bool FileList::append(const Item& item)
 {
     Q_ASSERT(item);

@@ -10,13 +10,16 @@
 
 namespace pagestack {
 
+/// `rows` in ascending order, each once.
+QList<int> ascending(QList<int> rows);
+
 /// The files of the window in their order, each URL once, with running totals.
 ///
-/// The totals hold as long as check marks are changed here and page counts not at all. There is no
-/// lock: one thread, the main thread. Another thread may read the items of a copy of items() while
-/// the window is busy and so leaves them alone.
+/// The totals hold as long as check marks are changed here only and page counts not at all. Main
+/// thread, no lock. Another thread may read the items of a copy of items() while the window is busy
+/// and so leaves them alone.
 ///
-/// Rows are counted from 0; a row that does not exist is our own mistake (assertion).
+/// Rows are counted from 0; a row that does not exist is a fault of the caller (assertion).
 class FileList
 {
 public:
@@ -43,12 +46,13 @@ public:
     qint64 checkedCount() const { return m_checkedCount; }
     qint64 checkedPages() const { return m_checkedPages; }
 
-    /// Adds `item`, which is not null, at the end. False: an equal item is there, nothing changed.
+    /// Adds `item`, which is not null, at the end. False, with nothing changed, if an equal item is
+    /// there.
     bool append(const Item& item);
     void removeRows(int first, int count);
     void clear();
 
-    /// False: the check mark is as asked already.
+    /// False if the check mark is `isSelected` already.
     bool setSelected(int row, bool isSelected);
 
     /// Puts the item of row rows[i] into row i; `rows` names every row once.

@@ -63,19 +63,19 @@ namespace {
     // Each range that is removed on its own moves the rows behind it, in the list and in the views.
     constexpr qsizetype mostRangesChangedOneByOne = 64;
 
-    /// The order of `count` rows in which the rows of `ascending` come last.
-    QList<int> withRowsLast(int count, const QList<int>& ascending)
+    /// The order of `count` rows in which the rows of `last`, which ascend, come last.
+    QList<int> withRowsLast(int count, const QList<int>& last)
     {
         QList<int> order;
         order.reserve(count);
-        auto next = ascending.cbegin();
+        auto next = last.cbegin();
         for (int row = 0; row < count; ++row) {
-            if (next != ascending.cend() && *next == row)
+            if (next != last.cend() && *next == row)
                 ++next;
             else
                 order.append(row);
         }
-        return order + ascending;
+        return order + last;
     }
 
     /// The order in which the rows from `first` on come into the rows `targets`, which ascend.
@@ -146,13 +146,11 @@ bool FileTableModel::append(const FileList::Item& item)
 
 int FileTableModel::removeItems(const QList<int>& rows)
 {
-    QList<int> ascending = rows;
-    std::sort(ascending.begin(), ascending.end());
-    ascending.erase(std::unique(ascending.begin(), ascending.end()), ascending.end());
-    QList<RowRange> ranges = rangesOf(ascending);
+    const QList<int> removed = ascending(rows);
+    QList<RowRange> ranges = rangesOf(removed);
     if (ranges.size() > mostRangesChangedOneByOne) {
-        reorder(withRowsLast(m_files.count(), ascending));
-        const int count = static_cast<int>(ascending.size());
+        reorder(withRowsLast(m_files.count(), removed));
+        const int count = static_cast<int>(removed.size());
         ranges = { { m_files.count() - count, count } };
     }
     for (auto range = ranges.crbegin(); range != ranges.crend(); ++range) {
@@ -160,7 +158,7 @@ int FileTableModel::removeItems(const QList<int>& rows)
         m_files.removeRows(range->first, range->count);
         endRemoveRows();
     }
-    return static_cast<int>(ascending.size());
+    return static_cast<int>(removed.size());
 }
 
 void FileTableModel::insertItems(const QList<FileList::Place>& places)
@@ -329,10 +327,8 @@ QMimeData* FileTableModel::mimeData(const QModelIndexList& indexes) const
     QList<int> rows;
     for (const QModelIndex& index : indexes)
         rows.append(index.row());
-    std::sort(rows.begin(), rows.end());
-    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     QList<QUrl> urls;
-    for (const int row : std::as_const(rows))
+    for (const int row : ascending(rows))
         urls.append(m_files.at(row)->filePath());
     auto data = std::make_unique<QMimeData>();
     data->setUrls(urls);

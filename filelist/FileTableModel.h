@@ -47,11 +47,11 @@ public:
 
     const FileList& files() const { return m_files; }
 
-    /// FileItem::displayField for the identifier, which looks for dates at once; "" for a row that
-    /// does not exist.
+    /// FileItem::displayField for the identifier, which reads dates at once; "" for a row that does
+    /// not exist.
     QVariant objectValue(int row, const QString& identifier) const;
 
-    bool append(const FileList::Item& item); ///< false: it is in the list already
+    bool append(const FileList::Item& item); ///< false if an equal one is in the list already
     /// `rows` in any order; the number of rows removed. Selections of other rows stay.
     int removeItems(const QList<int>& rows);
     /// Puts items into the rows that they had: `places` ascend by row and count the items before
@@ -68,7 +68,7 @@ public:
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
-    /// Dates are those of the last look at the file; dataChanged comes when they are others.
+    /// Shows the dates of the last look at the file; dataChanged comes when they differ.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
@@ -80,7 +80,7 @@ public:
 signals:
     /// After one check mark or many have changed, once an operation.
     void checkMarksChanged();
-    /// The user has set the check mark of this row in a view, before checkMarksChanged.
+    /// The user has set the check mark of this row in a view; comes before checkMarksChanged.
     void checkMarkEdited(int row);
 
 private:

@@ -9,8 +9,8 @@
 namespace pagestack {
 
 /// Calls `work(part, first, end)` for the parts of 0..count, one a processor, each on a thread of
-/// its own, and waits for all of them. What one throws is thrown here. A part has 1000 at least;
-/// the number of parts is partsOf(count).
+/// its own, and waits for all of them. Throws what a call throws. A part has 1000 at least; there
+/// are partsOf(count) parts.
 inline int partsOf(int count)
 {
     return std::clamp(count / 1000, 1, std::max(1, QThread::idealThreadCount()));

@@ -1,6 +1,7 @@
 #include "filelist/ListEditor.h"
 
 #include <QHash>
+#include <QScopedValueRollback>
 #include <QUndoCommand>
 
 #include <algorithm>
@@ -33,24 +34,22 @@ namespace {
         return rows;
     }
 
-    /// The order with each of `rows`, which ascend, one place higher; empty when one cannot be.
-    QList<int> movedUp(const QList<int>& rows, int count)
+    bool canMove(const QList<int>& rows, bool isUp, int count)
     {
-        if (rows.isEmpty() || rows.first() == 0)
-            return {};
-        QList<int> order = rowsInOrder(count);
-        for (const int row : rows)
-            order.swapItemsAt(row - 1, row);
-        return order;
+        return !rows.isEmpty() && (isUp ? rows.first() > 0 : rows.last() < count - 1);
     }
 
-    QList<int> movedDown(const QList<int>& rows, int count)
+    /// The order with each of `rows`, which ascend, one place higher or lower; empty when one of
+    /// them has no place to go to.
+    QList<int> moved(const QList<int>& rows, bool isUp, int count)
     {
-        if (rows.isEmpty() || rows.last() == count - 1)
+        if (!canMove(rows, isUp, count))
             return {};
         QList<int> order = rowsInOrder(count);
-        for (auto row = rows.crbegin(); row != rows.crend(); ++row)
-            order.swapItemsAt(*row, *row + 1);
+        for (qsizetype i = 0; i < rows.size(); ++i) {
+            const int row = rows.at(isUp ? i : rows.size() - 1 - i);
+            order.swapItemsAt(row, isUp ? row - 1 : row + 1);
+        }
         return order;
     }
 
@@ -71,168 +70,33 @@ namespace {
         return rows;
     }
 
-} // namespace
-
-/// One step of the history. `apply` does it or takes it back and gives the files that it concerned.
-class ListStep : public QUndoCommand
-{
-public:
-    ListStep(FileTableModel& model, const QString& text)
-        : QUndoCommand(text)
-        , m_model(model)
+    QString markText(qsizetype checked, qsizetype unchecked)
     {
+        const int count = static_cast<int>(checked + unchecked);
+        if (unchecked == 0)
+            return ListEditor::tr("Tick %n File(s)", nullptr, count);
+        if (checked == 0)
+            return ListEditor::tr("Untick %n File(s)", nullptr, count);
+        return ListEditor::tr("Invert Ticks of %n File(s)", nullptr, count);
     }
 
-    void undo() override { step(false); }
-    void redo() override { step(true); }
-    void setObserver(std::function<void(const QList<int>& rows)> observer)
-    {
-        m_observer = std::move(observer);
-    }
-
-protected:
-    virtual Items apply(bool isForward) = 0;
-    FileTableModel& model() const { return m_model; }
-    const FileList& files() const { return m_model.files(); }
-
-private:
-    void step(bool isForward)
-    {
-        const Items concerned = apply(isForward);
-        if (m_observer) // not yet when the step is made
-            m_observer(files().rowsOf(concerned));
-    }
-
-    FileTableModel& m_model;
-    std::function<void(const QList<int>& rows)> m_observer;
-};
-
-namespace {
-
-    class MarkStep : public ListStep
+    /// One step of the history.
+    class ListStep : public QUndoCommand
     {
     public:
-        MarkStep(FileTableModel& model, Items checked, Items unchecked)
-            : ListStep(model, textFor(checked, unchecked))
-            , m_checked(std::move(checked))
-            , m_unchecked(std::move(unchecked))
+        using Step = std::function<void(bool isForward)>;
+
+        ListStep(const QString& text, Step step)
+            : QUndoCommand(text)
+            , m_step(std::move(step))
         {
         }
 
-    protected:
-        Items apply(bool isForward) override
-        {
-            model().mark(files().rowsOf(m_checked), isForward ? Mark::Check : Mark::Uncheck);
-            model().mark(files().rowsOf(m_unchecked), isForward ? Mark::Uncheck : Mark::Check);
-            return m_checked + m_unchecked;
-        }
+        void undo() override { m_step(false); }
+        void redo() override { m_step(true); }
 
     private:
-        static QString textFor(const Items& checked, const Items& unchecked)
-        {
-            const int count = static_cast<int>(checked.size() + unchecked.size());
-            if (unchecked.isEmpty())
-                return ListEditor::tr("Tick %n File(s)", nullptr, count);
-            if (checked.isEmpty())
-                return ListEditor::tr("Untick %n File(s)", nullptr, count);
-            return ListEditor::tr("Invert Ticks of %n File(s)", nullptr, count);
-        }
-
-        Items m_checked; ///< those that the step ticks
-        Items m_unchecked;
-    };
-
-    class RemoveStep : public ListStep
-    {
-    public:
-        RemoveStep(FileTableModel& model, const QList<int>& rows, const QString& text)
-            : ListStep(model, text)
-            , m_items(itemsAt(model.files(), rows))
-        {
-            for (const int row : rows)
-                m_places.append({ row, model.files().at(row) });
-        }
-
-    protected:
-        Items apply(bool isForward) override
-        {
-            if (!isForward)
-                model().insertItems(m_places);
-            else
-                model().removeItems(files().rowsOf(m_items));
-            return m_items;
-        }
-
-    private:
-        Items m_items;
-        QList<FileList::Place> m_places;
-    };
-
-    class MoveStep : public ListStep
-    {
-    public:
-        MoveStep(FileTableModel& model, const QList<int>& rows, bool isUp)
-            : ListStep(
-                model,
-                isUp ? ListEditor::tr("Move %n File(s) Up", nullptr, static_cast<int>(rows.size()))
-                     : ListEditor::tr("Move %n File(s) Down", nullptr,
-                                      static_cast<int>(rows.size())))
-            , m_items(itemsAt(model.files(), rows))
-            , m_isUp(isUp)
-        {
-        }
-
-    protected:
-        Items apply(bool isForward) override
-        {
-            const QList<int> rows = files().rowsOf(m_items);
-            model().reorder(isForward == m_isUp ? movedUp(rows, files().count())
-                                                : movedDown(rows, files().count()));
-            return m_items;
-        }
-
-    private:
-        Items m_items;
-        bool m_isUp;
-    };
-
-    class SortStep : public ListStep
-    {
-    public:
-        struct State
-        {
-            Items items;
-            SortOrders orders;
-        };
-        using Announce = std::function<void(const SortOrders& orders)>;
-
-        SortStep(FileTableModel& model, State before, State after, Announce announce)
-            : ListStep(model, textFor(after.orders))
-            , m_before(std::move(before))
-            , m_after(std::move(after))
-            , m_announce(std::move(announce))
-        {
-        }
-
-    protected:
-        Items apply(bool isForward) override
-        {
-            const State& wanted = isForward ? m_after : m_before;
-            model().reorder(orderLike(wanted.items, files().items()));
-            m_announce(wanted.orders);
-            return {};
-        }
-
-    private:
-        static QString textFor(const SortOrders& orders)
-        {
-            return orders.value(0).isAscending ? ListEditor::tr("Sort")
-                                               : ListEditor::tr("Sort Backwards");
-        }
-
-        State m_before;
-        State m_after;
-        Announce m_announce;
+        Step m_step;
     };
 
 } // namespace
@@ -245,10 +109,14 @@ ListEditor::ListEditor(FileTableModel& model, QObject* parent)
     connect(&m_model, &FileTableModel::checkMarkEdited, this, &ListEditor::rememberEdit);
 }
 
-void ListEditor::push(ListStep* step)
+void ListEditor::push(const QString& text, const Items& concerned, const Step& step)
 {
-    m_history.push(step); // does it
-    step->setObserver([this](const QList<int>& rows) { emit stepped(rows); });
+    const QScopedValueRollback isNew(m_isNewStep, true);
+    m_history.push(new ListStep(text, [this, concerned, step](bool isForward) { // does it
+        step(isForward);
+        if (!m_isNewStep)
+            emit stepped(m_model.files().rowsOf(concerned));
+    }));
 }
 
 void ListEditor::mark(const QList<int>& rows, Mark mark)
@@ -262,37 +130,56 @@ void ListEditor::mark(const QList<int>& rows, Mark mark)
         else if (item->isSelected() && mark != Mark::Check)
             unchecked.append(item);
     }
-    if (!checked.isEmpty() || !unchecked.isEmpty())
-        push(new MarkStep(m_model, checked, unchecked));
+    pushMarks(checked, unchecked);
 }
 
 /// The mark is as the user set it already; pushing the step sets it once more.
 void ListEditor::rememberEdit(int row)
 {
     const FileList::Item& item = m_model.files().at(row);
-    push(item->isSelected() ? new MarkStep(m_model, { item }, {})
-                            : new MarkStep(m_model, {}, { item }));
+    item->isSelected() ? pushMarks({ item }, {}) : pushMarks({}, { item });
+}
+
+void ListEditor::pushMarks(const Items& checked, const Items& unchecked)
+{
+    if (checked.isEmpty() && unchecked.isEmpty())
+        return;
+    push(markText(checked.size(), unchecked.size()), checked + unchecked,
+         [=, this](bool isForward) {
+             const FileList& files = m_model.files();
+             m_model.mark(files.rowsOf(checked), isForward ? Mark::Check : Mark::Uncheck);
+             m_model.mark(files.rowsOf(unchecked), isForward ? Mark::Uncheck : Mark::Check);
+         });
 }
 
 void ListEditor::remove(const QList<int>& rows, const QString& text)
 {
-    if (!rows.isEmpty())
-        push(new RemoveStep(m_model, rows, text));
+    if (rows.isEmpty())
+        return;
+    const Items items = itemsAt(m_model.files(), rows);
+    QList<FileList::Place> places;
+    for (qsizetype i = 0; i < rows.size(); ++i)
+        places.append({ rows.at(i), items.at(i) });
+    push(text, items, [=, this](bool isForward) {
+        if (isForward)
+            m_model.removeItems(m_model.files().rowsOf(items));
+        else
+            m_model.insertItems(places);
+    });
 }
 
-bool ListEditor::moveUp(const QList<int>& rows)
+bool ListEditor::move(const QList<int>& rows, bool isUp)
 {
-    if (rows.isEmpty() || rows.first() == 0)
+    const FileList& files = m_model.files();
+    if (!canMove(rows, isUp, files.count()))
         return false;
-    push(new MoveStep(m_model, rows, true));
-    return true;
-}
-
-bool ListEditor::moveDown(const QList<int>& rows)
-{
-    if (rows.isEmpty() || rows.last() == m_model.files().count() - 1)
-        return false;
-    push(new MoveStep(m_model, rows, false));
+    const int count = static_cast<int>(rows.size());
+    const Items items = itemsAt(files, rows);
+    push(isUp ? tr("Move %n File(s) Up", nullptr, count)
+              : tr("Move %n File(s) Down", nullptr, count),
+         items, [=, this, &files](bool isForward) {
+             m_model.reorder(moved(files.rowsOf(items), isForward == isUp, files.count()));
+         });
     return true;
 }
 
@@ -301,8 +188,12 @@ void ListEditor::sort(const QList<int>& rows, const SortOrders& before, const So
     if (rows.isEmpty())
         return; // in that order already
     const FileList& files = m_model.files();
-    push(new SortStep(m_model, { files.items(), before }, { itemsAt(files, rows), after },
-                      [this](const SortOrders& orders) { emit sorted(orders); }));
+    push(after.value(0).isAscending ? tr("Sort") : tr("Sort Backwards"), {},
+         [=, this, &files, oldItems = files.items(),
+          newItems = itemsAt(files, rows)](bool isForward) {
+             m_model.reorder(orderLike(isForward ? newItems : oldItems, files.items()));
+             emit sorted(isForward ? after : before);
+         });
 }
 
 } // namespace pagestack

@@ -5,13 +5,15 @@
 #include <QObject>
 #include <QUndoStack>
 
+#include <functional>
+
 namespace pagestack {
 
 /// The changes of the file list that the user can take back: check marks, removal, moving, sorting.
 ///
-/// Each change is one step of the history. A step remembers files, not rows: files that a load has
-/// added or a run has taken away since are left as they are, and a file that has come back into the
-/// list by another way is not put there a second time. Main thread.
+/// Each change is one step of the history. A step remembers files, not rows: it leaves alone files
+/// that were added or removed since by other ways, and does not insert a file that is in the list
+/// again. Main thread.
 class ListEditor : public QObject
 {
     Q_OBJECT
@@ -25,25 +27,33 @@ public:
     void mark(const QList<int>& rows, FileTableModel::Mark mark);
     /// `text` names the step, as "Remove 3 Files".
     void remove(const QList<int>& rows, const QString& text);
-    /// Moves the rows, which ascend, one place, all of them or, when one has no place to go to,
-    /// none: false.
-    bool moveUp(const QList<int>& rows);
-    bool moveDown(const QList<int>& rows);
-    /// Brings the list into the order that sortedRows() gave for `after`; `before` is what it was
-    /// sorted by until now.
+    /// Moves the rows, which ascend, by one place. False, with none moved, if one of them has no
+    /// place to go to.
+    bool moveUp(const QList<int>& rows) { return move(rows, true); }
+    bool moveDown(const QList<int>& rows) { return move(rows, false); }
+    /// Brings the list into the order that sortedRows() gave for `after`; `before` are the orders
+    /// until now.
     void sort(const QList<int>& rows, const SortOrders& before, const SortOrders& after);
 
 signals:
-    /// A step was taken back or done again that concerned the files in these rows, which ascend.
+    /// A step was taken back or done again; it concerned the files in these rows, which ascend.
     void stepped(const QList<int>& rows);
-    /// The list is sorted by this now, be it by a step or because one was taken back.
+    /// The list is sorted by `orders` now, after a step or after taking one back.
     void sorted(const QList<pagestack::SortOrder>& orders);
 
 private:
-    void push(class ListStep* step);
+    using Items = FileList::Items;
+    /// Does it or takes it back.
+    using Step = std::function<void(bool isForward)>;
+
+    /// `concerned`: the files to be told of by stepped().
+    void push(const QString& text, const Items& concerned, const Step& step);
+    void pushMarks(const Items& checked, const Items& unchecked);
+    bool move(const QList<int>& rows, bool isUp);
     void rememberEdit(int row);
 
     FileTableModel& m_model;
+    bool m_isNewStep = false; ///< which is told by nothing but the change itself
     QUndoStack m_history;
 };
 

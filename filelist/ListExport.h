@@ -14,8 +14,8 @@ namespace pagestack {
 /// are in UTC ("2013-03-05 16:07:09 +0000"), "(null)" where there is none. A tab or a line feed in
 /// a file's name is written as it is.
 ///
-/// Asks the file system about every file. Any thread, as long as nobody changes the items
-/// meanwhile. Ends early, with nothing, as soon as `goesOn` says no, which any thread may ask.
+/// Reads the dates of every file. Any thread, as long as nobody changes the items meanwhile.
+/// Returns nothing as soon as `goesOn`, asked on any thread, is false.
 QByteArray exportText(const FileList::Items& items, const std::function<bool()>& goesOn);
 
 /// Replaces the file at `path` by `text` as a whole or not at all. Throws std::runtime_error with

@@ -15,8 +15,8 @@ namespace pagestack {
 /// Reads the dates of a file; any thread, several at a time.
 using ReadDates = std::function<FileDates(const FileItem& item)>;
 
-/// The dates that the table shows. They are read beside the main thread, since a file on another
-/// computer may take long to tell them: a cell shows those of the last look. Main thread.
+/// The dates that the table shows. Other threads read them, since a file on another computer may
+/// take long to answer: a cell shows the dates of the last look. Main thread.
 class ShownDates : public QObject
 {
     Q_OBJECT
@@ -31,7 +31,7 @@ public:
     FileDates of(const std::shared_ptr<FileItem>& item);
 
 signals:
-    void changed(); ///< of() tells other dates of some file than it did
+    void changed(); ///< of() returns other dates of some file now
 
 private:
     struct Look

@@ -10,8 +10,8 @@
 
 namespace pagestack {
 
-/// What the list is sorted by. A `key` that names no property of FileItem, the empty one too, is no
-/// order at all.
+/// An order of the list. A `key` that does not name a property of FileItem, the empty one too, is
+/// ignored.
 struct SortOrder
 {
     QString key; ///< "isSelected", "name", "pages", "size", "type", "dateModified", ...
@@ -23,11 +23,11 @@ struct SortOrder
 /// The first order decides, each further one among the files that are equal so far.
 using SortOrders = QList<SortOrder>;
 
-/// How a sort reads the dates of files, which takes long where they are on another computer.
+/// How a sort reads the dates of files, which takes long for files on another computer.
 struct DateReading
 {
     ReadDates read = &FileItem::dates;
-    /// Asked before each file; false: the sort ends without a result. Any thread.
+    /// Asked before each file; false ends the sort without a result. Any thread.
     std::function<bool()> isWanted = [] { return true; };
 };
 
