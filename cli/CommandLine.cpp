@@ -23,8 +23,8 @@ namespace pagestack {
 
 namespace {
 
-    /// A standard stream that was closed for us would else be the first file that is opened, and an
-    /// image would take our messages.
+    /// If a standard stream is closed, the next file opened would get its number, and our messages
+    /// would end up in an image.
     void occupyStandardStreams()
     {
         for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
@@ -65,9 +65,9 @@ namespace {
 int runCommandLine(int argc, char* argv[])
 {
     occupyStandardStreams();
-    // A reader that goes away is seen where the text is written.
+    // A reader that has gone away makes the write fail.
     std::signal(SIGPIPE, SIG_IGN);
-    // So is a file that grows past the limit of the process: the write fails.
+    // Exceeding the file size limit makes the write fail instead of killing the process.
     std::signal(SIGXFSZ, SIG_IGN);
     Console console;
     SystemLogLines systemLogLines(console);

@@ -2,7 +2,7 @@
 
 namespace pagestack {
 
-/// The whole program, from the words of the command line to the code for the shell.
+/// Runs the program with the words of the command line and returns its exit code.
 int runCommandLine(int argc, char* argv[]);
 
 } // namespace pagestack

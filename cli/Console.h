@@ -9,14 +9,14 @@
 
 namespace pagestack {
 
-/// Writes all of `bytes`, also to a stream that does not wait for its reader, which another program
-/// may have made of it. 0, or the number of the error.
+/// Writes all of `bytes`, also to a stream that another program has set not to wait for its reader.
+/// Returns 0 or the number of the error.
 int writeAll(int fileDescriptor, QByteArrayView bytes);
 
 /// The two output streams of the program and the progress line between them. Any thread.
 ///
-/// A stream that takes nothing any more is left alone from then on: the run goes on without it.
-/// Control characters (of file names) are shown as '?'.
+/// After an error a stream is not written to any more; the run goes on without it. Control
+/// characters (of file names) are shown as '?'.
 class Console
 {
 public:
@@ -27,7 +27,7 @@ public:
     void result(const QString& line);
     /// Text as it is on standard output.
     void print(const QString& text);
-    /// Bytes on standard output. 0, or the number of the error.
+    /// Bytes on standard output. Returns 0 or the number of the error.
     int putBytes(QByteArrayView bytes);
     /// A line on standard error, after the program's name.
     void trouble(const QString& line);
@@ -36,7 +36,7 @@ public:
     void showProgress(const QString& text);
     void clearProgress();
 
-    /// Whether something was written that did not get through.
+    /// Whether something could not be written.
     bool isBroken();
 
     bool isTerminal() const { return m_isTerminal; }

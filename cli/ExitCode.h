@@ -2,7 +2,7 @@
 
 namespace pagestack {
 
-/// What the program hands to the shell. A run that a signal ended gives 128 + the signal's number.
+/// The exit codes of the program. A run that a signal ended gives 128 + the signal's number.
 enum class ExitCode {
     AllWritten = 0,
     SomeFailed = 1, ///< a page, a source or a file that was asked for could not be read or written

@@ -6,15 +6,15 @@
 
 namespace pagestack {
 
-/// One option: how it is written, what the help says, what it does.
+/// One option: its names, its help and its effect.
 struct OptionRow
 {
     char16_t shortName = 0; ///< 0: none
     QString longName; ///< without dashes
-    QString value; ///< what the help calls its value; empty: it takes none
+    QString value; ///< its value in the help; empty: it takes none
     QString meaning;
     /// Throws UsageError for a value that it cannot take.
-    void (*apply)(Options& options, const QString& value) = nullptr;
+    void (*apply)(Options& options, const OptionRow& row, const QString& value) = nullptr;
 
     bool takesValue() const { return !value.isEmpty(); }
 };

@@ -51,7 +51,7 @@ namespace {
         void apply(const OptionRow& row, const QString& value)
         {
             m_given.insert(row.longName);
-            row.apply(m_options, value);
+            row.apply(m_options, row, value);
         }
 
         void takeWord(const QString& word)

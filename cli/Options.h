@@ -19,8 +19,8 @@ public:
     }
 };
 
-/// What is done when a target exists already. Two pages of a run never share one: that is refused,
-/// or, with `Number`, the later one is numbered.
+/// The treatment of a target that exists already. Two pages of a run never share a target: that is
+/// refused, or, with `Number`, the later one is numbered.
 enum class OnExists {
     Error, ///< the run is refused before anything is written
     Overwrite,
