@@ -9,8 +9,8 @@
 
 namespace pagestack {
 
-/// SIGINT, SIGTERM and SIGHUP, from its making to its end. One at a time, on the main thread. A
-/// signal that is ignored before, as under nohup, stays ignored.
+/// Catches SIGINT, SIGTERM and SIGHUP while it exists. One at a time, on the main thread. A signal
+/// that was ignored before, as under nohup, stays ignored.
 ///
 /// The first signal is announced on the main thread; a second one, unless it comes within 100 ms,
 /// ends the program at once, with the code 128 + its number.
@@ -23,7 +23,7 @@ public:
     Signals();
     ~Signals() override;
 
-    /// Number of the first signal that came, 0 when none did. At once, without an event loop.
+    /// Number of the first signal, 0 before it. Needs no event loop.
     static int received();
 
 signals:
@@ -31,7 +31,8 @@ signals:
 
 private:
     std::array<int, 2> m_pipe = { -1, -1 };
-    std::vector<std::pair<int, struct sigaction>> m_before; ///< of the signals that are taken
+    std::vector<std::pair<int, struct sigaction>>
+        m_before; ///< the actions of the signals that are caught
 };
 
 } // namespace pagestack

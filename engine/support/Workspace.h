@@ -5,9 +5,8 @@
 
 namespace pagestack {
 
-/// The desktop around the program, as far as the engine and the file actions need it. The programs
-/// implement it. Any thread may call it; an implementation that needs the main thread goes there
-/// itself. Nothing is reported: a request that the desktop cannot fulfil is logged.
+/// The desktop around the program, for the job and the file actions; the programs implement it.
+/// Any thread. Reports nothing: a request that the desktop cannot fulfil is logged.
 class Workspace
 {
 public:
