@@ -16,7 +16,6 @@ import shutil
 import sys
 import tempfile
 import time
-from collections import Counter
 from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
@@ -102,7 +101,6 @@ class FileReport:
     def __init__(self, file):
         self.file, self.verdict = file.path, file.verdict
         self.differences = []
-        self.remarks = []  # for a human: what damaged files gave
         self.pages_wanted = self.pages_written = self.largest_bytes = 0
         self.unjudged = set()  # pages whose pixels nothing could be held against
         self.slowest_s = 0.0
@@ -112,7 +110,6 @@ class FileReport:
 
     def merge(self, other):
         self.differences += other.differences
-        self.remarks += other.remarks
         self.pages_wanted += other.pages_wanted
         self.pages_written += other.pages_written
         self.unjudged |= other.unjudged
@@ -172,29 +169,21 @@ class FileCheck:
         return judge
 
     def _judged(self, run, page, read, compression):
-        """Differences of good pages count; of damaged files a human is told, but no page may be
-        written that cannot be read."""
+        """Only pages of good files are held to more than that they can be read."""
         try:
             picture = read()
             if isinstance(picture, DecodeError):
                 raise picture
-            judge = self._judge(page)
-            found = judge.tiff(picture, compression) if compression else getattr(judge, run.format)(picture)
+            if self.file.verdict == "good":
+                judge = self._judge(page)
+                self.report.add(page.number, run.format, *(
+                    judge.tiff(picture, compression) if compression else getattr(judge, run.format)(picture)))
         except DecodeError as error:
-            found = [("undecodable", str(error))]
-        if self.file.verdict == "good" or found[:1] and found[0][0] == "undecodable":
-            self.report.add(page.number, run.format, *found)
-        else:
-            state = "; ".join(f"{what}: {text}" for what, text in found) or "as the decoders say"
-            self.report.remarks.append((page.number, run.format, state))
+            self.report.add(page.number, run.format, ("undecodable", str(error)))
 
-    def _absent(self, page, format_, reason):
+    def _absent(self, page, run, reason=None):
         if self.file.verdict == "good":
-            self.report.add(page.number, format_, ("missing", reason))
-        else:
-            readers = ", ".join(page.fully_read_by) or "nobody"
-            self.report.remarks.append(
-                (page.number, format_, f"not written, read in full by {readers}: {reason}"))
+            self.report.add(page.number, run.format, ("missing", reason or run.reason(f"[{page.number}]")))
 
     def _strangers(self, run, names):
         strangers = [name for name in run.names if name not in names]
@@ -217,10 +206,9 @@ class FileCheck:
             if name in run.names:
                 self._judged(run, page, lambda name=name: read(run.folder / name), "none" if is_tiff else None)
                 continue
-            reason = run.reason(f"[{page.number}]")
             if is_tiff:
-                self.refused[page.number] = reason
-            self._absent(page, run.format, reason)
+                self.refused[page.number] = run.reason(f"[{page.number}]")
+            self._absent(page, run)
         return len(run.names) - self._strangers(run, names)
 
     def _kept_pages(self, run, folder):
@@ -228,7 +216,7 @@ class FileCheck:
         self._strangers(run, [name])
         if name not in run.names:
             for page in self.file.pages:
-                self._absent(page, run.format, run.reason(f"[{page.number}]"))
+                self._absent(page, run)
             return 0
         try:
             pages = Pages(run.folder / name, folder)
@@ -239,7 +227,7 @@ class FileCheck:
         if len(pages) != len(wanted):
             wanted = [page for page in self.file.pages if page.number not in self.refused]
             for number, reason in self.refused.items():
-                self._absent(self.file.pages[number - 1], run.format, reason)
+                self._absent(self.file.pages[number - 1], run, reason)
         if len(pages) != len(wanted):
             self.report.add(0, run.format, ("pages", f"{len(pages)} pages instead of {len(wanted)}"))
         for index, page in enumerate(wanted[:len(pages)]):
@@ -305,44 +293,27 @@ def sort_out(reports, known):
 # Telling ----------------------------------------------------------------------------------------
 
 
-def print_some(lines, group_of, most):
-    """The first lines of each group, and how many more there are."""
+def print_some(title, differences):
+    """The first three of each file, format and kind, and how many more there are."""
+    print(f"\n{title} differences: {len(differences)}")
     groups = {}
-    for line in lines:
-        groups.setdefault(group_of(line), []).append(line)
+    for d in differences:
+        groups.setdefault((d.file, d.format, d.what), []).append(d)
     for group, members in groups.items():
-        for line in members[:most]:
-            print(f"  {line}")
-        if len(members) > most:
-            print(f"  {' '.join(group)}: and {len(members) - most} more")
+        print("\n".join(f"  {d}" for d in members[:3]))
+        if len(members) > 3:
+            print(f"  {' '.join(group)}: and {len(members) - 3} more")
 
 
-def print_remarks(reports):
-    print("\nDamaged files, for a human:")
-    for report in reports:
-        formats = {}
-        for page, format_, text in report.remarks:
-            formats.setdefault((page, text), []).append(format_)
-        print_some([f"{report.file}[{page}] {'all' if len(names) == len(FORMATS) else ','.join(names)}: {text}"
-                    for (page, text), names in formats.items()], lambda line: (report.file,), 12)
-
-
-def print_summary(reports, fresh, understood):
-    print(f"\n{'verdict':<14}{'files':>6}{'pages x formats':>17}{'written':>9}{'new':>6}{'known':>7}"
-          f"{'slowest s':>11}{'largest MB':>12}")
-    fresh_files, known_files = Counter(d.file for d in fresh), Counter(d.file for d, _ in understood)
+def print_summary(reports):
     for verdict in sorted({report.verdict for report in reports}):
         group = [report for report in reports if report.verdict == verdict]
-        print(f"{verdict:<14}{len(group):>6}{sum(r.pages_wanted for r in group):>17}"
-              f"{sum(r.pages_written for r in group):>9}"
-              f"{sum(fresh_files[r.file] for r in group):>6}"
-              f"{sum(known_files[r.file] for r in group):>7}"
-              f"{max(r.slowest_s for r in group):>11.1f}"
-              f"{max(r.largest_bytes for r in group) >> 20:>12}")
+        print(f"{verdict}: {len(group)} files, {sum(r.pages_written for r in group)} of "
+              f"{sum(r.pages_wanted for r in group)} pages written, at most {max(r.slowest_s for r in group):.1f} s "
+              f"and {max(r.largest_bytes for r in group) >> 20} MB")
     unjudged = {report.file: sorted(report.unjudged) for report in reports if report.unjudged}
-    if unjudged:
-        print("\nPixels without anything to judge them by (size, depth and the rest are checked): "
-              + ", ".join(f"{file}{pages}" for file, pages in unjudged.items()))
+    print("Pixels without anything to judge them by (size, depth and the rest are checked): "
+          + ", ".join(f"{file}{pages}" for file, pages in unjudged.items()))
 
 
 def write_table(path, fresh, understood):
@@ -409,15 +380,13 @@ def main(words):
              and entry.may_occur([file.path for file in files], arguments.formats)]
     if arguments.report:
         write_table(arguments.report, fresh, understood)
-    print_remarks(reports)
-    for title, group in (("Known", [d for d, _ in understood]), ("New", fresh)):
-        print(f"\n{title} differences: {len(group)}")
-        print_some(group, lambda d: (d.file, d.format, d.what), 3)
+    print_some("Known", [d for d, _ in understood])
+    print_some("New", fresh)
     if stale:
         print("\nListed as known, but not found any more:")
         for entry in stale:
             print(f"  {entry}")
-    print_summary(reports, fresh, understood)
+    print_summary(reports)
     print(f"\n{len(files)} files, {len(fresh)} new differences, {len(understood)} known, "
           f"{len(stale)} stale entries, {time.monotonic() - started:.0f} s")
     return 1 if fresh or stale else 0

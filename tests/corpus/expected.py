@@ -17,8 +17,6 @@ class ExpectedPage:
         self.pixels, self.form, self.alpha = row["pixels"], row["form"], row["alpha"]
         self.photometric, self.compression = row["photometric"], row["compression"]
         self.sample_format = row["sampleformat"]
-        readers = (word.partition(":") for word in row["readers"].split())
-        self.fully_read_by = [name for name, _, state in readers if state == "full"]
         self.is_lossy = self.compression in LOSSY_CODECS
 
     @property

@@ -1,12 +1,8 @@
 """What a source page shows, from decoders that have nothing to do with the program judged.
 
-Where the corpus states a digest, the pixels of the first decoder that gives this very digest are taken:
+Where the corpus states a digest, the pixels of the own reader or of Pillow are taken when they give this very digest:
 such a reference is proved. Otherwise it is only the best that could be had, and says so.
 """
-import os
-import shutil
-import subprocess
-import tempfile
 import warnings
 
 import numpy as np
@@ -63,14 +59,9 @@ class References:
     def _proved(self, page, stored, own):
         if own is not None and own.digest() == page.pixels:
             return Reference(own, True, stored, *_tolerance(page))
-        others = []
-        for decode in (self._by_pillow, self._by_imagemagick):
-            form = decode(page)
-            if form is not None:
-                if form.digest() == page.pixels:
-                    return Reference(form, True, None, *_tolerance(page))
-                others.append(form)
-        return Reference(own or next(iter(others), None), False, None, *_tolerance(page))
+        form = self._by_pillow(page)
+        proved = form is not None and form.digest() == page.pixels
+        return Reference(form if proved else own or form, proved, None, *_tolerance(page))
 
     def source_profile(self, page):
         if not self._pages or page.number > len(self._pages):
@@ -91,25 +82,6 @@ class References:
                 return _from_pillow(file)
         except Exception:  # whatever a decoder throws at bad input
             return None
-
-    def _by_imagemagick(self, page):
-        tool = next(filter(None, map(shutil.which, ("convert-im6.q16", "magick", "convert-im6"))), None)
-        model, wide = page.form.rstrip("1680"), page.form.endswith("16")
-        channels = {"GRAY": 1, "RGB": 3, "RGBA": 4, "CMYK": 4}.get(model)
-        if tool is None or channels is None:
-            return None
-        with tempfile.TemporaryDirectory(dir=self._scratch) as folder:
-            source, target = os.path.join(folder, "source.tif"), os.path.join(folder, "pixels")
-            os.symlink(os.path.abspath(self._path), source)
-            command = [tool, f"{source}[{page.number - 1}]", "-depth", "16" if wide else "8",
-                       *(["-endian", "LSB"] if wide else []), f"{model.lower()}:{target}"]
-            try:
-                subprocess.run(command, capture_output=True, timeout=60, check=True)
-                pixels = np.fromfile(target, "<u2" if wide else np.uint8)
-                pixels = pixels.reshape(page.height, page.width, channels)
-            except (subprocess.SubprocessError, OSError, ValueError):
-                return None
-        return simplify(Canonical(model.rstrip("A").lower(), pixels, page.alpha if model == "RGBA" else None))
 
 
 def _from_pillow(frame):
