@@ -7,6 +7,7 @@
 #include "tests/support/Testing.h"
 
 #include <QFileInfo>
+#include <QtEndian>
 
 #include <gif_lib.h>
 #include <zlib.h>
@@ -111,7 +112,7 @@ void writePng(const QString& path, const PixelLayout& layout, std::size_t height
     PngChunks chunks(file);
     std::array<std::uint8_t, 13> header {};
     header[3] = pngWidth;
-    putBigEndian32(static_cast<std::uint32_t>(height), header.data() + 4);
+    qToBigEndian(static_cast<quint32>(height), header.data() + 4);
     header[8] = static_cast<std::uint8_t>(layout.bitsPerSample);
     header[9] = static_cast<std::uint8_t>((layout.alpha == AlphaKind::None ? 0 : 4)
                                           + (layout.model == ColorModel::Gray ? 0 : 2)
