@@ -54,18 +54,27 @@ int openUnnamedFile()
     return file;
 }
 
-void readFully(int file, std::uint64_t offset, std::span<std::uint8_t> bytes)
+std::size_t readUpTo(int file, std::uint64_t offset, std::span<std::uint8_t> bytes)
 {
-    while (!bytes.empty()) {
-        const ssize_t got = retryInterrupted(
-            [&] { return ::pread(file, bytes.data(), bytes.size(), static_cast<off_t>(offset)); });
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t got = retryInterrupted([&] {
+            return ::pread(file, bytes.data() + done, bytes.size() - done,
+                           static_cast<off_t>(offset + done));
+        });
         if (got < 0)
             throwFileSystemError("cannot read", errno);
         if (got == 0)
-            throw std::runtime_error("cannot read: the file has become shorter");
-        offset += static_cast<std::uint64_t>(got);
-        bytes = bytes.subspan(static_cast<std::size_t>(got));
+            break;
+        done += static_cast<std::size_t>(got);
     }
+    return done;
+}
+
+void readFully(int file, std::uint64_t offset, std::span<std::uint8_t> bytes)
+{
+    if (readUpTo(file, offset, bytes) < bytes.size())
+        throw std::runtime_error("cannot read: the file has become shorter");
 }
 
 void writeFully(int file, std::uint64_t offset, std::span<const std::uint8_t> bytes)

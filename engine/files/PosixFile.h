@@ -32,8 +32,12 @@ bool canOpenFiles(int count);
 /// the descriptor. Throws std::runtime_error.
 int openUnnamedFile();
 
-/// Fills all of `bytes` from `offset` of the open file on. Throws std::runtime_error, also at the
-/// end of the file. Any thread; the position of the descriptor is not used.
+/// Fills `bytes` from `offset` of the open file on; returns how many there were, fewer only at the
+/// end of the file. Throws std::runtime_error. Any thread; the position of the descriptor is not
+/// used.
+std::size_t readUpTo(int fileDescriptor, std::uint64_t offset, std::span<std::uint8_t> bytes);
+
+/// The same for all of `bytes`: throws at the end of the file.
 void readFully(int fileDescriptor, std::uint64_t offset, std::span<std::uint8_t> bytes);
 
 /// Writes all of `bytes` at `offset`. Throws std::runtime_error. Any thread, as above.

@@ -47,13 +47,13 @@ bool PageImage::save(const QString& path, const Settings& settings, PrefetchedPa
 PageDiagnostics PageImage::takeDiagnostics() const
 {
     const TiffPage* page = m_source->tiffPage();
-    return page ? page->file().messages().takeDiagnostics() : PageDiagnostics {};
+    return page ? page->messages().takeDiagnostics() : PageDiagnostics {};
 }
 
 void PageImage::adopt(const PageDiagnostics& found) const
 {
     if (const TiffPage* page = m_source->tiffPage())
-        page->file().adopt(page->index(), found);
+        page->reader().adopt(page->index(), found);
 }
 
 /// Puts the page in place. Returns false, with the reason at `m_failureReason`, when that fails.

@@ -2,18 +2,15 @@
 
 #include "engine/image/decode/TiffPage.h"
 
-#include <stdexcept>
-#include <string>
-
 namespace pagestack {
 
 TiffDocument::TiffDocument(const QString& path)
-    : m_file(std::make_shared<TiffFile>(path))
+    : m_reader(std::make_shared<TiffReader>(path))
 {
 }
 
-TiffDocument::TiffDocument(std::shared_ptr<TiffFile> file)
-    : m_file(std::move(file))
+TiffDocument::TiffDocument(std::shared_ptr<TiffReader> reader)
+    : m_reader(std::move(reader))
 {
 }
 
@@ -21,23 +18,24 @@ TiffDocument::~TiffDocument() = default;
 
 std::unique_ptr<TiffDocument> TiffDocument::clone() const
 {
-    return std::unique_ptr<TiffDocument>(new TiffDocument(m_file->clone()));
+    auto reader = std::make_shared<TiffReader>(m_reader->sharedDocument());
+    return std::unique_ptr<TiffDocument>(new TiffDocument(std::move(reader)));
 }
 
-QString TiffDocument::path() const { return m_file->path(); }
+QString TiffDocument::path() const { return m_reader->document().path(); }
 
-const FileState& TiffDocument::stateAtOpening() const { return m_file->stateAtOpening(); }
+const FileState& TiffDocument::stateAtOpening() const
+{
+    return m_reader->document().stateAtOpening();
+}
 
-int TiffDocument::pageCount() const { return static_cast<int>(m_file->chain().offsets.size()); }
+int TiffDocument::pageCount() const { return m_reader->document().pageCount(); }
 
 PageImage TiffDocument::page(int index) const
 {
-    if (index < 0 || index >= pageCount())
-        throw std::out_of_range("index " + std::to_string(index) + " beyond bounds [0 .. "
-                                + std::to_string(pageCount() - 1) + "]");
-    return PageImage(std::make_shared<TiffPage>(m_file, index));
+    return PageImage(std::make_shared<TiffPage>(m_reader, index));
 }
 
-QString TiffDocument::chainFault() const { return m_file->chain().fault; }
+QString TiffDocument::chainFault() const { return m_reader->document().chainFault(); }
 
 } // namespace pagestack

@@ -47,9 +47,9 @@ public:
     QString chainFault() const;
 
 private:
-    explicit TiffDocument(std::shared_ptr<class TiffFile> file);
+    explicit TiffDocument(std::shared_ptr<class TiffReader> reader);
 
-    std::shared_ptr<class TiffFile> m_file;
+    std::shared_ptr<class TiffReader> m_reader;
 };
 
 } // namespace pagestack

@@ -1,5 +1,7 @@
 #include "engine/image/decode/ColorTransform.h"
 
+#include "engine/image/pixels/SampleMath.h"
+
 #include <lcms2.h>
 
 #include <cstring>
@@ -11,21 +13,19 @@ namespace pagestack {
 
 namespace {
 
-    struct ContextDeleter
+    template <auto release>
+    struct Releaser
     {
-        void operator()(cmsContext context) const noexcept { cmsDeleteContext(context); }
+        template <typename Resource>
+        void operator()(Resource* resource) const noexcept
+        {
+            release(resource);
+        }
     };
-    struct ProfileCloser
-    {
-        void operator()(cmsHPROFILE profile) const noexcept { cmsCloseProfile(profile); }
-    };
-    struct TransformDeleter
-    {
-        void operator()(cmsHTRANSFORM transform) const noexcept { cmsDeleteTransform(transform); }
-    };
-    using Context = std::unique_ptr<std::remove_pointer_t<cmsContext>, ContextDeleter>;
-    using Profile = std::unique_ptr<std::remove_pointer_t<cmsHPROFILE>, ProfileCloser>;
-    using Transform = std::unique_ptr<std::remove_pointer_t<cmsHTRANSFORM>, TransformDeleter>;
+    using Context = std::unique_ptr<std::remove_pointer_t<cmsContext>, Releaser<cmsDeleteContext>>;
+    using Profile = std::unique_ptr<std::remove_pointer_t<cmsHPROFILE>, Releaser<cmsCloseProfile>>;
+    using Transform
+        = std::unique_ptr<std::remove_pointer_t<cmsHTRANSFORM>, Releaser<cmsDeleteTransform>>;
 
     Profile openSource(cmsContext context, SourceColor from, const QByteArray& bytes)
     {
@@ -64,8 +64,7 @@ namespace {
             const unsigned shift = from == SourceColor::CieLab && channel > 0 ? 128U : 0U;
             return static_cast<std::uint16_t>(((*at + shift) & 255U) * 257U);
         }
-        std::uint16_t raw = 0;
-        std::memcpy(&raw, at, sizeof raw);
+        const auto raw = loadSample<std::uint16_t>(at);
         if (from == SourceColor::IccLab) // version 2: 65280 for 100, 256 steps a unit
             return static_cast<std::uint16_t>(std::min(65535U, (raw * 65535U + 32640U) / 65280U));
         if (channel == 0)

@@ -5,6 +5,9 @@
 #include "engine/image/decode/SampleRange.h"
 #include "engine/image/decode/SampleUnpacker.h"
 #include "engine/image/decode/StoredRows.h"
+#include "engine/image/decode/TiffPage.h"
+#include "engine/image/pixels/RowByRow.h"
+#include "engine/image/pixels/SampleMath.h"
 
 #include <tiffio.h>
 
@@ -133,73 +136,99 @@ namespace {
         }
     }
 
-    /// Strips and tiles may be large; what is made of them is shown in smaller bands.
-    constexpr qsizetype mostShownBytes = qsizetype { 4 } * 1024 * 1024;
+    bool isPackedSample(const TiffPageTags& tags)
+    {
+        return tags.samplesPerPixel == 1 && tags.sampleFormat != SAMPLEFORMAT_INT
+            && (tags.bitsPerSample == 1 || tags.bitsPerSample == 2 || tags.bitsPerSample == 4);
+    }
 
-    class DisplayRows : public RowSource
+    SampleUnpacker unpackerFor(const TiffPageTags& tags)
+    {
+        // L*a*b* has signs of its own, which its conversion knows.
+        const bool isPlain = convertedColor(tags) && tags.sampleFormat == SAMPLEFORMAT_INT;
+        return { tags.bitsPerSample, isPlain ? SAMPLEFORMAT_UINT : tags.sampleFormat };
+    }
+
+    PixelLayout layoutFor(const TiffPageTags& tags, const std::vector<RgbColor>& palette)
+    {
+        PixelLayout layout;
+        layout.alpha = alphaSample(tags).kind;
+        layout.bitsPerSample
+            = isPackedSample(tags) ? tags.bitsPerSample : unpackerFor(tags).outputBits();
+        layout.model = isGray(tags) ? ColorModel::Gray : ColorModel::Rgb;
+        if (tags.photometric != PHOTOMETRIC_PALETTE)
+            return layout;
+        if (tags.bitsPerSample > 8 || layout.alpha != AlphaKind::None) {
+            layout.bitsPerSample = 8;
+            return layout;
+        }
+        layout.model = ColorModel::Palette;
+        layout.palette = palette;
+        layout.palette.resize(isPackedSample(tags) ? palette.size() : 256);
+        return layout;
+    }
+
+    class DisplayRows : public RowByRow
     {
     public:
-        DisplayRows(TiffFile& file, int index, const TiffPageTags& tags, int shownBits)
-            : m_messages(file.messages())
-            , m_tags(tags)
-            , m_stored(file, index, tags)
-            // L*a*b* has signs of its own, which its conversion knows.
-            , m_unpacker(tags.bitsPerSample,
-                         convertedColor(tags) && tags.sampleFormat == 2 ? 1 : tags.sampleFormat)
-            , m_alpha(alphaSample(tags))
-            , m_range(tags.bitsPerSample, tags.sampleFormat, shownBits)
+        DisplayRows(const TiffPage& page, std::vector<RgbColor> palette, int shownBits)
+            : RowByRow(page.properties().widthPx, page.properties().heightPx,
+                       layoutFor(page.tags(), palette))
+            , m_messages(page.messages())
+            , m_tags(page.tags())
+            , m_stored(page)
+            , m_unpacker(unpackerFor(m_tags))
+            , m_alpha(alphaSample(m_tags))
+            , m_range(m_tags.bitsPerSample, m_tags.sampleFormat, shownBits)
+            , m_palette(std::move(palette))
         {
-            if (tags.sampleFormat == SAMPLEFORMAT_IEEEFP)
+            if (m_tags.sampleFormat == SAMPLEFORMAT_IEEEFP)
                 m_messages.addLogLine(
-                    u"page %1: floating-point samples are taken as 0 to 1"_s.arg(index + 1));
-            if (tags.photometric == PHOTOMETRIC_PALETTE)
-                m_palette = readPalette(file.current(), tags.bitsPerSample);
-            chooseLayout();
-            if (const auto color = convertedColor(tags))
-                m_transform.emplace(*color, m_layout.bitsPerSample, tags.iccProfile);
+                    u"page %1: floating-point samples are taken as 0 to 1"_s.arg(page.index() + 1));
+            if (const auto color = convertedColor(m_tags))
+                m_transform.emplace(*color, layout().bitsPerSample, m_tags.iccProfile);
             m_mode = chooseMode();
         }
 
-        int widthPx() const override { return static_cast<int>(m_tags.widthPx); }
-        int heightPx() const override { return static_cast<int>(m_tags.heightPx); }
-        const PixelLayout& layout() const override { return m_layout; }
-
         Band nextBand() override
         {
-            if (m_shownRows == m_band.rows) {
-                m_band = m_stored.nextBand();
-                m_shownRows = 0;
-                lookAtRange();
-            }
-            const qsizetype stride = m_layout.rowBytes(widthPx());
-            const int rows = static_cast<int>(std::min<qsizetype>(
-                m_band.rows - m_shownRows, std::max<qsizetype>(1, mostShownBytes / stride)));
-            const int first = std::exchange(m_shownRows, m_shownRows + rows);
-            if (rows == 0)
-                return {};
-            if (m_mode == Mode::AsStored)
-                return { m_band.row(0, first), rows, m_band.strideBytes };
-            m_samples.resize(static_cast<std::size_t>(stride) * static_cast<unsigned>(rows));
-            for (int i = 0; i < rows; ++i) {
-                const std::uint8_t* from = m_band.row(0, first + i);
-                std::uint8_t* to = m_samples.data() + i * stride;
-                switch (m_mode) {
-                case Mode::Inverted:
-                    std::transform(from, from + stride, to, [](std::uint8_t byte) {
-                        return static_cast<std::uint8_t>(~byte);
-                    });
-                    break;
-                case Mode::LookedUp:
-                    lookUp(m_band, first + i, to);
-                    break;
-                default:
-                    convert(m_band, first + i, to);
-                }
-            }
-            return { m_samples.data(), rows, stride };
+            if (m_mode != Mode::AsStored)
+                return RowByRow::nextBand();
+            const int rows = fetch();
+            return rows == 0 ? Band {} : Band { m_band.row(0, 0), rows, m_band.strideBytes };
         }
 
     private:
+        enum class Mode {
+            AsStored, ///< the file's samples are what the layout says
+            Inverted, ///< all bits have to be turned over
+            LookedUp, ///< indexes become colours
+            Indexed, ///< indexes become bytes
+            Converted, ///< sample by sample
+        };
+
+        Mode chooseMode() const
+        {
+            if (m_tags.photometric == PHOTOMETRIC_PALETTE && layout().model != ColorModel::Palette)
+                return Mode::LookedUp;
+            const bool samplesFit = m_tags.bitsPerSample == layout().bitsPerSample
+                && m_tags.samplesPerPixel == layout().channels() && m_tags.planes() == 1
+                && (m_tags.sampleFormat == SAMPLEFORMAT_UINT
+                    || m_tags.sampleFormat == SAMPLEFORMAT_VOID);
+            if (!samplesFit || m_transform)
+                return layout().model == ColorModel::Palette ? Mode::Indexed : Mode::Converted;
+            if (m_tags.photometric != PHOTOMETRIC_MINISWHITE)
+                return Mode::AsStored;
+            return m_alpha.kind == AlphaKind::None ? Mode::Inverted : Mode::Converted;
+        }
+
+        int fetch() override
+        {
+            m_band = m_stored.nextBand();
+            lookAtRange();
+            return m_band.rows;
+        }
+
         /// Indexes and L*a*b* have ranges of their own.
         void lookAtRange()
         {
@@ -209,11 +238,7 @@ namespace {
                 return;
             for (int i = 0; i < m_band.rows; ++i)
                 for (int c = 0; c < colorSamples(m_tags); ++c)
-                    if (m_tags.planesAreSeparate)
-                        m_range.look(m_unpacker, m_band.row(c, i), 0, 1, widthPx());
-                    else
-                        m_range.look(m_unpacker, m_band.row(0, i), c, m_tags.samplesPerPixel,
-                                     widthPx());
+                    m_range.look(m_unpacker, samples(i, c));
             m_rowsLookedAt += m_band.rows;
             if (m_rowsLookedAt < heightPx() || m_band.rows == 0)
                 return;
@@ -221,159 +246,116 @@ namespace {
                 m_messages.addPageWarning(warning);
         }
 
-        enum class Mode {
-            AsStored, ///< the file's samples are what the layout says
-            Inverted, ///< all bits have to be turned over
-            LookedUp, ///< indexes become colours
-            Converted, ///< sample by sample
-        };
-
-        void chooseLayout()
-        {
-            m_layout.alpha = m_alpha.kind;
-            m_layout.bitsPerSample = m_unpacker.outputBits();
-            m_layout.model = isGray(m_tags) ? ColorModel::Gray : ColorModel::Rgb;
-            const bool isPacked = m_tags.samplesPerPixel == 1 && m_tags.sampleFormat != 2
-                && (m_tags.bitsPerSample == 1 || m_tags.bitsPerSample == 2
-                    || m_tags.bitsPerSample == 4);
-            if (m_tags.photometric == PHOTOMETRIC_PALETTE) {
-                if (m_tags.bitsPerSample > 8 || m_alpha.kind != AlphaKind::None) {
-                    m_layout.bitsPerSample = 8;
-                    return;
-                }
-                m_layout.model = ColorModel::Palette;
-                m_layout.palette = m_palette;
-                m_layout.palette.resize(isPacked ? m_palette.size() : 256);
-            }
-            if (isPacked)
-                m_layout.bitsPerSample = m_tags.bitsPerSample;
-        }
-
-        Mode chooseMode() const
-        {
-            if (m_tags.photometric == PHOTOMETRIC_PALETTE && m_layout.model != ColorModel::Palette)
-                return Mode::LookedUp;
-            const bool samplesFit = m_tags.bitsPerSample == m_layout.bitsPerSample
-                && m_tags.samplesPerPixel == m_layout.channels() && m_tags.planes() == 1
-                && (m_tags.sampleFormat == 1 || m_tags.sampleFormat == 4);
-            if (!samplesFit || m_transform)
-                return Mode::Converted;
-            if (m_tags.photometric != PHOTOMETRIC_MINISWHITE)
-                return Mode::AsStored;
-            return m_layout.alpha == AlphaKind::None ? Mode::Inverted : Mode::Converted;
-        }
-
-        /// Unpacks sample `sample` of every pixel of row `index` to every `step`-th element of
-        /// `to`.
-        void unpackSample(const StoredBand& stored, int index, int sample, std::uint8_t* to,
-                          int step) const
+        /// Sample `sample` of every pixel of row `index` of the band.
+        SampleRun samples(int index, int sample) const
         {
             if (m_tags.planesAreSeparate)
-                m_unpacker.unpack(stored.row(sample, index), 0, 1, widthPx(), to, step);
-            else
-                m_unpacker.unpack(stored.row(0, index), sample, m_tags.samplesPerPixel, widthPx(),
-                                  to, step);
+                return { m_band.row(sample, index), 0, 1, widthPx() };
+            return { m_band.row(0, index), sample, m_tags.samplesPerPixel, widthPx() };
         }
 
-        void convert(const StoredBand& stored, int index, std::uint8_t* to)
+        void make(int index, std::uint8_t* to) override
         {
-            const int sampleBytes = m_layout.bitsPerSample / 8;
-            const int channels = m_layout.channels();
-            if (m_layout.model == ColorModel::Palette) {
-                unpackIndexRow(stored, index);
+            switch (m_mode) {
+            case Mode::AsStored:
+            case Mode::Inverted:
+                std::transform(m_band.row(0, index), m_band.row(0, index) + rowBytes(), to,
+                               [](std::uint8_t byte) { return static_cast<std::uint8_t>(~byte); });
+                break;
+            case Mode::LookedUp:
+                lookUp(index, to);
+                break;
+            case Mode::Indexed:
+                unpackIndexes(index);
                 std::transform(m_indexes.begin(), m_indexes.end(), to, [](std::uint16_t value) {
                     return static_cast<std::uint8_t>(value);
                 });
-                return;
+                break;
+            case Mode::Converted:
+                convert(index, to);
             }
-            if (m_transform)
-                transformColor(stored, index, to);
-            else
-                for (int c = 0; c < m_layout.colorChannels(); ++c)
-                    unpackSample(stored, index, c, to + qsizetype { c } * sampleBytes, channels);
-            if (m_tags.photometric == PHOTOMETRIC_MINISWHITE)
-                invertColor(to);
-            if (m_alpha.kind != AlphaKind::None)
-                unpackSample(stored, index, m_alpha.index,
-                             to + qsizetype { channels - 1 } * sampleBytes, channels);
         }
 
-        void transformColor(const StoredBand& stored, int index, std::uint8_t* to)
+        void convert(int index, std::uint8_t* to)
         {
-            const int sampleBytes = m_layout.bitsPerSample / 8;
+            const int sampleBytes = layout().bitsPerSample / 8;
+            const int channels = layout().channels();
+            if (m_transform)
+                transformColor(index, to);
+            else
+                for (int c = 0; c < layout().colorChannels(); ++c)
+                    m_unpacker.unpack(samples(index, c), to + qsizetype { c } * sampleBytes,
+                                      channels);
+            if (m_tags.photometric == PHOTOMETRIC_MINISWHITE)
+                invertGray(to);
+            if (m_alpha.kind != AlphaKind::None)
+                m_unpacker.unpack(samples(index, m_alpha.index),
+                                  to + qsizetype { channels - 1 } * sampleBytes, channels);
+        }
+
+        void transformColor(int index, std::uint8_t* to)
+        {
+            const auto sampleBytes = static_cast<std::size_t>(layout().bitsPerSample / 8);
             const int inputs = m_transform->inputChannels();
-            m_color.resize(std::size_t { m_tags.widthPx }
-                           * static_cast<unsigned>(inputs * sampleBytes));
+            m_color.resize(m_tags.widthPx * static_cast<unsigned>(inputs) * sampleBytes);
             for (int c = 0; c < inputs; ++c)
-                unpackSample(stored, index, c, m_color.data() + qsizetype { c } * sampleBytes,
-                             inputs);
-            if (m_layout.channels() == 3) {
+                m_unpacker.unpack(samples(index, c),
+                                  m_color.data() + static_cast<unsigned>(c) * sampleBytes, inputs);
+            if (layout().channels() == 3) {
                 m_transform->apply(m_color.data(), to, widthPx());
                 return;
             }
-            const std::size_t rgbBytes = 3 * static_cast<std::size_t>(sampleBytes);
-            m_rgb.resize(m_tags.widthPx * rgbBytes);
+            m_rgb.resize(m_tags.widthPx * 3 * sampleBytes);
             m_transform->apply(m_color.data(), m_rgb.data(), widthPx());
             for (std::size_t i = 0; i < m_tags.widthPx; ++i)
-                std::memcpy(to + i * static_cast<unsigned>(4 * sampleBytes),
-                            m_rgb.data() + i * rgbBytes, rgbBytes);
+                std::memcpy(to + i * 4 * sampleBytes, m_rgb.data() + i * 3 * sampleBytes,
+                            3 * sampleBytes);
         }
 
-        void invertColor(std::uint8_t* to) const
+        void invertGray(std::uint8_t* to) const
         {
-            const qsizetype sampleBytes = m_layout.bitsPerSample / 8;
-            const qsizetype pixelBytes = sampleBytes * m_layout.channels();
-            for (qsizetype i = 0; i < widthPx(); ++i)
+            const qsizetype sampleBytes = layout().bitsPerSample / 8;
+            for (qsizetype at = 0; at < rowBytes(); at += sampleBytes * layout().channels())
                 for (qsizetype b = 0; b < sampleBytes; ++b)
-                    to[i * pixelBytes + b] = static_cast<std::uint8_t>(~to[i * pixelBytes + b]);
+                    to[at + b] = static_cast<std::uint8_t>(~to[at + b]);
         }
 
-        void unpackIndexRow(const StoredBand& stored, int index)
+        void unpackIndexes(int index)
         {
             m_indexes.resize(m_tags.widthPx);
-            m_unpacker.unpackIndexes(stored.row(0, index), 0, m_tags.samplesInPlane(), widthPx(),
-                                     m_indexes.data());
+            m_unpacker.unpackIndexes(samples(index, 0), m_indexes.data());
         }
 
-        void lookUp(const StoredBand& stored, int index, std::uint8_t* to)
+        void lookUp(int index, std::uint8_t* to)
         {
-            unpackIndexRow(stored, index);
-            const int channels = m_layout.channels();
+            unpackIndexes(index);
+            const auto channels = static_cast<std::size_t>(layout().channels());
             for (std::size_t i = 0; i < m_indexes.size(); ++i)
-                std::memcpy(to + i * static_cast<unsigned>(channels),
-                            m_palette.at(m_indexes[i]).data(), 3);
+                std::memcpy(to + i * channels, m_palette.at(m_indexes[i]).data(), 3);
             if (m_alpha.kind == AlphaKind::None)
                 return;
-            m_alphaRow.resize(std::size_t { m_tags.widthPx } * 2);
-            unpackSample(stored, index, m_alpha.index, m_alphaRow.data(), 1);
-            for (std::size_t i = 0; i < m_indexes.size(); ++i) {
-                std::uint8_t alpha = m_alphaRow[i];
-                if (m_unpacker.outputBits() == 16) {
-                    std::uint16_t wide = 0;
-                    std::memcpy(&wide, m_alphaRow.data() + 2 * i, sizeof wide);
-                    alpha = static_cast<std::uint8_t>((wide * 255U + 32767U) / 65535U);
-                }
-                to[i * static_cast<unsigned>(channels) + 3] = alpha;
-            }
+            m_color.resize(std::size_t { m_tags.widthPx } * 2);
+            m_unpacker.unpack(samples(index, m_alpha.index), m_color.data(), 1);
+            const bool isWide = m_unpacker.outputBits() == 16;
+            for (std::size_t i = 0; i < m_indexes.size(); ++i)
+                to[i * channels + 3] = isWide
+                    ? toByte(loadSample<std::uint16_t>(m_color.data() + 2 * i))
+                    : m_color[i];
         }
 
         TiffMessages& m_messages;
-        TiffPageTags m_tags;
+        const TiffPageTags& m_tags;
         StoredRows m_stored;
         StoredBand m_band;
-        int m_shownRows = 0; ///< of `m_band`
         SampleUnpacker m_unpacker;
         AlphaSample m_alpha;
         SampleRange m_range;
         int m_rowsLookedAt = 0;
         std::vector<RgbColor> m_palette;
-        PixelLayout m_layout;
         std::optional<ColorTransform> m_transform;
         Mode m_mode = Mode::Converted;
-        std::vector<std::uint8_t> m_samples;
-        std::vector<std::uint8_t> m_color;
+        std::vector<std::uint8_t> m_color; ///< or alpha of a row
         std::vector<std::uint8_t> m_rgb;
-        std::vector<std::uint8_t> m_alphaRow;
         std::vector<std::uint16_t> m_indexes;
     };
 
@@ -400,13 +382,16 @@ bool profileFitsDisplayRows(const TiffPageTags& tags)
             || tags.photometric == PHOTOMETRIC_YCBCR);
 }
 
-std::unique_ptr<RowSource> displayRows(TiffFile& file, int index, const TiffPageTags& tags,
-                                       int shownBits)
+std::unique_ptr<RowSource> displayRows(const TiffPage& page, int shownBits)
 {
+    const TiffPageTags& tags = page.tags();
     if (needsRgbaInterface(tags))
-        return rgbaRows(file, index, tags);
+        return rgbaRows(page);
     checkSupported(tags);
-    return std::make_unique<DisplayRows>(file, index, tags, shownBits);
+    std::vector<RgbColor> palette;
+    if (tags.photometric == PHOTOMETRIC_PALETTE)
+        palette = readPalette(page.load(), tags.bitsPerSample);
+    return std::make_unique<DisplayRows>(page, std::move(palette), shownBits);
 }
 
 } // namespace pagestack

@@ -1,6 +1,6 @@
 #include "engine/image/decode/EncodedBytes.h"
 
-#include "engine/image/tiff/TiffFile.h"
+#include "engine/image/tiff/OpenTiffFile.h"
 
 #include <tiffio.h>
 
@@ -8,7 +8,7 @@
 
 namespace pagestack {
 
-EncodedBytes::EncodedBytes(const TiffFile& file, std::uint64_t offset, std::uint64_t size,
+EncodedBytes::EncodedBytes(const OpenTiffFile& file, std::uint64_t offset, std::uint64_t size,
                            bool isReversed)
     : m_file(file)
     , m_offset(offset)

@@ -6,7 +6,7 @@
 
 namespace pagestack {
 
-class TiffFile;
+class OpenTiffFile;
 
 /// The encoded bytes of a strip or tile, from the first to the last, in chunks. One thread.
 class EncodedBytes
@@ -15,7 +15,8 @@ public:
     /// The `size` bytes of `file` from `offset` on; what of them lies beyond the end of the file is
     /// left out. `isReversed`: every byte has its lowest bit first (FillOrder 2). `file` is
     /// borrowed.
-    EncodedBytes(const TiffFile& file, std::uint64_t offset, std::uint64_t size, bool isReversed);
+    EncodedBytes(const OpenTiffFile& file, std::uint64_t offset, std::uint64_t size,
+                 bool isReversed);
 
     /// Bytes that `next` has not given yet.
     std::uint64_t left() const { return m_left; }
@@ -25,7 +26,7 @@ public:
     std::span<const std::uint8_t> next(std::uint64_t most = std::uint64_t { 64 } * 1024);
 
 private:
-    const TiffFile& m_file;
+    const OpenTiffFile& m_file;
     std::uint64_t m_offset;
     std::uint64_t m_left;
     bool m_isReversed;

@@ -44,6 +44,59 @@ namespace {
         return std::uint64_t { across } * down;
     }
 
+    /// A marker with the segment behind it. Section B.1.1.
+    struct Segment
+    {
+        std::uint8_t marker = endOfImage;
+        std::size_t at = 0; ///< of the marker
+        std::optional<Bytes> bytes; ///< none where they do not fit into the stream
+    };
+
+    /// Follows the markers of a stream but those that have a meaning to the decoder alone.
+    class Segments
+    {
+    public:
+        explicit Segments(Bytes stream)
+            : m_stream(stream)
+        {
+        }
+
+        std::uint64_t restarts() const { return m_restarts; } ///< markers so far
+
+        /// The next segment, after coded data too; an end of the image at the end of the stream.
+        Segment next()
+        {
+            for (; m_at + 1 < m_stream.size(); ++m_at) {
+                const std::uint8_t marker = m_stream[m_at + 1];
+                if (m_stream[m_at] != 0xFF || marker == 0xFF)
+                    continue;
+                m_restarts += isRestart(marker) ? 1 : 0;
+                if (marker != 0 && marker != startOfImage && !isRestart(marker))
+                    return segment(marker);
+                ++m_at; // over the marker
+            }
+            return { endOfImage, m_stream.size(), {} };
+        }
+
+    private:
+        Segment segment(std::uint8_t marker)
+        {
+            Segment found { marker, m_at, {} };
+            m_at += 2;
+            const Bytes rest = m_stream.subspan(m_at);
+            const std::size_t length = rest.size() < 2 ? 0 : number(rest, 0);
+            if (marker == endOfImage || length < 2 || length > rest.size())
+                return found;
+            found.bytes = rest.subspan(2, length - 2);
+            m_at += length;
+            return found;
+        }
+
+        Bytes m_stream;
+        std::size_t m_at = 0;
+        std::uint64_t m_restarts = 0;
+    };
+
     struct Scan
     {
         std::uint64_t units = 0;
@@ -57,35 +110,22 @@ namespace {
     std::optional<Scan> firstScan(Bytes stream)
     {
         Scan scan;
-        std::size_t at = 0;
-        const auto nextMarker = [&] {
-            while (at + 1 < stream.size() && (stream[at] != 0xFF || stream[at + 1] == 0xFF))
-                ++at;
-            at += 2;
-            return at <= stream.size() ? stream[at - 1] : endOfImage;
-        };
-        for (std::uint8_t marker = nextMarker(); marker != startOfScan; marker = nextMarker()) {
-            if (marker == startOfImage)
-                continue;
-            if (marker == endOfImage || at + 2 > stream.size()
-                || number(stream, at) > stream.size() - at || number(stream, at) < 2)
+        Segments segments(stream);
+        for (Segment segment = segments.next(); segment.marker != startOfScan;
+             segment = segments.next()) {
+            if (!segment.bytes)
                 return std::nullopt;
-            const Bytes segment = stream.subspan(at + 2, number(stream, at) - 2);
-            if (isFrame(marker))
-                scan.units = unitsOf(segment);
-            else if (marker == restartInterval && segment.size() >= 2)
-                scan.interval = number(segment, 0);
-            at += number(stream, at);
+            if (isFrame(segment.marker))
+                scan.units = unitsOf(*segment.bytes);
+            else if (segment.marker == restartInterval && segment.bytes->size() >= 2)
+                scan.interval = number(*segment.bytes, 0);
         }
-        for (std::uint8_t marker = nextMarker();; marker = nextMarker()) {
-            if (isRestart(marker)) {
-                ++scan.restarts;
-            } else if (marker != 0) {
-                scan.end = std::min(at, stream.size()) - 2;
-                scan.isOnly = marker == endOfImage;
-                return scan;
-            }
-        }
+        const std::uint64_t before = segments.restarts();
+        const Segment behind = segments.next();
+        scan.restarts = segments.restarts() - before;
+        scan.end = behind.at;
+        scan.isOnly = behind.marker == endOfImage;
+        return scan;
     }
 
     /// How many low bits of each coefficient are still to come.
@@ -131,22 +171,12 @@ bool hasAllScans(std::span<const std::uint8_t> stream)
 {
     BitsToCome bits;
     std::size_t components = 0;
-    for (std::size_t at = 0; at + 3 < stream.size();) {
-        const std::uint8_t marker = stream[at + 1];
-        if (stream[at] != 0xFF || marker == 0 || marker == 0xFF || isRestart(marker)
-            || marker == startOfImage) {
-            at += stream[at] == 0xFF && marker != 0xFF ? 2 : 1;
-            continue;
-        }
-        const std::size_t length = number(stream, at + 2);
-        if (marker == endOfImage || length < 2 || length > stream.size() - at - 2)
-            break;
-        const Bytes segment = stream.subspan(at + 4, length - 2);
-        if (isFrame(marker) && segment.size() > 5)
-            components = segment[5];
-        if (marker == startOfScan && !bits.take(segment))
+    Segments segments(stream);
+    for (Segment segment = segments.next(); segment.bytes; segment = segments.next()) {
+        if (isFrame(segment.marker) && segment.bytes->size() > 5)
+            components = (*segment.bytes)[5];
+        if (segment.marker == startOfScan && !bits.take(*segment.bytes))
             return false;
-        at += 2 + length;
     }
     return components > 0 && bits.isNone(components);
 }

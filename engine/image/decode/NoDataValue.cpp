@@ -1,7 +1,8 @@
 #include "engine/image/decode/NoDataValue.h"
 
-#include "engine/image/tiff/TiffFile.h"
-#include "engine/image/tiff/TiffPageTags.h"
+#include "engine/image/decode/SampleUnpacker.h"
+#include "engine/image/decode/TiffPage.h"
+#include "engine/image/pixels/SampleMath.h"
 
 #include <QByteArray>
 
@@ -12,6 +13,7 @@
 #include <cmath>
 #include <optional>
 #include <stdexcept>
+#include <vector>
 
 namespace pagestack {
 
@@ -22,47 +24,38 @@ namespace {
     constexpr unsigned noDataTag = 42113;
     constexpr std::uint64_t longestText = 64;
 
-    QByteArray noDataText(const TiffFile& file, int index)
+    QByteArray noDataText(const TiffPage& page)
     try {
-        for (const TiffTagValue& value : file.directory(index).values) {
-            if (value.tag != noDataTag)
-                continue;
-            QByteArray text(static_cast<qsizetype>(std::min(value.bytes, longestText)), '\0');
-            file.readAt(
-                value.offset,
-                { reinterpret_cast<std::uint8_t*>(text.data()), static_cast<size_t>(text.size()) });
-            return QByteArray(text.constData()).trimmed(); // up to its end mark
-        }
-        return {};
+        const TiffTagValue* value = page.directory().find(noDataTag);
+        if (value == nullptr)
+            return {};
+        QByteArray text(static_cast<qsizetype>(std::min(value->bytes, longestText)), '\0');
+        page.document().readAt(
+            value->offset,
+            { reinterpret_cast<std::uint8_t*>(text.data()), static_cast<size_t>(text.size()) });
+        return QByteArray(text.constData()).trimmed(); // up to its end mark
     } catch (const std::runtime_error&) {
         return {};
     }
 
-    /// A floating-point number of a sign, `exponentBits` and `fractionBits`, as in IEEE 754; none
-    /// when it is too large.
-    std::optional<std::uint64_t> smallFloatBits(double value, int exponentBits, int fractionBits)
+    /// The bits of the sample nearest to `value`, which is not below 0; none when it is too large.
+    /// Such samples below `infinity` are in the order of their bits.
+    std::optional<std::uint64_t> nearestFloat(const SampleUnpacker& samples, double value,
+                                              std::uint64_t infinity)
     {
-        const std::uint64_t sign = std::signbit(value) ? 1 : 0;
-        const std::uint64_t mostExponent
-            = (std::uint64_t { 1 } << static_cast<unsigned>(exponentBits)) - 1U;
-        const int bias = static_cast<int>(mostExponent >> 1U);
-        const auto place = static_cast<unsigned>(fractionBits);
-        std::uint64_t bits = mostExponent << place; // infinite
-        if (std::isnan(value)) {
-            bits |= std::uint64_t { 1 } << (place - 1);
-        } else if (!std::isinf(value)) {
-            int exponent = 0;
-            std::frexp(value, &exponent); // of a number from 0.5 to 1
-            exponent = std::max(exponent - 1 + bias, 1);
-            const double fraction
-                = std::nearbyint(std::ldexp(std::abs(value), fractionBits + bias - exponent));
-            // The bit in front of the fraction adds one to the exponent where there is one.
-            bits = (static_cast<std::uint64_t>(exponent - 1) << place)
-                + static_cast<std::uint64_t>(fraction);
-            if (exponent >= static_cast<int>(mostExponent) || bits >= mostExponent << place)
-                return std::nullopt;
+        std::uint64_t low = 0;
+        for (std::uint64_t high = infinity; low < high;) {
+            const std::uint64_t middle = (low + high) / 2;
+            if (samples.number(middle) < value)
+                low = middle + 1;
+            else
+                high = middle;
         }
-        return sign << static_cast<unsigned>(exponentBits + fractionBits) | bits;
+        if (low == infinity)
+            return std::nullopt;
+        const double up = samples.number(low) - value;
+        const double down = low == 0 ? HUGE_VAL : value - samples.number(low - 1);
+        return down < up || (down == up && low % 2 == 1) ? low - 1 : low;
     }
 
     std::optional<std::uint64_t> floatBits(const QByteArray& text, int bits)
@@ -71,16 +64,20 @@ namespace {
         const double value = text.toDouble(&isNumber);
         if (!isNumber)
             return std::nullopt;
-        switch (bits) {
-        case 16:
-            return smallFloatBits(value, 5, 10);
-        case 24: // Adobe's supplement on floating point in TIFF, 2005
-            return smallFloatBits(value, 7, 16);
-        case 32:
-            return std::bit_cast<std::uint32_t>(static_cast<float>(value));
-        default:
+        if (bits == 64)
             return std::bit_cast<std::uint64_t>(value);
-        }
+        if (bits == 32)
+            return std::bit_cast<std::uint32_t>(static_cast<float>(value));
+        const std::uint64_t lowestOfExponent = bits == 16 ? 0x400 : 0x10000;
+        const std::uint64_t signBit = std::uint64_t { 1 } << static_cast<unsigned>(bits - 1);
+        const std::uint64_t infinity = signBit - lowestOfExponent;
+        const std::uint64_t sign = std::signbit(value) ? signBit : 0;
+        if (std::isnan(value))
+            return sign | infinity | lowestOfExponent / 2;
+        if (std::isinf(value))
+            return sign | infinity;
+        const auto raw = nearestFloat({ bits, SAMPLEFORMAT_IEEEFP }, std::abs(value), infinity);
+        return raw ? std::optional(sign | *raw) : std::nullopt;
     }
 
     /// A whole number may be written as "-9999" or as "255.0".
@@ -114,11 +111,11 @@ namespace {
 
 } // namespace
 
-NoDataValue noDataValue(const TiffFile& file, int index, const TiffPageTags& tags)
+NoDataValue noDataValue(const TiffPage& page)
 {
-    const QByteArray text = noDataText(file, index);
+    const QByteArray text = noDataText(page);
     // Qt reads "nan" in small letters alone.
-    const std::optional<std::uint64_t> bits = sampleBits(text.toLower(), tags);
+    const std::optional<std::uint64_t> bits = sampleBits(text.toLower(), page.tags());
     if (!bits)
         return { 0, u"0"_s };
     return { *bits, QString::fromLatin1(text) + u" (GDAL_NODATA)"_s };
@@ -127,30 +124,19 @@ NoDataValue noDataValue(const TiffFile& file, int index, const TiffPageTags& tag
 void fillSamples(std::span<std::uint8_t> rows, std::size_t rowBytes, int bitsPerSample,
                  std::uint64_t value)
 {
-    if (value == 0) {
-        std::fill(rows.begin(), rows.end(), std::uint8_t { 0 });
-        return;
-    }
-    const bool isNumber = bitsPerSample % 8 == 0 && bitsPerSample != 40 && bitsPerSample != 48
-        && bitsPerSample != 56;
-    const auto sampleBytes = static_cast<std::size_t>(bitsPerSample / 8);
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        const std::size_t at = i % rowBytes;
-        if (isNumber) {
-            const std::size_t byte = at % sampleBytes;
-            const std::size_t shift
-                = std::endian::native == std::endian::little ? byte : sampleBytes - 1 - byte;
-            rows[i] = static_cast<std::uint8_t>(value >> (8 * shift));
-            continue;
-        }
-        unsigned packed = 0;
-        for (std::size_t bit = at * 8; bit < at * 8 + 8; ++bit) {
-            const std::size_t place = bit % static_cast<std::size_t>(bitsPerSample);
-            const std::size_t shift = static_cast<std::size_t>(bitsPerSample) - 1 - place;
-            packed = packed << 1U | static_cast<unsigned>(value >> shift & 1U);
-        }
-        rows[i] = static_cast<std::uint8_t>(packed);
-    }
+    const auto bits = static_cast<std::size_t>(bitsPerSample);
+    std::vector<std::uint8_t> pattern(bits); // eight samples
+    for (std::size_t i = 0; i < 8 * bits; ++i)
+        pattern[i / 8] = static_cast<std::uint8_t>(pattern[i / 8] << 1U
+                                                   | (value >> (bits - 1 - i % bits) & 1U));
+    if (hasByteOrder(bitsPerSample) && std::endian::native == std::endian::little)
+        for (auto at = pattern.begin(); at != pattern.end(); at += bitsPerSample / 8)
+            std::reverse(at, at + bitsPerSample / 8);
+    std::vector<std::uint8_t> row(rowBytes);
+    for (std::size_t i = 0; i < rowBytes; ++i)
+        row[i] = pattern[i % bits];
+    for (; !rows.empty(); rows = rows.subspan(std::min(rowBytes, rows.size())))
+        std::copy_n(row.begin(), std::min(rowBytes, rows.size()), rows.begin());
 }
 
 } // namespace pagestack

@@ -7,8 +7,7 @@
 
 namespace pagestack {
 
-class TiffFile;
-struct TiffPageTags;
+class TiffPage;
 
 /// The sample value of places without data.
 struct NoDataValue
@@ -17,9 +16,9 @@ struct NoDataValue
     QString text; ///< for people: "0", or "-9999 (GDAL_NODATA)"
 };
 
-/// What the tag GDAL_NODATA (42113, a number as text) of page `index` of `file` says; 0 where there
+/// What the tag GDAL_NODATA (42113, a number as text) of `page` says; 0 where there
 /// is none, or none that the samples of the page can hold.
-NoDataValue noDataValue(const TiffFile& file, int index, const TiffPageTags& tags);
+NoDataValue noDataValue(const TiffPage& page);
 
 /// Fills rows of `rowBytes` bytes with samples of `bitsPerSample` bits that are `value`, packed as
 /// in a TIFF file, those of 16, 24, 32 and 64 bits in the machine's byte order.

@@ -1,11 +1,11 @@
 #include "engine/image/decode/SampleOrder.h"
 
+#include "engine/image/pixels/SampleMath.h"
 #include "engine/image/tiff/TiffPageTags.h"
 
 #include <tiffio.h>
 
 #include <bit>
-#include <cstring>
 #include <stdexcept>
 #include <string>
 
@@ -19,12 +19,9 @@ namespace {
     {
         const std::size_t count = row.size() / sizeof(Sample);
         for (std::size_t i = stride; i < count; ++i) {
-            Sample before;
-            Sample here;
-            std::memcpy(&before, row.data() + (i - stride) * sizeof(Sample), sizeof(Sample));
-            std::memcpy(&here, row.data() + i * sizeof(Sample), sizeof(Sample));
-            here = static_cast<Sample>(here + before);
-            std::memcpy(row.data() + i * sizeof(Sample), &here, sizeof(Sample));
+            std::uint8_t* at = row.data() + i * sizeof(Sample);
+            const auto before = loadSample<Sample>(at - stride * sizeof(Sample));
+            storeSample(at, static_cast<Sample>(loadSample<Sample>(at) + before));
         }
     }
 
@@ -52,21 +49,19 @@ namespace {
         }
     }
 
-    bool isWholeBytes(int bits) { return bits == 16 || bits == 24 || bits == 32 || bits == 64; }
-
 } // namespace
 
 SampleOrder::SampleOrder(const TiffPageTags& tags, bool isSwapped)
     : m_bits(tags.bitsPerSample)
     , m_predictor(tags.predictor)
     , m_stride(static_cast<std::size_t>(tags.samplesInPlane()))
-    , m_isSwapped(isSwapped && isWholeBytes(tags.bitsPerSample))
+    , m_isSwapped(isSwapped && hasByteOrder(tags.bitsPerSample))
 {
     const bool isKnown = m_predictor == PREDICTOR_NONE
         || (m_predictor == PREDICTOR_HORIZONTAL
             && (m_bits == 8 || m_bits == 16 || m_bits == 32 || m_bits == 64))
         || (m_predictor == PREDICTOR_FLOATINGPOINT && tags.sampleFormat == SAMPLEFORMAT_IEEEFP
-            && isWholeBytes(m_bits));
+            && hasByteOrder(m_bits));
     if (!isKnown)
         throw std::runtime_error("predictor " + std::to_string(m_predictor)
                                  + " is not supported for its samples");

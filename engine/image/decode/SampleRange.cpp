@@ -1,5 +1,7 @@
 #include "engine/image/decode/SampleRange.h"
 
+#include "engine/image/pixels/SampleMath.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -9,9 +11,7 @@ using namespace Qt::StringLiterals;
 
 SampleRange::SampleRange(int bitsPerSample, int sampleFormat, int shownBits)
     : m_lowest(sampleFormat == 2 ? -std::ldexp(1.0, bitsPerSample - 1) : 0.0)
-    , m_highest(sampleFormat == 3       ? 1.0
-                    : sampleFormat == 2 ? std::ldexp(1.0, bitsPerSample - 1) - 1
-                                        : std::ldexp(1.0, bitsPerSample) - 1)
+    , m_highest(sampleFormat == 3 ? 1.0 : m_lowest + std::ldexp(1.0, bitsPerSample) - 1)
     , m_isFloat(sampleFormat == 3)
     , m_isSigned(sampleFormat == 2)
     , m_isDeep(sampleFormat != 3 && bitsPerSample > 16)
@@ -20,16 +20,15 @@ SampleRange::SampleRange(int bitsPerSample, int sampleFormat, int shownBits)
 {
 }
 
-void SampleRange::look(const SampleUnpacker& unpacker, const std::uint8_t* row, int first,
-                       int samplesPerPixel, int pixels)
+void SampleRange::look(const SampleUnpacker& unpacker, const SampleRun& samples)
 {
-    for (qsizetype i = 0; m_isFloat && i < pixels; ++i) {
-        const double number = unpacker.number(unpacker.rawSample(row, i * samplesPerPixel + first));
+    for (qsizetype i = 0; m_isFloat && i < samples.pixels; ++i) {
+        const double number = unpacker.number(unpacker.rawSample(samples, i));
         m_outside += number < m_lowest || number > m_highest ? 1 : 0;
         ++m_seen;
     }
-    for (qsizetype i = 0; i < pixels && !m_isFine; ++i) {
-        const std::uint64_t raw = unpacker.rawSample(row, i * samplesPerPixel + first);
+    for (qsizetype i = 0; i < samples.pixels && !m_isFine; ++i) {
+        const std::uint64_t raw = unpacker.rawSample(samples, i);
         if (m_count == 0 || raw != m_last)
             add(unpacker, raw);
         m_last = raw;
@@ -41,9 +40,9 @@ void SampleRange::add(const SampleUnpacker& unpacker, std::uint64_t raw)
     const double number = unpacker.number(raw);
     m_least = m_count == 0 ? number : std::min(m_least, number);
     m_most = m_count == 0 ? number : std::max(m_most, number);
-    std::uint32_t shown = unpacker.scaled(raw);
+    std::uint16_t shown = unpacker.scaled(raw);
     if (m_isShownIn8Bits)
-        shown = (shown * 255U + 32767U) / 65535U;
+        shown = toByte(shown);
     auto* const end = m_levels.begin() + m_count;
     const auto* const known
         = std::find_if(m_levels.begin(), end, [=](const Level& l) { return l.shown == shown; });
@@ -52,7 +51,7 @@ void SampleRange::add(const SampleUnpacker& unpacker, std::uint64_t raw)
     else if (m_count + 1 == enoughLevels)
         m_isFine = true;
     else
-        m_levels.at(m_count++) = { static_cast<std::uint16_t>(shown), raw };
+        m_levels.at(m_count++) = { shown, raw };
 }
 
 /// A blank page has few levels, too: it is mostly at the upper end of the range.

@@ -19,10 +19,8 @@ public:
     /// samples are brought to.
     SampleRange(int bitsPerSample, int sampleFormat, int shownBits);
 
-    /// Looks at sample `first` of each of `pixels` pixels of `samplesPerPixel` samples. Costs
-    /// nothing once there are levels enough, but for floating point.
-    void look(const SampleUnpacker& unpacker, const std::uint8_t* row, int first,
-              int samplesPerPixel, int pixels);
+    /// Costs nothing once there are levels enough, but for floating point.
+    void look(const SampleUnpacker& unpacker, const SampleRun& samples);
 
     /// What to tell of the page when all samples were looked at; null when there is nothing.
     QString warning() const;

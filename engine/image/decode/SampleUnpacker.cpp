@@ -1,22 +1,15 @@
 #include "engine/image/decode/SampleUnpacker.h"
 
+#include "engine/image/pixels/SampleMath.h"
+
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <stdexcept>
 #include <string>
 
 namespace pagestack {
 
 namespace {
-
-    template <typename Value>
-    Value load(const std::uint8_t* from)
-    {
-        Value value;
-        std::memcpy(&value, from, sizeof value);
-        return value;
-    }
 
     std::uint32_t load24(const std::uint8_t* from)
     {
@@ -91,13 +84,13 @@ std::uint64_t SampleUnpacker::rawSample(const std::uint8_t* row, qsizetype index
     case 8:
         return row[index];
     case 16:
-        return load<std::uint16_t>(row + 2 * index);
+        return loadSample<std::uint16_t>(row + 2 * index);
     case 24:
         return load24(row + 3 * index);
     case 32:
-        return load<std::uint32_t>(row + 4 * index);
+        return loadSample<std::uint32_t>(row + 4 * index);
     case 64:
-        return load<std::uint64_t>(row + 8 * index);
+        return loadSample<std::uint64_t>(row + 8 * index);
     default:
         break;
     }
@@ -148,33 +141,29 @@ std::uint16_t SampleUnpacker::scaled(std::uint64_t raw) const
     return static_cast<std::uint16_t>((raw * full + top / 2) / top);
 }
 
-void SampleUnpacker::unpack(const std::uint8_t* row, int first, int samplesPerPixel, int pixels,
-                            std::uint8_t* to, int step) const
+void SampleUnpacker::unpack(const SampleRun& samples, std::uint8_t* to, int step) const
 {
-    if (m_outputBits == 8) {
-        if (m_bits == 8 && !m_isSigned) {
-            for (qsizetype i = 0; i < pixels; ++i)
-                to[i * step] = row[i * samplesPerPixel + first];
-            return;
-        }
-        for (qsizetype i = 0; i < pixels; ++i)
-            to[i * step]
-                = static_cast<std::uint8_t>(scaled(rawSample(row, i * samplesPerPixel + first)));
-        return;
-    }
-    const bool isExact = m_bits == 16 && !m_isSigned && !m_isFloat;
-    for (qsizetype i = 0; i < pixels; ++i) {
-        const std::uint64_t raw = rawSample(row, i * samplesPerPixel + first);
-        const std::uint16_t value = isExact ? static_cast<std::uint16_t>(raw) : scaled(raw);
-        std::memcpy(to + i * step * 2, &value, sizeof value);
+    const bool isExact = !m_isSigned && !m_isFloat;
+    if (m_bits == 8 && isExact) {
+        const std::uint8_t* from = samples.row + samples.first;
+        for (qsizetype i = 0; i < samples.pixels; ++i)
+            to[i * step] = from[i * samples.step];
+    } else if (m_outputBits == 8) {
+        for (qsizetype i = 0; i < samples.pixels; ++i)
+            to[i * step] = static_cast<std::uint8_t>(scaled(rawSample(samples, i)));
+    } else if (m_bits == 16 && isExact) {
+        for (qsizetype i = 0; i < samples.pixels; ++i)
+            storeSample(to + i * step * 2, static_cast<std::uint16_t>(rawSample(samples, i)));
+    } else {
+        for (qsizetype i = 0; i < samples.pixels; ++i)
+            storeSample(to + i * step * 2, scaled(rawSample(samples, i)));
     }
 }
 
-void SampleUnpacker::unpackIndexes(const std::uint8_t* row, int first, int samplesPerPixel,
-                                   int pixels, std::uint16_t* to) const
+void SampleUnpacker::unpackIndexes(const SampleRun& samples, std::uint16_t* to) const
 {
-    for (qsizetype i = 0; i < pixels; ++i)
-        to[i] = static_cast<std::uint16_t>(rawSample(row, i * samplesPerPixel + first));
+    for (qsizetype i = 0; i < samples.pixels; ++i)
+        to[i] = static_cast<std::uint16_t>(rawSample(samples, i));
 }
 
 } // namespace pagestack

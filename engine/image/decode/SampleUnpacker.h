@@ -6,6 +6,15 @@
 
 namespace pagestack {
 
+/// Every `step`-th sample of a row from number `first` on, one a pixel.
+struct SampleRun
+{
+    const std::uint8_t* row;
+    int first;
+    int step;
+    int pixels;
+};
+
 /// Brings samples of any depth of a TIFF file to 8 or 16 bits.
 ///
 /// Unsigned samples of 1 to 8 bits are scaled to the full range of 8 bits, deeper ones to the full
@@ -22,24 +31,27 @@ public:
 
     int outputBits() const { return m_outputBits; } ///< 8 or 16
 
-    /// Unpacks sample `first` of each of `pixels` pixels of `samplesPerPixel` samples from `row` to
-    /// every `step`-th element of `to`, which has elements of `outputBits` bits.
-    void unpack(const std::uint8_t* row, int first, int samplesPerPixel, int pixels,
-                std::uint8_t* to, int step) const;
+    /// Unpacks `samples` to every `step`-th element of `to`, which has elements of `outputBits`
+    /// bits.
+    void unpack(const SampleRun& samples, std::uint8_t* to, int step) const;
 
     /// The same without scaling, for indexes into a colour map; unsigned samples up to 16 bits
     /// only.
-    void unpackIndexes(const std::uint8_t* row, int first, int samplesPerPixel, int pixels,
-                       std::uint16_t* to) const;
+    void unpackIndexes(const SampleRun& samples, std::uint16_t* to) const;
 
-    /// The bits of sample `index` of a row of single samples.
-    std::uint64_t rawSample(const std::uint8_t* row, qsizetype index) const;
+    /// The bits of sample `index` of a run.
+    std::uint64_t rawSample(const SampleRun& samples, qsizetype index) const
+    {
+        return rawSample(samples.row, index * samples.step + samples.first);
+    }
     /// The number that the bits of a sample are.
     double number(std::uint64_t raw) const;
     /// What becomes of it, in `outputBits` bits.
     std::uint16_t scaled(std::uint64_t raw) const;
 
 private:
+    std::uint64_t rawSample(const std::uint8_t* row, qsizetype index) const;
+
     int m_bits;
     bool m_isSigned;
     bool m_isFloat;

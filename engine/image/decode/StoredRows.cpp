@@ -1,5 +1,7 @@
 #include "engine/image/decode/StoredRows.h"
 
+#include "engine/image/decode/TiffPage.h"
+
 #include <tiffio.h>
 
 #include <algorithm>
@@ -32,11 +34,12 @@ namespace {
 
 } // namespace
 
-StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
-    : m_handle(selectForDecoding(file, index, tags))
-    , m_tags(tags)
-    , m_strideBytes(static_cast<qsizetype>(tags.planeRowBytes()))
+StoredRows::StoredRows(const TiffPage& page)
+    : m_handle(page.restart())
+    , m_tags(page.tags())
+    , m_strideBytes(static_cast<qsizetype>(m_tags.planeRowBytes()))
 {
+    const TiffPageTags& tags = m_tags;
     const std::uint64_t rowBytes = tags.planeRowBytes() * static_cast<unsigned>(tags.planes());
     const std::uint64_t pieceRows = tags.isTiled ? tags.tileHeightPx : tags.rowsPerStrip;
     std::uint64_t rows = std::min<std::uint64_t>(pieceRows, tags.heightPx);
@@ -44,7 +47,7 @@ StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
     m_isRowByRow = !tags.isTiled && !tags.planesAreSeparate && tags.compression != COMPRESSION_JBIG
         && rows * rowBytes > largestWholeStripBytes;
     if (m_isRowByRow && isDecodedByLibtiff(tags) && hasLargeEncodedStrip()) {
-        m_mappedCopy = std::make_unique<MappedTiffCopy>(file, index);
+        m_mappedCopy = std::make_unique<MappedTiffCopy>(page.reader(), page.index());
         m_handle = m_mappedCopy->handle();
         applyRowsPerStrip(m_handle, tags);
     }
@@ -67,15 +70,12 @@ StoredRows::StoredRows(TiffFile& file, int index, const TiffPageTags& tags)
             || static_cast<std::uint64_t>(tileBytes) * (tags.isFax() ? 2 : 1)
                 > largestBandBytes - m_samples.size())
             throw std::runtime_error("its tiles are too large");
-        if ((std::uint64_t { tags.tileWidthPx } * static_cast<unsigned>(tags.samplesInPlane())
-             * static_cast<unsigned>(tags.bitsPerSample))
-                % 8
-            != 0)
+        if (tags.bitsOf(tags.tileWidthPx) % 8 != 0)
             throw std::runtime_error("a tile width of " + std::to_string(tags.tileWidthPx)
                                      + " is not supported");
         m_tile.resize(static_cast<std::size_t>(tileBytes));
     }
-    m_decoder.emplace(file, index, m_handle, tags);
+    m_decoder.emplace(page, m_handle);
 }
 
 bool StoredRows::hasLargeEncodedStrip() const
@@ -148,9 +148,7 @@ void StoredRows::readRowByRow(int rows)
 
 void StoredRows::readTiles(int rows)
 {
-    const qsizetype tileRowBytes = static_cast<qsizetype>(
-        std::uint64_t { m_tags.tileWidthPx } * static_cast<unsigned>(m_tags.samplesInPlane())
-        * static_cast<unsigned>(m_tags.bitsPerSample) / 8);
+    const auto tileRowBytes = static_cast<qsizetype>(m_tags.bitsOf(m_tags.tileWidthPx) / 8);
     for (int plane = 0; plane < m_tags.planes(); ++plane) {
         qsizetype column = 0;
         for (std::uint32_t x = 0; x < m_tags.widthPx; x += m_tags.tileWidthPx) {

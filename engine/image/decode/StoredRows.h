@@ -2,7 +2,6 @@
 
 #include "engine/image/decode/StripDecoder.h"
 #include "engine/image/tiff/MappedTiffCopy.h"
-#include "engine/image/tiff/TiffFile.h"
 #include "engine/image/tiff/TiffPageTags.h"
 
 #include <cstdint>
@@ -35,9 +34,9 @@ struct StoredBand
 class StoredRows
 {
 public:
-    /// Starts at the top of page `index` of `file`, which must outlive the pass; the page must stay
-    /// the file's current one during it. Throws std::runtime_error.
-    StoredRows(TiffFile& file, int index, const TiffPageTags& tags);
+    /// Starts at the top of `page`, which must outlive the pass and stay the current one of its
+    /// reader. Throws std::runtime_error.
+    explicit StoredRows(const TiffPage& page);
 
     /// The next rows. Throws std::runtime_error when they cannot be decoded completely.
     StoredBand nextBand();
@@ -50,7 +49,7 @@ private:
     std::uint8_t* planeStart(int plane);
 
     tiff* m_handle;
-    TiffPageTags m_tags;
+    const TiffPageTags& m_tags;
     qsizetype m_strideBytes = 0;
     int m_rowsPerBand = 0;
     std::uint32_t m_nextRow = 0;

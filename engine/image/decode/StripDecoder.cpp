@@ -1,9 +1,9 @@
 #include "engine/image/decode/StripDecoder.h"
 
-#include "engine/image/decode/InflateStream.h"
 #include "engine/image/decode/JpegTail.h"
 #include "engine/image/decode/NoDataValue.h"
-#include "engine/image/decode/PackBitsStream.h"
+#include "engine/image/decode/TiffPage.h"
+#include "engine/image/tiff/TiffLimits.h"
 
 #include <tiffio.h>
 
@@ -34,11 +34,6 @@ namespace {
             && TIFFGetStrileByteCount(handle, number) == 0;
     }
 
-    std::uint32_t piecesOf(tiff* handle)
-    {
-        return TIFFIsTiled(handle) != 0 ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
-    }
-
 } // namespace
 
 bool isDecodedByLibtiff(const TiffPageTags& tags)
@@ -55,54 +50,42 @@ bool hasSparseStrips(tiff* handle)
     return false;
 }
 
-tiff* selectForDecoding(TiffFile& file, int index, const TiffPageTags& tags)
-{
-    tiff* handle = file.select(index);
-    applyRowsPerStrip(handle, tags);
-    if (tags.hasStripOfUnknownSize)
-        file.messages().addPageWarning(
-            u"the size of its strip is 0 in the file; as many bytes as its rows need were taken"_s);
-    return handle;
-}
-
-StripDecoder::StripDecoder(TiffFile& file, int index, tiff* handle, const TiffPageTags& tags)
-    : m_file(file)
+StripDecoder::StripDecoder(const TiffPage& page, tiff* handle)
+    : m_page(page)
     , m_handle(handle)
-    , m_tags(tags)
-    , m_rowBytes(static_cast<std::size_t>(tags.isTiled ? TIFFTileRowSize(handle)
-                                                       : TIFFScanlineSize(handle)))
+    , m_tags(page.tags())
+    , m_rowBytes(static_cast<std::size_t>(m_tags.isTiled ? TIFFTileRowSize(handle)
+                                                         : TIFFScanlineSize(handle)))
 {
-    if (!isDecodedByLibtiff(tags))
-        m_order.emplace(tags, TIFFIsByteSwapped(handle) != 0);
+    if (!isDecodedByLibtiff(m_tags))
+        m_order.emplace(m_tags, TIFFIsByteSwapped(handle) != 0);
     const std::uint32_t count = piecesOf(handle);
     std::uint32_t sparse = 0;
     for (std::uint32_t number = 0; number < count; ++number)
         sparse += isSparseAt(handle, number) ? 1 : 0;
     if (sparse == 0)
         return;
-    const NoDataValue noData = noDataValue(file, index, tags);
+    const NoDataValue noData = noDataValue(page);
     m_noData = noData.bits;
     const QString text = sparse == 1
         ? u"%1 of its %2 %3 has no data in the file and is filled with %4"_s
         : u"%1 of its %2 %3 have no data in the file and are filled with %4"_s;
-    file.messages().addPageWarning(
-        text.arg(sparse).arg(count).arg(tags.isTiled ? u"tiles"_s : u"strips"_s, noData.text));
+    page.messages().addPageWarning(
+        text.arg(sparse).arg(count).arg(m_tags.isTiled ? u"tiles"_s : u"strips"_s, noData.text));
 }
 
 bool StripDecoder::isSparse(std::uint32_t number) const { return isSparseAt(m_handle, number); }
 
 EncodedBytes StripDecoder::encoded(std::uint32_t number) const
 {
-    return { m_file, TIFFGetStrileOffset(m_handle, number),
+    return { m_page.document(), TIFFGetStrileOffset(m_handle, number),
              TIFFGetStrileByteCount(m_handle, number),
              m_tags.fillOrder == FILLORDER_LSB2MSB && m_tags.compression != COMPRESSION_JPEG };
 }
 
 std::unique_ptr<StripStream> StripDecoder::openStream(std::uint32_t number) const
 {
-    if (isDeflate(m_tags))
-        return std::make_unique<InflateStream>(encoded(number));
-    return std::make_unique<PackBitsStream>(encoded(number));
+    return isDeflate(m_tags) ? inflateStream(encoded(number)) : packBitsStream(encoded(number));
 }
 
 void StripDecoder::decode(std::uint32_t number, std::span<std::uint8_t> to)
@@ -141,7 +124,7 @@ void StripDecoder::endStream(StripStream& stream, std::uint64_t rows)
     if (rest > most)
         throw std::runtime_error("its strips hold far more than their rows");
     if (rest > padding || rest % m_rowBytes != 0)
-        m_file.messages().addPageWarning(
+        m_page.messages().addPageWarning(
             u"its strips or tiles hold more than their rows; the rest is left out"_s);
 }
 
@@ -198,7 +181,7 @@ void StripDecoder::nextRow(std::span<std::uint8_t> to)
 /// After libtiff has decoded something of the strip or tile.
 void StripDecoder::check(bool ok, std::uint32_t number)
 {
-    TiffMessages& messages = m_file.messages();
+    TiffMessages& messages = m_page.messages();
     if (!ok || messages.failed())
         messages.fail("the pixels cannot be decoded");
     if (const std::optional<std::uint64_t> left = messages.takeJpegTail())
@@ -223,7 +206,7 @@ void StripDecoder::judgeTail(std::uint32_t number, std::uint64_t leftBytes)
     if (tail == JpegTail::LostRestarts)
         throw std::runtime_error("its JPEG data lack restart markers, and pixels with them");
     if (tail == JpegTail::Unknown)
-        m_file.messages().addPageWarning(TiffMessages::jpegTailWarning());
+        m_page.messages().addPageWarning(TiffMessages::jpegTailWarning());
 }
 
 } // namespace pagestack

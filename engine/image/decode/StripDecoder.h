@@ -3,7 +3,6 @@
 #include "engine/image/decode/EncodedBytes.h"
 #include "engine/image/decode/SampleOrder.h"
 #include "engine/image/decode/StripStream.h"
-#include "engine/image/tiff/TiffFile.h"
 #include "engine/image/tiff/TiffPageTags.h"
 
 #include <cstdint>
@@ -12,7 +11,11 @@
 #include <span>
 #include <vector>
 
+struct tiff;
+
 namespace pagestack {
+
+class TiffPage;
 
 /// Decodes the strips or tiles of the page that is the current one of a handle, to samples in the
 /// machine's byte order.
@@ -24,9 +27,9 @@ namespace pagestack {
 class StripDecoder
 {
 public:
-    /// `handle` is one on the page of `file` that was just selected; both are borrowed.
-    /// Throws std::runtime_error when the samples are of a kind that cannot be decoded.
-    StripDecoder(TiffFile& file, int index, tiff* handle, const TiffPageTags& tags);
+    /// `handle` is one on `page`, which was just restarted; both are borrowed. Throws
+    /// std::runtime_error when the samples are of a kind that cannot be decoded.
+    StripDecoder(const TiffPage& page, tiff* handle);
 
     /// Decodes the strip or tile `number` to the whole of `to`, which holds whole rows: those of
     /// the page in the strip, or all of the tile. Throws std::runtime_error when it is damaged or
@@ -52,9 +55,9 @@ private:
     void checkScans(std::uint32_t number);
     void judgeTail(std::uint32_t number, std::uint64_t leftBytes);
 
-    TiffFile& m_file;
+    const TiffPage& m_page;
     tiff* m_handle;
-    const TiffPageTags m_tags;
+    const TiffPageTags& m_tags;
     std::size_t m_rowBytes; ///< of a strip or tile; of sub-sampled pages, a row of blocks
     std::optional<SampleOrder> m_order; ///< of what is decoded here, not by libtiff
     std::uint64_t m_noData = 0; ///< the bits of a sample where the file has no data
@@ -74,9 +77,5 @@ bool isDecodedByLibtiff(const TiffPageTags& tags);
 
 /// True when a strip or tile of the current page of `handle` has no data in the file.
 bool hasSparseStrips(tiff* handle);
-
-/// Makes page `index` the current one of `file`, to be decoded from its start, in strips as `tags`
-/// say. Throws std::runtime_error.
-tiff* selectForDecoding(TiffFile& file, int index, const TiffPageTags& tags);
 
 } // namespace pagestack

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "engine/image/decode/EncodedBytes.h"
+
 #include <cstdint>
+#include <memory>
 #include <span>
 
 namespace pagestack {
@@ -10,19 +13,37 @@ class StripStream
 {
 public:
     virtual ~StripStream() = default;
+    StripStream(const StripStream&) = delete;
+    StripStream& operator=(const StripStream&) = delete;
 
     /// Fills all of `to` with the next bytes. Throws std::runtime_error when there are not so many,
-    /// or when what is encoded is damaged.
-    virtual void read(std::span<std::uint8_t> to) = 0;
+    /// or when the encoded data are damaged.
+    void read(std::span<std::uint8_t> to);
 
-    /// Goes on to the end of what is encoded, but no further than `most` decoded bytes, and returns
-    /// how many there were. Throws std::runtime_error when what is encoded turns out to be damaged.
-    virtual std::uint64_t skipRest(std::uint64_t most) = 0;
+    /// Goes on to the end of the encoded data, but no further than `most` decoded bytes, and
+    /// returns how many there were. Throws std::runtime_error when the data turn out to be damaged.
+    std::uint64_t skipRest(std::uint64_t most);
 
 protected:
     StripStream() = default;
-    StripStream(const StripStream&) = delete;
-    StripStream& operator=(const StripStream&) = delete;
+
+    /// Decodes the next bytes and returns how many of `to`, which is not empty, they fill; 0 at the
+    /// end.
+    virtual std::size_t readSome(std::span<std::uint8_t> to) = 0;
+    /// Throws the std::runtime_error of a stream that ends too early.
+    [[noreturn]] virtual void failShort() const = 0;
 };
+
+/// The zlib format (RFC 1950), which TIFF calls Deflate: compression 8 and 32946. `skipRest`
+/// compares the checksum.
+std::unique_ptr<StripStream> inflateStream(EncodedBytes bytes);
+
+/// Runs and literals: TIFF 6.0, section 9. Runs may reach over the ends of rows.
+std::unique_ptr<StripStream> packBitsStream(EncodedBytes bytes);
+
+/// Decodes the whole of a zlib stream into `to` in one step, which takes less time than a stream.
+/// Returns false, with nothing known of the stream, when it has more bytes than that. Throws
+/// std::runtime_error when it has fewer, or is damaged.
+bool inflateWhole(std::span<const std::uint8_t> encoded, std::span<std::uint8_t> to);
 
 } // namespace pagestack

@@ -12,6 +12,8 @@
 
 namespace pagestack {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
     /// A page of several slices, one behind the other, would lose all but the first.
@@ -27,39 +29,40 @@ namespace {
 
     /// libtiff takes indexes of 8 bits and more for grays where their colours are missing, or are
     /// not as many as there are indexes.
-    void checkColorMap(const TiffFile& file, const TiffDirectory& directory,
-                       const TiffPageTags& tags)
+    void checkColorMap(const TiffPage& page, const TiffPageTags& tags)
     {
         if (tags.photometric != PHOTOMETRIC_MINISBLACK && tags.photometric != PHOTOMETRIC_RGB)
             return;
-        for (const TiffTagValue& value : directory.values) {
-            if (value.tag != TIFFTAG_PHOTOMETRIC || value.bytes == 0)
-                continue;
-            std::array<std::uint8_t, 1> low = {};
-            file.readAt(value.offset + (file.chain().isBigEndian ? value.bytes - 1 : 0), low);
-            if (low[0] == PHOTOMETRIC_PALETTE)
-                throw std::runtime_error("the colour map is missing or of another length");
-        }
+        const TiffTagValue* value = page.directory().find(TIFFTAG_PHOTOMETRIC);
+        if (value == nullptr || value->bytes == 0)
+            return;
+        std::array<std::uint8_t, 1> low = {};
+        page.document().readAt(
+            value->offset + (page.document().isBigEndian() ? value->bytes - 1 : 0), low);
+        if (low[0] == PHOTOMETRIC_PALETTE)
+            throw std::runtime_error("the colour map is missing or of another length");
     }
 
 } // namespace
 
-TiffPage::TiffPage(std::shared_ptr<TiffFile> file, int index)
-    : m_file(std::move(file))
+TiffPage::TiffPage(std::shared_ptr<TiffReader> reader, int index)
+    : m_reader(std::move(reader))
     , m_index(index)
 {
+    const int pages = document().pageCount();
+    if (index < 0 || index >= pages)
+        throw std::out_of_range("index " + std::to_string(index) + " beyond bounds [0 .. "
+                                + std::to_string(pages - 1) + "]");
 }
 
 const TiffPage::Description& TiffPage::description() const
 {
     if (!m_description) {
         auto read = std::make_unique<Description>();
-        checkDepth(m_file->describe(m_index));
-        read->tags = readTiffPageTags(m_file->describe(m_index));
-        TiffPageTags& tags = read->tags;
-        const TiffDirectory directory = m_file->directory(m_index);
-        checkStripTable(*m_file, directory, m_file->describe(m_index), tags);
-        checkColorMap(*m_file, directory, tags);
+        checkDepth(load());
+        TiffPageTags& tags = read->tags = readTiffPageTags(load());
+        checkStripTable(*m_reader, m_index, tags);
+        checkColorMap(*this, tags);
         read->properties.widthPx = static_cast<int>(tags.widthPx);
         read->properties.heightPx = static_cast<int>(tags.heightPx);
         read->properties.resolution = tags.resolution;
@@ -75,16 +78,27 @@ const TiffPageTags& TiffPage::tags() const { return description().tags; }
 
 const PageProperties& TiffPage::properties() const { return description().properties; }
 
+tiff* TiffPage::restart() const
+{
+    const TiffPageTags& described = tags();
+    tiff* handle = m_reader->restart(m_index);
+    applyRowsPerStrip(handle, described);
+    if (described.hasStripOfUnknownSize)
+        messages().addPageWarning(
+            u"the size of its strip is 0 in the file; as many bytes as its rows need were taken"_s);
+    return handle;
+}
+
 void TiffPage::checkSize() const
 {
     const TiffPageTags& described = tags();
-    checkEncodedSize(m_file->describe(m_index), described, m_file->sizeBytes());
+    checkEncodedSize(load(), described, document().sizeBytes());
 }
 
 std::unique_ptr<RowSource> TiffPage::rowsShownIn(int bits) const
 {
     checkSize();
-    return displayRows(*m_file, m_index, tags(), bits);
+    return displayRows(*this, bits);
 }
 
 } // namespace pagestack

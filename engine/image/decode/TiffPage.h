@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/image/pixels/PageSource.h"
-#include "engine/image/tiff/TiffFile.h"
 #include "engine/image/tiff/TiffPageTags.h"
+#include "engine/image/tiff/TiffReader.h"
 
 #include <memory>
 
@@ -13,8 +13,10 @@ namespace pagestack {
 class TiffPage : public PageSource
 {
 public:
-    /// Page `index`, from 0, of `file`; the page keeps the file open.
-    TiffPage(std::shared_ptr<TiffFile> file, int index);
+    /// Page `index`, from 0, of the reader's file, which the page keeps open. Throws
+    /// std::out_of_range, reason "index 3 beyond bounds [0 .. 2]", for an index that does not
+    /// exist.
+    TiffPage(std::shared_ptr<TiffReader> reader, int index);
 
     const PageProperties& properties() const override;
     std::unique_ptr<RowSource> rows() const override { return rowsShownIn(16); }
@@ -22,7 +24,9 @@ public:
     std::uint64_t decodedBytes() const override { return tags().decodedBytes(); }
     const TiffPage* tiffPage() const override { return this; }
 
-    TiffFile& file() const { return *m_file; }
+    TiffReader& reader() const { return *m_reader; }
+    const OpenTiffFile& document() const { return m_reader->document(); }
+    TiffMessages& messages() const { return m_reader->messages(); }
     int index() const { return m_index; }
 
     /// Throws std::runtime_error when the page's directory cannot be read or is not supported.
@@ -31,6 +35,16 @@ public:
     /// Gives back the memory of what was read of the tags, which are read again when asked for.
     /// What tags() and properties() gave is not valid any more.
     void forgetTags() const { m_description.reset(); }
+
+    /// The handle, for reading tags: see TiffReader::load.
+    tiff* load() const { return m_reader->load(m_index); }
+
+    /// The handle for decoding from the start (see TiffReader::restart) in strips as the tags say;
+    /// with a warning where these were guessed. Throws std::runtime_error.
+    tiff* restart() const;
+
+    /// The page's directory, valid until another page of the reader is asked for.
+    const TiffDirectory& directory() const { return m_reader->directory(m_index); }
 
     /// Throws std::runtime_error when the page's data cannot hold its pixels (see
     /// checkEncodedSize).
@@ -44,7 +58,7 @@ private:
     };
     const Description& description() const;
 
-    std::shared_ptr<TiffFile> m_file;
+    std::shared_ptr<TiffReader> m_reader;
     int m_index;
     mutable std::unique_ptr<const Description> m_description; ///< read when first asked for
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <utility>
 
 namespace pagestack {
 
@@ -12,18 +13,15 @@ namespace {
     {
     public:
         explicit BitmapRows(const Bitmap& bitmap)
-            : m_bitmap(bitmap)
+            : RowSource(bitmap.properties().widthPx, bitmap.properties().heightPx, bitmap.layout())
+            , m_bitmap(bitmap)
         {
         }
-        int widthPx() const override { return m_bitmap.properties().widthPx; }
-        int heightPx() const override { return m_bitmap.properties().heightPx; }
-        const PixelLayout& layout() const override { return m_bitmap.layout(); }
         Band nextBand() override
         {
-            if (m_isAtEnd)
+            if (std::exchange(m_isAtEnd, true))
                 return {};
-            m_isAtEnd = true;
-            return { m_bitmap.samples().data(), heightPx(), layout().rowBytes(widthPx()) };
+            return { m_bitmap.samples().data(), heightPx(), rowBytes() };
         }
 
     private:
@@ -54,7 +52,7 @@ Bitmap::Bitmap(int widthPx, int heightPx, PixelLayout layout, std::vector<std::u
 
 std::shared_ptr<Bitmap> Bitmap::decoded(RowSource& rows)
 {
-    const auto rowBytes = static_cast<std::size_t>(rows.layout().rowBytes(rows.widthPx()));
+    const auto rowBytes = static_cast<std::size_t>(rows.rowBytes());
     std::vector<std::uint8_t> samples;
     for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
         for (int i = 0; i < band.rows; ++i)

@@ -15,9 +15,10 @@ namespace {
 } // namespace
 
 ReadAheadRows::ReadAheadRows(std::unique_ptr<RowSource> source, SpareThreads& threads)
-    : m_source(std::move(source))
+    : RowSource(source->widthPx(), source->heightPx(), source->layout())
+    , m_source(std::move(source))
     , m_threads(threads)
-    , m_strideBytes(m_source->layout().rowBytes(m_source->widthPx()))
+    , m_strideBytes(rowBytes())
     , m_portionRows(static_cast<int>(std::max<qsizetype>(1, portionBytes / m_strideBytes)))
 {
 }

@@ -28,9 +28,6 @@ public:
     ReadAheadRows(const ReadAheadRows&) = delete;
     ReadAheadRows& operator=(const ReadAheadRows&) = delete;
 
-    int widthPx() const override { return m_source->widthPx(); }
-    int heightPx() const override { return m_source->heightPx(); }
-    const PixelLayout& layout() const override { return m_source->layout(); }
     Band nextBand() override;
 
 private:

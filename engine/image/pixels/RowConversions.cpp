@@ -1,60 +1,17 @@
 #include "engine/image/pixels/RowConversions.h"
 
+#include "engine/image/pixels/RowByRow.h"
+#include "engine/image/pixels/SampleMath.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <functional>
+#include <utility>
 #include <vector>
 
 namespace pagestack {
 
 namespace {
-
-    using RowFunction = std::function<void(const std::uint8_t* from, std::uint8_t* to, int pixels)>;
-
-    /// What was made of a part of a band stays in the cache until it is used.
-    constexpr qsizetype wantedPartBytes = qsizetype { 128 } * 1024;
-
-    /// Another source's rows, each put through a function that gives rows of another layout.
-    class SteppedRows : public RowSource
-    {
-    public:
-        SteppedRows(std::unique_ptr<RowSource> source, PixelLayout layout, RowFunction step)
-            : m_source(std::move(source))
-            , m_layout(std::move(layout))
-            , m_step(std::move(step))
-            , m_strideBytes(m_layout.rowBytes(m_source->widthPx()))
-            , m_mostRows(static_cast<int>(std::max<qsizetype>(1, wantedPartBytes / m_strideBytes)))
-            , m_samples(static_cast<std::size_t>(m_mostRows * m_strideBytes))
-        {
-        }
-        int widthPx() const override { return m_source->widthPx(); }
-        int heightPx() const override { return m_source->heightPx(); }
-        const PixelLayout& layout() const override { return m_layout; }
-
-        Band nextBand() override
-        {
-            if (m_done == m_band.rows) {
-                m_band = m_source->nextBand();
-                m_done = 0;
-            }
-            const int rows = std::min(m_mostRows, m_band.rows - m_done);
-            for (int i = 0; i < rows; ++i)
-                m_step(m_band.row(m_done + i), m_samples.data() + i * m_strideBytes, widthPx());
-            m_done += rows;
-            return { m_samples.data(), rows, m_strideBytes };
-        }
-
-    private:
-        std::unique_ptr<RowSource> m_source;
-        PixelLayout m_layout;
-        RowFunction m_step;
-        qsizetype m_strideBytes;
-        int m_mostRows; ///< of a band
-        std::vector<std::uint8_t> m_samples;
-        Band m_band; ///< of the source
-        int m_done = 0; ///< rows of `m_band` that were handed out
-    };
 
     /// Calls `use(pixel index, value)` for every packed sample of a row.
     template <typename Use>
@@ -111,11 +68,10 @@ namespace {
         PixelLayout layout = rows->layout();
         const int bits = layout.bitsPerSample;
         layout.bitsPerSample = 8;
-        if (layout.model == ColorModel::Palette) {
-            layout.palette.resize(256);
-            return std::make_unique<SteppedRows>(std::move(rows), layout, indexesToBytes(bits));
-        }
-        return std::make_unique<SteppedRows>(std::move(rows), layout, grayToBytes(bits));
+        if (layout.model != ColorModel::Palette)
+            return steppedRows(std::move(rows), layout, grayToBytes(bits));
+        layout.palette.resize(256);
+        return steppedRows(std::move(rows), layout, indexesToBytes(bits));
     }
 
     std::unique_ptr<RowSource> withoutPalette(std::unique_ptr<RowSource> rows)
@@ -129,7 +85,7 @@ namespace {
         PixelLayout layout;
         layout.model = isGray ? ColorModel::Gray : ColorModel::Rgb;
         const auto channels = static_cast<std::size_t>(layout.channels());
-        return std::make_unique<SteppedRows>(
+        return steppedRows(
             std::move(rows), layout,
             [palette, channels](const std::uint8_t* from, std::uint8_t* to, int pixels) {
                 for (int i = 0; i < pixels; ++i) {
@@ -165,61 +121,44 @@ namespace {
             std::min(top, (std::uint64_t { value } * top + alpha / 2U) / alpha));
     }
 
-    /// Lays the pixels over white: the rows lose their alpha.
-    template <typename Sample>
-    RowFunction flattened(int colors, bool isPremultiplied)
+    /// Makes each colour of `make(colour, alpha)`; the pixels keep their alpha if they are to.
+    template <typename Sample, typename Make>
+    RowFunction withEachColor(int colors, bool keepsAlpha, Make make)
     {
-        return [colors, isPremultiplied](const std::uint8_t* from, std::uint8_t* to, int pixels) {
-            for (int i = 0; i < pixels; ++i) {
-                Sample in[4];
-                Sample out[3];
-                std::memcpy(in, from, sizeof(Sample) * static_cast<unsigned>(colors + 1));
-                for (int c = 0; c < colors; ++c)
-                    out[c] = overWhite(in[c], in[colors], isPremultiplied);
-                std::memcpy(to, out, sizeof(Sample) * static_cast<unsigned>(colors));
-                from += sizeof(Sample) * static_cast<unsigned>(colors + 1);
-                to += sizeof(Sample) * static_cast<unsigned>(colors);
-            }
-        };
-    }
-
-    template <typename Sample>
-    RowFunction straightened(int colors)
-    {
-        return [colors](const std::uint8_t* from, std::uint8_t* to, int pixels) {
-            const std::size_t pixelBytes = sizeof(Sample) * static_cast<unsigned>(colors + 1);
-            for (int i = 0; i < pixels; ++i) {
+        const std::size_t fromBytes = sizeof(Sample) * static_cast<unsigned>(colors + 1);
+        const std::size_t toBytes = fromBytes - (keepsAlpha ? 0 : sizeof(Sample));
+        return [=](const std::uint8_t* from, std::uint8_t* to, int pixels) {
+            for (int i = 0; i < pixels; ++i, from += fromBytes, to += toBytes) {
                 Sample samples[4];
-                std::memcpy(samples, from, pixelBytes);
+                std::memcpy(samples, from, fromBytes);
                 for (int c = 0; c < colors; ++c)
-                    samples[c] = dividedOut(samples[c], samples[colors]);
-                std::memcpy(to, samples, pixelBytes);
-                from += pixelBytes;
-                to += pixelBytes;
+                    samples[c] = make(samples[c], samples[colors]);
+                std::memcpy(to, samples, toBytes);
             }
         };
     }
 
-    std::unique_ptr<RowSource> withoutAlpha(std::unique_ptr<RowSource> rows)
+    /// Lays the pixels over white, or makes their alpha straight.
+    template <typename Sample>
+    RowFunction alphaStep(int colors, AlphaKind from, AlphaKind to)
     {
-        PixelLayout layout = rows->layout();
-        const bool isPremultiplied = layout.alpha == AlphaKind::Premultiplied;
-        layout.alpha = AlphaKind::None;
-        const int colors = layout.colorChannels();
-        RowFunction step = layout.bitsPerSample == 8
-            ? flattened<std::uint8_t>(colors, isPremultiplied)
-            : flattened<std::uint16_t>(colors, isPremultiplied);
-        return std::make_unique<SteppedRows>(std::move(rows), layout, std::move(step));
+        if (to == AlphaKind::Straight)
+            return withEachColor<Sample>(
+                colors, true, [](Sample value, Sample alpha) { return dividedOut(value, alpha); });
+        const bool isPremultiplied = from == AlphaKind::Premultiplied;
+        return withEachColor<Sample>(colors, false, [=](Sample value, Sample alpha) {
+            return overWhite(value, alpha, isPremultiplied);
+        });
     }
 
-    std::unique_ptr<RowSource> withStraightAlpha(std::unique_ptr<RowSource> rows)
+    std::unique_ptr<RowSource> withAlpha(std::unique_ptr<RowSource> rows, AlphaKind kind)
     {
         PixelLayout layout = rows->layout();
-        layout.alpha = AlphaKind::Straight;
+        const AlphaKind from = std::exchange(layout.alpha, kind);
         const int colors = layout.colorChannels();
-        RowFunction step = layout.bitsPerSample == 8 ? straightened<std::uint8_t>(colors)
-                                                     : straightened<std::uint16_t>(colors);
-        return std::make_unique<SteppedRows>(std::move(rows), layout, std::move(step));
+        RowFunction step = layout.bitsPerSample == 8 ? alphaStep<std::uint8_t>(colors, from, kind)
+                                                     : alphaStep<std::uint16_t>(colors, from, kind);
+        return steppedRows(std::move(rows), layout, std::move(step));
     }
 
     std::unique_ptr<RowSource> reducedTo8Bits(std::unique_ptr<RowSource> rows)
@@ -227,15 +166,11 @@ namespace {
         PixelLayout layout = rows->layout();
         layout.bitsPerSample = 8;
         const int channels = layout.channels();
-        return std::make_unique<SteppedRows>(
-            std::move(rows), layout,
-            [channels](const std::uint8_t* from, std::uint8_t* to, int pixels) {
-                for (qsizetype i = 0; i < qsizetype { pixels } * channels; ++i) {
-                    std::uint16_t wide = 0;
-                    std::memcpy(&wide, from + 2 * i, sizeof wide);
-                    to[i] = static_cast<std::uint8_t>((wide * 255U + 32767U) / 65535U);
-                }
-            });
+        return steppedRows(std::move(rows), layout,
+                           [channels](const std::uint8_t* from, std::uint8_t* to, int pixels) {
+                               for (qsizetype i = 0; i < qsizetype { pixels } * channels; ++i)
+                                   to[i] = toByte(loadSample<std::uint16_t>(from + 2 * i));
+                           });
     }
 
 } // namespace
@@ -248,9 +183,9 @@ std::unique_ptr<RowSource> adaptRows(std::unique_ptr<RowSource> rows, const Targ
     if ((bits == 1 && !target.takes1Bit) || ((bits == 2 || bits == 4) && !target.takes2And4Bits))
         rows = widened(std::move(rows));
     if (rows->layout().alpha != AlphaKind::None && !target.takesAlpha)
-        rows = withoutAlpha(std::move(rows));
+        rows = withAlpha(std::move(rows), AlphaKind::None);
     else if (rows->layout().alpha == AlphaKind::Premultiplied)
-        rows = withStraightAlpha(std::move(rows));
+        rows = withAlpha(std::move(rows), AlphaKind::Straight);
     if (rows->layout().bitsPerSample == 16 && !target.takes16Bits)
         rows = reducedTo8Bits(std::move(rows));
     return rows;

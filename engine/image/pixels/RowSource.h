@@ -2,6 +2,8 @@
 
 #include "engine/image/pixels/PixelLayout.h"
 
+#include <utility>
+
 namespace pagestack {
 
 /// Some rows of a page, the upper ones first. The memory belongs to whoever handed the band out.
@@ -20,20 +22,31 @@ class RowSource
 {
 public:
     virtual ~RowSource() = default;
+    RowSource(const RowSource&) = delete;
+    RowSource& operator=(const RowSource&) = delete;
 
-    virtual int widthPx() const = 0;
-    virtual int heightPx() const = 0;
-    virtual const PixelLayout& layout() const = 0;
+    int widthPx() const { return m_widthPx; }
+    int heightPx() const { return m_heightPx; }
+    const PixelLayout& layout() const { return m_layout; }
+    qsizetype rowBytes() const { return m_layout.rowBytes(m_widthPx); }
 
-    /// The next rows; a band without rows after the last one. What it points to stays valid until
-    /// the next call. The bands of a pass hold exactly `heightPx` rows together.
-    /// Throws std::runtime_error with the reason when the rows cannot be read completely.
+    /// The next rows; a band without rows after the last one. It stays valid until the next call.
+    /// The bands of a pass hold exactly `heightPx` rows together. Throws std::runtime_error with
+    /// the reason when the rows cannot be read completely.
     virtual Band nextBand() = 0;
 
 protected:
-    RowSource() = default;
-    RowSource(const RowSource&) = delete;
-    RowSource& operator=(const RowSource&) = delete;
+    RowSource(int widthPx, int heightPx, PixelLayout layout)
+        : m_widthPx(widthPx)
+        , m_heightPx(heightPx)
+        , m_layout(std::move(layout))
+    {
+    }
+
+private:
+    int m_widthPx;
+    int m_heightPx;
+    PixelLayout m_layout;
 };
 
 } // namespace pagestack

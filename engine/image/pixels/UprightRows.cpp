@@ -1,6 +1,7 @@
 #include "engine/image/pixels/UprightRows.h"
 
 #include "engine/files/ByteSpool.h"
+#include "engine/image/pixels/RowByRow.h"
 #include "engine/image/pixels/RowLimits.h"
 
 #include <algorithm>
@@ -23,17 +24,15 @@ namespace {
     /// So many rows stay in the cache while they are transposed.
     constexpr int cachedRows = 64;
 
-    /// What TIFF 6.0 says of the first stored row and column.
+    // What TIFF 6.0 says of the first stored row and column. Stored rows are columns from 5 on.
     bool swapsSides(int orientation) { return orientation >= 5; }
-    bool firstColumnIsRight(int orientation) { return orientation == 2 || orientation == 3; }
-    bool firstRowIsBottom(int orientation) { return orientation == 3 || orientation == 4; }
-    /// For turned pages: stored rows are columns, from the right for 6 and 7; stored columns are
-    /// rows, from the bottom for 7 and 8.
-    bool storedRowsRunFromRight(int orientation) { return orientation == 6 || orientation == 7; }
-    bool storedColumnsRunFromBottom(int orientation)
+    /// The first output row was stored last, as a row or a column.
+    bool runsFromBottom(int orientation)
     {
-        return orientation == 7 || orientation == 8;
+        return orientation == 3 || orientation == 4 || orientation >= 7;
     }
+    /// The first output column was.
+    bool runsFromRight(int orientation) { return (orientation & 2) != 0; }
 
     int rowsOf(qsizetype bytes, qsizetype rowBytes, int most)
     {
@@ -141,43 +140,6 @@ namespace {
         std::array<std::uint8_t, 256> m_mirrored = {}; ///< each byte of packed samples
     };
 
-    /// Mirrors each row; the order of the rows stays.
-    class MirroredRows : public RowSource
-    {
-    public:
-        explicit MirroredRows(std::unique_ptr<RowSource> source)
-            : m_source(std::move(source))
-            , m_mover(m_source->layout())
-        {
-        }
-        int widthPx() const override { return m_source->widthPx(); }
-        int heightPx() const override { return m_source->heightPx(); }
-        const PixelLayout& layout() const override { return m_source->layout(); }
-
-        Band nextBand() override
-        {
-            if (m_done == m_band.rows) {
-                m_band = m_source->nextBand();
-                m_done = 0;
-            }
-            const qsizetype stride = layout().rowBytes(widthPx());
-            const int rows
-                = std::min(m_band.rows - m_done, rowsOf(wantedBandBytes, stride, m_band.rows));
-            m_samples.resize(static_cast<std::size_t>(stride * rows));
-            for (int i = 0; i < rows; ++i)
-                m_mover.mirror(m_band.row(m_done + i), widthPx(), m_samples.data() + i * stride);
-            m_done += rows;
-            return { m_samples.data(), rows, stride };
-        }
-
-    private:
-        std::unique_ptr<RowSource> m_source;
-        PixelMover m_mover;
-        Band m_band; ///< of the source
-        int m_done = 0; ///< rows of it that were handed out
-        std::vector<std::uint8_t> m_samples;
-    };
-
     /// Rows in another order or turned into columns. The stored page is read once and kept in
     /// blocks of stored rows; a block of a turned page is transposed, so that what a band of output
     /// rows needs of it lies in one piece.
@@ -185,44 +147,35 @@ namespace {
     {
     public:
         RearrangedRows(std::unique_ptr<RowSource> source, int orientation)
-            : m_layout(source->layout())
-            , m_mover(m_layout)
+            : RowSource(swapsSides(orientation) ? source->heightPx() : source->widthPx(),
+                        swapsSides(orientation) ? source->widthPx() : source->heightPx(),
+                        source->layout())
+            , m_mover(layout())
             , m_orientation(orientation)
             , m_storedWidth(source->widthPx())
             , m_storedHeight(source->heightPx())
             , m_blockRows(rowsOfBlocks())
             , m_spool(blockOffset(m_storedHeight) > mostBytesInMemory ? 0 : mostBytesInMemory)
         {
-            const int turnedWidth = m_storedHeight;
             if (swapsSides(m_orientation)
-                && (static_cast<std::uint32_t>(turnedWidth) > longestRowPx
-                    || static_cast<std::uint64_t>(m_mover.bytes(turnedWidth)) > longestRowBytes))
-                throw std::runtime_error("its rows of " + std::to_string(turnedWidth)
+                && (static_cast<std::uint32_t>(widthPx()) > longestRowPx
+                    || static_cast<std::uint64_t>(rowBytes()) > longestRowBytes))
+                throw std::runtime_error("its rows of " + std::to_string(widthPx())
                                          + " pixels, once it is turned, are too long");
             fill(*source);
         }
-        int widthPx() const override
-        {
-            return swapsSides(m_orientation) ? m_storedHeight : m_storedWidth;
-        }
-        int heightPx() const override
-        {
-            return swapsSides(m_orientation) ? m_storedWidth : m_storedHeight;
-        }
-        const PixelLayout& layout() const override { return m_layout; }
 
         Band nextBand() override
         {
-            const qsizetype stride = m_mover.bytes(widthPx());
             const int rows
-                = std::min(rowsOf(wantedBandBytes, stride, heightPx()), heightPx() - m_nextRow);
-            m_samples.resize(static_cast<std::size_t>(stride * rows));
-            if (rows > 0 && swapsSides(m_orientation))
-                gatherColumns(rows);
-            else if (rows > 0)
-                gatherRows(rows);
+                = std::min(rowsOf(wantedBandBytes, rowBytes(), heightPx()), heightPx() - m_nextRow);
+            m_samples.resize(static_cast<std::size_t>(rowBytes() * rows));
+            if (rows > 0)
+                gather(rows);
+            if (rows > 0 && runsFromRight(m_orientation))
+                mirror(rows);
             m_nextRow += rows;
-            return { m_samples.data(), rows, stride };
+            return { m_samples.data(), rows, rowBytes() };
         }
 
     private:
@@ -273,55 +226,38 @@ namespace {
             m_spool.writeAt(blockOffset(firstRow), m_piece);
         }
 
-        /// Output rows are stored rows from the bottom on, mirrored where that is asked.
-        void gatherRows(int rows)
+        /// Takes of each block what the output rows have of it. A page that is not turned is one
+        /// block to them, since its rows are whole.
+        void gather(int rows)
         {
-            const qsizetype rowBytes = m_mover.bytes(m_storedWidth);
-            const bool fromBottom = firstRowIsBottom(m_orientation);
-            m_piece.resize(m_samples.size());
-            m_spool.readAt(blockOffset(fromBottom ? m_storedHeight - m_nextRow - rows : m_nextRow),
-                           m_piece);
-            for (int i = 0; i < rows; ++i) {
-                const std::uint8_t* from
-                    = m_piece.data() + (fromBottom ? rows - 1 - i : i) * rowBytes;
-                std::uint8_t* to = m_samples.data() + i * rowBytes;
-                if (firstColumnIsRight(m_orientation))
-                    m_mover.mirror(from, m_storedWidth, to);
-                else
-                    std::memcpy(to, from, static_cast<std::size_t>(rowBytes));
+            const bool fromBottom = runsFromBottom(m_orientation);
+            const int firstRow = fromBottom ? heightPx() - m_nextRow - rows : m_nextRow;
+            const int blockPixels = swapsSides(m_orientation) ? m_blockRows : widthPx();
+            for (int first = 0; first < widthPx();) {
+                const int pixels = std::min(blockPixels, widthPx() - first);
+                const qsizetype bytes = m_mover.bytes(pixels);
+                m_piece.resize(static_cast<std::size_t>(bytes * rows));
+                const qsizetype begin = m_mover.bytes(first);
+                m_spool.readAt(static_cast<std::uint64_t>(begin * heightPx() + bytes * firstRow),
+                               m_piece);
+                for (int i = 0; i < rows; ++i)
+                    std::memcpy(m_samples.data() + i * rowBytes() + begin,
+                                m_piece.data() + (fromBottom ? rows - 1 - i : i) * bytes,
+                                static_cast<std::size_t>(bytes));
+                first += pixels;
             }
         }
 
-        /// Output rows are stored columns: each block gives the pixels of its stored rows.
-        void gatherColumns(int rows)
+        void mirror(int rows)
         {
-            const qsizetype stride = m_mover.bytes(widthPx());
-            const bool fromBottom = storedColumnsRunFromBottom(m_orientation);
-            const int firstColumn = fromBottom ? m_storedWidth - m_nextRow - rows : m_nextRow;
-            for (int first = 0; first < m_storedHeight;) {
-                const int inBlock = std::min(m_blockRows, m_storedHeight - first);
-                const qsizetype columnBytes = m_mover.bytes(inBlock);
-                m_piece.resize(static_cast<std::size_t>(columnBytes * rows));
-                m_spool.readAt(blockOffset(first)
-                                   + static_cast<std::uint64_t>(columnBytes * firstColumn),
-                               m_piece);
-                for (int i = 0; i < rows; ++i)
-                    std::memcpy(m_samples.data() + i * stride + m_mover.bytes(first),
-                                m_piece.data() + (fromBottom ? rows - 1 - i : i) * columnBytes,
-                                static_cast<std::size_t>(columnBytes));
-                first += inBlock;
-            }
-            if (!storedRowsRunFromRight(m_orientation))
-                return;
-            m_piece.resize(static_cast<std::size_t>(stride));
+            m_piece.resize(static_cast<std::size_t>(rowBytes()));
             for (int i = 0; i < rows; ++i) {
-                std::uint8_t* row = m_samples.data() + i * stride;
+                std::uint8_t* row = m_samples.data() + i * rowBytes();
                 m_mover.mirror(row, widthPx(), m_piece.data());
                 std::memcpy(row, m_piece.data(), m_piece.size());
             }
         }
 
-        PixelLayout m_layout;
         PixelMover m_mover;
         int m_orientation;
         int m_storedWidth;
@@ -333,12 +269,22 @@ namespace {
         std::vector<std::uint8_t> m_samples;
     };
 
+    std::unique_ptr<RowSource> mirroredRows(std::unique_ptr<RowSource> rows)
+    {
+        const PixelLayout layout = rows->layout();
+        return steppedRows(
+            std::move(rows), layout,
+            [mover = PixelMover(layout)](const std::uint8_t* from, std::uint8_t* to, int pixels) {
+                mover.mirror(from, pixels, to);
+            });
+    }
+
 } // namespace
 
 std::unique_ptr<RowSource> uprightRows(std::unique_ptr<RowSource> rows, int orientation)
 {
     if (orientation == 2)
-        return std::make_unique<MirroredRows>(std::move(rows));
+        return mirroredRows(std::move(rows));
     if (orientation >= 3 && orientation <= 8)
         return std::make_unique<RearrangedRows>(std::move(rows), orientation);
     return rows;

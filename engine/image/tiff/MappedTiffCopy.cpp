@@ -1,15 +1,16 @@
 #include "engine/image/tiff/MappedTiffCopy.h"
 
 #include "engine/files/PosixFile.h"
-#include "engine/image/tiff/TiffFile.h"
+#include "engine/image/pixels/ByteOrder.h"
+#include "engine/image/tiff/TiffReader.h"
 
 #include <QScopeGuard>
 
 #include <tiffio.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
-#include <cstring>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <vector>
@@ -23,19 +24,19 @@ namespace {
 
     /// Where libtiff reads of the page: the header, the directory, the values of its tags, the
     /// strips.
-    std::vector<FileRange> rangesOf(TiffFile& file, int index)
+    std::vector<FileRange> rangesOf(TiffReader& reader, int index)
     {
-        const TiffDirectory directory = file.directory(index);
+        const TiffDirectory& directory = reader.directory(index);
+        const std::uint64_t size = reader.document().sizeBytes();
         std::vector<FileRange> ranges { { 0, headerBytes } };
-        const auto add
-            = [&ranges, size = file.sizeBytes()](std::uint64_t offset, std::uint64_t bytes) {
-                  if (offset < size)
-                      ranges.push_back({ offset, offset + std::min(bytes, size - offset) });
-              };
+        const auto add = [&](std::uint64_t offset, std::uint64_t bytes) {
+            if (offset < size)
+                ranges.push_back({ offset, offset + std::min(bytes, size - offset) });
+        };
         add(directory.range.begin, directory.range.end - directory.range.begin);
         for (const TiffTagValue& value : directory.values)
             add(value.offset, value.bytes);
-        tiff* page = file.describe(index);
+        tiff* page = reader.load(index);
         const std::uint32_t strips = TIFFNumberOfStrips(page);
         for (std::uint32_t strip = 0; strip < strips; ++strip)
             add(TIFFGetStrileOffset(page, strip), TIFFGetStrileByteCount(page, strip));
@@ -43,10 +44,9 @@ namespace {
     }
 
     /// Copies the ranges, which may share bytes, to where they lie in the file.
-    void copyRanges(const TiffFile& from, std::vector<FileRange> ranges, int to)
+    void copyRanges(const OpenTiffFile& from, std::vector<FileRange> ranges, int to)
     {
-        std::sort(ranges.begin(), ranges.end(),
-                  [](const FileRange& a, const FileRange& b) { return a.begin < b.begin; });
+        std::ranges::sort(ranges, {}, &FileRange::begin);
         std::vector<std::uint8_t> buffer;
         std::uint64_t done = 0;
         for (const FileRange& range : ranges)
@@ -57,97 +57,51 @@ namespace {
             }
     }
 
-    /// Writes an offset of a directory as the file has it.
-    void putOffset(int to, std::uint64_t at, const TiffDirectoryChain& chain, std::uint64_t offset)
+    /// Makes the page the only one of the chain, which libtiff walks: the others are not copied.
+    void leaveAlone(const TiffFormat& format, const FileRange& directory, int copy)
     {
-        std::vector<std::uint8_t> bytes(chain.isBigTiff ? 8 : 4);
-        for (std::size_t i = 0; i < bytes.size(); ++i, offset >>= 8U)
-            bytes[chain.isBigEndian ? bytes.size() - 1 - i : i] = static_cast<std::uint8_t>(offset);
-        writeFully(to, at, bytes);
+        std::array<std::uint8_t, 8> bytes = {};
+        const std::span link = std::span(bytes).first(format.offsetBytes());
+        writeFully(copy, directory.end - link.size(), link);
+        putNumber(link, directory.begin, format.isBigEndian);
+        writeFully(copy, format.firstLinkAt(), link);
     }
 
-    /// libtiff walks the chain, which is that of one page here: the others are not copied.
-    void leaveAlone(const TiffFile& file, int index, int copy)
+    /// The mapping belongs to the MappedTiffCopy.
+    class MappedStream : public TiffStream
     {
-        const TiffDirectoryChain& chain = file.chain();
-        const FileRange directory = file.directory(index).range;
-        putOffset(copy, chain.isBigTiff ? 8 : 4, chain, directory.begin);
-        putOffset(copy, directory.end - (chain.isBigTiff ? 8 : 4), chain, 0);
-    }
+    public:
+        explicit MappedStream(std::span<const std::uint8_t> bytes)
+            : m_bytes(bytes)
+        {
+        }
+        std::uint64_t sizeBytes() override { return m_bytes.size(); }
+        std::size_t read(std::uint64_t offset, std::span<std::uint8_t> bytes) override
+        {
+            const auto left = m_bytes.subspan(std::min<std::uint64_t>(offset, m_bytes.size()));
+            const std::size_t count = std::min(bytes.size(), left.size());
+            std::copy_n(left.begin(), count, bytes.begin());
+            return count;
+        }
+        std::span<const std::uint8_t> mapping() const override { return m_bytes; }
 
-    /// What libtiff calls for a handle on a mapping. The mapping belongs to the MappedTiffCopy.
-    struct Mapped
-    {
-        const std::uint8_t* bytes;
-        std::uint64_t size;
-        std::uint64_t position = 0;
+    private:
+        std::span<const std::uint8_t> m_bytes;
     };
-
-    tmsize_t readMapped(thandle_t stream, void* buffer, tmsize_t size)
-    {
-        auto* mapped = static_cast<Mapped*>(stream);
-        const std::uint64_t left = mapped->size - std::min(mapped->position, mapped->size);
-        const auto count = std::min(left, static_cast<std::uint64_t>(size));
-        std::memcpy(buffer, mapped->bytes + mapped->position, count);
-        mapped->position += count;
-        return static_cast<tmsize_t>(count);
-    }
-
-    tmsize_t refuseWriting(thandle_t, void*, tmsize_t) { return -1; }
-
-    toff_t seekMapped(thandle_t stream, toff_t offset, int whence)
-    {
-        auto* mapped = static_cast<Mapped*>(stream);
-        if (whence == SEEK_CUR)
-            offset += mapped->position;
-        else if (whence == SEEK_END)
-            offset += mapped->size;
-        return mapped->position = offset;
-    }
-
-    int closeMapped(thandle_t stream)
-    {
-        delete static_cast<Mapped*>(stream); // made for the handle that closes now
-        return 0;
-    }
-
-    toff_t sizeOfMapped(thandle_t stream) { return static_cast<Mapped*>(stream)->size; }
-
-    int giveMapping(thandle_t stream, void** bytes, toff_t* size)
-    {
-        auto* mapped = static_cast<Mapped*>(stream);
-        *bytes = const_cast<std::uint8_t*>(mapped->bytes); // libtiff only reads from it
-        *size = mapped->size;
-        return 1;
-    }
-
-    void keepMapping(thandle_t, void*, toff_t) { }
-
-    TiffHandle openMapped(const std::uint8_t* bytes, std::uint64_t size, TiffMessages& messages)
-    {
-        const auto options = tiffOpenOptions(messages);
-        auto stream = std::make_unique<Mapped>(Mapped { bytes, size });
-        TiffHandle handle(TIFFClientOpenExt(messages.fileName().toUtf8().constData(), "rhM",
-                                            stream.get(), readMapped, refuseWriting, seekMapped,
-                                            closeMapped, sizeOfMapped, giveMapping, keepMapping,
-                                            options.get()));
-        if (!handle)
-            messages.fail("it is no TIFF file");
-        static_cast<void>(stream.release()); // closeMapped deletes it
-        return handle;
-    }
 
 } // namespace
 
 void Unmapper::operator()(std::uint8_t* bytes) const noexcept { ::munmap(bytes, size); }
 
-MappedTiffCopy::MappedTiffCopy(TiffFile& file, int index)
+MappedTiffCopy::MappedTiffCopy(TiffReader& reader, int index)
 {
+    const OpenTiffFile& document = reader.document();
+    const FileRange directory = reader.directory(index).range;
     const int copy = openUnnamedFile();
     const auto closeCopy = qScopeGuard([copy] { ::close(copy); });
-    copyRanges(file, rangesOf(file, index), copy);
-    leaveAlone(file, index, copy);
-    const std::uint64_t size = file.sizeBytes();
+    copyRanges(document, rangesOf(reader, index), copy);
+    leaveAlone(document.chain().format, directory, copy);
+    const std::uint64_t size = document.sizeBytes();
     // A directory may end with the file, before the offset of the next.
     if (::ftruncate(copy, static_cast<off_t>(size)) != 0)
         throwFileSystemError("cannot make the temporary file", errno);
@@ -156,11 +110,12 @@ MappedTiffCopy::MappedTiffCopy(TiffFile& file, int index)
         throwFileSystemError("cannot map the temporary file", errno);
     // The mapping keeps the bytes when the descriptor is closed.
     m_mapping = { static_cast<std::uint8_t*>(bytes), Unmapper { size } };
-    m_handle = openMapped(m_mapping.get(), size, file.messages());
-    if (TIFFSetSubDirectory(handle(), file.chain().offsets.at(static_cast<std::size_t>(index)))
-        == 0)
-        file.messages().fail("the directory of the page cannot be read");
-    file.messages().forget();
+    TiffMessages& messages = reader.messages();
+    m_handle
+        = openTiff(std::make_unique<MappedStream>(std::span(m_mapping.get(), size)), "r", messages);
+    if (TIFFSetSubDirectory(handle(), directory.begin) == 0)
+        messages.fail("the directory of the page cannot be read");
+    messages.forget();
 }
 
 void MappedTiffCopy::dropPages()

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "engine/image/tiff/TiffHandle.h"
+#include "engine/image/tiff/TiffStream.h"
 
 #include <cstdint>
 #include <memory>
 
 namespace pagestack {
 
-class TiffFile;
+class TiffReader;
 
 struct Unmapper
 {
@@ -24,10 +24,10 @@ struct Unmapper
 class MappedTiffCopy
 {
 public:
-    /// Copies page `index` of `file` and makes it the current one of the handle, whose messages go
-    /// to those of `file`, which must outlive this object. Throws std::runtime_error with the
-    /// reason.
-    MappedTiffCopy(TiffFile& file, int index);
+    /// Copies page `index` of the reader's file and makes it the current one of the handle, whose
+    /// messages go to those of `reader`, which must outlive this object. Throws std::runtime_error
+    /// with the reason.
+    MappedTiffCopy(TiffReader& reader, int index);
 
     tiff* handle() const { return m_handle.get(); }
 

@@ -1,8 +1,9 @@
 #include "engine/image/tiff/TiffLimits.h"
 
+#include "engine/image/pixels/ByteOrder.h"
 #include "engine/image/pixels/RowLimits.h"
-#include "engine/image/tiff/TiffFile.h"
 #include "engine/image/tiff/TiffPageTags.h"
+#include "engine/image/tiff/TiffReader.h"
 
 #include <tiffio.h>
 
@@ -26,6 +27,15 @@ namespace {
     constexpr std::uint64_t mostDecodedPerByte = 1000;
 
     constexpr std::uint64_t largestJbigPage = std::uint64_t { 64 } * 1024 * 1024;
+
+    // Some profiles and texts have many megabytes.
+    constexpr std::uint64_t mostValueBytes = std::uint64_t { 64 } * 1024 * 1024;
+
+    const TiffTagValue* tableOf(const TiffDirectory& directory, unsigned stripTag, unsigned tileTag)
+    {
+        const TiffTagValue* strips = directory.find(stripTag);
+        return strips != nullptr ? strips : directory.find(tileTag);
+    }
 
     /// The most bytes that one encoded byte can decode to; 0: no useful bound.
     std::uint64_t highestRatio(int compression)
@@ -58,12 +68,8 @@ namespace {
             throw std::runtime_error("its JBIG data are damaged");
         if (tags.fillOrder == FILLORDER_MSB2LSB)
             TIFFReverseBits(head.data(), bytes); // libtiff's notion of the order, here only
-        const auto number = [&](std::size_t first) {
-            std::uint32_t value = 0;
-            for (const std::uint8_t byte : std::span(head).subspan(first, 4))
-                value = value << 8U | byte;
-            return value;
-        };
+        const auto number
+            = [&](std::size_t first) { return numberIn(std::span(head).subspan(first, 4), true); };
         const bool isOneLayer = head[0] == 0 && head[1] == 0 && head[2] == 1;
         if (!isOneLayer || number(4) != tags.widthPx || number(8) != tags.heightPx)
             throw std::runtime_error("its JBIG data do not have the size of the page");
@@ -90,8 +96,7 @@ namespace {
     EncodedSize checkPieces(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes)
     {
         const std::uint64_t headerBytes = TIFFIsBigTIFF(handle) != 0 ? 16 : 8;
-        const std::uint32_t count
-            = tags.isTiled ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
+        const std::uint32_t count = piecesOf(handle);
         EncodedSize sum;
         for (std::uint32_t number = 0; number < count; ++number) {
             int failed = 0;
@@ -119,20 +124,10 @@ namespace {
         return sum;
     }
 
-    const TiffTagValue* valueOf(const TiffDirectory& directory, unsigned stripTag, unsigned tileTag)
-    {
-        const auto is = [=](const TiffTagValue& value) {
-            return value.tag == stripTag || value.tag == tileTag;
-        };
-        const auto value = std::find_if(directory.values.begin(), directory.values.end(), is);
-        return value == directory.values.end() ? nullptr : &*value;
-    }
-
     void checkLengthOfTable(const TiffDirectory& directory, tiff* handle, TiffPageTags& tags)
     {
-        const TiffTagValue* table = valueOf(directory, TIFFTAG_STRIPOFFSETS, TIFFTAG_TILEOFFSETS);
-        const std::uint32_t needed
-            = tags.isTiled ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
+        const TiffTagValue* table = tableOf(directory, TIFFTAG_STRIPOFFSETS, TIFFTAG_TILEOFFSETS);
+        const std::uint32_t needed = piecesOf(handle);
         // libtiff cuts a large uncompressed strip into several, and fills a table that is too short
         // with 0.
         if (table == nullptr || table->count >= needed
@@ -149,22 +144,19 @@ namespace {
 
     /// libtiff replaces sizes of uncompressed strips that look wrong by what the rows need, and
     /// takes what follows in the file for pixels.
-    void checkPlainCounts(const TiffFile& file, const TiffDirectory& directory, tiff* handle,
-                          TiffPageTags& tags)
+    void checkPlainCounts(TiffReader& reader, int index, TiffPageTags& tags)
     {
+        const OpenTiffFile& file = reader.document();
         const TiffTagValue* table
-            = valueOf(directory, TIFFTAG_STRIPBYTECOUNTS, TIFFTAG_TILEBYTECOUNTS);
+            = tableOf(reader.directory(index), TIFFTAG_STRIPBYTECOUNTS, TIFFTAG_TILEBYTECOUNTS);
         if (table == nullptr || table->count == 0 || table->bytes > file.sizeBytes())
             return;
+        tiff* handle = reader.load(index);
         const std::uint64_t size = table->bytes / table->count;
         std::vector<std::uint8_t> bytes(table->bytes);
         file.readAt(table->offset, bytes);
         const auto sizeOf = [&](std::uint64_t entry) {
-            std::uint64_t value = 0;
-            for (std::uint64_t i = 0; i < size; ++i)
-                value = value << 8U
-                    | bytes[entry * size + (file.chain().isBigEndian ? i : size - 1 - i)];
-            return value;
+            return numberIn(std::span(bytes).subspan(entry * size, size), file.isBigEndian());
         };
         // Old programs left the size of the only strip unknown.
         if (table->count == 1 && !tags.isTiled) {
@@ -173,16 +165,28 @@ namespace {
                 refusePiece(tags, 0, "is smaller than its rows");
             return;
         }
-        const std::uint32_t pieces
-            = tags.isTiled ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
-        for (std::uint32_t number = 0; number < std::min<std::uint64_t>(pieces, table->count);
-             ++number)
+        const std::uint64_t pieces = std::min<std::uint64_t>(piecesOf(handle), table->count);
+        for (std::uint32_t number = 0; number < pieces; ++number)
             if (TIFFGetStrileOffset(handle, number) != 0
                 && sizeOf(number) < plainBytes(handle, tags, number))
                 refusePiece(tags, number, "is smaller than its rows");
     }
 
+    /// Lists as long as the page has strips or tiles, and the layers that some programs put beside
+    /// the page. They are bounded as any single allocation is, and read once.
+    bool isBoundedElsewhere(unsigned tag)
+    {
+        return tag == TIFFTAG_STRIPOFFSETS || tag == TIFFTAG_STRIPBYTECOUNTS
+            || tag == TIFFTAG_TILEOFFSETS || tag == TIFFTAG_TILEBYTECOUNTS
+            || tag == TIFFTAG_IMAGESOURCEDATA;
+    }
+
 } // namespace
+
+std::uint32_t piecesOf(tiff* handle)
+{
+    return TIFFIsTiled(handle) != 0 ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
+}
 
 std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t number)
 {
@@ -192,12 +196,25 @@ std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t n
     return TIFFVStripSize64(handle, std::min(tags.rowsPerStrip, tags.heightPx - above));
 }
 
-void checkStripTable(const TiffFile& file, const TiffDirectory& directory, tiff* handle,
-                     TiffPageTags& tags)
+void checkTagValues(const TiffDirectory& directory, std::uint64_t fileSizeBytes)
 {
-    checkLengthOfTable(directory, handle, tags);
+    std::uint64_t sum = 0; // of values that may share their bytes
+    for (const TiffTagValue& value : directory.values) {
+        if (isBoundedElsewhere(value.tag) || value.offset > fileSizeBytes
+            || value.bytes > fileSizeBytes - value.offset)
+            continue;
+        if (value.bytes > mostValueBytes - sum)
+            throw std::runtime_error("its tags announce more than "
+                                     + std::to_string(mostValueBytes >> 20U) + " MiB of values");
+        sum += value.bytes;
+    }
+}
+
+void checkStripTable(TiffReader& reader, int index, TiffPageTags& tags)
+{
+    checkLengthOfTable(reader.directory(index), reader.load(index), tags);
     if (tags.compression == COMPRESSION_NONE)
-        checkPlainCounts(file, directory, handle, tags);
+        checkPlainCounts(reader, index, tags);
 }
 
 void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 struct tiff;
@@ -7,20 +8,32 @@ struct tiff;
 namespace pagestack {
 
 struct TiffDirectory;
-class TiffFile;
+class TiffReader;
 struct TiffPageTags;
+
+constexpr std::size_t mostPages = 1'048'576; ///< of a file, which is as far as libtiff goes
+
+/// No single table, strip or tile that libtiff holds may be larger.
+constexpr std::uint64_t largestTiffAllocation = std::uint64_t { 256 } * 1024 * 1024;
+
+/// Throws std::runtime_error when the values in the directory, which libtiff holds all at once, are
+/// more than 64 MiB: without those that reach out of the file, the lists of strips and tiles and
+/// the layers in ImageSourceData.
+void checkTagValues(const TiffDirectory& directory, std::uint64_t fileSizeBytes);
+
+/// Number of strips or tiles of the current page, of all planes.
+std::uint32_t piecesOf(tiff* handle);
 
 /// Decoded bytes of the strip or tile `number` of the current page; the last strip of a plane may
 /// have fewer rows than the others.
 std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t number);
 
-/// Looks whether the table of offsets in `directory`, that of the current page, has an entry for
-/// each strip or tile. If it has just one a plane, RowsPerStrip is wrong and the strip holds all
-/// rows, which `tags` and `handle` are told. Throws std::runtime_error for any other table that is
-/// too short, or that gives a strip of an uncompressed page fewer bytes than its rows take. (Old
-/// programs left the size of the only strip 0: `tags` are told.)
-void checkStripTable(const TiffFile& file, const TiffDirectory& directory, tiff* handle,
-                     TiffPageTags& tags);
+/// Checks that the table of offsets of page `index` has an entry for each strip or tile. If it has
+/// just one a plane, RowsPerStrip is wrong and the strip holds all rows, which `tags` and the
+/// handle are told. Throws std::runtime_error for any other table that is too short, or that gives
+/// a strip of an uncompressed page fewer bytes than its rows take. (Old programs left the size of
+/// the only strip 0: `tags` are told.)
+void checkStripTable(TiffReader& reader, int index, TiffPageTags& tags);
 
 /// Throws std::runtime_error when the current page announces rows of more than 16 Mi pixels (4 Mi
 /// of a fax page) or 16 MiB, more pixels than its strips or tiles can hold, more than 1 GiB of them

@@ -41,13 +41,13 @@ struct TiffPageTags
     /// Samples in one plane of the file: all of a pixel's, or 1 when planes are separate.
     int samplesInPlane() const { return planesAreSeparate ? 1 : samplesPerPixel; }
     int planes() const { return planesAreSeparate ? samplesPerPixel : 1; }
-    std::uint64_t planeRowBytes() const
+    /// Of so many pixels in a row of one plane.
+    std::uint64_t bitsOf(std::uint32_t pixels) const
     {
-        return (std::uint64_t { widthPx } * static_cast<unsigned>(samplesInPlane())
-                    * static_cast<unsigned>(bitsPerSample)
-                + 7)
-            / 8;
+        return std::uint64_t { pixels } * static_cast<unsigned>(samplesInPlane())
+            * static_cast<unsigned>(bitsPerSample);
     }
+    std::uint64_t planeRowBytes() const { return (bitsOf(widthPx) + 7) / 8; }
     std::uint64_t decodedBytes() const
     {
         return planeRowBytes() * heightPx * static_cast<unsigned>(planes());

@@ -1,6 +1,7 @@
 #include "engine/image/tiffwriter/EncodedPieces.h"
 
 #include "engine/image/decode/TiffPage.h"
+#include "engine/image/tiff/TiffLimits.h"
 #include "engine/image/tiffwriter/TiffPageStream.h"
 #include "engine/image/tiffwriter/TiffPageWriter.h"
 
@@ -20,8 +21,7 @@ namespace {
     std::vector<EncodedPieces::Piece> writtenPieces(TIFF* handle)
     {
         std::vector<EncodedPieces::Piece> pieces;
-        const std::uint32_t count
-            = TIFFIsTiled(handle) != 0 ? TIFFNumberOfTiles(handle) : TIFFNumberOfStrips(handle);
+        const std::uint32_t count = piecesOf(handle);
         for (std::uint32_t i = 0; i < count; ++i)
             pieces.push_back(
                 { i, TIFFGetStrileOffset(handle, i), TIFFGetStrileByteCount(handle, i) });
@@ -42,10 +42,7 @@ EncodedPieces encodePieces(const PageSource& page, int compression)
     TiffPageStream sink {
         *bytes, std::string(headerBytes, '\0'), std::numeric_limits<std::uint64_t>::max(), false, {}
     };
-    page.tiffPage()
-        ->file()
-        .messages()
-        .takeDiagnostics(); // the tags are read once more for the file
+    page.tiffPage()->messages().takeDiagnostics(); // the tags are read once more for the file
     TiffMessages messages(QStringLiteral("page"));
     const TiffHandle handle = openTiffPageForWriting(sink, true, messages);
     writeTiffPage(handle.get(), page, compression, {}, {});
@@ -53,7 +50,7 @@ EncodedPieces encodePieces(const PageSource& page, int compression)
         messages.fail("the page cannot be encoded");
     encoded.pieces = writtenPieces(handle.get());
     encoded.bytes = std::move(bytes);
-    encoded.diagnostics = page.tiffPage()->file().messages().takeDiagnostics();
+    encoded.diagnostics = page.tiffPage()->messages().takeDiagnostics();
     return encoded;
 }
 

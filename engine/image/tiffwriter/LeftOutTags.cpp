@@ -114,9 +114,7 @@ namespace {
     {
         constexpr std::array<float, 6> plain { 0, 255, 128, 255, 128, 255 };
         float* values = nullptr;
-        return TIFFGetField(page.file().describe(page.index()), TIFFTAG_REFERENCEBLACKWHITE,
-                            &values)
-            == 1
+        return TIFFGetField(page.load(), TIFFTAG_REFERENCEBLACKWHITE, &values) == 1
             && values != nullptr && std::equal(plain.begin(), plain.end(), values);
     }
 
@@ -134,11 +132,10 @@ namespace {
 
 } // namespace
 
-QStringList leftOutTags(const TiffPage& page, const TiffDirectory& source,
-                        const std::set<unsigned>& written, bool isShown)
+QStringList leftOutTags(const TiffPage& page, const std::set<unsigned>& written, bool isShown)
 {
     QStringList left;
-    for (const TiffTagValue& value : source.values)
+    for (const TiffTagValue& value : page.directory().values)
         if (!written.contains(value.tag) && !isDispensable(page, value.tag, written, isShown))
             left.append(nameOf(value.tag));
     return left;
@@ -152,19 +149,19 @@ QString leftOutText(const QStringList& names, qsizetype mostNames, QStringView f
              names.size() > mostNames ? u", ..."_s : QString());
 }
 
-std::vector<TextList> textLists(const TiffPage& page, const TiffDirectory& directory)
+std::vector<TextList> textLists(const TiffPage& page)
 {
     std::vector<TextList> lists;
-    TiffFile& file = page.file();
-    for (const TiffTagValue& value : directory.values) {
+    for (const TiffTagValue& value : page.directory().values) {
         if (!isCopiedText(value.tag) || value.bytes != value.count)
             continue;
         const char* first = nullptr;
-        if (TIFFGetField(file.describe(page.index()), value.tag, &first) != 1 || first == nullptr
+        if (TIFFGetField(page.load(), value.tag, &first) != 1 || first == nullptr
             || value.bytes <= std::strlen(first) + 1)
             continue;
         QByteArray bytes(static_cast<qsizetype>(value.bytes), '\0');
-        file.readAt(value.offset, { reinterpret_cast<std::uint8_t*>(bytes.data()), value.bytes });
+        page.document().readAt(value.offset,
+                               { reinterpret_cast<std::uint8_t*>(bytes.data()), value.bytes });
         while (bytes.endsWith('\0'))
             bytes.chop(1);
         if (bytes.contains('\0'))

@@ -8,15 +8,12 @@
 
 namespace pagestack {
 
-struct TiffDirectory;
 class TiffPage;
 
-/// The names of the tags of `page`, which has the directory `source`, that a page written with the
-/// tags `written` lacks. Tags that only say how the pixels lie in the file, or that are made anew,
-/// do not count. `isShown`: the pixels are written as they are shown, so that neither do those that
-/// said how to interpret them.
-QStringList leftOutTags(const TiffPage& page, const TiffDirectory& source,
-                        const std::set<unsigned>& written, bool isShown);
+/// The names of the tags of `page` that a page written with the tags `written` lacks. Tags that
+/// only say how the pixels lie in the file, or that are made anew, do not count. `isShown`: the
+/// pixels are written as they are shown, so that neither do those that said how to interpret them.
+QStringList leftOutTags(const TiffPage& page, const std::set<unsigned>& written, bool isShown);
 
 /// "3 tags left out: ExifIFD, GPSIFD, tag 65000"; at most `mostNames` names, then "...". `fate`
 /// takes the place of "left out".
@@ -29,8 +26,8 @@ struct TextList
     QByteArray bytes; ///< ends with an end mark
 };
 
-/// Such tags of `page`, which has `directory`, of those that are copied to TIFF output. Throws
+/// Such tags of `page`, of those that are copied to TIFF output. Throws
 /// std::runtime_error.
-std::vector<TextList> textLists(const TiffPage& page, const TiffDirectory& directory);
+std::vector<TextList> textLists(const TiffPage& page);
 
 } // namespace pagestack

@@ -30,15 +30,13 @@ bool MultiPageTiffWriter::couldPassLimit(const PageSource& firstPage) const
     const TiffPage* page = firstPage.tiffPage();
     if (page == nullptr)
         return false;
-    TiffFile& file = page->file();
     const bool isFax
         = m_compression == COMPRESSION_CCITTFAX3 || m_compression == COMPRESSION_CCITTFAX4;
-    const int pages = static_cast<int>(file.chain().offsets.size());
-    const int last = std::min(pages, page->index() + m_plannedPages);
+    const int last = std::min(page->document().pageCount(), page->index() + m_plannedPages);
     std::uint64_t sum = 0;
     for (int index = page->index(); index < last && sum <= m_limitBytes; ++index) {
         try {
-            const TiffPageTags tags = readTiffPageTags(file.describe(index));
+            const TiffPageTags tags = readTiffPageTags(page->reader().load(index));
             sum += tags.decodedBytes() / (isFax && tags.isOneBitDeep() ? 4 : 1);
         } catch (const std::runtime_error&) {
             continue; // a page that cannot be read takes nothing, and is reported in its turn

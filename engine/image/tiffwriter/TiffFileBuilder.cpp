@@ -64,16 +64,14 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces
     const auto hand = qScopeGuard([&] { // the encoder's messages are about the page
         const PageDiagnostics found = m_messages.takeDiagnostics();
         if (source != nullptr)
-            source->file().messages().addLogLines(found.logLines);
+            source->messages().addLogLines(found.logLines);
     });
-    TiffDirectory described;
     std::vector<TextList> texts;
     std::set<unsigned> written;
     bool isShown = false;
     try {
         if (source != nullptr) {
-            described = source->file().directory(source->index());
-            texts = textLists(*source, described);
+            texts = textLists(*source);
             isShown = !keepsSamples(page);
         }
         encode(page, pieces, texts, sink);
@@ -99,7 +97,7 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces
     ++m_pages;
     m_end = m_staged->size();
     if (source != nullptr)
-        source->file().messages().setLeftOutTags(leftOutTags(*source, described, written, isShown));
+        source->messages().setLeftOutTags(leftOutTags(*source, written, isShown));
 }
 
 /// Removes what is left of a page that could not be added.

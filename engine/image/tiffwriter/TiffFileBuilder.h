@@ -2,6 +2,7 @@
 
 #include "engine/files/StagedFile.h"
 #include "engine/image/pixels/PageSource.h"
+#include "engine/image/tiff/TiffMessages.h"
 #include "engine/image/tiffwriter/EncodedPieces.h"
 #include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/tiffwriter/TiffPageStream.h"

@@ -2,9 +2,6 @@
 
 #include "engine/files/ByteFile.h"
 
-#include <cstdio>
-#include <tiffio.h>
-
 #include <algorithm>
 #include <stdexcept>
 
@@ -12,101 +9,72 @@ namespace pagestack {
 
 namespace {
 
-    /// The position of libtiff in the file that a TiffPageStream shows it.
-    struct SinkStream
+    /// The file that a TiffPageStream shows libtiff.
+    class SinkStream : public TiffStream
     {
-        TiffPageStream& sink;
-        std::uint64_t position = 0;
-    };
+    public:
+        explicit SinkStream(TiffPageStream& sink)
+            : m_sink(sink)
+        {
+        }
 
-    tmsize_t readSink(thandle_t handle, void* buffer, tmsize_t size)
-    {
-        auto* stream = static_cast<SinkStream*>(handle);
-        auto* to = static_cast<char*>(buffer);
-        tmsize_t done = 0;
-        const std::string& header = stream->sink.header;
-        for (; done < size && stream->position < header.size(); ++done)
-            to[done] = header[stream->position++];
-        const std::uint64_t end = stream->sink.staged.size();
-        if (done < size && stream->position < end) {
-            const auto count = static_cast<tmsize_t>(std::min<std::uint64_t>(
-                static_cast<std::uint64_t>(size - done), end - stream->position));
-            try {
-                stream->sink.staged.readAt(
-                    stream->position,
-                    { reinterpret_cast<std::uint8_t*>(to + done), static_cast<size_t>(count) });
-            } catch (const std::runtime_error& error) {
-                stream->sink.writeError = error.what();
-                return -1;
+        std::uint64_t sizeBytes() override { return m_sink.staged.size(); }
+
+        std::size_t read(std::uint64_t offset, std::span<std::uint8_t> bytes) override
+        {
+            const std::size_t inHeader = headerPart(offset, bytes.size());
+            std::copy_n(m_sink.header.begin() + static_cast<std::ptrdiff_t>(offset), inHeader,
+                        bytes.begin());
+            const std::uint64_t begin = offset + inHeader;
+            const std::uint64_t end = std::max(m_sink.staged.size(), begin);
+            bytes = bytes.subspan(inHeader);
+            bytes = bytes.first(std::min<std::uint64_t>(bytes.size(), end - begin));
+            if (!bytes.empty())
+                guarded([&] { m_sink.staged.readAt(begin, bytes); });
+            return inHeader + bytes.size();
+        }
+
+        void write(std::uint64_t offset, std::span<const std::uint8_t> bytes) override
+        {
+            const std::size_t inHeader = headerPart(offset, bytes.size());
+            std::copy_n(bytes.begin(), inHeader,
+                        m_sink.header.begin() + static_cast<std::ptrdiff_t>(offset));
+            bytes = bytes.subspan(inHeader);
+            if (bytes.empty())
+                return;
+            if (offset + inHeader + bytes.size() > m_sink.limitBytes) {
+                m_sink.isFull = true;
+                throw std::runtime_error("the file is full");
             }
-            stream->position += static_cast<std::uint64_t>(count);
-            done += count;
+            guarded([&] { m_sink.staged.writeAt(offset + inHeader, bytes); });
         }
-        return done;
-    }
 
-    tmsize_t writeSink(thandle_t handle, void* buffer, tmsize_t size)
-    {
-        auto* stream = static_cast<SinkStream*>(handle);
-        const auto* from = static_cast<const char*>(buffer);
-        tmsize_t done = 0;
-        std::string& header = stream->sink.header;
-        for (; done < size && stream->position < header.size(); ++done)
-            header[stream->position++] = from[done];
-        if (done == size)
-            return done;
-        if (stream->position + static_cast<std::uint64_t>(size - done) > stream->sink.limitBytes) {
-            stream->sink.isFull = true;
-            return -1;
+    private:
+        /// How many of `size` bytes from `offset` on lie in the header.
+        std::size_t headerPart(std::uint64_t offset, std::size_t size) const
+        {
+            const std::uint64_t begin = std::min<std::uint64_t>(offset, m_sink.header.size());
+            return std::min<std::uint64_t>(size, m_sink.header.size() - begin);
         }
+
+        /// Keeps the reason of a failure.
+        template <typename Transfer>
+        void guarded(Transfer transfer)
         try {
-            stream->sink.staged.writeAt(stream->position,
-                                        { reinterpret_cast<const std::uint8_t*>(from + done),
-                                          static_cast<size_t>(size - done) });
+            transfer();
         } catch (const std::runtime_error& error) {
-            stream->sink.writeError = error.what();
-            return -1;
+            m_sink.writeError = error.what();
+            throw;
         }
-        stream->position += static_cast<std::uint64_t>(size - done);
-        return size;
-    }
 
-    toff_t sizeOfSink(thandle_t handle)
-    {
-        return static_cast<SinkStream*>(handle)->sink.staged.size();
-    }
-
-    toff_t seekSink(thandle_t handle, toff_t offset, int whence)
-    {
-        auto* stream = static_cast<SinkStream*>(handle);
-        if (whence == SEEK_SET)
-            stream->position = offset;
-        else if (whence == SEEK_CUR)
-            stream->position += offset;
-        else
-            stream->position = sizeOfSink(handle) + offset;
-        return stream->position;
-    }
-
-    int closeSink(thandle_t handle)
-    {
-        delete static_cast<SinkStream*>(handle); // made for the handle that closes now
-        return 0;
-    }
+        TiffPageStream& m_sink;
+    };
 
 } // namespace
 
 TiffHandle openTiffPageForWriting(TiffPageStream& sink, bool bigTiff, TiffMessages& messages)
 {
-    const auto options = tiffOpenOptions(messages);
-    auto stream = std::make_unique<SinkStream>(SinkStream { sink });
-    TiffHandle handle(TIFFClientOpenExt("page", bigTiff ? "wl8m" : "wlm", stream.get(), readSink,
-                                        writeSink, seekSink, closeSink, sizeOfSink, nullptr,
-                                        nullptr, options.get()));
-    if (!handle)
-        messages.fail("the TIFF encoder did not start");
-    static_cast<void>(stream.release()); // closeSink deletes it
-    return handle;
+    return openTiff(std::make_unique<SinkStream>(sink), bigTiff ? "w8" : "w", messages);
 }
 
 } // namespace pagestack

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/image/tiff/TiffHandle.h"
+#include "engine/image/tiff/TiffStream.h"
 
 #include <cstdint>
 #include <string>

@@ -4,6 +4,7 @@
 #include "engine/image/decode/StoredRows.h"
 #include "engine/image/decode/StripDecoder.h"
 #include "engine/image/decode/TiffPage.h"
+#include "engine/image/pixels/SampleMath.h"
 #include "engine/image/tiff/TiffLimits.h"
 #include "engine/image/tiffwriter/EncodedPieces.h"
 #include "engine/image/tiffwriter/TiffTagCopy.h"
@@ -75,7 +76,7 @@ namespace {
     void tellOfCompression(const TiffPage& page, int wanted, int used)
     {
         if (used != wanted)
-            page.file().messages().addLogLine(
+            page.messages().addLogLine(
                 u"page %1 is not one bit deep and so is written without compression"_s.arg(
                     page.index() + 1));
     }
@@ -109,7 +110,6 @@ namespace {
         SampleCopy(TIFF* to, const TiffPage& page, int compression)
             : m_to(to)
             , m_page(page)
-            , m_file(page.file())
             , m_tags(page.tags())
             , m_wantedCompression(compression)
             , m_compression(isFax(compression) && !m_tags.isOneBitDeep() ? COMPRESSION_NONE
@@ -120,7 +120,7 @@ namespace {
 
         bool isRecoded()
         {
-            m_from = m_file.describe(m_page.index());
+            m_from = m_page.load();
             const bool isPlain
                 = m_tags.compression == COMPRESSION_NONE && m_compression == COMPRESSION_NONE;
             return !isPlain && !encodedPiecesFit();
@@ -129,14 +129,14 @@ namespace {
         void write(PagePosition position, const EncodedPieces& pieces)
         {
             m_page.checkSize();
-            m_from = m_file.describe(m_page.index());
+            m_from = m_page.load();
             setGeometry();
             setPosition(m_to, m_tags.subfileType, position);
             if (!pieces.bytes)
                 tellOfCompression(m_page, m_wantedCompression, m_compression);
             if (pieces.bytes) {
                 setCoding();
-                m_file.adopt(m_page.index(), pieces.diagnostics);
+                m_page.reader().adopt(m_page.index(), pieces.diagnostics);
                 putPieces(m_to, pieces);
             } else if (encodedPiecesFit()) {
                 copyEncoded();
@@ -199,9 +199,7 @@ namespace {
             // Uncompressed pages are copied row by row: that checks them at no cost.
             if (m_tags.compression != m_compression || m_compression == COMPRESSION_NONE)
                 return false;
-            const bool isByteOrdered = m_tags.bitsPerSample == 16 || m_tags.bitsPerSample == 24
-                || m_tags.bitsPerSample == 32 || m_tags.bitsPerSample == 64;
-            if (isByteOrdered && m_file.chain().isBigEndian)
+            if (hasByteOrder(m_tags.bitsPerSample) && m_page.document().isBigEndian())
                 return false;
             return m_compression != COMPRESSION_LZW || !isOldStyleLzw();
         }
@@ -227,9 +225,8 @@ namespace {
             }
             if (!m_tags.isTiled)
                 setTag(m_to, TIFFTAG_ROWSPERSTRIP, m_tags.rowsPerStrip);
-            selectForDecoding(m_file, m_page.index(), m_tags);
-            const std::uint32_t pieces
-                = m_tags.isTiled ? TIFFNumberOfTiles(m_from) : TIFFNumberOfStrips(m_from);
+            m_page.restart();
+            const std::uint32_t pieces = piecesOf(m_from);
             for (std::uint32_t i = 0; i < pieces; ++i)
                 copyEncodedPiece(i);
         }
@@ -257,11 +254,12 @@ namespace {
         {
             const std::uint64_t bytes = TIFFGetStrileByteCount(m_from, index);
             const std::uint64_t offset = TIFFGetStrileOffset(m_from, index);
-            if (bytes == 0 || offset >= m_file.sizeBytes() || bytes > m_file.sizeBytes() - offset)
+            const std::uint64_t fileBytes = m_page.document().sizeBytes();
+            if (bytes == 0 || offset >= fileBytes || bytes > fileBytes - offset)
                 throw std::runtime_error("a strip is missing or reaches past the end of the file");
             for (std::uint64_t done = 0; done < bytes;) {
                 m_part.resize(std::min(largestPartBytes, bytes - done));
-                m_file.readAt(offset + done, m_part);
+                m_page.document().readAt(offset + done, m_part);
                 const auto size = static_cast<tmsize_t>(m_part.size());
                 // A further part of the piece that was written last is appended to it.
                 const tmsize_t put = m_tags.isTiled
@@ -276,13 +274,13 @@ namespace {
         void recodePieces(std::uint32_t (*countOf)(TIFF*), tmsize_t (*sizeOf)(TIFF*),
                           Write writePiece)
         {
-            selectForDecoding(m_file, m_page.index(), m_tags);
+            m_page.restart();
             if (becomesRgb()) // before the size is asked for: sub-sampled pieces are smaller
                 TIFFSetField(m_from, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
             const tmsize_t pieceBytes = sizeOf(m_from);
             if (pieceBytes <= 0 || pieceBytes > largestPieceBytes)
                 throw std::runtime_error("its strips or tiles are too large");
-            StripDecoder decoder(m_file, m_page.index(), m_from, m_tags);
+            StripDecoder decoder(m_page, m_from);
             std::vector<std::uint8_t> piece(static_cast<std::size_t>(pieceBytes));
             const std::uint32_t count = countOf(m_from);
             for (std::uint32_t i = 0; i < count; ++i) {
@@ -298,7 +296,7 @@ namespace {
         {
             const std::uint64_t rowBytes = m_tags.planeRowBytes();
             const std::uint32_t stripRows = rowsOfNewStrips();
-            StoredRows rows(m_file, m_page.index(), m_tags);
+            StoredRows rows(m_page);
             const auto planes = static_cast<std::size_t>(m_tags.planes());
             std::vector<std::vector<std::uint8_t>> strips(planes);
             std::uint32_t row = 0;
@@ -328,7 +326,6 @@ namespace {
         TIFF* m_to;
         TIFF* m_from = nullptr;
         const TiffPage& m_page;
-        TiffFile& m_file;
         const TiffPageTags& m_tags;
         int m_wantedCompression;
         int m_compression;
@@ -376,7 +373,7 @@ namespace {
         const PageProperties& properties = page.properties();
         const TiffPage* source = page.tiffPage();
         if (source != nullptr)
-            copyDescriptiveTags(source->file().describe(source->index()), to);
+            copyDescriptiveTags(source->load(), to);
         const std::unique_ptr<RowSource> rows = page.rows();
         const PixelLayout& layout = rows->layout();
         setDisplayTags(to, layout, properties);

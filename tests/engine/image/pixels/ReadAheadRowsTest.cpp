@@ -27,13 +27,11 @@ class ScriptedRows : public RowSource
 {
 public:
     explicit ScriptedRows(Script& script)
-        : m_script(script)
+        : RowSource(script.width, script.height, {})
+        , m_script(script)
     {
     }
     ~ScriptedRows() override { m_script.isGone = true; }
-    int widthPx() const override { return m_script.width; }
-    int heightPx() const override { return m_script.height; }
-    const PixelLayout& layout() const override { return m_layout; }
 
     Band nextBand() override
     {
@@ -53,7 +51,6 @@ public:
 
 private:
     Script& m_script;
-    PixelLayout m_layout;
     std::vector<std::uint8_t> m_samples;
     int m_row = 0;
 };

@@ -1,0 +1,110 @@
+#include "engine/image/tiff/OpenTiffFile.h"
+
+#include "engine/files/PosixFile.h"
+#include "engine/image/tiff/TiffLimits.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace pagestack {
+
+namespace {
+
+    /// The open file for a libtiff handle, which may share it with others.
+    class FileStream : public TiffStream
+    {
+    public:
+        FileStream(int file, FileRange hidden)
+            : m_file(file)
+            , m_hidden(hidden)
+        {
+        }
+
+        std::uint64_t sizeBytes() override
+        {
+            struct stat status = {};
+            const bool isKnown = ::fstat(m_file, &status) == 0;
+            return isKnown ? static_cast<std::uint64_t>(status.st_size) : 0;
+        }
+
+        std::size_t read(std::uint64_t offset, std::span<std::uint8_t> bytes) override
+        {
+            bytes = bytes.first(readUpTo(m_file, offset, bytes));
+            const std::uint64_t begin = std::max(m_hidden.begin, offset);
+            const std::uint64_t end = std::min(m_hidden.end, offset + bytes.size());
+            if (begin < end)
+                std::ranges::fill(bytes.subspan(begin - offset, end - begin), std::uint8_t { 0 });
+            return bytes.size();
+        }
+
+    private:
+        int m_file;
+        FileRange m_hidden; ///< its bytes are read as 0
+    };
+
+} // namespace
+
+OpenTiffFile::OpenTiffFile(QString path, int file)
+    : m_path(std::move(path))
+    , m_file(file)
+{
+}
+
+OpenTiffFile::OpenTiffFile(const QString& path)
+    // Without O_NONBLOCK a named pipe would wait for its writer.
+    : OpenTiffFile(path,
+                   ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC))
+{
+    struct stat status = {};
+    if (m_file < 0 || ::fstat(m_file, &status) != 0)
+        throwFileSystemError("cannot open the file", errno);
+    if (!S_ISREG(status.st_mode))
+        throw std::runtime_error("it is no regular file");
+    if (status.st_size == 0)
+        throw std::runtime_error("the file is empty");
+    m_state = FileState(status);
+    m_chain = walkDirectoryChain(m_file);
+    if (!m_chain.isTiff)
+        throw std::runtime_error("it is no TIFF file");
+    if (m_chain.offsets.empty())
+        throw std::runtime_error(m_chain.fault.isEmpty() ? "the file has no page"
+                                                         : m_chain.fault.toStdString());
+}
+
+OpenTiffFile::~OpenTiffFile()
+{
+    if (m_file >= 0)
+        ::close(m_file);
+}
+
+QString OpenTiffFile::fileName() const { return QFileInfo(m_path).fileName(); }
+
+void OpenTiffFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const
+{
+    readFully(m_file, offset, bytes);
+}
+
+TiffDirectory OpenTiffFile::directory(int index) const
+{
+    const std::uint64_t offset = m_chain.offsets.at(static_cast<std::size_t>(index));
+    TiffDirectory directory = readDirectory(m_file, m_chain.format, offset);
+    checkTagValues(directory, sizeBytes());
+    return directory;
+}
+
+TiffHandle OpenTiffFile::openHandle(TiffMessages& messages) const
+{
+    // libtiff, which walks the chain for itself and keeps what it finds, would hold a hundred
+    // megabytes a handle for directories that are none of the file's pages. A mapped file that
+    // another program cuts short would end this program.
+    return openTiff(std::make_unique<FileStream>(m_file, m_chain.cutLink), "r", messages);
+}
+
+} // namespace pagestack

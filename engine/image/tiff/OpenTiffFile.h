@@ -1,0 +1,68 @@
+#pragma once
+
+#include "engine/files/FileState.h"
+#include "engine/image/tiff/TiffDirectoryChain.h"
+#include "engine/image/tiff/TiffStream.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace pagestack {
+
+/// An open TIFF file and the places of its pages.
+///
+/// The chain of directories is walked once when the file is opened; after that every page is
+/// reached in the same time, whatever its number. The file stays open as long as the document
+/// lives; a TiffReader for each thread reads its pages. Any thread: nothing changes once it is
+/// opened.
+class OpenTiffFile
+{
+public:
+    /// Opens the file at `path`. Throws std::runtime_error with the reason when it cannot be
+    /// opened, is no TIFF file or has no page.
+    explicit OpenTiffFile(const QString& path);
+    ~OpenTiffFile();
+    OpenTiffFile(const OpenTiffFile&) = delete;
+    OpenTiffFile& operator=(const OpenTiffFile&) = delete;
+
+    const QString& path() const { return m_path; }
+    QString fileName() const; ///< the last component of the path
+
+    /// Of the open file, as it was before anything was read.
+    const FileState& stateAtOpening() const { return m_state; }
+    std::uint64_t sizeBytes() const { return static_cast<std::uint64_t>(m_state.sizeBytes); }
+
+    const TiffDirectoryChain& chain() const { return m_chain; }
+    bool isBigEndian() const { return m_chain.format.isBigEndian; }
+
+    /// Number of images in the main chain of directories, thumbnails included; 1 or more.
+    int pageCount() const { return static_cast<int>(m_chain.offsets.size()); }
+
+    /// What is wrong with the chain of directories ("the chain of pages leads back to page 1 after
+    /// page 2"), so that pages may be missing; empty when it ends properly.
+    const QString& chainFault() const { return m_chain.fault; }
+
+    /// Opens a libtiff handle of its own on the file, without a current directory. `messages` get
+    /// what libtiff says and must, as the document, outlive it. Throws std::runtime_error.
+    TiffHandle openHandle(TiffMessages& messages) const;
+
+    /// Fills all of `bytes` with what the file has from `offset` on. Throws std::runtime_error.
+    void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
+
+    /// The directory of page `index`, from 0. Throws std::runtime_error when it cannot be read or
+    /// announces more tag values than should be held.
+    TiffDirectory directory(int index) const;
+
+private:
+    OpenTiffFile(QString path, int file);
+
+    QString m_path;
+    int m_file; ///< its position is not used
+    FileState m_state;
+    TiffDirectoryChain m_chain;
+};
+
+} // namespace pagestack

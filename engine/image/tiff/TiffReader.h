@@ -1,0 +1,58 @@
+#pragma once
+
+#include "engine/image/tiff/OpenTiffFile.h"
+#include "engine/image/tiff/TiffMessages.h"
+
+#include <memory>
+
+namespace pagestack {
+
+/// Reads the pages of a TIFF file one at a time, by a libtiff handle of its own with one current
+/// page. Shared by the pages that it reads; one thread at a time.
+class TiffReader
+{
+public:
+    /// Opens the file. Throws as OpenTiffFile does.
+    explicit TiffReader(const QString& path);
+    /// For a thread that works ahead: opens no handle before a page is asked for, and says nothing
+    /// of the chain of directories. Any thread.
+    explicit TiffReader(std::shared_ptr<const OpenTiffFile> document);
+
+    const OpenTiffFile& document() const { return *m_document; }
+    std::shared_ptr<const OpenTiffFile> sharedDocument() const { return m_document; }
+    TiffMessages& messages() { return m_messages; }
+
+    /// Takes over what another reader of the file said of page `index`, as if it were read here,
+    /// now.
+    void adopt(int index, const PageDiagnostics& found);
+
+    /// Makes page `index` (from 0) the current one, for reading its tags. Throws std::runtime_error
+    /// when its directory cannot be read, or announces more tag values than should be held.
+    tiff* load(int index);
+
+    /// The same for decoding it from the start: the decoder is in its initial state and the
+    /// messages are forgotten. Ends a pass over another page, or an earlier one over this page.
+    tiff* restart(int index);
+
+    /// The directory of page `index`, which becomes the current one as by `load`; valid while it
+    /// is.
+    const TiffDirectory& directory(int index);
+
+private:
+    void openHandle();
+    void walkChain(int index);
+    void leavePage();
+    void loadAnew(int index);
+
+    std::shared_ptr<const OpenTiffFile> m_document; ///< outlives the handle
+    TiffMessages m_messages;
+    TiffHandle m_handle;
+    bool m_speaksOfChain = false;
+    int m_current = -1;
+    TiffDirectory m_directory; ///< of the current page
+    bool m_hasWalked = false; ///< libtiff knows the chain
+    bool m_isLoaded = false; ///< the handle has the directory
+    bool m_isPristine = false; ///< nothing was decoded since it was loaded
+};
+
+} // namespace pagestack
