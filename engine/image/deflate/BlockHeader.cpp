@@ -8,9 +8,6 @@ namespace pagestack {
 
 namespace {
 
-    /// The order in which the lengths of the code of code lengths are stored.
-    constexpr std::array<std::uint8_t, 19> codeLengthOrder
-        = { 16, 17, 18, 0, 8, 7, 9, 6, 10, 5, 11, 4, 12, 3, 13, 2, 14, 1, 15 };
     constexpr std::uint8_t repeatsLast = 16; ///< 3 to 6 times
     constexpr std::uint8_t repeatsZero = 17; ///< 3 to 10 times
     constexpr std::uint8_t repeatsZeroLong = 18; ///< 11 to 138 times

@@ -1,9 +1,15 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 
 namespace pagestack {
+
+/// The order in which a deflate block stores the lengths of its code of code lengths (RFC 1951,
+/// 3.2.7).
+constexpr std::array<std::uint8_t, 19> codeLengthOrder
+    = { 16, 17, 18, 0, 8, 7, 9, 6, 10, 5, 11, 4, 12, 3, 13, 2, 14, 1, 15 };
 
 /// Sets `lengths` to those of a complete prefix code for symbols that occur `counts` times: none is
 /// above `longest`, those that do not occur get 0. At least two symbols get a code, whether they
