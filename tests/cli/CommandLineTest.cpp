@@ -224,6 +224,8 @@ private slots:
         Progress progress(console, ProgressMode::Auto, 1);
         progress.setDone(0);
         console.showProgress(u"1 left"_s);
+        progress.finish();
+        console.showProgress(u"2 left"_s);
         console.result(u"a.tif"_s);
         console.trouble(u"bad"_s);
         QByteArray drawn;
@@ -231,7 +233,8 @@ private slots:
             drawn.append(byte);
         ::close(terminal);
         QCOMPARE(drawn,
-                 QByteArray("\r0 of 1 page\r1 left     \r      \rpagestack-convert: bad\r\n"));
+                 QByteArray("\r0 of 1 page\r1 left     \r      \r\r2 left\r      "
+                            "\rpagestack-convert: bad\r\n"));
     }
 
     void waitsForTheReaderOfAStreamThatDoesNot()

@@ -222,7 +222,7 @@ Total 1 files converted successfully.
 
     void refusesFoldersThatAreNotWritable()
     {
-        m_folder->make(u"in/a.tif:WWWWWWWWWWWW in/a.tiff:W"_s);
+        m_folder->make(u"in/a.tif:WWWWWWWWWWWW in/a.tiff:W in/b.tif:W"_s);
         QVERIFY(QFile::setPermissions(m_folder->path({}), QFile::Permissions(0x7755)));
         QVERIFY(QFile::setPermissions(u"in"_s, QFile::Permissions(0x5555)));
         // Nothing is closed to root.
@@ -232,7 +232,8 @@ Total 1 files converted successfully.
                 ::_exit(99);
         });
         const QMap<QString, QString> refusals {
-            { u"in/a.tif"_s, u"! folder @/in is not writable\n! nothing was written; *\n4"_s },
+            { u"in/a.tif in/b.tif"_s,
+              u"! folder @/in is not writable\n! nothing was written; *\n4"_s },
             { u"in/a.tif -o in"_s, u"! output folder in is not writable\n4"_s },
             // Before the sources are looked at, which want one target.
             { u"in/a.tif in/a.tiff -o in/new"_s, u"! output folder in/new cannot be made\n4"_s }
