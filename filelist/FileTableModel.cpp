@@ -1,6 +1,7 @@
 #include "filelist/FileTableModel.h"
 
 #include <QMimeData>
+#include <QTextDocument>
 
 #include <algorithm>
 #include <array>
@@ -252,10 +253,8 @@ QVariant FileTableModel::data(const QModelIndex& index, int role) const
     if (!index.isValid() || index.row() >= m_files.count())
         return {};
     const FileItem& item = *m_files.at(index.row());
-    if (role == Qt::ToolTipRole) {
-        const QString path = item.filePath().toLocalFile();
-        return item.pages() > 0 ? path : tr("%1\nNo page of this file can be read.").arg(path);
-    }
+    if (role == Qt::ToolTipRole)
+        return toolTip(item);
     if (index.column() == IsSelected)
         return checkMarkData(item, role);
     if (role == Qt::DisplayRole)
@@ -263,6 +262,15 @@ QVariant FileTableModel::data(const QModelIndex& index, int role) const
     if (role == Qt::TextAlignmentRole && index.column() == Size)
         return (Qt::AlignRight | Qt::AlignVCenter).toInt();
     return {};
+}
+
+QString FileTableModel::toolTip(const FileItem& item) const
+{
+    const QString path = item.filePath().toLocalFile();
+    QString text = item.pages() > 0 ? path : path + u'\n' + tr("No page of this file can be read.");
+    if (const QString problems = m_problems.value(path); !problems.isEmpty())
+        text += u'\n' + problems;
+    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
 }
 
 QVariant FileTableModel::shownText(const QModelIndex& index) const

@@ -5,6 +5,7 @@
 #include "filelist/SortOrder.h"
 
 #include <QAbstractTableModel>
+#include <QHash>
 
 namespace pagestack {
 
@@ -59,6 +60,9 @@ public:
     void insertItems(const QList<FileList::Place>& places);
     void clear();
 
+    /// What the tool tips of the rows say besides the path: `problems` of a file by its path.
+    void setProblems(const QHash<QString, QString>& problems) { m_problems = problems; }
+
     int mark(const QList<int>& rows, Mark mark); ///< the number of rows changed
 
     /// Selections and the current row stay with their items.
@@ -88,7 +92,10 @@ private:
     QVariant checkMarkData(const FileItem& item, int role) const;
     void announceMarks(int first, int last);
 
+    QString toolTip(const FileItem& item) const;
+
     FileList& m_files;
+    QHash<QString, QString> m_problems;
     mutable ShownDates m_shownDates; ///< looks at files that are asked for
 };
 

@@ -1,23 +1,16 @@
 #include "mainwindow/PagestackAppDelegate.h"
 
-#include "engine/image/CodecVersions.h"
 #include "engine/settings/UserDefaults.h"
 #include "engine/support/Application.h"
-#include "engine/support/SystemLog.h"
-#include "engine/support/Workspace.h"
 #include "filelist/FileTableModel.h"
 #include "filelist/ListEditor.h"
 #include "mainwindow/desktop/ApplicationEvents.h"
-#include "mainwindow/list/FindControl.h"
 #include "mainwindow/run/ProcessPanel.h"
-#include "mainwindow/widgets/AlertPanel.h"
-#include "mainwindow/widgets/KeyLetter.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 #include "ui_MainWindow.h"
 
-#include <QMenu>
-#include <QMenuBar>
-#include <QUrl>
+#include <QCoreApplication>
+#include <QEvent>
 
 namespace pagestack {
 
@@ -25,22 +18,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    /// The product's page, opened by Help > Pagestack on the Web.
-    const QString productPage = u"https://pagestack.example/"_s;
-
-    const QString productName = u"Pagestack"_s;
     const QString showSettingsKey = u"SHOWSETTINGS"_s;
+    const QString windowKey = u"WINDOW"_s;
 
-    /// Puts the application's title in place of the product name in the titles of `menu` that
-    /// `concerns` names.
-    template <typename Concerns>
-    void renameItems(QMenu* menu, Concerns concerns)
+    QString asText(const QByteArray& state) { return QString::fromLatin1(state.toBase64()); }
+
+    QByteArray asState(const QVariant& text)
     {
-        if (menu == nullptr)
-            return;
-        for (QAction* item : menu->actions())
-            if (concerns(item->text()))
-                item->setText(item->text().replace(productName, getAppTitle(u""_s)));
+        return QByteArray::fromBase64(text.toString().toLatin1());
     }
 
 } // namespace
@@ -54,28 +39,25 @@ PagestackAppDelegate::PagestackAppDelegate(const Services& services, QObject* pa
     , m_editor(std::make_unique<ListEditor>(*m_tableModel))
 {
     m_ui->setupUi(m_window.get());
-    m_find = std::make_unique<FindControl>(*m_ui, m_files);
-    m_ui->lableDragAndDrop->setAttribute(Qt::WA_TransparentForMouseEvents);
-    QSizePolicy keepingItsPlace = m_ui->loadingIndicator->sizePolicy();
-    keepingItsPlace.setRetainSizeWhenHidden(true);
-    m_ui->loadingIndicator->setSizePolicy(keepingItsPlace);
-    m_processViewPanel = std::make_unique<ProcessPanel>(m_window.get());
+    applySymbolicIcons(*m_window);
     m_window->installEventFilter(this);
+    m_ui->mainTableView->setModel(m_tableModel.get());
+    m_ui->mainTableView->setContextMenu(m_ui->filesContextMenu);
     m_applicationEvents = std::make_unique<ApplicationEvents>(
         [this] { return mayQuit(); },
         [this](bool hasVisibleWindows) { applicationShouldHandleReopen(hasVisibleWindows); });
-    applySymbolicIcons(*m_window);
 }
 
 PagestackAppDelegate::~PagestackAppDelegate()
 {
     m_applicationEvents.reset();
     m_window->removeEventFilter(this);
-    m_isTerminating = true; // a load that is about to start sees it
-    cancelAction();
-    cancelProcessAction();
-    finishWorker();
-    m_processViewPanel->stopFollowing();
+    if (m_worker) {
+        m_worker->terminate();
+        cancelProcessAction();
+        m_worker->finish();
+    }
+    m_run.reset();
     m_ui->mainTableView->setModel(nullptr);
 }
 
@@ -85,95 +67,95 @@ void PagestackAppDelegate::awakeFromNib()
     if (createApplicationUsersFolder(u""_s, nullptr))
         createApplicationUsersFolder(u"Logs"_s, nullptr);
     m_tableModel->clear();
-    m_ui->mainTableView->setModel(m_tableModel.get());
     m_settings = std::make_unique<Settings>(&m_services.defaults);
-    setIsProcessing(false);
-    m_process = std::make_unique<Process>(&m_services.workspace);
-    connectControls();
+    pane().bind(*m_settings, m_services);
+    m_view = std::make_unique<ViewState>(*m_window, *m_ui, m_files, m_editor->history());
+    m_worker = std::make_unique<Worker>(*m_window, *m_view);
+    const WindowParts parts { *m_window,     *m_ui,   m_services, m_files,
+                              *m_tableModel, *m_view, *m_worker };
+    m_list = std::make_unique<ListCommands>(parts, *m_editor);
+    m_load = std::make_unique<LoadControl>(parts, *m_list);
+    m_run = std::make_unique<RunControl>(parts, *m_settings, *m_list);
+    connectButtons();
+    connectMenus();
     setSplitOptions(m_settings->outputType());
     const QVariant shown = m_services.defaults.objectForKey(showSettingsKey);
-    m_showSettings = shown.isValid() ? shown.toBool() : true;
     if (!shown.isValid())
         m_services.defaults.setBool(showSettingsKey, true);
-    showSettings(m_showSettings);
+    showSettings(!shown.isValid() || shown.toBool());
     markTheKeyLetters();
-    m_ui->settingTabView->setCurrentIndex(0);
+    pane().showFormat();
     resetView(true);
-    observeSettings();
     setupVersion();
     setupToolbarAndMenuItems();
     restoreWindowState();
     openAppAction();
-    tellSettingsTroubles();
+    m_services.tellTroubles(m_window.get());
 }
 
-void PagestackAppDelegate::tellSettingsTroubles()
+SettingsPane& PagestackAppDelegate::pane() const { return *m_ui->rightBox; }
+
+void PagestackAppDelegate::connectButtons()
 {
-    const QStringList troubles = m_services.defaults.takeTroubles();
-    if (!troubles.isEmpty())
-        m_services.alerts.ask(m_window.get(), AlertPanel::Style::Critical, getAppTitle(u""_s),
-                              troubles.join(u'\n'), {}, {});
+    using Self = PagestackAppDelegate;
+    const auto on = [this](QAbstractButton* button, void (Self::*command)()) {
+        connect(button, &QAbstractButton::clicked, this, command);
+    };
+    on(m_ui->addFilesBtn, &Self::addFiles);
+    on(m_ui->addFolderBtn, &Self::addFolder);
+    on(m_ui->importBtn, &Self::importAction);
+    on(m_ui->searchBtn, &Self::searchAction);
+    on(m_ui->removeBtn, &Self::removeAction);
+    on(m_ui->moveUpButton, &Self::moveUp);
+    on(m_ui->moveDownButton, &Self::moveDown);
+    on(m_ui->convertBtn, &Self::convertAction);
+    on(m_ui->cancelBtn, &Self::cancelAction);
+    for (QAbstractButton* button : { m_ui->selectAllButton, m_ui->deselectAllButton,
+                                     m_ui->removeAllFilesButton, m_ui->removeSelectedFilesButton })
+        connect(button, &QAbstractButton::clicked, this,
+                [this, button] { selectDeselectRemoveAction(button); });
+
+    const CustomTableView* table = m_ui->mainTableView;
+    connect(table, &CustomTableView::removeRequested, this, &Self::removeAction);
+    connect(table, &CustomTableView::moveUpRequested, m_ui->moveUpButton, &QToolButton::click);
+    connect(table, &CustomTableView::moveDownRequested, m_ui->moveDownButton, &QToolButton::click);
+    const ProcessPanel* sheet = processViewPanel();
+    connect(sheet, &ProcessPanel::viewLogRequested, this, &Self::viewLogAction);
+    connect(sheet, &ProcessPanel::cancelRequested, this, &Self::cancelProcessAction);
+    connect(sheet, &ProcessPanel::closeRequested, this, &Self::closeProcessAction);
+
+    connect(m_ui->rightBox, &SettingsPane::helpRequested, this, &Self::helpAction);
+    connect(m_settings.get(), &Settings::outputTypeChanged, this, &Self::setSplitOptions);
+    connect(m_settings.get(), &Settings::isSplitTIFFIntoSinglePagesChanged, this,
+            [this] { setSplitOptions(m_settings->outputType()); });
+    connect(m_run.get(), &RunControl::outputFolderWanted, this, [this] {
+        if (pane().isHidden())
+            toggleSettings();
+        pane().showOutputFolder();
+    });
+    connect(m_view.get(), &ViewState::isProcessingChanged, this, &Self::isProcessingChanged);
+    connect(m_view.get(), &ViewState::processingLabelColorChanged, this,
+            &Self::processingLabelColorChanged);
+    connect(m_worker.get(), &Worker::readyToTerminate, this, &Self::readyToTerminate);
 }
 
 void PagestackAppDelegate::markTheKeyLetters()
 {
     const QColor color = m_window->palette().color(QPalette::ButtonText);
-    const std::pair<QAbstractButton*, const char*> letters[] = {
-        { m_ui->removeBtn, "r" },
-        { m_ui->importBtn, "i" },
-        { m_ui->addFilesBtn, "f" },
-        { m_ui->addFolderBtn, "o" },
-        { m_ui->inculdeSubfoldersBtn, "u" },
-        { m_ui->convertBtn, "s" },
-        { m_ui->setCurrentAsDefaultOutputFolderPathBtn, "d" },
-        { m_ui->openFolderAfterConversionBtn, "p" },
-        { m_processViewPanel->viewLogBtn(), "l" },
-        { m_processViewPanel->cancelProcessBtn(), "c" },
-    };
-    for (const auto& [button, letter] : letters)
-        setButtonKeyCharacter(button, QString::fromLatin1(letter), color);
-}
-
-void PagestackAppDelegate::setButtonKeyCharacter(QAbstractButton* button, const QString& keyChar,
-                                                 const QColor& color)
-{
-    try {
-        setKeyLetter(button, keyChar, color);
-    } catch (const std::exception& error) {
-        systemLogError(u"setButtonKeyCharacter:keyChar:color:"_s, error);
-    }
-}
-
-void PagestackAppDelegate::setupVersion()
-{
-    const QList<QAction*> items = m_window->menuBar()->actions();
-    if (items.isEmpty())
-        return;
-    const auto beginsWithName = [](const QString& title) { return title.startsWith(productName); };
-    renameItems(items.first()->menu(),
-                [](const QString& title) { return title.endsWith(productName); });
-    for (const QAction* item : items)
-        if (item->text() == u"Window"_s)
-            renameItems(item->menu(), beginsWithName);
-    renameItems(items.last()->menu(), beginsWithName);
-}
-
-void PagestackAppDelegate::setupToolbarAndMenuItems()
-{
-    m_ui->mainToolBar->setMovable(false);
-    m_ui->mainToolBar->setContextMenuPolicy(Qt::PreventContextMenu);
-    m_window->setContextMenuPolicy(Qt::NoContextMenu);
-}
-
-void PagestackAppDelegate::searchAction()
-{
-    endEditing();
-    m_find->begin();
-}
-
-void PagestackAppDelegate::scrollToRow(int row)
-{
-    m_ui->mainTableView->scrollTo(m_tableModel->index(row, FileTableModel::Name));
+    const std::pair<const char*, const char*> letters[]
+        = { { "removeBtn", "r" },
+            { "importBtn", "i" },
+            { "addFilesBtn", "f" },
+            { "addFolderBtn", "o" },
+            { "inculdeSubfoldersBtn", "u" },
+            { "convertBtn", "s" },
+            { "setCurrentAsDefaultOutputFolderPathBtn", "d" },
+            { "openFolderAfterConversionBtn", "p" },
+            { "viewLogBtn", "l" },
+            { "cancelProcessBtn", "c" } };
+    for (const auto& [name, letter] : letters)
+        setButtonKeyCharacter(m_window->findChild<QAbstractButton*>(QLatin1StringView(name)),
+                              QLatin1StringView(letter), color);
 }
 
 void PagestackAppDelegate::openAppAction()
@@ -185,81 +167,130 @@ void PagestackAppDelegate::openAppAction()
     m_window->activateWindow();
 }
 
-void PagestackAppDelegate::websiteAction() { m_services.workspace.openURL(QUrl(productPage)); }
-
-void PagestackAppDelegate::helpAction()
+bool PagestackAppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
 {
-    try {
-        const QString guide = pathForResource(u"MACPagestack1"_s, u"pdf"_s);
-        m_services.workspace.openURL(QUrl::fromLocalFile(guide));
-    } catch (const std::exception& error) {
-        systemLog(u"Error in [helpAction:] : "_s + QString::fromUtf8(error.what()));
-    }
+    if (hasVisibleWindows && m_window->isVisible())
+        return false;
+    openAppAction();
+    return true;
 }
 
-void PagestackAppDelegate::aboutAction()
+bool PagestackAppDelegate::applicationShouldTerminate()
 {
-    m_services.alerts.ask(
-        m_window.get(), AlertPanel::Style::Informational, getAppTitle(u""_s),
-        tr("Pagestack %1 turns TIFF files into images.\n\n%2")
-            .arg(QCoreApplication::applicationVersion(), codecVersions().join(u"\n"_s)),
-        {}, {});
+    pane().endEditing();
+    m_settings->synchronize();
+    saveWindowState();
+    if (!m_worker->isBusy())
+        return true;
+    m_worker->terminate();
+    cancelProcessAction();
+    return false;
+}
+
+/// From the first yes on the window may close, as quitting makes it do.
+bool PagestackAppDelegate::mayQuit()
+{
+    m_hasQuit = m_hasQuit || applicationShouldTerminate();
+    return m_hasQuit;
+}
+
+void PagestackAppDelegate::quitAction()
+{
+    if (mayQuit())
+        QCoreApplication::quit();
+}
+
+/// Closing the window ends the program, but not before the load or run under way has ended, or
+/// hides the window.
+bool PagestackAppDelegate::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Close && !m_hasQuit) {
+        event->ignore();
+        if (m_endsWithWindow)
+            quitAction();
+        else
+            m_window->hide();
+        return true;
+    }
+    if (event->type() == QEvent::PaletteChange && m_view)
+        m_view->followPalette();
+    return QObject::eventFilter(watched, event);
+}
+
+void PagestackAppDelegate::saveWindowState()
+{
+    m_services.defaults.setObject(
+        windowKey,
+        QVariantMap { { u"geometry"_s, asText(m_window->saveGeometry()) },
+                      { u"columns"_s, asText(m_ui->mainTableView->saveColumns()) } });
+    m_services.defaults.synchronize();
+}
+
+void PagestackAppDelegate::restoreWindowState()
+{
+    const QVariantMap state = m_services.defaults.objectForKey(windowKey).toMap();
+    // restoreGeometry brings a window back that would lie outside of all screens.
+    if (const QByteArray geometry = asState(state.value(u"geometry"_s)); !geometry.isEmpty())
+        m_window->restoreGeometry(geometry);
+    if (const QByteArray columns = asState(state.value(u"columns"_s)); !columns.isEmpty())
+        m_ui->mainTableView->restoreColumns(columns);
 }
 
 void PagestackAppDelegate::toggleSettings()
 {
-    m_showSettings = !m_showSettings;
-    m_services.defaults.setBool(showSettingsKey, m_showSettings);
-    m_services.defaults.synchronize();
-    showSettings(m_showSettings);
-    tellSettingsTroubles();
+    const bool show = pane().isHidden();
+    m_services.defaults.setBool(showSettingsKey, show);
+    m_services.synchronize(m_window.get());
+    showSettings(show);
 }
 
-void PagestackAppDelegate::connectControls()
+void PagestackAppDelegate::showSettings(bool show)
 {
-    connectTable();
-    connectListCommands();
-    connectSettingsPane();
-    connectMenus();
-    connect(m_ui->addFilesBtn, &QPushButton::clicked, this, &PagestackAppDelegate::addFiles);
-    connect(m_ui->addFolderBtn, &QPushButton::clicked, this, &PagestackAppDelegate::addFolder);
-    connect(m_ui->importBtn, &QPushButton::clicked, this, &PagestackAppDelegate::importAction);
-    connect(m_ui->searchBtn, &QToolButton::clicked, this, &PagestackAppDelegate::searchAction);
-    m_ui->inculdeSubfoldersBtn->setChecked(inculdeSubfolders());
-    connect(m_ui->inculdeSubfoldersBtn, &QCheckBox::toggled, this,
-            &PagestackAppDelegate::setInculdeSubfolders);
-    connect(m_ui->convertBtn, &QPushButton::clicked, this, &PagestackAppDelegate::convertAction);
-    connect(m_ui->cancelBtn, &QPushButton::clicked, this, &PagestackAppDelegate::cancelAction);
-    connect(m_processViewPanel.get(), &ProcessPanel::viewLogRequested, this,
-            &PagestackAppDelegate::viewLogAction);
-    connect(m_processViewPanel.get(), &ProcessPanel::cancelRequested, this,
-            &PagestackAppDelegate::cancelProcessAction);
-    connect(m_processViewPanel.get(), &ProcessPanel::closeRequested, this,
-            &PagestackAppDelegate::closeProcessAction);
+    (show ? m_ui->preferencesToolbarItem : m_ui->dummyToolbarItem)->setChecked(true);
+    m_ui->toggleSettingsAction->setChecked(show);
+    pane().setVisible(show);
 }
 
-void PagestackAppDelegate::setIsProcessing(bool isProcessing)
+void PagestackAppDelegate::setSplitOptions(int)
 {
-    if (m_isProcessing.exchange(isProcessing) == isProcessing)
-        return;
-    emit isProcessingChanged(isProcessing);
+    pane().setSplitOptions();
+    updateTotalLabel();
 }
 
-void PagestackAppDelegate::setProcessingLabelColor(const QColor& color)
+void PagestackAppDelegate::addFiles()
 {
-    m_processingLabelColor = color;
-    for (QLabel* label :
-         { m_ui->labelTotalFiles, m_ui->labelTotalTIFFPages, m_ui->labelTimeTaken }) {
-        QPalette palette; // the other colours stay those of the window
-        palette.setColor(QPalette::WindowText, color);
-        label->setPalette(palette);
-    }
-    emit processingLabelColorChanged(color);
+    pane().endEditing();
+    m_load->addFiles();
 }
 
-void PagestackAppDelegate::followPalette()
+void PagestackAppDelegate::addFolder()
 {
-    setProcessingLabelColor(m_window->palette().color(m_labelGroup, QPalette::WindowText));
+    pane().endEditing();
+    m_load->addFolder();
+}
+
+void PagestackAppDelegate::importAction()
+{
+    pane().endEditing();
+    openImportFilesPanel();
+}
+
+void PagestackAppDelegate::removeAction()
+{
+    pane().endEditing();
+    removeFiles();
+}
+
+void PagestackAppDelegate::searchAction()
+{
+    pane().endEditing();
+    m_list->search();
+}
+
+void PagestackAppDelegate::exportAction()
+{
+    pane().endEditing();
+    m_list->exportAction();
 }
 
 } // namespace pagestack

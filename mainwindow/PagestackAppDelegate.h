@@ -1,56 +1,34 @@
 #pragma once
 
-#include "engine/job/Process.h"
 #include "engine/settings/Settings.h"
-#include "filelist/Arguments.h"
 #include "filelist/FileList.h"
-#include "filelist/FileLoader.h"
-#include "filelist/SortOrder.h"
-#include "mainwindow/import/ImportFilesWindowController.h"
+#include "mainwindow/desktop/Services.h"
+#include "mainwindow/list/ListCommands.h"
+#include "mainwindow/load/LoadControl.h"
+#include "mainwindow/run/RunControl.h"
+#include "mainwindow/settings/SettingsPane.h"
+#include "mainwindow/state/ViewState.h"
+#include "mainwindow/state/Worker.h"
+#include "mainwindow/widgets/KeyLetter.h"
 
 #include <QColor>
 #include <QMainWindow>
 #include <QObject>
-#include <QPalette>
-#include <QThread>
 
-#include <atomic>
-#include <functional>
 #include <memory>
-#include <optional>
 
 class QAbstractButton;
 class QLineEdit;
-class QMenu;
-
-namespace Ui {
-class MainWindow;
-}
 
 namespace pagestack {
 
-class AlertPanel;
 class ApplicationEvents;
-class FileChooser;
-class FileTableModel;
-class FindControl;
 class ListEditor;
-class ProcessPanel;
-class UserDefaults;
-class Workspace;
 
-/// The main controller: owns the main window's controls, the file list, the live settings and the
-/// current conversion job, and carries out what the user asks for. One class over several files,
-/// one a concern: start-up (PagestackAppDelegate.cpp), menus (...Menus.cpp), the run (...Run.cpp,
-/// ...Plan.cpp), the settings pane (...Settings.cpp), loading (...Files.cpp), path lists
-/// (...Import.cpp), the commands on the list (...List.cpp, ...Sort.cpp, ...Export.cpp), on files
-/// (...FileActions.cpp), totals (...Totals.cpp), the end of the program (...Lifecycle.cpp).
-///
-/// Main thread only, but for `loadURLs` and what `LoaderTarget` names, which the loader's thread
-/// calls, and `isPlanClear`, which that of the run calls.
-class PagestackAppDelegate : public QObject,
-                             private LoaderTarget,
-                             private ImportFilesWindowControllerDelegate
+/// The main controller: it owns the window, the file list and the live settings, connects every
+/// control with its command, and hands each command to the one who carries it out: ListCommands,
+/// LoadControl, RunControl, SettingsPane or ViewState. Main thread, but for loadURLs().
+class PagestackAppDelegate : public QObject
 {
     Q_OBJECT
     /// True while a load or a run is under way; the loader polls it between files.
@@ -60,16 +38,6 @@ class PagestackAppDelegate : public QObject,
                    NOTIFY processingLabelColorChanged)
 
 public:
-    /// None of them is owned; all outlive the controller.
-    struct Services
-    {
-        UserDefaults& defaults;
-        Workspace& workspace;
-        AlertPanel& alerts;
-        FileChooser& chooser;
-        ReadDates readDates = &FileItem::dates; ///< for sorts and for the table
-    };
-
     explicit PagestackAppDelegate(const Services& services, QObject* parent = nullptr);
     ~PagestackAppDelegate() override;
     PagestackAppDelegate(const PagestackAppDelegate&) = delete;
@@ -83,8 +51,10 @@ public:
     void toggleSettings();
     void setupVersion();
     void setupToolbarAndMenuItems();
-    void setButtonKeyCharacter(QAbstractButton* button, const QString& keyChar,
-                               const QColor& color);
+    void setButtonKeyCharacter(QAbstractButton* button, const QString& keyChar, const QColor& color)
+    {
+        setKeyLetter(button, keyChar, color);
+    }
 
     // The end of the program.
     bool applicationShouldHandleReopen(bool hasVisibleWindows);
@@ -98,79 +68,82 @@ public:
     /// hides the window, and applicationShouldHandleReopen() brings it back.
     void setEndsWithWindow(bool endsWithWindow) { m_endsWithWindow = endsWithWindow; }
 
-    // The run.
-    void convertAction();
-    void split();
-    void cancelAction();
-    void cancelProcessAction();
-    void viewLogAction();
-    void closeProcessAction();
-    void startProcess();
-    void stopProcess();
-    void resetView(bool enable);
-    void resetViewForProcess(bool enable);
+    // The run: see RunControl and ViewState.
+    void convertAction() { split(); }
+    void split() { m_run->split(); }
+    void cancelAction() { m_worker->cancel(); }
+    void cancelProcessAction() { m_run->cancelProcess(); }
+    void viewLogAction() { m_run->viewLog(); }
+    void closeProcessAction() { m_run->closeProcess(); }
+    void startProcess() { m_view->startProcess(); }
+    void stopProcess() { m_view->stopProcess(); }
+    void resetView(bool enable) { m_view->resetView(enable); }
+    void resetViewForProcess(bool enable) { m_view->resetViewForProcess(enable); }
 
-    // The settings pane.
+    // The settings pane: see SettingsPane.
     void showSettings(bool show);
     void setSplitOptions(int outputType);
-    void chooseOutputFolder();
-    /// What a field that takes a number holds after an edit: `fallback` for a text that is empty or
-    /// zero, else the text without what is no digit at its ends.
-    static QString filteredNumber(const QString& text, const QString& fallback);
-    void controlTextDidChange(QLineEdit* field);
+    void chooseOutputFolder() { pane().chooseOutputFolder(); }
+    void controlTextDidChange(QLineEdit* field) { SettingsPane::controlTextDidChange(field); }
 
-    // Loading files.
+    // Loading files: see LoadControl.
     void addFiles();
     void addFolder();
     void searchAction(); ///< shows the find bar and gives it the keys
-    bool inculdeSubfolders() const;
-    void setInculdeSubfolders(bool include);
-    /// Starts a load on a thread of its own; refused while a load or a run is under way.
-    void startLoading(const Arguments& arguments);
-    void loadURLs(const Arguments& arguments);
+    bool inculdeSubfolders() const { return m_load->inculdeSubfolders(); }
+    void setInculdeSubfolders(bool include) { m_load->setInculdeSubfolders(include); }
+    void loadURLs(const Arguments& arguments) { m_load->loadURLs(arguments); }
     /// Paths of files and folders given to the program, loaded as if they were dropped.
-    void openPaths(const QStringList& paths);
-
-    // Commands on the list; the actions read the property "tag" of their sender.
-    void checkUncheckInvertSelectionAction(const QObject* sender);
-    void checkUncheckInvertSelection(int tag);
-    void checkUncheckInvertAction(const QObject* sender);
-    void checkUncheckInvertAll(int tag);
-    void selectDeselectRemoveAction(const QObject* sender);
-    void selectDeselectRemoveAll(int tag);
-    void removeAction();
-    void removeFiles();
-    void moveUp();
-    void moveDown();
-    void sortDescriptorsDidChange(const SortOrders& oldOrders);
+    void openPaths(const QStringList& paths) { m_load->openPaths(paths); }
     void importAction();
-    void openImportFilesPanel();
+    void openImportFilesPanel() { m_load->openImportFilesPanel(); }
+
+    // Commands on the list, see ListCommands; the actions read the property "tag" of their sender.
+    void checkUncheckInvertSelectionAction(const QObject* sender)
+    {
+        checkUncheckInvertSelection(tagOf(sender));
+    }
+    void checkUncheckInvertSelection(int tag) { m_list->checkUncheckInvertSelection(tag); }
+    void checkUncheckInvertAction(const QObject* sender) { checkUncheckInvertAll(tagOf(sender)); }
+    void checkUncheckInvertAll(int tag) { m_list->checkUncheckInvertAll(tag); }
+    void selectDeselectRemoveAction(const QObject* sender)
+    {
+        selectDeselectRemoveAll(tagOf(sender));
+    }
+    void selectDeselectRemoveAll(int tag) { m_list->selectDeselectRemoveAll(tag); }
+    void removeAction();
+    void removeFiles() { m_list->removeFiles(); }
+    void moveUp() { m_list->moveUp(); }
+    void moveDown() { m_list->moveDown(); }
+    void sortDescriptorsDidChange(const SortOrders& oldOrders)
+    {
+        m_list->sortDescriptorsDidChange(oldOrders);
+    }
     void exportAction();
-    void exportTo(const QString& path);
 
     // Commands on the highlighted files.
-    void openFileWithFinder();
-    void openFiles();
-    void openFileEnclosingFolder();
-    void openEnclodingFolder();
-    void getInfoFile();
-    void getInfo();
+    void openFileWithFinder() { openFiles(); }
+    void openFiles() { m_list->openFiles(); }
+    void openFileEnclosingFolder() { openEnclodingFolder(); }
+    void openEnclodingFolder() { m_list->openEnclodingFolder(); }
+    void getInfoFile() { getInfo(); }
+    void getInfo() { m_list->getInfo(); }
 
-    // Totals.
-    void updateTotalLabel();
-    void updateTotalPagesLabel() override;
-    void updateTimeTakenLabel(const QString& text);
+    // Totals: see ViewState.
+    void updateTotalLabel() { m_view->updateTotalLabel(); }
+    void updateTotalPagesLabel() { m_view->updateTotalPagesLabel(); }
+    void updateTimeTakenLabel(const QString& text) { m_view->updateTimeTakenLabel(text); }
 
-    bool isProcessing() const override { return m_isProcessing; }
-    void setIsProcessing(bool isProcessing);
-    QColor processingLabelColor() const { return m_processingLabelColor; }
-    void setProcessingLabelColor(const QColor& color);
+    bool isProcessing() const { return m_view->isProcessing(); }
+    void setIsProcessing(bool isProcessing) { m_view->setIsProcessing(isProcessing); }
+    QColor processingLabelColor() const { return m_view->processingLabelColor(); }
+    void setProcessingLabelColor(const QColor& color) { m_view->setProcessingLabelColor(color); }
     QMainWindow* window() const { return m_window.get(); }
     FileList& files() { return m_files; }
     FileTableModel& tableModel() { return *m_tableModel; }
     Settings& settings() { return *m_settings; }
-    Process* process() const { return m_process.get(); }
-    ProcessPanel* processViewPanel() const { return m_processViewPanel.get(); }
+    Process* process() const { return m_run->process(); }
+    ProcessPanel* processViewPanel() const { return &m_run->panel(); }
 
 signals:
     void isProcessingChanged(bool isProcessing);
@@ -179,95 +152,36 @@ signals:
     void readyToTerminate();
 
 private:
-    bool contains(const QUrl& url) const override { return m_files.contains(url); }
-    bool append(const std::shared_ptr<FileItem>& item) override;
-    void ImportFilesWindowControllerDidFinish(ImportFilesWindowController& dialog) override;
-
-    void connectControls();
+    static int tagOf(const QObject* sender) { return sender->property("tag").toInt(); }
+    SettingsPane& pane() const;
+    void connectButtons();
     void connectMenus();
-    void bindSettings();
-    void observeSettings();
-    void restoreWindowState();
-    void saveWindowState();
-    bool eventFilter(QObject* watched, QEvent* event) override;
-    void endEditing();
-    void connectSettingsPane();
-    void connectTable();
-    void connectListCommands();
-    void connectProgramMenus();
-    void connectListMenus();
-    void makeContextMenu();
-    void followMenus();
-    void markByTag(const QList<int>& rows, int tag);
-    void removeRows(const QList<int>& rows);
-    void removeConverted();
-    void showStep(const QList<int>& rows);
-    void followList();
-    void scrollToRow(int row);
-    QList<QUrl> highlightedUrls() const;
-    void commitSettingsFields();
     void markTheKeyLetters();
-    /// Shows what went wrong with the file of the settings since the last call, if anything.
-    void tellSettingsTroubles();
     void aboutAction();
-    void refuse(const QString& text);
-    void refuseOutputFolder();
-    void beginRun();
-    void startRun(const QList<OutputFile>& outputs, bool isPlanned);
-    bool isPlanClear(Process& job);
-    void askForNumbers();
-    void leaveRun();
-    void startWorker(std::function<void()> work);
-    void startBusy(std::function<void()> work);
-    void workerEnded();
-    void finishWorker();
-    void showQuality();
-    void followOutputFolder();
-    void sortAsTable();
-    void sortBesideTheWindow(const SortOrders& oldOrders, const SortOrders& orders);
-    DateReading dateReading() const;
-    FileList::Items takeScatteredHighlight();
-    void putHighlightBack(const FileList::Items& items);
-    void updateMoveButtons();
-    void updateConvertControls();
-    void followPalette();
+    void saveWindowState();
+    void restoreWindowState();
     bool mayQuit();
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
-    Services m_services;
+    const Services m_services;
     std::unique_ptr<QMainWindow> m_window;
     std::unique_ptr<Ui::MainWindow> m_ui;
     FileList m_files;
     std::unique_ptr<FileTableModel> m_tableModel;
     std::unique_ptr<ListEditor> m_editor;
-    std::unique_ptr<FindControl> m_find;
-    QMenu* m_filesContextMenu = nullptr; ///< the window's
-    ImportFilesWindowController* m_importPanel = nullptr; ///< the window's; made when first used
+    std::unique_ptr<ViewState> m_view;
+    std::unique_ptr<Worker> m_worker;
+    std::unique_ptr<ListCommands> m_list;
     std::unique_ptr<Settings> m_settings;
-    std::unique_ptr<Process> m_process;
-    std::unique_ptr<ProcessPanel> m_processViewPanel;
-    std::unique_ptr<QThread> m_worker; ///< the load or the run under way; null when idle
-    /// Of the run that was not begun, since some of its outputs would end in one file: what to ask.
-    struct Clash
-    {
-        QString question;
-        QList<OutputFile> numbered; ///< the outputs that would not
-    };
-    std::optional<Clash> m_clash; ///< to be asked when the worker has ended
-    std::atomic<bool> m_isProcessing = false; ///< written by the main thread, polled by the loader
-    bool m_showSettings = true;
-    bool m_isViewEnabled = true; ///< what resetView was last called with
+    std::unique_ptr<LoadControl> m_load;
+    std::unique_ptr<RunControl> m_run;
+    std::unique_ptr<ApplicationEvents> m_applicationEvents;
     bool m_hasQuit = false; ///< the window may close now
 #ifdef Q_OS_MACOS
     bool m_endsWithWindow = false;
 #else
     bool m_endsWithWindow = true;
 #endif
-    /// The program ends as soon as the worker has. Written by the main thread, polled by a sort.
-    std::atomic<bool> m_isTerminating = false;
-    std::atomic<int> m_cancelCount = 0; ///< of Cancel; as m_isTerminating
-    QPalette::ColorGroup m_labelGroup = QPalette::Active; ///< that the totals are shown in
-    QColor m_processingLabelColor;
-    std::unique_ptr<ApplicationEvents> m_applicationEvents;
 };
 
 } // namespace pagestack

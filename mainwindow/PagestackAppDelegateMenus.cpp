@@ -1,14 +1,36 @@
+#include "engine/image/CodecVersions.h"
+#include "engine/support/Application.h"
+#include "engine/support/SystemLog.h"
+#include "engine/support/Workspace.h"
 #include "filelist/ListEditor.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "ui_MainWindow.h"
 
 #include <QMenu>
+#include <QUrl>
 
 namespace pagestack {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+    /// The product's page, opened by Help > Pagestack on the Web.
+    const QString productPage = u"https://pagestack.example/"_s;
+
+    const QString productName = u"Pagestack"_s;
+
+    /// Puts the application's title in place of the product name in the titles of `menu` that
+    /// `concerns` names.
+    template <typename Concerns>
+    void renameItems(QMenu* menu, Concerns concerns)
+    {
+        if (menu == nullptr)
+            return;
+        for (QAction* item : menu->actions())
+            if (concerns(item->text()))
+                item->setText(item->text().replace(productName, getAppTitle(u""_s)));
+    }
 
     /// Shows `key`, which the table itself answers, beside the title of `action`.
     void showTableKey(QAction* action, const QKeySequence& key)
@@ -18,119 +40,77 @@ namespace {
 
 } // namespace
 
+void PagestackAppDelegate::setupVersion()
+{
+    const QList<QAction*> items = m_ui->menuBar->actions();
+    const auto beginsWithName = [](const QString& title) { return title.startsWith(productName); };
+    renameItems(items.first()->menu(),
+                [](const QString& title) { return title.endsWith(productName); });
+    for (const QAction* item : items)
+        if (item->text() == u"Window"_s)
+            renameItems(item->menu(), beginsWithName);
+    renameItems(items.last()->menu(), beginsWithName);
+}
+
+void PagestackAppDelegate::setupToolbarAndMenuItems()
+{
+    m_ui->mainToolBar->setMovable(false);
+    m_ui->mainToolBar->setContextMenuPolicy(Qt::PreventContextMenu);
+    m_window->setContextMenuPolicy(Qt::NoContextMenu);
+}
+
+/// The other items of the menus press the buttons that do the same: see the description of the
+/// window.
 void PagestackAppDelegate::connectMenus()
 {
-    connectProgramMenus();
-    connectListMenus();
-    makeContextMenu();
+    using Self = PagestackAppDelegate;
+    const auto on = [this](QAction* action, void (Self::*command)()) {
+        connect(action, &QAction::triggered, this, command);
+    };
+    on(m_ui->exportAction, &Self::exportAction);
+    on(m_ui->openFileAction, &Self::openFileWithFinder);
+    on(m_ui->revealAction, &Self::openFileEnclosingFolder);
+    on(m_ui->getInfoAction, &Self::getInfoFile);
+    on(m_ui->quitAction, &Self::quitAction);
+    on(m_ui->aboutAction, &Self::aboutAction);
+    on(m_ui->openAppAction, &Self::openAppAction);
+    on(m_ui->helpAction, &Self::helpAction);
+    on(m_ui->websiteAction, &Self::websiteAction);
+    on(m_ui->toggleSettingsAction, &Self::toggleSettings);
+    for (const QAction* action :
+         { m_ui->checkAllAction, m_ui->uncheckAllAction, m_ui->invertCheckAction })
+        connect(action, &QAction::triggered, this,
+                [this, action] { checkUncheckInvertAction(action); });
+    for (const QAction* action :
+         { m_ui->checkSelectionAction, m_ui->uncheckSelectionAction, m_ui->invertSelectionAction })
+        connect(action, &QAction::triggered, this,
+                [this, action] { checkUncheckInvertSelectionAction(action); });
+    const QUndoStack* history = &m_editor->history();
+    connect(m_ui->undoAction, &QAction::triggered, history, &QUndoStack::undo);
+    connect(m_ui->redoAction, &QAction::triggered, history, &QUndoStack::redo);
     showTableKey(m_ui->moveUpAction, Qt::CTRL | Qt::Key_Up);
     showTableKey(m_ui->moveDownAction, Qt::CTRL | Qt::Key_Down);
     showTableKey(m_ui->invertSelectionAction, Qt::Key_Space);
     showTableKey(m_ui->removeSelectedAction, Qt::Key_Delete);
 }
 
-void PagestackAppDelegate::connectProgramMenus()
+void PagestackAppDelegate::websiteAction() { m_services.workspace.openURL(QUrl(productPage)); }
+
+void PagestackAppDelegate::helpAction()
 {
-    const auto on = [this](QAction* action, void (PagestackAppDelegate::*command)()) {
-        connect(action, &QAction::triggered, this, command);
-    };
-    on(m_ui->addFilesAction, &PagestackAppDelegate::addFiles);
-    on(m_ui->addFolderAction, &PagestackAppDelegate::addFolder);
-    on(m_ui->importAction, &PagestackAppDelegate::importAction);
-    on(m_ui->exportAction, &PagestackAppDelegate::exportAction);
-    on(m_ui->exportToolbarItem, &PagestackAppDelegate::exportAction);
-    on(m_ui->convertMenuAction, &PagestackAppDelegate::convertAction);
-    on(m_ui->cancelMenuAction, &PagestackAppDelegate::cancelAction);
-    on(m_ui->quitAction, &PagestackAppDelegate::quitAction);
-    on(m_ui->aboutAction, &PagestackAppDelegate::aboutAction);
-    on(m_ui->openAppAction, &PagestackAppDelegate::openAppAction);
-    on(m_ui->helpAction, &PagestackAppDelegate::helpAction);
-    on(m_ui->websiteAction, &PagestackAppDelegate::websiteAction);
-    on(m_ui->toggleSettingsAction, &PagestackAppDelegate::toggleSettings);
-    on(m_ui->preferencesToolbarItem, &PagestackAppDelegate::toggleSettings);
-    connect(m_ui->minimizeAction, &QAction::triggered, m_window.get(), &QWidget::showMinimized);
-    connect(m_ui->helpHyperlink, &QAbstractButton::clicked, this,
-            &PagestackAppDelegate::helpAction);
-    m_ui->quitAction->setMenuRole(QAction::QuitRole);
-    m_ui->aboutAction->setMenuRole(QAction::AboutRole);
+    try {
+        const QString guide = pathForResource(u"MACPagestack1"_s, u"pdf"_s);
+        m_services.workspace.openURL(QUrl::fromLocalFile(guide));
+    } catch (const std::exception& error) {
+        systemLog(u"Error in [helpAction:] : "_s + QString::fromUtf8(error.what()));
+    }
 }
 
-void PagestackAppDelegate::connectListMenus()
+void PagestackAppDelegate::aboutAction()
 {
-    const auto on = [this](QAction* action, void (PagestackAppDelegate::*command)()) {
-        connect(action, &QAction::triggered, this, command);
-    };
-    const auto byTag
-        = [this](QAction* action, void (PagestackAppDelegate::*command)(const QObject* sender)) {
-              connect(action, &QAction::triggered, this,
-                      [this, action, command] { (this->*command)(action); });
-          };
-    on(m_ui->openFileAction, &PagestackAppDelegate::openFileWithFinder);
-    on(m_ui->revealAction, &PagestackAppDelegate::openFileEnclosingFolder);
-    on(m_ui->getInfoAction, &PagestackAppDelegate::getInfoFile);
-    on(m_ui->removeSelectedAction, &PagestackAppDelegate::removeAction);
-    on(m_ui->findAction, &PagestackAppDelegate::searchAction);
-    connect(m_ui->moveUpAction, &QAction::triggered, m_ui->moveUpButton, &QToolButton::click);
-    connect(m_ui->moveDownAction, &QAction::triggered, m_ui->moveDownButton, &QToolButton::click);
-    for (QAction* action :
-         { m_ui->checkAllAction, m_ui->uncheckAllAction, m_ui->invertCheckAction })
-        byTag(action, &PagestackAppDelegate::checkUncheckInvertAction);
-    for (QAction* action :
-         { m_ui->checkSelectionAction, m_ui->uncheckSelectionAction, m_ui->invertSelectionAction })
-        byTag(action, &PagestackAppDelegate::checkUncheckInvertSelectionAction);
-    for (QAction* action :
-         { m_ui->selectAllRowsAction, m_ui->deselectAllRowsAction, m_ui->removeAllAction })
-        byTag(action, &PagestackAppDelegate::selectDeselectRemoveAction);
-
-    QUndoStack* history = &m_editor->history();
-    connect(m_ui->undoAction, &QAction::triggered, history, &QUndoStack::undo);
-    connect(m_ui->redoAction, &QAction::triggered, history, &QUndoStack::redo);
-    connect(history, &QUndoStack::indexChanged, this, &PagestackAppDelegate::followMenus);
-    connect(m_ui->openFileButton, &QToolButton::clicked, m_ui->openFileAction, &QAction::trigger);
-    connect(m_ui->openEnclosedFolderButton, &QToolButton::clicked, m_ui->revealAction,
-            &QAction::trigger);
-    connect(m_ui->getInfoButton, &QToolButton::clicked, m_ui->getInfoAction, &QAction::trigger);
-}
-
-void PagestackAppDelegate::makeContextMenu()
-{
-    m_filesContextMenu = new QMenu(m_window.get());
-    m_filesContextMenu->setObjectName(u"filesContextMenu"_s);
-    m_filesContextMenu->addActions(
-        { m_ui->openFileAction, m_ui->revealAction, m_ui->getInfoAction });
-    m_filesContextMenu->addSeparator();
-    m_filesContextMenu->addActions(
-        { m_ui->checkSelectionAction, m_ui->uncheckSelectionAction, m_ui->invertSelectionAction });
-    m_filesContextMenu->addSeparator();
-    m_filesContextMenu->addActions({ m_ui->moveUpAction, m_ui->moveDownAction });
-    m_filesContextMenu->addSeparator();
-    m_filesContextMenu->addActions({ m_ui->selectAllRowsAction, m_ui->deselectAllRowsAction });
-    m_filesContextMenu->addSeparator();
-    m_filesContextMenu->addActions({ m_ui->removeSelectedAction, m_ui->removeAllAction });
-    m_ui->mainTableView->setContextMenu(m_filesContextMenu);
-}
-
-/// Menu items are enabled when they have something to act on.
-void PagestackAppDelegate::followMenus()
-{
-    const bool hasFiles = m_isViewEnabled && m_files.count() > 0;
-    for (QAction* action :
-         { m_ui->exportAction, m_ui->selectAllRowsAction, m_ui->deselectAllRowsAction,
-           m_ui->checkAllAction, m_ui->uncheckAllAction, m_ui->invertCheckAction,
-           m_ui->removeAllAction, m_ui->findAction })
-        action->setEnabled(hasFiles);
-    const bool hasHighlight = hasFiles && m_ui->mainTableView->highlightedSpan().first >= 0;
-    for (QAction* action : { m_ui->openFileAction, m_ui->revealAction, m_ui->getInfoAction,
-                             m_ui->checkSelectionAction, m_ui->uncheckSelectionAction,
-                             m_ui->invertSelectionAction, m_ui->removeSelectedAction })
-        action->setEnabled(hasHighlight);
-    m_ui->moveUpAction->setEnabled(m_ui->moveUpButton->isEnabled());
-    m_ui->moveDownAction->setEnabled(m_ui->moveDownButton->isEnabled());
-    const QUndoStack& history = m_editor->history();
-    m_ui->undoAction->setEnabled(m_isViewEnabled && history.canUndo());
-    m_ui->redoAction->setEnabled(m_isViewEnabled && history.canRedo());
-    m_ui->undoAction->setText(tr("&Undo %1").arg(history.undoText()).trimmed());
-    m_ui->redoAction->setText(tr("&Redo %1").arg(history.redoText()).trimmed());
+    m_services.ask(m_window.get(), AlertPanel::Style::Informational,
+                   tr("Pagestack %1 turns TIFF files into images.\n\n%2")
+                       .arg(QCoreApplication::applicationVersion(), codecVersions().join(u"\n"_s)));
 }
 
 } // namespace pagestack

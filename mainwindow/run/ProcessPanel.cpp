@@ -31,6 +31,9 @@ ProcessPanel::ProcessPanel(QWidget* parent)
 {
     m_ui->setupUi(this);
     setWindowModality(Qt::WindowModal);
+    showProblems(false);
+    connect(m_ui->showProblemsBtn, &QPushButton::toggled, this, &ProcessPanel::showProblems);
+    connect(m_ui->problemList, &ProblemList::fileRequested, this, &ProcessPanel::fileRequested);
     connect(m_ui->viewLogBtn, &QPushButton::clicked, this, &ProcessPanel::viewLogRequested);
     connect(m_ui->cancelProcessBtn, &QPushButton::clicked, this, [this] {
         m_isCancelled = true;
@@ -48,16 +51,16 @@ ProcessPanel::ProcessPanel(QWidget* parent)
 
 ProcessPanel::~ProcessPanel() = default;
 
-QPushButton* ProcessPanel::viewLogBtn() const { return m_ui->viewLogBtn; }
-
-QPushButton* ProcessPanel::cancelProcessBtn() const { return m_ui->cancelProcessBtn; }
+QHash<QString, QString> ProcessPanel::problemsByFile() const { return m_ui->problemList->byFile(); }
 
 void ProcessPanel::follow(Process& job, qint64 plannedPages)
 {
     m_job = &job;
     m_plannedPages = plannedPages;
     m_donePages = 0;
-    m_troubles = 0;
+    m_ui->problemList->removeAll();
+    m_ui->showProblemsBtn->setChecked(false);
+    m_ui->showProblemsBtn->hide();
     m_isCancelled = false;
     m_ui->processProgressBar->setRange(0, barSteps);
     m_ui->processProgressBar->setValue(0);
@@ -69,9 +72,13 @@ void ProcessPanel::follow(Process& job, qint64 plannedPages)
     m_ui->cancelProcessBtn->setDefault(true);
     // The job tells on its own thread; with this object as the receiver it arrives on the main one.
     connect(&job, &Process::pageDone, this, [this] { ++m_donePages; });
-    connect(&job, &Process::diagnosed, this, [this](const Diagnostic& diagnostic) {
-        m_troubles += diagnostic.severity == Diagnostic::Severity::Error ? 1 : 0;
-    });
+    connect(&job, &Process::diagnosed, m_ui->problemList, &ProblemList::add);
+    connect(&job, &Process::logTroubleMet, this,
+            [this](const QString& path, const QString& reason) {
+                m_ui->problemList->add(
+                    { .sourcePath = path,
+                      .reason = tr("The log could not be written: %1").arg(reason) });
+            });
     connect(&job, &Process::isCompletedChanged, this, [this](bool isCompleted) {
         if (isCompleted)
             showEnd();
@@ -97,6 +104,7 @@ void ProcessPanel::stopFollowing()
     if (m_job != nullptr)
         m_job->disconnect(this);
     m_job = nullptr;
+    hide();
 }
 
 void ProcessPanel::showCounts()
@@ -109,8 +117,8 @@ void ProcessPanel::showCounts()
                          .arg(m_job->totalFileCreated())
                          .arg(m_donePages)
                          .arg(m_plannedPages);
-    if (m_troubles > 0)
-        counts += tr(", %n trouble(s)", nullptr, static_cast<int>(m_troubles));
+    if (const qint64 problems = m_ui->problemList->count(); problems > 0)
+        counts += tr(", %n problem(s)", nullptr, static_cast<int>(problems));
     if (m_isCancelled && !m_job->isCompleted())
         counts += tr(" - finishing the page in hand");
     m_ui->processCountLabel->setText(counts);
@@ -148,6 +156,18 @@ void ProcessPanel::showEnd()
     m_ui->closeProcessBtn->setEnabled(true);
     m_ui->closeProcessBtn->setDefault(true);
     m_ui->closeProcessBtn->setFocus();
+    m_ui->showProblemsBtn->setVisible(m_ui->problemList->count() > 0);
+    emit ended();
+}
+
+void ProcessPanel::showProblems(bool isShown)
+{
+    const qint64 left = m_ui->problemList->count() - ProblemList::mostRows;
+    m_ui->problemsLeftLabel->setText(
+        tr("%n more are in the log only.", nullptr, static_cast<int>(left)));
+    m_ui->problemList->setVisible(isShown);
+    m_ui->problemsLeftLabel->setVisible(isShown && left > 0);
+    adjustSize();
 }
 
 void ProcessPanel::reject()

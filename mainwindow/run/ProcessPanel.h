@@ -2,11 +2,10 @@
 
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QHash>
 #include <QTimer>
 
 #include <memory>
-
-class QPushButton;
 
 namespace Ui {
 class ProcessPanel;
@@ -17,8 +16,8 @@ namespace pagestack {
 class Process;
 
 /// The sheet that covers the window during a run: current file and output, counts, time, a progress
-/// bar that knows its end from the first page on, and the final message. Main thread; it listens to
-/// a job that runs elsewhere.
+/// bar that knows its end from the first page on, and at the end the final message and a list of
+/// the problems. Main thread; it listens to a job that runs elsewhere.
 class ProcessPanel : public QDialog
 {
     Q_OBJECT
@@ -31,12 +30,16 @@ public:
 
     /// Shows the state of `job`, which has not started yet and has `plannedPages` pages to convert.
     void follow(Process& job, qint64 plannedPages);
+    /// Hides the sheet, and looks at the job no more.
     void stopFollowing();
-
-    QPushButton* viewLogBtn() const;
-    QPushButton* cancelProcessBtn() const;
+    /// The problems of each source, a line each, when the run has ended.
+    QHash<QString, QString> problemsByFile() const;
 
 signals:
+    /// The run has ended; the sheet stays until Close.
+    void ended();
+    /// The source at `path` is to be shown in the list of files.
+    void fileRequested(const QString& path);
     void viewLogRequested();
     void cancelRequested();
     void closeRequested();
@@ -50,13 +53,13 @@ private:
     void showNames(bool isShown);
     void showTime();
     void showEnd();
+    void showProblems(bool isShown);
     QString remainingText() const;
 
     std::unique_ptr<Ui::ProcessPanel> m_ui;
     Process* m_job = nullptr; ///< not owned
     qint64 m_plannedPages = 0;
     qint64 m_donePages = 0;
-    qint64 m_troubles = 0;
     bool m_isCancelled = false;
     QElapsedTimer m_elapsed;
     QTimer m_refresh; ///< labels follow at a readable pace, however fast pages go

@@ -3,6 +3,7 @@
 #include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
+#include <QTextDocument>
 #include <QToolTip>
 
 namespace pagestack {
@@ -35,7 +36,8 @@ bool ElidedLabel::event(QEvent* event)
         const auto* const help = static_cast<QHelpEvent*>(event);
         // A tool tip takes what looks like markup for markup.
         QToolTip::showText(help->globalPos(),
-                           shownText() == text() ? QString() : text().toHtmlEscaped(), this);
+                           shownText() == text() ? QString() : Qt::convertFromPlainText(text()),
+                           this);
         return true;
     }
     return QLabel::event(event);

@@ -15,6 +15,7 @@ GOOD = [
     ("engine/image/A.cpp", "#include <qpdf/QPDF.hh>"),
     ("filelist/List.cpp", '#include "engine/job/Process.h"\n#include <QImage>'),
     ("mainwindow/Window.cpp", '#include "filelist/List.h"\n#include <QtWidgets/QWidget>'),
+    ("mainwindow/run/A.cpp", '#include "mainwindow/list/B.h"\n#include "ui_Window.h"'),
     ("tests/engine/ATest.cpp", "#include <QtGui/QImage>\nspy.wait(); qWaitFor(done);"),
 ]
 
@@ -28,6 +29,9 @@ BAD = [
     ("engine/job/A.cpp", '#include "filelist/FileDates.h"'),
     ("cli/main.cpp", '#include "filelist/List.h"'),
     ("engine/extra/A.h", "#include <vector>"),
+    ("mainwindow/load/A.cpp", '#include "mainwindow/run/B.h"'),
+    ("mainwindow/widgets/A.h", '#include "mainwindow/Window.h"'),
+    ("mainwindow/extra/A.h", "#include <vector>"),
     ("engine/log/A.cpp", '#include "A.h"'),
     ("engine/image/A.h", "#include <tiffio.h>"),
     ("engine/image/A.h", "#include <qpdf/QPDF.hh>"),

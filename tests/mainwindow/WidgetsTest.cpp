@@ -7,9 +7,13 @@
 #include "ui_ProcessPanel.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDialog>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QTabWidget>
 
 namespace {
 
@@ -20,10 +24,14 @@ struct Shell
     {
         ui.setupUi(&window);
         applySymbolicIcons(window);
+        tabs = window.findChild<QTabWidget*>(u"settingTabView"_s);
+        link = window.findChild<QPushButton*>(u"helpHyperlink"_s);
     }
 
     QMainWindow window;
     Ui::MainWindow ui;
+    QTabWidget* tabs; ///< of the settings pane, as the link
+    QPushButton* link;
 };
 
 const QList<std::pair<const char*, char16_t>> MainWindowKeys {
@@ -161,7 +169,7 @@ private slots:
     {
         // Two owners of one key cancel each other out: neither answers.
         const Shell shell;
-        for (int tab = 0; tab < shell.ui.settingTabView->count(); ++tab) {
+        for (int tab = 0; tab < shell.tabs->count(); ++tab) {
             QHash<QChar, QString> owners;
             const auto take = [&](QChar letter, const QObject& owner) {
                 if (letter.isNull())
@@ -172,9 +180,8 @@ private slots:
                 owners.insert(letter, owner.objectName());
             };
             const auto isOnThisTab = [&](const QWidget& widget) {
-                for (int other = 0; other < shell.ui.settingTabView->count(); ++other) {
-                    if (other != tab
-                        && shell.ui.settingTabView->widget(other)->isAncestorOf(&widget))
+                for (int other = 0; other < shell.tabs->count(); ++other) {
+                    if (other != tab && shell.tabs->widget(other)->isAncestorOf(&widget))
                         return false;
                 }
                 return true;
@@ -224,7 +231,7 @@ private slots:
                 auto* const button = shell.window.findChild<QAbstractButton*>(QLatin1String(name));
                 setKeyLetter(button, QString(QChar(letter)), Qt::black);
             }
-            shell.ui.settingTabView->setCurrentIndex(tab);
+            shell.tabs->setCurrentIndex(tab);
             shell.window.resize(shell.window.minimumSizeHint());
             shell.window.show();
             QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
@@ -276,7 +283,8 @@ private slots:
             return (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->isVisible()
                 && widget->focusProxy() == nullptr;
         };
-        for (const QWidget* area : { shell.ui.leftBox, shell.ui.rightBox }) {
+        for (const QWidget* area :
+             std::initializer_list<const QWidget*> { shell.ui.leftBox, shell.ui.rightBox }) {
             const QWidget* before = nullptr;
             int steps = 0;
             for (QWidget* next = area->nextInFocusChain(); next != area;
@@ -361,9 +369,9 @@ private slots:
     void linkIsPressedByReturn()
     {
         Shell shell;
-        QSignalSpy asked(shell.ui.helpHyperlink, &QAbstractButton::clicked);
-        QTest::keyClick(shell.ui.helpHyperlink, Qt::Key_Return);
-        QTest::mouseClick(shell.ui.helpHyperlink, Qt::LeftButton);
+        QSignalSpy asked(shell.link, &QAbstractButton::clicked);
+        QTest::keyClick(shell.link, Qt::Key_Return);
+        QTest::mouseClick(shell.link, Qt::LeftButton);
         QCOMPARE(asked.count(), 2);
     }
 

@@ -4,10 +4,12 @@
 #include "mainwindow/widgets/KeyLetter.h"
 #include "tests/filelist/TinyTiff.h"
 #include "tests/mainwindow/Session.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/Testing.h"
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QClipboard>
 #include <QComboBox>
 #include <QImage>
 #include <QLineEdit>
@@ -16,6 +18,7 @@
 #include <QProgressBar>
 #include <QSlider>
 #include <QTabWidget>
+#include <QTreeWidget>
 
 class WindowTest : public QObject
 {
@@ -333,7 +336,7 @@ private slots:
         }
         QTRY_VERIFY_WITH_TIMEOUT(session.widget("closeProcessBtn").isEnabled(), longMs);
         QCOMPARE(session.text("processMessageLabel"), outcome);
-        QCOMPARE(session.text("processCountLabel").contains(u"7 trouble(s)"_s), !folder.isEmpty());
+        QCOMPARE(session.text("processCountLabel").contains(u"7 problem(s)"_s), !folder.isEmpty());
         if (folder.isEmpty())
             QCOMPARE(QDir(samples()).entryList({ u"*.jpg"_s }).size(), 7);
     }
@@ -435,6 +438,79 @@ private slots:
         QCOMPARE(session.text("labelTimeTaken"), u"Total Time Taken : 0 sec(s) 0/0"_s);
         session.controller.viewLogAction(); // of no job
         QCOMPARE(session.desktop.opened().size(), 2);
+    }
+
+    // Else the user learns neither which page is missing nor which one has white rows.
+    void showsTheProblemsOfARun()
+    {
+        const TestFolder folder;
+        folder.make(u"in/a.tif:WBW in/b.tif:W in/c.tif:WF out/"_s);
+        const QString damaged = folder.path(u"in/a.tif"_s);
+        const QString fax = folder.path(u"in/c.tif"_s);
+        Session session(ini());
+        QVERIFY(session.open({ damaged, folder.path(u"in/b.tif"_s), fax }));
+        session.controller.settings().setOutputFolderPath(folder.path(u"out"_s));
+        session.controller.settings().setOutputType(1);
+        const QWidget& button = session.widget("showProblemsBtn");
+        auto& list = session.find<QTreeWidget>("problemList");
+        const auto run = [&] {
+            session.click("convertBtn");
+            QVERIFY(!button.isVisible());
+            QTRY_VERIFY_WITH_TIMEOUT(session.widget("closeProcessBtn").isEnabled(), longMs);
+        };
+        const auto toolTip = [&](int row) {
+            const QAbstractItemModel& model = *session.table().model();
+            return model.index(row, FileTableModel::Name).data(Qt::ToolTipRole).toString();
+        };
+        run();
+        QVERIFY(session.text("processCountLabel").endsWith(u", 2 problem(s)"_s));
+        QVERIFY(button.isVisible() && !list.isVisible());
+        session.click("showProblemsBtn");
+        QVERIFY(list.isVisible());
+        QVERIFY(!session.widget("problemsLeftLabel").isVisible());
+
+        QTest::keyClick(&list, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(&list, Qt::Key_C, Qt::ControlModifier);
+        const QStringList lines = QGuiApplication::clipboard()->text().split(u'\n');
+        QCOMPARE(lines.size(), 2);
+        QVERIFY2(lines.first().startsWith(damaged + u"\t2\t"_s), qPrintable(lines.first()));
+        QCOMPARE(lines.last(),
+                 fax + u"\t2\tWarning: 1 row of the fax is damaged; what is lost of it is white"_s);
+        QCOMPARE(toolTip(0), damaged + u"\nPage 2: "_s + lines.first().section(u'\t', 2));
+        QVERIFY(toolTip(2).startsWith(fax + u"\nPage 2: Warning: 1 row"_s));
+
+        const QRect row = list.visualItemRect(list.topLevelItem(1));
+        QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, row.center());
+        QTest::mouseDClick(list.viewport(), Qt::LeftButton, {}, row.center());
+        QCOMPARE(session.table().highlightedRows(), QList<int> { 2 });
+        session.click("closeProcessBtn");
+        QCOMPARE(session.table().highlightedRows(), QList<int> { 2 });
+
+        session.controller.tableModel().mark({ 0, 2 }, FileTableModel::Mark::Uncheck);
+        run();
+        QVERIFY(!button.isVisible() && !list.isVisible());
+        QCOMPARE(toolTip(0), damaged);
+    }
+
+    void keepsFewOfVeryManyProblems()
+    {
+        QWidget window;
+        ProcessPanel panel(&window);
+        Process job;
+        panel.follow(job, 1);
+        for (int page = 1; page <= 1234; ++page)
+            emit job.diagnosed({ .sourcePath = u"/in/a.tif"_s, .page = page, .reason = u"no"_s });
+        emit job.logTroubleMet(u"/a.log"_s, u"full"_s);
+        job.setLog(std::make_shared<Log>());
+        job.setIsCompleted(true);
+        panel.show();
+        panel.findChild<QAbstractButton*>(u"showProblemsBtn"_s)->click();
+        const auto& list = *panel.findChild<QTreeWidget*>(u"problemList"_s);
+        QCOMPARE(list.topLevelItemCount(), 1000);
+        QCOMPARE(panel.findChild<QLabel*>(u"problemsLeftLabel"_s)->text(),
+                 u"235 more are in the log only."_s);
+        QCOMPARE(panel.problemsByFile().value(u"/in/a.tif"_s).count(u'\n'), 10);
+        QVERIFY(panel.problemsByFile().value(u"/in/a.tif"_s).endsWith(u"\nand more"_s));
     }
 
     void stopsACancelledRun()

@@ -1,0 +1,272 @@
+#include "mainwindow/list/ListCommands.h"
+
+#include "engine/support/Dates.h"
+#include "engine/support/SystemLog.h"
+#include "engine/support/Workspace.h"
+#include "engine/threads/MainThread.h"
+#include "filelist/ListEditor.h"
+#include "filelist/ListExport.h"
+#include "mainwindow/desktop/Services.h"
+#include "mainwindow/state/ViewState.h"
+#include "mainwindow/state/Worker.h"
+#include "mainwindow/widgets/FileChooser.h"
+#include "ui_MainWindow.h"
+
+#include <numeric>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    QList<int> allRows(const FileList& files)
+    {
+        QList<int> rows(files.count());
+        std::iota(rows.begin(), rows.end(), 0);
+        return rows;
+    }
+
+} // namespace
+
+ListCommands::ListCommands(const WindowParts& parts, ListEditor& editor)
+    : m_parts(parts)
+    , m_editor(editor)
+    , m_find(parts.ui, parts.files)
+{
+    CustomTableView* table = parts.ui.mainTableView;
+    connect(table, &CustomTableView::sortRequested, this, &ListCommands::sortDescriptorsDidChange);
+    connect(table, &CustomTableView::invertRequested, this, [this](const QList<int>& rows) {
+        m_editor.mark(rows, FileTableModel::Mark::Invert);
+        m_parts.view.updateTotalLabel(); // also when no row is highlighted
+    });
+    connect(&parts.model, &FileTableModel::checkMarksChanged, &parts.view,
+            &ViewState::updateTotalLabel);
+    connect(&editor, &ListEditor::stepped, this, &ListCommands::showStep);
+    connect(&editor, &ListEditor::sorted, table, &CustomTableView::setSortOrders);
+}
+
+void ListCommands::checkUncheckInvertSelection(int tag)
+{
+    mark(m_parts.ui.mainTableView->highlightedRows(), tag);
+}
+
+void ListCommands::checkUncheckInvertAll(int tag) { mark(allRows(m_parts.files), tag); }
+
+void ListCommands::mark(const QList<int>& rows, int tag)
+{
+    if (!m_parts.worker.isBusy()) {
+        if (tag == 1)
+            m_editor.mark(rows, FileTableModel::Mark::Check);
+        else if (tag == 2)
+            m_editor.mark(rows, FileTableModel::Mark::Uncheck);
+        else if (tag == 3)
+            m_editor.mark(rows, FileTableModel::Mark::Invert);
+    }
+    followList();
+}
+
+void ListCommands::selectDeselectRemoveAll(int tag)
+{
+    CustomTableView* table = m_parts.ui.mainTableView;
+    const auto removeFiles = [this](const QList<int>& rows) {
+        remove(rows, tr("Remove %n File(s)", nullptr, static_cast<int>(rows.size())));
+    };
+    if (tag == 1) {
+        table->selectAll();
+    } else if (tag == 2) {
+        if (m_parts.files.count() > 0)
+            table->highlightRows({ 0 });
+    } else if (tag == 3) {
+        m_parts.services.ask(&m_parts.window, AlertPanel::Style::Informational,
+                             tr("Are you sure to remove all file(s)?"), { tr("Yes"), tr("No") },
+                             [this, removeFiles](int button) {
+                                 if (button == 0)
+                                     removeFiles(allRows(m_parts.files));
+                             });
+    } else if (tag == 4) {
+        removeFiles(table->highlightedRows());
+    }
+}
+
+void ListCommands::removeFiles()
+{
+    if (m_parts.ui.mainTableView->highlightedSpan().first >= 0)
+        selectDeselectRemoveAll(4);
+}
+
+void ListCommands::removeConverted()
+{
+    QList<int> rows;
+    for (int row = 0; row < m_parts.files.count(); ++row)
+        if (m_parts.files.at(row)->isSelected())
+            rows.append(row);
+    remove(rows, tr("Remove %n Converted File(s)", nullptr, static_cast<int>(rows.size())));
+}
+
+/// Takes rows off the list; the files stay where they are.
+void ListCommands::remove(const QList<int>& rows, const QString& text)
+{
+    if (m_parts.worker.isBusy())
+        return;
+    m_parts.ui.mainTableView->clearSelection();
+    m_editor.remove(rows, text);
+    followList();
+}
+
+void ListCommands::moveUp() { move(&ListEditor::moveUp, true); }
+
+void ListCommands::moveDown() { move(&ListEditor::moveDown, false); }
+
+void ListCommands::move(bool (ListEditor::*step)(const QList<int>& rows), bool isUp)
+{
+    CustomTableView* table = m_parts.ui.mainTableView;
+    if (m_parts.worker.isBusy() || !(m_editor.*step)(table->highlightedRows()))
+        return;
+    table->setFocus();
+    const auto [first, last] = table->highlightedSpan();
+    scrollToRow(isUp ? first : last);
+}
+
+/// After a step back or forth: what it concerned is highlighted and in view.
+void ListCommands::showStep(const QList<int>& rows)
+{
+    if (!rows.isEmpty()) {
+        m_parts.ui.mainTableView->highlightRows(rows);
+        scrollToRow(rows.first());
+    }
+    followList();
+}
+
+void ListCommands::followList()
+{
+    m_parts.view.resetView(!m_parts.worker.isBusy());
+    m_parts.view.updateTotalLabel();
+}
+
+void ListCommands::scrollToRow(int row)
+{
+    m_parts.ui.mainTableView->scrollTo(m_parts.model.index(row, FileTableModel::Name));
+}
+
+DateReading ListCommands::dateReading() const
+{
+    return { m_parts.services.readDates, m_parts.worker.untilCancelled() };
+}
+
+void ListCommands::sortDescriptorsDidChange(const SortOrders& oldOrders)
+{
+    CustomTableView* table = m_parts.ui.mainTableView;
+    const SortOrders orders = table->currentSortOrders();
+    const FileList::Items items = m_parts.files.items();
+    if (m_parts.worker.isBusy()) {
+        table->setSortOrders(oldOrders);
+        return;
+    }
+    if (items.size() < 2 || !needsDates(orders)) {
+        m_editor.sort(sortedRows(items, orders), oldOrders, orders);
+        return;
+    }
+    // Dates may come from another computer. The window is busy until they are there.
+    m_parts.worker.startBusy([this, table, items, oldOrders, orders, dates = dateReading()] {
+        bool isDone = false;
+        guarded(u"tableView:sortDescriptorsDidChange:"_s, [&] {
+            const QList<int> rows = sortedRows(items, orders, dates);
+            callOnMainThread([&] {
+                isDone = dates.isWanted();
+                if (isDone)
+                    m_editor.sort(rows, oldOrders, orders);
+            });
+        });
+        if (!isDone)
+            callOnMainThread([&] { table->setSortOrders(oldOrders); });
+    });
+}
+
+void ListCommands::sortAsTable()
+{
+    CustomTableView* table = m_parts.ui.mainTableView;
+    SortOrders orders;
+    FileList::Items items;
+    callOnMainThread([&] {
+        orders = table->currentSortOrders();
+        items = m_parts.files.items();
+    });
+    const DateReading dates = dateReading();
+    const QList<int> rows = sortedRows(items, orders, dates);
+    callOnMainThread([&] {
+        if (dates.isWanted())
+            m_parts.model.reorder(rows);
+        else if (!m_parts.worker.isTerminating()) // the next start has the same columns
+            table->setSortOrders({});
+    });
+}
+
+void ListCommands::search() { m_find.begin(); }
+
+void ListCommands::exportAction()
+{
+    const QString name
+        = u"Export %1.txt"_s.arg(getStringFromDateFormat(u"dd-MMM-yyyy hh-mm-ss AP"_s));
+    m_parts.services.chooser.chooseSaveFile(&m_parts.window,
+                                            tr("Export List To Tab Delimited Text File :"),
+                                            u"txt"_s, name, [this](const QList<QUrl>& urls) {
+                                                if (!urls.isEmpty())
+                                                    exportTo(urls.first().toLocalFile());
+                                            });
+}
+
+void ListCommands::exportTo(const QString& path)
+{
+    m_parts.worker.startBusy([this, path, items = m_parts.files.items()] {
+        guarded(u"export"_s, [&] {
+            const QByteArray text
+                = exportText(items, [this] { return m_parts.view.isProcessing(); });
+            if (!text.isEmpty())
+                writeExport(path, text);
+        });
+    });
+}
+
+QList<QUrl> ListCommands::highlightedUrls() const
+{
+    QList<QUrl> urls;
+    for (const int row : m_parts.ui.mainTableView->highlightedRows())
+        urls.append(m_parts.files.at(row)->filePath());
+    return urls;
+}
+
+void ListCommands::openFiles()
+{
+    guarded(u"openFiles"_s, [this] {
+        for (const QUrl& url : highlightedUrls())
+            m_parts.services.workspace.openURL(url);
+    });
+}
+
+void ListCommands::openEnclodingFolder()
+{
+    guarded(u"openEnclodingFolder"_s, [this] {
+        m_parts.services.workspace.activateFileViewerSelectingURLs(highlightedUrls());
+    });
+}
+
+void ListCommands::getInfo()
+{
+    guarded(u"getInfo"_s,
+            [this] { m_parts.services.workspace.showInformation(highlightedUrls()); });
+}
+
+void ListCommands::highlightFile(const QString& path)
+{
+    const FileList::Items& items = m_parts.files.items();
+    for (int row = 0; row < items.size(); ++row) {
+        if (items.at(row)->filePath().toLocalFile() != path)
+            continue;
+        m_parts.ui.mainTableView->highlightRows({ row });
+        scrollToRow(row);
+        return;
+    }
+}
+
+} // namespace pagestack

@@ -1,0 +1,172 @@
+#include "mainwindow/load/LoadControl.h"
+
+#include "engine/settings/UserDefaults.h"
+#include "engine/sources/AllowedFileTypes.h"
+#include "engine/support/Dates.h"
+#include "engine/support/SystemLog.h"
+#include "engine/threads/MainThread.h"
+#include "filelist/FileTableModel.h"
+#include "mainwindow/desktop/Services.h"
+#include "mainwindow/list/ListCommands.h"
+#include "mainwindow/state/ViewState.h"
+#include "mainwindow/state/Worker.h"
+#include "mainwindow/widgets/FileChooser.h"
+#include "ui_MainWindow.h"
+
+#include <QDateTime>
+#include <QDir>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    const QString includeSubfoldersKey = u"INCLUDESUBFOLDERS"_s;
+    constexpr qsizetype mostRangesKept = 64; // of the highlight, during a load
+
+} // namespace
+
+LoadControl::LoadControl(const WindowParts& parts, ListCommands& list)
+    : m_parts(parts)
+    , m_list(list)
+{
+    parts.ui.inculdeSubfoldersBtn->setChecked(inculdeSubfolders());
+    connect(parts.ui.inculdeSubfoldersBtn, &QCheckBox::toggled, this,
+            &LoadControl::setInculdeSubfolders);
+    connect(parts.ui.mainTableView, &CustomTableView::filesDropped, this,
+            [this](const QList<QUrl>& urls) {
+                m_parts.ui.lableDragAndDrop->hide();
+                m_parts.ui.rightBox->endEditing();
+                load(urls, true);
+            });
+}
+
+void LoadControl::addFiles()
+{
+    m_parts.services.chooser.chooseFiles(&m_parts.window, tr("Select TIFF File(s):"),
+                                         allowedFileTypes(),
+                                         [this](const QList<QUrl>& urls) { load(urls, false); });
+}
+
+void LoadControl::addFolder()
+{
+    m_parts.services.chooser.chooseFolders(&m_parts.window,
+                                           tr("Select folder(s) contains TIFF File(s):"),
+                                           [this](const QList<QUrl>& urls) { load(urls, true); });
+}
+
+void LoadControl::openPaths(const QStringList& paths)
+{
+    QList<QUrl> urls;
+    for (const QString& path : paths)
+        urls.append(QUrl::fromLocalFile(QDir::current().absoluteFilePath(path)));
+    load(urls, true);
+}
+
+void LoadControl::openImportFilesPanel()
+{
+    if (m_importPanel == nullptr) {
+        m_importPanel = new ImportFilesWindowController(&m_parts.window, m_parts.services.alerts,
+                                                        m_parts.services.chooser);
+        m_importPanel->setDelegate(this);
+        m_importPanel->setAllowedTypes(allowedFileTypes().join(u','));
+    }
+    m_importPanel->resetView();
+    m_importPanel->open();
+}
+
+void LoadControl::ImportFilesWindowControllerDidFinish(ImportFilesWindowController& dialog)
+{
+    load(dialog.files(), false);
+}
+
+bool LoadControl::inculdeSubfolders() const
+{
+    return m_parts.services.defaults.boolForKey(includeSubfoldersKey);
+}
+
+void LoadControl::setInculdeSubfolders(bool include)
+{
+    m_parts.services.defaults.setBool(includeSubfoldersKey, include);
+    m_parts.services.synchronize(&m_parts.window);
+}
+
+/// With what is below the folders, if the user wants that.
+void LoadControl::load(const QList<QUrl>& urls, bool areFolders)
+{
+    if (!urls.isEmpty())
+        startLoading({ urls, areFolders, m_parts.ui.inculdeSubfoldersBtn->isChecked() });
+}
+
+void LoadControl::startLoading(const Arguments& arguments)
+{
+    if (!m_parts.worker.isBusy())
+        m_parts.worker.start([this, arguments] { loadURLs(arguments); });
+}
+
+void LoadControl::loadURLs(const Arguments& arguments)
+{
+    const QDateTime start = QDateTime::currentDateTime();
+    ViewState& view = m_parts.view;
+    FileList::Items highlight;
+    guarded(u"loadURLs:"_s, [&] {
+        callOnMainThread([&] {
+            highlight = takeScatteredHighlight();
+            view.resetView(false);
+            view.startProcess();
+            if (m_parts.worker.isTerminating()) // asked for before the thread came here
+                m_parts.worker.cancel();
+            view.updateTimeTakenLabel(totalTimeTakenText(u"In Process..."_s, 0, 0));
+        });
+        FileLoader loader(*this);
+        const bool isChanged = arguments.isFolders
+            ? loader.addFolderToList(arguments.urls, arguments.isIncludeSubdirectories)
+            : loader.addFilesToList(arguments.urls);
+        if (isChanged)
+            m_list.sortAsTable();
+    });
+    const QString taken = timeTakenString(start, QDateTime::currentDateTime());
+    callOnMainThread([&] { view.stopProcess(); });
+    callOnMainThread([&] {
+        putHighlightBack(highlight);
+        view.resetView(true);
+        m_parts.ui.mainTableView->setFocus();
+        view.updateTimeTakenLabel(totalTimeTakenText(taken, 0, 0));
+    });
+}
+
+/// Each file that is added is compared with every range of the highlight; so one of many ranges is
+/// put aside during a load.
+FileList::Items LoadControl::takeScatteredHighlight()
+{
+    CustomTableView* table = m_parts.ui.mainTableView;
+    if (table->selectionModel()->selection().size() <= mostRangesKept)
+        return {};
+    FileList::Items items;
+    for (const int row : table->highlightedRows())
+        items.append(m_parts.files.at(row));
+    table->clearSelection();
+    return items;
+}
+
+void LoadControl::putHighlightBack(const FileList::Items& items)
+{
+    if (items.isEmpty())
+        return;
+    CustomTableView* table = m_parts.ui.mainTableView;
+    const QPersistentModelIndex current = table->currentIndex();
+    table->highlightRows(m_parts.files.rowsOf(items));
+    table->selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+}
+
+bool LoadControl::isProcessing() const { return m_parts.view.isProcessing(); }
+
+bool LoadControl::append(const std::shared_ptr<FileItem>& item)
+{
+    return m_parts.model.append(item);
+}
+
+void LoadControl::updateTotalPagesLabel() { m_parts.view.updateTotalPagesLabel(); }
+
+} // namespace pagestack

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "filelist/Arguments.h"
+#include "filelist/FileList.h"
+#include "filelist/FileLoader.h"
+#include "mainwindow/import/ImportFilesWindowController.h"
+#include "mainwindow/state/WindowParts.h"
+
+#include <QObject>
+
+namespace pagestack {
+
+class ListCommands;
+
+/// Every way into the list: choosers, drops, path lists and the arguments of the program. Main
+/// thread, but for loadURLs() and what LoaderTarget names, which the loader's thread calls.
+class LoadControl : public QObject,
+                    private LoaderTarget,
+                    private ImportFilesWindowControllerDelegate
+{
+    Q_OBJECT
+
+public:
+    /// `list` outlives it.
+    LoadControl(const WindowParts& parts, ListCommands& list);
+
+    void addFiles();
+    void addFolder();
+    void openImportFilesPanel();
+    void openPaths(const QStringList& paths);
+    bool inculdeSubfolders() const;
+    void setInculdeSubfolders(bool include);
+    /// Starts a load on a thread of its own; refused while a load or a run is under way.
+    void startLoading(const Arguments& arguments);
+    void loadURLs(const Arguments& arguments);
+
+private:
+    bool isProcessing() const override;
+    bool contains(const QUrl& url) const override { return m_parts.files.contains(url); }
+    bool append(const std::shared_ptr<FileItem>& item) override;
+    void updateTotalPagesLabel() override;
+    void ImportFilesWindowControllerDidFinish(ImportFilesWindowController& dialog) override;
+
+    void load(const QList<QUrl>& urls, bool areFolders);
+    FileList::Items takeScatteredHighlight();
+    void putHighlightBack(const FileList::Items& items);
+
+    const WindowParts m_parts;
+    ListCommands& m_list;
+    ImportFilesWindowController* m_importPanel = nullptr; ///< the window's; made when first used
+};
+
+} // namespace pagestack

@@ -1,0 +1,55 @@
+#include "mainwindow/run/PlanQuestion.h"
+
+#include "engine/plan/RunPlan.h"
+#include "mainwindow/run/RunControl.h"
+
+#include <QDir>
+
+namespace pagestack {
+
+namespace {
+
+    constexpr std::size_t shownFindings = 4;
+
+    QString sourceOf(const RunPlan& plan, qsizetype output)
+    {
+        return QDir::toNativeSeparators(plan.outputs().at(output).filename);
+    }
+
+    /// A line for each of the first findings, and one for the rest.
+    template <typename Finding, typename Line>
+    QStringList lines(const std::vector<Finding>& findings, Line line)
+    {
+        QStringList text;
+        for (std::size_t i = 0; i < findings.size() && i < shownFindings; ++i)
+            text.append(line(findings.at(i)));
+        if (findings.size() > shownFindings)
+            text.append(RunControl::tr("and %n more", nullptr,
+                                       static_cast<int>(findings.size() - shownFindings)));
+        return text;
+    }
+
+} // namespace
+
+QString planQuestion(const RunPlan& plan, const RunPlan& numbered)
+{
+    QStringList text { RunControl::tr(
+        "Some outputs of this run would replace each other or a file of the list:") };
+    text += lines(plan.shared(), [&](const RunPlan::Shared& shared) {
+        return RunControl::tr("%1 would be written by %2 and by %3")
+            .arg(plan.name(shared.target), sourceOf(plan, shared.first),
+                 sourceOf(plan, shared.target.output));
+    });
+    text += lines(plan.replacedSources(), [&](const RunPlan::Replaced& replaced) {
+        return RunControl::tr("%1 would be replaced by output of %2")
+            .arg(sourceOf(plan, replaced.source), sourceOf(plan, replaced.target.output));
+    });
+    const PlannedTarget example = plan.shared().empty() ? plan.replacedSources().front().target
+                                                        : plan.shared().front().target;
+    text += QString();
+    text += RunControl::tr("With a number, %1 of %2 is written as %3.")
+                .arg(plan.name(example), sourceOf(plan, example.output), numbered.name(example));
+    return text.join(u'\n');
+}
+
+} // namespace pagestack

@@ -1,0 +1,115 @@
+#include "mainwindow/run/ProblemList.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QTextDocument>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    constexpr int pathRole = Qt::UserRole;
+    constexpr int mostLinesOfFile = 10;
+
+    enum ProblemColumn { FileColumn, PageColumn, ReasonColumn };
+
+} // namespace
+
+ProblemList::ProblemList(QWidget* parent)
+    : QTreeWidget(parent)
+{
+    setHeaderLabels({ tr("File"), tr("Page"), tr("Problem") });
+    setColumnWidth(FileColumn, 24 * fontMetrics().horizontalAdvance(u'0'));
+    setColumnWidth(PageColumn, 6 * fontMetrics().horizontalAdvance(u'0'));
+    setRootIsDecorated(false);
+    setUniformRowHeights(true);
+    setSelectionMode(ExtendedSelection);
+    setContextMenuPolicy(Qt::ActionsContextMenu);
+    setTextElideMode(Qt::ElideMiddle);
+    const auto addCommand = [this](const QString& text, const auto& command) {
+        auto* action = new QAction(text, this);
+        connect(action, &QAction::triggered, this, command);
+        addAction(action);
+    };
+    addCommand(tr("Copy"), [this] { copy(true); });
+    addCommand(tr("Copy All"), [this] { copy(false); });
+    const auto requestFile = [this] {
+        if (const QTreeWidgetItem* item = currentItem())
+            emit fileRequested(item->data(FileColumn, pathRole).toString());
+    };
+    addCommand(tr("Show in List"), requestFile);
+    connect(this, &QTreeWidget::itemDoubleClicked, this, requestFile);
+}
+
+void ProblemList::add(const Diagnostic& diagnostic)
+{
+    if (++m_count > mostRows)
+        return;
+    const bool isWarning = diagnostic.severity == Diagnostic::Severity::Warning;
+    auto* item = new QTreeWidgetItem(
+        this,
+        { QFileInfo(diagnostic.sourcePath).fileName(),
+          diagnostic.page > 0 ? QString::number(diagnostic.page) : QString(),
+          isWarning ? tr("Warning: %1").arg(diagnostic.reason) : diagnostic.reason });
+    item->setData(FileColumn, pathRole, diagnostic.sourcePath);
+    item->setToolTip(FileColumn, Qt::convertFromPlainText(diagnostic.sourcePath));
+    item->setToolTip(
+        ReasonColumn,
+        Qt::convertFromPlainText((diagnostic.reason + u'\n' + diagnostic.detail).trimmed()));
+}
+
+void ProblemList::removeAll()
+{
+    clear();
+    m_count = 0;
+}
+
+QHash<QString, QString> ProblemList::byFile() const
+{
+    QHash<QString, QString> texts;
+    QHash<QString, int> lines;
+    for (int row = 0; row < topLevelItemCount(); ++row) {
+        const QTreeWidgetItem& item = *topLevelItem(row);
+        const QString path = item.data(FileColumn, pathRole).toString();
+        const int line = ++lines[path];
+        const QString page = item.text(PageColumn);
+        QString text = item.text(ReasonColumn);
+        if (line > mostLinesOfFile)
+            text = line == mostLinesOfFile + 1 ? tr("and more") : QString();
+        else if (!page.isEmpty())
+            text = tr("Page %1: %2").arg(page, text);
+        if (!text.isEmpty())
+            texts[path] += (line > 1 ? u"\n"_s : QString()) + text;
+    }
+    return texts;
+}
+
+void ProblemList::keyPressEvent(QKeyEvent* event)
+{
+    if (event->matches(QKeySequence::Copy))
+        copy(true); // the base class would copy one cell
+    else
+        QTreeWidget::keyPressEvent(event);
+}
+
+/// A line for each row, path, page and reason parted by tabs.
+void ProblemList::copy(bool onlySelected) const
+{
+    QStringList lines;
+    for (int row = 0; row < topLevelItemCount(); ++row) {
+        const QTreeWidgetItem& item = *topLevelItem(row);
+        if (!onlySelected || item.isSelected())
+            lines.append(QStringList { item.data(FileColumn, pathRole).toString(),
+                                       item.text(PageColumn), item.text(ReasonColumn) }
+                             .join(u'\t'));
+    }
+    if (!lines.isEmpty())
+        QGuiApplication::clipboard()->setText(lines.join(u'\n'));
+}
+
+} // namespace pagestack

@@ -1,0 +1,168 @@
+#include "mainwindow/settings/SettingsPane.h"
+
+#include "engine/settings/OutputCodes.h"
+#include "engine/settings/Settings.h"
+#include "mainwindow/desktop/Services.h"
+#include "mainwindow/widgets/FileChooser.h"
+#include "ui_SettingsPane.h"
+
+#include <algorithm>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    // Number fields are marked by these tags, the dynamic property "tag".
+    constexpr int atLeastTwoTag = 30001;
+    constexpr int atLeastOneTag = 30002;
+
+    /// `control` shows a field of `settings` by `show` and changes it by its signal `edited`.
+    template <typename Control, typename Show, typename Edited, typename Get, typename Value>
+    void bindControl(Control* control, Show show, Edited edited, Settings& settings, Get get,
+                     void (Settings::*set)(Value), void (Settings::*changed)(Value))
+    {
+        (control->*show)((settings.*get)());
+        QObject::connect(control, edited, &settings, set);
+        QObject::connect(&settings, changed, control, show);
+    }
+
+} // namespace
+
+SettingsPane::SettingsPane(QWidget* parent)
+    : QWidget(parent)
+    , m_ui(std::make_unique<Ui::SettingsPane>())
+{
+    m_ui->setupUi(this);
+    connect(m_ui->helpHyperlink, &QPushButton::clicked, this, &SettingsPane::helpRequested);
+}
+
+SettingsPane::~SettingsPane() = default;
+
+void SettingsPane::bind(Settings& settings, const Services& services)
+{
+    m_settings = &settings;
+    m_services = &services;
+    const auto bindPopup = [&](QComboBox* popup, auto get, auto set, auto changed) {
+        bindControl(popup, &QComboBox::setCurrentIndex, &QComboBox::activated, settings, get, set,
+                    changed);
+    };
+    const auto bindCheck = [&](QCheckBox* box, auto get, auto set, auto changed) {
+        bindControl(box, &QCheckBox::setChecked, &QCheckBox::toggled, settings, get, set, changed);
+    };
+    bindPopup(m_ui->outputType, &Settings::outputType, &Settings::setOutputType,
+              &Settings::outputTypeChanged);
+    bindPopup(m_ui->tiffCompressionPopup, &Settings::tiffCompressionIndex,
+              &Settings::setTiffCompressionIndex, &Settings::tiffCompressionIndexChanged);
+    bindControl(m_ui->jpegQualitySlider, &QSlider::setValue, &QSlider::valueChanged, settings,
+                &Settings::jpegQuality, &Settings::setJpegQuality, &Settings::jpegQualityChanged);
+    bindCheck(m_ui->splitTiffCheckbox, &Settings::isSplitTIFFIntoSinglePages,
+              &Settings::setIsSplitTIFFIntoSinglePages,
+              &Settings::isSplitTIFFIntoSinglePagesChanged);
+    bindCheck(m_ui->setCurrentAsDefaultOutputFolderPathBtn,
+              &Settings::isSetCurrentAsDefaultOutputFolderPath,
+              &Settings::setIsSetCurrentAsDefaultOutputFolderPath,
+              &Settings::isSetCurrentAsDefaultOutputFolderPathChanged);
+    bindCheck(m_ui->openFolderAfterConversionBtn, &Settings::isOpenFolderAfterConversion,
+              &Settings::setIsOpenFolderAfterConversion,
+              &Settings::isOpenFolderAfterConversionChanged);
+    bindCheck(m_ui->clearProcessedFilesBtn, &Settings::isClearProcessedFiles,
+              &Settings::setIsClearProcessedFiles, &Settings::isClearProcessedFilesChanged);
+    m_ui->fileNameSeparatorText->setText(settings.separator());
+    m_ui->outputFolderPath->setText(settings.outputFolderPath());
+    connect(&settings, &Settings::separatorChanged, m_ui->fileNameSeparatorText,
+            &QLineEdit::setText);
+    connect(&settings, &Settings::outputFolderPathChanged, m_ui->outputFolderPath,
+            &QLineEdit::setText);
+    for (QLineEdit* field : { m_ui->fileNameSeparatorText, m_ui->outputFolderPath }) {
+        connect(field, &QLineEdit::editingFinished, this, &SettingsPane::endEditing);
+        connect(field, &QLineEdit::textEdited, this, [field] { controlTextDidChange(field); });
+    }
+    connect(m_ui->chooseOutputFolderBtn, &QPushButton::clicked, this,
+            &SettingsPane::chooseOutputFolder);
+    connect(&settings, &Settings::outputFolderPathChanged, this, &SettingsPane::followSettings);
+    connect(&settings, &Settings::jpegQualityChanged, this, &SettingsPane::followSettings);
+}
+
+void SettingsPane::setSplitOptions()
+{
+    const auto type = static_cast<OutputType>(m_settings->outputType());
+    const bool isTiff = type == OutputType::Tiff;
+    m_ui->jpegQualitySlider->setEnabled(type == OutputType::Jpeg);
+    m_ui->splitTiffCheckbox->setEnabled(isTiff);
+    m_ui->tiffCompressionPopup->setEnabled(isTiff);
+    const bool hasSeparator = !isTiff || m_settings->isSplitTIFFIntoSinglePages();
+    m_ui->fileNameSeparatorLabel->setEnabled(hasSeparator);
+    m_ui->fileNameSeparatorText->setEnabled(hasSeparator);
+}
+
+void SettingsPane::followSettings()
+{
+    const bool hasFolder = !m_settings->outputFolderPath().isEmpty();
+    if (!hasFolder)
+        m_settings->setIsSetCurrentAsDefaultOutputFolderPath(false);
+    m_ui->setCurrentAsDefaultOutputFolderPathBtn->setEnabled(hasFolder);
+    m_ui->openFolderAfterConversionBtn->setEnabled(hasFolder);
+    // Steps 9 and 10 both read 100 %.
+    const int step = m_settings->jpegQuality();
+    const int percent = step == 10 ? 2 * (5 * step) : 2 * (5 * step + 5);
+    m_ui->qualityText->setText(u"%1%"_s.arg(percent));
+}
+
+void SettingsPane::endEditing()
+{
+    m_settings->setSeparator(m_ui->fileNameSeparatorText->text());
+    m_settings->setOutputFolderPath(m_ui->outputFolderPath->text());
+    if (auto* field = qobject_cast<QLineEdit*>(window()->focusWidget()))
+        field->deselect();
+}
+
+void SettingsPane::chooseOutputFolder()
+{
+    m_services->chooser.chooseFolder(window(), tr("Select Output Folder:"),
+                                     [this](const QList<QUrl>& urls) {
+                                         if (urls.isEmpty())
+                                             return;
+                                         m_settings->setOutputFolderPath(urls.last().toLocalFile());
+                                         m_settings->synchronize();
+                                         m_services->tellTroubles(window());
+                                     });
+}
+
+void SettingsPane::showFormat() { m_ui->settingTabView->setCurrentWidget(m_ui->formatTab); }
+
+void SettingsPane::showOutputFolder()
+{
+    m_ui->settingTabView->setCurrentWidget(m_ui->folderTab);
+    // What follows the folder's field takes the keys.
+    m_ui->outputFolderPath->nextInFocusChain()->setFocus();
+}
+
+QString SettingsPane::filteredNumber(const QString& text, const QString& fallback)
+{
+    const auto isDigit = [](QChar sign) { return sign.isDigit(); };
+    const auto first = std::find_if(text.begin(), text.end(), isDigit);
+    const auto last = std::find_if(text.rbegin(), text.rend(), isDigit).base();
+    if (first >= last)
+        return fallback;
+    const QString trimmed(first, last - first);
+    // As a number reads up to its first other sign: "1a2" is 1.
+    const auto end = std::find_if_not(trimmed.begin(), trimmed.end(), isDigit);
+    const bool isZero
+        = std::all_of(trimmed.begin(), end, [](QChar sign) { return sign.digitValue() == 0; });
+    return isZero ? fallback : trimmed;
+}
+
+void SettingsPane::controlTextDidChange(QLineEdit* field)
+{
+    const int tag = field->property("tag").toInt();
+    if (tag != atLeastTwoTag && tag != atLeastOneTag)
+        return;
+    const QString filtered = filteredNumber(field->text(), tag == atLeastTwoTag ? u"2"_s : u"1"_s);
+    if (filtered != field->text())
+        field->setText(filtered);
+    field->setFocus();
+}
+
+} // namespace pagestack

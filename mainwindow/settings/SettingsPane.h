@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QWidget>
+
+#include <memory>
+
+class QLineEdit;
+
+namespace Ui {
+class SettingsPane;
+}
+
+namespace pagestack {
+
+class Settings;
+struct Services;
+
+/// The right-hand side of the window: each control edits one field of the settings and follows it.
+/// Main thread.
+class SettingsPane : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit SettingsPane(QWidget* parent = nullptr);
+    ~SettingsPane() override;
+    SettingsPane(const SettingsPane&) = delete;
+    SettingsPane& operator=(const SettingsPane&) = delete;
+
+    /// Connects the controls to `settings`. To be called once; both outlive the pane.
+    void bind(Settings& settings, const Services& services);
+
+    /// Enables what the output type has options for.
+    void setSplitOptions();
+    /// Enables the options of the output folder, if there is one, and shows the quality.
+    void followSettings();
+    /// Takes over what is typed but not committed yet, in whatever field of the window.
+    void endEditing();
+    void chooseOutputFolder();
+    void showFormat();
+    /// Shows the output folder and gives the button that chooses one the keys.
+    void showOutputFolder();
+
+    /// What a field that takes a number holds after an edit: `fallback` for a text that is empty or
+    /// zero, else the text without what is no digit at its ends.
+    static QString filteredNumber(const QString& text, const QString& fallback);
+    /// Filters the text of a field whose property "tag" says that it takes a number.
+    static void controlTextDidChange(QLineEdit* field);
+
+signals:
+    void helpRequested();
+
+private:
+    std::unique_ptr<Ui::SettingsPane> m_ui;
+    Settings* m_settings = nullptr;
+    const Services* m_services = nullptr;
+};
+
+} // namespace pagestack

@@ -1,0 +1,168 @@
+#include "mainwindow/state/ViewState.h"
+
+#include "engine/support/Dates.h"
+#include "filelist/FileList.h"
+#include "ui_MainWindow.h"
+
+#include <QUndoStack>
+
+#include <initializer_list>
+#include <utility>
+
+namespace pagestack {
+
+namespace {
+
+    void setEnabled(bool isEnabled, std::initializer_list<QWidget*> controls,
+                    std::initializer_list<QAction*> actions)
+    {
+        for (QWidget* control : controls)
+            control->setEnabled(isEnabled);
+        for (QAction* action : actions)
+            action->setEnabled(isEnabled);
+    }
+
+} // namespace
+
+ViewState::ViewState(QMainWindow& window, Ui::MainWindow& ui, const FileList& files,
+                     const QUndoStack& history)
+    : m_window(window)
+    , m_ui(ui)
+    , m_files(files)
+    , m_history(history)
+{
+    ui.lableDragAndDrop->setAttribute(Qt::WA_TransparentForMouseEvents);
+    QSizePolicy keepingItsPlace = ui.loadingIndicator->sizePolicy();
+    keepingItsPlace.setRetainSizeWhenHidden(true);
+    ui.loadingIndicator->setSizePolicy(keepingItsPlace);
+    const QAbstractItemModel* model = ui.mainTableView->model();
+    connect(model, &QAbstractItemModel::rowsInserted, this, &ViewState::follow);
+    connect(model, &QAbstractItemModel::rowsRemoved, this, &ViewState::follow);
+    connect(model, &QAbstractItemModel::layoutChanged, this, &ViewState::follow);
+    connect(ui.mainTableView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &ViewState::follow);
+    connect(&history, &QUndoStack::indexChanged, this, &ViewState::follow);
+}
+
+void ViewState::resetView(bool enable)
+{
+    m_isViewEnabled = enable;
+    for (QAction* item : m_ui.mainToolBar->actions())
+        item->setEnabled(enable);
+    follow();
+    followTotals();
+    m_ui.rightBox->followSettings();
+    m_window.update();
+}
+
+/// Who is enabled when.
+void ViewState::follow()
+{
+    const Ui::MainWindow& ui = m_ui;
+    const bool isIdle = m_isViewEnabled;
+    const bool hasFiles = isIdle && m_files.count() > 0;
+    // The span takes the time of the highlight, and a load comes here with each file.
+    const auto [first, last] = isIdle ? ui.mainTableView->highlightedSpan() : std::pair(-1, -1);
+    const bool hasHighlight = hasFiles && first >= 0;
+
+    // The pane is among them since it would change what a run reads.
+    setEnabled(isIdle,
+               { ui.importBtn, ui.addFilesBtn, ui.addFolderBtn, ui.searchBtn,
+                 ui.inculdeSubfoldersBtn, ui.mainTableView, ui.findBar, ui.rightBox },
+               { ui.addFilesAction, ui.addFolderAction, ui.importAction, ui.toggleSettingsAction });
+    setEnabled(hasFiles,
+               { ui.removeBtn, ui.openFileButton, ui.getInfoButton, ui.openEnclosedFolderButton,
+                 ui.selectAllButton, ui.deselectAllButton, ui.removeSelectedFilesButton,
+                 ui.removeAllFilesButton },
+               { ui.exportToolbarItem, ui.exportAction, ui.selectAllRowsAction,
+                 ui.deselectAllRowsAction, ui.checkAllAction, ui.uncheckAllAction,
+                 ui.invertCheckAction, ui.removeAllAction, ui.findAction });
+    setEnabled(hasHighlight, {},
+               { ui.openFileAction, ui.revealAction, ui.getInfoAction, ui.checkSelectionAction,
+                 ui.uncheckSelectionAction, ui.invertSelectionAction, ui.removeSelectedAction });
+    setEnabled(first > 0, { ui.moveUpButton }, { ui.moveUpAction });
+    setEnabled(hasHighlight && last != m_files.count() - 1, { ui.moveDownButton },
+               { ui.moveDownAction });
+    setEnabled(isIdle && m_history.canUndo(), {}, { ui.undoAction });
+    setEnabled(isIdle && m_history.canRedo(), {}, { ui.redoAction });
+    ui.undoAction->setText(tr("&Undo %1").arg(m_history.undoText()).trimmed());
+    ui.redoAction->setText(tr("&Redo %1").arg(m_history.redoText()).trimmed());
+    ui.lableDragAndDrop->setVisible(m_files.count() == 0);
+}
+
+void ViewState::resetViewForProcess(bool enable)
+{
+    setEnabled(enable, { m_ui.convertBtn, m_ui.cancelBtn },
+               { m_ui.convertMenuAction, m_ui.cancelMenuAction });
+    m_window.update();
+}
+
+void ViewState::startProcess()
+{
+    m_labelGroup = QPalette::Disabled;
+    followPalette();
+    setIsProcessing(true);
+    m_ui.loadingIndicator->show();
+}
+
+void ViewState::stopProcess()
+{
+    m_labelGroup = QPalette::Active;
+    followPalette();
+    setIsProcessing(false);
+    m_ui.loadingIndicator->hide();
+    m_ui.rightBox->setSplitOptions();
+    updateTotalLabel();
+}
+
+/// What is loaded or sorted cannot be converted meanwhile.
+void ViewState::followTotals()
+{
+    setEnabled(m_isViewEnabled && m_files.checkedPages() > 0, { m_ui.convertBtn },
+               { m_ui.convertMenuAction });
+}
+
+void ViewState::updateTotalLabel()
+{
+    updateTotalPagesLabel();
+    followTotals();
+    m_ui.labelTotalFiles->setText(
+        tr("%1 Total file(s); %2 file selected; Total page count of selected TIFF file(s): %3")
+            .arg(m_files.count())
+            .arg(m_files.checkedCount())
+            .arg(m_files.checkedPages()));
+    updateTimeTakenLabel(QString());
+}
+
+void ViewState::updateTotalPagesLabel()
+{
+    m_ui.labelTotalTIFFPages->setText(tr("Total Pages TIFF : %1").arg(m_files.totalPages()));
+}
+
+void ViewState::updateTimeTakenLabel(const QString& text)
+{
+    m_ui.labelTimeTaken->setText(text.isNull() ? zeroTotalTimeTakenText() : text);
+}
+
+void ViewState::setIsProcessing(bool isProcessing)
+{
+    if (m_isProcessing.exchange(isProcessing) != isProcessing)
+        emit isProcessingChanged(isProcessing);
+}
+
+void ViewState::setProcessingLabelColor(const QColor& color)
+{
+    m_processingLabelColor = color;
+    QPalette palette; // the other colours stay those of the window
+    palette.setColor(QPalette::WindowText, color);
+    for (QLabel* label : { m_ui.labelTotalFiles, m_ui.labelTotalTIFFPages, m_ui.labelTimeTaken })
+        label->setPalette(palette);
+    emit processingLabelColorChanged(color);
+}
+
+void ViewState::followPalette()
+{
+    setProcessingLabelColor(m_window.palette().color(m_labelGroup, QPalette::WindowText));
+}
+
+} // namespace pagestack

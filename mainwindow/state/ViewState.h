@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QColor>
+#include <QObject>
+#include <QPalette>
+
+#include <atomic>
+
+class QMainWindow;
+class QUndoStack;
+
+namespace Ui {
+class MainWindow;
+}
+
+namespace pagestack {
+
+class FileList;
+
+/// What the main window shows and allows: which controls are enabled, the lines of totals, the
+/// spinner. It follows the list, the highlight and the history by itself. Main thread, but for
+/// isProcessing().
+class ViewState : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// All of them outlive it. The table of `ui` has its model.
+    ViewState(QMainWindow& window, Ui::MainWindow& ui, const FileList& files,
+              const QUndoStack& history);
+
+    /// Enables the controls, as far as they have something to act on, or disables them.
+    void resetView(bool enable);
+    /// Enables or disables Convert and Cancel, whatever the list holds.
+    void resetViewForProcess(bool enable);
+    /// Shows that a load or a run is under way, or that none is.
+    void startProcess();
+    void stopProcess();
+
+    void updateTotalLabel();
+    void updateTotalPagesLabel();
+    void updateTimeTakenLabel(const QString& text); ///< null: the text for no time at all
+
+    /// True while a load or a run is under way. Any thread.
+    bool isProcessing() const { return m_isProcessing; }
+    void setIsProcessing(bool isProcessing);
+    QColor processingLabelColor() const { return m_processingLabelColor; }
+    void setProcessingLabelColor(const QColor& color);
+    /// Takes the colour of the totals from the palette of the window.
+    void followPalette();
+
+signals:
+    void isProcessingChanged(bool isProcessing);
+    void processingLabelColorChanged(const QColor& color);
+
+private:
+    void follow();
+    void followTotals();
+
+    QMainWindow& m_window;
+    Ui::MainWindow& m_ui;
+    const FileList& m_files;
+    const QUndoStack& m_history;
+    std::atomic<bool> m_isProcessing = false; ///< written by the main thread
+    bool m_isViewEnabled = true; ///< what resetView was last called with
+    QPalette::ColorGroup m_labelGroup = QPalette::Active; ///< that the totals are shown in
+    QColor m_processingLabelColor;
+};
+
+} // namespace pagestack
