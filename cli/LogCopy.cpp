@@ -7,16 +7,13 @@
 #include "engine/plan/OutputNames.h"
 
 #include <QFile>
-#include <QIODevice>
 
 #include <cerrno>
 #include <fcntl.h>
-#include <functional>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -28,40 +25,6 @@ namespace {
     {
         return QString::fromStdString(std::generic_category().message(number));
     }
-
-    /// Hands what is written to a function, which gives back the number of an error or 0.
-    class Outlet : public QIODevice
-    {
-    public:
-        explicit Outlet(std::function<int(QByteArrayView)> put)
-            : m_put(std::move(put))
-        {
-            open(QIODevice::WriteOnly | QIODevice::Unbuffered);
-        }
-
-        bool isSequential() const override { return true; }
-
-        /// Hands on what is still here. False when that failed.
-        bool finish()
-        {
-            const int error = m_put(std::exchange(m_pending, {}));
-            if (error != 0)
-                setErrorString(errorText(error));
-            return error == 0;
-        }
-
-    protected:
-        qint64 readData(char*, qint64) override { return -1; }
-        qint64 writeData(const char* data, qint64 size) override
-        {
-            m_pending.append(data, size);
-            return m_pending.size() < 65536 || finish() ? size : -1;
-        }
-
-    private:
-        std::function<int(QByteArrayView)> m_put;
-        QByteArray m_pending;
-    };
 
     bool isPipeOrDevice(const QString& name)
     {
@@ -115,11 +78,12 @@ QString LogCopy::write(Process& job)
             job.removeLeftovers(folderPart(target));
             return job.log()->saveTo(m_name);
         }
-        Outlet outlet([this](QByteArrayView bytes) {
-            return m_stream < 0 ? m_console.putBytes(bytes) : writeAll(m_stream, bytes);
+        job.log()->writeTo([this](const QByteArray& text) {
+            const int error = m_stream < 0 ? m_console.putBytes(text) : writeAll(m_stream, text);
+            if (error != 0)
+                throw std::runtime_error(errorText(error).toStdString());
         });
-        const bool isWritten = job.log()->writeTo(outlet) && outlet.finish();
-        return isWritten ? QString() : outlet.errorString();
+        return {};
     } catch (const std::exception& error) {
         return QString::fromUtf8(error.what());
     }

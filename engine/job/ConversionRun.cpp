@@ -3,7 +3,6 @@
 #include "engine/files/PosixFile.h"
 #include "engine/image/PrefetchedPage.h"
 #include "engine/image/TiffDocument.h"
-#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/tiffwriter/MultiPageTiffWriter.h"
 #include "engine/job/PagePrefetcher.h"
 #include "engine/plan/OutputNames.h"
@@ -36,18 +35,6 @@ namespace {
                     return true;
             }
         return false;
-    }
-
-    /// The state that the file at `path` must have to be replaced: of the source, when it is that;
-    /// none when it is another file, or none is there.
-    std::optional<FileState> ownSource(const TiffDocument& document, const QString& path)
-    {
-        const std::optional<FileIdentity> target = fileIdentity(QFile::encodeName(path));
-        const FileState& opened = document.stateAtOpening();
-        const bool isSource = target
-            && (target == opened.identity
-                || target == fileIdentity(QFile::encodeName(document.path())));
-        return isSource ? std::optional(opened) : std::nullopt;
     }
 
     void append(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage prepared)
@@ -85,8 +72,6 @@ void ConversionRun::convertOutputs()
         m_job.log()->putAside();
         m_job.setTotalFileProcessed(m_job.totalFileProcessed() + 1);
         m_options.showTimeTaken();
-        if (!m_job.isCombining())
-            return;
     }
 }
 
@@ -139,11 +124,11 @@ void ConversionRun::convertItem(const OutputFile& output, PlanPlace place, LogFi
             return;
         }
         record.status = u"Unable to Open File!"_s;
-        tell({ .sourcePath = path, .reason = refusal });
+        tell(m_job, { .sourcePath = path, .reason = refusal });
     } catch (const std::exception& error) {
         m_hasFailed = true;
         record.status = reasonOf(error);
-        tell({ .sourcePath = path, .reason = record.status });
+        tell(m_job, { .sourcePath = path, .reason = record.status });
     }
 }
 
@@ -167,14 +152,14 @@ QString ConversionRun::withRoom(const std::function<QString()>& attempt)
 
 void ConversionRun::convertDocument(const Source& source, const FileItem& item)
 {
+    m_found.emplace(m_job, source.document);
     reportChain(source.document, item);
     const QList<int> range = m_job.getPageRanges(&item);
-    m_found = {};
     if (isKeptTogether(m_settings)) {
         keepPagesTogether(source, range);
     } else {
         writePages(source, range);
-        tellLeftOutTags(source.document);
+        m_found->tellLeftOutTags();
     }
 }
 
@@ -183,10 +168,10 @@ void ConversionRun::convertDocument(const Source& source, const FileItem& item)
 void ConversionRun::reportChain(const TiffDocument& document, const FileItem& item)
 {
     if (const QString fault = document.chainFault(); !fault.isEmpty())
-        tellError(document, 0, fault);
+        m_found->tellError(0, fault);
     if (document.pageCount() > item.pages())
-        tellError(
-            document, 0,
+        m_found->tellError(
+            0,
             u"the file has %1 pages now, %2 were counted before the run"_s.arg(document.pageCount())
                 .arg(item.pages()));
 }
@@ -218,8 +203,6 @@ void ConversionRun::writePages(const Source& source, const QList<int>& range)
         if (!m_job.isCombining())
             return;
         writePage(source, page);
-        if (!m_job.isCombining())
-            return;
     }
 }
 
@@ -254,7 +237,7 @@ void ConversionRun::savePage(const Source& source, PageImage& image, LogFile& re
     } else {
         outcome = PageOutcome::Failed;
         record.status = u"Unable to save page!"_s;
-        tellError(source.document, page, trouble, m_found.detail);
+        m_found->tellError(page, trouble);
     }
     emit m_job.pageDone(sourcePath, page, path, outcome);
 }
@@ -276,9 +259,9 @@ QString ConversionRun::saveImage(const Source& source, PageImage& image, int pag
             return {};
         return image.failureReason().isNull() ? u""_s : image.failureReason();
     });
-    const PageDiagnostics found = takeDiagnostics(source.document, image);
+    const PageDiagnostics found = m_found->takeDiagnostics(image);
     if (trouble.isNull())
-        tellLosses(source.document, page, found);
+        m_found->addLosses(page, found);
     else if (!image.failureLine().isEmpty())
         systemLog(image.failureLine());
     return trouble;
@@ -287,62 +270,42 @@ QString ConversionRun::saveImage(const Source& source, PageImage& image, int pag
 bool ConversionRun::saveAsTiff(const QString& path, const QList<int>& range,
                                const TiffDocument& document, LogFiles& logFiles)
 {
+    if (!m_found)
+        m_found.emplace(m_job, document);
     logFiles.gathered = GatheredFile::NotWritten; // until it is
     MultiPageTiffWriter file(path, m_settings.tiffCompressionIndex(),
                              static_cast<int>(range.size()));
     try {
         gatherPages(file, path, range, document, logFiles);
     } catch (const std::exception& error) {
-        const QString reason = QString::fromUtf8(error.what());
+        const QString reason = reasonOf(error);
         systemLog(u"Error in (saveAsTiff:range:image:logFiles:) : "_s + reason);
-        tellError(document, 0, reason);
+        m_found->tellError(0, reason);
     } catch (...) {
         // The pages gathered are kept; the result is lost with the exception.
-        if (lossOfPages(document, file.pageCount(), path).isNull()
-            && file.commit(m_options.existing, ownSource(document, path)))
+        if (m_found->lossOfPages(file.pageCount(), path).isNull()
+            && file.commit(m_options.existing, m_found->ownSource(path)))
             logFiles.gathered = GatheredFile::None;
         throw;
     }
     if (file.pageCount() == 0)
         return false;
-    const QString loss = lossOfPages(document, file.pageCount(), path);
+    const QString loss = m_found->lossOfPages(file.pageCount(), path);
     const auto commit = [&] {
-        return file.commit(m_options.existing, ownSource(document, path)) ? QString()
-                                                                          : file.failureReason();
+        return file.commit(m_options.existing, m_found->ownSource(path)) ? QString()
+                                                                         : file.failureReason();
     };
     if (loss.isNull() && withRoom(commit).isNull()) {
         logFiles.gathered = GatheredFile::None;
         emit m_job.fileWritten(document.path(), path, file.pageCount());
-        tellLeftOutTags(document);
+        m_found->tellLeftOutTags();
         return true;
     }
     if (isWanted(path))
-        tellError(document, 0, loss.isNull() ? file.failureReason() : loss);
+        m_found->tellError(0, loss.isNull() ? file.failureReason() : loss);
     else
         skipGathered(document, path, logFiles);
     return false;
-}
-
-/// Why `pages` pages must not be put in place at `path`, where they would be all that is left of
-/// the source; null when they may.
-QString ConversionRun::lossOfPages(const TiffDocument& document, int pages,
-                                   const QString& path) const
-{
-    const std::optional<FileState> expected = ownSource(document, path);
-    if (!expected)
-        return {};
-    if (fileState(QFile::encodeName(path)) != expected)
-        return u"the file is kept as it is, since it has changed since its pages were read"_s;
-    if (pages != document.pageCount() || !document.chainFault().isEmpty())
-        return u"the file is kept as it is, since not all of its pages could be gathered to "
-               "replace it"_s;
-    if (!m_found.doubt.isNull())
-        return u"the file is kept as it is, since not all of its pixels are sure: "_s
-            + m_found.doubt;
-    if (!m_found.leftOutTags.isEmpty())
-        return u"the file is kept as it is, since "_s
-            + leftOutText(m_found.leftOutTags, m_found.leftOutTags.size(), u"would be lost");
-    return {};
 }
 
 /// For pages that were gathered before something came to their target. The records that were put
@@ -371,8 +334,6 @@ void ConversionRun::gatherPages(MultiPageTiffWriter& file, const QString& path,
             ++logFiles.pages;
         emit m_job.pageDone(document.path(), page, path, outcome);
         m_job.log()->putAside();
-        if (!m_job.isCombining())
-            return;
     }
 }
 
@@ -383,13 +344,13 @@ ConversionRun::PageOutcome ConversionRun::gatherPage(MultiPageTiffWriter& file,
     try {
         PrefetchedPage prepared = takePage(document, record.sourcePageNo);
         appendPage(file, image, prepared);
-        const PageDiagnostics found = takeDiagnostics(document, image);
+        const PageDiagnostics found = m_found->takeDiagnostics(image);
         if (file.failureReason().isEmpty())
-            tellLosses(document, record.sourcePageNo, found);
+            m_found->addLosses(record.sourcePageNo, found);
     } catch (const std::exception& error) {
-        takeDiagnostics(document, image);
+        m_found->takeDiagnostics(image);
         record.status = u"Unable to save page!"_s;
-        tellError(document, record.sourcePageNo, QString::fromUtf8(error.what()), m_found.detail);
+        m_found->tellError(record.sourcePageNo, reasonOf(error));
         return PageOutcome::Failed;
     }
     record.status = u"Completed"_s;
@@ -419,60 +380,6 @@ void ConversionRun::appendPage(MultiPageTiffWriter& file, const PageImage& image
     });
     if (refusal)
         std::rethrow_exception(refusal);
-}
-
-/// What there is to be said of the page in hand; the messages of the codec are told at once.
-PageDiagnostics ConversionRun::takeDiagnostics(const TiffDocument& document, const PageImage& image)
-{
-    PageDiagnostics found = image.takeDiagnostics();
-    m_found.log.write(lastPathComponent(document.path()), found.logLines);
-    m_found.detail = found.logLines.join(u'\n');
-    return found;
-}
-
-void ConversionRun::tellLosses(const TiffDocument& document, int page, const PageDiagnostics& found)
-{
-    for (const QString& warning : found.warnings) {
-        if (m_found.doubt.isNull())
-            m_found.doubt = u"page %1: %2"_s.arg(page).arg(warning);
-        tell({ Diagnostic::Severity::Warning, document.path(), page, warning, m_found.detail });
-    }
-    for (const QString& name : found.leftOutTags)
-        if (!m_found.leftOutTags.contains(name))
-            m_found.leftOutTags.append(name);
-}
-
-/// Once a source: its pages mostly have the same tags.
-void ConversionRun::tellLeftOutTags(const TiffDocument& document)
-{
-    constexpr qsizetype mostNames = 5;
-    if (m_found.leftOutTags.isEmpty())
-        return;
-    const QString all = leftOutText(m_found.leftOutTags, m_found.leftOutTags.size());
-    if (m_found.leftOutTags.size() > mostNames)
-        systemLog(lastPathComponent(document.path()) + u": "_s + all);
-    tell({ Diagnostic::Severity::Warning, document.path(), 0,
-           leftOutText(m_found.leftOutTags, mostNames), all });
-}
-
-/// To the record of the page, which is the last one, or of the source in hand, and to all
-/// listeners.
-void ConversionRun::tell(const Diagnostic& diagnostic)
-{
-    if (const std::shared_ptr<Log> runLog = m_job.log(); !runLog->files.empty()) {
-        LogFiles& source = *runLog->files.back();
-        const bool isOfPage = diagnostic.page > 0 && !source.logFiles.empty()
-            && source.logFiles.back().sourcePageNo == diagnostic.page;
-        QString& told = isOfPage ? source.logFiles.back().reason : source.reason;
-        told = told.isNull() ? diagnostic.reason : told + u"; "_s + diagnostic.reason;
-    }
-    emit m_job.diagnosed(diagnostic);
-}
-
-void ConversionRun::tellError(const TiffDocument& document, int page, const QString& reason,
-                              const QString& detail)
-{
-    tell({ Diagnostic::Severity::Error, document.path(), page, reason, detail });
 }
 
 bool ConversionRun::isWanted(const QString& outputPath) const

@@ -3,6 +3,7 @@
 #include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
 #include "engine/job/Process.h"
+#include "engine/job/SourceFindings.h"
 #include "engine/threads/SpareThreads.h"
 
 #include <functional>
@@ -51,15 +52,6 @@ private:
         std::optional<FileIdentity> identity; ///< of the file that `document` reads
     };
 
-    /// Everything that was found in the source in hand.
-    struct Findings
-    {
-        CodecLog log;
-        QString doubt; ///< the first warning, with its page
-        QStringList leftOutTags; ///< each once
-        QString detail; ///< messages of the codec about the page in hand
-    };
-
     void startThreads(const QList<OutputFile>& plan);
     void convertOutput(const OutputFile& output, qsizetype index);
     void convertItem(const OutputFile& output, PlanPlace place, LogFiles& record);
@@ -71,7 +63,6 @@ private:
 
     void keepPagesTogether(const Source& source, const QList<int>& range);
     void skipTogether(const Source& source, const QList<int>& range, const QString& path);
-    QString lossOfPages(const TiffDocument& document, int pages, const QString& path) const;
     void skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles);
     void gatherPages(MultiPageTiffWriter& file, const QString& path, const QList<int>& range,
                      const TiffDocument& document, LogFiles& logFiles);
@@ -84,19 +75,13 @@ private:
     void savePage(const Source& source, PageImage& image, LogFile& record);
     QString saveImage(const Source& source, PageImage& image, int page, const QString& path);
 
-    PageDiagnostics takeDiagnostics(const TiffDocument& document, const PageImage& image);
-    void tellLosses(const TiffDocument& document, int page, const PageDiagnostics& found);
-    void tellLeftOutTags(const TiffDocument& document);
-    void tell(const Diagnostic& diagnostic);
-    void tellError(const TiffDocument& document, int page, const QString& reason,
-                   const QString& detail = {});
     bool isWanted(const QString& outputPath) const;
 
     Process& m_job;
     const Settings& m_settings;
     const RunOptions m_options;
     const int m_jobs;
-    Findings m_found;
+    std::optional<SourceFindings> m_found; ///< of the source in hand
     bool m_hasFailed = false;
     SpareThreads m_threads;
     std::unique_ptr<PagePrefetcher> m_prefetcher; ///< null when the job's thread does everything

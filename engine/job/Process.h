@@ -139,30 +139,57 @@ public:
     void setJobs(int jobs) { m_options.jobs = jobs; }
 
     bool isCombining() const { return m_isCombining; }
-    void setIsCombining(bool value);
+    void setIsCombining(bool value) { emit isCombiningChanged(m_isCombining = value); }
     bool isCompleted() const { return m_isCompleted; }
-    void setIsCompleted(bool value);
+    void setIsCompleted(bool value) { emit isCompletedChanged(m_isCompleted = value); }
     int totalFileSelected() const { return m_totalFileSelected; }
-    void setTotalFileSelected(int value);
+    void setTotalFileSelected(int value)
+    {
+        emit totalFileSelectedChanged(m_totalFileSelected = value);
+    }
     int totalFileProcessed() const { return m_totalFileProcessed; }
-    void setTotalFileProcessed(int value);
+    void setTotalFileProcessed(int value)
+    {
+        emit totalFileProcessedChanged(m_totalFileProcessed = value);
+    }
     int totalFileCreated() const { return m_totalFileCreated; }
-    void setTotalFileCreated(int value);
+    void setTotalFileCreated(int value)
+    {
+        emit totalFileCreatedChanged(m_totalFileCreated = value);
+    }
     QString fileInProcess() const { return loaded(m_fileInProcess); }
-    void setFileInProcess(const QString& value);
+    void setFileInProcess(const QString& value)
+    {
+        emit fileInProcessChanged(store(m_fileInProcess, value));
+    }
     QString outputFileInProcess() const { return loaded(m_outputFileInProcess); }
-    void setOutputFileInProcess(const QString& value);
+    void setOutputFileInProcess(const QString& value)
+    {
+        emit outputFileInProcessChanged(store(m_outputFileInProcess, value));
+    }
     QString timeTaken() const { return loaded(m_timeTaken); }
-    void setTimeTaken(const QString& value);
+    void setTimeTaken(const QString& value) { emit timeTakenChanged(store(m_timeTaken, value)); }
     QString message() const { return loaded(m_message); }
-    void setMessage(const QString& value);
+    void setMessage(const QString& value) { emit messageChanged(store(m_message, value)); }
     /// Its records belong to the job's thread until `isCompleted`.
     std::shared_ptr<Log> log() const { return loaded(m_log); }
-    void setLog(const std::shared_ptr<Log>& value);
+    void setLog(const std::shared_ptr<Log>& value)
+    {
+        store(m_log, value);
+        emit logChanged();
+    }
     QList<OutputFile> outputFiles() const { return loaded(m_outputFiles); }
-    void setOutputFiles(const QList<OutputFile>& value);
+    void setOutputFiles(const QList<OutputFile>& value)
+    {
+        store(m_outputFiles, value);
+        emit outputFilesChanged();
+    }
     Settings* settings() const { return m_settings; }
-    void setSettings(Settings* value);
+    void setSettings(Settings* value)
+    {
+        m_settings = value;
+        emit settingsChanged();
+    }
 
 signals:
     void isCombiningChanged(bool value);
@@ -206,10 +233,12 @@ private:
         return field;
     }
     template <typename T>
-    void store(T& field, T value)
+    const T& store(T& field, const T& value)
     {
+        T old = value; // is destroyed without the lock
         const std::scoped_lock lock(m_mutex);
-        std::swap(field, value);
+        std::swap(field, old);
+        return value;
     }
 
     Workspace* m_workspace;

@@ -1,7 +1,6 @@
 #include "engine/log/Log.h"
 
 #include "engine/files/ByteSpool.h"
-#include "engine/files/StagedFile.h"
 #include "engine/files/StagedNames.h"
 #include "engine/support/Application.h"
 #include "engine/support/SystemLog.h"
@@ -14,6 +13,7 @@
 #include <algorithm>
 #include <exception>
 #include <initializer_list>
+#include <span>
 #include <stdexcept>
 #include <utility>
 
@@ -103,11 +103,10 @@ namespace {
         return pages;
     }
 
-    void append(ByteSpool& spool, std::uint64_t offset, const QByteArray& text)
+    std::span<const std::uint8_t> bytesOf(const QByteArray& text)
     {
-        spool.writeAt(offset,
-                      { reinterpret_cast<const std::uint8_t*>(text.constData()),
-                        static_cast<std::size_t>(text.size()) });
+        return { reinterpret_cast<const std::uint8_t*>(text.constData()),
+                 static_cast<std::size_t>(text.size()) };
     }
 
     /// Hands on the first bytes of `spool`, whole lines at a time.
@@ -184,13 +183,13 @@ void Log::spill()
     QByteArray text;
     for (const LogFile& page : last.logFiles)
         text += pageElement(page);
-    append(*pages, pages->size(), text);
+    pages->writeAt(pages->size(), bytesOf(text));
     if (hasFinished) {
         if (!m_finished)
             m_finished = std::make_unique<ByteSpool>(0);
         std::uint64_t end = m_finishedBytes;
         writeSources(files.size() - 1, [&](const QByteArray& element) {
-            append(*m_finished, end, element);
+            m_finished->writeAt(end, bytesOf(element));
             end += static_cast<std::uint64_t>(element.size());
         });
         m_finishedBytes = end;
@@ -238,24 +237,15 @@ QString Log::saveTo(const QString& path) const
 
 /// As saveTo(); what is to be kept and is there makes it throw StagedFile::NameTaken.
 QString Log::write(const QString& path, StagedFile::Existing existing) const
-{
-    std::unique_ptr<StagedFile> file;
-    try {
-        file = std::make_unique<StagedFile>(path);
-    } catch (const std::runtime_error& error) {
-        return QString::fromUtf8(error.what());
-    }
-    StagedDevice device(*file);
-    if (!writeTo(device))
-        return device.errorString();
-    try {
-        file->commit(existing);
-    } catch (const StagedFile::NameTaken&) {
-        throw;
-    } catch (const std::runtime_error& error) {
-        return QString::fromUtf8(error.what());
-    }
+try {
+    StagedFile file(path);
+    writeTo([&](const QByteArray& text) { file.write(bytesOf(text)); });
+    file.commit(existing);
     return {};
+} catch (const StagedFile::NameTaken&) {
+    throw;
+} catch (const std::runtime_error& error) {
+    return QString::fromUtf8(error.what());
 }
 
 QString Log::logFilePath() const
@@ -264,11 +254,15 @@ QString Log::logFilePath() const
     return m_logFilePath;
 }
 
-bool Log::writeTo(QIODevice& to) const
+void Log::writeTo(const Output& output) const
 {
-    bool isWritten = true;
-    const Output output
-        = [&](const QByteArray& text) { isWritten = isWritten && to.write(text) == text.size(); };
+    constexpr qsizetype mostWaiting = 65536;
+    QByteArray waiting;
+    const Output add = [&](const QByteArray& text) {
+        waiting += text;
+        if (waiting.size() >= mostWaiting)
+            output(std::exchange(waiting, {}));
+    };
     const QString timeFormat = u"MM/dd/yyyy hh:mm:ss AP"_s;
     const QByteArray head = element(
         0, u"Log"_s,
@@ -278,13 +272,13 @@ bool Log::writeTo(QIODevice& to) const
           { u"End"_s, textWithZone(endTime) } },
         { { u"Cancelled"_s, isCancelled ? u"yes"_s : QString() }, { u"Reason"_s, reason } });
     const bool isEmpty = files.empty() && !m_finished;
-    output("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + (isEmpty ? head : opened(head)));
+    add("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + (isEmpty ? head : opened(head)));
     if (m_finished)
-        readLines(*m_finished, m_finishedBytes, output);
-    writeSources(files.size(), output);
+        readLines(*m_finished, m_finishedBytes, add);
+    writeSources(files.size(), add);
     if (!isEmpty)
-        output("</Log>\n");
-    return isWritten;
+        add("</Log>\n");
+    output(waiting);
 }
 
 /// The elements of the first `number` of `files`.

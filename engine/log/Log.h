@@ -13,8 +13,6 @@
 #include <memory>
 #include <vector>
 
-class QIODevice;
-
 namespace pagestack {
 
 class ByteSpool;
@@ -87,21 +85,21 @@ public:
     QString saveFault() const { return m_saveFault; }
 
     /// Writes the run as the file at `path`, replacing it, at once or not at all. Null, or the
-    /// reason why it cannot be written. Throws as writeTo() does.
+    /// reason why it cannot be written. Throws std::logic_error as writeTo() does.
     QString saveTo(const QString& path) const;
 
     /// False: save() writes no file, logFilePath() stays null. True at the beginning.
     void setStored(bool isStored) { m_isStored = isStored; }
 
-    /// Writes the run as an XML document in UTF-8, one element a line, all content in attributes.
-    /// Characters that XML 1.0 cannot hold are written as U+FFFD. False when `to` takes no more.
-    /// Throws std::logic_error for a null entry of `files` and std::runtime_error when what was put
-    /// aside cannot be read.
-    bool writeTo(QIODevice& to) const;
-
-private:
     using Output = std::function<void(const QByteArray& text)>;
 
+    /// Hands the run to `output`, some of the text at a time: an XML document in UTF-8, one element
+    /// a line, all content in attributes. Characters that XML 1.0 cannot hold become U+FFFD. Throws
+    /// what `output` throws, std::logic_error for a null entry of `files`, and std::runtime_error
+    /// when the text that was put aside cannot be read.
+    void writeTo(const Output& output) const;
+
+private:
     QString write(const QString& path, StagedFile::Existing existing) const;
     void writeSources(std::size_t number, const Output& output) const;
     void spill();

@@ -2,16 +2,14 @@
 
 #include "engine/log/Log.h"
 
-#include <QBuffer>
-
 namespace pagestack {
 
-/// What `log` writes; empty when it fails.
+/// What `log` writes.
 inline QByteArray documentOf(const Log& log)
 {
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    return log.writeTo(buffer) ? buffer.data() : QByteArray();
+    QByteArray document;
+    log.writeTo([&](const QByteArray& text) { document += text; });
+    return document;
 }
 
 } // namespace pagestack

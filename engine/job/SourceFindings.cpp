@@ -1,0 +1,96 @@
+#include "engine/job/SourceFindings.h"
+
+#include "engine/image/PageImage.h"
+#include "engine/image/TiffDocument.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
+#include "engine/job/Process.h"
+#include "engine/plan/OutputNames.h"
+#include "engine/support/SystemLog.h"
+
+#include <QFile>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+void tell(Process& job, const Diagnostic& diagnostic)
+{
+    if (const std::shared_ptr<Log> runLog = job.log(); !runLog->files.empty()) {
+        LogFiles& source = *runLog->files.back();
+        const bool isOfPage = diagnostic.page > 0 && !source.logFiles.empty()
+            && source.logFiles.back().sourcePageNo == diagnostic.page;
+        QString& told = isOfPage ? source.logFiles.back().reason : source.reason;
+        told = told.isNull() ? diagnostic.reason : told + u"; "_s + diagnostic.reason;
+    }
+    emit job.diagnosed(diagnostic);
+}
+
+std::optional<FileState> SourceFindings::ownSource(const QString& path) const
+{
+    const std::optional<FileIdentity> target = fileIdentity(QFile::encodeName(path));
+    const FileState& opened = m_document.stateAtOpening();
+    const bool isSource = target
+        && (target == opened.identity
+            || target == fileIdentity(QFile::encodeName(m_document.path())));
+    return isSource ? std::optional(opened) : std::nullopt;
+}
+
+QString SourceFindings::lossOfPages(int pages, const QString& path) const
+{
+    const std::optional<FileState> expected = ownSource(path);
+    if (!expected)
+        return {};
+    if (fileState(QFile::encodeName(path)) != expected)
+        return u"the file is kept as it is, since it has changed since its pages were read"_s;
+    if (pages != m_document.pageCount() || !m_document.chainFault().isEmpty())
+        return u"the file is kept as it is, since not all of its pages could be gathered to "
+               "replace it"_s;
+    if (!m_doubt.isNull())
+        return u"the file is kept as it is, since not all of its pixels are sure: "_s + m_doubt;
+    if (!m_leftOutTags.isEmpty())
+        return u"the file is kept as it is, since "_s
+            + leftOutText(m_leftOutTags, m_leftOutTags.size(), u"would be lost");
+    return {};
+}
+
+PageDiagnostics SourceFindings::takeDiagnostics(const PageImage& image)
+{
+    PageDiagnostics found = image.takeDiagnostics();
+    m_log.write(lastPathComponent(m_document.path()), found.logLines);
+    m_detail = found.logLines.join(u'\n');
+    return found;
+}
+
+void SourceFindings::addLosses(int page, const PageDiagnostics& found)
+{
+    for (const QString& warning : found.warnings) {
+        if (m_doubt.isNull())
+            m_doubt = u"page %1: %2"_s.arg(page).arg(warning);
+        tell(m_job, { Diagnostic::Severity::Warning, m_document.path(), page, warning, m_detail });
+    }
+    for (const QString& name : found.leftOutTags)
+        if (!m_leftOutTags.contains(name))
+            m_leftOutTags.append(name);
+}
+
+void SourceFindings::tellLeftOutTags()
+{
+    constexpr qsizetype mostNames = 5;
+    if (m_leftOutTags.isEmpty())
+        return;
+    const QString all = leftOutText(m_leftOutTags, m_leftOutTags.size());
+    if (m_leftOutTags.size() > mostNames)
+        systemLog(lastPathComponent(m_document.path()) + u": "_s + all);
+    tell(m_job,
+         { Diagnostic::Severity::Warning, m_document.path(), 0,
+           leftOutText(m_leftOutTags, mostNames), all });
+}
+
+void SourceFindings::tellError(int page, const QString& reason)
+{
+    tell(m_job,
+         { Diagnostic::Severity::Error, m_document.path(), page, reason,
+           page > 0 ? m_detail : QString() });
+}
+
+} // namespace pagestack

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "engine/files/FileState.h"
+#include "engine/log/Diagnostic.h"
+
+#include <optional>
+
+namespace pagestack {
+
+class PageImage;
+class Process;
+class TiffDocument;
+
+/// Puts the diagnostic into the record of the page, which is the last one, or of the source in
+/// hand, and announces it with the signal of the job.
+void tell(Process& job, const Diagnostic& diagnostic);
+
+/// Collects and tells everything that is found in one source and its pages. On the job's thread.
+class SourceFindings
+{
+public:
+    /// Both are borrowed.
+    SourceFindings(Process& job, const TiffDocument& document)
+        : m_job(job)
+        , m_document(document)
+    {
+    }
+
+    /// Takes the diagnostics of the page in hand; its log lines go to the system log at once.
+    PageDiagnostics takeDiagnostics(const PageImage& image);
+
+    /// Tells the losses of a page that is written, and keeps its left-out tags.
+    void addLosses(int page, const PageDiagnostics& found);
+
+    /// Tells of the left-out tags, once a source: its pages mostly have the same.
+    void tellLeftOutTags();
+
+    /// `page` 0: the whole source.
+    void tellError(int page, const QString& reason);
+
+    /// The state that the file at `path` must have to be replaced, if it is the source; none for
+    /// another file and for none.
+    std::optional<FileState> ownSource(const QString& path) const;
+
+    /// Why `pages` pages must not be put in place at `path`, where they would be all that is left
+    /// of the source; null when they may.
+    QString lossOfPages(int pages, const QString& path) const;
+
+private:
+    Process& m_job;
+    const TiffDocument& m_document;
+    CodecLog m_log;
+    QString m_doubt; ///< the first warning, with its page
+    QStringList m_leftOutTags; ///< each once
+    QString m_detail; ///< messages of the codec about the page in hand
+};
+
+} // namespace pagestack
