@@ -46,6 +46,7 @@ std::optional<QString> programText(const QStringList& arguments)
 
 QStringList pathArguments(QStringList arguments)
 {
+    arguments.removeFirst(); // the program
     arguments.removeOne(u"--"_s);
     return arguments;
 }

@@ -11,7 +11,8 @@ namespace pagestack {
 /// arguments; none when it has neither before "--". Needs no application.
 std::optional<QString> programText(const QStringList& arguments);
 
-/// The files and folders among `arguments`: all but a first "--".
+/// The files and folders among `arguments`, the first of which is the program: all others but a
+/// first "--".
 QStringList pathArguments(QStringList arguments);
 
 } // namespace pagestack

@@ -51,7 +51,7 @@ int main(int argc, char* argv[])
     QObject::connect(&terminationSignals, &Signals::interrupted, &controller,
                      &PagestackAppDelegate::quitAction);
     controller.awakeFromNib();
-    controller.openPaths(pathArguments(QCoreApplication::arguments().mid(1)));
+    controller.openPaths(pathArguments(QCoreApplication::arguments()));
     const int code = QApplication::exec();
     return Signals::received() != 0 ? 128 + Signals::received() : code;
 }

@@ -3,6 +3,7 @@
 #include "filelist/SortOrder.h"
 #include "tests/filelist/TinyTiff.h"
 #include "tests/support/Testing.h"
+#include "tests/support/TextRows.h"
 
 #include <QDateTime>
 
@@ -73,83 +74,56 @@ private slots:
         QVERIFY(files.totalPages() == 0 && files.checkedCount() == 0 && files.append(pool.at(0)));
     }
 
-    void knowsAFileByItsUrl_data()
-    {
-        QTest::addColumn<QString>("name");
-        for (const auto* name : { "plain.tif", "with blank.tif", "50%.tif", "50%25.tif",
-                                  "a#b?c.tif", "grün 日本.tif", "a;b=c&d.tif" })
-            QTest::newRow(name) << QString::fromUtf8(name);
-    }
-    void knowsAFileByItsUrl()
-    {
-        QFETCH(const QString, name);
-        FileList files;
-        QVERIFY(files.append(itemOf(u"/tmp/"_s + name)));
-        QVERIFY(files.contains(QUrl::fromLocalFile(u"/tmp/"_s + name)));
-        QVERIFY(!files.append(itemOf(u"/tmp/"_s + name)));
-        QVERIFY(files.append(itemOf(u"/tmp/other/"_s + name)));
-    }
-
     void sortsByEveryProperty_data()
     {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("ascending");
-        QTest::addColumn<QString>("descending");
-        // Equal ones stay in the order of adding, forwards and backwards.
-        QTest::newRow("check mark") << u"isSelected"_s << u"b10.tif a.TIF B2.tif c.tiff"_s
-                                    << u"a.TIF B2.tif c.tiff b10.tif"_s;
-        QTest::newRow("name, digits as numbers")
-            << u"name"_s << u"a.TIF B2.tif b10.tif c.tiff"_s << u"c.tiff b10.tif B2.tif a.TIF"_s;
-        QTest::newRow("pages") << u"pages"_s << u"c.tiff B2.tif a.TIF b10.tif"_s
-                               << u"b10.tif a.TIF B2.tif c.tiff"_s;
-        QTest::newRow("size") << u"size"_s << u"c.tiff a.TIF B2.tif b10.tif"_s
-                              << u"b10.tif a.TIF B2.tif c.tiff"_s;
-        QTest::newRow("type") << u"type"_s << u"b10.tif a.TIF B2.tif c.tiff"_s
-                              << u"c.tiff b10.tif a.TIF B2.tif"_s;
-        QTest::newRow("modified, unknown first")
-            << u"dateModified"_s << u"c.tiff B2.tif b10.tif a.TIF"_s
-            << u"a.TIF b10.tif B2.tif c.tiff"_s;
-        QTest::newRow("location") << u"location"_s << u"b10.tif B2.tif c.tiff a.TIF"_s
-                                  << u"a.TIF b10.tif B2.tif c.tiff"_s;
-        QTest::newRow("no order") << QString() << u"b10.tif a.TIF B2.tif c.tiff"_s
-                                  << u"b10.tif a.TIF B2.tif c.tiff"_s;
-        QTest::newRow("no property")
-            << u"pixels"_s << u"b10.tif a.TIF B2.tif c.tiff"_s << u"b10.tif a.TIF B2.tif c.tiff"_s;
+        // Equal ones stay in the order of adding, forwards and backwards; digits count as numbers,
+        // and what has no date comes first.
+        addTextRows({ "key", "ascending", "descending" }, R"(
+            isSelected   | b10.tif a.TIF B2.tif c.tiff | a.TIF B2.tif c.tiff b10.tif
+            name         | a.TIF B2.tif b10.tif c.tiff | c.tiff b10.tif B2.tif a.TIF
+            pages        | c.tiff B2.tif a.TIF b10.tif | b10.tif a.TIF B2.tif c.tiff
+            size         | c.tiff a.TIF B2.tif b10.tif | b10.tif a.TIF B2.tif c.tiff
+            type         | b10.tif a.TIF B2.tif c.tiff | c.tiff b10.tif a.TIF B2.tif
+            dateModified | c.tiff B2.tif b10.tif a.TIF | a.TIF b10.tif B2.tif c.tiff
+            dateCreated  | c.tiff b10.tif a.TIF B2.tif | B2.tif a.TIF b10.tif c.tiff
+            dateAccessed | c.tiff a.TIF B2.tif b10.tif | b10.tif B2.tif a.TIF c.tiff
+            location     | b10.tif B2.tif c.tiff a.TIF | a.TIF b10.tif B2.tif c.tiff
+                         | b10.tif a.TIF B2.tif c.tiff | b10.tif a.TIF B2.tif c.tiff
+            pixels       | b10.tif a.TIF B2.tif c.tiff | b10.tif a.TIF B2.tif c.tiff)");
     }
     void sortsByEveryProperty()
     {
         QFETCH(const QString, key);
         const QTemporaryDir folder;
-        const auto filled = [&folder] {
-            FileList files;
-            files.append(itemOf(makeFile(folder.filePath(u"b10.tif"_s), 1000))); // several blocks
-            files.append(itemOf(makeFile(folder.filePath(u"sub/a.TIF"_s), 12)));
-            files.append(itemOf(makeFile(folder.filePath(u"B2.tif"_s), 2)));
-            files.append(itemOf(makeFile(folder.filePath(u"c.tiff"_s), 0)));
-            files.setSelected(0, false);
-            int day = 1;
-            for (const int row : { 2, 0, 1 }) {
-                QFile file(files.at(row)->filePath().toLocalFile());
-                if (!file.open(QIODevice::ReadWrite)
-                    || !file.setFileTime(QDateTime({ 2020, 1, day++ }, {}),
-                                         QFile::FileModificationTime))
-                    qFatal("no date");
-            }
-            QFile::remove(files.at(3)->filePath().toLocalFile());
-            return files;
+        FileList files;
+        files.append(itemOf(makeFile(folder.filePath(u"b10.tif"_s), 1000))); // several blocks
+        files.append(itemOf(makeFile(folder.filePath(u"sub/a.TIF"_s), 12)));
+        files.append(itemOf(makeFile(folder.filePath(u"B2.tif"_s), 2)));
+        files.append(itemOf(makeFile(folder.filePath(u"c.tiff"_s), 0)));
+        files.setSelected(0, false);
+        const auto on = [](int modified, int created, int accessed) {
+            return FileDates { QDateTime({ 2020, 1, modified }, {}),
+                               QDateTime({ 2020, 1, created }, {}),
+                               QDateTime({ 2020, 1, accessed }, {}) };
         };
-        const auto sort = [&key](FileList& files, bool isAscending) {
-            const QList<int> rows = sortedRows(files.items(), { { key, isAscending } });
-            if (!rows.isEmpty())
-                files.reorder(rows);
+        const QMap<QString, FileDates> known { { u"B2.tif"_s, on(1, 3, 2) },
+                                               { u"b10.tif"_s, on(2, 1, 3) },
+                                               { u"a.TIF"_s, on(3, 2, 1) } };
+        DateReading dates;
+        dates.read = [&](const FileItem& item) { return known.value(item.name()); };
+        const QList<int> rows = sortedRows(files.items(), { { key, true } }, dates);
+        const QList<int> backwards = sortedRows(files.items(), { { key, false } }, dates);
+        const auto namesAfter = [&files](const QList<int>& order) {
+            FileList sorted = files;
+            if (!order.isEmpty())
+                sorted.reorder(order);
+            return namesOf(sorted);
         };
-        FileList files = filled();
-        sort(files, true);
-        QTEST(namesOf(files), "ascending");
-        QVERIFY(sortedRows(files.items(), { { key, true } }).isEmpty());
-        files = filled();
-        sort(files, false);
-        QTEST(namesOf(files), "descending");
+        QTEST(namesAfter(rows), "ascending");
+        QTEST(namesAfter(backwards), "descending");
+        if (!rows.isEmpty())
+            files.reorder(rows);
+        QVERIFY(sortedRows(files.items(), { { key, true } }, dates).isEmpty());
     }
 
     void readsDatesOnlyOfEqualFilesAndAsLongAsWanted()

@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QSemaphore>
+#include <QtEndian>
 
 class FileTableTest : public QObject
 {
@@ -41,24 +42,21 @@ private slots:
         m_model.reset();
     }
 
-    void showsTheFields()
+    void knowsItsColumns()
     {
         const auto shown = [this](int row, int column, int role = Qt::DisplayRole) {
             return m_model->index(row, column).data(role);
         };
         QCOMPARE(shown(4, FileTableModel::Name), QVariant(u"echo.tiff"_s));
         QCOMPARE(shown(4, FileTableModel::Pages), QVariant(0));
-        QCOMPARE(shown(4, FileTableModel::Type), QVariant(u"tiff"_s));
-        QCOMPARE(shown(4, FileTableModel::Location), QVariant(u"/two"_s));
         QVERIFY(shown(4, 1, Qt::ToolTipRole).toString().startsWith(u"/two/echo.tiff\n"_s));
         QCOMPARE(m_model->objectValue(-1, u"name"_s), QVariant(u""_s));
         QCOMPARE(m_model->objectValue(0, u"isselected"_s), QVariant(true));
         for (int column = 0; column < FileTableModel::ColumnCount; ++column) {
-            QCOMPARE(shown(0, column, Qt::TextAlignmentRole).isValid(),
-                     FileTableModel::identifier(column) == u"sizeInKB"_s);
+            const SortOrder order = FileTableModel::sortOrder(column, Qt::AscendingOrder);
+            QCOMPARE(FileTableModel::columnSortedBy(order.key), column);
+            QCOMPARE(needsDates({ order }), FileTableModel::identifier(column).startsWith(u"date"));
             QCOMPARE(shown(0, column, Qt::CheckStateRole).isValid(), column == 0);
-            QVERIFY(!m_model->index(0, column).flags().testFlag(Qt::ItemIsEditable));
-            QVERIFY(!FileTableModel::sortOrder(column, Qt::AscendingOrder).key.isEmpty());
         }
     }
 
@@ -103,15 +101,6 @@ private slots:
         QCOMPARE(m_files.checkedCount(), 0);
     }
 
-    void ticksWithAClick()
-    {
-        const QRect cell = m_table->visualRect(m_model->index(1, 0));
-        const int margin = m_table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1;
-        QTest::mouseClick(m_table->viewport(), Qt::LeftButton, {},
-                          { cell.left() + margin + 5, cell.center().y() });
-        QVERIFY(!m_files.at(1)->isSelected());
-    }
-
     void keepsTheHighlightedFilesWhenItSorts()
     {
         m_table->highlightRows({ 0, 1, 4 });
@@ -154,58 +143,6 @@ private slots:
         QCOMPARE(m_table->highlightedRows().size(), 2);
         m_model->clear();
         QCOMPARE(m_model->rowCount(), 0);
-    }
-
-    void asksForWhatItsKeysMean()
-    {
-        QSignalSpy inverts(m_table.get(), &CustomTableView::invertRequested);
-        QSignalSpy removals(m_table.get(), &CustomTableView::removeRequested);
-        QSignalSpy ups(m_table.get(), &CustomTableView::moveUpRequested);
-        QSignalSpy downs(m_table.get(), &CustomTableView::moveDownRequested);
-        m_table->highlightRows({ 1, 3, 4 });
-        QTest::keyClick(m_table.get(), Qt::Key_Space);
-        QCOMPARE(inverts.size(), 1);
-        QCOMPARE(inverts.first().first().value<QList<int>>(), (QList<int> { 1, 3, 4 }));
-        QTest::keyClick(m_table.get(), Qt::Key_Delete);
-        QTest::keyClick(m_table.get(), Qt::Key_Backspace);
-        QTest::keyClick(m_table.get(), Qt::Key_Up, Qt::ControlModifier);
-        QTest::keyClick(m_table.get(), Qt::Key_Down, Qt::ControlModifier);
-        QTest::keyClick(m_table.get(), Qt::Key_Down, Qt::ControlModifier);
-        QCOMPARE(removals.size(), 2);
-        QCOMPARE(ups.size(), 1);
-        QCOMPARE(downs.size(), 2);
-        QCOMPARE(m_table->highlightedRows(), (QList<int> { 1, 3, 4 }));
-        QTest::keyClick(m_table.get(), Qt::Key_Up); // the table's own: from row 1, the current one
-        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0 }));
-        QCOMPARE(ups.size(), 1);
-    }
-
-    void findsRowsByTheirFirstLetters()
-    {
-        QTest::keyClicks(m_table.get(), u"d"_s); // no row is current: the first one counts too
-        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0 }));
-        m_table->setCurrentIndex(m_model->index(0, FileTableModel::IsSelected));
-        m_table->keyboardSearch({}); // forgets the d
-        QTest::keyClicks(m_table.get(), u"br"_s);
-        QCOMPARE(m_table->highlightedRows(), (QList<int> { 3 }));
-    }
-
-    void showsItsMenuForARightClickOnHighlightedRows()
-    {
-        QMenu menu;
-        menu.addAction(u"An entry"_s);
-        m_table->setContextMenu(&menu);
-        const QPoint rowOne = m_table->visualRect(m_model->index(1, 1)).center();
-        QTest::mousePress(m_table->viewport(), Qt::RightButton, {}, rowOne);
-        QVERIFY(!menu.isVisible()); // nothing was highlighted
-        m_table->clearSelection();
-        m_table->highlightRows({ 1 });
-        QTest::mouseClick(m_table->viewport(), Qt::LeftButton, Qt::ControlModifier,
-                          m_table->visualRect(m_model->index(2, 1)).center());
-        QVERIFY(!menu.isVisible());
-        QTest::mousePress(m_table->viewport(), Qt::RightButton, {}, rowOne);
-        QVERIFY(menu.isVisible());
-        QCOMPARE(m_table->highlightedRows(), (QList<int> { 1, 2 }));
     }
 
     void takesFilesThatAreDropped()

@@ -36,7 +36,7 @@ public:
         m_areWellFormed &= message.signature() == u"ass"_s
             && message.interface() == u"org.freedesktop.FileManager1"_s;
         if (m_conduct == Conduct::IsSlow)
-            QThread::msleep(4); // with 1,000 calls longer than a single one may take
+            QThread::msleep(40); // all together longer than one call may take
         if (m_conduct == Conduct::Answers || m_conduct == Conduct::IsSlow)
             bus.send(message.createReply());
         else if (m_conduct == Conduct::Refuses)
@@ -111,35 +111,19 @@ private slots:
     void cleanupTestCase() { QDesktopServices::unsetUrlHandler(u"file"_s); }
     void init() { m_opened.clear(); }
 
-    void handsOverTheFiles_data()
-    {
-        QTest::addColumn<QStringList>("paths");
-        QTest::addColumn<QStringList>("uris");
-        QTest::newRow("none") << QStringList() << QStringList();
-        QTest::newRow("one") << QStringList { u"/a.tif"_s } << QStringList { u"file:///a.tif"_s };
-        QTest::newRow("several, not sorted")
-            << QStringList { u"/s/b.tif"_s, u"/t/c.tif"_s, u"/s/a.tif"_s }
-            << QStringList { u"file:///s/b.tif"_s, u"file:///t/c.tif"_s, u"file:///s/a.tif"_s };
-        QTest::newRow("blanks and umlauts")
-            << QStringList { u"/Büro 1/ä  b.tif"_s }
-            << QStringList { u"file:///B%C3%BCro%201/%C3%A4%20%20b.tif"_s };
-        QTest::newRow("signs with a meaning")
-            << QStringList { u"/#1/50%.tif"_s, u"/a%41.tif"_s, u"/a?b=c.tif"_s, u"/a;'\"\\.tif"_s }
-            << QStringList { u"file:///%231/50%25.tif"_s, u"file:///a%2541.tif"_s,
-                             u"file:///a%3Fb=c.tif"_s, u"file:///a;'%22%5C.tif"_s };
-    }
-
     void handsOverTheFiles()
     {
-        QFETCH(const QStringList, paths);
-        QFETCH(const QStringList, uris);
-        FileManager manager(m_address, Conduct::Answers);
+        const QStringList uris { u"file:///t/%C3%A4%20%20b.tif"_s, u"file:///%231/50%25.tif"_s,
+                                 u"file:///a%2541.tif"_s, u"file:///a%3Fb=c.tif"_s,
+                                 u"file:///a;'%22%5C.tif"_s };
         QList<QUrl> urls;
+        for (const QString& path : { u"/t/ä  b.tif"_s, u"/#1/50%.tif"_s, u"/a%41.tif"_s,
+                                     u"/a?b=c.tif"_s, u"/a;'\"\\.tif"_s })
+            urls.append(QUrl::fromLocalFile(path));
         QStringList expected { u"ShowItems "_s + uris.join(u' ') };
-        for (qsizetype i = 0; i < paths.size(); ++i) {
-            urls.append(QUrl::fromLocalFile(paths[i]));
-            expected.append(u"ShowItemProperties "_s + uris[i]);
-        }
+        for (const QString& uri : uris)
+            expected.append(u"ShowItemProperties "_s + uri);
+        const FileManager manager(m_address, Conduct::Answers);
         m_desktop.activateFileViewerSelectingURLs(urls);
         m_desktop.showInformation(urls);
         QTRY_VERIFY(allAnswered());
@@ -177,7 +161,7 @@ private slots:
     {
         QList<QUrl> urls;
         QStringList expected;
-        for (int i = 0; i < 1000; ++i) {
+        for (int i = 0; i < 90; ++i) {
             urls.append(QUrl(u"file:///scans/%1.tif"_s.arg(i)));
             expected.append(u"ShowItemProperties "_s + urls.last().toString());
         }

@@ -7,17 +7,15 @@
 #include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/widgets/FileChooser.h"
+#include "tests/filelist/TinyTiff.h"
+#include "tests/support/Testing.h"
 
-#include <QDir>
-#include <QFile>
+#include <QAbstractButton>
+#include <QAction>
 #include <QLabel>
 #include <QMutex>
-#include <QSignalSpy>
-#include <QTest>
 
 namespace pagestack {
-
-using namespace Qt::StringLiterals;
 
 constexpr int longMs = 60000; // for what a slow machine may take its time over
 
@@ -28,31 +26,36 @@ public:
     void openURL(const QUrl& url) override
     {
         const QMutexLocker lock(&m_mutex);
+        refuse();
         m_opened.append(url);
     }
     void activateFileViewerSelectingURLs(const QList<QUrl>& urls) override
     {
+        refuse();
         revealed.append(urls);
     }
-    void showInformation(const QList<QUrl>& urls) override { informed.append(urls); }
-
-    QList<QUrl> requests() const
+    void showInformation(const QList<QUrl>& urls) override
+    {
+        refuse();
+        informed.append(urls);
+    }
+    QList<QUrl> opened() const
     {
         const QMutexLocker lock(&m_mutex);
         return m_opened;
     }
-    QStringList opened() const
-    {
-        QStringList paths;
-        for (const QUrl& url : requests())
-            paths.append(url.toLocalFile());
-        return paths;
-    }
 
+    bool isRefusing = false;
     QList<QList<QUrl>> revealed; ///< a list a request
     QList<QList<QUrl>> informed;
 
 private:
+    void refuse() const
+    {
+        if (isRefusing)
+            throw std::runtime_error("refused");
+    }
+
     mutable QMutex m_mutex; // a job opens its folder from its own thread
     QList<QUrl> m_opened;
 };
@@ -70,87 +73,23 @@ inline QString sample(const QString& name)
     return qEnvironmentVariable("PAGESTACK_SOURCE_DIR") + u"/samples/"_s + name;
 }
 
-/// The window with what surrounds it, from one start of the program to its end. Its settings are in
-/// a JSON file; dialogs are answered beforehand.
-class Session
+template <typename T = QWidget>
+T& childOf(const QObject& parent, const char* name = nullptr)
 {
-public:
-    explicit Session(const QString& store, const ReadDates& readDates = &FileItem::dates)
+    T* const object = parent.findChild<T*>(QLatin1StringView(name));
+    if (object == nullptr)
+        qFatal("there is no %s", name);
+    return *object;
+}
+
+/// The window with what surrounds it, from one start of the program to its end.
+struct Session
+{
+    Session(const QString& store, const ReadDates& readDates)
         : defaults(store)
         , controller({ defaults, desktop, alerts, chooser, readDates })
     {
         controller.awakeFromNib();
-    }
-
-    template <typename T>
-    T& find(const char* name) const
-    {
-        T* const object = controller.window()->findChild<T*>(QLatin1StringView(name));
-        if (object == nullptr)
-            qFatal("the window has no %s", name);
-        return *object;
-    }
-    QWidget& widget(const char* name) const { return find<QWidget>(name); }
-    QString text(const char* label) const { return find<QLabel>(label).text(); }
-    void click(const char* button) const { QTest::mouseClick(&widget(button), Qt::LeftButton); }
-    CustomTableView& table() const { return find<CustomTableView>("mainTableView"); }
-    QStringList names()
-    {
-        QStringList result;
-        for (const auto& item : controller.files().items())
-            result.append(item->name());
-        return result;
-    }
-    /// "files, ticked, ticked pages, pages" as the two lines of totals say it.
-    QString totals()
-    {
-        const QString numbers = u"%1 Total file(s); %2 file selected; "
-                                "Total page count of selected TIFF file(s): %3"_s;
-        const FileList& files = controller.files();
-        const QString line
-            = numbers.arg(files.count()).arg(files.checkedCount()).arg(files.checkedPages());
-        if (text("labelTotalFiles") != line)
-            return text("labelTotalFiles");
-        return u"%1, %2, %3, %4"_s.arg(files.count())
-            .arg(files.checkedCount())
-            .arg(files.checkedPages())
-            .arg(text("labelTotalTIFFPages").section(u"Total Pages TIFF : "_s, 1));
-    }
-
-    /// Does `begin`, which starts a load, and waits for its end.
-    template <typename Begin>
-    bool load(Begin begin)
-    {
-        QSignalSpy processing(&controller, &PagestackAppDelegate::isProcessingChanged);
-        QSignalSpy ended(&controller, &PagestackAppDelegate::readyToTerminate);
-        begin();
-        while (processing.size() < 2)
-            if (!processing.wait(longMs))
-                return false;
-        // Not before the sort at its end, which the end of the program would cut short.
-        return QTest::qWaitFor([this] { return table().isEnabled(); }, longMs)
-            && (controller.applicationShouldTerminate() || ended.wait(longMs));
-    }
-    bool open(const QStringList& paths)
-    {
-        return load([&] { controller.openPaths(paths); });
-    }
-    /// Begins a run that has something to do for a while, and waits for its first page.
-    bool beginLongRun(const QString& folder, int files)
-    {
-        const QString sources = folder + u"/sources"_s;
-        QDir().mkpath(sources);
-        QDir().mkpath(folder + u"/out"_s);
-        for (int i = 0; i < files; ++i)
-            QFile::copy(sample(u"text-page.tif"_s), u"%1/%2.tif"_s.arg(sources).arg(i));
-        if (!open({ sources }))
-            return false;
-        controller.settings().setOutputType(1);
-        controller.settings().setOutputFolderPath(folder + u"/out"_s);
-        click("convertBtn");
-        // No spy: the signal comes from the job's thread, and a spy belongs to one.
-        return QTest::qWaitFor([&] { return controller.process()->totalFileCreated() > 0; },
-                               longMs);
     }
 
     UserDefaults defaults;
@@ -158,6 +97,149 @@ public:
     AlertPanel alerts;
     FileChooser chooser;
     PagestackAppDelegate controller;
+};
+
+/// A test of the real window. Settings, logs and files are in a folder of each case; dialogs are
+/// answered beforehand.
+class WindowFixture : public QObject
+{
+protected:
+    void takeNewFolder()
+    {
+        m_session.reset();
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        qputenv("XDG_DATA_HOME", path(u"data"_s).toLocal8Bit());
+    }
+    /// Ends the program and starts it again.
+    void start(const ReadDates& readDates = &FileItem::dates)
+    {
+        m_session.reset();
+        m_session = std::make_unique<Session>(path(u"settings.json"_s), readDates);
+    }
+    void end() { m_session.reset(); }
+
+    QString path(const QString& name) const { return m_folder->filePath(name); }
+    PagestackAppDelegate& controller() const { return m_session->controller; }
+    QMainWindow& window() const { return *controller().window(); }
+    Settings& settings() const { return controller().settings(); }
+    Desktop& desktop() const { return m_session->desktop; }
+    AlertPanel& alerts() const { return m_session->alerts; }
+    FileChooser& chooser() const { return m_session->chooser; }
+    UserDefaults& defaults() const { return m_session->defaults; }
+
+    template <typename T = QWidget>
+    T& find(const char* name = nullptr) const
+    {
+        return childOf<T>(window(), name);
+    }
+    CustomTableView& table() const { return find<CustomTableView>("mainTableView"); }
+    QString text(const char* label) const { return find<QLabel>(label).text(); }
+    /// Clicks a button or chooses a menu item, which does nothing while it is disabled.
+    void press(const char* name) const
+    {
+        if (auto* action = window().findChild<QAction*>(QLatin1StringView(name)))
+            action->trigger();
+        else
+            find<QAbstractButton>(name).click();
+    }
+    bool isEnabled(const char* name) const
+    {
+        const auto* action = window().findChild<QAction*>(QLatin1StringView(name));
+        return action != nullptr ? action->isEnabled() : find(name).isEnabled();
+    }
+    QPoint placeOf(int row, int column) const
+    {
+        return table().visualRect(table().model()->index(row, column)).center();
+    }
+    void clickCell(int row, int column, Qt::KeyboardModifiers keys = {}) const
+    {
+        QTest::mouseClick(table().viewport(), Qt::LeftButton, keys, placeOf(row, column));
+    }
+
+    QStringList names() const
+    {
+        QStringList result;
+        for (const auto& item : controller().files().items())
+            result.append(item->name());
+        return result;
+    }
+    QString order() const { return names().join(u' ').remove(u".tif"_s); }
+    /// "files, ticked, ticked pages, pages" as the two lines of totals say it.
+    QString totals() const
+    {
+        static const QRegularExpression numbers(
+            u"^(\\d+) Total file\\(s\\); (\\d+) file selected; "
+            "Total page count of selected TIFF file\\(s\\): (\\d+)Total Pages TIFF : (\\d+)$"_s);
+        const QString lines = text("labelTotalFiles") + text("labelTotalTIFFPages");
+        const QStringList found = numbers.match(lines).capturedTexts();
+        return found.isEmpty() ? lines : found.sliced(1).join(u", "_s);
+    }
+
+    /// Does `begin`, which starts a load, and waits for its end.
+    template <typename Begin>
+    bool load(Begin begin)
+    {
+        QSignalSpy processing(&controller(), &PagestackAppDelegate::isProcessingChanged);
+        QSignalSpy ended(&controller(), &PagestackAppDelegate::readyToTerminate);
+        begin();
+        while (processing.size() < 2)
+            if (!processing.wait(longMs))
+                return false;
+        // Not before the sort at its end, which the end of the program would cut short.
+        return QTest::qWaitFor([this] { return table().isEnabled(); }, longMs)
+            && (controller().applicationShouldTerminate() || ended.wait(longMs));
+    }
+    bool open(const QStringList& paths)
+    {
+        return load([&] { controller().openPaths(paths); });
+    }
+    /// Makes files of `pages` pages each and opens them.
+    bool openFiles(std::initializer_list<std::pair<const char*, int>> files)
+    {
+        QStringList paths;
+        for (const auto& [name, pages] : files)
+            paths.append(makeFile(path(u"in/"_s + QLatin1StringView(name)), pages));
+        return open(paths);
+    }
+    /// Six files "0.tif" to "5.tif"; the pages of each are its number.
+    bool fill()
+    {
+        return openFiles({ { "0.tif", 0 },
+                           { "1.tif", 1 },
+                           { "2.tif", 2 },
+                           { "3.tif", 3 },
+                           { "4.tif", 4 },
+                           { "5.tif", 5 } });
+    }
+    /// A folder of 300 files "100.tif" to "399.tif".
+    QString manyFiles() const
+    {
+        for (int i = 100; i < 400; ++i)
+            makeFile(path(u"many/%1.tif"_s.arg(i)));
+        return path(u"many"_s);
+    }
+    /// The samples in a folder of their own, without what a run adds to them.
+    QString samples() const
+    {
+        QDir().mkpath(path(u"samples"_s));
+        for (const QString& name : QDir(sample({})).entryList({ u"*.tif"_s }))
+            QFile::copy(sample(name), path(u"samples/"_s + name));
+        return path(u"samples"_s);
+    }
+    QString outFolder() const
+    {
+        QDir().mkpath(path(u"out"_s));
+        return path(u"out"_s);
+    }
+    bool waitForRun() const
+    {
+        return QTest::qWaitFor([this] { return isEnabled("closeProcessBtn"); }, longMs);
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<Session> m_session;
 };
 
 } // namespace pagestack

@@ -1,77 +1,26 @@
-#include "mainwindow/widgets/AlertPanel.h"
-#include "mainwindow/widgets/FileChooser.h"
-#include "mainwindow/widgets/KeyLetter.h"
+#include "mainwindow/desktop/InformationScript.h"
+#include "mainwindow/run/ProcessPanel.h"
+#include "mainwindow/widgets/ElidedLabel.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
+#include "tests/mainwindow/Session.h"
 #include "tests/support/Testing.h"
-#include "ui_MainWindow.h"
-#include "ui_ProcessPanel.h"
+#include "tests/support/TextRows.h"
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QComboBox>
-#include <QDialog>
 #include <QFileDialog>
+#include <QLayout>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QMessageBox>
+#include <QMetaEnum>
 #include <QTabWidget>
+#include <QToolButton>
 
 namespace {
 
-/// The main window as the program shows it, without a controller.
-struct Shell
-{
-    Shell()
-    {
-        ui.setupUi(&window);
-        applySymbolicIcons(window);
-        tabs = window.findChild<QTabWidget*>(u"settingTabView"_s);
-        link = window.findChild<QPushButton*>(u"helpHyperlink"_s);
-    }
-
-    QMainWindow window;
-    Ui::MainWindow ui;
-    QTabWidget* tabs; ///< of the settings pane, as the link
-    QPushButton* link;
-};
-
-const QList<std::pair<const char*, char16_t>> MainWindowKeys {
-    { "removeBtn", u'r' },
-    { "importBtn", u'i' },
-    { "addFilesBtn", u'f' },
-    { "addFolderBtn", u'o' },
-    { "inculdeSubfoldersBtn", u'u' },
-    { "convertBtn", u's' },
-    { "setCurrentAsDefaultOutputFolderPathBtn", u'd' },
-    { "openFolderAfterConversionBtn", u'p' },
-};
-
-bool isReddish(QRgb pixel)
-{
-    return qRed(pixel) > 150 && qGreen(pixel) < 100 && qBlue(pixel) < 100;
-}
-
-/// The columns of `widget` in which something red is drawn.
-QList<int> redColumns(QWidget& widget)
-{
-    const QImage image = widget.grab().toImage();
-    QList<int> columns;
-    for (int x = 0; x < image.width(); ++x) {
-        for (int y = 0; y < image.height(); ++y) {
-            if (isReddish(image.pixel(x, y))) {
-                columns.append(x);
-                break;
-            }
-        }
-    }
-    return columns;
-}
-
-/// The letter after the first single '&' of `text`, upper case; null without one.
-QChar mnemonicOf(const QString& text)
-{
-    const QString sequence = QKeySequence::mnemonic(text).toString();
-    return sequence.isEmpty() ? QChar() : sequence.back().toUpper();
-}
+/// The letter after the first single '&' of `text`, upper case; empty without one.
+QString mnemonicOf(const QString& text) { return QKeySequence::mnemonic(text).toString(); }
 
 /// What is wrong with the room that `widget` has; empty when its text shows in full.
 QString cutOff(const QWidget& widget)
@@ -82,7 +31,7 @@ QString cutOff(const QWidget& widget)
         need.setHeight(label->heightForWidth(widget.width()));
     else if (label != nullptr || qobject_cast<const QAbstractButton*>(&widget) != nullptr)
         need = widget.sizeHint();
-    const QRect visible = widget.visibleRegion().boundingRect();
+    const QSize visible = widget.visibleRegion().boundingRect().size();
     if (visible.width() >= need.width() && visible.height() >= need.height())
         return {};
     return u"%1 needs %2 x %3, shows %4 x %5"_s.arg(widget.objectName())
@@ -94,151 +43,75 @@ QString cutOff(const QWidget& widget)
 
 } // namespace
 
-class WidgetsTest : public QObject
+class WidgetsTest : public WindowFixture
 {
     Q_OBJECT
 
 private slots:
-    void drawsTheKeyLetterInItsColourAtItsPlace()
+    void init()
     {
-        QPushButton button(u"mmmmimmmm"_s);
-        button.resize(button.sizeHint() + QSize(40, 0));
-        QVERIFY(redColumns(button).isEmpty());
-        const int plainWidth = button.sizeHint().width();
-        setKeyLetter(&button, u"i"_s, Qt::red);
-        QCOMPARE(keyLetterPosition(button), qsizetype(4));
-        QCOMPARE(button.text(), u"mmmmimmmm"_s);
-        QVERIFY(button.sizeHint().width() > plainWidth);
-        const QList<int> columns = redColumns(button);
-        QVERIFY(!columns.isEmpty());
-        QVERIFY2(qAbs((columns.first() + columns.last()) / 2 - button.width() / 2) <= 2,
-                 "the letter in the middle of the title is in the middle of the button");
-        QVERIFY(columns.last() - columns.first() < button.fontMetrics().horizontalAdvance(u'm'));
-        button.setEnabled(false);
-        QVERIFY2(redColumns(button).isEmpty(), "a disabled button is dim all over");
-        button.setText(u"mimi"_s);
-        QCOMPARE(keyLetterPosition(button), qsizetype(-1));
-        QVERIFY(button.shortcut().isEmpty());
-
-        QCheckBox box(u"immmm"_s);
-        box.resize(box.sizeHint());
-        setKeyLetter(&box, u"I"_s, Qt::red);
-        const QList<int> boxColumns = redColumns(box);
-        QVERIFY(!boxColumns.isEmpty());
-        QVERIFY(boxColumns.last() < box.width() / 2);
+        takeNewFolder();
+        start();
+        QVERIFY(QTest::qWaitForWindowActive(&window()));
     }
+    void cleanup() { end(); }
 
-    void altAndTheKeyLetterPressTheButton()
+    // Two owners of one key cancel each other out: neither answers.
+    void givesEachAltKeyToOneControl()
     {
 #ifdef Q_OS_MACOS
         QSKIP("Alt types characters here");
 #endif
-        Shell shell;
-        setKeyLetter(shell.ui.addFolderBtn, u"o"_s, Qt::black);
-        setKeyLetter(shell.ui.inculdeSubfoldersBtn, u"u"_s, Qt::black);
-        shell.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&shell.window));
-        QSignalSpy pressed(shell.ui.addFolderBtn, &QPushButton::clicked);
-        QTest::keyClick(&shell.window, Qt::Key_O, Qt::AltModifier);
-        QTRY_COMPARE(pressed.count(), 1);
-        QTest::keyClick(&shell.window, Qt::Key_U, Qt::AltModifier);
-        QTRY_VERIFY(shell.ui.inculdeSubfoldersBtn->isChecked());
-        shell.ui.addFolderBtn->setEnabled(false);
-        QTest::keyClick(&shell.window, Qt::Key_O, Qt::AltModifier);
-        QCOMPARE(pressed.count(), 1);
-    }
+        QString letters;
+        for (const char* name :
+             { "removeBtn", "importBtn", "addFilesBtn", "addFolderBtn", "inculdeSubfoldersBtn",
+               "convertBtn", "setCurrentAsDefaultOutputFolderPathBtn",
+               "openFolderAfterConversionBtn", "viewLogBtn", "cancelProcessBtn" })
+            letters += find<QAbstractButton>(name).shortcut().toString().last(1);
+        QCOMPARE(letters, u"RIFOUSDPLC"_s);
 
-    void titlesContainTheirKeyLetters()
-    {
-        const Shell shell;
-        for (const auto& [name, letter] : MainWindowKeys) {
-            const auto* const button
-                = shell.window.findChild<QAbstractButton*>(QLatin1String(name));
-            QVERIFY2(button != nullptr, name);
-            QVERIFY2(button->text().contains(QChar(letter), Qt::CaseInsensitive), name);
-            QVERIFY2(!button->text().contains(u'&'), name);
-        }
-        QDialog sheet;
-        Ui::ProcessPanel panel;
-        panel.setupUi(&sheet);
-        QVERIFY(panel.viewLogBtn->text().contains(u'l', Qt::CaseInsensitive));
-        QVERIFY(panel.cancelProcessBtn->text().contains(u'c', Qt::CaseInsensitive));
-    }
-
-    void noTwoAltKeysCollide()
-    {
-        // Two owners of one key cancel each other out: neither answers.
-        const Shell shell;
-        for (int tab = 0; tab < shell.tabs->count(); ++tab) {
-            QHash<QChar, QString> owners;
-            const auto take = [&](QChar letter, const QObject& owner) {
-                if (letter.isNull())
-                    return;
-                const QString before = owners.value(letter);
-                QVERIFY2(before.isEmpty(),
-                         qPrintable(u"%1: %2 and %3"_s.arg(letter, before, owner.objectName())));
-                owners.insert(letter, owner.objectName());
+        auto& tabs = find<QTabWidget>("settingTabView");
+        for (int tab = 0; tab < tabs.count(); ++tab) {
+            tabs.setCurrentIndex(tab);
+            QSet<QString> keys;
+            const auto take = [&](const QString& key, const QObject& owner) {
+                QVERIFY2(key.isEmpty() || !keys.contains(key), qPrintable(owner.objectName()));
+                keys.insert(key);
             };
-            const auto isOnThisTab = [&](const QWidget& widget) {
-                for (int other = 0; other < shell.tabs->count(); ++other) {
-                    if (other != tab && shell.tabs->widget(other)->isAncestorOf(&widget))
-                        return false;
-                }
-                return true;
-            };
-            const auto menus = shell.ui.menuBar->findChildren<QMenu*>();
-            for (const QMenu* menu : menus)
+            for (const QMenu* menu : window().menuBar()->findChildren<QMenu*>())
                 take(mnemonicOf(menu->title()), *menu);
-            const auto widgets = shell.window.findChildren<QWidget*>();
-            for (const QWidget* widget : widgets) {
-                if (!isOnThisTab(*widget))
-                    continue;
-                if (const auto* const label = qobject_cast<const QLabel*>(widget))
-                    take(label->buddy() != nullptr ? mnemonicOf(label->text()) : QChar(), *label);
-                else if (const auto* const button = qobject_cast<const QAbstractButton*>(widget))
-                    take(mnemonicOf(button->text()), *button);
-            }
-            for (const auto& [name, letter] : MainWindowKeys) {
-                const auto* const button = shell.window.findChild<QWidget*>(QLatin1String(name));
-                if (isOnThisTab(*button))
-                    take(QChar(letter).toUpper(), *button);
-            }
-            QVERIFY(owners.size() > 10);
+            for (const auto* label : window().findChildren<QLabel*>())
+                if (label->buddy() != nullptr && label->buddy()->isVisible())
+                    take(mnemonicOf(label->text()), *label);
+            for (const auto* button : window().findChildren<QAbstractButton*>())
+                if (button->isVisible())
+                    take(button->shortcut().toString(), *button);
+            QVERIFY(keys.size() > 10);
         }
-    }
-
-    void cutsNothingOff_data()
-    {
-        QTest::addColumn<double>("scale");
-        QTest::addColumn<int>("tab");
-        for (const double scale : { 1.0, 1.5 }) {
-            for (int tab = 0; tab < 2; ++tab)
-                QTest::addRow("font x %.1f, tab %d", scale, tab) << scale << tab;
+        QTest::keyClick(&window(), Qt::Key_U, Qt::AltModifier);
+        QTRY_VERIFY(find<QAbstractButton>("inculdeSubfoldersBtn").isChecked());
+        for (const bool isBusy : { true, false }) {
+            controller().resetView(!isBusy);
+            chooser().setNextChoice({});
+            QTest::keyClick(&window(), Qt::Key_O, Qt::AltModifier);
+            QTRY_COMPARE(chooser().lastMessage().isEmpty(), isBusy);
         }
     }
 
     void cutsNothingOff()
     {
-        QFETCH(const double, scale);
-        QFETCH(const int, tab);
         const QFont before = QApplication::font();
+        const auto atEnd = qScopeGuard([&] { QApplication::setFont(before); });
         QFont font = before;
-        font.setPointSizeF(before.pointSizeF() * scale);
+        font.setPointSizeF(before.pointSizeF() * 1.5);
         QApplication::setFont(font);
-        {
-            Shell shell;
-            for (const auto& [name, letter] : MainWindowKeys) {
-                auto* const button = shell.window.findChild<QAbstractButton*>(QLatin1String(name));
-                setKeyLetter(button, QString(QChar(letter)), Qt::black);
-            }
-            shell.tabs->setCurrentIndex(tab);
-            shell.window.resize(shell.window.minimumSizeHint());
-            shell.window.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
-            shell.window.resize(shell.window.minimumSizeHint());
+        start();
+        QVERIFY(QTest::qWaitForWindowExposed(&window()));
+        for (int tab = 0; tab < 2; ++tab) {
+            find<QTabWidget>("settingTabView").setCurrentIndex(tab);
+            window().resize(window().minimumSizeHint());
             int checked = 0;
-            const auto widgets = shell.window.centralWidget()->findChildren<QWidget*>();
-            for (const QWidget* widget : widgets) {
+            for (const QWidget* widget : window().centralWidget()->findChildren<QWidget*>()) {
                 const bool showsText = qobject_cast<const QLabel*>(widget) != nullptr
                     || qobject_cast<const QAbstractButton*>(widget) != nullptr
                     || qobject_cast<const QComboBox*>(widget) != nullptr
@@ -251,49 +124,51 @@ private slots:
             }
             QVERIFY(checked > 20);
         }
-        QApplication::setFont(before);
     }
 
-    void iconButtonsHaveNames()
+    void keepsItsButtonsApart()
     {
-        const Shell shell;
-        int checked = 0;
-        const auto buttons = shell.ui.leftBox->findChildren<QToolButton*>();
-        for (const QToolButton* button : buttons) {
-            QVERIFY2(!button->icon().isNull(), qPrintable(button->objectName()));
-            QVERIFY2(!button->accessibleName().isEmpty(), qPrintable(button->objectName()));
-            QVERIFY2(!button->toolTip().isEmpty(), qPrintable(button->objectName()));
-            ++checked;
-        }
-        QCOMPARE(checked, 13);
-        const auto actions = shell.window.findChildren<QAction*>();
-        for (const QAction* action : actions) {
-            if (action->property("symbolicIcon").isValid())
-                QVERIFY2(!action->icon().isNull(), qPrintable(action->objectName()));
+        auto& bar = find("buttonBar");
+        for (const int width : { 0, 1200, 2000 }) {
+            window().resize(width, 700);
+            QTRY_COMPARE(window().width() > 1100, width > 0);
+            QCoreApplication::processEvents();
+            const auto buttons = bar.findChildren<QAbstractButton*>(Qt::FindDirectChildrenOnly);
+            QVERIFY(buttons.size() > 4);
+            for (const QAbstractButton* button : buttons) {
+                QVERIFY2(bar.rect().contains(button->geometry()), qPrintable(button->objectName()));
+                for (const QAbstractButton* other : buttons)
+                    QVERIFY(other == button || !other->geometry().intersects(button->geometry()));
+            }
         }
     }
 
-    void tabOrderIsReadingOrder()
+    void namesItsIcons()
     {
-        Shell shell;
-        shell.window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&shell.window));
-        const QWidget* const window = &shell.window;
-        const auto takesTab = [&](const QWidget* widget) {
-            return (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->isVisible()
-                && widget->focusProxy() == nullptr;
-        };
-        for (const QWidget* area :
-             std::initializer_list<const QWidget*> { shell.ui.leftBox, shell.ui.rightBox }) {
+        for (const QToolButton* button : find("leftBox").findChildren<QToolButton*>())
+            QVERIFY2(!button->icon().isNull() && !button->accessibleName().isEmpty()
+                         && !button->toolTip().isEmpty(),
+                     qPrintable(button->objectName()));
+        for (const QAction* action : window().findChildren<QAction*>())
+            QVERIFY2(!action->property("symbolicIcon").isValid() || !action->icon().isNull(),
+                     qPrintable(action->objectName()));
+        QVERIFY(symbolicIcon(u"no-such-icon"_s).isNull());
+        QVERIFY(!applicationIcon().pixmap(64, 64).isNull());
+    }
+
+    void goesRoundInReadingOrder()
+    {
+        for (const QWidget* area : { &find("leftBox"), &find("rightBox") }) {
             const QWidget* before = nullptr;
             int steps = 0;
             for (QWidget* next = area->nextInFocusChain(); next != area;
                  next = next->nextInFocusChain()) {
-                if (!area->isAncestorOf(next) || !takesTab(next))
+                if (!area->isAncestorOf(next) || (next->focusPolicy() & Qt::TabFocus) == 0
+                    || !next->isVisible() || next->focusProxy() != nullptr)
                     continue;
-                const QPoint place = next->mapTo(window, next->rect().center());
+                const QPoint place = next->mapTo(&window(), next->rect().center());
                 if (before != nullptr) {
-                    const QPoint last = before->mapTo(window, before->rect().center());
+                    const QPoint last = before->mapTo(&window(), before->rect().center());
                     const bool isSameRow = qAbs(place.y() - last.y()) < 8;
                     QVERIFY2(isSameRow ? place.x() > last.x() : place.y() > last.y() - 8,
                              qPrintable(before->objectName() + u" -> "_s + next->objectName()));
@@ -303,186 +178,126 @@ private slots:
             }
             QVERIFY(steps >= 4);
         }
+        QTest::keyClick(&find("helpHyperlink"), Qt::Key_Return);
+        QCOMPARE(desktop().opened().size(), 1);
     }
 
-    void iconsFollowPaletteAndState()
+    void keepsItsWidthWhateverTheNames()
     {
-        const auto inkOf = [](const QIcon& icon, QIcon::Mode mode) {
-            const QImage image = icon.pixmap(QSize(24, 24), 2.0, mode).toImage();
-            for (int y = 0; y < image.height(); ++y) {
-                for (int x = 0; x < image.width(); ++x) {
-                    if (qAlpha(image.pixel(x, y)) == 255)
-                        return QColor(image.pixel(x, y));
-                }
-            }
-            return QColor();
-        };
-        const QIcon icon = symbolicIcon(u"remove-all"_s);
-        QCOMPARE(icon.pixmap(QSize(24, 24), 2.0).size(), QSize(48, 48));
-        const QPalette before = QApplication::palette();
-        QPalette palette = before;
-        palette.setColor(QPalette::WindowText, QColor(10, 200, 30));
-        palette.setColor(QPalette::Disabled, QPalette::WindowText, QColor(90, 100, 110));
-        QApplication::setPalette(palette);
-        QCOMPARE(inkOf(icon, QIcon::Normal), QColor(10, 200, 30));
-        QCOMPARE(inkOf(icon, QIcon::Disabled), QColor(90, 100, 110));
-        QApplication::setPalette(before);
-        QVERIFY(symbolicIcon(u"no-such-icon"_s).isNull());
-        QVERIFY(!applicationIcon().pixmap(64, 64).isNull());
-    }
-
-    void elidesInTheMiddle()
-    {
-        ElidedLabel label;
-        const int hintWidth = label.sizeHint().width();
-        const QString path = u"/home/ann/scans/%1/page.tif"_s.arg(QString(300, u'x'));
-        label.setText(path);
-        QCOMPARE(label.sizeHint().width(), hintWidth);
-        label.resize(250, label.sizeHint().height());
-        QVERIFY(label.shownText().startsWith(u"/home/"_s) && label.shownText().endsWith(u".tif"_s));
-        QVERIFY(label.fontMetrics().horizontalAdvance(label.shownText()) <= 250);
-        QCOMPARE(label.text(), path);
-        label.setText(u"a.tif"_s);
-        QCOMPARE(label.shownText(), u"a.tif"_s);
-    }
-
-    void progressSheetKeepsItsWidth()
-    {
-        QDialog sheet;
-        Ui::ProcessPanel panel;
-        panel.setupUi(&sheet);
-        QCOMPARE(sheet.objectName(), u"processViewPanel"_s);
+        QDialog& sheet = *controller().processViewPanel();
         sheet.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&sheet));
         const int width = sheet.width();
-        for (const int length : { 5, 400, 30 }) {
-            const QString name(length, u'W');
-            panel.processFileLabel->setText(name);
-            panel.processOutputLabel->setText(name);
-            panel.processCountLabel->setText(name);
+        const QString path = u"/home/ann/scans/%1/page.tif"_s.arg(QString(300, u'W'));
+        for (const char* name : { "processFileLabel", "processOutputLabel", "processCountLabel" }) {
+            auto& label = find<ElidedLabel>(name);
+            label.setText(path);
             sheet.layout()->activate();
             QCOMPARE(sheet.width(), width);
-            QVERIFY(panel.processFileLabel->geometry().right() < width);
+            QVERIFY(label.geometry().right() < width);
+            QVERIFY(label.shownText().startsWith(u"/home/"_s)
+                    && label.shownText().endsWith(u".tif"_s));
         }
     }
 
-    void linkIsPressedByReturn()
+    void answersWithTheButtonPressed()
     {
-        Shell shell;
-        QSignalSpy asked(shell.link, &QAbstractButton::clicked);
-        QTest::keyClick(shell.link, Qt::Key_Return);
-        QTest::mouseClick(shell.link, Qt::LeftButton);
-        QCOMPARE(asked.count(), 2);
-    }
-
-    void alertAnswersWithTheButtonPressed_data()
-    {
-        QTest::addColumn<Qt::Key>("key");
-        QTest::addColumn<QStringList>("buttons");
-        QTest::addColumn<int>("answer");
-        QTest::newRow("Return is the first")
-            << Qt::Key_Return << QStringList { u"Yes"_s, u"No"_s } << 0;
-        QTest::newRow("Escape is the last")
-            << Qt::Key_Escape << QStringList { u"Yes"_s, u"No"_s } << 1;
-        QTest::newRow("Escape with one") << Qt::Key_Escape << QStringList { u"OK"_s } << 0;
-        QTest::newRow("Escape with three")
-            << Qt::Key_Escape << QStringList { u"Yes"_s, u"Maybe"_s, u"No"_s } << 2;
-    }
-
-    void alertAnswersWithTheButtonPressed()
-    {
-        QFETCH(const Qt::Key, key);
-        QFETCH(const QStringList, buttons);
-        QWidget window;
-        window.show();
-        AlertPanel alerts;
-        QList<int> answers;
-        alerts.ask(&window, AlertPanel::Style::Critical, u"Title"_s, u"<b>Text</b>?"_s, buttons,
-                   [&](int button) { answers.append(button); });
-        auto* const box = window.findChild<QMessageBox*>();
-        QVERIFY(box != nullptr);
-        QVERIFY(box->isModal());
-        QVERIFY2(answers.isEmpty(), "asking does not wait");
-        QCOMPARE(box->text(), u"<b>Text</b>?"_s);
-        QCOMPARE(box->textFormat(), Qt::PlainText);
-        QVERIFY(QTest::qWaitForWindowExposed(box));
-        QTest::keyClick(box, key);
-        QFETCH(const int, answer);
-        QCOMPARE(answers, QList<int> { answer });
-    }
-
-    void alertTakesAnswersBeforehand()
-    {
-        QWidget window;
-        AlertPanel alerts;
-        alerts.setNextAnswer(1);
-        alerts.setNextAnswer(0);
-        QList<int> answers;
-        for (int i = 0; i < 2; ++i) {
-            alerts.ask(&window, AlertPanel::Style::Informational, u"Title"_s, u"Text %1"_s.arg(i),
-                       { u"Yes"_s, u"No"_s }, [&](int button) { answers.append(button); });
+        for (const auto& [key, count, answer] :
+             { std::tuple(Qt::Key_Return, 2, 0), std::tuple(Qt::Key_Escape, 2, 1),
+               std::tuple(Qt::Key_Escape, 1, 0), std::tuple(Qt::Key_Escape, 3, 2) }) {
+            int pressed = -1;
+            alerts().ask(&window(), AlertPanel::Style::Critical, u"Title"_s, u"<b>Text</b>?"_s,
+                         QStringList { u"Yes"_s, u"No"_s, u"Maybe"_s }.first(count),
+                         [&](int button) { pressed = button; });
+            auto& box = *window().findChildren<QMessageBox*>().constLast();
+            QVERIFY(box.isModal());
+            QCOMPARE(pressed, -1); // asking does not wait
+            QCOMPARE(box.text(), u"<b>Text</b>?"_s);
+            QCOMPARE(box.textFormat(), Qt::PlainText);
+            QTest::keyClick(&box, key);
+            QCOMPARE(pressed, answer);
         }
-        QCOMPARE(answers, QList<int>({ 1, 0 }));
-        QCOMPARE(alerts.askedCount(), 2);
-        QCOMPARE(alerts.lastText(), u"Text 1"_s);
-        QVERIFY(window.findChild<QMessageBox*>() == nullptr);
     }
 
-    void chooserReturnsWhatWasChosen()
+    void opensTheFileDialogs_data()
     {
-        const QTemporaryDir folder;
-        QDir(folder.path()).mkdir(u"one"_s);
-        QDir(folder.path()).mkdir(u"two"_s);
-        QWidget window;
-        window.show();
-        FileChooser chooser;
-        QList<QList<QUrl>> chosen;
-        const auto done = [&](const QList<QUrl>& urls) { chosen.append(urls); };
-        chooser.chooseFolders(&window, u"Choose folders"_s, done);
-        auto* const dialog = window.findChild<QFileDialog*>();
-        QVERIFY(dialog != nullptr);
-        QCOMPARE(dialog->windowTitle(), u"Choose folders"_s);
-        QVERIFY(dialog->testOption(QFileDialog::DontUseNativeDialog)); // which return one folder
-        dialog->setDirectory(folder.path());
-        auto* const list = dialog->findChild<QAbstractItemView*>(u"listView"_s);
-        QVERIFY(list != nullptr);
-        QTRY_COMPARE(list->model()->rowCount(list->rootIndex()), 2);
-        list->selectAll();
-        static_cast<QDialog*>(dialog)
-            ->accept(); // what the button does; protected in the class itself
-        QCOMPARE(chosen.size(), 1);
-        QStringList names;
-        for (const QUrl& url : chosen.constFirst())
-            names.append(url.fileName());
-        names.sort();
-        QCOMPARE(names, QStringList({ u"one"_s, u"two"_s }));
+        addTextRows({ "kind", "mode", "chosen" }, R"(
+            files   | ExistingFiles | list.txt
+            folders | Directory     | one two
+            folder  | Directory     | one
+            text    | ExistingFile  | list.txt
+            save    | AnyFile       | new name.txt)");
     }
 
-    void chooserReturnsNothingWhenCancelled()
+    void opensTheFileDialogs()
     {
-        QWidget window;
-        window.show();
-        FileChooser chooser;
-        int calls = 0;
-        QList<QUrl> last { QUrl(u"file:///x"_s) };
+        QFETCH(const QString, kind);
+        QFETCH(const QString, chosen);
+        QDir(path(u""_s)).mkpath(u"one"_s);
+        QDir(path(u""_s)).mkpath(u"two"_s);
+        makeFile(path(u"list.txt"_s));
+        QList<QStringList> results;
         const auto done = [&](const QList<QUrl>& urls) {
-            ++calls;
-            last = urls;
+            QStringList names;
+            for (const QUrl& url : urls)
+                names.append(url.fileName());
+            names.sort();
+            results.append(names);
         };
-        chooser.chooseFiles(&window, u"Choose"_s, { u"tif"_s, u"tiff"_s }, done);
-        auto* const dialog = window.findChild<QFileDialog*>();
-        QVERIFY(dialog != nullptr);
-        QCOMPARE(dialog->fileMode(), QFileDialog::ExistingFiles);
-        QVERIFY(dialog->nameFilters().constFirst().contains(u"*.tiff"_s));
-        dialog->reject();
-        QCOMPARE(calls, 1);
-        QVERIFY(last.isEmpty());
+        for (const bool isAccepted : { false, true }) {
+            if (kind == u"files"_s)
+                chooser().chooseFiles(&window(), u"Title"_s, { u"txt"_s }, done);
+            else if (kind == u"folders"_s)
+                chooser().chooseFolders(&window(), u"Title"_s, done);
+            else if (kind == u"folder"_s)
+                chooser().chooseFolder(&window(), u"Title"_s, done);
+            else if (kind == u"text"_s)
+                chooser().chooseTextFile(&window(), u"Title"_s, { u"txt"_s }, done);
+            else
+                chooser().chooseSaveFile(&window(), u"Title"_s, u"txt"_s, u"new name"_s, done);
+            const auto dialogs = window().findChildren<QFileDialog*>();
+            QFileDialog& dialog = *dialogs.constLast();
+            QCOMPARE(dialog.windowTitle(), u"Title"_s);
+            const auto modes = QMetaEnum::fromType<QFileDialog::FileMode>();
+            QTEST(QString::fromLatin1(modes.valueToKey(dialog.fileMode())), "mode");
+            QCOMPARE(dialog.acceptMode() == QFileDialog::AcceptSave, kind == u"save"_s);
+            QVERIFY(!dialog.testOption(QFileDialog::DontConfirmOverwrite));
+            if (kind == u"files"_s || kind == u"text"_s)
+                QVERIFY(dialog.nameFilters().constFirst().contains(u"*.txt"_s));
+            if (!isAccepted) {
+                dialog.reject();
+                continue;
+            }
+            dialog.setDirectory(path(u""_s));
+            if (kind == u"folders"_s) {
+                QVERIFY(dialog.testOption(QFileDialog::DontUseNativeDialog)); // they return one
+                auto& list = childOf<QAbstractItemView>(dialog, "listView");
+                QTRY_COMPARE(list.model()->rowCount(list.rootIndex()), 3); // and that of the logs
+                list.selectAll();
+            } else {
+                dialog.selectFile(kind == u"save"_s ? u"new name"_s : path(chosen));
+            }
+            static_cast<QDialog&>(dialog).accept(); // as the button; protected in the class itself
+        }
+        QCOMPARE(results.size(), 2);
+        QVERIFY(results.first().isEmpty());
+        QCOMPARE(results.last().filter(QRegularExpression(u"^[^d]"_s)).join(u' '), chosen);
+    }
 
-        const QList<QUrl> answer { QUrl::fromLocalFile(u"/tmp/a folder"_s) };
-        chooser.setNextChoice(answer);
-        chooser.chooseFolder(&window, u"Select Output Folder:"_s, done);
-        QCOMPARE(last, answer);
-        QCOMPARE(chooser.lastMessage(), u"Select Output Folder:"_s);
+    void namesAFileByItsFolders()
+    {
+        for (const auto& [path, file] :
+             { std::pair(u"/a.tif"_s, u"\"a.tif\""_s),
+               std::pair(u"/Büro 1/b/ä b.tif"_s,
+                         u"\"ä b.tif\" of folder \"b\" of folder \"Büro 1\""_s),
+               std::pair(u"/%@/%2/%1.tif"_s, u"\"%1.tif\" of folder \"%2\" of folder \"%@\""_s) })
+            QCOMPARE(informationScript(path),
+                     u"tell application \"Finder\"\nactivate \nopen information window of document "
+                     "file "_s
+                         + file + u" of startup disk\nend tell"_s);
+        // A name that could become a command is not put into the script.
+        QVERIFY(isSafeInScript(u"/Büro 1/it's $(a) `b` %1\n.tif"_s));
+        QVERIFY(!isSafeInScript(u"/a\" & (do shell script \"id\") & \".tif"_s));
+        QVERIFY(!isSafeInScript(u"/folder\\/a.tif"_s)); // would take the closing quote along
     }
 };
 

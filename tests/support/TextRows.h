@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QTest>
+
+namespace pagestack {
+
+/// Columns of texts and a row for each line of `lines`, which is its name, too; '|' stands between
+/// the texts, and blanks around them do not count.
+inline void addTextRows(std::initializer_list<const char*> columns, const char* lines)
+{
+    for (const char* column : columns)
+        QTest::addColumn<QString>(column);
+    for (const QString& line : QString::fromUtf8(lines).split(u'\n', Qt::SkipEmptyParts)) {
+        QTestData& row = QTest::newRow(qPrintable(line.simplified()));
+        for (const QString& text : line.split(u'|'))
+            row << text.trimmed();
+    }
+}
+
+} // namespace pagestack
