@@ -13,7 +13,8 @@ private slots:
     {
         m_folder = std::make_unique<QTemporaryDir>();
         m_file = m_folder->filePath(u"three.TIF"_s);
-        QVERIFY(QFile::copy(QFINDTESTDATA("../../samples/three-pages.tif"), m_file));
+        QVERIFY(QFile::copy(
+            qEnvironmentVariable("PAGESTACK_SOURCE_DIR") + u"/samples/three-pages.tif"_s, m_file));
     }
 
     void takesFileUrlsOnly()
