@@ -3,7 +3,6 @@
 #include "engine/files/ByteFile.h"
 #include "engine/files/FileState.h"
 
-#include <QIODevice>
 #include <QString>
 
 #include <optional>
@@ -106,23 +105,6 @@ private:
     unsigned m_permissions = 0; ///< of the file that is replaced, as are the two below
     unsigned m_owner = 0;
     unsigned m_group = 0;
-};
-
-/// A QIODevice that appends to a staged file, which is borrowed and committed by its owner. A write
-/// that fails leaves its reason at errorString().
-class StagedDevice : public QIODevice
-{
-public:
-    explicit StagedDevice(StagedFile& file);
-
-    bool isSequential() const override { return true; }
-
-protected:
-    qint64 readData(char*, qint64) override { return -1; }
-    qint64 writeData(const char* data, qint64 size) override;
-
-private:
-    StagedFile& m_file;
 };
 
 } // namespace pagestack

@@ -9,6 +9,8 @@
 
 #include <QFile>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace pagestack {
@@ -71,6 +73,7 @@ void SourceFindings::addLosses(int page, const PageDiagnostics& found)
     for (const QString& name : found.leftOutTags)
         if (!m_leftOutTags.contains(name))
             m_leftOutTags.append(name);
+    m_detail.clear();
 }
 
 void SourceFindings::tellLeftOutTags()
@@ -90,7 +93,7 @@ void SourceFindings::tellError(int page, const QString& reason)
 {
     tell(m_job,
          { Diagnostic::Severity::Error, m_document.path(), page, reason,
-           page > 0 ? m_detail : QString() });
+           page > 0 ? std::exchange(m_detail, {}) : QString() });
 }
 
 } // namespace pagestack

@@ -52,7 +52,7 @@ private:
     CodecLog m_log;
     QString m_doubt; ///< the first warning, with its page
     QStringList m_leftOutTags; ///< each once
-    QString m_detail; ///< messages of the codec about the page in hand
+    QString m_detail; ///< messages of the codec about the page in hand, until they are told
 };
 
 } // namespace pagestack
