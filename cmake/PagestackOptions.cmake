@@ -33,8 +33,8 @@ if(PAGESTACK_COVERAGE)
 endif()
 
 # The headers that most files include, compiled once for all of a build: a third of its time goes into
-# them otherwise. With files joined (CMAKE_UNITY_BUILD) a build takes half of the rest. Neither is for what
-# users run, so that a file that lacks an include is noticed there.
+# them otherwise. With files joined (CMAKE_UNITY_BUILD) a build takes half of the rest. Neither is for the
+# preset "dev", so that a file that lacks an include is noticed there.
 if(PAGESTACK_PRECOMPILE)
   file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/precompiled.cpp CONTENT "")
   add_library(pagestack_precompiled OBJECT ${PROJECT_BINARY_DIR}/precompiled.cpp)

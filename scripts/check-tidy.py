@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """clang-tidy over every source: check-tidy.py BUILD [FOLDER...]
 
-BUILD is a build folder, other than of a unity build, whose commands and generated headers are used;
+BUILD is a build folder whose commands and generated headers are used;
 FOLDER is below the root, such as engine/image, all when none is named. Exits with 1 where something is
 found, with 77 where there is no clang-tidy.
 
@@ -38,14 +38,15 @@ def sources_by_folder(build, wanted):
     """{folder: {path: flags}} of what BUILD compiles and nobody generated."""
     folders = {}
     for entry in json.loads((build / "compile_commands.json").read_text()):
-        path = Path(entry["file"])
-        if "Unity" in path.parts:
-            sys.exit(f"{build} is a unity build, which does not name the files.")
-        if path.suffix != ".cpp" or build in path.parents or ROOT not in path.parents:
-            continue
-        folder = str(path.parent.relative_to(ROOT))
-        if not wanted or any(f"{folder}/".startswith(f"{name.rstrip('/')}/") for name in wanted):
-            folders.setdefault(folder, {})[path] = list(flags_of(entry["command"]))
+        compiled = Path(entry["file"])
+        # A unity build joins files itself.
+        joined = re.findall(r'#include "(.*)"', compiled.read_text()) if "Unity" in compiled.parts else [compiled]
+        for path in map(Path, joined):
+            if path.suffix != ".cpp" or build in path.parents or ROOT not in path.parents:
+                continue
+            folder = str(path.parent.relative_to(ROOT))
+            if not wanted or any(f"{folder}/".startswith(f"{name.rstrip('/')}/") for name in wanted):
+                folders.setdefault(folder, {})[path] = list(flags_of(entry["command"]))
     return folders
 
 

@@ -23,7 +23,7 @@ struct SaveOptions
 /// A format that a page can be saved in.
 struct PageEncoding
 {
-    OutputType type;
+    OutputType type {};
     QLatin1StringView name; ///< for reasons of failures
     QLatin1StringView operation; ///< of PageImage, for the system log
     TargetPixels pixels {};

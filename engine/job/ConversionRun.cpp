@@ -252,7 +252,7 @@ QString ConversionRun::saveImage(const Source& source, PageImage& image, int pag
             lastPathComponent(path));
     PrefetchedPage prepared = takePage(source.document, page);
     const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads.take();
-    const QString trouble = withRoom([&]() -> QString {
+    QString trouble = withRoom([&]() -> QString {
         image.takeDiagnostics(); // of an attempt before this one
         if (image.save(path, m_settings, std::exchange(prepared, {}), &m_threads,
                        m_options.existing))

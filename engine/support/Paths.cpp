@@ -28,7 +28,7 @@ QString pathFromBytes(const QByteArray& bytes)
 
 QString absolutePath(const QString& path)
 {
-    const QString whole
+    QString whole
         = withoutEndingSlash(path.startsWith(u'/') ? path : QDir::currentPath() + u'/' + path)
               .toString();
     QString plain;

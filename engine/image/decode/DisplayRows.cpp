@@ -297,7 +297,7 @@ namespace {
         {
             const auto sampleBytes = static_cast<std::size_t>(layout().bitsPerSample / 8);
             const int inputs = m_transform->inputChannels();
-            m_color.resize(m_tags.widthPx * static_cast<unsigned>(inputs) * sampleBytes);
+            m_color.resize(sampleBytes * static_cast<unsigned>(inputs) * m_tags.widthPx);
             for (int c = 0; c < inputs; ++c)
                 m_unpacker.unpack(samples(index, c),
                                   m_color.data() + static_cast<unsigned>(c) * sampleBytes, inputs);
@@ -305,7 +305,7 @@ namespace {
                 m_transform->apply(m_color.data(), to, widthPx());
                 return;
             }
-            m_rgb.resize(m_tags.widthPx * 3 * sampleBytes);
+            m_rgb.resize(sampleBytes * 3 * m_tags.widthPx);
             m_transform->apply(m_color.data(), m_rgb.data(), widthPx());
             for (std::size_t i = 0; i < m_tags.widthPx; ++i)
                 std::memcpy(to + i * 4 * sampleBytes, m_rgb.data() + i * 3 * sampleBytes,

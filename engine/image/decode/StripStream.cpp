@@ -40,6 +40,8 @@ namespace {
                 throw std::bad_alloc();
         }
         ~InflateStream() override { inflateEnd(&m_stream); }
+        InflateStream(const InflateStream&) = delete;
+        InflateStream& operator=(const InflateStream&) = delete;
 
     private:
         std::size_t readSome(std::span<std::uint8_t> to) override

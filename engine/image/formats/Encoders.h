@@ -30,14 +30,14 @@ struct UprightPage
 /// 4:4:4 from 10 on, else 4:2:0. Gray stays one channel. The ICC profile goes into APP2 segments
 /// (ICC.1, annex B.4). The density is rounded to whole pixels an inch, or a centimetre where that
 /// is exact.
-void encodeJpeg(UprightPage& page, StagedFile& file);
+void encodeJpeg(UprightPage& upright, StagedFile& file);
 constexpr int jpegMostSidePx = 65500; ///< the most that libjpeg takes
 
 /// PNG (ISO/IEC 15948) of the colour type and depth of the rows. Threads change no byte of it.
-void encodePng(UprightPage& page, StagedFile& file);
+void encodePng(UprightPage& upright, StagedFile& file);
 
 /// BMP with a BITMAPINFOHEADER, bottom-up, of 1, 8 (with colour table) or 24 bits a pixel.
-void encodeBmp(UprightPage& page, StagedFile& file);
+void encodeBmp(UprightPage& upright, StagedFile& file);
 
 /// GIF89a. Up to 256 colours are kept exactly; more are reduced with error diffusion in a second
 /// pass. Pixels less than half opaque become transparent, others are laid over white.

@@ -99,7 +99,7 @@ namespace {
         std::jmp_buf m_jump = {};
         std::array<char, JMSG_LENGTH_MAX> m_reason = {};
         std::exception_ptr m_failure; ///< of the file; the encoder is left by a jump
-        std::array<std::uint8_t, bufferBytes> m_buffer;
+        std::array<std::uint8_t, bufferBytes> m_buffer {};
     };
 
     void configure(jpeg_compress_struct& codec, const PixelLayout& layout,

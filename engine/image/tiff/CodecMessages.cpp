@@ -20,7 +20,7 @@ namespace {
 
     // The warnings of libtiff 4.5's codecs and of libjpeg, which they pass on; the first entry that
     // fits counts.
-    constexpr std::array table {
+    constexpr std::array meanings {
         // Fax. The strip ends before its last row.
         Entry { "", "Premature EOF", loss },
         // A row that is too short or too long makes those below it wrong: in T.6, and where no end
@@ -73,11 +73,11 @@ namespace {
 
 CodecMessage classOfWarning(std::string_view module, std::string_view text)
 {
-    const auto* const entry = std::find_if(table.begin(), table.end(), [=](const Entry& row) {
+    const auto* const entry = std::find_if(meanings.begin(), meanings.end(), [=](const Entry& row) {
         return (row.module.empty() || row.module == module)
             && text.find(row.sign) != std::string_view::npos;
     });
-    return entry == table.end() ? unsure : entry->meaning;
+    return entry == meanings.end() ? unsure : entry->meaning;
 }
 
 } // namespace pagestack

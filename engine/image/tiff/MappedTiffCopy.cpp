@@ -20,7 +20,7 @@ namespace pagestack {
 namespace {
 
     constexpr std::uint64_t copyBytes = std::uint64_t { 1024 } * 1024;
-    constexpr std::uint64_t headerBytes = 8; // of BigTIFF, all but the offset
+    constexpr std::uint64_t copiedHeaderBytes = 8; // of BigTIFF, all but the offset
 
     /// Where libtiff reads of the page: the header, the directory, the values of its tags, the
     /// strips.
@@ -28,7 +28,7 @@ namespace {
     {
         const TiffDirectory& directory = reader.directory(index);
         const std::uint64_t size = reader.document().sizeBytes();
-        std::vector<FileRange> ranges { { 0, headerBytes } };
+        std::vector<FileRange> ranges { { 0, copiedHeaderBytes } };
         const auto add = [&](std::uint64_t offset, std::uint64_t bytes) {
             if (offset < size)
                 ranges.push_back({ offset, offset + std::min(bytes, size - offset) });

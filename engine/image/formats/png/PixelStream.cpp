@@ -71,7 +71,8 @@ std::unique_ptr<PixelStream::Section> PixelStream::makeSection() const
     const std::size_t rawBytes = (1 + m_sectionRows) * m_rowBytes;
     const std::size_t mostBytes = streamHeader.size()
         + SectionCoder::bound(m_sectionRows * (1 + m_rowBytes)) + checksumBytes;
-    return std::unique_ptr<Section>(
+    // An aggregate: std::make_unique would need a constructor with Clang 14.
+    return std::unique_ptr<Section>( // NOLINT(modernize-make-unique)
         new Section { m_rowBytes,
                       { m_rowBytes, m_pixelBytes, m_isPacked, m_sectionRows },
                       std::make_unique_for_overwrite<std::uint8_t[]>(rawBytes),
