@@ -22,6 +22,9 @@ namespace {
 
     void wakeUp()
     {
+        // What this thread wrote is seen by the one that joins it; Qt says so too, but to no
+        // sanitizer.
+        const std::lock_guard lock(guard);
         if (wakeUps.available() == 0)
             wakeUps.release();
     }
@@ -88,6 +91,7 @@ void joinWorker(QThread& worker)
     }
     QObject::disconnect(ended);
     worker.wait();
+    const std::lock_guard lock(guard);
 }
 
 void endMainThreadCalls()
