@@ -56,10 +56,11 @@ private:
 
     std::vector<PlannedTarget> targetsOf(qsizetype output) const;
     std::vector<Spot> spotsOf(qsizetype output);
-    Spot spotOf(const PlannedTarget& target, const QString& folder);
+    Spot spotOf(const PlannedTarget& target, const QString& folder, const QString& name);
     FolderTargets& folderAt(const QString& path);
     QString folderKey(const QString& path) const;
     std::optional<qsizetype> replacedSource(const Spot& spot);
+    bool makesSource(const FileItem& item);
     bool clash(const std::vector<Spot>& spots);
     bool isFree(const Spot& spot) { return !spot.isThere && !spot.folder->writer(spot.name); }
     void take(const std::vector<Spot>& spots);
@@ -89,6 +90,9 @@ void Planner::carryOut(const QString& other, const std::function<bool()>& isWant
     for (const qsizetype output : later)
         if (isWanted())
             number(output);
+    for (const OutputFile& output : m_plan.m_outputs)
+        for (const std::shared_ptr<FileItem>& item : output.fileItems)
+            m_plan.m_makesSource = m_plan.m_makesSource || (isWanted() && makesSource(*item));
 }
 
 std::vector<PlannedTarget> Planner::targetsOf(qsizetype output) const
@@ -110,13 +114,14 @@ std::vector<Planner::Spot> Planner::spotsOf(qsizetype output)
     const QString folder = outputFolder(m_plan.m_outputs.at(output).filename, m_plan.m_settings);
     std::vector<Spot> spots;
     for (const PlannedTarget& target : targetsOf(output))
-        spots.push_back(spotOf(target, folder));
+        spots.push_back(spotOf(target, folder, m_plan.name(target)));
     return spots;
 }
 
-Planner::Spot Planner::spotOf(const PlannedTarget& target, const QString& folder)
+Planner::Spot Planner::spotOf(const PlannedTarget& target, const QString& folder,
+                              const QString& name)
 {
-    Spot spot { target, &folderAt(folder), m_plan.name(target) };
+    Spot spot { target, &folderAt(folder), name };
     const QString path = joinedPath(folder, spot.name);
     const QByteArray bytes = QFile::encodeName(path);
     struct stat status = {};
@@ -180,6 +185,16 @@ std::optional<qsizetype> Planner::replacedSource(const Spot& spot)
     return *source;
 }
 
+/// Whether the source is not there, but will be by an output.
+bool Planner::makesSource(const FileItem& item)
+{
+    const QString path = item.filePath().toLocalFile();
+    if (item.pages() == 0 || fileIdentity(QFile::encodeName(path)))
+        return false;
+    const Spot spot = spotOf({}, folderPart(path), lastPathComponent(path));
+    return spot.folder->writer(spot.name).has_value();
+}
+
 bool Planner::clash(const std::vector<Spot>& spots)
 {
     // Two pages of one source have different names, but a link may lead from one to the other.
@@ -241,14 +256,7 @@ QString RunPlan::name(const PlannedTarget& target) const
 
 bool RunPlan::hasHazards() const
 {
-    const auto isMissing = [](const std::shared_ptr<FileItem>& item) {
-        return item->pages() > 0
-            && !fileIdentity(QFile::encodeName(item->filePath().toLocalFile()));
-    };
-    return !m_shared.empty() || !m_replaced.empty()
-        || std::ranges::any_of(m_outputs, [&](const OutputFile& output) {
-               return std::ranges::any_of(output.fileItems, isMissing);
-           });
+    return !m_shared.empty() || !m_replaced.empty() || m_makesSource;
 }
 
 QStringList RunPlan::unwritableFolders() const

@@ -68,7 +68,7 @@ public:
     const std::vector<Replaced>& replacedSources() const { return m_replaced; }
 
     /// Whether an output changes what a later page is read from or where it goes: by a shared
-    /// target, a replaced source, or as a source that is still missing.
+    /// target, a replaced source, or a source that is still missing and that it makes.
     bool hasHazards() const;
 
     /// The folders that outputs go to and that are missing or cannot be written.
@@ -82,6 +82,7 @@ private:
     std::vector<Shared> m_shared;
     std::vector<PlannedTarget> m_existing;
     std::vector<Replaced> m_replaced;
+    bool m_makesSource = false;
 };
 
 } // namespace pagestack

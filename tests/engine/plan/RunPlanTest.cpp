@@ -183,6 +183,26 @@ private slots:
         QCOMPARE(findings(taken), QString());
         QCOMPARE(fixture.folder.changes(), QString());
     }
+
+    // Pages are prepared ahead where one output cannot change another: if it could, and it were
+    // not noticed, old pages would be written; if it were noticed without need, all would be slow.
+    void knowsItsHazards()
+    {
+        const auto isHazard
+            = [](const QString& sources, const QString& changes, const QString& removed) {
+                  JobFixture fixture(sources, changes);
+                  if (!removed.isEmpty() && !QFile::remove(fixture.folder.path(removed)))
+                      throw std::runtime_error("nothing to remove");
+                  return RunPlan(fixture.job.outputFiles(), fixture.settings).hasHazards();
+              };
+        const QString split = u"outputType=2 isSplitTIFFIntoSinglePages=true outputFolderPath="_s;
+        QVERIFY(!isHazard(u"a.tif:WW b.tiff:W"_s, split, {}));
+        QVERIFY(isHazard(u"a.tif:WW a1.tiff:W"_s, split, {}));
+        QVERIFY(isHazard(u"a.tif:WW a1.tiff:W"_s, split, u"in/a1.tiff"_s));
+        QVERIFY(!isHazard(u"a.tif:WW b.tiff:W"_s, split, u"in/b.tiff"_s));
+        QVERIFY(!isHazard(u"a.tiff:WW"_s, u"outputType=2 outputFolderPath="_s, {}));
+        QVERIFY(isHazard(u"x/a.tif:W y/a.tif:W"_s, {}, {}));
+    }
 };
 
 QTEST_GUILESS_MAIN(RunPlanTest)
