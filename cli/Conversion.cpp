@@ -22,7 +22,6 @@
 #include <atomic>
 #include <exception>
 #include <functional>
-#include <memory>
 #include <optional>
 
 using namespace Qt::StringLiterals;

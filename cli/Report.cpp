@@ -4,7 +4,6 @@
 #include "cli/Preflight.h"
 #include "engine/plan/OutputNames.h"
 
-#include <algorithm>
 #include <numeric>
 #include <utility>
 

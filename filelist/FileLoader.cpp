@@ -82,9 +82,9 @@ namespace {
             const std::optional<FolderWalk::Entry> entry = m_walk->next();
             if (!entry)
                 m_walk.reset();
-            else if (!isPath(entry->path))
+            else if (!isPath(entry->path) && !entry->fault.isEmpty())
                 systemLog(u"The name is no UTF-8 text, so it is left out: "_s + entry->path);
-            else if (!entry->isFolder && hasAllowedFileType(entry->path))
+            else if (isPath(entry->path) && !entry->isFolder && hasAllowedFileType(entry->path))
                 found.append(QUrl::fromLocalFile(entry->path));
         }
 
@@ -129,6 +129,7 @@ namespace {
         bool m_isAtEnd = false; ///< of the search
         bool m_isShutDown = false;
         bool m_hasAdded = false;
+        std::exception_ptr m_failure; ///< of the item behind those that are delivered
     };
 
     void Load::run()
@@ -136,6 +137,8 @@ namespace {
         while (isWanted() && !(m_isAtEnd && m_ahead.pending() == 0)) {
             QList<QUrl> found = findMore();
             deliver(itemsToDeliver(!found.isEmpty()), found);
+            if (m_failure)
+                std::rethrow_exception(m_failure);
             for (const QUrl& url : std::as_const(found))
                 m_ahead.add([this, url] { return makeItem(url); });
         }
@@ -159,10 +162,14 @@ namespace {
     {
         const std::size_t pending = m_ahead.pending();
         Items items;
-        if (pending >= mostPending || (m_isAtEnd && !hasFoundMore && pending > 0))
-            items.append(m_ahead.take());
-        while (m_ahead.isReady())
-            items.append(m_ahead.take());
+        try {
+            if (pending >= mostPending || (m_isAtEnd && !hasFoundMore && pending > 0))
+                items.append(m_ahead.take());
+            while (m_ahead.isReady())
+                items.append(m_ahead.take());
+        } catch (...) {
+            m_failure = std::current_exception(); // the items before it count
+        }
         return items;
     }
 

@@ -164,6 +164,7 @@ private:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     const Services m_services;
+    std::unique_ptr<Settings> m_settings;
     std::unique_ptr<QMainWindow> m_window;
     std::unique_ptr<Ui::MainWindow> m_ui;
     FileList m_files;
@@ -172,7 +173,6 @@ private:
     std::unique_ptr<ViewState> m_view;
     std::unique_ptr<Worker> m_worker;
     std::unique_ptr<ListCommands> m_list;
-    std::unique_ptr<Settings> m_settings;
     std::unique_ptr<LoadControl> m_load;
     std::unique_ptr<RunControl> m_run;
     std::unique_ptr<ApplicationEvents> m_applicationEvents;

@@ -6,7 +6,6 @@
 
 #include <QString>
 
-#include <cstdint>
 #include <memory>
 
 namespace pagestack {
@@ -25,8 +24,8 @@ enum class OutputType : int;
 ///
 /// Every writer encodes into a staged file beside `path` and puts it in place when it is complete,
 /// replacing a file of that name; it returns false when it could not, and leaves what was at
-/// `path` as it was. `failureReason` then says why. A failure that is not a plain refusal of the
-/// file system also goes to the system log.
+/// `path` as it was. `failureReason` then says why. Any failure but the refusal of an extension
+/// also goes to the system log, unless it is met by the `save` that takes a PrefetchedPage.
 class PageImage
 {
 public:

@@ -142,6 +142,8 @@ PrefetchedPage ConversionRun::takePage(const TiffDocument& document, int page)
     return m_prefetcher ? m_prefetcher->take(document, page) : PrefetchedPage {};
 }
 
+/// Null when `attempt`, which gives the reason of its failure, succeeds, be it in a second try for
+/// which what was prepared ahead made room: a run with one thread would have had it.
 QString ConversionRun::withRoom(const std::function<QString()>& attempt)
 {
     const QString reason = attempt();
@@ -247,9 +249,11 @@ QString ConversionRun::saveImage(const Source& source, PageImage& image, int pag
                                  const QString& path)
 {
     // By a link: one page would be all that is left of the source.
-    if (source.identity && fileIdentity(QFile::encodeName(path)) == source.identity)
+    if (source.identity && fileIdentity(QFile::encodeName(path)) == source.identity) {
+        m_found->takeDiagnostics(image); // nothing was read; those of the page before are forgotten
         return u"%1 leads to the source itself, which a single page must not replace"_s.arg(
             lastPathComponent(path));
+    }
     PrefetchedPage prepared = takePage(source.document, page);
     const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads.take();
     QString trouble = withRoom([&]() -> QString {

@@ -89,7 +89,7 @@ public:
     ~Process() override;
 
     /// Runs the whole conversion on the calling thread. A page that cannot be written and a source
-    /// that cannot be opened do not end it; see `troubleMet`. An exception that is no
+    /// that cannot be opened do not end it; see `diagnosed`. An exception that is no
     /// std::exception leaves it, after the run has been brought to its end.
     void start();
 

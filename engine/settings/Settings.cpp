@@ -7,8 +7,6 @@
 #include <QCborValue>
 #include <QMetaProperty>
 
-#include <type_traits>
-
 using namespace Qt::StringLiterals;
 
 namespace pagestack {

@@ -78,10 +78,11 @@ void FolderWalk::enter(const QString& path)
 {
     const QByteArray bytes = QFile::encodeName(path);
     if (m_order == Order::Natural) {
-        const FileIdentity identity = fileIdentity(bytes).value_or(FileIdentity());
-        if (m_entered.contains(identity))
+        const std::optional<FileIdentity> identity = fileIdentity(bytes);
+        if (identity && m_entered.contains(*identity))
             return;
-        m_entered.insert(identity);
+        if (identity)
+            m_entered.insert(*identity);
     }
     std::error_code error;
     Folder& folder = m_open.emplace_back();

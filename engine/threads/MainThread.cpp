@@ -73,7 +73,9 @@ void callOnMainThread(const std::function<void()>& call)
     wakeUp();
     try {
         outcome.get();
-    } catch (const std::future_error&) {
+    } catch (const std::future_error& error) {
+        if (error.code() != std::future_errc::broken_promise)
+            throw;
         // The call was dropped.
     }
 }

@@ -72,12 +72,11 @@ void ProcessPanel::follow(Process& job, qint64 plannedPages)
     m_ui->cancelProcessBtn->setDefault(true);
     // The job tells on its own thread; with this object as the receiver it arrives on the main one.
     connect(&job, &Process::pageDone, this, [this] { ++m_donePages; });
-    connect(&job, &Process::diagnosed, m_ui->problemList, &ProblemList::add);
+    connect(&job, &Process::diagnosed, this,
+            [this](const Diagnostic& diagnostic) { m_ui->problemList->add(diagnostic); });
     connect(&job, &Process::logTroubleMet, this,
             [this](const QString& path, const QString& reason) {
-                m_ui->problemList->add(
-                    { .sourcePath = path,
-                      .reason = tr("The log could not be written: %1").arg(reason) });
+                m_ui->problemList->add({ .sourcePath = path, .reason = reason });
             });
     connect(&job, &Process::isCompletedChanged, this, [this](bool isCompleted) {
         if (isCompleted)

@@ -62,7 +62,10 @@ void RunControl::checkOutputFolder()
                              tr("No output folder selected, file(s) will be saved in source "
                                 "folder.\nDo you want to continue?"),
                              { tr("Yes"), tr("No") }, [this](int button) {
-                                 button == 0 ? beginRun() : emit outputFolderWanted();
+                                 if (button == 0)
+                                     guarded(u"Split"_s, [this] { beginRun(); });
+                                 else
+                                     emit outputFolderWanted();
                              });
     else if (!QFileInfo::exists(folder))
         refuse(tr("Output folder missing or invalid path!\r\nPlease select valid output folder."));

@@ -76,7 +76,7 @@ void SettingsPane::bind(Settings& settings, const Services& services)
     connect(&settings, &Settings::outputFolderPathChanged, m_ui->outputFolderPath,
             &QLineEdit::setText);
     for (QLineEdit* field : { m_ui->fileNameSeparatorText, m_ui->outputFolderPath }) {
-        connect(field, &QLineEdit::editingFinished, this, &SettingsPane::endEditing);
+        connect(field, &QLineEdit::editingFinished, this, &SettingsPane::commitFields);
         connect(field, &QLineEdit::textEdited, this, [field] { controlTextDidChange(field); });
     }
     connect(m_ui->chooseOutputFolderBtn, &QPushButton::clicked, this,
@@ -110,10 +110,15 @@ void SettingsPane::followSettings()
     m_ui->qualityText->setText(u"%1%"_s.arg(percent));
 }
 
-void SettingsPane::endEditing()
+void SettingsPane::commitFields()
 {
     m_settings->setSeparator(m_ui->fileNameSeparatorText->text());
     m_settings->setOutputFolderPath(m_ui->outputFolderPath->text());
+}
+
+void SettingsPane::endEditing()
+{
+    commitFields();
     if (auto* field = qobject_cast<QLineEdit*>(window()->focusWidget()))
         field->deselect();
 }

@@ -34,7 +34,8 @@ public:
     void setSplitOptions();
     /// Enables the options of the output folder, if there is one, and shows the quality.
     void followSettings();
-    /// Takes over what is typed but not committed yet, in whatever field of the window.
+    /// Takes over what is typed but not committed yet, and ends the selection in whatever field of
+    /// the window has the keys.
     void endEditing();
     void chooseOutputFolder();
     void showFormat();
@@ -51,6 +52,8 @@ signals:
     void helpRequested();
 
 private:
+    void commitFields();
+
     std::unique_ptr<Ui::SettingsPane> m_ui;
     Settings* m_settings = nullptr;
     const Services* m_services = nullptr;

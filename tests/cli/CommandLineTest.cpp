@@ -3,6 +3,7 @@
 #include "cli/Progress.h"
 #include "engine/sources/FolderWalk.h"
 #include "engine/sources/Sources.h"
+#include "engine/support/Paths.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/Testing.h"
 
@@ -187,6 +188,21 @@ private slots:
         list.close();
         QCOMPARE(found(words.replace(u'@', QDir::currentPath())),
                  expected.replace(u'@', QDir::currentPath()));
+    }
+
+    // Folders that cannot be looked at are not all the same one.
+    void reportsEachFolderThatHasGone()
+    {
+        const TestFolder folder;
+        folder.make(u"a/ b/ c/"_s);
+        FolderWalk walk(folder.path({}), FolderWalk::Order::Natural, true);
+        const std::optional<FolderWalk::Entry> first = walk.next();
+        QVERIFY(first && QDir().rmdir(folder.path(u"b"_s)) && QDir().rmdir(folder.path(u"c"_s)));
+        QStringList gone;
+        for (auto entry = walk.next(); entry; entry = walk.next())
+            if (!entry->fault.isEmpty())
+                gone.append(lastPathComponent(entry->path));
+        QCOMPARE(gone, (QStringList { u"b"_s, u"c"_s }));
     }
 
     // Not with QFile, which cannot make such a name.

@@ -266,6 +266,7 @@ Total 1 files converted successfully.
                       .arg(128 + number);
             QVERIFY2(found.contains(u" written\nProcess cancelled!\n"_s + total),
                      qPrintable(found));
+            QVERIFY(found.contains(u" LOG "_s)); // its own, too
             QCOMPARE(made().filter(QRegularExpression(u"^a\\d+\\.jpg$"_s)), made());
             QFile log(u"log.xml"_s);
             QVERIFY(log.open(QIODevice::ReadOnly));

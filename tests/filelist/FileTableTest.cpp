@@ -6,7 +6,6 @@
 #include <QAbstractItemModelTester>
 #include <QDropEvent>
 #include <QHeaderView>
-#include <QMenu>
 #include <QMimeData>
 #include <QSemaphore>
 #include <QtEndian>

@@ -3,12 +3,10 @@
 #include "tests/support/Testing.h"
 #include "tests/support/TextRows.h"
 
-#include <QDropEvent>
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMimeData>
 #include <QSemaphore>
 
 /// The commands on the list, by the controls of the real window.

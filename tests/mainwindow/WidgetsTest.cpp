@@ -153,6 +153,24 @@ private slots:
             QVERIFY2(!action->property("symbolicIcon").isValid() || !action->icon().isNull(),
                      qPrintable(action->objectName()));
         QVERIFY(symbolicIcon(u"no-such-icon"_s).isNull());
+        // Black ink on a dark theme, or disabled ink on what is enabled, is no icon either.
+        const auto inkOf = [](QIcon::Mode mode) {
+            const QImage image
+                = symbolicIcon(u"remove-all"_s).pixmap(QSize(24, 24), 1.0, mode).toImage();
+            for (int at = 0; at < image.width() * image.height(); ++at)
+                if (const QColor ink = image.pixelColor(at % image.width(), at / image.width());
+                    ink.alpha() == 255)
+                    return ink;
+            return QColor();
+        };
+        const QPalette before = QApplication::palette();
+        QPalette palette = before;
+        palette.setColor(QPalette::WindowText, QColor(10, 200, 30));
+        palette.setColor(QPalette::Disabled, QPalette::WindowText, QColor(90, 100, 110));
+        QApplication::setPalette(palette);
+        QCOMPARE(inkOf(QIcon::Normal), QColor(10, 200, 30));
+        QCOMPARE(inkOf(QIcon::Disabled), QColor(90, 100, 110));
+        QApplication::setPalette(before);
         QVERIFY(!applicationIcon().pixmap(64, 64).isNull());
     }
 

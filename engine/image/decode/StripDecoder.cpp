@@ -193,7 +193,9 @@ void StripDecoder::check(bool ok, std::uint32_t number)
 void StripDecoder::checkScans(std::uint32_t number)
 {
     EncodedBytes bytes = encoded(number);
-    if (bytes.left() > longestJudgedStream || !hasAllScans(bytes.next(bytes.left())))
+    if (bytes.left() > longestJudgedStream)
+        throw std::runtime_error("its progressive JPEG data are too large to be looked through");
+    if (!hasAllScans(bytes.next(bytes.left())))
         throw std::runtime_error("its progressive JPEG data lack scans");
 }
 

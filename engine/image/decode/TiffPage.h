@@ -33,7 +33,7 @@ public:
     const TiffPageTags& tags() const;
 
     /// Gives back the memory of what was read of the tags, which are read again when asked for.
-    /// What tags() and properties() gave is not valid any more.
+    /// What tags() and properties() gave is not valid any more, nor is any pass over the page.
     void forgetTags() const { m_description.reset(); }
 
     /// The handle, for reading tags: see TiffReader::load.

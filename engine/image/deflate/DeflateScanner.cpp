@@ -198,11 +198,11 @@ namespace {
 
 } // namespace
 
-DeflateScanner findStreamEnd(std::span<const std::uint8_t> stream)
+StreamEnd findStreamEnd(std::span<const std::uint8_t> stream)
 {
     const std::size_t endBit = stream.size() * 8;
     BitReader reader(stream.data());
-    DeflateScanner found;
+    StreamEnd found;
     for (bool isLast = false; !isLast && reader.position() < endBit;) {
         found.lastBlock = reader.position();
         isLast = reader.take(1) != 0;

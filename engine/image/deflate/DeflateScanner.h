@@ -7,7 +7,7 @@
 namespace pagestack {
 
 /// Positions in a deflate stream, counted in bits from its start.
-struct DeflateScanner
+struct StreamEnd
 {
     std::size_t lastBlock = 0; ///< the bit that marks the last block as the last one
     std::size_t end = 0; ///< behind the last block
@@ -15,7 +15,7 @@ struct DeflateScanner
 
 /// Reads through `stream`, a complete and correct deflate stream, without expanding it, in far less
 /// time than making it took. `streamEndSlack` more bytes behind the stream must be readable.
-DeflateScanner findStreamEnd(std::span<const std::uint8_t> stream);
+StreamEnd findStreamEnd(std::span<const std::uint8_t> stream);
 constexpr std::size_t streamEndSlack = 16;
 
 } // namespace pagestack

@@ -16,7 +16,7 @@ namespace {
     /// byte. Returns the new size.
     std::size_t reopenStream(std::uint8_t* stream, std::size_t size)
     {
-        const DeflateScanner at = findStreamEnd({ stream, size });
+        const StreamEnd at = findStreamEnd({ stream, size });
         stream[at.lastBlock / 8]
             &= static_cast<std::uint8_t>(~(1U << static_cast<unsigned>(at.lastBlock % 8)));
         // Three zero bits say that a stored block follows which is not the last one.

@@ -1,5 +1,7 @@
 #include "engine/image/formats/Encoders.h"
 
+#include "engine/image/pixels/ByteOrder.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -25,8 +27,9 @@ std::vector<RgbColor> grayPalette(int bits)
 
 void appendNumber(std::vector<std::uint8_t>& to, std::uint32_t value, int bytes)
 {
-    for (; bytes > 0; --bytes, value >>= 8U)
-        to.push_back(static_cast<std::uint8_t>(value));
+    const auto added = static_cast<std::size_t>(bytes);
+    to.resize(to.size() + added);
+    putNumber(std::span(to).last(added), value, false);
 }
 
 } // namespace pagestack

@@ -19,7 +19,6 @@ struct TiffFormat
     bool isBigEndian = false;
     bool isBigTiff = false;
 
-    std::size_t headerBytes() const { return isBigTiff ? 16 : 8; }
     std::size_t offsetBytes() const { return isBigTiff ? 8 : 4; } ///< also of the count of a value
     std::size_t countBytes() const { return isBigTiff ? 8 : 2; } ///< of the number of entries
     std::size_t entryBytes() const { return isBigTiff ? 20 : 12; }

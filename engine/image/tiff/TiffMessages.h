@@ -30,7 +30,7 @@ public:
     /// last `forget`.
     bool failed() const { return !m_reason.empty(); }
 
-    /// Adds to `pageWarnings`, once however often it is given.
+    /// Adds to the warnings of `takeDiagnostics`, once however often it is given.
     void addPageWarning(const QString& text);
 
     /// Adds `text` to the log lines, behind the name of the file.

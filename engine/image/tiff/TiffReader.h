@@ -12,7 +12,8 @@ namespace pagestack {
 class TiffReader
 {
 public:
-    /// Opens the file. Throws as OpenTiffFile does.
+    /// Opens the file. Throws as OpenTiffFile does; of libtiff's messages the first error is the
+    /// reason.
     explicit TiffReader(const QString& path);
     /// For a thread that works ahead: opens no handle before a page is asked for, and says nothing
     /// of the chain of directories. Any thread.

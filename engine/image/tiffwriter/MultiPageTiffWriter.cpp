@@ -33,10 +33,13 @@ bool MultiPageTiffWriter::couldPassLimit(const PageSource& firstPage) const
     const bool isFax
         = m_compression == COMPRESSION_CCITTFAX3 || m_compression == COMPRESSION_CCITTFAX4;
     const int last = std::min(page->document().pageCount(), page->index() + m_plannedPages);
+    // A reader of its own: what is said of later pages comes again in their turn.
+    TiffReader ahead(page->reader().sharedDocument());
     std::uint64_t sum = 0;
     for (int index = page->index(); index < last && sum <= m_limitBytes; ++index) {
         try {
-            const TiffPageTags tags = readTiffPageTags(page->reader().load(index));
+            const TiffPageTags tags
+                = index == page->index() ? page->tags() : readTiffPageTags(ahead.load(index));
             sum += tags.decodedBytes() / (isFax && tags.isOneBitDeep() ? 4 : 1);
         } catch (const std::runtime_error&) {
             continue; // a page that cannot be read takes nothing, and is reported in its turn
@@ -97,8 +100,10 @@ try {
                                                    m_limitBytes);
     for (const std::shared_ptr<const PageSource>& page : m_pages) {
         m_assembly->append(*page);
-        if (const TiffPage* read = page->tiffPage())
+        if (const TiffPage* read = page->tiffPage()) {
             read->forgetTags();
+            read->messages().takeDiagnostics(); // told in its turn
+        }
     }
 } catch (const std::exception& error) {
     // A page that could be read before: without it the file would not be what was gathered.

@@ -12,7 +12,6 @@
 #include <tiffio.h>
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <stdexcept>
 #include <vector>

@@ -18,7 +18,7 @@ struct PagePosition
 /// Sets the tags and writes the strips or tiles of one page to `handle`, a handle for writing,
 /// without its directory. `compression` is the value of the Compression tag that is asked for.
 /// `pieces`, if there are any, from encodePieces for the same page and compression, take the place
-/// of decoding and encoding it; what was said of its pixels then is written to the system log.
+/// of decoding and encoding it; what was said of its pixels then is adopted by the page's reader.
 /// Throws std::runtime_error with the reason when the page cannot be decoded or encoded.
 void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position,
                    const EncodedPieces& pieces);

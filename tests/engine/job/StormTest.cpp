@@ -427,6 +427,8 @@ private slots:
             u"trouble in/a.tiff 0 the file is kept as it is, since 1 tag would be lost: tag 65100"_s);
         row(u"an earlier output is a source"_s, u"a.tif:WVW a2.tiff:WWW b.tif:W"_s, splitBeside,
             u"trouble in/a2.tiff 0 index 1 beyond bounds [0 .. 0]"_s);
+        row(u"an earlier output shares a file with a source"_s, u"a.tif:WVW b.tif:WWW"_s,
+            splitBeside + u" in/a3.tiff|in/b.tif"_s, u"created 6"_s);
         row(u"the same, together"_s, u"x.tif:VUV x.tiff:WWWWW x.tif"_s,
             together + u" outputFolderPath= in/x.tif:VUV"_s, u"written in/x.tiff in/x.tiff 3"_s);
         row(u"an earlier output makes a source"_s, u"a.tif:WVW b.tif>new.tif"_s,

@@ -3,6 +3,8 @@
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
+#include <QtEndian>
+
 #include <tiffio.h>
 
 namespace {
@@ -178,6 +180,23 @@ private slots:
         writeTiff(m_folder->filePath(u"page.tif"_s), { page });
         patchEntry(m_folder->filePath(u"page.tif"_s), patch[0], patch[1], patch[2]);
         QVERIFY(isRefused(page));
+    }
+
+    // 100 strips over the same 15 kB would be a page of 1.25 GB decoded.
+    void countsSharedBytesOnce()
+    {
+        QByteArray data(15'000, '\xFF');
+        for (const quint32 value : { 8U, 15'000U })
+            for (int i = 0; i < 100; ++i) {
+                const quint32 stored = qToLittleEndian(value);
+                data.append(reinterpret_cast<const char*>(&stored), sizeof stored);
+            }
+        const QList<TiffEntry> entries { { 256, 100'000 }, { 257, 100'000 }, { 258, 1 },
+                                         { 259, 4 },       { 262, 0 },       { 273, 15'008, 100 },
+                                         { 277, 1 },       { 278, 1000 },    { 279, 15'408, 100 } };
+        m_folder = std::make_unique<QTemporaryDir>();
+        putBytes(m_folder->filePath(u"page.tif"_s), rawTiff({}, entries, { -1 }, data));
+        QVERIFY(isRefused(TestPage("fax")));
     }
 
     void savesNoPageWhosePixelsTheFileLost()
