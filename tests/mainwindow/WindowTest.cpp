@@ -216,7 +216,7 @@ private slots:
     {
         QVERIFY(open({ samples() }));
         table().sortByColumn(FileTableModel::Name, Qt::AscendingOrder);
-QCOMPARE(names().at(2), u"three-pages.tif"_s);
+        QCOMPARE(names().at(2), u"three-pages.tif"_s);
         clickCell(2, FileTableModel::IsSelected);
         QCOMPARE(totals(), u"5, 4, 4, 7"_s);
         clickCell(1, FileTableModel::Name);
