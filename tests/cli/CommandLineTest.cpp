@@ -6,6 +6,8 @@
 #include "engine/support/Paths.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/Testing.h"
+#include "tests/support/TextRows.h"
+#include "tests/support/TiffBuilder.h"
 
 #include <fcntl.h>
 #include <filesystem>
@@ -23,7 +25,7 @@ QStringList fields(const Options& options)
            << int(options.onExists) << options.jobs << int(options.progress) << options.separator
            << options.outputFolder << options.logFile << options.isSplit << options.isRecursive
            << !options.leavesLog << options.isQuiet << options.isVerbose << options.wantsHelp
-           << options.wantsVersion << options.pathLists.join(u'|') << options.sources.join(u'|');
+           << options.wantsVersion << options.pathLists.join(u',') << options.sources.join(u',');
     QStringList names = u"format quality compression exists jobs progress separator out log split "
                         "recursive no-log quiet verbose help version lists sources"_s.split(u' ');
     for (qsizetype i = 0; i < names.size(); ++i)
@@ -64,70 +66,64 @@ class CommandLineTest : public QObject
 private slots:
     void takesWordsApart_data()
     {
-        QTest::addColumn<QString>(
-            "outcome"); // the fields that differ from the defaults, or the reason
-        const auto row
-            = [](const char* words, const QString& outcome) { QTest::newRow(words) << outcome; };
-        row("a.tif", u"sources=a.tif"_s);
-        row("-f png a", u"format=1 sources=a"_s);
-        row("-fgif a", u"format=4 sources=a"_s);
-        row("--format=bmp a", u"format=3 sources=a"_s);
-        row("--format tiff --compression packbits --split a",
-            u"format=2 compression=4 split=true sources=a"_s);
-        row("--quality 0 a", u"quality=0 sources=a"_s);
-        row("--separator - a", u"separator=- sources=a"_s);
-        row("--separator== a", u"separator== sources=a"_s);
-        row("--separator= a", u"sources=a"_s);
-        row("-rvo out a", u"out=out recursive=true verbose=true sources=a"_s);
-        row("a -q b  --no-log", u"no-log=true quiet=true sources=a|b|"_s);
-        row("-f png -f gif --on-exists skip --on-exists overwrite a",
-            u"format=4 exists=1 sources=a"_s);
-        row("-q -- -f -- x", u"quiet=true sources=-f|--|x"_s);
-        row("b --files-from l.txt - --files-from=- a", u"lists=l.txt|-|- sources=b|a"_s);
-        row("--log l.xml --progress never --on-exists=skip a",
-            u"exists=2 progress=2 log=l.xml sources=a"_s);
-        row("-h", u"help=true"_s);
-        row("--version", u"version=true"_s);
-        row("--fromat png a", u"unknown option --fromat"_s);
-        row("-rx a", u"unknown option -x"_s);
-        row("--form png a", u"unknown option --form"_s);
-        row("-f PNG a", u"format=1 sources=a"_s);
-        row("-fTif --format jpG a", u"sources=a"_s);
-        row("-f heic a", u"format 'heic' is none of jpeg|png|tiff|bmp|gif"_s);
-        row("--quality 9 -f png a", u"option --quality has no effect with the format png"_s);
-        row("--compression none a", u"option --compression has no effect with the format jpeg"_s);
-        row("--split -fgif a", u"option --split has no effect with the format gif"_s);
-        row("-f tif --separator _ a",
-            u"option --separator has no effect with the format tiff without --split"_s);
-        row("-f tif --split --separator _ a", u"format=2 separator=_ split=true sources=a"_s);
-        row("-f jpeg|png a", u"format 'jpeg|png' is none of jpeg|png|tiff|bmp|gif"_s);
-        for (const char* number : { "11", "-1", "5.0", "99999999999", "" })
-            row(("--quality=" + QByteArray(number) + " a").constData(),
-                u"quality '%1' is no number from 0 to 10"_s.arg(QString::fromLatin1(number)));
-        row("--jobs 256 a", u"jobs=256 sources=a"_s);
-        for (const char* number : { "257", "-2", "two", "" })
-            row(("--jobs=" + QByteArray(number) + " a").constData(),
-                u"jobs '%1' is no number from 0 to 256"_s.arg(QString::fromLatin1(number)));
-        row("a -f", u"option -f needs a value"_s);
-        row("a --log", u"option --log needs a value"_s);
-        row("--split=yes a", u"option --split takes no value"_s);
-        row("-qv a", u"options -q and -v exclude each other"_s);
-        row("-f png", u"no SOURCE is given"_s);
-        row("--separator a/b a", u"separator 'a/b' holds a slash"_s);
-        row("--output= a", u"the name of the output folder is empty"_s);
+        // The fields that differ from the defaults, or the reason.
+        addTextRows({ "words", "outcome" }, R"(
+            a.tif                      | sources=a.tif
+            -fgif a                    | format=4 sources=a
+            --format=bmp a             | format=3 sources=a
+            -f PNG a                   | format=1 sources=a
+            -fTif --format jpG a       | sources=a
+            -f tiff --compression packbits --split a | format=2 compression=4 split=true sources=a
+            -f tif --split --separator _ a           | format=2 separator=_ split=true sources=a
+            --quality 0 a              | quality=0 sources=a
+            --jobs 256 a               | jobs=256 sources=a
+            --separator - a            | separator=- sources=a
+            --separator== a            | separator== sources=a
+            --separator= a             | sources=a
+            -rvo out a                 | out=out recursive=true verbose=true sources=a
+            a -q b  --no-log           | no-log=true quiet=true sources=a,b,
+            -f png -f gif --on-exists skip --on-exists overwrite a | format=4 exists=1 sources=a
+            -q -- -f -- x              | quiet=true sources=-f,--,x
+            b --files-from l.txt - --files-from=- a  | lists=l.txt,-,- sources=b,a
+            --log l.xml --progress never --on-exists=skip a |exists=2 progress=2 log=l.xml sources=a
+            -h                         | help=true
+            --version                  | version=true
+            --fromat png a             | unknown option --fromat
+            --form png a               | unknown option --form
+            -rx a                      | unknown option -x
+            -f heic a                  | format 'heic' is none of *
+            -f pn a                    | format 'pn' is none of *
+            --quality 9 -f png a       | option --quality has no effect with the format png
+            --compression none a       | option --compression has no effect with the format jpeg
+            --split -fgif a            | option --split has no effect with the format gif
+            -f tif --separator _ a | option --separator has no effect with the format tiff without *
+            --quality=11 a             | quality '11' is no number from 0 to 10
+            --quality=-1 a             | quality '-1' is no number from 0 to 10
+            --quality=5.0 a            | quality '5.0' is no number from 0 to 10
+            --quality=99999999999 a    | quality '99999999999' is no number from 0 to 10
+            --quality= a               | quality '' is no number from 0 to 10
+            --jobs=257 a               | jobs '257' is no number from 0 to 256
+            a -f                       | option -f needs a value
+            --split=yes a              | option --split takes no value
+            -qv a                      | options -q and -v exclude each other
+            -f png                     | no SOURCE is given
+            --separator a/b a          | separator 'a/b' holds a slash
+            --output= a                | the name of the output folder is empty)");
     }
 
     void takesWordsApart()
     {
+        QFETCH(const QString, words);
+        QFETCH(const QString, outcome);
         QStringList found;
         try {
-            found = fields(parseOptions(QString::fromLatin1(QTest::currentDataTag()).split(u' ')));
+            found = fields(parseOptions(words.split(u' ')));
             for (const QString& field : fields({}))
                 found.removeOne(field);
         } catch (const UsageError& error) {
             found = QStringList(QString::fromUtf8(error.what()));
         }
-        QTEST(found.join(u' '), "outcome");
+        QCOMPARE(withStars(found.join(u' '), outcome), outcome);
     }
 
     void ordersNames()
@@ -145,49 +141,38 @@ private slots:
 
     void collects_data()
     {
-        QTest::addColumn<QString>("files");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("in/")
-            << u"in/b10.tif in/b9.tif in/a.TIFF in/c.TIF in/d.tiff in/x.Tif in/x.png "
-               "in/.hidden.tif in/._a.tif in/xtif in/sub/e.tif"_s
-            << u"in/a.TIFF in/b9.tif in/b10.tif in/c.TIF in/d.tiff {in/x.Tif}"_s;
-        QTest::newRow("in in/x.Tif")
-            << u"in/x.Tif in/y.tIFF in/z.tifx"_s << u"in/x.Tif {in/y.tIFF}"_s;
-        QTest::newRow("-r in") << u"in/z.tif in/sub/deep/b.tif in/.hidden/c.tif other/d.tif "
-                                  "in/sub/loop>.. in/sub/again>deep in/a-link>@/other"_s
-                               << u"in/z.tif in/sub/deep/b.tif in/a-link/d.tif"_s;
-        QTest::newRow("a.dat .b.tif c.tif")
-            << u"a.dat .b.tif c.tif>a.dat"_s << u"a.dat .b.tif c.tif"_s;
-        // The words hold an empty one.
-        QTest::newRow("none.tif  /dev/null in")
-            << u"in/a.tif in/b.tif>gone"_s
-            << u"in/a.tif [none.tif: no such file or folder] ['': the path is empty] [/dev/null: "
-               "neither a regular file nor a folder] [in/b.tif: no such file or folder]"_s;
-        QTest::newRow("in/a.tif in ./in//a.tif @/in/a.tif link/a.tif link/../in/a.tif")
-            << u"in/a.tif link>in"_s
-            << u"in/a.tif (in/a.tif) (./in//a.tif) (@/in/a.tif) (link/a.tif) (link/../in/a.tif)"_s;
-        QTest::newRow("a.tif link/../a.tif")
-            << u"far/away/ far/a.tif a.tif link>far/away"_s << u"a.tif link/../a.tif"_s;
-        QTest::newRow("c.tif --files-from list --files-from list --files-from missing")
-            << u"a~b.tif größe.tif c.tif"_s
-            << u"c.tif a b.tif größe.tif [none.tif: no such file or folder] "
-               "[missing: No such file or directory] (c.tif)"_s;
+        // In brackets what cannot be used, the duplicates and what is left out.
+        addTextRows({ "words", "expected" }, R"(
+            in/         |in/a.TIFF in/b9.tif in/b10.tif in/c.TIF in/d.tiff {in/x.Tif} {in/y.tIFF}
+            in in/x.Tif |in/a.TIFF in/b9.tif in/b10.tif in/c.TIF in/d.tiff in/x.Tif {in/y.tIFF}
+            -r top           | top/z.tif top/sub/deep/b.tif top/a-link/d.tif
+            a.dat .b.tif c.tif | a.dat .b.tif c.tif
+            none.tif /dev/null | [none.tif: no such file or folder] [/dev/null: neither a *
+            a.dat  lost      | a.dat ['': the path is empty] [lost/b.tif: no such file or folder]
+            other/d.tif other ./other//d.tif  | other/d.tif (other/d.tif) (./other//d.tif)
+            other/d.tif @/other/d.tif         | other/d.tif (@/other/d.tif)
+            other/d.tif far/link/d.tif        | other/d.tif (far/link/d.tif)
+            other/d.tif far/link/../other/d.tif | other/d.tif (far/link/../other/d.tif)
+            a.dat way/../a.dat                | a.dat way/../a.dat
+            a.dat --files-from missing        | a.dat [missing: No such file or directory]
+            c.tif --files-from list --files-from list | c.tif a b.tif größe.tif (c.tif))");
     }
 
     void collects()
     {
-        QFETCH(const QString, files);
+        QFETCH(QString, words);
         QFETCH(QString, expected);
-        QString words = QString::fromLatin1(QTest::currentDataTag());
         const TestFolder folder;
-        folder.make(files);
+        folder.make(
+            u"in/b10.tif in/b9.tif in/a.TIFF in/c.TIF in/d.tiff in/x.Tif in/y.tIFF in/x.png "
+            "in/.hidden.tif in/._a.tif in/xtif in/sub/e.tif top/z.tif top/sub/deep/b.tif "
+            "top/.hidden/c.tif top/sub/loop>.. top/sub/again>deep top/a-link>@/other "
+            "other/d.tif a.dat .b.tif c.tif>a.dat lost/b.tif>gone far/link>@/other "
+            "far/away/ far/a.dat way>far/away a~b.tif größe.tif"_s);
         QVERIFY(QDir::setCurrent(folder.path({})));
-        QFile list(u"list"_s);
-        QVERIFY(list.open(QIODevice::WriteOnly));
-        QVERIFY(list.write(u"\uFEFFa b.tif\r\n\ngröße.tif\nnone.tif\nc.tif"_s.toUtf8()) > 0);
-        list.close();
-        QCOMPARE(found(words.replace(u'@', QDir::currentPath())),
-                 expected.replace(u'@', QDir::currentPath()));
+        putBytes(u"list"_s, u"\uFEFFa b.tif\r\n\ngröße.tif\nc.tif"_s.toUtf8());
+        expected.replace(u'@', QDir::currentPath());
+        QCOMPARE(withStars(found(words.replace(u'@', QDir::currentPath())), expected), expected);
     }
 
     // Folders that cannot be looked at are not all the same one.
