@@ -6,29 +6,139 @@
 #include "tests/support/TextRows.h"
 
 #include <QDateTime>
+#include <QProcess>
 
 #include <random>
 
-namespace {
-
-QString namesOf(const FileList& files)
-{
-    QStringList names;
-    for (const auto& item : files.items())
-        names.append(item->name());
-    return names.join(u' ');
-}
-
-} // namespace
-
+/// The list and its files.
 class FileListTest : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_file = m_folder->filePath(u"three.TIF"_s);
+        makeFile(m_file, 3);
+    }
+
+    void takesFileUrlsOnly()
+    {
+        for (const auto* url : { "", "https://example.com/a.tif", "/tmp/a.tif" })
+            QVERIFY2(!FileItem::initWithURL(QUrl(QLatin1String(url))), url);
+        const auto item = itemOf(u"/tmp/50%25 #1?.tif"_s);
+        QCOMPARE(item->filePath().toLocalFile(), u"/tmp/50%25 #1?.tif"_s);
+        const auto rare = itemOf(u"/tmp/\uFDD0\uFFFD.tif"_s);
+        QCOMPARE(rare->filePath().toLocalFile(), u"/tmp/\uFDD0\uFFFD.tif"_s);
+        // Bytes that are no text would show as the name of another file.
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"no UTF-8 text"_s));
+        QVERIFY(!FileItem::initWithURL(QUrl(u"file:///tmp/%FF.tif"_s)));
+    }
+
+    void takesSizeAndPagesWhenItIsMade()
+    {
+        const auto item = itemOf(m_file);
+        const int size = item->size();
+        QCOMPARE(item->pages(), 3);
+        QVERIFY(size >= QFile(m_file).size() && size % 512 == 0); // on disk, in blocks
+
+        // Later changes of the file show only when the URL is set again.
+        QVERIFY(QFile::resize(m_file, 0));
+        QCOMPARE(item->pages(), 3);
+        QCOMPARE(item->size(), size);
+        item->setFilePath(item->filePath());
+        QCOMPARE(item->size() + item->pages(), 0);
+    }
+
+    void readsThroughLinksThatAreItemsOfTheirOwn()
+    {
+        QVERIFY(QFile::link(m_file, m_file + u"l"_s));
+        const auto item = itemOf(m_file);
+        const auto linked = itemOf(m_file + u"l"_s);
+        QCOMPARE(linked->pages(), 3);
+        QCOMPARE(linked->size(), item->size());
+        QCOMPARE(linked->name(), u"three.TIFl"_s);
+        QVERIFY(!item->isEqual(linked.get()) && !item->isEqual(nullptr));
+        linked->setFilePath(item->filePath());
+        linked->setIsSelected(false);
+        QVERIFY(*item == *linked);
+    }
+
+    void holdsAFileThatIsNotThere()
+    {
+        QVERIFY(QFile::link(m_file + u"nowhere"_s, m_file + u"dangling"_s));
+        for (const QString& missing : { m_file + u"nowhere"_s, m_file + u"dangling"_s }) {
+            const auto item = itemOf(missing);
+            QCOMPARE(item->size() + item->pages(), 0);
+            for (const auto* column : { "DATEMODIFIED", "DATECREATED", "DATEACCESSED" })
+                QVERIFY(item->displayField(QLatin1String(column)).toString().isNull());
+            const auto kept = itemOf(m_file);
+            kept->setFilePath(item->filePath());
+            QCOMPARE(kept->size(), itemOf(m_file)->size()); // it could not be looked up
+            QCOMPARE(kept->pages(), 0);
+        }
+    }
+
+    void splitsItsPath()
+    {
+        const QString table
+            = u"/no/such/a.tif|/no/such|a.tif|tif;/no/a.b.TIFF|/no|a.b.TIFF|TIFF;"
+              "/a.tif|/|a.tif|tif;/no.x/a|/no.x|a|;/no/.tif|/no|.tif|;/no/a.|/no|a.|;"
+              "/1 2/50%20 #\u00fc?.tif|/1 2|50%20 #\u00fc?.tif|tif;/no/such/|/no|such|"_s;
+        for (const QString& row : table.split(u';')) {
+            const QString path = row.section(u'|', 0, 0);
+            const auto item = itemOf(path);
+            const QStringList parts { path, item->location(), item->name(), item->type() };
+            QCOMPARE(parts.join(u'|'), row);
+        }
+    }
+
+    void writesTheSize()
+    {
+        // Halves are rounded away from zero. The last two: 1e9 and 1000000064 in single precision.
+        for (const auto& [bytes, text] :
+             { std::pair(499, u"0 KB"_s), std::pair(500, u"1 KB"_s), std::pair(1499, u"1 KB"_s),
+               std::pair(999499, u"999 KB"_s), std::pair(1000000, u"1000 KB"_s),
+               std::pair(1000001, u" 1 MB"_s), std::pair(1500000, u" 1.5 MB"_s),
+               std::pair(9960000, u"10 MB"_s), std::pair(999940000, u"999.9 MB"_s),
+               std::pair(1000000032, u"1000 MB"_s), std::pair(1000000033, u" 1 GB"_s) })
+            QCOMPARE(FileItem::sizeText(bytes), text);
+    }
+
+    void capsTheSizeOfAHugeFile()
+    {
+        if (QProcess::execute(u"fallocate"_s, { u"-l"_s, u"2200000000"_s, m_file }) != 0)
+            QSKIP("this file system cannot set aside 2.2 GB");
+        const auto item = itemOf(m_file);
+        QCOMPARE(item->size(), std::numeric_limits<int>::max());
+        QCOMPARE(item->sizeInKB(), u" 2.1 GB"_s);
+    }
+
+    void answersByColumn()
+    {
+        const auto item = itemOf(m_file);
+        QCOMPARE(item->displayField(u"isSelected"_s), QVariant(true));
+        QCOMPARE(item->displayField(u"Pages"_s), QVariant(3));
+        QFile file(m_file);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        const QDateTime modified(QDate(2021, 2, 3), QTime(16, 5));
+        const QDateTime accessed(QDate(2022, 12, 31), QTime(0, 1));
+        QVERIFY(file.setFileTime(modified, QFileDevice::FileModificationTime));
+        QVERIFY(file.setFileTime(accessed, QFileDevice::FileAccessTime));
+        QString texts;
+        for (const auto* column : { "name", "sizeInKB", "type", "location", "DATEMODIFIED",
+                                    "dateAccessed", "SELECTION", "size", "" })
+            texts += item->displayField(QLatin1String(column)).toString() + u'|';
+        QCOMPARE(texts,
+                 u"three.TIF|"_s + item->sizeInKB() + u"|TIF|"_s + m_folder->path()
+                     + u"|03-Feb-2021 4:05 PM|31-Dec-2022 12:01 AM||||"_s);
+        const QDateTime created = item->dateCreated(); // not every file system keeps it
+        QVERIFY(!created.isValid() || qAbs(created.secsTo(QDateTime::currentDateTime())) <= 2);
+    }
+
     void keepsItsTotalsThroughAnyChange()
     {
-        const QTemporaryDir folder;
         std::mt19937 random(1);
         const auto below = [&random](int limit) {
             return static_cast<int>(random() % static_cast<unsigned>(limit));
@@ -36,7 +146,7 @@ private slots:
         FileList files;
         QList<std::shared_ptr<FileItem>> pool;
         for (int i = 0; i < 40; ++i)
-            pool.append(itemOf(makeFile(folder.filePath(u"%1.tif"_s.arg(i)), i % 5)));
+            pool.append(itemOf(makeFile(m_folder->filePath(u"%1.tif"_s.arg(i)), i % 5)));
 
         for (int round = 0; round < 3000; ++round) {
             const int row = files.count() > 0 ? below(files.count()) : 0;
@@ -88,18 +198,16 @@ private slots:
             dateCreated  | c.tiff b10.tif a.TIF B2.tif | B2.tif a.TIF b10.tif c.tiff
             dateAccessed | c.tiff a.TIF B2.tif b10.tif | b10.tif B2.tif a.TIF c.tiff
             location     | b10.tif B2.tif c.tiff a.TIF | a.TIF b10.tif B2.tif c.tiff
-                         | b10.tif a.TIF B2.tif c.tiff | b10.tif a.TIF B2.tif c.tiff
-            pixels       | b10.tif a.TIF B2.tif c.tiff | b10.tif a.TIF B2.tif c.tiff)");
+                         | b10.tif a.TIF B2.tif c.tiff | b10.tif a.TIF B2.tif c.tiff)");
     }
     void sortsByEveryProperty()
     {
         QFETCH(const QString, key);
-        const QTemporaryDir folder;
         FileList files;
-        files.append(itemOf(makeFile(folder.filePath(u"b10.tif"_s), 1000))); // several blocks
-        files.append(itemOf(makeFile(folder.filePath(u"sub/a.TIF"_s), 12)));
-        files.append(itemOf(makeFile(folder.filePath(u"B2.tif"_s), 2)));
-        files.append(itemOf(makeFile(folder.filePath(u"c.tiff"_s), 0)));
+        files.append(itemOf(makeFile(m_folder->filePath(u"b10.tif"_s), 1000))); // several blocks
+        files.append(itemOf(makeFile(m_folder->filePath(u"sub/a.TIF"_s), 12)));
+        files.append(itemOf(makeFile(m_folder->filePath(u"B2.tif"_s), 2)));
+        files.append(itemOf(makeFile(m_folder->filePath(u"c.tiff"_s), 0)));
         files.setSelected(0, false);
         const auto on = [](int modified, int created, int accessed) {
             return FileDates { QDateTime({ 2020, 1, modified }, {}),
@@ -111,19 +219,14 @@ private slots:
                                                { u"a.TIF"_s, on(3, 2, 1) } };
         DateReading dates;
         dates.read = [&](const FileItem& item) { return known.value(item.name()); };
-        const QList<int> rows = sortedRows(files.items(), { { key, true } }, dates);
-        const QList<int> backwards = sortedRows(files.items(), { { key, false } }, dates);
-        const auto namesAfter = [&files](const QList<int>& order) {
+        for (const bool isAscending : { true, false }) {
             FileList sorted = files;
-            if (!order.isEmpty())
-                sorted.reorder(order);
-            return namesOf(sorted);
-        };
-        QTEST(namesAfter(rows), "ascending");
-        QTEST(namesAfter(backwards), "descending");
-        if (!rows.isEmpty())
-            files.reorder(rows);
-        QVERIFY(sortedRows(files.items(), { { key, true } }, dates).isEmpty());
+            if (const auto rows = sortedRows(files.items(), { { key, isAscending } }, dates);
+                !rows.isEmpty())
+                sorted.reorder(rows);
+            QTEST(namesOf(sorted).join(u' '), isAscending ? "ascending" : "descending");
+            QVERIFY(sortedRows(sorted.items(), { { key, isAscending } }, dates).isEmpty());
+        }
     }
 
     void readsDatesOnlyOfEqualFilesAndAsLongAsWanted()
@@ -149,6 +252,10 @@ private slots:
         QVERIFY(sortedRows(items, orders, dates).isEmpty());
         QCOMPARE(asked, u"acbdeac"_s);
     }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_file; ///< three pages, made anew for every test
 };
 
 QTEST_GUILESS_MAIN(FileListTest)

@@ -43,19 +43,16 @@ private slots:
 
     void knowsItsColumns()
     {
-        const auto shown = [this](int row, int column, int role = Qt::DisplayRole) {
-            return m_model->index(row, column).data(role);
-        };
-        QCOMPARE(shown(4, FileTableModel::Name), QVariant(u"echo.tiff"_s));
-        QCOMPARE(shown(4, FileTableModel::Pages), QVariant(0));
-        QVERIFY(shown(4, 1, Qt::ToolTipRole).toString().startsWith(u"/two/echo.tiff\n"_s));
+        const QModelIndex name = m_model->index(4, FileTableModel::Name);
+        QCOMPARE(name.data(), QVariant(u"echo.tiff"_s));
+        QVERIFY(name.data(Qt::ToolTipRole).toString().startsWith(u"/two/echo.tiff\n"_s));
+        QCOMPARE(m_model->index(4, FileTableModel::Pages).data(), QVariant(0));
         QCOMPARE(m_model->objectValue(-1, u"name"_s), QVariant(u""_s));
         QCOMPARE(m_model->objectValue(0, u"isselected"_s), QVariant(true));
         for (int column = 0; column < FileTableModel::ColumnCount; ++column) {
             const SortOrder order = FileTableModel::sortOrder(column, Qt::AscendingOrder);
             QCOMPARE(FileTableModel::columnSortedBy(order.key), column);
             QCOMPARE(needsDates({ order }), FileTableModel::identifier(column).startsWith(u"date"));
-            QCOMPARE(shown(0, column, Qt::CheckStateRole).isValid(), column == 0);
         }
     }
 
@@ -85,33 +82,13 @@ private slots:
     void announcesCheckMarksOnceAnOperation()
     {
         QSignalSpy cells(m_model.get(), &FileTableModel::dataChanged);
-        QSignalSpy marks(m_model.get(), &FileTableModel::checkMarksChanged);
-        QVERIFY(m_model->setData(m_model->index(2, 0), Qt::Unchecked, Qt::CheckStateRole));
-        QCOMPARE(cells.size(), 1);
+        for (int round = 0; round < 2; ++round) // the second time nothing changes
+            QVERIFY(m_model->setData(m_model->index(2, 0), Qt::Unchecked, Qt::CheckStateRole));
         QCOMPARE(cells.last().at(0).toModelIndex(), m_model->index(2, 0));
         QCOMPARE(cells.last().at(1).toModelIndex(), m_model->index(2, 0));
-        m_model->setData(m_model->index(2, 0), Qt::Unchecked, Qt::CheckStateRole); // no change
-        QCOMPARE(m_model->mark({ 1, 2 }, FileTableModel::Mark::Invert), 2);
-        QVERIFY(!m_files.at(1)->isSelected() && m_files.at(2)->isSelected());
         QCOMPARE(m_model->mark({ 0, 1, 2, 3, 4 }, FileTableModel::Mark::Uncheck), 4);
         QCOMPARE(m_model->mark({ 0, 1, 2, 3, 4 }, FileTableModel::Mark::Uncheck), 0);
-        QCOMPARE(cells.size(), 3);
-        QCOMPARE(marks.size(), 3);
-        QCOMPARE(m_files.checkedCount(), 0);
-    }
-
-    void keepsTheHighlightedFilesWhenItSorts()
-    {
-        m_table->highlightRows({ 0, 1, 4 });
-        QSignalSpy layouts(m_model.get(), &FileTableModel::layoutChanged);
-        QVERIFY(m_table->currentSortOrders().isEmpty());
-        m_table->sortByColumn(FileTableModel::Name, Qt::DescendingOrder);
-        QCOMPARE(m_table->currentSortOrders(), (SortOrders { { u"name"_s, false } }));
-        QCOMPARE(m_files.at(0)->name(), u"echo.tiff"_s);
-        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0, 1, 4 })); // echo, Delta, alpha
-        m_table->sortByColumn(FileTableModel::Name, Qt::AscendingOrder);
-        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0, 3, 4 }));
-        QCOMPARE(layouts.size(), 2);
+        QCOMPARE(cells.size(), 2);
     }
 
     void removesRowsInAnyOrderAndManyAtOnce()
@@ -119,10 +96,10 @@ private slots:
         m_table->highlightRows({ 2, 4 });
         QCOMPARE(m_model->removeItems({ 3, 0, 1, 3 }), 3);
         QCOMPARE(m_table->highlightedRows(), (QList<int> { 0, 1 }));
-        for (int i = 0; i < 1000; ++i)
+        for (int i = 0; i < 200; ++i)
             m_model->append(itemOf(u"/many/%1.tif"_s.arg(i)));
         QSignalSpy removals(m_model.get(), &FileTableModel::rowsRemoved);
-        m_table->highlightRows({ 1, 500, 501 });
+        m_table->highlightRows({ 1, 100, 101 });
         const FileList::Items before = m_files.items();
         QList<int> even;
         QList<FileList::Place> places;
@@ -130,10 +107,10 @@ private slots:
             even.append(row);
             places.append({ row, before.at(row) });
         }
-        QCOMPARE(m_model->removeItems(even), 501);
+        QCOMPARE(m_model->removeItems(even), 101);
         QCOMPARE(removals.size(), 1); // as many ranges would take as many signals
         QCOMPARE(m_files.at(1)->name(), u"1.tif"_s);
-        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0, 250 }));
+        QCOMPARE(m_table->highlightedRows(), (QList<int> { 0, 50 }));
         m_model->append(before.at(8)); // came back another way: not a second time
         m_model->insertItems(places);
         QCOMPARE(m_files.count(), before.size());
@@ -153,12 +130,9 @@ private slots:
         text.setText(u"/b.tif"_s);
         QMimeData pages;
         pages.setUrls({ QUrl(u"https://example.com/a.tif"_s) });
-        QVERIFY(m_table->validateDrop(nullptr, &files));
-        QVERIFY(m_table->validateDrop(this, &pages));
-        QVERIFY(!m_table->validateDrop(nullptr, &text));
-        QVERIFY(!m_table->validateDrop(m_table.get(), &files));
-        QVERIFY(!m_table->validateDrop(m_table->viewport(), &files));
-
+        for (const QObject* own :
+             { static_cast<QObject*>(m_table.get()), static_cast<QObject*>(m_table->viewport()) })
+            QVERIFY(!m_table->validateDrop(own, &files));
         QSignalSpy drops(m_table.get(), &CustomTableView::filesDropped);
         for (QMimeData* offer : { &text, &pages, &files }) {
             QDragEnterEvent enter({ 5, 5 }, Qt::CopyAction | Qt::MoveAction, offer, Qt::LeftButton,
@@ -188,16 +162,16 @@ private slots:
         for (const int column : { FileTableModel::Name, FileTableModel::Type, FileTableModel::Pages,
                                   FileTableModel::Name })
             m_table->sortByColumn(column, Qt::DescendingOrder);
+        const SortOrders orders = m_table->currentSortOrders();
+        QCOMPARE(
+            orders,
+            (SortOrders { { u"name"_s, false }, { u"pages"_s, false }, { u"type"_s, false } }));
         const QByteArray state = m_table->saveColumns();
         CustomTableView other;
-        FileTableModel model(m_files);
-        other.setModel(&model);
+        other.setModel(m_model.get());
         QVERIFY(!other.restoreColumns("nonsense") && !other.restoreColumns(state.first(30)));
         QVERIFY(other.restoreColumns(state));
         QCOMPARE(other.columnWidth(FileTableModel::Name), 321);
-        const SortOrders orders { { u"name"_s, false },
-                                  { u"pages"_s, false },
-                                  { u"type"_s, false } };
         QCOMPARE(other.currentSortOrders(), orders);
         // As an earlier version left them.
         QByteArray older = state.first(8 + 4 + qFromBigEndian<qint32>(state.constData() + 8));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "filelist/FileItem.h"
+#include "filelist/FileList.h"
 #include "tests/support/TiffBuilder.h"
 
 #include <QDir>
@@ -14,6 +14,14 @@ inline QString makeFile(const QString& path, int pages = 1)
     QDir().mkpath(QFileInfo(path).path());
     putBytes(path, pages == 0 ? "" : rawTiff({}, { { 256, 1 } }, oneAfterTheOther(pages)));
     return path;
+}
+
+inline QStringList namesOf(const FileList& files)
+{
+    QStringList names;
+    for (const auto& item : files.items())
+        names.append(item->name());
+    return names;
 }
 
 inline std::shared_ptr<FileItem> itemOf(const QString& path)

@@ -157,13 +157,7 @@ protected:
         QTest::mouseClick(table().viewport(), Qt::LeftButton, keys, placeOf(row, column));
     }
 
-    QStringList names() const
-    {
-        QStringList result;
-        for (const auto& item : controller().files().items())
-            result.append(item->name());
-        return result;
-    }
+    QStringList names() const { return namesOf(controller().files()); }
     QString order() const { return names().join(u' ').remove(u".tif"_s); }
     /// "files, ticked, ticked pages, pages" as the two lines of totals say it.
     QString totals() const
