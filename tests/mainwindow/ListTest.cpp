@@ -269,28 +269,6 @@ private slots:
         QCOMPARE(alerts().askedCount(), 0);
     }
 
-    void imports()
-    {
-        makeFile(path(u"in/a.tif"_s), 2);
-        makeFile(path(u"in/b.tiff"_s), 3);
-        QFile list(path(u"list.txt"_s));
-        QVERIFY(list.open(QIODevice::WriteOnly));
-        for (const auto* name : { "b.tiff", "none.TIF", "a.tif", "a.tif" })
-            list.write((path(u"in/"_s) + QLatin1StringView(name) + u'\n').toUtf8());
-        list.close();
-        for (int round = 0; round < 2; ++round) { // the second time everything is there already
-            press("importAction");
-            auto& panel = find<ImportFilesWindowController>("ImportFiles");
-            QVERIFY(panel.isVisible() && panel.files().isEmpty());
-            chooser().setNextChoice(urlsOf({ list.fileName() }));
-            panel.browseImportFileAction();
-            QVERIFY(load([&] { panel.importAction(); }));
-            QVERIFY(!panel.isVisible());
-            QCOMPARE(names().join(u' '), u"b.tiff none.TIF a.tif"_s);
-            QCOMPARE(totals(), u"3, 3, 5, 5"_s);
-        }
-    }
-
     void finds()
     {
         QVERIFY(openFiles({ { "Invoice 1.tif", 1 }, { "letter.tif", 1 }, { "invoice 2.tif", 1 } }));
