@@ -20,7 +20,6 @@ private slots:
         takeNewFolder();
         start();
     }
-    void cleanup() { end(); }
 
     void marks_data()
     {
@@ -38,10 +37,8 @@ private slots:
     {
         QFETCH(const QString, command);
         QVERIFY(fill());
-        table().highlightRows({ 1, 2 });
-        press("uncheckSelectionAction");
+        controller().tableModel().mark({ 1, 2 }, FileTableModel::Mark::Uncheck);
         table().highlightRows({ 1, 2, 3 });
-        QCOMPARE(marksText(), u"x--xxx"_s);
         press(qPrintable(command));
         QTEST(marksText(), "after");
         QTEST(totals(), "counts");
@@ -66,21 +63,16 @@ private slots:
     {
         QFETCH(const QString, command);
         QFETCH(const QString, answer);
-        const bool isAsked = !answer.isEmpty();
         QVERIFY(fill());
         table().highlightRows({ 1, 3, 4 });
-        if (isAsked)
-            alerts().setNextAnswer(answer == u"yes"_s ? 0 : 1);
+        alerts().setNextAnswer(answer == u"yes"_s ? 0 : 1);
         pressOrType(command);
         QTEST(order(), "left");
-        QCOMPARE(alerts().lastText(),
-                 isAsked ? u"Are you sure to remove all file(s)?"_s : QString());
-        if (isAsked)
-            QCOMPARE(alerts().lastButtons(), (QStringList { u"Yes"_s, u"No"_s }));
+        QCOMPARE(alerts().lastText() + alerts().lastButtons().join(u'/'),
+                 answer.isEmpty() ? QString() : u"Are you sure to remove all file(s)?Yes/No"_s);
         const bool isEmpty = order().isEmpty();
         QCOMPARE(find("lableDragAndDrop").isVisible(), isEmpty);
         QCOMPARE(isEnabled("removeBtn"), !isEmpty);
-        QVERIFY(QFile::exists(path(u"in/3.tif"_s)));
         if (answer == u"no"_s)
             return;
         press("undoAction");
@@ -89,6 +81,7 @@ private slots:
                  isEmpty ? (QList<int> { 0, 1, 2, 3, 4, 5 }) : (QList<int> { 1, 3, 4 }));
         press("redoAction");
         QTEST(order(), "left");
+        QVERIFY(QFile::exists(path(u"in/3.tif"_s)));
     }
 
     void moves_data()
@@ -238,22 +231,19 @@ private slots:
         QFile::remove(path(u"in/2.tif"_s));
         press("exportToolbarItem");
         QFileDialog& dialog = find<QFileDialog>();
-        const QRegularExpression proposal(u"/Export \\d\\d-\\w{3}-\\d{4} \\d\\d-\\d\\d-\\d\\d "
-                                          "[AP]M.txt$"_s);
-        QVERIFY2(proposal.match(dialog.selectedFiles().value(0)).hasMatch(),
-                 qPrintable(dialog.selectedFiles().value(0)));
+        const QString proposal = dialog.selectedFiles().value(0);
+        static const QRegularExpression name(u"/Export \\d\\d-\\w{3}-\\d{4} \\d\\d-\\d\\d-\\d\\d "
+                                             "[AP]M.txt$"_s);
+        QVERIFY2(name.match(proposal).hasMatch(), qPrintable(proposal));
         dialog.reject();
         QCOMPARE(chooser().lastMessage(), u"Export List To Tab Delimited Text File :"_s);
         chooser().setNextChoice(urlsOf({ path(u"list.txt"_s) }));
         QVERIFY(load([this] { press("exportAction"); }));
-        QFile exported(path(u"list.txt"_s));
-        QVERIFY(exported.open(QIODevice::ReadOnly));
-        const QStringList lines = QString::fromUtf8(exported.readAll()).split(u'\n');
+        const QStringList lines = QString::fromUtf8(bytesOf(path(u"list.txt"_s))).split(u'\n');
         QCOMPARE(lines.size(), 8);
         QVERIFY(lines.last().isEmpty());
-        QCOMPARE(lines.first(),
-                 u"Name\tPages\tSize\tType\tModified Date\tAccessed Date\t"
-                 "Created Date\tLocation"_s);
+        QCOMPARE(lines.first().split(u'\t').join(u'|'),
+                 u"Name|Pages|Size|Type|Modified Date|Accessed Date|Created Date|Location"_s);
         QStringList fields { u"1.tif"_s, u"1"_s, file->sizeInKB(), u"tif"_s };
         for (const QDateTime& date :
              { file->dateModified(), file->dateAccessed(), file->dateCreated() })
@@ -282,20 +272,18 @@ private slots:
         QTRY_COMPARE(table().highlightedRows(), (QList<int> { 0, 2 }));
         QCOMPARE(totals(), u"3, 3, 3, 3"_s); // what is converted is as it was
         QCOMPARE(text("foundLabel"), u"1 of 2"_s);
-        const auto returnKey = [&](Qt::KeyboardModifiers keys) {
+        const auto row = [this] { return table().currentIndex().row(); };
+        for (const auto& [keys, found] :
+             { std::pair(Qt::ShiftModifier, 0), std::pair(Qt::NoModifier, 2) }) {
+            table().setCurrentIndex(table().model()->index(1, 1));
             QTest::keyClick(&field, Qt::Key_Return, keys);
-            return table().currentIndex().row();
-        };
-        table().setCurrentIndex(table().model()->index(1, 1));
-        QCOMPARE(returnKey(Qt::ShiftModifier), 0);
-        table().setCurrentIndex(table().model()->index(1, 1));
-        QCOMPARE(returnKey({}), 2);
+            QCOMPARE(row(), found);
+        }
         QCOMPARE(text("foundLabel"), u"2 of 2"_s);
-        QCOMPARE(returnKey({}), 0);
-        press("findPreviousButton");
-        QCOMPARE(table().currentIndex().row(), 2);
         press("findNextButton");
-        QCOMPARE(table().currentIndex().row(), 0);
+        QCOMPARE(row(), 0);
+        press("findPreviousButton");
+        QCOMPARE(row(), 2);
         QTest::keyClicks(&field, u"x"_s);
         QTRY_COMPARE(text("foundLabel"), u"No file has it"_s);
         QVERIFY(table().highlightedRows().isEmpty());
@@ -303,7 +291,7 @@ private slots:
         QVERIFY(!bar.isVisible());
         QCOMPARE(window().focusWidget(), &table());
         QTest::keyClicks(&table(), u"le"_s); // by the beginning of the name, in the table itself
-        QCOMPARE(table().currentIndex().row(), 1);
+        QCOMPARE(row(), 1);
         QTest::keyClick(&table(), Qt::Key_Tab);
         QVERIFY(window().focusWidget() != &table()); // no key stays in a table
         QCOMPARE(rowsWithName(controller().files().items(), u"in/INVOICE"_s),
@@ -312,19 +300,22 @@ private slots:
 
     void sortsDatesBesideTheWindow_data()
     {
-        QTest::addColumn<bool>("isLoad"); // which sorts at its end
-        QTest::addColumn<QByteArray>("ending");
-        for (const bool isLoad : { false, true })
-            for (const auto* ending : { "nothing", "Cancel", "close" })
-                QTest::addRow("%s%s", isLoad ? "load, " : "", ending)
-                    << isLoad << QByteArray(ending);
+        // A load sorts at its end; the next start has the columns that a load was to sort by.
+        addTextRows({ "begin", "ending", "hasArrow" }, R"(
+            sort |        | yes
+            sort | Cancel |
+            sort | close  |
+            load |        | yes
+            load | Cancel |
+            load | close  | yes)");
     }
 
     // The files are on a computer that answers only when it is told to.
     void sortsDatesBesideTheWindow()
     {
-        QFETCH(const bool, isLoad);
-        QFETCH(const QByteArray, ending);
+        QFETCH(const QString, begin);
+        QFETCH(const QString, ending);
+        QFETCH(const QString, hasArrow);
         QSemaphore questions;
         QSemaphore answers;
         start([&](const FileItem& item) {
@@ -341,12 +332,9 @@ private slots:
         for (const int column : { FileTableModel::DateModified, FileTableModel::DateCreated,
                                   FileTableModel::DateAccessed })
             table().hideColumn(column); // nothing but sorts asks
-        if (isLoad) {
+        if (begin == u"load"_s) {
             sort(FileTableModel::DateModified, Qt::DescendingOrder);
-            QStringList files;
-            for (int i = 0; i < 6; ++i)
-                files.append(makeFile(path(u"in/%1.tif"_s.arg(i)), i));
-            controller().openPaths(files);
+            controller().openPaths(sixFiles());
             QTRY_COMPARE_WITH_TIMEOUT(questions.available(), 1, longMs);
         } else {
             QVERIFY(fill());
@@ -358,21 +346,19 @@ private slots:
             QVERIFY2(!isEnabled(name), name);
         questions.acquire();
         QSignalSpy ended(&controller(), &PagestackAppDelegate::readyToTerminate);
-        if (ending == "Cancel")
+        if (ending == u"Cancel"_s)
             press("cancelBtn");
-        else if (ending == "close")
+        else if (ending == u"close"_s)
             window().close();
-        const bool isWhole = ending == "nothing";
+        const bool isWhole = ending.isEmpty();
         answers.release(isWhole ? 6 : 1);
         QTRY_VERIFY_WITH_TIMEOUT(table().isEnabled(), longMs);
         QCOMPARE(order(), isWhole ? u"5 4 3 2 1 0"_s : u"0 1 2 3 4 5"_s);
         QCOMPARE(questions.available(), isWhole ? 5 : 0); // nothing more was read
-        // The next start has the columns that a load was to sort by.
-        const bool hasArrow = isWhole || (isLoad && ending == "close");
         QCOMPARE(table().horizontalHeader()->sortIndicatorSection(),
-                 hasArrow ? int { FileTableModel::DateModified } : -1);
+                 hasArrow.isEmpty() ? -1 : int { FileTableModel::DateModified });
         QCOMPARE(window().focusWidget(), &table());
-        if (ending == "close")
+        if (ending == u"close"_s)
             QVERIFY(ended.size() == 1 || ended.wait(longMs));
     }
 
@@ -420,9 +406,9 @@ private slots:
         const QList<QUrl> urls = urlsOf({ path(u"in/1.tif"_s), path(u"in/4.tif"_s) });
         for (const char* button : { "openFileButton", "openEnclosedFolderButton", "getInfoButton" })
             press(button);
-        QCOMPARE(desktop().opened(), urls);
-        QCOMPARE(desktop().revealed, QList<QList<QUrl>> { urls });
-        QCOMPARE(desktop().informed, QList<QList<QUrl>> { urls });
+        QCOMPARE(desktop().opened, urls);
+        QCOMPARE(desktop().revealed, urls);
+        QCOMPARE(desktop().informed, urls);
     }
 
 private:

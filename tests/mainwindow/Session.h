@@ -13,7 +13,6 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QLabel>
-#include <QMutex>
 
 namespace pagestack {
 
@@ -23,41 +22,22 @@ constexpr int longMs = 60000; // for what a slow machine may take its time over
 class Desktop : public Workspace
 {
 public:
-    void openURL(const QUrl& url) override
-    {
-        const QMutexLocker lock(&m_mutex);
-        refuse();
-        m_opened.append(url);
-    }
-    void activateFileViewerSelectingURLs(const QList<QUrl>& urls) override
-    {
-        refuse();
-        revealed.append(urls);
-    }
-    void showInformation(const QList<QUrl>& urls) override
-    {
-        refuse();
-        informed.append(urls);
-    }
-    QList<QUrl> opened() const
-    {
-        const QMutexLocker lock(&m_mutex);
-        return m_opened;
-    }
+    void openURL(const QUrl& url) override { note(opened, { url }); }
+    void activateFileViewerSelectingURLs(const QList<QUrl>& urls) override { note(revealed, urls); }
+    void showInformation(const QList<QUrl>& urls) override { note(informed, urls); }
 
     bool isRefusing = false;
-    QList<QList<QUrl>> revealed; ///< a list a request
-    QList<QList<QUrl>> informed;
+    QList<QUrl> opened; ///< by a job's thread too, before it announces that it is complete
+    QList<QUrl> revealed;
+    QList<QUrl> informed;
 
 private:
-    void refuse() const
+    void note(QList<QUrl>& list, const QList<QUrl>& urls) const
     {
         if (isRefusing)
             throw std::runtime_error("refused");
+        list += urls;
     }
-
-    mutable QMutex m_mutex; // a job opens its folder from its own thread
-    QList<QUrl> m_opened;
 };
 
 inline QList<QUrl> urlsOf(const QStringList& paths)
@@ -197,15 +177,14 @@ protected:
         return open(paths);
     }
     /// Six files "0.tif" to "5.tif"; the pages of each are its number.
-    bool fill()
+    QStringList sixFiles() const
     {
-        return openFiles({ { "0.tif", 0 },
-                           { "1.tif", 1 },
-                           { "2.tif", 2 },
-                           { "3.tif", 3 },
-                           { "4.tif", 4 },
-                           { "5.tif", 5 } });
+        QStringList paths;
+        for (int i = 0; i < 6; ++i)
+            paths.append(makeFile(path(u"in/%1.tif"_s.arg(i)), i));
+        return paths;
     }
+    bool fill() { return open(sixFiles()); }
     /// A folder of 300 files "100.tif" to "399.tif".
     QString manyFiles() const
     {

@@ -197,7 +197,7 @@ private slots:
             QVERIFY(steps >= 4);
         }
         QTest::keyClick(&find("helpHyperlink"), Qt::Key_Return);
-        QCOMPARE(desktop().opened().size(), 1);
+        QCOMPARE(desktop().opened.size(), 1);
     }
 
     void keepsItsWidthWhateverTheNames()

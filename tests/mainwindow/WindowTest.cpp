@@ -389,7 +389,7 @@ private slots:
         desktop().isRefusing = false;
         press("viewLogBtn");
         QVERIFY(!logFile().isEmpty());
-        QCOMPARE(desktop().opened().last().toLocalFile(), logFile());
+        QCOMPARE(desktop().opened.last().toLocalFile(), logFile());
         press("closeProcessBtn");
         QVERIFY(!controller().processViewPanel()->isVisible());
         QCOMPARE(window().focusWidget(), &table());
@@ -410,7 +410,7 @@ private slots:
         press("convertBtn");
         QVERIFY(waitForRun());
         QCOMPARE(text("processCountLabel"), u"6 written, page 6 of 6"_s);
-        QCOMPARE(desktop().opened().last().toLocalFile(), out);
+        QCOMPARE(desktop().opened.last().toLocalFile(), out);
     }
 
     // Else the user learns neither which page is missing nor which one has white rows.
@@ -670,12 +670,12 @@ private slots:
     {
         for (const char* name : { "helpAction", "helpHyperlink", "websiteAction" })
             press(name);
-        QCOMPARE(desktop().opened().size(), 3);
-        const QFileInfo guide(desktop().opened().first().toLocalFile());
+        QCOMPARE(desktop().opened.size(), 3);
+        const QFileInfo guide(desktop().opened.first().toLocalFile());
         QVERIFY(guide.exists());
         QCOMPARE(guide.fileName(), u"MACPagestack1.pdf"_s);
-        QCOMPARE(desktop().opened().at(1), desktop().opened().first());
-        QCOMPARE(desktop().opened().last(), QUrl(u"https://pagestack.example/"_s));
+        QCOMPARE(desktop().opened.at(1), desktop().opened.first());
+        QCOMPARE(desktop().opened.last(), QUrl(u"https://pagestack.example/"_s));
         press("preferencesToolbarItem");
         QVERIFY(!find("rightBox").isVisible());
         QVERIFY(find<QAction>("dummyToolbarItem").isChecked());
