@@ -56,6 +56,10 @@ a.tif:W | -q a.tif none.tif | ! none.tif: no such file or folder / 1 a1.jpg LOG
 a.tif:B | -v a.tif | a.tif: 0 pages written, 1 failed / Total 0 files converted successfully. \
     / 0 pages of 0 sources written, 1 page failed / ! Erorr in (saveAsJpegWithName:) : * \
     / ! a.tif[1]: * / 1 LOG
+a.tif:B | sh for f in jpeg png 'tiff --split --compression lzw' bmp gif; do '%1' -v --no-log a.tif \
+    -f $f >o 2>>e; done; grep -o '(save.*) :' e; rm o e | (saveAsJpegWithName:) : \
+    / (saveAsPngWithName:) : / (saveAsTiffWithName:) : / (saveAsBmpWithName:) : \
+    / (saveAsGifWithName:) : / 0
 a.tif | -q a.tif | ! a.tif: * / 1 LOG
 a.tif:W | a.tif -o a.tif | ! output folder a.tif * / 4
 a.tif:W | a.tif -o a.tif/out | ! output folder a.tif/out * / 4
