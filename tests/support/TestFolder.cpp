@@ -85,7 +85,7 @@ void TestFolder::make(const QString& list) const
 {
     for (QString word : list.split(u' ', Qt::SkipEmptyParts)) {
         word.replace(u'~', u' ').replace(u'@', m_folder.path());
-        const qsizetype mark = word.indexOf(QRegularExpression(u"[:>|]"_s));
+        const qsizetype mark = word.indexOf(QRegularExpression(u"[:>&]"_s));
         QFile file(path(word.left(mark)));
         const QString rest = word.mid(mark + 1);
         bool isMade = QDir().mkpath(QFileInfo(file).path());

@@ -18,7 +18,7 @@ public:
     /// page's number; F is a fax with a row that is too short; B is listed, but its pixels cannot
     /// be decoded; U is whole and has a tag that nobody knows; V is whole, its gray is the number
     /// and 100; the conversion of H takes seconds; after the last page, L lets the chain of pages
-    /// lead back to the first. "d.tif|a.tif" is another name (a hard link) of
+    /// lead back to the first. "d.tif&a.tif" is another name (a hard link) of
     /// "@/a.tif".
     /// '@' is this folder. Throws std::runtime_error.
     void make(const QString& list) const;

@@ -2,8 +2,8 @@
 
 // What nearly every test needs.
 
-#include <QDir>
-#include <QFile>
+#include "tests/support/Bytes.h"
+
 #include <QRegularExpression>
 #include <QScopeGuard>
 #include <QSignalSpy>
@@ -27,6 +27,18 @@
 #include <vector>
 
 namespace pagestack {
+
+/// The reason of the exception that `run` throws; null when it throws none.
+inline QString reasonOf(const std::function<void()>& run)
+{
+    try {
+        run();
+    } catch (const std::exception& error) {
+        return QString::fromUtf8(error.what());
+    }
+    return {};
 }
+
+} // namespace pagestack
 using namespace pagestack;
 using namespace Qt::StringLiterals;

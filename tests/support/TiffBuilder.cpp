@@ -2,8 +2,6 @@
 
 #include "engine/settings/Settings.h"
 
-#include <QDir>
-#include <QFile>
 #include <QHash>
 #include <QtEndian>
 
@@ -267,24 +265,6 @@ void patchEntry(const QString& path, unsigned tag, unsigned newTag, unsigned val
         return;
     }
     qFatal("the test file has no such entry");
-}
-
-QByteArray bytesOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void putBytes(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    check(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size(), "bytes");
-}
-
-QStringList namesIn(const QString& folder)
-{
-    return QDir(folder).entryList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
 }
 
 SinglePage::SinglePage(const TestPage& page, const char* mode)

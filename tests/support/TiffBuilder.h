@@ -2,6 +2,7 @@
 
 #include "engine/image/PageImage.h"
 #include "engine/image/TiffDocument.h"
+#include "tests/support/Bytes.h"
 #include "tests/support/ImageReaders.h"
 
 #include <QMetaType>
@@ -80,12 +81,6 @@ QList<int> oneAfterTheOther(int count);
 /// Turns the entry of `tag` of the only page of a little-endian file into one of `newTag` with a
 /// 32-bit number.
 void patchEntry(const QString& path, unsigned tag, unsigned newTag, unsigned value);
-
-QByteArray bytesOf(const QString& path);
-void putBytes(const QString& path, const QByteArray& bytes);
-
-/// Whatever lies in the folder, hidden files too, sorted.
-QStringList namesIn(const QString& folder);
 
 /// An engine's image of a page, from a file "page.tif" in a folder of its own.
 class SinglePage

@@ -136,7 +136,7 @@ private:
         QList<OutputFile> planned;
         for (const QString& source : sources.split(u' ', Qt::SkipEmptyParts)) {
             folder.make(u"in/"_s + source);
-            const qsizetype end = source.indexOf(QRegularExpression(u"[:>|]|$"_s));
+            const qsizetype end = source.indexOf(QRegularExpression(u"[:>&]|$"_s));
             const QString path = folder.path(u"in/"_s + source.left(end).replace(u'~', u' '));
             planned.append({ path, { FileItem::initWithURL(QUrl::fromLocalFile(path)) } });
         }

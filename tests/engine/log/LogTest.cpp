@@ -41,7 +41,6 @@ private slots:
         }
         m_log->isCancelled = true;
         m_log->reason = u"enough"_s;
-
         // The text itself: order of the attributes, one element a line, no targetPageNo.
         QCOMPARE(documentOf(*m_log), QByteArray(R"(<?xml version="1.0" encoding="UTF-8"?>
 <Log StartTime="03/05/2024 09:05:01 AM" EndTime="03/05/2024 02:07:09 PM" Start="2024-03-05T09:05:01Z" End="2024-03-05T14:07:09Z" Cancelled="yes" Reason="enough">
@@ -70,10 +69,8 @@ private slots:
         for (const QString& row :
              { u"000000 12:00:00 AM"_s, u"123000 12:30:00 PM"_s, u"130009 01:00:09 PM"_s }) {
             m_log->endTime = localTime(QTime::fromString(row.first(6), u"HHmmss"_s));
-            QCOMPARE(documentOf(*m_log).split('\n').at(1), // there is nothing but the times
-                     "<Log StartTime=\"03/05/2024 09:05:01 AM\" EndTime=\"03/05/2024 "
-                         + row.sliced(7).toLatin1() + "\" Start=\"2024-03-05T09:05:01Z\" End=\""
-                         + m_log->endTime.toUTC().toString(Qt::ISODate).toLatin1() + "\"/>");
+            const QByteArray end = "EndTime=\"03/05/2024 " + row.sliced(7).toLatin1() + '"';
+            QVERIFY(documentOf(*m_log).contains(end));
             QVERIFY(m_log->save());
             names += u"050324"_s + row.first(6) + u".log"_s;
             QCOMPARE(m_log->logFilePath(), inLogs(names.last()));
@@ -103,11 +100,8 @@ private slots:
             program->wait();
         QCOMPARE(logs().size(), 10 * threads);
         QSet<QByteArray> told;
-        for (const QString& name : logs()) {
-            QFile file(inLogs(name));
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            told.insert(file.readAll());
-        }
+        for (const QString& name : logs())
+            told.insert(bytesOf(inLogs(name)));
         QCOMPARE(told.size(), 10 * threads);
         QVERIFY(logs().contains(u"050324140709.log"_s)
                 && logs().contains(u"050324140709-42.log"_s));
@@ -118,28 +112,26 @@ private slots:
         Log other;
         other.startTime = m_log->startTime;
         other.endTime = m_log->endTime;
-        for (int i = 0; i < 800; ++i) {
-            const int pages = i == 2 || i == 799 ? 1203 : i % 3;
-            for (Log* log : { m_log.get(), &other })
+        for (Log* log : { m_log.get(), &other })
+            for (int i = 0; i < 800; ++i) {
+                const int pages = i == 2 || i == 799 ? 1203 : i % 3;
                 log->files.push_back(std::make_shared<LogFiles>(
                     LogFiles { u"%1.tif"_s.arg(i), u"/in"_s, u"/out"_s, u""_s, pages, {} }));
-            for (int page = 1; page <= pages; ++page) {
-                for (Log* log : { m_log.get(), &other })
+                for (int page = 1; page <= pages; ++page) {
                     log->files.back()->logFiles.push_back(
                         { u"\u00e4.png"_s, page, 0, page % 2 == 0 ? u"%1"_s : u"Completed"_s,
                           page % 5 == 0 ? u"\u4e2d"_s : QString() });
-                m_log->putAside();
-                QVERIFY(m_log->files.back()->logFiles.size() <= 500);
-            }
-            // It is known late what becomes of a file, when most of its pages are not here any
-            // more.
-            for (Log* log : { m_log.get(), &other }) {
+                    if (log != &other)
+                        log->putAside();
+                    QVERIFY(log == &other || log->files.back()->logFiles.size() <= 500);
+                }
+                // It is known late what becomes of a file, when most of its pages are gone.
                 log->files.back()->gathered = static_cast<GatheredFile>(i % 3);
                 log->files.back()->reason = i % 2 == 0 ? u"why"_s : QString();
+                if (log != &other)
+                    log->putAside();
+                QVERIFY(log == &other || log->files.size() <= 500);
             }
-            m_log->putAside();
-            QVERIFY(m_log->files.size() <= 500);
-        }
         const QByteArray document = documentOf(*m_log);
         QCOMPARE(document.count("<File "), 2 * 1203 + 796);
         QVERIFY(document.count("\"Skipped\"") > 602 && document.count("Written=\"no\"") > 266);
@@ -176,19 +168,15 @@ private slots:
     void leavesOutWhatACodecSaysTooOften()
     {
         PageDiagnostics page;
-        for (int i = 0; i < 15; ++i)
-            page.addLogLine(u"row %1"_s.arg(i));
-        CodecLog log;
-        for (int i = 0; i < 15; ++i)
-            QTest::ignoreMessage(QtWarningMsg, qPrintable(u"row %1"_s.arg(i)));
-        log.write(u"scan.tif"_s, page.logLines);
-        for (int i = 0; i < 4; ++i)
-            QTest::ignoreMessage(QtWarningMsg, qPrintable(u"row %1"_s.arg(i)));
-        QTest::ignoreMessage(QtWarningMsg, "scan.tif: further messages are left out");
-        QTest::failOnWarning(QRegularExpression(u".*"_s));
-        log.write(u"scan.tif"_s, page.logLines);
         for (int i = 0; i < 30; ++i)
             page.addLogLine(u"row"_s);
+        for (int i = 0; i < 19; ++i)
+            QTest::ignoreMessage(QtWarningMsg, "row");
+        QTest::ignoreMessage(QtWarningMsg, "scan.tif: further messages are left out");
+        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        CodecLog log;
+        log.write(u"scan.tif"_s, page.logLines.first(15));
+        log.write(u"scan.tif"_s, page.logLines.first(15));
         QCOMPARE(page.logLines.size(), 20); // the rest could never be written
     }
 
@@ -209,9 +197,8 @@ private slots:
         QCOMPARE(getAppPath(), m_home->filePath(u"Corvanta/Pagestack1"_s));
         QString error = u"untouched"_s;
         QVERIFY(createApplicationUsersFolder(u"Logs"_s, &error));
-        QFile plainFile(getAppPath() + u"/Logs/plain"_s);
-        QVERIFY(plainFile.open(QIODevice::WriteOnly));
-        QVERIFY(createApplicationUsersFolder(u"Logs"_s, &error) && plainFile.exists());
+        putBytes(inLogs(u"plain"_s), {});
+        QVERIFY(createApplicationUsersFolder(u"Logs"_s, &error) && logs().contains(u"plain"_s));
         QCOMPARE(error, u"untouched"_s);
         QVERIFY(!createApplicationUsersFolder(u"Logs/plain"_s, &error));
         QVERIFY(!error.isEmpty() && error != u"untouched"_s);
@@ -220,13 +207,12 @@ private slots:
     void tellsHowLongItTook()
     {
         const QDateTime start(QDate(2024, 3, 31), QTime(0, 30), Qt::UTC);
-        const QString table
-            = u"999=;2999=2 sec(s) ;3540000=59 min(s) ;3605000=1 hr(s) 5 sec(s) ;"
-              "7384000=2 hr(s) 3 min(s) 4 sec(s) ;93660000=26 hr(s) 1 min(s) ;-3690000="_s;
-        for (const QString& row : table.split(u';')) {
-            const QString ms = row.section(u'=', 0, 0);
-            QCOMPARE(ms + u'=' + timeTakenString(start, start.addMSecs(ms.toInt())), row);
-        }
+        for (const auto& [ms, text] : { std::pair(999, u""_s),
+                                        { 2'999, u"2 sec(s) "_s },
+                                        { 3'605'000, u"1 hr(s) 5 sec(s) "_s },
+                                        { 93'660'000, u"26 hr(s) 1 min(s) "_s },
+                                        { -3'690'000, u""_s } })
+            QCOMPARE(timeTakenString(start, start.addMSecs(ms)), text);
         QCOMPARE(timeTakenString({}, start) + timeTakenString(start, {}), u""_s);
         QCOMPARE(totalTimeTakenText(u"%1 %2"_s, 7, 8), u"Total Time Taken : %1 %2 7/8"_s);
         QCOMPARE(zeroTotalTimeTakenText(), u"Total Time Taken : 0 sec(s) 0/0"_s);

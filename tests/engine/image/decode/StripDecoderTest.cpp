@@ -2,22 +2,15 @@
 #include "engine/settings/Settings.h"
 #include "tests/support/ImageReaders.h"
 #include "tests/support/Testing.h"
+#include "tests/support/TextRows.h"
 #include "tests/support/TiffBuilder.h"
 
 #include <tiffio.h>
-#include <zlib.h>
 
 namespace {
 
-QByteArray deflated(const QByteArray& plain)
-{
-    auto size = compressBound(static_cast<uLong>(plain.size()));
-    QByteArray encoded(static_cast<qsizetype>(size), '\0');
-    compress(reinterpret_cast<Bytef*>(encoded.data()), &size,
-             reinterpret_cast<const Bytef*>(plain.constData()), static_cast<uLong>(plain.size()));
-    encoded.truncate(static_cast<qsizetype>(size));
-    return encoded;
-}
+/// Qt puts the length before the stream.
+QByteArray deflated(const QByteArray& plain) { return qCompress(plain).sliced(4); }
 
 /// In runs and literals that do not care where rows end.
 QByteArray packed(const QByteArray& plain)
@@ -49,45 +42,32 @@ class StripDecoderTest : public QObject
 private slots:
     void readsWhatIsSound_data()
     {
-        using Encode = QByteArray (*)(const QByteArray& plain);
-        QTest::addColumn<TestPage>("page");
-        QTest::addColumn<Encode>("encode");
-        QTest::addColumn<int>("moreRows"); // in the last strip
-        QTest::addColumn<int>("warnings");
-        const TestPage small("compression=8 height=33 rows=10");
-        const TestPage packBits("compression=32773 height=33 rows=10");
-        const TestPage large("compression=8 width=3000 height=1500 rows=1500");
-        const TestPage largePackBits("compression=32773 width=3000 height=1500 rows=1500");
-        QTest::newRow("deflate, filled up") << small << Encode(deflated) << 7 << 0;
-        QTest::newRow("deflate, more than filled up") << small << Encode(deflated) << 8 << 1;
-        QTest::newRow("PackBits, filled up") << packBits << Encode(packed) << 7 << 0;
-        QTest::newRow("PackBits, more than filled up") << packBits << Encode(packed) << 9 << 1;
-        QTest::newRow("large deflate") << large << Encode(deflated) << 0 << 0;
-        QTest::newRow("large deflate, one row too many") << large << Encode(deflated) << 1 << 1;
-        QTest::newRow("large PackBits, runs over rows")
-            << largePackBits << Encode(packed) << 0 << 0;
+        // What fills up the last strip is sound, and of a large one no row may be too many.
+        addTextRows({ "text", "moreRows", "warnings" }, R"(
+compression=8                                        | 7 | 0
+compression=8                                        | 8 | 1
+compression=32773                                    | 7 | 0
+compression=32773                                    | 9 | 1
+compression=8 width=3000 height=1500 rows=1500       | 0 | 0
+compression=8 width=3000 height=1500 rows=1500       | 1 | 1
+compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
+)");
     }
 
     void readsWhatIsSound()
     {
-        using Encode = QByteArray (*)(const QByteArray& plain);
-        QFETCH(TestPage, page);
-        QFETCH(Encode, encode);
-        QFETCH(int, moreRows);
-        QFETCH(int, warnings);
+        QFETCH(QString, text);
+        QFETCH(QString, moreRows);
+        TestPage page(qPrintable(text));
         for (int y = 0; y < page.height; y += page.rows) {
-            const bool isLast = y + page.rows >= page.height;
-            page.encoded.append(
-                encode(rowsOf(page, y, isLast ? page.height - y + moreRows : page.rows)));
+            const int left = page.height - y;
+            const QByteArray rows
+                = rowsOf(page, y, left <= page.rows ? left + moreRows.toInt() : page.rows);
+            page.encoded.append(page.compression == 8 ? deflated(rows) : packed(rows));
         }
         writeTiff(m_path, { page });
-        const Picture picture = converted();
-        QCOMPARE(difference(
-                     picture, { page.width, page.height, 1, 8 },
-                     [&](int x, int y, int c) { return static_cast<double>(page.at(x, y, c)); }, 0,
-                     7),
-                 QString());
-        QCOMPARE(m_warnings.size(), warnings);
+        QCOMPARE(differenceFrom(page, 7), QString());
+        QTEST(QString::number(m_warnings.size()), "warnings");
     }
 
     // Bytes of the header were taken for pixels.
@@ -137,66 +117,55 @@ private slots:
 
     void refusesStripsThatAreNotThere_data()
     {
-        QTest::addColumn<QByteArray>("page");
-        QTest::addColumn<QList<unsigned>>("patch"); // tag and its new value
-        QTest::addColumn<int>("rows"); // that are right all the same; 0: refused
-        QTest::newRow("in the header") << QByteArray("rows=33") << QList { 273U, 0U } << 0;
-        QTest::newRow("in the header, packed")
-            << QByteArray("rows=33 compression=32773") << QList { 273U, 4U } << 0;
-        QTest::newRow("one of several too small")
-            << QByteArray("rows=10") << QList { 278U, 11U } << 0;
-        QTest::newRow("tile too small")
-            << QByteArray("tileWidth=48 tileHeight=48") << QList { 325U, 2300U } << 0;
-        QTest::newRow("sub-sampled, too small")
-            << QByteArray("photometric=6 samples=3 rows=33") << QList { 279U, 400U } << 0;
-        QTest::newRow("the only one too small")
-            << QByteArray("rows=33") << QList { 279U, 1550U } << 0;
-        QTest::newRow("of unknown size") << QByteArray("rows=33") << QList { 279U, 0U } << 33;
-        // One strip, and a table of one: what is wrong is RowsPerStrip.
-        QTest::newRow("one strip of all rows") << QByteArray("rows=33") << QList { 278U, 8U } << 33;
+        // One strip of all rows, in a table of one, is right though its RowsPerStrip is wrong, and
+        // so is one of unknown size.
+        addTextRows({ "text", "tag", "value", "outcome" }, R"(
+rows=33                         | 273 | 0    | refused
+rows=33 compression=32773       | 273 | 4    | refused
+rows=10                         | 278 | 11   | refused
+tileWidth=48 tileHeight=48      | 325 | 2300 | refused
+photometric=6 samples=3 rows=33 | 279 | 400  | refused
+rows=33                         | 279 | 1550 | refused
+rows=33                         | 279 | 0    | right
+rows=33                         | 278 | 8    | right
+)");
     }
 
     void refusesStripsThatAreNotThere()
     {
-        QFETCH(QByteArray, page);
-        QFETCH(QList<unsigned>, patch);
-        QFETCH(int, rows);
-        TestPage test(page.constData());
-        if (test.photometric == 6) {
-            test.encoded = { QByteArray(24 * 17 * 6, 'y') };
-            test.moreTags = [](tiff* to) { TIFFSetField(to, TIFFTAG_YCBCRSUBSAMPLING, 2, 2); };
+        QFETCH(QString, text);
+        QFETCH(QString, tag);
+        QFETCH(QString, value);
+        TestPage page(qPrintable(text));
+        if (page.photometric == 6) {
+            page.encoded = { QByteArray(24 * 17 * 6, 'y') };
+            page.moreTags = [](tiff* to) { TIFFSetField(to, TIFFTAG_YCBCRSUBSAMPLING, 2, 2); };
         }
-        writeTiff(m_path, { test });
+        writeTiff(m_path, { page });
         QCOMPARE(converted().height, 33);
-        patchEntry(m_path, patch[0], patch[0], patch[1]);
+        patchEntry(m_path, tag.toUInt(), tag.toUInt(), value.toUInt());
         const Picture picture = converted();
-        QCOMPARE(picture.height, rows);
-        if (rows > 0)
-            QCOMPARE(difference(picture, { 47, 33, 1, 8 },
-                                [&](int x, int y, int c) {
-                                    return static_cast<double>(test.at(x, y, c));
-                                }),
-                     QString());
+        QTEST(picture.height == 0 ? u"refused"_s : u"right"_s, "outcome");
+        if (picture.height > 0)
+            QCOMPARE(differenceFrom(page), QString());
     }
 
     // "Extraneous bytes" of libjpeg hid that restart markers, and pixels with them, were lost.
     void judgesWhatIsLeftOfAJpegStream()
     {
         // 16 x 16 gray: four units, a marker after each two.
-        const auto judged = [](const QByteArray& coded, int left, const char* more = "\xFF\xD9") {
-            const QByteArray stream
-                = QByteArray::fromHex(
-                      "ffd8 ffdd00040002 ffc0000b08001000100101 1100 ffda0008010100003f00")
-                + coded + more;
-            return judgeJpegTail({ reinterpret_cast<const std::uint8_t*>(stream.constData()),
-                                   static_cast<std::size_t>(stream.size()) },
-                                 static_cast<std::uint64_t>(left));
+        const QByteArray start = QByteArray::fromHex(
+            "ffd8 ffdd00040002 ffc0000b08001000100101 1100 ffda0008010100003f00");
+        const auto judged = [&](const QByteArray& coded, unsigned left, const char* more) {
+            const QByteArray stream = start + coded + more;
+            return judgeJpegTail(span(stream), left);
         };
-        QCOMPARE(judged("abc\xFF\xD0xyz", 2), JpegTail::Unknown);
-        QCOMPARE(judged(QByteArray("abc\xFF\xD0xyz\0\0", 10), 2), JpegTail::Filler);
-        QCOMPARE(judged("abc\xFF\xD0xyz\xFF\xFF", 2), JpegTail::Filler);
-        QCOMPARE(judged("abcxyz", 2), JpegTail::LostRestarts);
-        QCOMPARE(judged(QByteArray("abc\xFF\x00\xD0xyz\0\0", 11), 2), JpegTail::LostRestarts);
+        const char* const end = "\xFF\xD9";
+        QCOMPARE(judged("abc\xFF\xD0xyz", 2, end), JpegTail::Unknown);
+        QCOMPARE(judged(QByteArray("abc\xFF\xD0xyz\0\0", 10), 2, end), JpegTail::Filler);
+        QCOMPARE(judged("abc\xFF\xD0xyz\xFF\xFF", 2, end), JpegTail::Filler);
+        QCOMPARE(judged("abcxyz", 2, end), JpegTail::LostRestarts);
+        QCOMPARE(judged(QByteArray("abc\xFF\x00\xD0xyz\0\0", 11), 2, end), JpegTail::LostRestarts);
         QCOMPARE(judged("abcxyz", 2, "\xFF\xDA"), JpegTail::Unknown); // another scan
         QCOMPARE(judgeJpegTail({}, 5), JpegTail::Unknown);
     }
@@ -210,8 +179,7 @@ private slots:
         const QByteArray lastBit = QByteArray::fromHex("ffda0008010100000010") + "e";
         const auto isWhole = [&](const QByteArray& scans) {
             const QByteArray stream = start + scans + "\xFF\xD9";
-            return hasAllScans({ reinterpret_cast<const std::uint8_t*>(stream.constData()),
-                                 static_cast<std::size_t>(stream.size()) });
+            return hasAllScans(span(stream));
         };
         QVERIFY(isWhole(coarse + detail + lastBit));
         QVERIFY(!isWhole(coarse + detail));
@@ -220,6 +188,14 @@ private slots:
     }
 
 private:
+    /// What is wrong with the pixels that "page.tif" is converted to, if they are to be `page`'s.
+    QString differenceFrom(const TestPage& page, int step = 1)
+    {
+        const auto expected
+            = [&](int x, int y, int c) { return static_cast<double>(page.at(x, y, c)); };
+        return difference(converted(), { page.width, page.height, 1, 8 }, expected, 0, step);
+    }
+
     /// The page of "page.tif" as PNG; what the image had to say is kept.
     Picture converted()
     {

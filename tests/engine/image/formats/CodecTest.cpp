@@ -105,6 +105,33 @@ PixelLayout layoutOf(int channels, int bits, bool isPalette = false)
 
 constexpr int pngWidth = 61;
 
+/// What zlib makes of `bytes`.
+Bytes deflated(const Bytes& bytes)
+{
+    uLongf size = compressBound(bytes.size());
+    Bytes stream(size);
+    compress2(stream.data(), &size, bytes.data(), bytes.size(), 6);
+    stream.resize(size);
+    return stream;
+}
+
+/// Rows of PNG, the filter of row y being kindOf(y).
+Bytes filtered(const Bytes& rows, const PixelLayout& layout,
+               const std::function<std::size_t(std::size_t y)>& kindOf)
+{
+    const auto rowBytes = static_cast<std::size_t>(layout.rowBytes(pngWidth));
+    Bytes above(rowBytes);
+    Bytes all;
+    RowFilter filter(rowBytes, std::max(1, layout.channels() * layout.bitsPerSample / 8));
+    for (std::size_t at = 0; at < rows.size(); at += rowBytes) {
+        all.resize(all.size() + 1 + rowBytes);
+        filter.apply(static_cast<RowFilter::Kind>(kindOf(at / rowBytes)), rows.data() + at,
+                     above.data(), &*all.end() - 1 - rowBytes);
+        above.assign(rows.data() + at, rows.data() + at + rowBytes);
+    }
+    return all;
+}
+
 /// The PNG file at `path` with what `writePixels` puts between header and end.
 void writePng(const QString& path, const PixelLayout& layout, std::size_t height,
               const std::function<void(PngChunks&)>& writePixels)
@@ -144,12 +171,21 @@ QString pngDifference(const QString& path, const Bytes& rows, const PixelLayout&
         });
 }
 
-std::size_t zlibSize(const Bytes& bytes)
+/// The same by the program's own coders. `atRow` is called before each row.
+void writePng(
+    const QString& path, const PixelLayout& layout, const Bytes& rows,
+    SpareThreads* threads = nullptr, std::size_t sectionBytes = PixelStream::usualSectionBytes,
+    const std::function<void(std::size_t y)>& atRow = [](std::size_t) {})
 {
-    uLongf size = compressBound(bytes.size());
-    Bytes stream(size);
-    compress2(stream.data(), &size, bytes.data(), bytes.size(), 6);
-    return size;
+    const auto rowBytes = static_cast<std::size_t>(layout.rowBytes(pngWidth));
+    const std::size_t height = rows.size() / rowBytes;
+    writePng(path, layout, height, [&](PngChunks& chunks) {
+        PixelStream data(layout, pngWidth, static_cast<int>(height), chunks, threads, sectionBytes);
+        for (std::size_t y = 0; y < height; ++y) {
+            atRow(y);
+            data.addRow(rows.data() + y * rowBytes);
+        }
+    });
 }
 
 void writeGif(const Bytes& indexes, int colors, int width, GifImage::Rows rows, const QString& path)
@@ -200,12 +236,13 @@ private slots:
         QTest::addColumn<Bytes>("bytes");
         for (const char* content : { "ramp", "noise", "random", "drawn", "runs" })
             QTest::newRow(content) << made(content, 200'000);
-        for (const std::size_t length : { 2, 3, 10, 257, 258, 259, 260, 517, 3277 }) {
-            Bytes bytes(20 * (length + 2), 7); // literals keep the runs apart
-            for (std::size_t i = 0; i < bytes.size(); i += length + 2)
-                bytes[i] = static_cast<std::uint8_t>(i);
-            QTest::addRow("runs of %zu", length) << bytes;
-        }
+        Bytes runs;
+        for (const std::size_t length : { 2, 3, 10, 257, 258, 259, 260, 517, 3277 })
+            for (std::size_t i = 0; i < 20; ++i) { // literals keep the runs apart
+                runs.push_back(static_cast<std::uint8_t>(i));
+                runs.resize(runs.size() + length, 77);
+            }
+        QTest::newRow("runs of the same length") << runs;
         for (const std::size_t count : { 0, 1, 3, 4, 65'534, 65'535, 65'536, 131'070, 300'001 })
             QTest::addRow("%zu bytes", count) << Bytes(count, 3);
         QTest::newRow("Fibonacci in one block") << fibonacci(21);
@@ -240,82 +277,52 @@ private slots:
         // Parts by several coders are one stream as well.
         MatchDeflate fast(1);
         MatchDeflate small(6);
-        for (const std::size_t partBytes : { 50'003, 997 }) {
+        for (const std::size_t partBytes : { 50'003, 7'997 }) {
             stream.clear();
-            const std::size_t parts = 1 + std::min<std::size_t>(bytes.size() / partBytes, 40);
-            const std::size_t used = std::min(bytes.size(), parts * partBytes);
-            for (std::size_t part = 0; part < parts; ++part) {
-                const std::size_t start = part * partBytes;
+            for (std::size_t start = 0, part = 0; start <= bytes.size(); start += partBytes) {
                 const auto piece
-                    = std::span(bytes).subspan(start, std::min(partBytes, used - start));
-                const bool isLast = part + 1 == parts;
-                if (part % 4 == 0)
-                    append(small, piece, isLast, stream);
-                else if (part % 4 == 2)
-                    append(fast, piece, isLast, stream);
-                else
+                    = std::span(bytes).subspan(start, std::min(partBytes, bytes.size() - start));
+                const bool isLast = start + partBytes > bytes.size();
+                if (++part % 2 == 0)
                     append(runs, piece, isLast, stream);
+                else
+                    append(part % 4 == 1 ? small : fast, piece, isLast, stream);
             }
-            QVERIFY(inflated(stream, used)
-                    == Bytes(bytes.begin(), bytes.begin() + qsizetype(used)));
+            QVERIFY(inflated(stream, bytes.size()) == bytes);
         }
     }
 
     void writesPngThatLibpngReads_data()
     {
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<int>("bits");
-        QTest::addColumn<bool>("isPalette");
+        QTest::addColumn<PixelLayout>("layout");
         for (const int bits : { 1, 4, 8 })
-            QTest::addRow("palette, %d bits", bits) << 1 << bits << true;
+            QTest::addRow("palette, %d bits", bits) << layoutOf(1, bits, true);
         for (const int bits : { 1, 2, 4, 8, 16 })
-            QTest::addRow("gray, %d bits", bits) << 1 << bits << false;
+            QTest::addRow("gray, %d bits", bits) << layoutOf(1, bits);
         for (const int channels : { 2, 3, 4 })
             for (const int bits : { 8, 16 })
-                QTest::addRow("%d channels, %d bits", channels, bits) << channels << bits << false;
+                QTest::addRow("%d channels, %d bits", channels, bits) << layoutOf(channels, bits);
     }
 
     void writesPngThatLibpngReads()
     {
-        QFETCH(int, channels);
-        QFETCH(int, bits);
-        QFETCH(bool, isPalette);
-        const PixelLayout layout = layoutOf(channels, bits, isPalette);
+        QFETCH(PixelLayout, layout);
         const auto rowBytes = static_cast<std::size_t>(layout.rowBytes(pngWidth));
         constexpr std::size_t height = 90;
         for (const char* content : { "flat", "ramp", "drawn", "noise", "random" }) {
             const Bytes rows = made(content, rowBytes * height, rowBytes);
             for (const std::size_t sectionBytes :
                  { std::size_t { 1 }, 7 * rowBytes, PixelStream::usualSectionBytes }) {
-                writePng(m_path, layout, height, [&](PngChunks& chunks) {
-                    PixelStream data(layout, pngWidth, height, chunks, nullptr, sectionBytes);
-                    for (std::size_t y = 0; y < height; ++y)
-                        data.addRow(rows.data() + y * rowBytes);
-                });
-                const QString difference = pngDifference(m_path, rows, layout);
-                QVERIFY2(difference.isEmpty(),
-                         qPrintable(QString::fromLatin1(content) + u": "_s + difference));
+                writePng(m_path, layout, rows, nullptr, sectionBytes);
+                QVERIFY2(pngDifference(m_path, rows, layout).isEmpty(), content);
             }
-            // Each filter in turn, compressed by zlib.
-            Bytes filtered((1 + rowBytes) * height);
-            const Bytes zeros(rowBytes);
-            RowFilter filter(rowBytes, std::max(1, channels * bits / 8));
-            for (std::size_t y = 0; y < height && bits == 8; ++y) {
-                const std::uint8_t* row = rows.data() + y * rowBytes;
-                std::uint8_t* out = filtered.data() + y * (1 + rowBytes);
-                filter.apply(static_cast<RowFilter::Kind>(y % 5), row,
-                             y == 0 ? zeros.data() : row - rowBytes, out);
-                QCOMPARE(std::size_t { *out }, y % 5);
-            }
-            if (bits != 8)
+            if (layout.bitsPerSample == 16)
                 continue;
-            writePng(m_path, layout, height, [&](PngChunks& chunks) {
-                uLongf size = compressBound(filtered.size());
-                Bytes stream(size);
-                compress(stream.data(), &size, filtered.data(), filtered.size());
-                chunks.write({ "IDAT" }, std::span(stream).first(size));
-            });
-            QCOMPARE(pngDifference(m_path, rows, layout), QString());
+            // Each filter in turn, compressed by zlib.
+            const Bytes all = filtered(rows, layout, [](std::size_t y) { return y % 5; });
+            writePng(m_path, layout, height,
+                     [&](PngChunks& chunks) { chunks.write({ "IDAT" }, deflated(all)); });
+            QVERIFY2(pngDifference(m_path, rows, layout).isEmpty(), content);
         }
     }
 
@@ -329,22 +336,14 @@ private slots:
             const Bytes part = made(content, 1500 * rowBytes, rowBytes);
             rows.insert(rows.end(), part.begin(), part.end());
         }
-        const std::size_t height = rows.size() / rowBytes;
-        for (const int spare : { 0, 1, 2, 9 }) {
-            SpareThreads threads(1 + spare);
+        for (const int spare : { 1, 2, 9 }) {
+            SpareThreads threads(spare);
             ThreadClaim other = threads.take(); // until the second section begins
-            writePng(m_path, layout, height, [&](PngChunks& chunks) {
-                PixelStream data(layout, pngWidth, static_cast<int>(height), chunks, &threads,
-                                 sectionRows * (1 + rowBytes));
-                for (std::size_t y = 0; y < height; ++y) {
-                    if (y == sectionRows)
-                        other.giveBack();
-                    data.addRow(rows.data() + y * rowBytes);
-                }
-            });
+            writePng(m_path, layout, rows, &threads, sectionRows * (1 + rowBytes),
+                     [&](std::size_t y) { y == sectionRows ? other.giveBack() : void(); });
             QCOMPARE(pngDifference(m_path, rows, layout), QString());
             std::vector<ThreadClaim> all;
-            for (int i = 0; i < 1 + spare; ++i)
+            for (int i = 0; i < spare; ++i)
                 all.push_back(threads.tryTake());
             QVERIFY(std::all_of(all.begin(), all.end(), [](const auto& claim) { return !!claim; }));
         }
@@ -354,31 +353,15 @@ private slots:
     void isNearlyAsSmallAsZlibWithTheBestFilter()
     {
         const PixelLayout layout = layoutOf(1, 8);
-        constexpr std::size_t height = 3000;
         for (const char* content : { "flat", "ramp", "drawn", "noise", "runs", "random" }) {
-            const Bytes rows = made(content, pngWidth * height, pngWidth);
-            writePng(m_path, layout, height, [&](PngChunks& chunks) {
-                PixelStream data(layout, pngWidth, height, chunks);
-                for (std::size_t y = 0; y < height; ++y)
-                    data.addRow(rows.data() + y * pngWidth);
-            });
+            const Bytes rows = made(content, 3000 * pngWidth, pngWidth);
+            writePng(m_path, layout, rows);
             std::size_t best = rows.size() * 2;
-            const Bytes zeros(pngWidth);
-            for (const int kind : { 0, 1, 2, 3, 4 }) {
-                Bytes filtered((1 + pngWidth) * height);
-                RowFilter filter(pngWidth, 1);
-                for (std::size_t y = 0; y < height; ++y) {
-                    const std::uint8_t* row = rows.data() + y * pngWidth;
-                    filter.apply(static_cast<RowFilter::Kind>(kind), row,
-                                 y == 0 ? zeros.data() : row - pngWidth,
-                                 filtered.data() + y * (1 + pngWidth));
-                }
-                best = std::min(best, zlibSize(filtered));
-            }
+            for (const std::size_t kind : { 0, 1, 2, 3, 4 })
+                best = std::min(
+                    best, deflated(filtered(rows, layout, [&](auto) { return kind; })).size());
             const auto size = static_cast<double>(QFileInfo(m_path).size());
-            QVERIFY2(
-                size < 1.1 * static_cast<double>(best) + 500,
-                qPrintable(u"%1: %2, not %3"_s.arg(QLatin1String(content)).arg(size).arg(best)));
+            QVERIFY2(size < 1.1 * static_cast<double>(best) + 500, content);
         }
     }
 
@@ -387,12 +370,11 @@ private slots:
         QTest::addColumn<int>("colors");
         QTest::addColumn<int>("width");
         QTest::addColumn<int>("height");
-        for (const int colors : { 2, 3, 4, 16, 17, 256 }) {
+        for (const int colors : { 2, 3, 16, 17, 256 }) {
             QTest::addRow("%d colors, random", colors) << colors << 701 << 211;
-            QTest::addRow("%d colors, runs", colors) << colors << 1733 << 1201;
-            QTest::addRow("%d colors, ramp", colors) << colors << 523 << 90;
+            QTest::addRow("%d colors, runs", colors) << colors << 933 << 801;
         }
-        for (const int width : { 1, 8, 64, 65 })
+        for (const int width : { 1, 8, 65 })
             QTest::addRow("%d wide, random", width) << 2 << width << 200;
         QTest::newRow("2 colors by turns and flat, dither") << 2 << 523 << 90;
         QTest::newRow("single pixel, flat") << 2 << 1 << 1;

@@ -1,17 +1,13 @@
 #include "engine/image/pixels/ReadAheadRows.h"
 
-#include "engine/image/PrefetchedPage.h"
-#include "engine/settings/Settings.h"
 #include "tests/support/Testing.h"
-#include "tests/support/TiffBuilder.h"
 
 namespace {
 
-/// What a source does, and what became of it.
+/// What a source of 3000 rows does, and what became of it.
 struct Script
 {
     int width = 600;
-    int height = 3000;
     int bandRows = 700;
     int lastRow = 3000; ///< there the source ends, before its height as well
     bool fails = false; ///< it does so with an exception
@@ -27,7 +23,7 @@ class ScriptedRows : public RowSource
 {
 public:
     explicit ScriptedRows(Script& script)
-        : RowSource(script.width, script.height, {})
+        : RowSource(script.width, 3000, {})
         , m_script(script)
     {
     }
@@ -55,28 +51,26 @@ private:
     int m_row = 0;
 };
 
-/// What comes out of `rows`: messages and runs of correct rows in their order.
-QStringList story(RowSource& rows, const std::function<void(int row)>& atBand)
+/// What comes out of the rows of `script`: wrong samples, the number of rows and the reason why
+/// they end. The claim is given back at row `spareFromRow`, if it is one.
+QStringList story(Script& script, SpareThreads& threads, ThreadClaim other, int spareFromRow)
 {
+    ReadAheadRows rows(std::make_unique<ScriptedRows>(script), threads);
     QStringList told;
     int next = 0;
-    try {
-        for (;;) {
-            atBand(next);
-            const Band band = rows.nextBand();
-            if (band.rows == 0)
-                break;
+    const QString reason = reasonOf([&] {
+        for (Band band { nullptr, 1, 0 }; band.rows > 0;) {
+            if (next >= spareFromRow)
+                other.giveBack();
+            band = rows.nextBand();
             for (int i = 0; i < band.rows; ++i, ++next)
-                for (int x = 0; x < rows.widthPx(); ++x)
+                for (int x = 0; x < script.width; ++x)
                     if (band.row(i)[x] != sampleAt(x, next))
                         told << u"wrong sample %1 in row %2"_s.arg(x).arg(next);
         }
-        if (rows.nextBand().rows != 0)
-            told << u"rows after the end"_s;
-    } catch (const std::runtime_error& error) {
-        told << QString::fromStdString(error.what());
-    }
-    return told << u"%1 rows"_s.arg(next);
+        next += rows.nextBand().rows; // none
+    });
+    return told << u"%1 rows"_s.arg(next) << reason;
 }
 
 } // namespace
@@ -113,26 +107,14 @@ private slots:
         const Script script {
             .width = width, .bandRows = bandRows, .lastRow = lastRow, .fails = fails
         };
+        const QStringList expected { u"%1 rows"_s.arg(lastRow),
+                                     fails ? u"the rows are torn"_s : QString() };
         SpareThreads threads(1);
-        ThreadClaim other = threads.take();
         Script alone = script;
-        const QStringList expected = [&] {
-            ReadAheadRows rows(std::make_unique<ScriptedRows>(alone), threads);
-            return story(rows, [](int) {});
-        }();
-        QCOMPARE(expected.last(), u"%1 rows"_s.arg(lastRow));
-        QCOMPARE(expected.count(u"the rows are torn"_s), fails ? 1 : 0);
+        QCOMPARE(story(alone, threads, threads.take(), script.lastRow + 1), expected);
         QCOMPARE(alone.readers, std::set { std::this_thread::get_id() });
-
         Script helped = script;
-        {
-            ReadAheadRows rows(std::make_unique<ScriptedRows>(helped), threads);
-            const QStringList told = story(rows, [&](int row) {
-                if (row >= spareFromRow)
-                    other.giveBack();
-            });
-            QCOMPARE(told, expected);
-        }
+        QCOMPARE(story(helped, threads, threads.take(), spareFromRow), expected);
         QCOMPARE(helped.readers.size(), spareFromRow == 0 ? 1U : 2U);
         QVERIFY(helped.readers != alone.readers);
         QVERIFY(threads.tryTake());
@@ -152,50 +134,6 @@ private slots:
             QVERIFY(script.isGone && threads.tryTake());
             // Four lie in the ring, of which one is in use, and one waits for room.
             QVERIFY2(script.bands <= taken + 4, qPrintable(QString::number(script.bands)));
-        }
-    }
-
-    void writesTheSameFileWithSpareThreads_data()
-    {
-        QTest::addColumn<TestPage>("page");
-        QTest::addColumn<QString>("extension");
-        const auto large = [](TestPage page) {
-            page.width = 2048;
-            page.height = 2048;
-            page.rows = 100;
-            page.sample = [](int x, int y, int c) -> std::uint64_t {
-                return static_cast<unsigned>(x / 8 * (c + 1) + y / 4 + (y / 512 % 2) * (x * y % 64))
-                    & 255U;
-            };
-            return page;
-        };
-        for (const QString& name : { u"jpg rgb"_s, u"png rgb"_s, u"bmp fax"_s,
-                                     u"bmp rgb orientation=6"_s, u"gif rgb"_s, u"tiff rgb"_s })
-            QTest::newRow(qPrintable(name))
-                << large(qPrintable(name.section(u' ', 1))) << name.section(u' ', 0, 0);
-    }
-
-    void writesTheSameFileWithSpareThreads()
-    {
-        QFETCH(TestPage, page);
-        QFETCH(QString, extension);
-        SinglePage single(page);
-        Settings settings(nullptr);
-        QByteArray alone;
-        for (const int spare : { 0, 2 }) {
-            SpareThreads threads(spare);
-            std::vector<ThreadClaim> given;
-            const QString path = single.path(u"%1.%2"_s.arg(spare).arg(extension));
-            QVERIFY2(single.image().save(path, settings, {}, &threads),
-                     qPrintable(single.image().failureReason()));
-            if (spare == 0)
-                alone = bytesOf(path);
-            QVERIFY(bytesOf(path).size() > 1000);
-            QVERIFY(bytesOf(path) == alone);
-            for (int i = 0; i < spare; ++i)
-                given.push_back(threads.tryTake());
-            QVERIFY(
-                std::all_of(given.begin(), given.end(), [](const auto& claim) { return !!claim; }));
         }
     }
 };
