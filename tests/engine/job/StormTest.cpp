@@ -24,7 +24,6 @@ struct Outcome
     QStringList events; ///< with the lines of the system log between them, without durations
     QByteArray log;
     QMap<QString, QByteArray> files; ///< contents and permissions
-    QStringList changes; ///< words of TestFolder::changes
 };
 
 JobFixture* watchedJob
@@ -49,9 +48,25 @@ QMap<QString, QByteArray> filesOf(const JobFixture& fixture)
     return files;
 }
 
-QStringList changesOf(const JobFixture& fixture)
+/// What `fixture` has shown and left after `run`, which may throw a number. Whether the log says
+/// that it was cancelled is left out: the stop may come while the log is written.
+Outcome outcomeOf(JobFixture& fixture, const std::function<void()>& run)
 {
-    return fixture.folder.changes().split(u' ', Qt::SkipEmptyParts);
+    watchedJob = &fixture;
+    try {
+        run();
+    } catch (int thrown) {
+        fixture.events.append(u"thrown %1"_s.arg(thrown));
+    }
+    watchedJob = nullptr;
+    static const QRegularExpression taken(
+        u"^timeTaken.*|(?<=Total Time Taken :).*(?= \\d+/\\d+$)"_s);
+    return { fixture.events.replaceInStrings(taken, {}),
+             QString::fromUtf8(documentOf(*fixture.job.log()))
+                 .remove(fixture.folder.path({}))
+                 .remove(QRegularExpression(u"((Start|End)(Time)?|Cancelled)=\"[^\"]*\""_s))
+                 .toUtf8(),
+             filesOf(fixture) };
 }
 
 /// What happens in a run of JobFixture with `jobs`. `trap`, if any, is called with the number of
@@ -64,22 +79,8 @@ Outcome outcome(const QString& sources, const QString& changes, int jobs,
     qsizetype number = 0;
     if (trap)
         fixture.onEvent = [&](const QString&) { trap(fixture, number++); };
-    watchedJob = &fixture;
     jobThread = std::this_thread::get_id();
-    try {
-        fixture.run();
-    } catch (int thrown) {
-        fixture.events.append(u"thrown %1"_s.arg(thrown));
-    }
-    watchedJob = nullptr;
-    static const QRegularExpression taken(
-        u"^timeTaken.*|(?<=Total Time Taken :).*(?= \\d+/\\d+$)"_s);
-    return { fixture.events.replaceInStrings(taken, {}),
-             QString::fromUtf8(documentOf(*fixture.job.log()))
-                 .remove(fixture.folder.path({}))
-                 .remove(QRegularExpression(u"(Start|End)(Time)?=\"[^\"]*\""_s))
-                 .toUtf8(),
-             filesOf(fixture), changesOf(fixture) };
+    return outcomeOf(fixture, [&] { fixture.run(); });
 }
 
 /// The first difference between two outcomes; empty when there is none.
@@ -187,65 +188,46 @@ QString watched(JobFixture& fixture, const std::atomic_int& told, int stopAt)
     return fixture.folder.entries().keys().filter(u".pagestack-"_s).join(u' '); // left behind
 }
 
-/// What is wrong with the order of the announcements and the message at the end.
-QString faultInAnnouncements(const JobFixture& fixture)
-{
-    const QStringList& events = fixture.events;
-    QStringList jobsOwn = events;
-    jobsOwn.removeAll(u"stop asked"_s);
-    jobsOwn.removeAll(u"isCombining false"_s);
-    if (events.count(u"isCompleted true"_s) != 1 || jobsOwn.last() != u"isCompleted true")
-        return u"not completed once and last"_s;
-    const qsizetype asked = events.indexOf(u"stop asked"_s);
-    const qsizetype stopped = events.indexOf(u"isCombining false"_s);
-    if (events.sliced(stopped).filter(QRegularExpression(u"^page "_s)).size() > 1) // that in hand
-        return u"goes on after the stop"_s;
-    const qsizetype told = events.lastIndexOf(QRegularExpression(u"^message .*"_s));
-    const QString message = fixture.job.message();
-    if (message == u"Process cancelled!" ? asked < 0 || asked > told
-                                         : stopped < told - 1 && !message.startsWith(u"Pagestack "))
-        return message;
-    return {};
-}
-
-QString faultInFiles(const JobFixture& fixture, const Outcome& whole)
-{
-    const QStringList changes = changesOf(fixture);
-    const QStringList written = fixture.events.filter(QRegularExpression(u"^written "_s));
-    for (const QString& event : written) {
-        const QString path = event.section(u' ', 2, 2);
-        const QString left = changes.filter(path).value(0);
-        // As the whole run leaves it, or the first pages of that.
-        const bool isStart = !whole.changes.filter(left.chopped(1) + u',').isEmpty()
-            && left.section(u'[', 1).count(u'/') == event.section(u' ', 3).toInt();
-        if (left.isEmpty() || (filesOf(fixture).value(path) != whole.files.value(path) && !isStart))
-            return u"incomplete: "_s + path + left;
-    }
-    if (written.size() != changes.size() || written.size() != fixture.job.totalFileCreated())
-        return u"announced %1, there is %2"_s.arg(written.join(u' '), changes.join(u' '));
-    return {};
-}
-
-/// Carries out one run, watched by a thread of its own, and returns what is wrong with it.
+/// Carries out one run, watched by a thread of its own, and returns what is wrong with it: it must
+/// be like a run of one thread that is stopped at an event next to which the stop came.
 QString faultOf(const Draw& draw, int& cancelled)
 {
     JobFixture fixture(draw.sources, draw.changes + u" jobs=%1"_s.arg(draw.jobs));
     std::atomic_int told = 0;
     fixture.onEvent = [&](const QString&) { ++told; };
     QString fault;
-    std::thread window([&] { fault = watched(fixture, told, draw.stopAt); });
-    WorkerThread worker([&] { fixture.run(); });
-    QEventLoop loop;
-    QObject::connect(&worker, &QThread::finished, &loop, &QEventLoop::quit);
-    worker.start();
-    if (draw.hasEventLoop)
-        loop.exec();
-    joinWorker(worker);
-    window.join();
+    Outcome found = outcomeOf(fixture, [&] {
+        std::thread window([&] { fault = watched(fixture, told, draw.stopAt); });
+        WorkerThread worker([&] {
+            jobThread = std::this_thread::get_id();
+            fixture.run();
+        });
+        QEventLoop loop;
+        QObject::connect(&worker, &QThread::finished, &loop, &QEventLoop::quit);
+        worker.start();
+        if (draw.hasEventLoop)
+            loop.exec();
+        joinWorker(worker);
+        window.join();
+    });
     cancelled += fixture.job.message() == u"Process cancelled!" ? 1 : 0;
-    if (fault.isEmpty())
-        fault = faultInAnnouncements(fixture);
-    return fault.isEmpty() ? faultInFiles(fixture, draw.whole) : fault;
+    const qsizetype asked = found.events.indexOf(u"stop asked"_s);
+    const qsizetype stopped = std::max(asked, found.events.indexOf(u"isCombining false"_s));
+    found.events.removeAll(u"stop asked"_s);
+    const auto differenceFrom = [&](Outcome expected) {
+        for (QStringList* events : { &expected.events, &found.events })
+            events->removeAll(u"isCombining false"_s); // the stop's own, which may come late
+        return difference(expected, found);
+    };
+    QString different = differenceFrom(draw.whole);
+    for (qsizetype k = std::max<qsizetype>(0, asked - 1);
+         asked >= 0 && k <= stopped && !different.isEmpty(); ++k)
+        different = differenceFrom(
+            outcome(draw.sources, draw.changes, 1, [&](JobFixture& one, qsizetype number) {
+                if (number == k)
+                    one.job.stop();
+            }));
+    return fault.isEmpty() ? different : fault;
 }
 
 qsizetype countOf(const QString& folder, const QString& names = {})
