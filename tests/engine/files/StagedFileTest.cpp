@@ -269,7 +269,7 @@ private slots:
 
     void refusesTargetsThatAreNoFiles_data()
     {
-        addTextRows({ "name", "reason" }, R"(
+        addTextRows(R"(
 folder    | a folder of that name is in the way
 pipe      | what is there is no regular file
 protected | the file there is write-protected
@@ -282,7 +282,7 @@ file/a    | cannot create a file in the folder: Not a directory
 
     void refusesTargetsThatAreNoFiles()
     {
-        QFETCH(QString, name);
+        const auto [name, reason] = textRow<2>();
         QVERIFY(QDir(m_folder->path()).mkdir(u"folder"_s));
         QCOMPARE(::mkfifo(QFile::encodeName(path(u"pipe"_s)).constData(), 0600), 0);
         QVERIFY(QFile::link(u"loop"_s, path(u"loop"_s)));
@@ -290,7 +290,8 @@ file/a    | cannot create a file in the folder: Not a directory
         putBytes(path(u"protected"_s), "old");
         setPermissions(path(u"protected"_s), 0444);
         const QStringList before = namesIn(m_folder->path());
-        QTEST(reasonOf([&] { StagedFile file(name.isEmpty() ? name : path(name)); }), "reason");
+        const QString target = name.isEmpty() ? name : path(name);
+        QCOMPARE(reasonOf([&] { StagedFile file(target); }), reason);
         QCOMPARE(namesIn(m_folder->path()), before);
     }
 
@@ -316,7 +317,7 @@ file/a    | cannot create a file in the folder: Not a directory
 
     void leavesNothingOnAFullDisk_data()
     {
-        addTextRows({ "name", "size" }, R"(
+        addTextRows(R"(
 a.png  | width=700 height=700
 a.jpg  | width=700 height=700
 a.bmp  | width=700 height=700
@@ -329,8 +330,7 @@ a.jpg  | width=100 height=100
     // Large ones meet it on the way, the small one at the end.
     void leavesNothingOnAFullDisk()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, size);
+        const auto [name, size] = textRow<2>();
         TestPage page(qPrintable(u"rgb "_s + size));
         page.sample = [](int x, int y, int c) { // hard to compress
             const auto seed = static_cast<std::uint64_t>(x * 7919 ^ y * 104'729 ^ c * 1'299'709);

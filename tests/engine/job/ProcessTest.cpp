@@ -77,12 +77,11 @@ isCompleted true)"_s;
 
     void converts_data()
     {
-        QTest::addColumn<QString>("sources");
-        QTest::addColumn<QString>("changes");
-        QTest::addColumn<QString>("summary");
-        const auto row
-            = [](const char* name, const QString& sources, const QString& changes,
-                 const QString& summary) { QTest::newRow(name) << sources << changes << summary; };
+        QTest::addColumn<QStringList>("texts");
+        const auto row = [](const char* name, const QString& sources, const QString& changes,
+                            const QString& summary) {
+            QTest::newRow(name) << QStringList { sources, changes, summary };
+        };
         row("nothing", {}, u"isOpenFolderAfterConversion=true"_s,
             u"0/0 All files converted successfully."_s);
         row("one page each", u"a.tif:W b.tif:W"_s, u"isOpenFolderAfterConversion=true"_s,
@@ -204,9 +203,7 @@ trouble in/b.tif 0 *
 
     void converts()
     {
-        QFETCH(const QString, sources);
-        QFETCH(const QString, changes);
-        QFETCH(const QString, summary);
+        const auto [sources, changes, summary] = textRow<3>();
         JobFixture fixture(sources, changes);
         if (!changes.contains(u"separator"))
             fixture.settings.setSeparator(QString());
@@ -253,7 +250,7 @@ trouble in/b.tif 0 *
 
     void keepsWhatHasComeToATarget_data()
     {
-        addTextRows({ "changes", "existing", "source", "trouble", "end" }, R"(
+        addTextRows(R"(
 outputType=1|skip |1 pages [] a1.png 1 Skipped, a2.png 2 *|   | 1/1 out/a1.png out/a2.png All *
 outputType=1|error|1 pages [] a1.png 1 Unable to save *   | 1 | 1/1 out/a1.png out/a2.png All *
 outputType=2|skip |0 pages [] a.tiff 1 Skipped, a.tiff 2 *|   | 1/0 out/a.tiff[101/8] Total 0 *
@@ -263,18 +260,15 @@ outputType=2|error|2 pages [] a.tiff 1 Completed, a.tiff *| 0 | 1/0 out/a.tiff[1
 
     void keepsWhatHasComeToATarget()
     {
-        QFETCH(const QString, changes);
-        QFETCH(const QString, existing);
-        QFETCH(const QString, source);
-        QFETCH(const QString, trouble);
-        QFETCH(const QString, end);
+        const auto [changes, existing, source, trouble, end] = textRow<5>();
         JobFixture fixture(u"a.tif:WW"_s, changes + u" jobs=1"_s);
         fixture.job.setKeepsExisting(true);
+        const bool isSkipped = existing == u"skip";
         fixture.job.setTargetFilter([&](const QString& path) {
             const bool isFree = !QFile::exists(path);
             if (isFree && !path.endsWith(u"a2.png")) // It comes as soon as somebody has looked.
                 fixture.folder.make(u"out/%1:V"_s.arg(lastPathComponent(path)));
-            return isFree || existing == u"error";
+            return isFree || !isSkipped;
         });
         fixture.run();
         QStringList lines { u"in/a.tif to out, "_s + source };
@@ -289,7 +283,7 @@ outputType=2|error|2 pages [] a.tiff 1 Completed, a.tiff *| 0 | 1/0 out/a.tiff[1
     void bringsTheRunToItsEndAfterAnException_data()
     {
         // Without a reason it is no failure of the run that a message could tell.
-        addTextRows({ "reason", "place", "changes", "message" }, R"(
+        addTextRows(R"(
 no line to write on | 1/2               | out/a1.png | Pagestack unable able to convert some *
                     | In Process... 1/2 | out/a1.png | Total 1 files converted successfully.
                     | page in/a.tiff 1 in/a.tiff Written | | Total 0 files converted successfully.
@@ -298,16 +292,13 @@ no line to write on | 1/2               | out/a1.png | Pagestack unable able to 
 
     void bringsTheRunToItsEndAfterAnException()
     {
-        QFETCH(const QString, reason);
-        QFETCH(const QString, place); // the event that an observer fails at
-        QFETCH(const QString, changes);
-        QFETCH(const QString, message);
+        const auto [reason, place, changes, message] = textRow<4>();
         const bool isTogether = changes.isEmpty();
         JobFixture fixture(isTogether ? u"a.tiff:WW b.tiff:W"_s : u"a.tif:W b.tif:W"_s,
                            isTogether ? u"outputType=2 outputFolderPath="_s : QString());
-        fixture.onEvent = [=](const QString& met) {
-            if (met.endsWith(place) && !reason.isEmpty())
-                throw std::runtime_error(reason.toStdString());
+        fixture.onEvent = [place = place, what = reason.toStdString()](const QString& met) {
+            if (met.endsWith(place) && !what.empty())
+                throw std::runtime_error(what);
             if (met.endsWith(place))
                 throw 7;
         };

@@ -1,6 +1,7 @@
 #include "engine/settings/Settings.h"
 #include "tests/support/ImageReaders.h"
 #include "tests/support/Testing.h"
+#include "tests/support/TextRows.h"
 #include "tests/support/TiffBuilder.h"
 
 #include <QtEndian>
@@ -77,40 +78,35 @@ private slots:
 
     void savesNoPageWithTheStripOfAnother_data()
     {
-        QTest::addColumn<QByteArray>("page");
-        QTest::addColumn<QByteArray>("strip");
-        const char* const jpeg = "compression=7";
-        const char* const jbig = "bits=1 compression=34661";
-        QTest::newRow("fax that ends early")
-            << QByteArray("fax") << stripOf(wholeStrip("height=10 fax"));
-        QTest::newRow("narrow fax without ends of line")
-            << QByteArray("bits=1 compression=2")
-            << stripOf(wholeStrip("width=40 bits=1 compression=2"));
-        QTest::newRow("low JPEG") << QByteArray(jpeg)
-                                  << stripOf(wholeStrip("height=16 compression=7"));
-        QTest::newRow("narrow JPEG")
-            << QByteArray(jpeg) << stripOf(wholeStrip("width=16 compression=7"));
-        QTest::newRow("JPEG with something between its segments")
-            << QByteArray(jpeg) << stripOf(wholeStrip(jpeg)).insert(2, "xx");
-        QTest::newRow("large JBIG")
-            << QByteArray(jbig) << stripOf(wholeStrip("width=470 bits=1 compression=34661"));
-        // Its decoder ends the program where there is not so much memory; the bits are turned
-        // round.
-        QTest::newRow("huge JBIG")
-            << QByteArray(jbig) << stripOf(wholeStrip(jbig)).replace(4, 8, QByteArray(8, '\x7F'));
+        // A fax that ends early and one without ends of line; JPEG and JBIG of another size; JPEG
+        // with something between its segments; JBIG of a size, its bits turned round, that ends the
+        // program in its decoder where there is not so much memory.
+        addTextRows(R"(
+fax                      | height=10 fax                      |
+bits=1 compression=2     | width=40 bits=1 compression=2      |
+compression=7            | height=16 compression=7            |
+compression=7            | width=16 compression=7             |
+compression=7            | compression=7                      | xx
+bits=1 compression=34661 | width=470 bits=1 compression=34661 |
+bits=1 compression=34661 | bits=1 compression=34661           | huge
+)");
     }
 
     void savesNoPageWithTheStripOfAnother()
     {
-        QFETCH(QByteArray, page);
-        QFETCH(QByteArray, strip);
+        const auto [text, other, change] = textRow<3>();
         m_folder = std::make_unique<QTemporaryDir>();
         const QString path = m_folder->filePath(u"page.tif"_s);
-        TestPage test = wholeStrip(page);
+        TestPage test = wholeStrip(qPrintable(text));
         test.encoded = { stripOf(test) };
         writeTiff(path, { test });
         QVERIFY(TiffDocument(path).page(0).save(m_folder->filePath(u"a.png"_s), Settings(nullptr)));
         QVERIFY(QFile::remove(m_folder->filePath(u"a.png"_s)));
+        QByteArray strip = stripOf(wholeStrip(qPrintable(other)));
+        if (change == u"huge")
+            strip.replace(4, 8, QByteArray(8, '\x7F'));
+        else if (!change.isEmpty())
+            strip.insert(2, "xx");
         test.encoded = { strip };
         writeTiff(path, { test });
         QVERIFY(isRefused(test));

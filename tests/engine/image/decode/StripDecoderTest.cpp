@@ -43,7 +43,7 @@ private slots:
     void readsWhatIsSound_data()
     {
         // What fills up the last strip is sound, and of a large one no row may be too many.
-        addTextRows({ "text", "moreRows", "warnings" }, R"(
+        addTextRows(R"(
 compression=8                                        | 7 | 0
 compression=8                                        | 8 | 1
 compression=32773                                    | 7 | 0
@@ -56,8 +56,7 @@ compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
 
     void readsWhatIsSound()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, moreRows);
+        const auto [text, moreRows, warnings] = textRow<3>();
         TestPage page(qPrintable(text));
         for (int y = 0; y < page.height; y += page.rows) {
             const int left = page.height - y;
@@ -67,7 +66,7 @@ compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
         }
         writeTiff(m_path, { page });
         QCOMPARE(differenceFrom(page, 7), QString());
-        QTEST(QString::number(m_warnings.size()), "warnings");
+        QCOMPARE(QString::number(m_warnings.size()), warnings);
     }
 
     // Bytes of the header were taken for pixels.
@@ -119,7 +118,7 @@ compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
     {
         // One strip of all rows, in a table of one, is right though its RowsPerStrip is wrong, and
         // so is one of unknown size.
-        addTextRows({ "text", "tag", "value", "outcome" }, R"(
+        addTextRows(R"(
 rows=33                         | 273 | 0    | refused
 rows=33 compression=32773       | 273 | 4    | refused
 rows=10                         | 278 | 11   | refused
@@ -133,9 +132,7 @@ rows=33                         | 278 | 8    | right
 
     void refusesStripsThatAreNotThere()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, tag);
-        QFETCH(QString, value);
+        const auto [text, tag, value, outcome] = textRow<4>();
         TestPage page(qPrintable(text));
         if (page.photometric == 6) {
             page.encoded = { QByteArray(24 * 17 * 6, 'y') };
@@ -145,7 +142,7 @@ rows=33                         | 278 | 8    | right
         QCOMPARE(converted().height, 33);
         patchEntry(m_path, tag.toUInt(), tag.toUInt(), value.toUInt());
         const Picture picture = converted();
-        QTEST(picture.height == 0 ? u"refused"_s : u"right"_s, "outcome");
+        QCOMPARE(picture.height == 0 ? u"refused"_s : u"right"_s, outcome);
         if (picture.height > 0)
             QCOMPARE(differenceFrom(page), QString());
     }

@@ -1,4 +1,3 @@
-#include "engine/image/deflate/HuffmanCode.h"
 #include "engine/image/deflate/HuffmanDeflate.h"
 #include "engine/image/deflate/MatchDeflate.h"
 #include "engine/image/formats/gif/GifImage.h"
@@ -247,24 +246,6 @@ private slots:
             QTest::addRow("%zu bytes", count) << Bytes(count, 3);
         QTest::newRow("Fibonacci in one block") << fibonacci(21);
         QTest::newRow("Fibonacci") << fibonacci(26);
-    }
-
-    // Too long a code, or one that is not complete, and no reader takes the stream.
-    void limitsTheLengthsOfCodes()
-    {
-        std::vector<std::uint32_t> counts { 1, 1 };
-        while (counts.size() < 19)
-            counts.push_back(counts.back() + *(counts.end() - 2));
-        for (const int longest : { 7, 15 }) {
-            Bytes lengths(counts.size());
-            makeCodeLengths(counts, longest, lengths);
-            int taken = 0;
-            for (const int length : lengths) {
-                QVERIFY(length > 0 && length <= longest);
-                taken += 1 << (longest - length);
-            }
-            QCOMPARE(taken, 1 << longest);
-        }
     }
 
     void deflatesWhatZlibReads()

@@ -153,7 +153,7 @@ private slots:
     void countsPagesOfPdfDocuments_data()
     {
         // Without a user's password it is not encrypted; the program gives no, or an empty one.
-        addTextRows({ "name", "userPassword", "password", "pages", "opens" }, R"(
+        addTextRows(R"(
 a.pdf | none | null  | 3 | no
 a.PdF | none | x     | 3 | yes
 a.tif | none |       | 0 | yes
@@ -166,19 +166,17 @@ a.pdf | key  |       | 0 | no
 
     void countsPagesOfPdfDocuments()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, userPassword);
-        QFETCH(QString, password);
-        password = password == u"null" ? QString() : u""_s + password;
+        const auto [name, userPassword, password, pages, opens] = textRow<5>();
+        const QString given = password == u"null" ? QString() : u""_s + password;
         const QString path = m_folder.filePath(name);
         writePdf(path, 3, userPassword == u"none" ? nullptr : qPrintable(userPassword));
-        QTEST(QString::number(count(path, password)), "pages");
-        const bool opens = verifyPDF(QUrl::fromLocalFile(path), password);
-        QTEST(opens ? u"yes"_s : u"no"_s, "opens");
-        QVERIFY(!verifyPDF(QUrl(), password));
+        QCOMPARE(QString::number(count(path, given)), pages);
+        const bool opens = verifyPDF(QUrl::fromLocalFile(path), given);
+        QCOMPARE(opens ? u"yes"_s : u"no"_s, opens);
+        QVERIFY(!verifyPDF(QUrl(), given));
         // What a file is counts before its name.
         const QString tiff = write(u"tiff.pdf"_s, chain({}, { 1, -1 }));
-        QCOMPARE(count(tiff, password), 2);
+        QCOMPARE(count(tiff, given), 2);
     }
 
 private:
