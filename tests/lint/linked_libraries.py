@@ -5,16 +5,12 @@ import re
 import shutil
 import subprocess
 import sys
-from pathlib import Path
 
-SKIPPED = 77
+from project_files import skip
 
 program = sys.argv[1]
 if shutil.which("readelf") is None:
-    print("readelf is not installed")
-    sys.exit(SKIPPED)
-if not Path(program).is_file():
-    sys.exit(f"{program} was not built")
+    skip("readelf is not installed")
 listing = subprocess.run(["readelf", "--dynamic", program], check=True, capture_output=True,
                          text=True).stdout
 libraries = re.findall(r"\(NEEDED\).*\[(.+)\]", listing)
