@@ -2,6 +2,7 @@
 import csv
 import fnmatch
 from pathlib import Path
+from typing import NamedTuple
 
 LOSSY_CODECS = ("jpeg", "ojpeg", "webp", "jpeg2000", "jp2000", "34892", "33003", "33005")
 
@@ -10,34 +11,23 @@ class ExpectedPage:
     """One row of EXPECTED.tsv."""
 
     def __init__(self, row):
-        self._row = row
         self.number, self.width, self.height, self.bits, self.samples = (
-            int(row[name]) if row[name].isdigit() else 0 for name in ("page", "width", "height", "bits", "samples"))
+            int(row[name]) if row[name].isdigit() else 0
+            for name in ("page", "width", "height", "bits", "samples"))
         self.orientation = int(row["orientation"]) if row["orientation"] in list("12345678") else 1
         self.pixels, self.form, self.alpha = row["pixels"], row["form"], row["alpha"]
         self.photometric, self.compression = row["photometric"], row["compression"]
         self.sample_format = row["sampleformat"]
         self.is_lossy = self.compression in LOSSY_CODECS
-
-    @property
-    def resolution(self):
-        """(x, y, unit), or None when the page does not say."""
-        try:
-            return float(self._row["xres"]), float(self._row["yres"]), self._row["unit"]
-        except ValueError:
-            return None
+        is_known = "-" not in (row["xres"], row["yres"])
+        self.resolution = (float(row["xres"]), float(row["yres"]), row["unit"]) if is_known else None
 
 
 class ExpectedFile:
     def __init__(self, path, rows):
-        self.path = path
-        self.verdict = rows[0]["verdict"]
+        self.path, self.stem, self.verdict = path, Path(path).stem, rows[0]["verdict"]
         self.pages = [ExpectedPage(row) for row in rows if row["page"] != "0"]
         self.page_total = int(rows[0]["pages"]) if rows[0]["pages"].isdigit() else 0
-
-    @property
-    def stem(self):
-        return Path(self.path).stem
 
 
 def read_expected(corpus):
@@ -49,47 +39,25 @@ def read_expected(corpus):
     return [ExpectedFile(path, rows) for path, rows in groups.items()]
 
 
-class Difference:
+class Difference(NamedTuple):
     """One thing that is not as it should be. `page` is 0 for the file as a whole; `what` is a
     short key (pixels, size, resolution, icc, depth, missing ...), `text` says it in full."""
+    file: str
+    page: int
+    format: str
+    what: str
+    text: str
 
-    def __init__(self, file, page, format_, what, text):
-        self.file, self.page, self.format, self.what, self.text = file, page, format_, what, text
-
-    def __str__(self):
-        place = f"{self.file}[{self.page}]" if self.page else self.file
-        return f"{place} {self.format} {self.what}: {self.text}"
-
-
-class KnownDifference:
-    """A line of known-differences.tsv: file, page, format, what, reason. `*` stands for any."""
-
-    def __init__(self, fields, line):
-        self.file, self.page, self.format, self.what, self.reason = fields
-        self.line, self.used = line, False
-
-    def covers(self, difference):
-        return (fnmatch.fnmatchcase(difference.file, self.file) and self.page in ("*", str(difference.page))
-                and fnmatch.fnmatchcase(difference.format, self.format)
-                and fnmatch.fnmatchcase(difference.what, self.what))
-
-    def may_occur(self, files, formats):
-        """Whether a run over these files and formats could have met it."""
-        return (any(fnmatch.fnmatchcase(file, self.file) for file in files)
-                and any(fnmatch.fnmatchcase(name, self.format) for name in formats))
-
-    def __str__(self):
-        return f"line {self.line}: {self.file} {self.page} {self.format} {self.what}"
+    def entry(self, known):
+        """The pattern of known differences that covers it, if one does."""
+        key = f"{self.file}\t{self.page}\t{self.format}\t{self.what}"
+        return next((pattern for pattern in known if fnmatch.fnmatchcase(key, pattern)), None)
 
 
 def read_known_differences(path):
-    known = []
-    with open(path, encoding="utf-8") as lines:
-        for number, line in enumerate(lines, 1):
-            if not line.strip() or line.startswith("#"):
-                continue
-            fields = line.rstrip("\n").split("\t")
-            if len(fields) != 5 or not fields[4].strip():
-                raise ValueError(f"{path}, line {number}: five fields are wanted, a reason last")
-            known.append(KnownDifference(fields, number))
+    """The reasons by patterns of file, page, format and what."""
+    lines = Path(path).read_text(encoding="utf-8").splitlines()
+    known = dict(line.rsplit("\t", 1) for line in lines if line and not line.startswith("#"))
+    if any(pattern.count("\t") != 3 or not reason for pattern, reason in known.items()):
+        raise ValueError(f"{path}: five fields are wanted, a reason last")
     return known

@@ -17,57 +17,44 @@ class PageJudge:
         self.expected, self.reference, self.profile = expected, reference, profile
         self._twin = None
         page, form = expected, expected.form
-        self._is_cmyk, self._fits_8_bits, self._looks_gray = (
-            form.startswith("CMYK"), form.endswith("8"), form.startswith("GRAY"))
+        self._is_cmyk, self._fits_8_bits = form.startswith("CMYK"), form.endswith("8")
         self._is_bilevel = page.bits == page.samples == 1
         self._is_gray = (not self._is_cmyk and page.photometric in ("minisblack", "miniswhite")
                          and page.samples == (1 if page.alpha == "none" else 2))
         self._keeps_palette = page.photometric == "palette" and page.bits <= 8 and page.samples == 1
 
+    def judged(self, picture, format_):
+        """What is wrong with an output in one of the formats, as (what, text)."""
+        found = []
+        if picture.compression is not None:
+            self._tiff(found, picture, format_.removeprefix("kept-").replace("tiff", "none"))
+        else:
+            self._size(found, picture, True)
+            if format_ in ("png", "bmp"):
+                self._lossless(found, picture, is_bmp=format_ == "bmp")
+            else:
+                (self._gif if format_ == "gif" else self._jpeg)(found, picture)
+        if format_ != "gif":
+            self._resolution(found, picture)
+            self._storage(found, picture, format_)
+        if format_ not in ("gif", "bmp"):
+            self._profile(found, picture)
+        return found
+
     # What the five formats are held to -------------------------------------------------------
 
-    def png(self, picture):
-        found, page, kind, depth = [], self.expected, picture.details["colour type"], picture.bits
-        self._size(found, picture, True)
-        self._lossless(found, picture, 16, keeps_alpha=True)
-        self._resolution(found, picture)
-        self._profile(found, picture)
-        if self._is_bilevel and depth != 1:
-            found.append(("depth", f"1 bit became {depth}"))
-        if page.bits == 16 and page.sample_format == "1" and not self._fits_8_bits and depth != 16:
-            found.append(("depth", f"16 bits became {depth}"))
-        if self._is_gray and kind not in (0, 4):
-            found.append(("channels", f"gray became colour type {kind}"))
-        if self._keeps_palette and kind != 3 and not (self._looks_gray and kind == 0):
-            found.append(("channels", f"a palette became colour type {kind}"))
-        return found
-
-    def bmp(self, picture):
-        found, bits = [], picture.details["bits a pixel"]
-        self._size(found, picture, True)
-        self._lossless(found, picture, 8, keeps_alpha=False)
-        self._resolution(found, picture)
-        if self._is_bilevel and bits != 1:
-            found.append(("depth", f"1 bit became {bits}"))
-        if (self._is_gray or self._keeps_palette) and bits > 8 and self.expected.alpha == "none":
-            found.append(("channels", f"one channel became {bits} bits a pixel"))
-        return found
-
-    def gif(self, picture):
-        found, wanted = [], self._display_form()
-        self._size(found, picture, True)
+    def _gif(self, found, picture):
+        wanted = self._display_form()
         if found or wanted is None:
-            return found
+            return
         shown = as_stored(picture.samples, self.expected.orientation)
         colours, opaque = to_8_bits(as_rgb(wanted)), np.ones(shown.shape[:2], bool)
         if wanted.alpha:
             alpha = to_8_bits(wanted.array[:, :, -1])
             opaque = alpha == 255
             hidden = shown[:, :, 3] == 0 if shown.shape[2] == 4 else np.zeros_like(opaque)
-            if np.any(hidden[opaque]):
-                found.append(("alpha", "opaque pixels became transparent"))
-            if not np.all(hidden[alpha == 0]):
-                found.append(("alpha", "transparent pixels became opaque"))
+            if np.any(hidden[opaque]) or not np.all(hidden[alpha == 0]):
+                found.append(("alpha", "opaque pixels became transparent, or transparent ones opaque"))
         shown = shown[:, :, :3]
         if self._is_cmyk:
             if opaque.all():
@@ -80,50 +67,35 @@ class PageJudge:
             _compare_steps(found, shown, colours, 0)
         else:
             self._near(found, shown, colours, REDUCED_DECIBELS, blurred=True)
-        return found
 
-    def jpeg(self, picture):
-        found, wanted = [], self._display_form()
-        self._size(found, picture, True)
+    def _jpeg(self, found, picture):
+        wanted = self._display_form()
         if not found and wanted is not None:
             limit = JPEG_DECIBELS
             if self._is_cmyk:
                 limit = CMYK_DECIBELS
             elif not self.reference.proved and self.reference.in_decibels:
                 limit = min(limit, self.reference.tolerance)
-            shown = as_stored(as_rgb(Canonical(picture.model, picture.samples)), self.expected.orientation)
+            shown = as_stored(as_rgb(Canonical(picture.model, picture.samples)),
+                              self.expected.orientation)
             self._near(found, shown, to_8_bits(as_rgb(_over_white(wanted))), limit)
         if picture.details["frame"] != 0xC0:
             found.append(("frame", "not baseline"))
-        if self._is_gray and picture.details["components"] != 1:
-            found.append(("channels", f"gray became {picture.details['components']} components"))
-        self._resolution(found, picture)
-        self._profile(found, picture)
-        return found
 
-    def tiff(self, picture, compression):
+    def _tiff(self, found, picture, compression):
         """A page of a TIFF file; most pages show the same as one that was judged before."""
-        found = []
         if picture.orientation != self.expected.orientation:
             found.append(("orientation", f"{self.expected.orientation} became {picture.orientation}"))
-            if picture.orientation == 1:
-                return found
-        else:
-            self._size(found, picture, False)
+        self._size(found, picture, False)
         if not self._twin or not picture.shows_the_same_as(self._twin[0]):
-            pixels = []
-            self._lossless(pixels, picture, 16, keeps_alpha=True)
-            self._twin = picture, pixels
+            self._twin = picture, []
+            self._lossless(self._twin[1], picture)
         found += self._twin[1]
-        self._resolution(found, picture)
-        self._profile(found, picture)
-        self._tiff_depth(found, picture)
         wanted = COMPRESSION_TAGS[compression]
         if compression in ("g3", "g4") and not picture.bits == picture.channels == 1:
             wanted = 1
         if picture.compression != wanted:
             found.append(("compression", f"tag {picture.compression} instead of {wanted}"))
-        return found
 
     def _display_form(self):
         """The reference as a screen shows it: colours not multiplied by their alpha."""
@@ -144,57 +116,52 @@ class PageJudge:
             found.append(("size", f"{picture.width} x {picture.height} instead of "
                                   f"{wanted[0]} x {wanted[1]}"))
 
-    def _lossless(self, found, picture, most_bits, keeps_alpha):
-        """Compares all pixels; `picture` is upright except in TIFF."""
+    def _lossless(self, found, picture, is_bmp=False):
+        """Compares all pixels; `picture` is upright except in TIFF, and without alpha in BMP."""
         if any(what == "size" for what, _ in found):
             return
-        in_tiff = picture.compression is not None
-        stored = self.reference.stored
-        if in_tiff and stored is not None and picture.shows_the_same_as(stored):
+        page, reference, in_tiff = self.expected, self.reference, picture.compression is not None
+        if in_tiff and reference.stored is not None and picture.shows_the_same_as(reference.stored):
             return
-        form = canonical(picture)
-        if form is None:
+        form, wanted = canonical(picture), reference.form
+        has_only_samples = (wanted is None and in_tiff and reference.stored is not None
+                            and page.photometric in ("minisblack", "rgb", "cielab"))
+        if form is None or has_only_samples:
             found.append(("pixels", f"{picture.model} of {picture.bits} bits ({picture.sample_kind}) "
                                     "differs from the source's own samples"))
             return
         if not in_tiff:
-            form = Canonical(form.model, as_stored(form.array, self.expected.orientation), form.alpha)
-        wanted = self.reference.form
+            form = Canonical(form.model, as_stored(form.array, page.orientation), form.alpha)
         if wanted is None:
-            if self.expected.pixels.startswith("sha256:") and form.digest() != self.expected.pixels:
+            if page.pixels.startswith("sha256:") and form.digest() != page.pixels:
                 found.append(("pixels", "the digest differs"))
-            return
-        if wanted.model == "cmyk":
-            self._lossless_cmyk(found, form, wanted, in_tiff, keeps_alpha)
-            return
-        if wanted.alpha == "associated" and form.alpha == "unassociated":
+        elif wanted.model == form.model == "cmyk":
+            _compare_forms(found, form, wanted, 1 if page.pixels.startswith("near") else 0, page.is_lossy)
+        elif wanted.model == "cmyk" and in_tiff:
+            found.append(("channels", f"CMYK became {form.form}"))
+        elif wanted.model == "cmyk":
+            wanted = _over_white(self._display_form()) if is_bmp else wanted
+            self._near(found, to_8_bits(as_rgb(form)), to_8_bits(as_rgb(wanted)), CMYK_DECIBELS)
+        elif wanted.alpha == "associated" and form.alpha == "unassociated":
             form, wanted = _multiplied(form), _clipped_to_alpha(wanted)
             change = to_16_bits if form.array.dtype.itemsize == 2 else to_8_bits
             wanted = Canonical(wanted.model, change(wanted.array), wanted.alpha)
             _compare_forms(found, form, wanted, 1, False)
-            return
-        rounding = 0
-        if wanted.alpha and not keeps_alpha:
+        else:
+            self._compare_colours(found, form, wanted, is_bmp)
+
+    def _compare_colours(self, found, form, wanted, is_bmp):
+        in_decibels, rounding = self.reference.in_decibels, 0
+        if wanted.alpha and is_bmp:
             wanted, rounding = _over_white(self._display_form()), 1
-        if most_bits == 8 and wanted.array.dtype.itemsize == 2:
+        if is_bmp and wanted.array.dtype.itemsize == 2:
             wanted = simplify(Canonical(wanted.model, to_8_bits(wanted.array), wanted.alpha))
             rounding = max(rounding, 1 if self.expected.bits < 16 else 0)
-        in_decibels = self.reference.in_decibels
         if in_decibels and form.alpha and form.alpha == wanted.alpha == "unassociated":
             # What a lossy codec leaves under transparent pixels is nobody's picture.
             form, wanted = _multiplied(form), _multiplied(wanted)
-        tolerance = self.reference.tolerance if in_decibels else max(self.reference.tolerance, rounding)
-        _compare_forms(found, form, wanted, tolerance, in_decibels)
-
-    def _lossless_cmyk(self, found, form, wanted, in_tiff, keeps_alpha):
-        if form.model == "cmyk":
-            _compare_forms(found, form, wanted, 1 if self.expected.pixels.startswith("near") else 0,
-                           self.expected.is_lossy)
-        elif in_tiff:
-            found.append(("channels", f"CMYK became {form.form}"))
-        else:
-            wanted = wanted if keeps_alpha else _over_white(self._display_form())
-            self._near(found, to_8_bits(as_rgb(form)), to_8_bits(as_rgb(wanted)), CMYK_DECIBELS)
+        tolerance = self.reference.tolerance
+        _compare_forms(found, form, wanted, tolerance if in_decibels else max(tolerance, rounding), in_decibels)
 
     @staticmethod
     def _near(found, shown, wanted, limit, blurred=False):
@@ -234,33 +201,26 @@ class PageJudge:
     def _profile(self, found, picture):
         model = "rgb" if picture.model in ("palette", "ycbcr") else picture.model
         space = {"gray": b"GRAY", "rgb": b"RGB ", "cmyk": b"CMYK", "lab": b"Lab "}.get(model)
-        if picture.icc is not None and picture.icc[16:20] == b"CMYK" and model != "cmyk":
-            found.append(("icc", "a CMYK profile on other pixels"))
-        if self.profile is None:
-            if picture.icc is not None:
-                found.append(("icc", "a profile that the source does not have"))
-            return
-        belongs = self.profile[16:20] == space
         if picture.icc is None:
-            if belongs:
+            if self.profile is not None and self.profile[16:20] == space:
                 found.append(("icc", "the profile is lost"))
-        elif picture.icc != self.profile:
-            found.append(("icc", "the profile is another one"))
+        elif picture.icc != self.profile or (picture.icc[16:20] == b"CMYK" and model != "cmyk"):
+            found.append(("icc", "a profile that the source does not have, or of other pixels"))
 
-    def _tiff_depth(self, found, picture):
-        page = self.expected
-        if page.form == "-" and page.sample_format == "3" and picture.sample_kind != "float":
+    def _storage(self, found, picture, format_):
+        """Depth and channels are those of the source, as far as the format has them."""
+        page, (bits, model) = self.expected, picture.stored_as
+        in_tiff = picture.compression is not None
+        if in_tiff and page.form == "-" and page.sample_format == "3" and picture.sample_kind != "float":
             found.append(("depth", f"floating point became {picture.sample_kind}"))
-        if self._is_bilevel and picture.bits != 1:
-            found.append(("depth", f"1 bit became {picture.bits}"))
-        if page.bits == 16 and picture.bits < 16 and not self._fits_8_bits:
-            found.append(("depth", f"16 bits became {picture.bits}"))
-        if 8 < page.bits < 16 and picture.bits < page.bits:
-            found.append(("depth", f"{page.bits} bits became {picture.bits}"))
-        if self._is_gray and picture.model != "gray":
-            found.append(("channels", f"gray became {picture.model}"))
-        if self._keeps_palette and picture.model != "palette" and not self._looks_gray:
-            found.append(("channels", f"a palette became {picture.model}"))
+        is_deep = 8 < page.bits <= 16 and not self._fits_8_bits and (in_tiff or page.sample_format == "1")
+        if (self._is_bilevel and bits != 1 and format_ != "jpeg") or (
+                is_deep and bits < page.bits and format_ not in ("bmp", "jpeg")):
+            found.append(("depth", f"{page.bits} bits became {bits}"))
+        kinds = ["gray"] if self._is_gray and (format_ != "bmp" or page.alpha == "none") else [
+            "palette", "gray"] if self._keeps_palette and format_ != "jpeg" else [model]
+        if model not in kinds:
+            found.append(("channels", f"{page.photometric} became {model}"))
 
 
 # Comparing ------------------------------------------------------------------------------------
@@ -269,16 +229,10 @@ class PageJudge:
 def _compare_forms(found, got, wanted, tolerance, in_decibels):
     if got.same_as(wanted):
         return
-    if got.size != wanted.size:
-        found.append(("size", f"{got.size} instead of {wanted.size}"))
-        return
-    if (got.model == "cmyk") != (wanted.model == "cmyk"):
-        found.append(("channels", f"{wanted.form} became {got.form}"))
-        return
     same_depth = got.array.dtype.itemsize == wanted.array.dtype.itemsize == 1
     first, second = _all_channels(got, same_depth), _all_channels(wanted, same_depth)
-    if first.shape != second.shape:
-        found.append(("alpha", f"{wanted.form} became {got.form}"))
+    if first.shape != second.shape or (got.model == "cmyk") != (wanted.model == "cmyk"):
+        found.append(("channels", f"{wanted.form} {wanted.size} became {got.form} {got.size}"))
         return
     if in_decibels:
         decibels = psnr(first, second, 255 if same_depth else 65535)

@@ -34,25 +34,21 @@ def _samples(picture):
 def read_png(data, picture):
     chunks = _png_chunks(data)
     depth, kind = chunks[b"IHDR"][8:10]
-    if chunks[b"IHDR"][12]:
-        raise DecodeError("interlaced")
-    palette, extras = None, ("unassociated",) if kind in (4, 6) else ()
-    if depth == 16 and kind != 0:
+    if chunks[b"IHDR"][12] or (kind != 3 and b"tRNS" in chunks):
+        raise DecodeError("interlaced, or with a transparent colour")
+    bits, extras = depth, ("unassociated",) if kind in (3, 4, 6) else ()
+    if kind == 3:
+        colours = len(chunks[b"PLTE"]) // 3
+        if not _samples(picture).max() < colours <= 1 << depth:
+            raise DecodeError("a pixel names a colour beyond the palette, or it is too long")
+        samples, bits = _samples(picture.convert("RGBA")), 8
+    elif depth == 16 and kind != 0:
         samples = _deep_samples(picture, kind)
     else:
         samples = _samples(picture).astype(np.uint16 if depth == 16 else np.uint8)
         samples = samples // (255 // ((1 << depth) - 1)) if kind == 0 and depth in (2, 4) else samples
-    if kind == 3:
-        palette = _png_palette(chunks, 1 << depth)
-        if int(samples.max()) >= len(chunks[b"PLTE"]) // 3:
-            raise DecodeError("a pixel names a colour beyond the palette")
-    elif b"tRNS" in chunks:  # pixels of the one colour that it names are transparent
-        hidden = np.all(samples == np.frombuffer(chunks[b"tRNS"], ">u2"), axis=2, keepdims=True)
-        alpha = np.where(hidden, 0, (1 << depth) - 1).astype(samples.dtype)
-        samples, extras = np.concatenate([samples, alpha], axis=2), ("unassociated",)
-    result = Picture(samples, {0: "gray", 3: "palette", 4: "gray"}.get(kind, "rgb"), depth, extras=extras,
-                     palette=palette)
-    result.details = {"colour type": kind}
+    result = Picture(samples, "gray" if kind in (0, 4) else "rgb", bits, extras=extras)
+    result.stored_as = depth, "palette" if kind == 3 else result.model
     if b"pHYs" in chunks:
         x, y, unit = struct.unpack(">IIB", chunks[b"pHYs"])
         result.resolution = x, y, "metre" if unit == 1 else "none"
@@ -94,35 +90,18 @@ def _png_chunks(data):
     return found
 
 
-def _png_palette(chunks, room):
-    colours = np.frombuffer(chunks[b"PLTE"], np.uint8).reshape(-1, 3)
-    alphas = np.frombuffer(chunks.get(b"tRNS", b""), np.uint8)
-    if max(len(colours), len(alphas)) > room:
-        raise DecodeError("the palette is longer than the depth allows")
-    filled = np.zeros((room, 4 if len(alphas) else 3), np.uint8)
-    filled[:, 3:] = 255
-    filled[:len(colours), :3] = colours
-    filled[:len(alphas), 3:] = alphas[:, None]
-    return filled
-
-
 @_by_pillow
 def read_bmp(data, picture):
     size, pixels_at, head, width, height, planes, depth, method, _, x, y, used = struct.unpack_from(
         "<I4xIIiiHHIIiiI", data, 2)
-    row_bytes = (width * depth + 31) // 32 * 4
-    if size != len(data) or pixels_at + row_bytes * abs(height) > size:
-        raise DecodeError(f"the header says {size} bytes, the file has {len(data)}")
-    if head < 40 or planes != 1 or method != 0 or depth not in (1, 4, 8, 24, 32):
-        raise DecodeError(f"header of {head} bytes, {depth} bits, compression {method}")
-    if depth <= 8:
-        used = used or 1 << depth
-        entries = data[14 + head:14 + head + 4 * used]
-        if used > 1 << depth or 14 + head + 4 * used > pixels_at or any(entries[3::4]):
-            raise DecodeError(f"{used} colours do not fit, or a reserved byte is not 0")
+    colours = data[14 + head:14 + head + 4 * (used or 1 << depth)] if depth <= 8 else b""
+    end = pixels_at + (width * depth + 31) // 32 * 4 * abs(height)
+    if (head < 40 or planes != 1 or method != 0 or depth not in (1, 4, 8, 24, 32) or any(colours[3::4])
+            or 14 + head + len(colours) > pixels_at or end > size or size != len(data)):
+        raise DecodeError(f"the header is wrong, or not that of a file of {len(data)} bytes")
     result = Picture(_samples(picture.convert("RGB")), "rgb", 8)
     result.resolution = (x, y, "metre") if x and y else None
-    result.details = {"bits a pixel": depth}
+    result.stored_as = min(depth, 8), "gray" if depth <= 8 else "rgb"
     return result
 
 
@@ -144,12 +123,12 @@ def read_jpeg(data, picture):
         if data[position] != 0xFF:
             raise DecodeError(f"no marker at {position}")
         if data[position + 1] in (0xC0, 0xC1, 0xC2):
-            frames.append((data[position + 1], data[position + 9]))
+            frames.append(data[position + 1])
         position += 2 + struct.unpack_from(">H", data, position + 2)[0]
-    (frame, components), = frames
+    frame, = frames
     # Of CMYK, Pillow hands out plain ink.
     result = Picture(_samples(picture), {"L": "gray", "RGB": "rgb", "CMYK": "cmyk"}[picture.mode], 8)
-    result.details = {"frame": frame, "components": components}
+    result.details = {"frame": frame}
     if "jfif_density" in picture.info:
         unit = {0: "none", 1: "inch", 2: "cm"}[picture.info["jfif_unit"]]
         result.resolution = *picture.info["jfif_density"], unit
@@ -158,3 +137,6 @@ def read_jpeg(data, picture):
         raise DecodeError("the parts of the profile are not numbered in order")
     result.icc = picture.info.get("icc_profile")
     return result
+
+
+READERS = {"png": read_png, "bmp": read_bmp, "gif": read_gif, "jpeg": read_jpeg}

@@ -13,8 +13,8 @@ class Picture:
 
     `samples` has the shape (height, width, samples a pixel); `model` is gray, palette, rgb, cmyk,
     ycbcr, lab, or the number of another photometric interpretation. Colour samples come first, then
-    `extras`, one of None, "associated", "unassociated" each. `palette` is (entries, 3) or (entries, 4)
-    with 8 or 16-bit values. Resolution is (x, y, unit) with unit none, inch, cm or metre, or None.
+    `extras`, one of None, "associated", "unassociated" each. `palette` is (entries, 3) with 8 or 16-bit
+    values. Resolution is (x, y, unit) with unit none, inch, cm or metre, or None.
     """
 
     def __init__(self, samples, model, bits, *, sample_kind="uint", white_is_zero=False, extras=(), palette=None):
@@ -22,6 +22,7 @@ class Picture:
         self.white_is_zero, self.extras, self.palette = white_is_zero, tuple(extras), palette
         self.height, self.width, self.channels = samples.shape
         self.resolution = self.icc = self.compression = None
+        self.stored_as = bits, model  # in its file, where that differs from the samples here
         self.orientation, self.details = 1, {}
 
     def shows_the_same_as(self, other):
@@ -83,8 +84,6 @@ def canonical(picture):
     if picture.model == "palette":
         palette = picture.palette >> (8 if picture.palette.max(initial=0) > 255 else 0)
         colour = palette.astype(np.uint8)[picture.samples[:, :, 0]]
-        if colour.shape[2] == 4:
-            return simplify(Canonical("rgb", colour, "unassociated"))
         return simplify(_with_alpha("rgb", colour, picture, 1))
     if picture.model == "ycbcr":
         return simplify(Canonical("rgb", ycbcr_to_rgb(picture)))

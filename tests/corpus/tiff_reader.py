@@ -136,8 +136,7 @@ class _PageDecoder:
         x, y = tags.one(X_RESOLUTION), tags.one(Y_RESOLUTION)
         if x is not None and y is not None:
             result.resolution = x, y, {2: "inch", 3: "cm"}.get(tags.one(RESOLUTION_UNIT, 2), "none")
-        result.details = {"photometric": self.photometric, "coefficients": tags.get(COEFFICIENTS),
-                          "reference": tags.get(REFERENCE)}
+        result.details = {"coefficients": tags.get(COEFFICIENTS), "reference": tags.get(REFERENCE)}
         return result
 
     def _rows(self):
@@ -280,9 +279,6 @@ class Pages:
 
     def __len__(self):
         return len(self.file.directories)
-
-    def __iter__(self):
-        return map(self.page, range(len(self)))
 
     def page(self, index):
         """A Picture, or the DecodeError that it could not be."""

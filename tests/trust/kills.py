@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Kills the command line in mid-run and looks at what is left: kills.py [--kills N] [--seed S]
+"""Kills the command line in mid-run and looks at what is left: kills.py [--kills N]
 
 Whatever bears a final name is complete or as it was, and what else a killed run leaves is taken away
 by the next run, unless a program still works on it.
@@ -9,15 +9,14 @@ import argparse
 import fcntl
 import os
 import random
+import shutil
 import signal
 import time
 from collections import Counter
 
-from trust import CONVERSIONS, Ground, digests, expect, finish, halt, run, staged_files, start, write_tiff, picture
+from trust import CONVERSIONS, Ground, digests, ended, expect, finish, halt, run, staged_files, start
 
-PAGES, SIDE = 5, 700
-ground, counts, seconds = Ground(PAGES, SIDE), Counter(), {}
-ONE_PAGE = write_tiff(ground.folder / "one.tif", [picture(99)])
+ground, counts, seconds = Ground(5, 700), Counter(), {}
 
 
 def is_owned(path):
@@ -32,9 +31,10 @@ def is_owned(path):
 
 def run_beside(what):
     """Another run into the folder; what it leaves besides its own output."""
-    done = run(["-q", "-o", ground.output, ONE_PAGE], ground.home / "other")
+    source = shutil.copy(ground.sources[0], ground.folder / "other.tif")
+    done = run(["-q", "-f", "tiff", "-o", ground.output, source], ground.home / "other")
     expect(done.returncode == 0, f"{what}: the other run: {done.stderr}")
-    (ground.output / "one1.jpg").unlink()
+    (ground.output / "other.tiff").unlink()
 
 
 def kill(name, moment, jobs, **how):
@@ -49,7 +49,7 @@ def kill(name, moment, jobs, **how):
     process = start([*words, "--jobs", jobs], ground.home)
     time.sleep(moment * seconds[key])
     process.kill()
-    errors = process.communicate()[1]
+    errors = ended(process).stderr
     counts["kills"] += 1
     counts["in mid-run"] += process.returncode != 0
     if process.returncode == 0:
@@ -68,23 +68,16 @@ def kill(name, moment, jobs, **how):
     expect(digests(ground.output) == there, f"{what}: the next run left {sorted(digests(ground.output))}")
 
 
-def stop_at_work(name, jobs):
-    """A run that stands still, and the unfinished files that it works on."""
-    for _ in range(50):
-        process = start([*ground.prepare(name)[0], "--jobs", jobs], ground.home)
-        while process.poll() is None:
-            if staged_files(ground.output):
-                halt(process)
-                if owned := [path for path in staged_files(ground.output) if is_owned(path)]:
-                    return process, owned
-                process.send_signal(signal.SIGCONT)
-        process.communicate()
-    raise SystemExit(f"{name}: the run was never seen at work")
-
-
 def share_folder(name, jobs):
     """Another run into the folder leaves alone what a program that stands still works on."""
-    (process, owned), what = stop_at_work(name, jobs), f"{name}, jobs {jobs}, stopped"
+    what, owned = f"{name}, jobs {jobs}, stopped", []
+    while not owned:  # until a run is seen at work
+        process = start([*ground.prepare(name)[0], "--jobs", jobs], ground.home)
+        while process.poll() is None and not owned:
+            process.send_signal(signal.SIGCONT)
+            if staged_files(ground.output):
+                halt(process)
+                owned = [path for path in staged_files(ground.output) if is_owned(path)]
     abandoned = ground.output / ".pagestack-1-0.part"
     foreign = [ground.output / other for other in (".pagestack-1.part", ".pagestack-1-0.part.old", "pagestack-1-0.part")]
     for path in [abandoned, *foreign]:
@@ -93,8 +86,8 @@ def share_folder(name, jobs):
     expect(all(path.exists() for path in [*owned, *foreign]), f"{what}: files of others removed")
     expect(not abandoned.exists(), f"{what}: the file without an owner was left")
     process.send_signal(signal.SIGCONT)
-    errors = process.communicate(timeout=60)[1]
-    expect(process.returncode == 0, f"{what}: continued: {process.returncode} {errors}")
+    done = ended(process)
+    expect(done.returncode == 0, f"{what}: continued: {done}")
     for path in foreign:
         path.unlink(missing_ok=True)
     expect(digests(ground.output) == ground.written[name], f"{what}: written {os.listdir(ground.output)}")
@@ -103,13 +96,10 @@ def share_folder(name, jobs):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--kills", type=int, default=40, help="over all formats together")
-    parser.add_argument("--seed", type=int, default=random.randrange(1 << 30))
-    options = parser.parse_args()
-    print(f"seed {options.seed}")
-    rng = random.Random(options.seed)
+    kills, rng = parser.parse_args().kills, random.Random()
     cases = [*((name, False) for name in CONVERSIONS), ("tiff", True), ("tiff-g4", True)]
-    rounds = -(-options.kills // len(cases))
-    for number in range(options.kills):
+    rounds = -(-kills // len(cases))
+    for number in range(kills):
         turn, place = divmod(number, len(cases))
         name, is_own = cases[place]
         # Each case has its moments spread over all of its run.

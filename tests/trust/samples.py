@@ -343,8 +343,9 @@ def fault_of_png(page, path):
     picture, (values, bits) = read_png(path), shown(page)
     if page.map is None and picture.bits != bits:
         return f"{picture.bits} bits instead of {bits}"
-    is_indexed = picture.palette is not None
-    return difference(picture.palette[picture.samples[:, :, 0]] if is_indexed else picture.samples, values)
+    if picture.stored_as[1] == "palette":  # read with an alpha channel
+        values = np.dstack([values, np.full(values.shape[:2], 255)])[:, :, :4]
+    return difference(picture.samples, values)
 
 
 def fault_of_tiff(pages, index, path):
