@@ -22,18 +22,18 @@ from trust import expect, finish, run, workspace  # first: it says what is missi
 import numpy as np
 
 sys.path.insert(0, str(Path(os.environ["PAGESTACK_SOURCE_DIR"]) / "tests/corpus"))
-from output_readers import read_png  # noqa: E402
+from output_readers import READERS  # noqa: E402
 from picture import DecodeError, upright  # noqa: E402
 from tiff_reader import REVERSED_BITS, TiffFile, decode_page  # noqa: E402
 
 UNSIGNED, SIGNED, FLOAT, UNDEFINED = 1, 2, 3, 4
-PLAIN, LZW, DEFLATE, PACKBITS, OLD_DEFLATE = 1, 5, 8, 32773, 32946
+PLAIN, DEFLATE, PACKBITS, OLD_DEFLATE = 1, 8, 32773, 32946
 WHITE_IS_ZERO, GRAY, RGB, PALETTE, CMYK = 0, 1, 2, 3, 5
 COLOURS = {WHITE_IS_ZERO: 1, GRAY: 1, RGB: 3, PALETTE: 1, CMYK: 4}
 ALPHAS = {0: None, 1: "associated", 2: "unassociated"}
 MOST_BITS = 100_000  # a page: the coders in plain Python are slow
 CONVERSIONS = {"tiff": ["-f", "tiff"], "lzw": ["-f", "tiff", "--compression", "lzw"],
-               "png": ["-f", "png", "--separator", "_"]}
+               "png": ["-f", "png", "--separator", "_"], "bmp": ["-f", "bmp", "--separator", "_"]}
 MAY_BE_LONG = (256, 257, 273, 278, 279, 322, 323, 324, 325)  # sizes, and the table of strips or tiles
 
 
@@ -57,9 +57,9 @@ def random_page(dice):
         page.width, page.height = -(-page.width * 2 // 3), -(-page.height * 2 // 3)
     page.orientation, page.fill_order = dice.choice((1, 1, dice.randint(1, 8))), dice.choice((1, 1, 1, 1, 2))
     page.is_separate = page.samples > 1 and dice.random() < 0.4
-    page.compression = dice.choice((PLAIN, PLAIN, PACKBITS, DEFLATE, OLD_DEFLATE, LZW))
+    page.compression = dice.choice((PLAIN, PLAIN, PACKBITS, DEFLATE, DEFLATE, OLD_DEFLATE))
     page.predictor = 1
-    if page.compression in (LZW, DEFLATE, OLD_DEFLATE) and dice.random() < 0.6:
+    if page.compression in (DEFLATE, OLD_DEFLATE) and dice.random() < 0.6:
         horizontal = page.bits in (8, 16, 32, 64) and (page.kind != FLOAT or dice.random() < 0.2)
         page.predictor = 2 if horizontal else 3 if page.kind == FLOAT else 1
     choose_blocks(page, dice)
@@ -151,8 +151,9 @@ def encoded(page, index, order, dice):
         planes = rows.reshape(height, -1, page.bits // 8).transpose(0, 2, 1).reshape(height, -1)
         rows, step = planes.copy(), values.shape[2]
         rows[:, step:] -= planes[:, :-step]
-    coders = {PLAIN: lambda rows, _: rows.tobytes(), PACKBITS: packbits, LZW: lzw}
-    return coders.get(page.compression, deflate)(rows, dice)
+    if page.compression == PLAIN:
+        return rows.tobytes()
+    return (packbits if page.compression == PACKBITS else deflate)(rows, dice)
 
 
 def packed(values, bits, order):
@@ -185,31 +186,6 @@ def packbits(rows, dice):
                 out += bytes((same - 1, *part[:same], *([128] if dice.random() < 0.02 else [])))
             at += same
     return bytes(out)
-
-
-def lzw(rows, dice):
-    """Codes of 9 to 12 bits, the highest bit first; the width grows one code early."""
-    most = dice.choice((4095, 4094, dice.randint(300, 4000)))
-    codes, table, prefix = [f"{256:09b}"], {}, b""
-
-    def put(code):
-        codes.append(f"{code:0{max(9, (258 + len(table)).bit_length())}b}")
-
-    for byte in rows.tobytes():
-        longer = prefix + bytes((byte,))
-        if len(longer) > 1 and longer not in table:
-            put(table.get(prefix, prefix[0]))
-            table[longer] = 258 + len(table)
-            if 258 + len(table) == most:
-                put(256)
-                table.clear()
-            longer = longer[-1:]
-        prefix = longer
-    put(table.get(prefix, prefix[0]))
-    table[None] = None
-    put(257)
-    text = "".join(codes)
-    return int(text + "0" * (-len(text) % 8), 2).to_bytes(-(-len(text) // 8), "big")
 
 
 class Writer:
@@ -315,10 +291,10 @@ def make_file(path, dice, damage):
     return pages
 
 
-def shown(page):
-    """What PNG has to hold, upright, and at which depth (any for a palette)."""
-    is_small = page.samples == 1 and page.bits in (1, 2, 4) and page.kind != SIGNED
-    bits = page.bits if is_small else 8 if page.bits <= 8 else 16
+def shown(page, most_bits):
+    """What a picture has to hold, upright, and at which depth (any for a palette)."""
+    is_small = page.samples == 1 and page.bits in (1, 2, 4) and page.kind != SIGNED and most_bits > 8
+    bits = page.bits if is_small else 8 if page.bits <= 8 else most_bits
     full, top, colours = (1 << bits) - 1, (1 << page.bits) - 1, COLOURS[page.photometric]
     raw = page.raw ^ np.uint64(1 << page.bits - 1) if page.kind == SIGNED else page.raw
     raw = raw.astype(object) if page.bits > 32 else raw  # for exact products
@@ -338,13 +314,16 @@ def shown(page):
     return upright(colour, page.orientation), bits
 
 
-def fault_of_png(page, path):
-    """What is wrong with the PNG file of a page, or None."""
-    picture, (values, bits) = read_png(path), shown(page)
+def fault_of_picture(page, path):
+    """What is wrong with the PNG or BMP file of a page, or None."""
+    name = path.suffix[1:]
+    picture, (values, bits) = READERS[name](path), shown(page, 16 if name == "png" else 8)
     if page.map is None and picture.bits != bits:
         return f"{picture.bits} bits instead of {bits}"
     if picture.stored_as[1] == "palette":  # read with an alpha channel
         values = np.dstack([values, np.full(values.shape[:2], 255)])[:, :, :4]
+    if name == "bmp":
+        values = np.broadcast_to(values, (*values.shape[:2], 3))
     return difference(picture.samples, values)
 
 
@@ -383,10 +362,11 @@ def check_sound(name, files, folder, ended):
         for index, page in enumerate(pages):
             what, fault = f"{stem}.tif[{index + 1}]", None
             try:
-                if name != "png":
+                if name in ("tiff", "lzw"):
                     fault = fault_of_tiff(pages, index, folder / f"{stem}.tiff")
-                elif page.photometric != CMYK:  # which has no one conversion
-                    fault = fault_of_png(page, folder / f"{stem}_{index + 1}.png")
+                elif page.photometric != CMYK and (name == "png" or not any(page.extras)):
+                    # Inks have no one conversion, nor has alpha where it is laid over white.
+                    fault = fault_of_picture(page, folder / f"{stem}_{index + 1}.{name}")
             except (DecodeError, OSError, LookupError) as error:
                 fault = repr(error)
             lines = {line for line in told if f"/{what}: " in line}
