@@ -54,8 +54,9 @@ def part_of(path):
 
 
 def is_core(name, qtcore_folders):
-    return name.startswith("QtCore/") or any(
-        (folder / below / name).exists() for folder in qtcore_folders for below in ("", "Headers"))
+    if "/" in name:
+        return name.startswith("QtCore/")
+    return any((folder / below / name).exists() for folder in qtcore_folders for below in ("", "Headers"))
 
 
 def include_findings(path, name, qtcore_folders):
