@@ -18,11 +18,7 @@ class ImportTest : public WindowFixture
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        takeNewFolder();
-        QDir::setCurrent(path(u""_s));
-    }
+    void initTestCase() { takeNewFolder(); }
     void init()
     {
         start();

@@ -409,6 +409,15 @@ private slots:
         QCOMPARE(desktop().opened, urls);
         QCOMPARE(desktop().revealed, urls);
         QCOMPARE(desktop().informed, urls);
+        desktop().isRefusing = true;
+        for (const auto& [command, line] :
+             { std::pair("helpAction", "Error in [helpAction:] : refused"),
+               std::pair("openFileAction", "Error in (openFiles) : refused"),
+               std::pair("revealAction", "Error in (openEnclodingFolder) : refused"),
+               std::pair("getInfoAction", "Error in (getInfo) : refused") }) {
+            QTest::ignoreMessage(QtWarningMsg, line);
+            press(command);
+        }
     }
 
 private:

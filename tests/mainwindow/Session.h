@@ -90,6 +90,7 @@ protected:
         m_folder = std::make_unique<QTemporaryDir>();
         QVERIFY(m_folder->isValid());
         qputenv("XDG_DATA_HOME", path(u"data"_s).toLocal8Bit());
+        QDir::setCurrent(path({}));
     }
     /// Ends the program and starts it again.
     void start(const ReadDates& readDates = &FileItem::dates)
