@@ -190,20 +190,6 @@ private slots:
         QCOMPARE(gone, (QStringList { u"b"_s, u"c"_s }));
     }
 
-    // Not with QFile, which cannot make such a name.
-    void reportsANameThatIsNoText()
-    {
-        const TestFolder folder;
-        QVERIFY(QDir::setCurrent(folder.path({})));
-        std::FILE* file = std::fopen("sch\xFCn.tif", "w");
-        if (!file)
-            QSKIP("the file system takes UTF-8 names only");
-        std::fclose(file);
-        const QString all = found(u"."_s);
-        std::remove("sch\xFCn.tif");
-        QCOMPARE(all, u"[./sch\uFFFDn.tif: the name is no UTF-8 text]"_s);
-    }
-
     void tellsTheTimeLeft()
     {
         QCOMPARE(progressText(0, 10, 500), u"0 of 10 pages"_s);
