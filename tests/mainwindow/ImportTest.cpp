@@ -2,12 +2,7 @@
 #include "mainwindow/import/ImportFilesWindowController.h"
 #include "mainwindow/widgets/KeyLetter.h"
 #include "tests/mainwindow/Session.h"
-#include "tests/support/Testing.h"
-#include "tests/support/TextRows.h"
-#include "tests/support/TiffBuilder.h"
 
-#include <QClipboard>
-#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QThreadPool>
 #include <QTimer>

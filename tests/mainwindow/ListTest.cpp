@@ -1,11 +1,7 @@
 #include "filelist/NameSearch.h"
 #include "tests/mainwindow/Session.h"
-#include "tests/support/Testing.h"
-#include "tests/support/TextRows.h"
 
-#include <QFileDialog>
 #include <QHeaderView>
-#include <QLineEdit>
 #include <QMenu>
 #include <QSemaphore>
 

@@ -9,10 +9,16 @@
 #include "mainwindow/widgets/FileChooser.h"
 #include "tests/filelist/TinyTiff.h"
 #include "tests/support/Testing.h"
+#include "tests/support/TextRows.h"
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QClipboard>
+#include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTabWidget>
 
 namespace pagestack {
 

@@ -3,15 +3,10 @@
 #include "mainwindow/widgets/ElidedLabel.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 #include "tests/mainwindow/Session.h"
-#include "tests/support/Testing.h"
 
 #include <QApplication>
-#include <QFileDialog>
 #include <QLayout>
-#include <QLineEdit>
 #include <QMenuBar>
-#include <QMessageBox>
-#include <QTabWidget>
 #include <QToolButton>
 
 namespace {

@@ -4,18 +4,12 @@
 #include "mainwindow/run/ProcessPanel.h"
 #include "tests/mainwindow/Session.h"
 #include "tests/support/TestFolder.h"
-#include "tests/support/Testing.h"
-#include "tests/support/TextRows.h"
 
-#include <QClipboard>
 #include <QComboBox>
 #include <QImage>
-#include <QLineEdit>
-#include <QMessageBox>
 #include <QProcess>
 #include <QProgressBar>
 #include <QSlider>
-#include <QTabWidget>
 #include <QTreeWidget>
 
 class WindowTest : public WindowFixture
