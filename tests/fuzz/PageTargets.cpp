@@ -20,29 +20,24 @@ namespace {
     constexpr std::size_t choiceBytes = 3;
     const QString sourceName = u"input.pdf"_s; // so what is no TIFF file is counted as PDF
 
-    void addRow(QCryptographicHash& hash, const std::uint8_t* row, const PixelLayout& layout,
-                int widthPx)
-    {
-        const qsizetype bits = qsizetype { widthPx } * layout.channels() * layout.bitsPerSample;
-        hash.addData(QByteArrayView(row, bits / 8));
-        if (const auto rest = static_cast<unsigned>(bits % 8); rest != 0) {
-            const auto last = static_cast<char>(row[bits / 8] & (0xFF00U >> rest));
-            hash.addData(QByteArrayView(&last, 1));
-        }
-    }
-
     /// A page's layout and pixels, without what fills up the last byte of a row. Nothing when it
     /// cannot be decoded.
     std::optional<QByteArray> appearance(const PageImage& page)
     try {
         const std::unique_ptr<RowSource> rows = page.source().rows();
         const PixelLayout& layout = rows->layout();
+        const qsizetype bits
+            = qsizetype { rows->widthPx() } * layout.channels() * layout.bitsPerSample;
+        const auto unused = static_cast<unsigned>(rows->rowBytes() * 8 - bits);
         QCryptographicHash hash(QCryptographicHash::Sha1);
         int seen = 0;
         for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand()) {
-            require(band.strideBytes >= layout.rowBytes(rows->widthPx()), "rows do not overlap");
-            for (int i = 0; i < band.rows; ++i)
-                addRow(hash, band.row(i), layout, rows->widthPx());
+            require(band.strideBytes >= rows->rowBytes(), "rows do not overlap");
+            for (int i = 0; i < band.rows; ++i) {
+                QByteArray row(reinterpret_cast<const char*>(band.row(i)), rows->rowBytes());
+                row.back() = static_cast<char>(row.back() & (0xFFU << unused));
+                hash.addData(row);
+            }
             seen += band.rows;
         }
         require(seen == rows->heightPx(), "the bands hold exactly the rows of the page");
@@ -105,18 +100,7 @@ namespace {
         require(*refusal.what() != '\0', "a refusal has a reason");
     }
 
-    struct Choice
-    {
-        explicit Choice(FuzzInput input)
-            : format(input[0] % 7)
-            , options { input[2] % 12, input[1] % 6 }
-        {
-        }
-        bool isTogether() const { return format >= 5; }
-
-        int format;
-        SaveOptions options;
-    };
+    enum { together = 5, inPieces = 6 }; // besides the formats of OutputType
 
     /// What the pages of a written TIFF file must look like; nothing for one that could not be
     /// shown before either.
@@ -135,20 +119,20 @@ namespace {
         require(false, refusal.what());
     }
 
-    void writeApart(const FuzzFolder& folder, const PageImage& page, const Choice& choice,
-                    const std::optional<QByteArray>& expected)
+    void writeApart(const FuzzFolder& folder, const PageImage& page, int format,
+                    const SaveOptions& options, const std::optional<QByteArray>& expected)
     {
-        const QString name = u"output"_s + fileExtension(choice.format);
+        const QString name = u"output"_s + fileExtension(format);
         const QString path = folder.path(name);
         try {
-            encodedPage(page.sharedSource(), path, pageEncoding(path), choice.options)->commit();
+            encodedPage(page.sharedSource(), path, pageEncoding(path), options)->commit();
         } catch (const std::runtime_error& refusal) {
             require(*refusal.what() != '\0', "a refusal has a reason");
             require(folder.names() == QStringList { sourceName }, "a refusal leaves nothing");
             return;
         }
         require(folder.names() == QStringList({ sourceName, name }), "only the output is left");
-        if (choice.format == static_cast<int>(OutputType::Tiff)) {
+        if (format == static_cast<int>(OutputType::Tiff)) {
             checkTiff(path, { expected });
         } else {
             const PageProperties& tags = page.source().properties();
@@ -162,18 +146,17 @@ namespace {
     }
 
     void writeTogether(const FuzzFolder& folder, const TiffDocument& document,
-                       const std::vector<int>& pages, const Appearances& looks,
-                       const Choice& choice)
+                       const std::vector<int>& pages, const Appearances& looks, int format,
+                       int compression)
     {
         const QString path = folder.path(u"output.tiff"_s);
-        const int compression = choice.options.tiffCompressionIndex;
         Appearances expected;
         try {
             MultiPageTiffWriter file(path, compression, static_cast<int>(pages.size()));
             for (std::size_t i = 0; i < pages.size(); ++i) {
                 try {
                     file.append(document.page(pages[i]).sharedSource(),
-                                choice.format != 6
+                                format != inPieces
                                     ? EncodedPieces {}
                                     : encodePieces(document.clone()->page(pages[i]).source(),
                                                    tiffCompressionTag(compression)));
@@ -224,7 +207,8 @@ void writePages(FuzzInput input)
 {
     if (input.size() < choiceBytes)
         return;
-    const Choice choice(input);
+    const int format = input[0] % 7;
+    const SaveOptions options { input[2] % 12, input[1] % 6 };
     const FuzzFolder folder;
     const QString path = folder.put(sourceName, input.subspan(choiceBytes));
     std::vector<int> pages;
@@ -244,11 +228,11 @@ void writePages(FuzzInput input)
     } catch (const std::runtime_error&) {
         return; // the other target looks at files that cannot be opened
     }
-    if (choice.isTogether())
-        writeTogether(folder, *document, pages, looks, choice);
+    if (format >= together)
+        writeTogether(folder, *document, pages, looks, format, options.tiffCompressionIndex);
     else
         for (std::size_t i = 0; i < pages.size(); ++i)
-            writeApart(folder, document->page(pages[i]), choice, looks[i]);
+            writeApart(folder, document->page(pages[i]), format, options, looks[i]);
 }
 
 } // namespace pagestack

@@ -8,21 +8,12 @@
 # many targets run at a time (1), FUZZ_OPTIONS are more options for libFuzzer (such as -seed=2),
 # PAGESTACK_CORPUS is the folder of real TIFF files, FUZZ_BUILD another build folder.
 set -u
-
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd) || exit 1
-build=${FUZZ_BUILD:-$root/build/fuzz}
+export build=${FUZZ_BUILD:-$root/build/fuzz} seconds=${1-}
 corpus=${PAGESTACK_CORPUS:-$root/../shared/corpus}
-all="readPages writePages readSettings"
-
-case ${1-} in
-'' | *[!0-9]*)
-    echo "usage: tests/fuzz/run.sh SECONDS [TARGET...]     targets: $all" >&2
-    exit 2
-    ;;
-esac
-seconds=$1
+[[ $seconds =~ ^[0-9]+$ ]] || { echo "usage: tests/fuzz/run.sh SECONDS [TARGET...]" >&2 && exit 2; }
 shift
-[ $# -gt 0 ] || eval "set -- $all"
+[ $# -gt 0 ] || set -- readPages writePages readSettings
 
 scratch=/dev/shm
 [ -w "$scratch" ] || scratch=${TMPDIR:-/tmp}
@@ -36,7 +27,7 @@ printf 'extern "C" int LLVMFuzzerTestOneInput(const char*, unsigned long) { retu
     exit 77
 }
 # The leak check stops every process by ptrace, which some containers forbid.
-leaks=1
+export leaks=1
 "$probe" -runs=1 >/dev/null 2>&1 || leaks=0
 
 (cd "$root" && cmake --preset fuzz -B "$build" && cmake --build "$build" --target pagestack_fuzzers) \
@@ -72,36 +63,38 @@ outputFolderPath="/a, \\"b\\\\;\\x263a"\nseparator=@Invalid()\njpegQuality=@@7\n
         >"$build/seeds/readSettings/store"
 }
 
-# The tags of TIFF files in both byte orders, entries for compressions and colours, headers.
-make_dictionary() {
-    local number
+# The tags of TIFF files in both byte orders, entries for compressions and colours, headers; the names
+# and notations of the settings file.
+make_dictionaries() {
+    local number word
     for number in 254 256 257 258 259 262 266 273 274 277 278 279 282 283 284 292 293 296 297 317 \
         320 322 323 324 325 330 332 338 339 347 512 513 514 529 530 531 532 700 34675 37724; do
         printf '"\\x%02x\\x%02x"\n"\\x%02x\\x%02x"\n' $((number % 256)) $((number / 256)) \
             $((number / 256)) $((number % 256))
-    done
-    for number in 2 3 4 5 6 7 8 32766 32771 32773 32809 32946 34676 34677; do
-        printf '"\\x03\\x01\\x03\\x00\\x01\\x00\\x00\\x00\\x%02x\\x%02x\\x00\\x00"\n' \
-            $((number % 256)) $((number / 256))
-    done
-    for number in 0 1 2 3 4 5 6 8 9 32844 32845; do
-        printf '"\\x06\\x01\\x03\\x00\\x01\\x00\\x00\\x00\\x%02x\\x%02x\\x00\\x00"\n' \
-            $((number % 256)) $((number / 256))
-    done
-    printf '"II*\\x00"\n"MM\\x00*"\n"II+\\x00\\x08\\x00\\x00\\x00"\n"MM\\x00+\\x00\\x08\\x00\\x00"\n'
+    done >"$build/tiff.dict"
+    for number in 3:{2,3,4,5,6,7,8,32766,32771,32773,32809,32946,34676,34677} \
+        6:{0,1,2,3,4,5,6,8,9,32844,32845}; do
+        printf '"\\x%02x\\x01\\x03\\x00\\x01\\x00\\x00\\x00\\x%02x\\x%02x\\x00\\x00"\n' \
+            "${number%:*}" $((${number#*:} % 256)) $((${number#*:} / 256))
+    done >>"$build/tiff.dict"
+    printf '"%s"\n' 'II*\x00' 'MM\x00*' 'II+\x00\x08\x00\x00\x00' 'MM\x00+\x00\x08\x00\x00' >>"$build/tiff.dict"
+    for word in SETTINGS $(sed -n 's/.*Q_PROPERTY([a-zA-Z]* \([a-zA-Z]*\).*/\1/p' \
+        "$root/engine/settings/Settings.h") '@Invalid()' @@ '\\x' '\\u' null; do
+        printf '"%s"\n' "$word"
+    done >"$build/settings.dict"
 }
 
 make_seeds
-make_dictionary >"$build/tiff.dict"
+make_dictionaries
 export TMPDIR=$scratch
 # Freed memory is kept back for a while to find its users; a little of it is enough.
 export ASAN_OPTIONS=quarantine_size_mb=16:allocator_may_return_null=1:detect_stack_use_after_return=1:${ASAN_OPTIONS-}
 export UBSAN_OPTIONS=print_stacktrace=1:${UBSAN_OPTIONS-}
 # fuzz TARGET: fails when it has findings.
 fuzz() {
-    local target=$1 dictionary=$build/tiff.dict status runs peak coverage files
+    local target=$1 dictionary=$build/tiff.dict status files
     mkdir -p "$build/corpus/$target" "$build/findings/$target"
-    [ "$target" != readSettings ] || dictionary=$root/tests/fuzz/readSettings.dict
+    [ "$target" != readSettings ] || dictionary=$build/settings.dict
     # shellcheck disable=SC2086
     "$build/fuzzers/fuzz_$target" -max_total_time="$seconds" -seed=1 -rss_limit_mb=500 -timeout=60 \
         -report_slow_units=60 \
@@ -109,37 +102,13 @@ fuzz() {
         -artifact_prefix="$build/findings/$target/" ${FUZZ_OPTIONS-} \
         "$build/corpus/$target" "$build/seeds/$target" >"$build/$target.log" 2>&1
     status=$?
-    runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$build/$target.log")
-    peak=$(sed -n 's/^stat::peak_rss_mb: *//p' "$build/$target.log")
-    coverage=$(grep -o 'cov: [0-9]*' "$build/$target.log" | tail -n 1)
     files=$(find "$build/findings/$target" -type f | wc -l)
-    printf '%-12s %s runs, %s, peak %s MB, findings: %d\n' "$target" "${runs:-?}" "$coverage" \
-        "${peak:-?}" "$files"
+    echo "$target: findings: $files, $(grep -o 'cov: [0-9]*' "$build/$target.log" | tail -n 1)," \
+        "$(grep -E 'executed_units|peak_rss' "$build/$target.log" | tr -s '\n ' ' ')"
     [ "$status" = 0 ] && [ "$files" = 0 ] && return
     grep -E 'ERROR:|SUMMARY:|runtime error|what\(\)|Test unit written' "$build/$target.log"
     return 1
 }
 
-for target; do
-    [ -x "$build/fuzzers/fuzz_$target" ] || { echo "there is no target $target" && exit 2; }
-done
-# Of 3 targets and 2 jobs, one runs the targets 1 and 3, the other 2.
-jobs=${FUZZ_JOBS:-1}
-lanes=
-# shellcheck disable=SC2086
-trap 'kill $lanes 2>/dev/null; exit 130' INT TERM
-for ((lane = 0; lane < jobs; ++lane)); do
-    (
-        found=0
-        for ((i = lane + 1; i <= $#; i += jobs)); do
-            fuzz "${!i}" || found=1
-        done
-        exit "$found"
-    ) &
-    lanes="$lanes $!"
-done
-found=0
-for lane in $lanes; do
-    wait "$lane" || found=1
-done
-exit "$found"
+export -f fuzz
+printf '%s\n' "$@" | xargs -P "${FUZZ_JOBS:-1}" -I % bash -c 'fuzz %' || exit 1
