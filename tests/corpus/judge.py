@@ -55,18 +55,14 @@ class PageJudge:
             hidden = shown[:, :, 3] == 0 if shown.shape[2] == 4 else np.zeros_like(opaque)
             if np.any(hidden[opaque]) or not np.all(hidden[alpha == 0]):
                 found.append(("alpha", "opaque pixels became transparent, or transparent ones opaque"))
-        shown = shown[:, :, :3]
-        if self._is_cmyk:
-            if opaque.all():
-                self._near(found, shown, colours, CMYK_DECIBELS, blurred=True)
-        elif not opaque.all():
-            _compare_steps(found, shown[opaque], colours[opaque],
-                           1 if _count_colours(colours[opaque]) < 200 else 255)
-        elif self.reference.proved and not self.reference.tolerance and (
-                self.expected.form[-2:] != "16" and _count_colours(colours) <= 256):
-            _compare_steps(found, shown, colours, 0)
+        shown = np.where(opaque[:, :, None], shown[:, :, :3], colours)
+        most = 256 if opaque.all() else 200  # there are others where the page is half transparent
+        if self.reference.proved and not self.reference.tolerance and not self._is_cmyk and (
+                self.expected.form[-2:] != "16" and _count_colours(colours[opaque]) <= most):
+            _compare_steps(found, shown, colours, 0 if opaque.all() else 1)
         else:
-            self._near(found, shown, colours, REDUCED_DECIBELS, blurred=True)
+            limit = CMYK_DECIBELS if self._is_cmyk else REDUCED_DECIBELS
+            self._near(found, shown, colours, limit, blurred=True)
 
     def _jpeg(self, found, picture):
         wanted = self._display_form()
@@ -98,10 +94,8 @@ class PageJudge:
             found.append(("compression", f"tag {picture.compression} instead of {wanted}"))
 
     def _display_form(self):
-        """The reference as a screen shows it: colours not multiplied by their alpha."""
+        """The reference with its alpha, which the canonical form of inks does not keep."""
         form, alpha = self.reference.form, self.reference.ink_alpha
-        if form is not None and form.alpha == "associated":
-            return _unmultiplied(form)
         if form is not None and alpha is not None:
             return Canonical("rgb", np.concatenate([as_rgb(form), alpha], axis=2), "unassociated")
         return form
@@ -143,10 +137,8 @@ class PageJudge:
             wanted = _over_white(self._display_form()) if is_bmp else wanted
             self._near(found, to_8_bits(as_rgb(form)), to_8_bits(as_rgb(wanted)), CMYK_DECIBELS)
         elif wanted.alpha == "associated" and form.alpha == "unassociated":
-            form, wanted = _multiplied(form), _clipped_to_alpha(wanted)
-            change = to_16_bits if form.array.dtype.itemsize == 2 else to_8_bits
-            wanted = Canonical(wanted.model, change(wanted.array), wanted.alpha)
-            _compare_forms(found, form, wanted, 1, False)
+            _compare_forms(found, _over_white(form), _over_white(wanted), 1, False)
+            _compare_forms(found, _alpha_of(form), _alpha_of(wanted), 1, False)
         else:
             self._compare_colours(found, form, wanted, is_bmp)
 
@@ -159,7 +151,8 @@ class PageJudge:
             rounding = max(rounding, 1 if self.expected.bits < 16 else 0)
         if in_decibels and form.alpha and form.alpha == wanted.alpha == "unassociated":
             # What a lossy codec leaves under transparent pixels is nobody's picture.
-            form, wanted = _multiplied(form), _multiplied(wanted)
+            _compare_forms(found, _alpha_of(form), _alpha_of(wanted), self.reference.tolerance, True)
+            form, wanted = _over_white(form), _over_white(wanted)
         tolerance = self.reference.tolerance
         _compare_forms(found, form, wanted, tolerance if in_decibels else max(tolerance, rounding), in_decibels)
 
@@ -264,37 +257,19 @@ def _all_channels(form, eight_bits):
                                            (*array.shape[:2], 3)), alpha], axis=2)
 
 
-def _split(form):
-    return form.array[:, :, :-1].astype(np.uint64), form.array[:, :, -1:].astype(np.uint64)
-
-
-def _joined(form, colour, alpha, kind):
-    return Canonical(form.model, np.concatenate([colour, alpha], axis=2).astype(form.array.dtype), kind)
-
-
-def _multiplied(form):
-    colour, alpha = _split(form)
-    return _joined(form, (colour * alpha + form.peak // 2) // form.peak, alpha, "associated")
-
-
-def _clipped_to_alpha(form):
-    """A multiplied colour above its alpha cannot be: no un-multiplied colour gives it."""
-    colour, alpha = _split(form)
-    return _joined(form, np.minimum(colour, alpha), alpha, "associated")
-
-
-def _unmultiplied(form):
-    colour, alpha = _split(form)
-    straight = (colour * form.peak + alpha // 2) // np.maximum(alpha, 1)
-    return _joined(form, np.minimum(straight, form.peak), alpha, "unassociated")
+def _alpha_of(form):
+    return Canonical("gray", form.array[:, :, -1:])
 
 
 def _over_white(form):
     if form is None or not form.alpha:
         return form
-    colour, alpha = _split(form)
-    top = form.peak
-    laid = (colour * alpha + top * (top - alpha) + top // 2) // top
+    top, alpha = form.peak, form.array[:, :, -1:].astype(np.uint64)
+    colour = form.array[:, :, :-1].astype(np.uint64)
+    if form.alpha == "unassociated":
+        colour = (colour * alpha + top // 2) // top
+    # A multiplied colour above its alpha cannot be.
+    laid = np.minimum(colour, alpha) + top - alpha
     return simplify(Canonical(form.model, laid.astype(form.array.dtype)))
 
 

@@ -47,8 +47,8 @@ class Canonical:
 
     @property
     def form(self):
-        name = {"gray": "GRAY", "rgb": "RGB", "cmyk": "CMYK"}[self.model]
-        return name + ("A" if self.alpha else "") + str(self.array.dtype.itemsize * 8)
+        name = self.model.upper() + ("A" if self.alpha else "")
+        return name + str(self.array.dtype.itemsize * 8)
 
     @property
     def size(self):
@@ -112,9 +112,8 @@ def simplify(form):
     array, model, alpha = form.array, form.model, form.alpha
     if alpha and np.all(array[:, :, -1] == np.iinfo(array.dtype).max):
         array, alpha = array[:, :, :-1], None
-    if model == "rgb" and np.array_equal(array[:, :, 0], array[:, :, 1]) and np.array_equal(
-            array[:, :, 0], array[:, :, 2]):
-        array, model = np.concatenate([array[:, :, :1], array[:, :, 3:]], axis=2), "gray"
+    if model == "rgb" and np.all(array[:, :, :2] == array[:, :, 1:3]):
+        array, model = np.delete(array, (1, 2), axis=2), "gray"
     if array.dtype.itemsize == 2 and np.all((array >> 8) == (array & 255)):
         array = array.astype(np.uint8)
     return Canonical(model, array, alpha)

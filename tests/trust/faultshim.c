@@ -56,8 +56,8 @@ static int isDue(void)
     if (number < first || (number > first && getenv("PAGESTACK_FAULT_ONCE")))
         return 0;
     /* Past the functions below, which would count this as well. */
-    const long file = syscall(SYS_openat, AT_FDCWD, option("PAGESTACK_FAULT_COUNT", "/dev/null"),
-                              O_WRONLY | O_APPEND);
+    const char* count = option("PAGESTACK_FAULT_COUNT", "/dev/null");
+    const long file = syscall(SYS_openat, AT_FDCWD, count, O_WRONLY | O_APPEND);
     syscall(SYS_write, file, "x", 1);
     syscall(SYS_close, file);
     return 1;

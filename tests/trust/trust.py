@@ -135,15 +135,12 @@ def logs(home):
 
 
 def read_log(path):
-    """The sources of an XML log, each as its attributes and a list of the attributes of its pages.
-
-    Nothing for a log that is torn.
-    """
+    """The sources of an XML log, each as its attributes and a list of the attributes of its pages; none
+    of a log that is torn."""
     try:
-        root = ElementTree.parse(path).getroot()
+        return [(source.attrib, [page.attrib for page in source]) for source in ElementTree.parse(path).getroot()]
     except ElementTree.ParseError:
         return []
-    return [(source.attrib, [page.attrib for page in source]) for source in root]
 
 
 def is_kept_together(name):
@@ -222,14 +219,6 @@ class Scene:
                            executable=shutil.copy2(PROGRAM, self.path("program")))
         self.process = start(["-o", self.path("out"), "--log", self.path("home/log"), *words],
                              self.path("home"), env={"TMPDIR": str(self.path("tmp"))}, **options)
-
-    def is_halted_before(self, *outputs):
-        """Halts the program as soon as it has begun to write; False when one of `outputs` is there."""
-        until = time.monotonic() + SECONDS
-        while self.process.poll() is None and not os.listdir("out") and time.monotonic() < until:
-            time.sleep(0.0005)
-        halt(self.process)
-        return self.process.poll() is None and not any(map(os.path.exists, outputs))
 
     def end(self):
         """Goes on, if it was halted, and waits for the end."""

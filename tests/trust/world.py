@@ -12,7 +12,7 @@ import shutil
 import time
 from pathlib import Path
 
-from trust import Scene, expect, finish, frames, picture, run, staged_files, write_tiff
+from trust import Scene, expect, finish, frames, halt, picture, run, staged_files, write_tiff
 
 A, B, C = "in/a.tif", "in/b.tif", "in/c.tif"
 NOBODY = 65534 if os.getuid() == 0 else None  # whom permissions bind
@@ -28,7 +28,10 @@ def run_and_halt(scene, sources, *words):
     for count in (6, 24, 96):
         scene.make(A, [picture(i, 600, 600, noisy=True) for i in range(count)])
         scene.start(*(["--compression", "lzw"] if "tiff" in words else []), *words, A, *sources)
-        if scene.is_halted_before(f"out/a{count}.png", "out/a.tiff"):
+        while scene.process.poll() is None and not os.listdir("out"):
+            time.sleep(0.0005)
+        halt(scene.process)
+        if scene.process.poll() is None and not {f"a{count}.png", "a.tiff"} & set(os.listdir("out")):
             return
         scene.end()
         for name in os.listdir("out"):
@@ -39,14 +42,9 @@ def run_and_halt(scene, sources, *words):
 # Sources that change between the count of their pages and their turn.
 
 
-def put_in_place(pages):
-    write_tiff("in/new", pages)
-    os.rename("in/new", B)
-
-
-def replaced_by(make):
+def replaced_by(make, *arguments):
     os.unlink(B)
-    make(B)
+    make(B, *arguments)
 
 
 # What is done to the source of three pages, and which pages come out of it: `n` of its own (a number)
@@ -57,9 +55,9 @@ SOURCE_CHANGES = {
     "cut in its header": (lambda: os.truncate(B, 6), 0),
     "cut in its second page": (lambda: os.truncate(B, os.stat(B).st_size // 2), 1),
     "made a text": (lambda: Path(B).write_text("no picture" * 1000, encoding="ascii"), 0),
-    "replaced": (lambda: put_in_place(OTHER[:3]), OTHER[:3]),
-    "given more pages": (lambda: put_in_place(OTHER), OTHER[:3]),
-    "given fewer pages": (lambda: put_in_place(OTHER[:1]), OTHER[:1]),
+    "replaced": (lambda: replaced_by(write_tiff, OTHER[:3]), OTHER[:3]),
+    "given more pages": (lambda: replaced_by(write_tiff, OTHER), OTHER[:3]),
+    "given fewer pages": (lambda: replaced_by(write_tiff, OTHER[:1]), OTHER[:1]),
     "made a folder": (lambda: replaced_by(os.mkdir), 0),
     "made a FIFO": (lambda: replaced_by(os.mkfifo), 0),
     "made a dangling link": (lambda: replaced_by(lambda path: os.symlink("nowhere", path)), 0),
