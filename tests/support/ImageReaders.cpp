@@ -168,16 +168,13 @@ namespace {
 
     void readTags(TIFF* tiff, TiffPicture& page)
     {
-        for (const int tag : { TIFFTAG_BITSPERSAMPLE, TIFFTAG_COMPRESSION, TIFFTAG_PHOTOMETRIC,
-                               TIFFTAG_ORIENTATION, TIFFTAG_SAMPLESPERPIXEL, TIFFTAG_PLANARCONFIG,
-                               TIFFTAG_RESOLUTIONUNIT, TIFFTAG_SAMPLEFORMAT, TIFFTAG_PREDICTOR }) {
-            std::uint16_t value = 0;
-            if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &value) == 1)
-                page.numbers[tag] = value;
-        }
-        for (const int tag : { TIFFTAG_SUBFILETYPE, TIFFTAG_IMAGEWIDTH, TIFFTAG_IMAGELENGTH,
-                               TIFFTAG_TILEWIDTH, TIFFTAG_TILELENGTH }) {
-            std::uint32_t value = 0;
+        for (const int tag :
+             { TIFFTAG_BITSPERSAMPLE, TIFFTAG_COMPRESSION, TIFFTAG_PHOTOMETRIC, TIFFTAG_ORIENTATION,
+               TIFFTAG_SAMPLESPERPIXEL, TIFFTAG_PLANARCONFIG, TIFFTAG_RESOLUTIONUNIT,
+               TIFFTAG_SAMPLEFORMAT, TIFFTAG_PREDICTOR, TIFFTAG_SUBFILETYPE, TIFFTAG_IMAGEWIDTH,
+               TIFFTAG_IMAGELENGTH, TIFFTAG_TILEWIDTH, TIFFTAG_TILELENGTH }) {
+            std::uint32_t value
+                = 0; // of which some tags set the first half, which is the lower one
             if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &value) == 1)
                 page.numbers[tag] = static_cast<int>(value);
         }
@@ -267,21 +264,16 @@ QString difference(const Picture& picture, std::array<int, 4> widthHeightChannel
 {
     const std::array shape { picture.width, picture.height, picture.channels, picture.bits };
     if (shape != widthHeightChannelsBits)
-        return u"it is %1 x %2 pixels of %3 samples of %4 bits"_s.arg(shape[0])
-            .arg(shape[1])
-            .arg(shape[2])
-            .arg(shape[3]);
+        return QString::asprintf("it is %d x %d pixels of %d samples of %d bits", shape[0],
+                                 shape[1], shape[2], shape[3]);
     for (int i = 0; i < shape[0] * shape[1]; i += step)
         for (int c = 0; c < shape[2]; ++c) {
             const int x = i % shape[0];
             const int y = i / shape[0];
             const double wanted = expected(x, y, c);
             if (!(std::abs(picture.at(x, y, c) - wanted) <= tolerance))
-                return u"x %1, y %2, channel %3: %4 instead of %5"_s.arg(x)
-                    .arg(y)
-                    .arg(c)
-                    .arg(picture.at(x, y, c))
-                    .arg(wanted);
+                return QString::asprintf("x %d, y %d, channel %d: %d instead of %g", x, y, c,
+                                         picture.at(x, y, c), wanted);
         }
     return {};
 }

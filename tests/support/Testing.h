@@ -3,6 +3,7 @@
 // What nearly every test needs.
 
 #include "tests/support/Bytes.h"
+#include "tests/support/TextRows.h"
 
 #include <QRegularExpression>
 #include <QScopeGuard>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QRegularExpression>
 #include <QTest>
 
 #include <algorithm>
@@ -7,30 +8,32 @@
 
 namespace pagestack {
 
-/// Columns of texts and a row for each line of `lines`, which is its name, too; '|' stands between
-/// the texts, and blanks around them do not count. A backslash joins a line with the next one.
-inline void addTextRows(std::initializer_list<const char*> columns, const char* lines)
+/// The texts of each line of `lines`; '|' stands between them, and blanks around them do not count.
+/// A backslash joins a line with the next one.
+inline QList<QStringList> textsOf(const char* lines)
 {
-    for (const char* column : columns)
-        QTest::addColumn<QString>(column);
-    const QString joined = QString::fromUtf8(lines).remove(QRegularExpression(u"\\\\\n *"_s));
-    for (const QString& line : joined.split(u'\n', Qt::SkipEmptyParts)) {
-        QTestData& row = QTest::newRow(qPrintable(line.simplified()));
-        for (const QString& text : line.split(u'|'))
-            row << text.trimmed();
+    static const QRegularExpression joint(QStringLiteral("\\\\\n *"));
+    QList<QStringList> rows;
+    for (const QString& line :
+         QString::fromUtf8(lines).remove(joint).split(u'\n', Qt::SkipEmptyParts)) {
+        rows.append(line.split(u'|'));
+        for (QString& text : rows.back())
+            text = text.trimmed();
     }
+    return rows;
 }
 
-/// A row for each line of `lines`, as above; its texts are those of textRow().
+inline QTestData& newTextRow(const QStringList& texts)
+{
+    return QTest::newRow(qPrintable(texts.join(QStringLiteral(" | "))));
+}
+
+/// A row for each line of `lines`; its texts are those of textRow().
 inline void addTextRows(const char* lines)
 {
     QTest::addColumn<QStringList>("texts");
-    for (const QString& line : QString::fromUtf8(lines).split(u'\n', Qt::SkipEmptyParts)) {
-        QStringList texts;
-        for (const QString& text : line.split(u'|'))
-            texts.append(text.trimmed());
-        QTest::newRow(qPrintable(line.simplified())) << texts;
-    }
+    for (const QStringList& texts : textsOf(lines))
+        newTextRow(texts) << texts;
 }
 
 /// The texts of the current row, to be given names.
@@ -41,6 +44,18 @@ std::array<QString, count> textRow()
     std::array<QString, count> row;
     std::copy_n(texts.begin(), count, row.begin());
     return row;
+}
+
+/// The same with a column for each text.
+inline void addTextRows(std::initializer_list<const char*> columns, const char* lines)
+{
+    for (const char* column : columns)
+        QTest::addColumn<QString>(column);
+    for (const QStringList& texts : textsOf(lines)) {
+        QTestData& row = newTextRow(texts);
+        for (const QString& text : texts)
+            row << text;
+    }
 }
 
 } // namespace pagestack

@@ -1,7 +1,5 @@
 #include "tests/support/TiffBuilder.h"
 
-#include "engine/settings/Settings.h"
-
 #include <QHash>
 #include <QtEndian>
 

@@ -2,6 +2,7 @@
 
 #include "engine/image/PageImage.h"
 #include "engine/image/TiffDocument.h"
+#include "engine/settings/Settings.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/ImageReaders.h"
 
@@ -91,6 +92,7 @@ public:
     QString path(const QString& name) const { return m_folder.filePath(name); }
     QString folder() const { return m_folder.path(); }
     PageImage& image() { return *m_image; }
+    bool saves(const QString& name) { return m_image->save(path(name), Settings(nullptr)); }
     /// What is read of the file that is saved under `name`; nothing when that fails.
     Picture saved(const QString& name, int jpegQuality = 10);
 

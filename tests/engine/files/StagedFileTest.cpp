@@ -1,9 +1,7 @@
 #include "engine/files/StagedFile.h"
 
-#include "engine/settings/Settings.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/Testing.h"
-#include "tests/support/TextRows.h"
 #include "tests/support/TiffBuilder.h"
 
 #include <sys/stat.h>
@@ -318,11 +316,11 @@ file/a    | cannot create a file in the folder: Not a directory
     void leavesNothingOnAFullDisk_data()
     {
         addTextRows(R"(
-a.png  | width=700 height=700
-a.jpg  | width=700 height=700
-a.bmp  | width=700 height=700
-a.gif  | width=700 height=700
-a.tiff | width=700 height=700
+a.png  | width=300 height=300
+a.jpg  | width=300 height=300
+a.bmp  | width=300 height=300
+a.gif  | width=300 height=300
+a.tiff | width=300 height=300
 a.jpg  | width=100 height=100
 )");
     }
@@ -340,12 +338,12 @@ a.jpg  | width=100 height=100
         putBytes(single.path(name), "old");
         {
             const FileSizeLimit disk(2000);
-            QVERIFY(!single.image().save(single.path(name), Settings(nullptr)));
+            QVERIFY(!single.saves(name));
         }
         QCOMPARE(single.image().failureReason(), u"cannot write: File too large"_s);
         QCOMPARE(bytesOf(single.path(name)), QByteArray("old"));
         QCOMPARE(namesIn(single.folder()).size(), 2);
-        QVERIFY(single.image().save(single.path(name), Settings(nullptr)));
+        QVERIFY(single.saves(name));
         QVERIFY(bytesOf(single.path(name)).size() > 2000);
     }
 

@@ -1,5 +1,4 @@
 #include "engine/image/TiffDocument.h"
-#include "engine/settings/Settings.h"
 #include "tests/support/PeakMemory.h"
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
@@ -126,7 +125,7 @@ private slots:
         for (const QString& name : { u"a.jpg"_s, u"a.gif"_s, u"a.png"_s, u"a.bmp"_s }) {
             const bool isWanted = written.contains(name);
             if (isWanted || page.compression != 4)
-                QCOMPARE(single.image().save(single.path(name), Settings(nullptr)), isWanted);
+                QCOMPARE(single.saves(name), isWanted);
         }
     }
 

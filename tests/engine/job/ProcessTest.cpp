@@ -4,7 +4,6 @@
 #include "tests/engine/job/JobFixture.h"
 #include "tests/support/LogDocument.h"
 #include "tests/support/Testing.h"
-#include "tests/support/TextRows.h"
 
 #include <QThread>
 
@@ -121,9 +120,6 @@ trouble in/a.tif 0 index 1 beyond bounds [0 .. 0]
 1/1 out/a1.png )"_s
                 + failure);
         row("no run flag", u"a.tif:W"_s, u"isCombining=false"_s, u"0/0 Process cancelled!"_s);
-        row("target filter", u"a.tif:WWW"_s, u"filter=a2.png"_s,
-            uR"(in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Skipped, a3.png 3 Completed
-1/2 out/a1.png out/a3.png Total 2 files converted successfully.)"_s);
         row("together", u"a.tif:WWW b.tif:W"_s,
             u"outputType=2 tiffCompressionIndex=3 separator=_"_s,
             uR"(in/a.tif to out, 3 pages [] a.tiff 1 Completed, a.tiff 2 Completed, a.tiff 3 Completed

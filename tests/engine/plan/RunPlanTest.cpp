@@ -114,16 +114,14 @@ private slots:
 
     void findsWhatARunComesUpon_data()
     {
-        QTest::addColumn<QString>("sources");
-        QTest::addColumn<QString>("changes");
-        QTest::addColumn<QString>("found");
-        QTest::addColumn<QString>("clashing"); ///< names when those that clash are numbered
-        QTest::addColumn<QString>("taken"); ///< the same, when all that would replace a file are
+        QTest::addColumn<QStringList>("texts");
+        // Names when those that clash are numbered; the same, when all that would replace a file
+        // are.
         const auto row
             = [](const char* name, const QString& sources, const QString& changes,
                  const QString& found, const QString& clashing, const QString& taken = {}) {
-                  QTest::newRow(name) << sources << changes << found << clashing
-                                      << (taken.isNull() ? clashing : taken);
+                  QTest::newRow(name) << QStringList { sources, changes, found, clashing,
+                                                       taken.isNull() ? clashing : taken };
               };
         row("one name each", u"a.tif:WW c.tif:W b.tif"_s, {}, {}, u"[a1.png a2.png] [c1.png] []"_s);
         // Who comes later gives way, but not to the number of another.
@@ -154,33 +152,25 @@ private slots:
 #ifdef __linux__
         row("case", u"a.tif:W A.tif:W \u00e4.tif:W a\u0308.tif:W"_s,
             u"outputFolderPath=case case/"_s, u"A1.png of 1 and 0"_s,
-            u"[a1.png] [A1-2.png] [\u00e4"
-            "1.png] [a\u0308"
-            "1.png]"_s);
+            u"[a1.png] [A1-2.png] [\u00e41.png] [a\u03081.png]"_s);
         row("normalization", u"\u00e4.tif:W a\u0308.tif:W a.tif:W A.tif:W"_s,
-            u"outputFolderPath=form form/"_s,
-            u"a\u0308"
-            "1.png of 1 and 0"_s,
-            u"[\u00e4"
-            "1.png] [a\u0308"
-            "1-2.png] [a1.png] [A1.png]"_s);
+            u"outputFolderPath=form form/"_s, u"a\u03081.png of 1 and 0"_s,
+            u"[\u00e41.png] [a\u03081-2.png] [a1.png] [A1.png]"_s);
 #endif
     }
 
     void findsWhatARunComesUpon()
     {
-        QFETCH(const QString, sources);
-        QFETCH(const QString, changes);
+        const auto [sources, changes, found, clashing, taken] = textRow<5>();
         JobFixture fixture(sources, changes);
         fixture.folder.remember();
         const auto planned = [&](RunPlan::Numbering numbering) {
             return RunPlan(fixture.job.outputFiles(), fixture.settings, numbering);
         };
-        QTEST(findings(planned(RunPlan::Numbering::None)), "found");
-        QTEST(names(planned(RunPlan::Numbering::Clashing), fixture.settings), "clashing");
-        const RunPlan taken = planned(RunPlan::Numbering::Taken);
-        QTEST(names(taken, fixture.settings), "taken");
-        QCOMPARE(findings(taken), QString());
+        QCOMPARE(findings(planned(RunPlan::Numbering::None)), found);
+        QCOMPARE(names(planned(RunPlan::Numbering::Clashing), fixture.settings), clashing);
+        QCOMPARE(names(planned(RunPlan::Numbering::Taken), fixture.settings), taken);
+        QCOMPARE(findings(planned(RunPlan::Numbering::Taken)), QString());
         QCOMPARE(fixture.folder.changes(), QString());
     }
 

@@ -21,8 +21,15 @@ private slots:
     {
         const auto fail = [] { throw std::out_of_range("row 3"); };
         QVERIFY_THROWS_EXCEPTION(std::out_of_range, callOnMainThread(fail)); // at once
+        WorkerThread idle(fail);
+        joinWorker(idle); // never started
         // Joining serves the worker without an event loop, where a plain wait() would never end.
         for (const bool byJoining : { false, true }) {
+            int calls = 0;
+            const auto other = started([&] {
+                for (int i = 0; i < 500; ++i)
+                    callOnMainThread([&] { ++calls; });
+            });
             QList<int> order;
             const auto worker = started([&] {
                 for (int i = 0; i < 200; i += 2) {
@@ -38,26 +45,14 @@ private slots:
             });
             if (!byJoining)
                 QVERIFY(QSignalSpy(worker.get(), &QThread::finished).wait());
-            joinWorker(*worker);
+            joinWorker(*worker); // serves the other one's calls, too
             QVERIFY(worker->isFinished());
+            joinWorker(*other);
+            QCOMPARE(calls, 500);
             QCOMPARE(order.size(), 201);
             for (int i = 0; i <= 200; ++i)
                 QCOMPARE(order.at(i), i);
         }
-    }
-
-    void joinsWorkersThatGoOnCalling()
-    {
-        int calls = 0;
-        const auto work = [&] {
-            for (int i = 0; i < 500; ++i)
-                callOnMainThread([&] { ++calls; });
-        };
-        for (const auto& worker : { started(work), started(work) })
-            joinWorker(*worker); // serves the other one's calls too
-        QCOMPARE(calls, 1000);
-        WorkerThread idle(work);
-        joinWorker(idle); // never started
     }
 
     void releasesCallersAtShutdown()

@@ -1,8 +1,6 @@
 #include "engine/image/ResourceImage.h"
 #include "engine/image/pixels/Bitmap.h"
-#include "engine/settings/Settings.h"
 #include "tests/support/Testing.h"
-#include "tests/support/TextRows.h"
 #include "tests/support/TiffBuilder.h"
 
 #include <lcms2.h>
@@ -209,7 +207,7 @@ bits=16 format=2 | 65500 | 1     | a.gif | -36 and 213,
             return static_cast<std::uint64_t>(value) & test.top();
         };
         SinglePage single(test);
-        QVERIFY(single.image().save(single.path(name), Settings(nullptr)));
+        QVERIFY(single.saves(name));
         const QStringList warnings = single.image().takeDiagnostics().warnings;
         QCOMPARE(warnings.size(), range.isEmpty() ? 0 : 1);
         QVERIFY2(warnings.value(0).contains(range), qPrintable(warnings.value(0)));
@@ -289,8 +287,7 @@ bits=16 format=2 | 65500 | 1     | a.gif | -36 and 213,
         // More than is kept in memory while it is turned.
         QTest::newRow("width=1710 height=1690 rgb bits=16 orientation=6") << 97;
         // In blocks of eight rows, since they are long.
-        for (const int i : { 5, 6 })
-            QTest::addRow("width=999999 height=9 rows=9 bits=4 orientation=%d", i) << 997;
+        QTest::newRow("width=999999 height=9 rows=9 bits=4 orientation=6") << 997;
         // Strips too large to be held.
         for (const int compression : { 5, 8 })
             QTest::addRow("width=2111 height=2077 rows=2077 compression=%d", compression) << 97;

@@ -1,8 +1,6 @@
 #include "engine/image/decode/JpegTail.h"
 #include "engine/settings/Settings.h"
-#include "tests/support/ImageReaders.h"
 #include "tests/support/Testing.h"
-#include "tests/support/TextRows.h"
 #include "tests/support/TiffBuilder.h"
 
 #include <tiffio.h>

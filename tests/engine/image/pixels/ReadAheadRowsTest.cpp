@@ -82,33 +82,29 @@ class ReadAheadRowsTest : public QObject
 private slots:
     void tellsTheStoryOfItsSource_data()
     {
-        QTest::addColumn<int>("width");
-        QTest::addColumn<int>("bandRows");
-        QTest::addColumn<int>("lastRow");
-        QTest::addColumn<bool>("fails");
-        QTest::addColumn<int>("spareFromRow"); // a thread is spare from this row on
-        QTest::newRow("bands larger than portions") << 600 << 700 << 3000 << false << 0;
-        QTest::newRow("single rows") << 40 << 1 << 3000 << false << 0;
-        QTest::newRow("rows larger than portions") << 300'000 << 2 << 7 << false << 0;
-        QTest::newRow("a thread becomes spare midway") << 600 << 300 << 3000 << false << 1500;
-        QTest::newRow("fails midway") << 600 << 300 << 1234 << true << 0;
-        QTest::newRow("fails when a thread becomes spare") << 600 << 300 << 600 << true << 600;
-        QTest::newRow("ends before its height") << 600 << 300 << 1234 << false << 0;
-        QTest::newRow("no rows") << 600 << 300 << 0 << false << 0;
+        // Width, rows of a band, last row, the row from which on a thread is spare, what is then.
+        addTextRows(R"(
+600      | 700            | 3000     | 0          |
+40       | 1              | 3000     | 0          |
+300000   | 2              | 7        | 0          |
+600      | 300            | 3000     | 1500       |
+600      | 300            | 1234     | 0          | fails
+600      | 300            | 600      | 600        | fails
+600      | 300            | 1234     | 0          |
+600      | 300            | 0        | 0          |
+)");
     }
 
     void tellsTheStoryOfItsSource()
     {
-        QFETCH(int, width);
-        QFETCH(int, bandRows);
-        QFETCH(int, lastRow);
-        QFETCH(bool, fails);
-        QFETCH(int, spareFromRow);
-        const Script script {
-            .width = width, .bandRows = bandRows, .lastRow = lastRow, .fails = fails
-        };
-        const QStringList expected { u"%1 rows"_s.arg(lastRow),
-                                     fails ? u"the rows are torn"_s : QString() };
+        const auto [width, bandRows, lastRow, spareFrom, end] = textRow<5>();
+        const int spareFromRow = spareFrom.toInt();
+        const Script script { .width = width.toInt(),
+                              .bandRows = bandRows.toInt(),
+                              .lastRow = lastRow.toInt(),
+                              .fails = end == u"fails" };
+        const QStringList expected { lastRow + u" rows"_s,
+                                     script.fails ? u"the rows are torn"_s : QString() };
         SpareThreads threads(1);
         Script alone = script;
         QCOMPARE(story(alone, threads, threads.take(), script.lastRow + 1), expected);

@@ -1,7 +1,6 @@
 #include "engine/image/PageCount.h"
 #include "engine/threads/StopScope.h"
 #include "tests/support/Testing.h"
-#include "tests/support/TextRows.h"
 #include "tests/support/TiffBuilder.h"
 
 #include <qpdf/qpdf-c.h>

@@ -2,7 +2,6 @@
 #include "engine/image/tiffwriter/MultiPageTiffWriter.h"
 #include "engine/settings/OutputCodes.h"
 #include "tests/support/FileSizeLimit.h"
-#include "tests/support/ImageReaders.h"
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
