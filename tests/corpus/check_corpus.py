@@ -103,8 +103,7 @@ class FileCheck:
     def __init__(self, options, file):
         self.options, self.file, self.source = options, file, Path(options.corpus) / file.path
         self.differences, self.judges, self.references = [], {}, None
-        self.pages_wanted = self.pages_written = self.largest_bytes = 0
-        self.slowest_s = 0.0
+        self.pages_wanted = self.pages_written = 0
         self.unjudged = set()  # pages whose pixels nothing could be held against
         self.refused = set()  # pages that split TIFF output could not give
 
@@ -117,8 +116,6 @@ class FileCheck:
             self.add(run, 0, *run.troubles(self.options))
             if not self.options.smoke:
                 self._check_outputs(run, folder)
-        self.slowest_s = max(self.slowest_s, run.outcome.wall_s)
-        self.largest_bytes = max(self.largest_bytes, run.outcome.peak_bytes)
 
     def _check_outputs(self, run, folder):
         verdict, code = self.file.verdict, run.outcome.exit_code
@@ -279,9 +276,8 @@ def main(words):
     print(f"Nothing to judge the pixels of {len(unjudged)} pages by, but those of TIFF output.")
     print(f"{sum(check.pages_written for check in checks)} of "
           f"{sum(check.pages_wanted for check in checks)} pages of {len(files)} files written, "
-          f"at most {max(check.slowest_s for check in checks):.1f} s and "
-          f"{max(check.largest_bytes for check in checks) >> 20} MB; {len(fresh)} new differences, "
-          f"{len(found) - len(fresh)} known, {len(stale)} stale, {time.monotonic() - started:.0f} s")
+          f"{len(fresh)} new differences, {len(found) - len(fresh)} known, {len(stale)} stale, "
+          f"{time.monotonic() - started:.0f} s")
     return 1 if fresh or stale else 0
 
 

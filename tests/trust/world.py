@@ -12,15 +12,19 @@ import shutil
 import time
 from pathlib import Path
 
-from trust import Scene, expect, finish, frames, halt, picture, run, staged_files, write_tiff
+from trust import Scene, expect, finish, frames, halt, picture, run, write_tiff
 
 A, B, C = "in/a.tif", "in/b.tif", "in/c.tif"
 NOBODY = 65534 if os.getuid() == 0 else None  # whom permissions bind
 OTHER = [picture(200 + i) for i in range(5)]
 
 
-def per_page(source, pages, extension=".png"):
-    return {f"{Path(source).stem}{i}{extension}": [[page]] for i, page in enumerate(pages, 1)}
+def outputs_of(pages_of, form, extension=".png"):
+    """What sources come out as: names of files, and what each has to hold."""
+    if form == "tiff":
+        return {f"{Path(source).stem}.tiff": [pages] for source, pages in pages_of.items()}
+    return {f"{Path(source).stem}{i}{extension}": [[page]]
+            for source, pages in pages_of.items() for i, page in enumerate(pages, 1)}
 
 
 def run_and_halt(scene, sources, *words):
@@ -84,11 +88,11 @@ def source_changes(change, form, jobs):
         scene.check(scene.code == fails, "another exit code")
         if fails:
             scene.check_told(B)
-        if form == "tiff":
-            wanted = {"a.tiff": [scene.pages[A]], "c.tiff": [scene.pages[C]], **({"b.tiff": versions} if after else {})}
-        else:
-            wanted = {**per_page(A, scene.pages[A]), **per_page(C, scene.pages[C])}
+        wanted = outputs_of({A: scene.pages[A], C: scene.pages[C]}, form)
+        if form != "tiff":
             wanted |= {f"b{i + 1}.png": [pages[i:i + 1] for pages in versions] for i in range(len(after))}
+        elif after:
+            wanted["b.tiff"] = versions
         scene.check_outputs(wanted)
 
 
@@ -116,17 +120,13 @@ def output_folder_changes(change, form, jobs):
         run_and_halt(scene, (B,), "-f", form, "--jobs", jobs)
         FOLDER_CHANGES[change]()
         scene.end()
-        if form == "tiff":
-            wanted = {"a.tiff": (A, scene.pages[A]), "b.tiff": (B, scene.pages[B])}
-        else:
-            wanted = {f"{Path(source).stem}{i}.png": (f"{source}[{i}]", [page])
-                      for source, pages in scene.pages.items() for i, page in enumerate(pages, 1)}
+        wanted = outputs_of(scene.pages, form)
         for source, pages in scene.pages.items():
             scene.check_pages(source, pages)
         # When an output folder of the same name is there again, the run may go on in it.
         missing = set(wanted)
         for folder in filter(os.path.isdir, ("out", "moved")):
-            written = {name: [wanted[name][1]] for name in os.listdir(folder) if name in wanted}
+            written = {name: wanted[name] for name in os.listdir(folder) if name in wanted}
             missing -= set(written)
             # What a folder keeps when it goes out of reach is cleared away by the next run into it.
             os.chmod(folder, 0o755)
@@ -138,7 +138,8 @@ def output_folder_changes(change, form, jobs):
             scene.check_outputs(written, folder)
         scene.check(scene.code == bool(missing), f"another exit code, {missing} are missing")
         for name in missing:
-            scene.check(f": {wanted[name][0]}: " in scene.errors, f"{name} is missing and not told")
+            place = f"in/{name[0]}.tif" + (f"[{name[1:-4]}]" if form == "png" else "")
+            scene.check(f": {place}: " in scene.errors, f"{name} is missing and not told")
 
 
 # A target that is no ordinary new file.
@@ -175,26 +176,24 @@ def seen(path):
 def odd_target(what, form, jobs):
     arrange, takes = TARGETS[what]
     with Scene(f"a target is {what}, {form}", {A: 3, B: 2}) as scene:
-        extension, *options = {"png": (".png", "-f", "png"), "split": (".tiff", "-f", "tiff", "--split"),
-                               "together": (".tiff", "-f", "tiff")}[form]
-        wanted = {"a.tiff": [scene.pages[A]], "b.tiff": [scene.pages[B]]}
-        if form != "together":
-            wanted = per_page(A, scene.pages[A], extension) | per_page(B, scene.pages[B], extension)
-        target = "a.tiff" if form == "together" else f"a2{extension}"
+        extension, kind, *options = {"png": (".png", "png"), "split": (".tiff", "tiff", "--split"),
+                                     "tiff": (".tiff", "tiff")}[form]
+        wanted = outputs_of(scene.pages, form, extension)
+        target = "a.tiff" if form == "tiff" else f"a2{extension}"
         arrange("out/" + target)
         before = seen("out/" + target)
-        scene.run(*options, "--jobs", jobs, A, B)
+        scene.run("-f", kind, *options, "--jobs", jobs, A, B)
         scene.check(scene.code == 4 and seen("out/" + target) == before, "it was touched without --on-exists")
-        scene.run(*options, "--jobs", jobs, "--on-exists", "overwrite", A, B)
+        scene.run("-f", kind, *options, "--jobs", jobs, "--on-exists", "overwrite", A, B)
         scene.check_pages(A, scene.pages[A])
         scene.check_pages(B, scene.pages[B])
         # All pages together may replace their source: none is lost.
-        takes = takes or (form == "together" and scene.code == 0 and "source" in what)
+        takes = takes or (form == "tiff" and scene.code == 0 and "source" in what)
         scene.check(seen("out/" + target) == before or (takes and "hard" in what), "what was there was touched")
         if takes:
             scene.check(scene.code == 0, "another exit code")
         else:
-            scene.check_told(A if form == "together" else f"{A}[2]")
+            scene.check_told(A if form == "tiff" else f"{A}[2]")
             os.rename("out/" + target, "old")
             del wanted[target]
         scene.check_outputs(wanted)
@@ -218,7 +217,7 @@ def odd_sources():
         for name in names:
             scene.check_told(name)
         scene.check(scene.errors.count("\n") == len(names), "more is told than there is")
-        scene.check_outputs({**per_page(A, scene.pages[A]), "b1.png": [[picture(90)]]})
+        scene.check_outputs(outputs_of(scene.pages, "png"))
 
 
 # A source that is cut while it is read: reading a mapping of it would end the program.
@@ -241,13 +240,13 @@ def cut_while_read(form, moments, **how):
             seconds = seconds or time.monotonic() - began
             hits += scene.code == 1
             there = os.listdir("out")
-            scene.check(not staged_files("out"), "a staged file is left")
+            scene.check(all(name.startswith("a") for name in there), f"it left {there}")
             if scene.code == 0:
                 scene.check(len(there) == 1, f"exit 0 and {there}")
             else:
                 scene.check(moment > 0, "a whole source fails")
                 scene.check_told(A)
-            for name in filter(lambda name: name.startswith("a"), there):
+            for name in there:
                 # The pages that could be read before the cut are there, whole; exit 0 means all.
                 count = len(pages) if scene.code == 0 else len(frames(f"out/{name}"))
                 scene.check_pages(f"out/{name}", pages[:count])
@@ -262,7 +261,7 @@ if __name__ == "__main__":
         for name in FOLDER_CHANGES:
             output_folder_changes(name, form, jobs)
     for name in TARGETS:
-        for form, jobs in (("png", "1"), ("split", "3"), ("together", "1")):
+        for form, jobs in (("png", "1"), ("split", "3"), ("tiff", "1")):
             odd_target(name, form, jobs)
     odd_sources()
     met = cut_while_read("tiff", 40) + cut_while_read("bmp", 15, deflated=True)
