@@ -75,7 +75,7 @@ class PageJudge:
             shown = as_stored(as_rgb(Canonical(picture.model, picture.samples)),
                               self.expected.orientation)
             self._near(found, shown, to_8_bits(as_rgb(_over_white(wanted))), limit)
-        if picture.details["frame"] != 0xC0:
+        if picture.details["is progressive"]:
             found.append(("frame", "not baseline"))
 
     def _tiff(self, found, picture, compression):
@@ -183,7 +183,7 @@ class PageJudge:
         factor = PER_METRE[wanted[2]] / PER_METRE[unit]
         turned = not in_tiff and self.expected.orientation >= 5
         pair = [v * factor for v in (wanted[1::-1] if turned else wanted[:2])]
-        most = 65535 if "frame" in picture.details else 0x7FFFFFFF
+        most = 65535 if "is progressive" in picture.details else 0x7FFFFFFF
         per_metre = [v * PER_METRE[unit] / (PER_METRE["inch"] if most == 65535 else 1) for v in pair]
         if not in_tiff and (min(per_metre) < 0.5 or max(per_metre) > most):
             return
