@@ -1,7 +1,6 @@
 #include "engine/image/deflate/HuffmanCode.h"
 
 #include <algorithm>
-#include <array>
 
 namespace pagestack {
 

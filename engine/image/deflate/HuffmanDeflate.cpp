@@ -1,12 +1,126 @@
 #include "engine/image/deflate/HuffmanDeflate.h"
 
-#include "engine/image/deflate/HuffmanCode.h"
-
 #include <algorithm>
 
 namespace pagestack {
 
 namespace {
+
+    constexpr std::uint8_t repeatsLast = 16; ///< 3 to 6 times
+    constexpr std::uint8_t repeatsZero = 17; ///< 3 to 10 times
+    constexpr std::uint8_t repeatsZeroLong = 18; ///< 11 to 138 times
+    constexpr int longestLengthCode = 7;
+    constexpr unsigned fixedBits = 3 + 5 + 5 + 4; // kind of block and the three counts
+
+    unsigned repetitionBits(std::uint8_t symbol)
+    {
+        return symbol == repeatsLast    ? 2
+            : symbol == repeatsZero     ? 3
+            : symbol == repeatsZeroLong ? 7
+                                        : 0;
+    }
+
+    /// The start of a deflate block with codes of its own (RFC 1951, 3.2.7): the lengths of its
+    /// code for literals and runs, and the only distance code, that of distance 1, which has one
+    /// bit.
+    class BlockHeader
+    {
+    public:
+        /// `literalLengths` holds `literalSymbols` lengths of at most 15.
+        explicit BlockHeader(std::span<const std::uint8_t> literalLengths)
+        {
+            std::array<std::uint8_t, literalSymbols + 1> lengths {};
+            m_literalCount = literalSymbols;
+            while (m_literalCount > 257 && literalLengths[m_literalCount - 1] == 0)
+                --m_literalCount;
+            std::copy_n(literalLengths.begin(), m_literalCount, lengths.begin());
+            lengths[m_literalCount] = 1; // of distance 1
+            const std::size_t count = m_literalCount + 1;
+            for (std::size_t start = 0; start < count;) {
+                std::size_t end = start + 1;
+                while (end < count && lengths[end] == lengths[start])
+                    ++end;
+                addRepeated(lengths[start], static_cast<int>(end - start));
+                start = end;
+            }
+            makeCodeLengths(m_counts, longestLengthCode, m_lengths);
+            m_lengthCount = lengthSymbols;
+            while (m_lengths[codeLengthOrder[m_lengthCount - 1]] == 0)
+                --m_lengthCount;
+        }
+
+        std::uint64_t bitCount() const
+        {
+            std::uint64_t bits = fixedBits + 3 * m_lengthCount;
+            for (std::size_t symbol = 0; symbol < lengthSymbols; ++symbol)
+                bits += std::uint64_t { m_counts[symbol] }
+                    * (m_lengths[symbol] + repetitionBits(static_cast<std::uint8_t>(symbol)));
+            return bits;
+        }
+
+        void put(bool isFinal, BitWriter& writer) const
+        {
+            std::array<std::uint16_t, lengthSymbols> words {};
+            makeCodeWords(m_lengths, words);
+            writer.put(isFinal ? 1 : 0, 1);
+            writer.put(2, 2);
+            writer.put(m_literalCount - 257, 5);
+            writer.put(0, 5); // one distance code
+            writer.put(m_lengthCount - 4, 4);
+            writer.flush();
+            for (std::size_t i = 0; i < m_lengthCount; ++i) {
+                writer.put(m_lengths[codeLengthOrder[i]], 3);
+                writer.flush();
+            }
+            for (std::size_t i = 0; i < m_itemCount; ++i) {
+                const Item item = m_items[i];
+                writer.put(words[item.symbol], m_lengths[item.symbol]);
+                writer.put(item.repetition, repetitionBits(item.symbol));
+                writer.flush();
+            }
+        }
+
+    private:
+        static constexpr std::size_t lengthSymbols = 19;
+
+        struct Item
+        {
+            std::uint8_t symbol = 0; ///< a length of 0 to 15, or one of the three repetitions
+            std::uint8_t repetition = 0; ///< less the fewest that the symbol stands for
+        };
+
+        void addRepeated(std::uint8_t length, int times)
+        {
+            if (length == 0) {
+                for (; times >= 11; times -= std::min(times, 138))
+                    add(repeatsZeroLong, std::min(times, 138) - 11);
+                if (times >= 3) {
+                    add(repeatsZero, times - 3);
+                    times = 0;
+                }
+            } else {
+                add(length);
+                --times;
+                for (; times >= 3; times -= std::min(times, 6))
+                    add(repeatsLast, std::min(times, 6) - 3);
+            }
+            for (; times > 0; --times)
+                add(length);
+        }
+
+        void add(std::uint8_t symbol, int repetition = 0)
+        {
+            m_items[m_itemCount++] = { symbol, static_cast<std::uint8_t>(repetition) };
+            ++m_counts[symbol];
+        }
+
+        std::size_t m_literalCount = 0; ///< of codes, without those at the end that have none
+        std::array<Item, literalSymbols + 1> m_items;
+        std::size_t m_itemCount = 0;
+        std::array<std::uint32_t, lengthSymbols> m_counts {};
+        std::array<std::uint8_t, lengthSymbols> m_lengths {};
+        std::size_t m_lengthCount = 0; ///< of `m_lengths` in the order of the format
+    };
 
     // What a stored block can hold, so that each block can be stored when coding does not pay.
     constexpr std::size_t blockBytes = 65535;
@@ -174,7 +288,7 @@ std::uint64_t HuffmanDeflate::tokenBits() const
 
 void HuffmanDeflate::makeTokens()
 {
-    std::array<std::uint16_t, BlockHeader::literalSymbols> words {};
+    std::array<std::uint16_t, literalSymbols> words {};
     makeCodeWords(m_lengths, words);
     for (std::size_t value = 0; value < m_literals.size(); ++value)
         m_literals[value] = { words[value], m_lengths[value] };

@@ -1,7 +1,10 @@
 #pragma once
 
-#include "engine/image/deflate/BlockHeader.h"
+#include "engine/image/deflate/BitWriter.h"
+#include "engine/image/deflate/HuffmanCode.h"
 
+#include <array>
+#include <span>
 #include <vector>
 
 namespace pagestack {
@@ -47,8 +50,8 @@ private:
     void putLiterals(const std::uint8_t* from, const std::uint8_t* end, BitWriter& writer) const;
 
     std::vector<Run> m_runs; ///< of the block in hand
-    std::array<std::uint32_t, BlockHeader::literalSymbols> m_counts {};
-    std::array<std::uint8_t, BlockHeader::literalSymbols> m_lengths {};
+    std::array<std::uint32_t, literalSymbols> m_counts {};
+    std::array<std::uint8_t, literalSymbols> m_lengths {};
     std::array<Token, 256> m_literals;
     std::array<Token, 259> m_runTokens; ///< by the length of the run
     Token m_endOfBlock;

@@ -10,7 +10,6 @@
 #include <array>
 #include <csetjmp>
 #include <cstddef>
-#include <cstring>
 #include <exception>
 #include <stdexcept>
 #include <type_traits>

@@ -1,6 +1,5 @@
 #include "engine/image/pixels/RowConversions.h"
 
-#include "engine/image/pixels/RowByRow.h"
 #include "engine/image/pixels/SampleMath.h"
 
 #include <algorithm>
@@ -13,33 +12,18 @@ namespace pagestack {
 
 namespace {
 
-    /// Calls `use(pixel index, value)` for every packed sample of a row.
-    template <typename Use>
-    void forEachPacked(const std::uint8_t* from, int bits, int pixels, Use use)
-    {
-        const int perByte = 8 / bits;
-        const unsigned mask = (1U << static_cast<unsigned>(bits)) - 1U;
-        for (int i = 0; i < pixels; ++i) {
-            const int shift = 8 - bits * (i % perByte + 1);
-            use(i,
-                (static_cast<unsigned>(from[i / perByte]) >> static_cast<unsigned>(shift)) & mask);
-        }
-    }
-
-    /// Gray samples to bytes, those of a whole packed byte at a time.
+    /// Whole packed bytes at a time.
     template <int bits>
-    RowFunction grayToBytes()
+    RowFunction samplesToBytes(bool isGray)
     {
         constexpr unsigned top = (1U << bits) - 1U;
         constexpr std::size_t perByte = 8 / bits;
         std::array<std::array<std::uint8_t, perByte>, 256> table {};
-        for (unsigned byte = 0; byte < 256; ++byte) {
-            const auto packed = static_cast<std::uint8_t>(byte);
-            forEachPacked(&packed, bits, static_cast<int>(perByte), [&](int i, unsigned value) {
-                table[byte][static_cast<std::size_t>(i)]
-                    = static_cast<std::uint8_t>(value * 255U / top);
-            });
-        }
+        for (unsigned byte = 0; byte < table.size(); ++byte)
+            for (std::size_t i = 0; i < perByte; ++i) {
+                const unsigned value = byte >> (8 - bits * (i + 1)) & top;
+                table[byte][i] = static_cast<std::uint8_t>(isGray ? value * 255U / top : value);
+            }
         return [table](const std::uint8_t* from, std::uint8_t* to, int pixels) {
             const auto whole = static_cast<std::size_t>(pixels) / perByte;
             for (std::size_t i = 0; i < whole; ++i)
@@ -49,29 +33,15 @@ namespace {
         };
     }
 
-    RowFunction grayToBytes(int bits)
-    {
-        return bits == 1 ? grayToBytes<1>() : bits == 2 ? grayToBytes<2>() : grayToBytes<4>();
-    }
-
-    RowFunction indexesToBytes(int bits)
-    {
-        return [bits](const std::uint8_t* from, std::uint8_t* to, int pixels) {
-            forEachPacked(from, bits, pixels, [to](int i, unsigned value) {
-                to[i] = static_cast<std::uint8_t>(value);
-            });
-        };
-    }
-
     std::unique_ptr<RowSource> widened(std::unique_ptr<RowSource> rows)
     {
         PixelLayout layout = rows->layout();
         const int bits = layout.bitsPerSample;
         layout.bitsPerSample = 8;
-        if (layout.model != ColorModel::Palette)
-            return steppedRows(std::move(rows), layout, grayToBytes(bits));
-        layout.palette.resize(256);
-        return steppedRows(std::move(rows), layout, indexesToBytes(bits));
+        const bool isGray = layout.model == ColorModel::Gray;
+        if (!isGray)
+            layout.palette.resize(256);
+        return steppedRows(std::move(rows), layout, packedToBytes(bits, isGray));
     }
 
     std::unique_ptr<RowSource> withoutPalette(std::unique_ptr<RowSource> rows)
@@ -174,6 +144,13 @@ namespace {
     }
 
 } // namespace
+
+RowFunction packedToBytes(int bits, bool isGray)
+{
+    return bits == 1 ? samplesToBytes<1>(isGray)
+        : bits == 2  ? samplesToBytes<2>(isGray)
+                     : samplesToBytes<4>(isGray);
+}
 
 std::unique_ptr<RowSource> adaptRows(std::unique_ptr<RowSource> rows, const TargetPixels& target)
 {

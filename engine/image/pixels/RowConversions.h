@@ -1,8 +1,6 @@
 #pragma once
 
-#include "engine/image/pixels/RowSource.h"
-
-#include <memory>
+#include "engine/image/pixels/RowByRow.h"
 
 namespace pagestack {
 
@@ -15,6 +13,9 @@ struct TargetPixels
     bool takes1Bit = false; ///< gray or palette, as far as taken at all
     bool takes2And4Bits = false; ///< the same
 };
+
+/// Unpacks samples of 1, 2 or 4 bits, gray ones to levels of 0 to 255.
+RowFunction packedToBytes(int bits, bool isGray);
 
 /// Puts the conversions that `target` needs, and no others, behind `rows`: packed samples to bytes,
 /// palettes to colours (to gray where the palette is gray), alpha to straight alpha or laid over

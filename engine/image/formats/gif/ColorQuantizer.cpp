@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <map>
+#include <optional>
 
 namespace pagestack {
 
@@ -19,17 +20,89 @@ namespace {
 
     int cellOf(int value) { return (value >> (8 - cellBits)) + 1; }
 
+    enum Moment : std::size_t { Red, Green, Blue, Count, Squares };
+    using Moments = std::array<std::int64_t, 5>;
+    /// Cells above `low` and up to `high`, each channel.
+    struct Box
+    {
+        std::array<int, 3> low;
+        std::array<int, 3> high;
+    };
+    struct Cut
+    {
+        Box lower;
+        Box upper;
+    };
+
+    std::size_t cellIndex(int red, int green, int blue)
+    {
+        return (static_cast<std::size_t>(red) * side + static_cast<unsigned>(green)) * side
+            + static_cast<unsigned>(blue);
+    }
+
+    void addTo(Moments& sums, const Moments& moments, int sign = 1)
+    {
+        for (std::size_t i = 0; i < sums.size(); ++i)
+            sums[i] += sign * moments[i];
+    }
+
+    Moments momentsOf(const std::vector<Moments>& sums, const Box& box)
+    {
+        Moments moments {};
+        for (unsigned corner = 0; corner < 8; ++corner) {
+            int at[3];
+            int sign = 1;
+            for (unsigned c = 0; c < 3; ++c) {
+                const bool isLow = (corner >> c & 1U) != 0;
+                at[c] = isLow ? box.low[c] : box.high[c];
+                sign = isLow ? -sign : sign;
+            }
+            addTo(moments, sums[cellIndex(at[0], at[1], at[2])], sign);
+        }
+        return moments;
+    }
+
+    /// Sum of the squared distances from the mean.
+    double errorOf(const Moments& moments)
+    {
+        if (moments[Count] == 0)
+            return 0;
+        double meanPart = 0;
+        for (std::size_t c = 0; c < 3; ++c)
+            meanPart += static_cast<double>(moments[c]) * static_cast<double>(moments[c]);
+        return static_cast<double>(moments[Squares])
+            - meanPart / static_cast<double>(moments[Count]);
+    }
+
+    /// The two parts of `box` that together have the least error; none when it cannot be cut.
+    std::optional<Cut> bestCut(const std::vector<Moments>& sums, const Box& box)
+    {
+        const Moments whole = momentsOf(sums, box);
+        std::optional<Cut> best;
+        double least = std::numeric_limits<double>::infinity();
+        for (std::size_t c = 0; c < 3; ++c)
+            for (int at = box.low[c] + 1; at < box.high[c]; ++at) {
+                Cut cut { box, box };
+                cut.lower.high[c] = cut.upper.low[c] = at;
+                const Moments lower = momentsOf(sums, cut.lower);
+                Moments upper = whole;
+                addTo(upper, lower, -1);
+                if (lower[Count] == 0 || upper[Count] == 0)
+                    continue;
+                const double error = errorOf(lower) + errorOf(upper);
+                if (error < least) {
+                    least = error;
+                    best = cut;
+                }
+            }
+        return best;
+    }
+
 } // namespace
 
 ColorQuantizer::ColorQuantizer()
     : m_cells(static_cast<std::size_t>(side * side * side))
 {
-}
-
-std::size_t ColorQuantizer::cellIndex(int red, int green, int blue)
-{
-    return (static_cast<std::size_t>(red) * side + static_cast<unsigned>(green)) * side
-        + static_cast<unsigned>(blue);
 }
 
 void ColorQuantizer::add(const std::uint8_t* pixels, int count)
@@ -92,12 +165,6 @@ std::vector<RgbColor> ColorQuantizer::palette(int mostColors) const
     return colors;
 }
 
-void ColorQuantizer::addTo(Moments& sums, const Moments& moments, int sign)
-{
-    for (std::size_t i = 0; i < sums.size(); ++i)
-        sums[i] += sign * moments[i];
-}
-
 /// Each cell with the sum of all cells that are not above it in any channel.
 std::vector<ColorQuantizer::Moments> ColorQuantizer::cumulated() const
 {
@@ -116,58 +183,6 @@ std::vector<ColorQuantizer::Moments> ColorQuantizer::cumulated() const
         }
     }
     return sums;
-}
-
-ColorQuantizer::Moments ColorQuantizer::momentsOf(const std::vector<Moments>& sums, const Box& box)
-{
-    Moments moments {};
-    for (unsigned corner = 0; corner < 8; ++corner) {
-        int at[3];
-        int sign = 1;
-        for (unsigned c = 0; c < 3; ++c) {
-            const bool isLow = (corner >> c & 1U) != 0;
-            at[c] = isLow ? box.low[c] : box.high[c];
-            sign = isLow ? -sign : sign;
-        }
-        addTo(moments, sums[cellIndex(at[0], at[1], at[2])], sign);
-    }
-    return moments;
-}
-
-/// Sum of the squared distances from the mean.
-double ColorQuantizer::errorOf(const Moments& moments)
-{
-    if (moments[Count] == 0)
-        return 0;
-    double meanPart = 0;
-    for (std::size_t c = 0; c < 3; ++c)
-        meanPart += static_cast<double>(moments[c]) * static_cast<double>(moments[c]);
-    return static_cast<double>(moments[Squares]) - meanPart / static_cast<double>(moments[Count]);
-}
-
-/// The two parts of `box` that together have the least error; none when it cannot be cut.
-std::optional<ColorQuantizer::Cut> ColorQuantizer::bestCut(const std::vector<Moments>& sums,
-                                                           const Box& box)
-{
-    const Moments whole = momentsOf(sums, box);
-    std::optional<Cut> best;
-    double least = std::numeric_limits<double>::infinity();
-    for (std::size_t c = 0; c < 3; ++c)
-        for (int at = box.low[c] + 1; at < box.high[c]; ++at) {
-            Cut cut { box, box };
-            cut.lower.high[c] = cut.upper.low[c] = at;
-            const Moments lower = momentsOf(sums, cut.lower);
-            Moments upper = whole;
-            addTo(upper, lower, -1);
-            if (lower[Count] == 0 || upper[Count] == 0)
-                continue;
-            const double error = errorOf(lower) + errorOf(upper);
-            if (error < least) {
-                least = error;
-                best = cut;
-            }
-        }
-    return best;
 }
 
 std::vector<RgbColor> ColorQuantizer::reducedPalette(std::size_t mostColors) const

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -35,26 +34,9 @@ public:
 private:
     /// Of a cell or, once summed up, of all cells below it: the sums of red, green and blue, the
     /// number of pixels and the sum of all squares.
-    enum Moment : std::size_t { Red, Green, Blue, Count, Squares };
     using Moments = std::array<std::int64_t, 5>;
-    /// Cells above `low` and up to `high`, each channel.
-    struct Box
-    {
-        std::array<int, 3> low;
-        std::array<int, 3> high;
-    };
-    struct Cut
-    {
-        Box lower;
-        Box upper;
-    };
 
     void keepColors(const std::uint8_t* pixels, int count);
-    static std::size_t cellIndex(int red, int green, int blue);
-    static Moments momentsOf(const std::vector<Moments>& sums, const Box& box);
-    static double errorOf(const Moments& moments);
-    static void addTo(Moments& sums, const Moments& moments, int sign = 1);
-    static std::optional<Cut> bestCut(const std::vector<Moments>& sums, const Box& box);
     std::vector<Moments> cumulated() const;
     std::vector<RgbColor> reducedPalette(std::size_t mostColors) const;
     std::vector<RgbColor> sortedColors() const;

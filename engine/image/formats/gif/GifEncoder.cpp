@@ -1,9 +1,9 @@
 #include "engine/image/formats/Encoders.h"
 #include "engine/image/formats/gif/ColorQuantizer.h"
-#include "engine/image/formats/gif/ErrorDiffusion.h"
-#include "engine/image/formats/gif/GifImage.h"
+#include "engine/image/formats/gif/LzwCoder.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <vector>
@@ -12,33 +12,25 @@ namespace pagestack {
 
 namespace {
 
-    template <int bits>
-    void unpackIndexes(const std::uint8_t* row, std::vector<std::uint8_t>& to)
-    {
-        constexpr std::size_t perByte = 8 / bits;
-        for (std::size_t i = 0; i < to.size(); ++i)
-            to[i] = static_cast<std::uint8_t>(row[i / perByte] >> (8 - bits * (i % perByte + 1))
-                                              & ((1U << bits) - 1));
-    }
-
     /// Rows whose samples are palette indexes or gray levels already.
     void encodeIndexed(RowSource& rows, StagedFile& file)
     {
         const PixelLayout& layout = rows.layout();
         const int bits = layout.bitsPerSample;
-        GifImage image(file, rows.widthPx(), rows.heightPx(),
+        const auto image
+            = startGif(file, rows.widthPx(), rows.heightPx(),
                        layout.model == ColorModel::Palette ? layout.palette : grayPalette(bits),
-                       std::nullopt, bits == 1 ? GifImage::Rows::Bits : GifImage::Rows::Bytes);
-        const bool isUnpacked = bits == 2 || bits == 4;
-        std::vector<std::uint8_t> indexes(isUnpacked ? static_cast<std::size_t>(rows.widthPx())
-                                                     : 0);
+                       std::nullopt, bits == 1);
+        const RowFunction unpack
+            = bits == 2 || bits == 4 ? packedToBytes(bits, false) : RowFunction();
+        std::vector<std::uint8_t> indexes(unpack ? static_cast<std::size_t>(rows.widthPx()) : 0);
         for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
             for (int i = 0; i < band.rows; ++i) {
-                if (isUnpacked)
-                    (bits == 2 ? unpackIndexes<2> : unpackIndexes<4>)(band.row(i), indexes);
-                image.putRow(isUnpacked ? indexes.data() : band.row(i));
+                if (unpack)
+                    unpack(band.row(i), indexes.data(), rows.widthPx());
+                image->putRow(unpack ? indexes.data() : band.row(i));
             }
-        image.finish();
+        image->finish();
     }
 
     /// Pixels of a colour page, or of one with alpha, as RGB over white and a flag.
@@ -82,6 +74,117 @@ namespace {
         bool m_hasAlpha;
         int m_widthPx;
         std::vector<std::uint8_t> m_row;
+    };
+
+    constexpr int searchBits = 6;
+    constexpr int lost = 8 - searchBits; ///< bits of a channel that are not searched for
+
+    std::uint32_t entryOf(const RgbColor& color, std::size_t index)
+    {
+        return std::uint32_t { color[0] } << 24U | std::uint32_t { color[1] } << 16U
+            | std::uint32_t { color[2] } << 8U | static_cast<std::uint32_t>(index);
+    }
+
+    /// Finds palette entries for the pixels of one row after the other and spreads the error of
+    /// each pixel over its neighbours (Floyd and Steinberg, 1976), every other row from right to
+    /// left.
+    class ErrorDiffusion
+    {
+    public:
+        ErrorDiffusion(const std::vector<RgbColor>& palette, int widthPx)
+            : m_widthPx(widthPx)
+            , m_errors(static_cast<std::size_t>(widthPx + 2) * 3)
+            , m_nextErrors(m_errors.size())
+            , m_unknown(~entryOf(palette[0], 255)) // entry 0 does not have this colour
+            , m_nearest(std::size_t { 1 } << (3 * searchBits), m_unknown)
+        {
+            for (const RgbColor& color : palette) {
+                m_entries.push_back(entryOf(color, m_entries.size()));
+                for (std::size_t c = 0; c < 3; ++c)
+                    m_palette[c].push_back(color[c]);
+            }
+        }
+
+        /// Replaces each RGB pixel of `row` by the index of a palette entry at `to`.
+        void mapRow(const std::uint8_t* row, std::uint8_t* to)
+        {
+            if (m_fromRight)
+                mapInDirection<-1>(row, to);
+            else
+                mapInDirection<1>(row, to);
+            m_errors.swap(m_nextErrors);
+            m_fromRight = !m_fromRight;
+        }
+
+    private:
+        /// Red, green, blue and index of a palette entry, from the highest byte on.
+        using Entry = std::uint32_t;
+
+        template <int step>
+        void mapInDirection(const std::uint8_t* row, std::uint8_t* to)
+        {
+            // What is spread goes from pixel to pixel in variables; the next row gets each sum
+            // once.
+            std::array<int, 3> ahead {}; // for the next pixel
+            std::array<int, 3> behind {}; // for the pixel behind, in the next row
+            std::array<int, 3> below {};
+            for (int i = 0, x = step > 0 ? 0 : m_widthPx - 1; i < m_widthPx; ++i, x += step) {
+                const std::uint8_t* const pixel = row + 3 * qsizetype { x };
+                const int* const errors = m_errors.data() + 3 * qsizetype { x + 1 };
+                int* const nextBehind = m_nextErrors.data() + 3 * qsizetype { x + 1 - step };
+                std::array<int, 3> wanted {};
+                std::size_t cell = 0;
+                for (std::size_t c = 0; c < 3; ++c) {
+                    wanted[c] = std::clamp(pixel[c] + (errors[c] + ahead[c] + 8) / 16, 0, 255);
+                    cell = cell << searchBits | static_cast<std::size_t>(wanted[c] >> lost);
+                }
+                if (m_nearest[cell] == m_unknown)
+                    findNearest(cell);
+                const Entry entry = m_nearest[cell];
+                to[x] = static_cast<std::uint8_t>(entry);
+                for (std::size_t c = 0; c < 3; ++c) {
+                    const int error = wanted[c] - static_cast<int>(entry >> (24 - 8 * c) & 255U);
+                    ahead[c] = error * 7;
+                    nextBehind[c] = behind[c] + error * 3;
+                    behind[c] = below[c] + error * 5;
+                    below[c] = error;
+                }
+            }
+            const qsizetype last = step > 0 ? m_widthPx - 1 : 0;
+            std::copy(behind.begin(), behind.end(), m_nextErrors.begin() + 3 * (last + 1));
+        }
+
+        /// Looks for the palette entry that is nearest to the middle of a cell, so that the answer
+        /// does not depend on which colour of the cell came first.
+        void findNearest(std::size_t cell)
+        {
+            std::array<std::int16_t, 3> middle {};
+            for (std::size_t c = 0; c < 3; ++c)
+                middle[c] = static_cast<std::int16_t>(
+                    ((cell >> (searchBits * (2 - c)) & ((1U << searchBits) - 1)) << lost)
+                    + (1U << lost) / 2);
+            int least = std::numeric_limits<int>::max();
+            const auto entries = static_cast<int>(m_palette[0].size());
+            for (int i = 0; i < entries; ++i) {
+                int distance = 0;
+                for (std::size_t c = 0; c < 3; ++c) {
+                    const auto off = static_cast<std::int16_t>(m_palette[c].data()[i] - middle[c]);
+                    distance += off * off;
+                }
+                least = std::min(least, distance << 8 | i); // of equal distances the first
+            }
+            m_nearest[cell] = m_entries[static_cast<std::size_t>(least & 255)];
+        }
+
+        std::vector<Entry> m_entries;
+        std::array<std::vector<std::int16_t>, 3> m_palette; ///< by channel
+        int m_widthPx;
+        bool m_fromRight = false;
+        /// Of this row, in sixteenths, three channels, with a pixel's margin on each side.
+        std::vector<int> m_errors;
+        std::vector<int> m_nextErrors;
+        Entry m_unknown; ///< stands for an entry that was not looked for yet
+        std::vector<Entry> m_nearest; ///< by 6 bits a channel
     };
 
     struct Reduction
@@ -148,8 +251,8 @@ namespace {
     {
         const int width = rows.widthPx();
         ColorPixels pixels(rows.layout(), width);
-        GifImage image(file, width, rows.heightPx(), reduction.palette, reduction.transparentIndex,
-                       GifImage::Rows::Bytes);
+        const auto image = startGif(file, width, rows.heightPx(), reduction.palette,
+                                    reduction.transparentIndex, false);
         std::vector<RgbColor> opaque = reduction.palette;
         if (reduction.transparentIndex)
             opaque.pop_back();
@@ -166,9 +269,9 @@ namespace {
                     if (pixels.isTransparent(row, x))
                         indexes[static_cast<std::size_t>(x)]
                             = static_cast<std::uint8_t>(*reduction.transparentIndex);
-                image.putRow(indexes.data());
+                image->putRow(indexes.data());
             }
-        image.finish();
+        image->finish();
     }
 
 } // namespace

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "engine/files/StagedFile.h"
+#include "engine/image/pixels/PixelLayout.h"
 
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <optional>
 
 namespace pagestack {
 
@@ -17,26 +20,26 @@ class LzwCoder
 {
 public:
     virtual ~LzwCoder() = default;
-    LzwCoder(const LzwCoder&) = delete;
-    LzwCoder& operator=(const LzwCoder&) = delete;
 
     /// Codes the next row. Throws std::runtime_error when the file takes no more.
     virtual void putRow(const std::uint8_t* row) = 0;
 
-    /// Writes what is left, after at least one row. Throws std::runtime_error like `putRow`.
+    /// Writes what is left, after at least one row, and the end of the file. Throws
+    /// std::runtime_error like `putRow`.
     void finish();
 
 protected:
     static constexpr int codeLimit = 4096; ///< codes have up to 12 bits
 
     /// Starts the data of an image whose indexes are below 2^`indexBits`, 1 to 8.
-    LzwCoder(StagedFile& file, int indexBits);
+    LzwCoder(StagedFile& file, int widthPx, int indexBits);
 
     int firstFreeCode() const { return m_clearCode + 2; }
 
     /// Writes `m_codes` and the code that empties the table; `m_nextCode` is the first free again.
     void startTable();
 
+    const int m_widthPx;
     /// The codes found since the table was empty, each at the number of the code that was free when
     /// it was found: that number tells its width.
     std::array<std::uint16_t, codeLimit> m_codes {};
@@ -59,5 +62,19 @@ private:
     std::array<std::uint8_t, blockBytes + codeLimit * 12 / 8 + 8> m_bytes {};
     std::size_t m_byteCount = 0;
 };
+
+/// For rows of one bit a pixel, packed from the most significant bit on.
+std::unique_ptr<LzwCoder> bilevelLzw(StagedFile& file, int widthPx);
+
+/// For rows of one byte a pixel, each an index below 2^`indexBits`.
+std::unique_ptr<LzwCoder> indexLzw(StagedFile& file, int widthPx, int indexBits);
+
+/// Appends what comes before the pixels of a GIF89a file of one image, and returns the coder of its
+/// rows: `isBilevel` ones are packed bits, others have a byte a pixel. The sides are 1 to 65535,
+/// and the palette has 1 to 256 colours, 2 at most of packed bits; the indexes of the rows are
+/// within it. Throws std::runtime_error when the file takes no more.
+std::unique_ptr<LzwCoder> startGif(StagedFile& file, int widthPx, int heightPx,
+                                   const std::vector<RgbColor>& palette,
+                                   std::optional<int> transparentIndex, bool isBilevel);
 
 } // namespace pagestack

@@ -24,6 +24,21 @@ namespace {
 
 } // namespace
 
+void writePngChunk(StagedFile& file, const char (&type)[5], std::span<const std::uint8_t> bytes)
+{
+    std::array<std::uint8_t, 8> head {};
+    qToBigEndian(static_cast<std::uint32_t>(bytes.size()), head.data());
+    std::copy_n(type, 4, head.begin() + 4);
+    std::uint32_t crc = libdeflate_crc32(0, head.data() + 4, 4);
+    if (!bytes.empty()) // a null pointer would ask for the start value
+        crc = libdeflate_crc32(crc, bytes.data(), bytes.size());
+    std::array<std::uint8_t, 4> tail {};
+    qToBigEndian(crc, tail.data());
+    file.write(head);
+    file.write(bytes);
+    file.write(tail);
+}
+
 /// A section on its way to the file.
 struct PixelStream::Section
 {
@@ -49,9 +64,9 @@ struct PixelStream::Section
     std::future<void> done {};
 };
 
-PixelStream::PixelStream(const PixelLayout& layout, int widthPx, int heightPx, PngChunks& chunks,
+PixelStream::PixelStream(const PixelLayout& layout, int widthPx, int heightPx, StagedFile& file,
                          SpareThreads* threads, std::size_t sectionBytes)
-    : m_chunks(chunks)
+    : m_file(file)
     , m_is16Bit(layout.bitsPerSample == 16)
     , m_isPacked(layout.model == ColorModel::Palette || layout.bitsPerSample < 8)
     , m_pixelBytes(std::max(1, layout.channels() * layout.bitsPerSample / 8))
@@ -148,7 +163,7 @@ void PixelStream::writeSection(Section& section)
     }
     for (std::span<const std::uint8_t> bytes(start, end); !bytes.empty();) {
         const std::size_t count = std::min(bytes.size(), mostChunkBytes);
-        m_chunks.write({ "IDAT" }, bytes.first(count));
+        writePngChunk(m_file, "IDAT", bytes.first(count));
         bytes = bytes.subspan(count);
     }
 }

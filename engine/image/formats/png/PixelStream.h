@@ -1,13 +1,18 @@
 #pragma once
 
-#include "engine/image/formats/png/PngChunks.h"
+#include "engine/files/StagedFile.h"
 #include "engine/image/formats/png/SectionPipeline.h"
 #include "engine/image/pixels/PixelLayout.h"
 
 #include <deque>
 #include <memory>
+#include <span>
 
 namespace pagestack {
+
+/// Appends a chunk of a PNG file (ISO/IEC 15948, clause 5), of at most 2^31 - 1 bytes. `type` has
+/// four letters. Throws std::runtime_error when the file takes no more.
+void writePngChunk(StagedFile& file, const char (&type)[5], std::span<const std::uint8_t> bytes);
 
 /// The pixels of a PNG file: rows are gathered into sections of some megabytes, each section is
 /// filtered and compressed in the way that suits its pixels, and all of them together are one zlib
@@ -20,7 +25,7 @@ public:
     /// For an image of `heightPx` rows. A section has as many rows as fit into `sectionBytes`, at
     /// least one. `threads`, null when there are none to be had, can help with the sections, which
     /// changes no byte of the stream.
-    PixelStream(const PixelLayout& layout, int widthPx, int heightPx, PngChunks& chunks,
+    PixelStream(const PixelLayout& layout, int widthPx, int heightPx, StagedFile& file,
                 SpareThreads* threads = nullptr, std::size_t sectionBytes = usualSectionBytes);
     ~PixelStream();
     PixelStream(const PixelStream&) = delete;
@@ -38,7 +43,7 @@ private:
     bool isFirstDone(bool isUrgent);
     void writeSection(Section& section);
 
-    PngChunks& m_chunks;
+    StagedFile& m_file;
     bool m_is16Bit;
     bool m_isPacked;
     int m_pixelBytes;

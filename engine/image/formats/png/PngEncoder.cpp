@@ -13,6 +13,8 @@ namespace pagestack {
 
 namespace {
 
+    constexpr std::array<std::uint8_t, 8> signature
+        = { 0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n' };
     constexpr std::uint8_t grayType = 0;
     constexpr std::uint8_t paletteFlag = 1;
     constexpr std::uint8_t colorFlag = 2;
@@ -28,18 +30,18 @@ namespace {
                                          | alpha);
     }
 
-    void writeHeader(const PageProperties& page, const PixelLayout& layout, PngChunks& chunks)
+    void writeHeader(const PageProperties& page, const PixelLayout& layout, StagedFile& file)
     {
         std::array<std::uint8_t, 13> header {}; // ends with deflate, the five filters, no interlace
         qToBigEndian(static_cast<std::uint32_t>(page.widthPx), header.data());
         qToBigEndian(static_cast<std::uint32_t>(page.heightPx), header.data() + 4);
         header[8] = static_cast<std::uint8_t>(layout.bitsPerSample);
         header[9] = colorType(layout);
-        chunks.write({ "IHDR" }, header);
+        writePngChunk(file, "IHDR", header);
     }
 
     /// Compresses the profile as a whole; the chunk names it "icc".
-    void writeProfile(const QByteArray& profile, PngChunks& chunks)
+    void writeProfile(const QByteArray& profile, StagedFile& file)
     {
         if (profile.isEmpty())
             return;
@@ -55,20 +57,20 @@ namespace {
             = libdeflate_zlib_compress(codec.get(), profile.constData(), size,
                                        bytes.data() + head.size(), bytes.size() - head.size());
         bytes.resize(head.size() + compressed);
-        chunks.write({ "iCCP" }, bytes);
+        writePngChunk(file, "iCCP", bytes);
     }
 
-    void writePalette(const std::vector<RgbColor>& palette, PngChunks& chunks)
+    void writePalette(const std::vector<RgbColor>& palette, StagedFile& file)
     {
         if (palette.empty())
             return;
         std::vector<std::uint8_t> bytes;
         for (const RgbColor& color : palette)
             bytes.insert(bytes.end(), color.begin(), color.end());
-        chunks.write({ "PLTE" }, bytes);
+        writePngChunk(file, "PLTE", bytes);
     }
 
-    void writeDensity(const Resolution& resolution, PngChunks& chunks)
+    void writeDensity(const Resolution& resolution, StagedFile& file)
     {
         MetricDensity density = metricDensity(resolution);
         const bool isMetric = density.x != 0;
@@ -81,7 +83,7 @@ namespace {
         qToBigEndian(density.x, bytes.data());
         qToBigEndian(density.y, bytes.data() + 4);
         bytes[8] = isMetric ? 1 : 0;
-        chunks.write({ "pHYs" }, bytes);
+        writePngChunk(file, "pHYs", bytes);
     }
 
 } // namespace
@@ -91,16 +93,16 @@ void encodePng(UprightPage& upright, StagedFile& file)
     RowSource& rows = *upright.rows;
     const PageProperties& page = upright.properties;
     const PixelLayout& layout = rows.layout();
-    PngChunks chunks(file);
-    writeHeader(page, layout, chunks);
-    writeProfile(page.iccProfile, chunks);
-    writePalette(layout.palette, chunks);
-    writeDensity(page.resolution, chunks);
-    PixelStream data(layout, page.widthPx, page.heightPx, chunks, upright.threads);
+    file.write(signature);
+    writeHeader(page, layout, file);
+    writeProfile(page.iccProfile, file);
+    writePalette(layout.palette, file);
+    writeDensity(page.resolution, file);
+    PixelStream data(layout, page.widthPx, page.heightPx, file, upright.threads);
     for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
         for (int i = 0; i < band.rows; ++i)
             data.addRow(band.row(i));
-    chunks.write({ "IEND" }, {});
+    writePngChunk(file, "IEND", {});
 }
 
 } // namespace pagestack

@@ -1,7 +1,6 @@
 #include "engine/image/formats/png/RowFilter.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 namespace pagestack {

@@ -1,6 +1,6 @@
 #include "engine/image/deflate/HuffmanDeflate.h"
 #include "engine/image/deflate/MatchDeflate.h"
-#include "engine/image/formats/gif/GifImage.h"
+#include "engine/image/formats/gif/LzwCoder.h"
 #include "engine/image/formats/png/PixelStream.h"
 #include "engine/image/formats/png/RowFilter.h"
 #include "tests/support/ImageReaders.h"
@@ -133,10 +133,10 @@ Bytes filtered(const Bytes& rows, const PixelLayout& layout,
 
 /// The PNG file at `path` with what `writePixels` puts between header and end.
 void writePng(const QString& path, const PixelLayout& layout, std::size_t height,
-              const std::function<void(PngChunks&)>& writePixels)
+              const std::function<void(StagedFile&)>& writePixels)
 {
     StagedFile file(path);
-    PngChunks chunks(file);
+    file.write(std::array<std::uint8_t, 8> { 0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n' });
     std::array<std::uint8_t, 13> header {};
     header[3] = pngWidth;
     qToBigEndian(static_cast<quint32>(height), header.data() + 4);
@@ -144,11 +144,11 @@ void writePng(const QString& path, const PixelLayout& layout, std::size_t height
     header[9] = static_cast<std::uint8_t>((layout.alpha == AlphaKind::None ? 0 : 4)
                                           + (layout.model == ColorModel::Gray ? 0 : 2)
                                           + (layout.model == ColorModel::Palette ? 1 : 0));
-    chunks.write({ "IHDR" }, header);
+    writePngChunk(file, "IHDR", header);
     if (layout.model == ColorModel::Palette)
-        chunks.write({ "PLTE" }, Bytes(3U << static_cast<unsigned>(layout.bitsPerSample)));
-    writePixels(chunks);
-    chunks.write({ "IEND" }, {});
+        writePngChunk(file, "PLTE", Bytes(3U << static_cast<unsigned>(layout.bitsPerSample)));
+    writePixels(file);
+    writePngChunk(file, "IEND", {});
     file.commit();
 }
 
@@ -178,8 +178,8 @@ void writePng(
 {
     const auto rowBytes = static_cast<std::size_t>(layout.rowBytes(pngWidth));
     const std::size_t height = rows.size() / rowBytes;
-    writePng(path, layout, height, [&](PngChunks& chunks) {
-        PixelStream data(layout, pngWidth, static_cast<int>(height), chunks, threads, sectionBytes);
+    writePng(path, layout, height, [&](StagedFile& file) {
+        PixelStream data(layout, pngWidth, static_cast<int>(height), file, threads, sectionBytes);
         for (std::size_t y = 0; y < height; ++y) {
             atRow(y);
             data.addRow(rows.data() + y * rowBytes);
@@ -187,23 +187,23 @@ void writePng(
     });
 }
 
-void writeGif(const Bytes& indexes, int colors, int width, GifImage::Rows rows, const QString& path)
+void writeGif(const Bytes& indexes, int colors, int width, bool isBilevel, const QString& path)
 {
     std::vector<RgbColor> palette;
     for (int i = 0; i < colors; ++i)
         palette.push_back({ static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(3 * i), 9 });
     StagedFile file(path);
     const auto height = static_cast<int>(indexes.size()) / width;
-    GifImage image(file, width, height, palette, {}, rows);
+    const auto image = startGif(file, width, height, palette, {}, isBilevel);
     for (int y = 0; y < height; ++y) {
         const std::uint8_t* row = indexes.data() + qsizetype { y } * width;
         Bytes packed(static_cast<std::size_t>(width + 7) / 8, 0);
         for (std::size_t x = 0; x < packed.size() * 8; ++x) // ones behind the last pixel
             packed[x / 8] |= static_cast<std::uint8_t>(
                 (x < static_cast<std::size_t>(width) ? row[x] : 1) << (7 - x % 8));
-        image.putRow(rows == GifImage::Rows::Bits ? packed.data() : row);
+        image->putRow(isBilevel ? packed.data() : row);
     }
-    image.finish();
+    image->finish();
     file.commit();
 }
 
@@ -302,7 +302,7 @@ private slots:
             // Each filter in turn, compressed by zlib.
             const Bytes all = filtered(rows, layout, [](std::size_t y) { return y % 5; });
             writePng(m_path, layout, height,
-                     [&](PngChunks& chunks) { chunks.write({ "IDAT" }, deflated(all)); });
+                     [&](StagedFile& file) { writePngChunk(file, "IDAT", deflated(all)); });
             QVERIFY2(pngDifference(m_path, rows, layout).isEmpty(), content);
         }
     }
@@ -377,10 +377,10 @@ private slots:
         const QString reference = m_folder.filePath(u"reference.gif"_s);
         writeGifByGiflib(indexes, colors, width, reference);
         const QString path = m_folder.filePath(u"a.gif"_s);
-        for (const GifImage::Rows rows : { GifImage::Rows::Bytes, GifImage::Rows::Bits }) {
-            if (rows == GifImage::Rows::Bits && colors > 2)
+        for (const bool isBilevel : { false, true }) {
+            if (isBilevel && colors > 2)
                 continue;
-            writeGif(indexes, colors, width, rows, path);
+            writeGif(indexes, colors, width, isBilevel, path);
             const Picture picture = readPicture(path);
             QCOMPARE(picture.width, width);
             QCOMPARE(picture.height, height);
