@@ -74,61 +74,48 @@ namespace {
             std::min(65535.0, (static_cast<double>(signedValue) / 256.0 + 128.0) * 257.0 + 0.5));
     }
 
+    struct Engine
+    {
+        Context context;
+        Transform transform;
+        std::vector<std::uint16_t> lab; ///< of a row
+    };
+
 } // namespace
 
-struct ColorTransform::Engine
+RowFunction colorTransform(SourceColor from, int bits, const QByteArray& profile)
 {
-    Context context;
-    Transform transform;
-    std::vector<std::uint16_t> lab;
-};
-
-ColorTransform::ColorTransform(SourceColor from, int bits, const QByteArray& profile)
-    : m_from(from)
-    , m_bits(bits)
-{
-    auto engine = std::make_unique<Engine>();
+    const bool isCmyk = from == SourceColor::Cmyk;
+    const auto engine = std::make_shared<Engine>();
     engine->context.reset(cmsCreateContext(nullptr, nullptr));
     if (!engine->context)
         throw std::bad_alloc();
-    const Profile source = openSource(engine->context.get(), from, profile);
-    if (!source)
-        return;
     const Profile target(cmsCreate_sRGBProfileTHR(engine->context.get()));
-    const cmsUInt32Number cmykFormat = bits == 8 ? TYPE_CMYK_8 : TYPE_CMYK_16;
     // An L*a*b* transform is worked out for every pixel: the table that lcms makes of it otherwise
     // misses white and black by a step, and strong colours by more.
-    const bool isCmyk = from == SourceColor::Cmyk;
-    engine->transform.reset(cmsCreateTransformTHR(
-        engine->context.get(), source.get(), isCmyk ? cmykFormat : TYPE_Lab_16, target.get(),
-        bits == 8 ? TYPE_RGB_8 : TYPE_RGB_16, INTENT_RELATIVE_COLORIMETRIC,
-        isCmyk ? cmsFLAGS_BLACKPOINTCOMPENSATION : cmsFLAGS_NOOPTIMIZE));
-    if (engine->transform)
-        m_engine = std::move(engine);
-    else if (from != SourceColor::Cmyk)
+    if (const Profile source = openSource(engine->context.get(), from, profile))
+        engine->transform.reset(cmsCreateTransformTHR(
+            engine->context.get(), source.get(),
+            !isCmyk         ? TYPE_Lab_16
+                : bits == 8 ? TYPE_CMYK_8
+                            : TYPE_CMYK_16,
+            target.get(), bits == 8 ? TYPE_RGB_8 : TYPE_RGB_16, INTENT_RELATIVE_COLORIMETRIC,
+            isCmyk ? cmsFLAGS_BLACKPOINTCOMPENSATION : cmsFLAGS_NOOPTIMIZE));
+    if (!engine->transform && !isCmyk)
         throw std::runtime_error("its L*a*b* colours cannot be converted");
-}
-
-ColorTransform::~ColorTransform() = default;
-
-void ColorTransform::apply(const std::uint8_t* from, std::uint8_t* to, int pixels)
-{
-    if (!m_engine) {
-        if (m_bits == 8)
-            plainCmykToRgb<std::uint8_t>(from, to, pixels);
-        else
-            plainCmykToRgb<std::uint16_t>(from, to, pixels);
-        return;
-    }
-    if (m_from != SourceColor::Cmyk) {
-        m_engine->lab.resize(static_cast<std::size_t>(pixels) * 3);
-        const int sampleBytes = m_bits / 8;
-        for (std::size_t i = 0; i < m_engine->lab.size(); ++i)
-            m_engine->lab[i] = labSample(m_from, m_bits, static_cast<int>(i % 3),
-                                         from + i * static_cast<unsigned>(sampleBytes));
-        from = reinterpret_cast<const std::uint8_t*>(m_engine->lab.data());
-    }
-    cmsDoTransform(m_engine->transform.get(), from, to, static_cast<cmsUInt32Number>(pixels));
+    if (!engine->transform)
+        return bits == 8 ? plainCmykToRgb<std::uint8_t> : plainCmykToRgb<std::uint16_t>;
+    return [=](const std::uint8_t* row, std::uint8_t* to, int pixels) {
+        if (!isCmyk) {
+            engine->lab.resize(static_cast<std::size_t>(pixels) * 3);
+            const auto sampleBytes = static_cast<std::size_t>(bits / 8);
+            for (std::size_t i = 0; i < engine->lab.size(); ++i)
+                engine->lab[i]
+                    = labSample(from, bits, static_cast<int>(i % 3), row + i * sampleBytes);
+            row = reinterpret_cast<const std::uint8_t*>(engine->lab.data());
+        }
+        cmsDoTransform(engine->transform.get(), row, to, static_cast<cmsUInt32Number>(pixels));
+    };
 }
 
 } // namespace pagestack

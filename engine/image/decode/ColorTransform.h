@@ -1,9 +1,8 @@
 #pragma once
 
-#include <QByteArray>
+#include "engine/image/pixels/RowByRow.h"
 
-#include <cstdint>
-#include <memory>
+#include <QByteArray>
 
 namespace pagestack {
 
@@ -14,29 +13,10 @@ enum class SourceColor {
     IccLab, ///< the same with a* and b* shifted to unsigned numbers, as ICC profiles encode them
 };
 
-/// Turns rows of CMYK or L*a*b* pixels into sRGB. CMYK goes through the profile of the page where
-/// it has a usable one, else by the plain formula; L*a*b* (white D50) by its definition. One thread
-/// at a time.
-class ColorTransform
-{
-public:
-    /// `bits` is 8 or 16, of input and output. `profile` is looked at for CMYK only.
-    ColorTransform(SourceColor from, int bits, const QByteArray& profile);
-    ~ColorTransform();
-    ColorTransform(const ColorTransform&) = delete;
-    ColorTransform& operator=(const ColorTransform&) = delete;
-
-    int inputChannels() const { return m_from == SourceColor::Cmyk ? 4 : 3; }
-
-    /// Converts `pixels` packed pixels at `from` into packed RGB at `to`, which must not overlap.
-    void apply(const std::uint8_t* from, std::uint8_t* to, int pixels);
-
-private:
-    struct Engine;
-
-    SourceColor m_from;
-    int m_bits;
-    std::unique_ptr<Engine> m_engine; ///< null: the plain formula
-};
+/// Returns a function that turns rows of packed CMYK (four channels) or L*a*b* pixels into packed
+/// sRGB, which must not overlap, both of `bits` (8 or 16) a sample. CMYK goes through `profile`,
+/// that of the page, if it is usable, else by the plain formula; L*a*b* (white D50) by its
+/// definition. One thread at a time. Throws std::runtime_error.
+RowFunction colorTransform(SourceColor from, int bits, const QByteArray& profile);
 
 } // namespace pagestack

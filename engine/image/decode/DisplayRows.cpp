@@ -6,7 +6,6 @@
 #include "engine/image/decode/SampleUnpacker.h"
 #include "engine/image/decode/StoredRows.h"
 #include "engine/image/decode/TiffPage.h"
-#include "engine/image/pixels/RowByRow.h"
 #include "engine/image/pixels/SampleMath.h"
 
 #include <tiffio.h>
@@ -23,26 +22,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    /// How many of a pixel's samples are colour.
-    int colorSamples(const TiffPageTags& tags)
-    {
-        switch (tags.photometric) {
-        case PHOTOMETRIC_MINISWHITE:
-        case PHOTOMETRIC_MINISBLACK:
-        case PHOTOMETRIC_MASK:
-        case PHOTOMETRIC_PALETTE:
-            return 1;
-        case PHOTOMETRIC_SEPARATED:
-            return 4;
-        default:
-            return 3;
-        }
-    }
-
     bool isGray(const TiffPageTags& tags)
     {
         return tags.photometric == PHOTOMETRIC_MINISWHITE
             || tags.photometric == PHOTOMETRIC_MINISBLACK || tags.photometric == PHOTOMETRIC_MASK;
+    }
+
+    /// How many of a pixel's samples are colour.
+    int colorSamples(const TiffPageTags& tags)
+    {
+        if (isGray(tags) || tags.photometric == PHOTOMETRIC_PALETTE)
+            return 1;
+        return tags.photometric == PHOTOMETRIC_SEPARATED ? 4 : 3;
     }
 
     std::optional<SourceColor> convertedColor(const TiffPageTags& tags)
@@ -107,33 +98,20 @@ namespace {
             throw std::runtime_error(std::to_string(tags.samplesPerPixel)
                                      + " samples a pixel do not fit its photometric interpretation "
                                      + std::to_string(tags.photometric));
-        switch (tags.photometric) {
-        case PHOTOMETRIC_MINISWHITE:
-        case PHOTOMETRIC_MINISBLACK:
-        case PHOTOMETRIC_MASK:
-        case PHOTOMETRIC_RGB:
-            return;
-        case PHOTOMETRIC_PALETTE:
-            if (tags.bitsPerSample > 16)
-                throw std::runtime_error("a colour map of " + std::to_string(tags.bitsPerSample)
-                                         + " bits is not supported");
-            return;
-        case PHOTOMETRIC_YCBCR: // JPEG only: the decoder gives RGB
-            return;
-        case PHOTOMETRIC_SEPARATED:
-            if (tags.inkSet != INKSET_CMYK)
-                throw std::runtime_error("inks other than CMYK are not supported");
-            return;
-        case PHOTOMETRIC_CIELAB:
-        case PHOTOMETRIC_ICCLAB:
-            if (tags.bitsPerSample != 8 && tags.bitsPerSample != 16)
-                throw std::runtime_error("L*a*b* with " + std::to_string(tags.bitsPerSample)
-                                         + " bits a sample is not supported");
-            return;
-        default:
+        const std::string bits = std::to_string(tags.bitsPerSample);
+        const std::optional<SourceColor> converted = convertedColor(tags);
+        if (tags.photometric == PHOTOMETRIC_PALETTE && tags.bitsPerSample > 16)
+            throw std::runtime_error("a colour map of " + bits + " bits is not supported");
+        if (converted == SourceColor::Cmyk && tags.inkSet != INKSET_CMYK)
+            throw std::runtime_error("inks other than CMYK are not supported");
+        if (converted && converted != SourceColor::Cmyk && tags.bitsPerSample != 8
+            && tags.bitsPerSample != 16)
+            throw std::runtime_error("L*a*b* with " + bits + " bits a sample is not supported");
+        // YCbCr is that of JPEG only, of which the decoder gives RGB.
+        if (!converted && !isGray(tags) && tags.photometric != PHOTOMETRIC_RGB
+            && tags.photometric != PHOTOMETRIC_PALETTE && tags.photometric != PHOTOMETRIC_YCBCR)
             throw std::runtime_error("photometric interpretation "
                                      + std::to_string(tags.photometric) + " is not supported");
-        }
     }
 
     bool isPackedSample(const TiffPageTags& tags)
@@ -186,7 +164,7 @@ namespace {
                 m_messages.addLogLine(
                     u"page %1: floating-point samples are taken as 0 to 1"_s.arg(page.index() + 1));
             if (const auto color = convertedColor(m_tags))
-                m_transform.emplace(*color, layout().bitsPerSample, m_tags.iccProfile);
+                m_transform = colorTransform(*color, layout().bitsPerSample, m_tags.iccProfile);
             m_mode = chooseMode();
         }
 
@@ -296,17 +274,17 @@ namespace {
         void transformColor(int index, std::uint8_t* to)
         {
             const auto sampleBytes = static_cast<std::size_t>(layout().bitsPerSample / 8);
-            const int inputs = m_transform->inputChannels();
+            const int inputs = colorSamples(m_tags);
             m_color.resize(sampleBytes * static_cast<unsigned>(inputs) * m_tags.widthPx);
             for (int c = 0; c < inputs; ++c)
                 m_unpacker.unpack(samples(index, c),
                                   m_color.data() + static_cast<unsigned>(c) * sampleBytes, inputs);
             if (layout().channels() == 3) {
-                m_transform->apply(m_color.data(), to, widthPx());
+                m_transform(m_color.data(), to, widthPx());
                 return;
             }
             m_rgb.resize(sampleBytes * 3 * m_tags.widthPx);
-            m_transform->apply(m_color.data(), m_rgb.data(), widthPx());
+            m_transform(m_color.data(), m_rgb.data(), widthPx());
             for (std::size_t i = 0; i < m_tags.widthPx; ++i)
                 std::memcpy(to + i * 4 * sampleBytes, m_rgb.data() + i * 3 * sampleBytes,
                             3 * sampleBytes);
@@ -352,7 +330,7 @@ namespace {
         SampleRange m_range;
         int m_rowsLookedAt = 0;
         std::vector<RgbColor> m_palette;
-        std::optional<ColorTransform> m_transform;
+        RowFunction m_transform; ///< of CMYK and L*a*b*
         Mode m_mode = Mode::Converted;
         std::vector<std::uint8_t> m_color; ///< or alpha of a row
         std::vector<std::uint8_t> m_rgb;

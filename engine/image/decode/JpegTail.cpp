@@ -191,11 +191,10 @@ JpegTail judgeJpegTail(std::span<const std::uint8_t> stream, std::uint64_t leftB
         return JpegTail::LostRestarts;
     const Bytes tail = stream.first(scan->end).last(
         static_cast<std::size_t>(std::min<std::uint64_t>(leftBytes, scan->end)));
-    const auto is
-        = [](std::uint8_t value) { return [=](std::uint8_t byte) { return byte == value; }; };
-    const bool isFiller = std::all_of(tail.begin(), tail.end(), is(0))
-        || std::all_of(tail.begin(), tail.end(), is(0xFF));
-    return isFiller ? JpegTail::Filler : JpegTail::Unknown;
+    const auto isAll = [tail](std::uint8_t value) {
+        return std::ranges::all_of(tail, [value](std::uint8_t byte) { return byte == value; });
+    };
+    return isAll(0) || isAll(0xFF) ? JpegTail::Filler : JpegTail::Unknown;
 }
 
 } // namespace pagestack

@@ -1,6 +1,5 @@
 #include "engine/image/decode/NoDataValue.h"
 
-#include "engine/image/decode/SampleUnpacker.h"
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/pixels/SampleMath.h"
 
@@ -38,24 +37,19 @@ namespace {
         return {};
     }
 
-    /// The bits of the sample nearest to `value`, which is not below 0; none when it is too large.
-    /// Such samples below `infinity` are in the order of their bits.
-    std::optional<std::uint64_t> nearestFloat(const SampleUnpacker& samples, double value,
-                                              std::uint64_t infinity)
+    /// The bits of the number of 5 + 10 or 7 + 16 bits that is nearest to `value`, which is not
+    /// below 0; none when it is too large.
+    std::optional<std::uint64_t> nearestFloat(double value, int bits)
     {
-        std::uint64_t low = 0;
-        for (std::uint64_t high = infinity; low < high;) {
-            const std::uint64_t middle = (low + high) / 2;
-            if (samples.number(middle) < value)
-                low = middle + 1;
-            else
-                high = middle;
-        }
-        if (low == infinity)
+        const int fractionBits = bits == 16 ? 10 : 16;
+        const int bias = (1 << (bits - fractionBits - 2)) - 1;
+        const int exponent = value == 0 ? 1 - bias : std::max(std::ilogb(value), 1 - bias);
+        // With the highest bit of the fraction, which the stored exponent is less by.
+        const double fraction = std::nearbyint(std::ldexp(value, fractionBits - exponent));
+        if (value > std::ldexp(2.0 - std::ldexp(1.0, -fractionBits), bias))
             return std::nullopt;
-        const double up = samples.number(low) - value;
-        const double down = low == 0 ? HUGE_VAL : value - samples.number(low - 1);
-        return down < up || (down == up && low % 2 == 1) ? low - 1 : low;
+        return static_cast<std::uint64_t>(fraction)
+            + (static_cast<std::uint64_t>(exponent + bias - 1) << fractionBits);
     }
 
     std::optional<std::uint64_t> floatBits(const QByteArray& text, int bits)
@@ -76,7 +70,7 @@ namespace {
             return sign | infinity | lowestOfExponent / 2;
         if (std::isinf(value))
             return sign | infinity;
-        const auto raw = nearestFloat({ bits, SAMPLEFORMAT_IEEEFP }, std::abs(value), infinity);
+        const auto raw = nearestFloat(std::abs(value), bits);
         return raw ? std::optional(sign | *raw) : std::nullopt;
     }
 

@@ -46,7 +46,7 @@ namespace {
         if (tags.isSubsampled() && tags.horizontalSubsampling == 4
             && tags.verticalSubsampling == 4) // libtiff 4.5 leaves out the ends of strips and tiles
             throw std::runtime_error("one colour for 4 x 4 pixels is not supported");
-        if (hasSparseStrips(handle))
+        if (sparseStrips(handle) > 0)
             throw std::runtime_error("strips without data are not supported for such a page");
         if (tags.compression != COMPRESSION_DEFLATE
             && tags.compression != COMPRESSION_ADOBE_DEFLATE)

@@ -41,13 +41,13 @@ bool isDecodedByLibtiff(const TiffPageTags& tags)
     return !isDeflate(tags) && tags.compression != COMPRESSION_PACKBITS;
 }
 
-bool hasSparseStrips(tiff* handle)
+std::uint32_t sparseStrips(tiff* handle)
 {
     const std::uint32_t count = piecesOf(handle);
+    std::uint32_t sparse = 0;
     for (std::uint32_t number = 0; number < count; ++number)
-        if (isSparseAt(handle, number))
-            return true;
-    return false;
+        sparse += isSparseAt(handle, number) ? 1 : 0;
+    return sparse;
 }
 
 StripDecoder::StripDecoder(const TiffPage& page, tiff* handle)
@@ -59,10 +59,7 @@ StripDecoder::StripDecoder(const TiffPage& page, tiff* handle)
 {
     if (!isDecodedByLibtiff(m_tags))
         m_order.emplace(m_tags, TIFFIsByteSwapped(handle) != 0);
-    const std::uint32_t count = piecesOf(handle);
-    std::uint32_t sparse = 0;
-    for (std::uint32_t number = 0; number < count; ++number)
-        sparse += isSparseAt(handle, number) ? 1 : 0;
+    const std::uint32_t sparse = sparseStrips(handle);
     if (sparse == 0)
         return;
     const NoDataValue noData = noDataValue(page);
@@ -71,10 +68,10 @@ StripDecoder::StripDecoder(const TiffPage& page, tiff* handle)
         ? u"%1 of its %2 %3 has no data in the file and is filled with %4"_s
         : u"%1 of its %2 %3 have no data in the file and are filled with %4"_s;
     page.messages().addPageWarning(
-        text.arg(sparse).arg(count).arg(m_tags.isTiled ? u"tiles"_s : u"strips"_s, noData.text));
+        text.arg(sparse)
+            .arg(piecesOf(handle))
+            .arg(m_tags.isTiled ? u"tiles"_s : u"strips"_s, noData.text));
 }
-
-bool StripDecoder::isSparse(std::uint32_t number) const { return isSparseAt(m_handle, number); }
 
 EncodedBytes StripDecoder::encoded(std::uint32_t number) const
 {
@@ -90,7 +87,7 @@ std::unique_ptr<StripStream> StripDecoder::openStream(std::uint32_t number) cons
 
 void StripDecoder::decode(std::uint32_t number, std::span<std::uint8_t> to)
 {
-    if (isSparse(number)) {
+    if (isSparseAt(m_handle, number)) {
         fillSamples(to, m_rowBytes, m_tags.bitsPerSample, m_noData);
     } else if (m_order) {
         if (!isDeflate(m_tags) || !inflatedWhole(number, to)) {
@@ -158,7 +155,7 @@ void StripDecoder::begin(std::uint32_t strip, std::uint32_t rows)
     m_strip = strip;
     m_row = strip * m_tags.rowsPerStrip;
     m_rows = m_rowsLeft = rows;
-    m_isStripSparse = isSparse(strip);
+    m_isStripSparse = isSparseAt(m_handle, strip);
     m_stream = m_order && !m_isStripSparse ? openStream(strip) : nullptr;
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "engine/image/decode/EncodedBytes.h"
 #include "engine/image/decode/SampleOrder.h"
 #include "engine/image/decode/StripStream.h"
 #include "engine/image/tiff/TiffPageTags.h"
@@ -46,7 +45,6 @@ public:
 private:
     EncodedBytes encoded(std::uint32_t number) const;
     std::unique_ptr<StripStream> openStream(std::uint32_t number) const;
-    bool isSparse(std::uint32_t number) const;
     bool inflatedWhole(std::uint32_t number, std::span<std::uint8_t> to) const;
     void endStream(StripStream& stream, std::uint64_t rows);
     bool decodedByLibtiff(std::uint32_t number, std::span<std::uint8_t> to);
@@ -75,7 +73,7 @@ private:
 /// False when StripDecoder decodes such pages itself.
 bool isDecodedByLibtiff(const TiffPageTags& tags);
 
-/// True when a strip or tile of the current page of `handle` has no data in the file.
-bool hasSparseStrips(tiff* handle);
+/// Number of strips and tiles of the current page of `handle` that have no data in the file.
+std::uint32_t sparseStrips(tiff* handle);
 
 } // namespace pagestack

@@ -1,7 +1,6 @@
 #include "engine/image/pixels/Bitmap.h"
 
 #include <algorithm>
-#include <cmath>
 #include <stdexcept>
 #include <utility>
 

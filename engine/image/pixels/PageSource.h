@@ -67,11 +67,6 @@ public:
     /// This source as a page of a TIFF file, whose encoded strips and tags can be copied; null when
     /// it is none.
     virtual const TiffPage* tiffPage() const { return nullptr; }
-
-protected:
-    PageSource() = default;
-    PageSource(const PageSource&) = delete;
-    PageSource& operator=(const PageSource&) = delete;
 };
 
 } // namespace pagestack

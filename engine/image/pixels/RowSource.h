@@ -6,6 +6,10 @@
 
 namespace pagestack {
 
+// The steps from the file to an output each hold a row or more, PNG some dozen of them.
+constexpr std::uint32_t longestRowPx = 16 * 1024 * 1024;
+constexpr std::uint64_t longestRowBytes = std::uint64_t { 16 } * 1024 * 1024;
+
 /// Some rows of a page, the upper ones first. The memory belongs to whoever handed the band out.
 struct Band
 {
@@ -22,8 +26,6 @@ class RowSource
 {
 public:
     virtual ~RowSource() = default;
-    RowSource(const RowSource&) = delete;
-    RowSource& operator=(const RowSource&) = delete;
 
     int widthPx() const { return m_widthPx; }
     int heightPx() const { return m_heightPx; }

@@ -2,7 +2,6 @@
 
 #include "engine/files/ByteSpool.h"
 #include "engine/image/pixels/RowByRow.h"
-#include "engine/image/pixels/RowLimits.h"
 
 #include <algorithm>
 #include <array>
@@ -140,9 +139,9 @@ namespace {
         std::array<std::uint8_t, 256> m_mirrored = {}; ///< each byte of packed samples
     };
 
-    /// Rows in another order or turned into columns. The stored page is read once and kept in
-    /// blocks of stored rows; a block of a turned page is transposed, so that what a band of output
-    /// rows needs of it lies in one piece.
+    /// Rows from the bottom or turned into columns, not mirrored yet. The stored page is read once
+    /// and kept in blocks of stored rows; a block of a turned page is transposed, so that what a
+    /// band of output rows needs of it lies in one piece.
     class RearrangedRows : public RowSource
     {
     public:
@@ -172,8 +171,6 @@ namespace {
             m_samples.resize(static_cast<std::size_t>(rowBytes() * rows));
             if (rows > 0)
                 gather(rows);
-            if (rows > 0 && runsFromRight(m_orientation))
-                mirror(rows);
             m_nextRow += rows;
             return { m_samples.data(), rows, rowBytes() };
         }
@@ -248,16 +245,6 @@ namespace {
             }
         }
 
-        void mirror(int rows)
-        {
-            m_piece.resize(static_cast<std::size_t>(rowBytes()));
-            for (int i = 0; i < rows; ++i) {
-                std::uint8_t* row = m_samples.data() + i * rowBytes();
-                m_mover.mirror(row, widthPx(), m_piece.data());
-                std::memcpy(row, m_piece.data(), m_piece.size());
-            }
-        }
-
         PixelMover m_mover;
         int m_orientation;
         int m_storedWidth;
@@ -283,11 +270,9 @@ namespace {
 
 std::unique_ptr<RowSource> uprightRows(std::unique_ptr<RowSource> rows, int orientation)
 {
-    if (orientation == 2)
-        return mirroredRows(std::move(rows));
-    if (orientation >= 3 && orientation <= 8)
-        return std::make_unique<RearrangedRows>(std::move(rows), orientation);
-    return rows;
+    if (orientation >= 3)
+        rows = std::make_unique<RearrangedRows>(std::move(rows), orientation);
+    return runsFromRight(orientation) ? mirroredRows(std::move(rows)) : std::move(rows);
 }
 
 PageProperties uprightProperties(const PageProperties& stored)

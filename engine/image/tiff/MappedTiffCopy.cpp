@@ -67,28 +67,6 @@ namespace {
         writeFully(copy, format.firstLinkAt(), link);
     }
 
-    /// The mapping belongs to the MappedTiffCopy.
-    class MappedStream : public TiffStream
-    {
-    public:
-        explicit MappedStream(std::span<const std::uint8_t> bytes)
-            : m_bytes(bytes)
-        {
-        }
-        std::uint64_t sizeBytes() override { return m_bytes.size(); }
-        std::size_t read(std::uint64_t offset, std::span<std::uint8_t> bytes) override
-        {
-            const auto left = m_bytes.subspan(std::min<std::uint64_t>(offset, m_bytes.size()));
-            const std::size_t count = std::min(bytes.size(), left.size());
-            std::copy_n(left.begin(), count, bytes.begin());
-            return count;
-        }
-        std::span<const std::uint8_t> mapping() const override { return m_bytes; }
-
-    private:
-        std::span<const std::uint8_t> m_bytes;
-    };
-
 } // namespace
 
 void Unmapper::operator()(std::uint8_t* bytes) const noexcept { ::munmap(bytes, size); }
@@ -111,17 +89,24 @@ MappedTiffCopy::MappedTiffCopy(TiffReader& reader, int index)
     // The mapping keeps the bytes when the descriptor is closed.
     m_mapping = { static_cast<std::uint8_t*>(bytes), Unmapper { size } };
     TiffMessages& messages = reader.messages();
-    m_handle
-        = openTiff(std::make_unique<MappedStream>(std::span(m_mapping.get(), size)), "r", messages);
+    m_handle = openTiff(*this, "r", messages);
     if (TIFFSetSubDirectory(handle(), directory.begin) == 0)
         messages.fail("the directory of the page cannot be read");
     messages.forget();
 }
 
+std::size_t MappedTiffCopy::read(std::uint64_t offset, std::span<std::uint8_t> bytes)
+{
+    const auto left = mapping().subspan(std::min(offset, sizeBytes()));
+    const std::size_t count = std::min(bytes.size(), left.size());
+    std::copy_n(left.begin(), count, bytes.begin());
+    return count;
+}
+
 void MappedTiffCopy::dropPages()
 {
     // Advice only: that it is not taken costs memory, nothing else.
-    static_cast<void>(::madvise(m_mapping.get(), m_mapping.get_deleter().size, MADV_DONTNEED));
+    static_cast<void>(::madvise(m_mapping.get(), sizeBytes(), MADV_DONTNEED));
 }
 
 } // namespace pagestack

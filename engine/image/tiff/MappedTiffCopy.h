@@ -21,7 +21,7 @@ struct Unmapper
 ///
 /// The mapping is of a private copy in a temporary file: a mapped file that another program cuts
 /// short would end this one. Of other pages the copy has nothing but holes.
-class MappedTiffCopy
+class MappedTiffCopy : private TiffStream
 {
 public:
     /// Copies page `index` of the reader's file and makes it the current one of the handle, whose
@@ -35,6 +35,13 @@ public:
     void dropPages();
 
 private:
+    std::uint64_t sizeBytes() override { return m_mapping.get_deleter().size; }
+    std::size_t read(std::uint64_t offset, std::span<std::uint8_t> bytes) override;
+    std::span<const std::uint8_t> mapping() const override
+    {
+        return { m_mapping.get(), m_mapping.get_deleter().size };
+    }
+
     std::unique_ptr<std::uint8_t, Unmapper> m_mapping;
     TiffHandle m_handle; ///< closed before the mapping goes
 };

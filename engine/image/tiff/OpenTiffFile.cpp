@@ -15,42 +15,6 @@
 
 namespace pagestack {
 
-namespace {
-
-    /// The open file for a libtiff handle, which may share it with others.
-    class FileStream : public TiffStream
-    {
-    public:
-        FileStream(int file, FileRange hidden)
-            : m_file(file)
-            , m_hidden(hidden)
-        {
-        }
-
-        std::uint64_t sizeBytes() override
-        {
-            struct stat status = {};
-            const bool isKnown = ::fstat(m_file, &status) == 0;
-            return isKnown ? static_cast<std::uint64_t>(status.st_size) : 0;
-        }
-
-        std::size_t read(std::uint64_t offset, std::span<std::uint8_t> bytes) override
-        {
-            bytes = bytes.first(readUpTo(m_file, offset, bytes));
-            const std::uint64_t begin = std::max(m_hidden.begin, offset);
-            const std::uint64_t end = std::min(m_hidden.end, offset + bytes.size());
-            if (begin < end)
-                std::ranges::fill(bytes.subspan(begin - offset, end - begin), std::uint8_t { 0 });
-            return bytes.size();
-        }
-
-    private:
-        int m_file;
-        FileRange m_hidden; ///< its bytes are read as 0
-    };
-
-} // namespace
-
 OpenTiffFile::OpenTiffFile(QString path, int file)
     : m_path(std::move(path))
     , m_file(file)
@@ -94,17 +58,28 @@ void OpenTiffFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) c
 TiffDirectory OpenTiffFile::directory(int index) const
 {
     const std::uint64_t offset = m_chain.offsets.at(static_cast<std::size_t>(index));
-    TiffDirectory directory = readDirectory(m_file, m_chain.format, offset);
+    const auto read
+        = [this](std::uint64_t at, std::span<std::uint8_t> bytes) { readAt(at, bytes); };
+    TiffDirectory directory = readDirectory(read, m_chain.format, offset);
     checkTagValues(directory, sizeBytes());
     return directory;
 }
 
-TiffHandle OpenTiffFile::openHandle(TiffMessages& messages) const
+std::uint64_t OpenTiffFile::sizeNow() const
 {
-    // libtiff, which walks the chain for itself and keeps what it finds, would hold a hundred
-    // megabytes a handle for directories that are none of the file's pages. A mapped file that
-    // another program cuts short would end this program.
-    return openTiff(std::make_unique<FileStream>(m_file, m_chain.cutLink), "r", messages);
+    struct stat status = {};
+    const bool isKnown = ::fstat(m_file, &status) == 0;
+    return isKnown ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+std::size_t OpenTiffFile::readShown(std::uint64_t offset, std::span<std::uint8_t> bytes) const
+{
+    bytes = bytes.first(readUpTo(m_file, offset, bytes));
+    const std::uint64_t begin = std::max(m_chain.cutLink.begin, offset);
+    const std::uint64_t end = std::min(m_chain.cutLink.end, offset + bytes.size());
+    if (begin < end)
+        std::ranges::fill(bytes.subspan(begin - offset, end - begin), std::uint8_t { 0 });
+    return bytes.size();
 }
 
 } // namespace pagestack

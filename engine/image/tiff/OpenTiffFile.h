@@ -2,7 +2,6 @@
 
 #include "engine/files/FileState.h"
 #include "engine/image/tiff/TiffDirectoryChain.h"
-#include "engine/image/tiff/TiffStream.h"
 
 #include <QString>
 
@@ -44,12 +43,15 @@ public:
     /// page 2"), so that pages may be missing; empty when it ends properly.
     const QString& chainFault() const { return m_chain.fault; }
 
-    /// Opens a libtiff handle of its own on the file, without a current directory. `messages` get
-    /// what libtiff says and must, as the document, outlive it. Throws std::runtime_error.
-    TiffHandle openHandle(TiffMessages& messages) const;
-
     /// Fills all of `bytes` with what the file has from `offset` on. Throws std::runtime_error.
     void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
+
+    // For libtiff, which walks the chain for itself and keeps what it finds: for directories that
+    // are none of the file's pages it would hold a hundred megabytes a handle. So the chain ends
+    // for it where it does for us.
+    std::uint64_t sizeNow() const; ///< 0 where it is not known
+    /// Fills `bytes` from `offset` on; returns how many there were. Throws std::runtime_error.
+    std::size_t readShown(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
 
     /// The directory of page `index`, from 0. Throws std::runtime_error when it cannot be read or
     /// announces more tag values than should be held.

@@ -1,6 +1,5 @@
 #include "engine/image/tiff/TiffDirectory.h"
 
-#include "engine/files/PosixFile.h"
 #include "engine/image/pixels/ByteOrder.h"
 
 #include <algorithm>
@@ -24,17 +23,17 @@ const TiffTagValue* TiffDirectory::find(unsigned tag) const
     return value == values.end() ? nullptr : &*value;
 }
 
-TiffDirectory readDirectory(int fileDescriptor, const TiffFormat& format, std::uint64_t offset)
+TiffDirectory readDirectory(const ReadBytes& read, const TiffFormat& format, std::uint64_t offset)
 {
     const std::size_t offsetBytes = format.offsetBytes();
     std::vector<std::uint8_t> bytes(format.countBytes());
-    readFully(fileDescriptor, offset, bytes);
+    read(offset, bytes);
     const std::uint64_t entries = numberIn(bytes, format.isBigEndian);
     if (entries > std::numeric_limits<std::uint16_t>::max())
         throw std::runtime_error("the directory of the page is damaged");
     const std::uint64_t firstEntry = offset + bytes.size();
     bytes.resize(entries * format.entryBytes());
-    readFully(fileDescriptor, firstEntry, bytes);
+    read(firstEntry, bytes);
 
     TiffDirectory directory;
     directory.range = { offset, format.linkAt(offset, entries) + offsetBytes };

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <span>
 #include <vector>
 
 namespace pagestack {
@@ -19,6 +21,7 @@ struct TiffFormat
     bool isBigEndian = false;
     bool isBigTiff = false;
 
+    std::size_t headerBytes() const { return isBigTiff ? 16 : 8; }
     std::size_t offsetBytes() const { return isBigTiff ? 8 : 4; } ///< also of the count of a value
     std::size_t countBytes() const { return isBigTiff ? 8 : 2; } ///< of the number of entries
     std::size_t entryBytes() const { return isBigTiff ? 20 : 12; }
@@ -52,8 +55,11 @@ struct TiffDirectory
     const TiffTagValue* find(unsigned tag) const;
 };
 
-/// Reads the directory at `offset` of the open file. Throws std::runtime_error when it cannot be
-/// read or has more entries than a directory can. Any thread.
-TiffDirectory readDirectory(int fileDescriptor, const TiffFormat& format, std::uint64_t offset);
+/// Fills all of `bytes` with what a file has from `offset` on. Throws std::runtime_error.
+using ReadBytes = std::function<void(std::uint64_t offset, std::span<std::uint8_t> bytes)>;
+
+/// Reads the directory at `offset` of the file that `read` gives. Throws std::runtime_error when it
+/// cannot be read or has more entries than a directory can. Any thread.
+TiffDirectory readDirectory(const ReadBytes& read, const TiffFormat& format, std::uint64_t offset);
 
 } // namespace pagestack

@@ -1,7 +1,6 @@
 #include "engine/image/tiff/TiffLimits.h"
 
 #include "engine/image/pixels/ByteOrder.h"
-#include "engine/image/pixels/RowLimits.h"
 #include "engine/image/tiff/TiffPageTags.h"
 #include "engine/image/tiff/TiffReader.h"
 
@@ -95,7 +94,7 @@ namespace {
     /// sparse file; any other place in the header is none of pixels.
     EncodedSize checkPieces(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes)
     {
-        const std::uint64_t headerBytes = TIFFIsBigTIFF(handle) != 0 ? 16 : 8;
+        const TiffFormat format { .isBigTiff = TIFFIsBigTIFF(handle) != 0 };
         const std::uint32_t count = piecesOf(handle);
         EncodedSize sum;
         for (std::uint32_t number = 0; number < count; ++number) {
@@ -108,7 +107,7 @@ namespace {
                 sum.isSparse = true;
                 continue;
             }
-            if (offset < headerBytes)
+            if (offset < format.headerBytes())
                 refusePiece(tags, number, "lies in the header of the file");
             if (offset >= fileSizeBytes)
                 throw std::runtime_error("its pixels lie beyond the end of the file");

@@ -12,7 +12,7 @@
 namespace pagestack {
 
 /// Collects the messages of libtiff about one open file. The first one since `forget` that tells of
-/// a failure is kept as its reason; see CodecMessages.h for the meaning of warnings.
+/// a failure is kept as its reason.
 class TiffMessages
 {
 public:

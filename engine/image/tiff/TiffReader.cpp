@@ -19,8 +19,8 @@ TiffReader::TiffReader(const QString& path)
 
 void TiffReader::openHandle()
 {
-    if (!m_handle)
-        m_handle = m_document->openHandle(m_messages);
+    if (!m_handle) // not mapped: a file that another program cuts short would end this program
+        m_handle = openTiff(*this, "r", m_messages);
 }
 
 /// libtiff walks the chain of directories, and says what it finds wrong with it, once for each

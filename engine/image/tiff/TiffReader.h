@@ -2,6 +2,7 @@
 
 #include "engine/image/tiff/OpenTiffFile.h"
 #include "engine/image/tiff/TiffMessages.h"
+#include "engine/image/tiff/TiffStream.h"
 
 #include <memory>
 
@@ -9,7 +10,7 @@ namespace pagestack {
 
 /// Reads the pages of a TIFF file one at a time, by a libtiff handle of its own with one current
 /// page. Shared by the pages that it reads; one thread at a time.
-class TiffReader
+class TiffReader : private TiffStream
 {
 public:
     /// Opens the file. Throws as OpenTiffFile does; of libtiff's messages the first error is the
@@ -40,6 +41,12 @@ public:
     const TiffDirectory& directory(int index);
 
 private:
+    std::uint64_t sizeBytes() override { return m_document->sizeNow(); }
+    std::size_t read(std::uint64_t offset, std::span<std::uint8_t> bytes) override
+    {
+        return m_document->readShown(offset, bytes);
+    }
+
     void openHandle();
     void walkChain(int index);
     void leavePage();

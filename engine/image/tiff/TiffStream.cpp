@@ -54,45 +54,38 @@ namespace {
         return options;
     }
 
-    /// A stream and the position of its handle, which libtiff keeps no note of.
-    struct Positioned
-    {
-        std::unique_ptr<TiffStream> stream;
-        std::uint64_t position = 0;
-    };
-
-    Positioned& of(thandle_t stream) { return *static_cast<Positioned*>(stream); }
+    TiffStream& of(thandle_t stream) { return *static_cast<TiffStream*>(stream); }
 
     /// Moves on by what `transfer` returns; -1 when it throws: no exception may pass libtiff.
     template <typename Transfer>
-    tmsize_t moved(thandle_t stream, Transfer transfer)
+    tmsize_t moved(TiffStream& stream, Transfer transfer)
     try {
-        const std::size_t count = transfer(*of(stream).stream, of(stream).position);
-        of(stream).position += count;
+        const std::size_t count = transfer();
+        stream.position += count;
         return static_cast<tmsize_t>(count);
     } catch (const std::exception&) {
         return -1;
     }
 
-    tmsize_t readStream(thandle_t stream, void* buffer, tmsize_t size)
+    tmsize_t readStream(thandle_t handle, void* buffer, tmsize_t size)
     {
+        TiffStream& stream = of(handle);
         const std::span bytes(static_cast<std::uint8_t*>(buffer), static_cast<std::size_t>(size));
-        return moved(stream, [=](TiffStream& from, std::uint64_t offset) {
-            return from.read(offset, bytes);
-        });
+        return moved(stream, [&] { return stream.read(stream.position, bytes); });
     }
 
-    tmsize_t writeStream(thandle_t stream, void* buffer, tmsize_t size)
+    tmsize_t writeStream(thandle_t handle, void* buffer, tmsize_t size)
     {
+        TiffStream& stream = of(handle);
         const std::span bytes(static_cast<const std::uint8_t*>(buffer),
                               static_cast<std::size_t>(size));
-        return moved(stream, [=](TiffStream& to, std::uint64_t offset) {
-            to.write(offset, bytes);
+        return moved(stream, [&] {
+            stream.write(stream.position, bytes);
             return bytes.size();
         });
     }
 
-    toff_t sizeOfStream(thandle_t stream) { return of(stream).stream->sizeBytes(); }
+    toff_t sizeOfStream(thandle_t stream) { return of(stream).sizeBytes(); }
 
     toff_t seekStream(thandle_t stream, toff_t offset, int whence)
     {
@@ -103,15 +96,11 @@ namespace {
         return of(stream).position = offset;
     }
 
-    int closeStream(thandle_t stream)
-    {
-        delete &of(stream); // made for the handle that closes now
-        return 0;
-    }
+    int keepStream(thandle_t) { return 0; }
 
     int mapStream(thandle_t stream, void** bytes, toff_t* size)
     {
-        const std::span<const std::uint8_t> mapping = of(stream).stream->mapping();
+        const std::span<const std::uint8_t> mapping = of(stream).mapping();
         *bytes = const_cast<std::uint8_t*>(mapping.data()); // libtiff only reads from it
         *size = mapping.size();
         return mapping.empty() ? 0 : 1;
@@ -128,21 +117,20 @@ void TiffStream::write(std::uint64_t, std::span<const std::uint8_t>)
 
 void TiffCloser::operator()(tiff* handle) const noexcept { TIFFClose(handle); }
 
-TiffHandle openTiff(std::unique_ptr<TiffStream> stream, const char* mode, TiffMessages& messages)
+TiffHandle openTiff(TiffStream& stream, const char* mode, TiffMessages& messages)
 {
     const auto options = openOptions(messages);
     const bool isRead = *mode == 'r';
     // h: header only, l: little-endian, M and m: mapped into memory or not.
     const std::string flags
-        = std::string(mode) + (isRead ? 'h' : 'l') + (stream->mapping().empty() ? 'm' : 'M');
-    auto positioned = std::make_unique<Positioned>(Positioned { std::move(stream) });
+        = std::string(mode) + (isRead ? 'h' : 'l') + (stream.mapping().empty() ? 'm' : 'M');
     const QByteArray name = isRead ? messages.fileName().toUtf8() : QByteArray("page");
-    TiffHandle handle(TIFFClientOpenExt(name.constData(), flags.c_str(), positioned.get(),
-                                        readStream, writeStream, seekStream, closeStream,
-                                        sizeOfStream, mapStream, keepMapping, options.get()));
+    stream.position = 0;
+    TiffHandle handle(TIFFClientOpenExt(name.constData(), flags.c_str(), &stream, readStream,
+                                        writeStream, seekStream, keepStream, sizeOfStream,
+                                        mapStream, keepMapping, options.get()));
     if (!handle)
         messages.fail(isRead ? "it is no TIFF file" : "the TIFF encoder did not start");
-    static_cast<void>(positioned.release()); // closeStream deletes it
     return handle;
 }
 

@@ -22,10 +22,7 @@ using TiffHandle = std::unique_ptr<tiff, TiffCloser>;
 class TiffStream
 {
 public:
-    TiffStream() = default;
     virtual ~TiffStream() = default;
-    TiffStream(const TiffStream&) = delete;
-    TiffStream& operator=(const TiffStream&) = delete;
 
     virtual std::uint64_t sizeBytes() = 0;
 
@@ -37,12 +34,14 @@ public:
 
     /// All bytes in memory; empty unless they are mapped.
     virtual std::span<const std::uint8_t> mapping() const { return {}; }
+
+    std::uint64_t position = 0; ///< of the handle, which keeps no note of it
 };
 
 /// Opens a handle on `stream`: in the mode "r" without a current directory, in "w" for one page,
 /// little-endian, in "w8" the same as BigTIFF. No single table, strip or tile that libtiff holds
-/// may take more than 256 MB. `messages` get what libtiff says and must outlive the handle. Throws
-/// std::runtime_error with the reason.
-TiffHandle openTiff(std::unique_ptr<TiffStream> stream, const char* mode, TiffMessages& messages);
+/// may take more than 256 MB. `messages` get what libtiff says and must, as `stream`, outlive the
+/// handle. Throws std::runtime_error with the reason.
+TiffHandle openTiff(TiffStream& stream, const char* mode, TiffMessages& messages);
 
 } // namespace pagestack

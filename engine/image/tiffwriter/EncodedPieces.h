@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/files/ByteSpool.h"
+#include "engine/image/tiff/TiffDirectory.h"
 #include "engine/log/Diagnostic.h"
 
 #include <memory>
@@ -19,7 +20,7 @@ struct EncodedPieces
     struct Piece
     {
         std::uint32_t index; ///< of the strip or tile
-        std::uint64_t offset; ///< in `bytes`
+        std::uint64_t offset; ///< in what it is read from
         std::uint64_t size;
     };
     std::vector<Piece> pieces; ///< in the order in which an encoder writes them
@@ -32,8 +33,8 @@ struct EncodedPieces
 /// is written as it is shown. Throws std::runtime_error when the page cannot be decoded or encoded.
 EncodedPieces encodePieces(const PageSource& page, int compression);
 
-/// Writes the pieces to `handle`, a handle for writing that has the page's tags.
-/// Throws std::runtime_error.
-void putPieces(tiff* handle, const EncodedPieces& pieces);
+/// Copies a strip or tile, which `read` gives, to `handle`, a handle for writing that has the
+/// page's tags; in parts, since one can be as large as a file. Throws std::runtime_error.
+void putPiece(tiff* handle, const EncodedPieces::Piece& piece, const ReadBytes& read);
 
 } // namespace pagestack

@@ -1,7 +1,6 @@
 #include "engine/image/tiffwriter/MultiPageTiffWriter.h"
 
 #include "engine/image/decode/TiffPage.h"
-#include "engine/image/tiffwriter/TiffFileBuilder.h"
 #include "engine/settings/OutputCodes.h"
 
 #include <tiffio.h>
@@ -20,8 +19,6 @@ MultiPageTiffWriter::MultiPageTiffWriter(QString path, int compressionIndex, int
     , m_limitBytes(limitBytes)
 {
 }
-
-MultiPageTiffWriter::~MultiPageTiffWriter() = default;
 
 /// Whether the pages from `firstPage` on will, as a rule rather than at the most, take more than a
 /// classic file holds. A file that grows past the limit all the same is begun again.

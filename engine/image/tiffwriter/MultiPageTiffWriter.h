@@ -1,12 +1,6 @@
 #pragma once
 
-#include "engine/files/StagedFile.h"
-#include "engine/image/pixels/PageSource.h"
-#include "engine/image/tiffwriter/EncodedPieces.h"
-
-#include <cstdint>
-#include <memory>
-#include <vector>
+#include "engine/image/tiffwriter/TiffFileBuilder.h"
 
 namespace pagestack {
 
@@ -28,9 +22,6 @@ public:
     /// the first page comes. `limitBytes` is for tests.
     MultiPageTiffWriter(QString path, int compressionIndex, int plannedPages,
                         std::uint64_t limitBytes = classicLimitBytes);
-    ~MultiPageTiffWriter();
-    MultiPageTiffWriter(const MultiPageTiffWriter&) = delete;
-    MultiPageTiffWriter& operator=(const MultiPageTiffWriter&) = delete;
 
     /// Encodes the page into the staged file. Throws std::runtime_error with the reason when the
     /// page cannot be decoded completely; the staged file is then as it was before. A target that
@@ -74,7 +65,7 @@ private:
     int m_plannedPages;
     std::uint64_t m_limitBytes;
     std::vector<std::shared_ptr<const PageSource>> m_pages; ///< to be read again for a BigTIFF file
-    std::unique_ptr<class TiffFileBuilder> m_assembly; ///< null before the first page
+    std::unique_ptr<TiffFileBuilder> m_assembly; ///< null before the first page
     std::unique_ptr<StagedFile> m_finished; ///< only to be put in place
     QString m_failureReason;
 };

@@ -2,10 +2,10 @@
 
 #include "engine/files/StagedFile.h"
 #include "engine/image/pixels/PageSource.h"
+#include "engine/image/tiff/TiffDirectory.h"
 #include "engine/image/tiff/TiffMessages.h"
 #include "engine/image/tiffwriter/EncodedPieces.h"
-#include "engine/image/tiffwriter/LeftOutTags.h"
-#include "engine/image/tiffwriter/TiffPageStream.h"
+#include "engine/image/tiffwriter/TiffTagCopy.h"
 
 #include <cstdint>
 #include <memory>
@@ -14,6 +14,8 @@
 #include <vector>
 
 namespace pagestack {
+
+class TiffPageStream;
 
 /// The staged file of a TIFF file in the making. libtiff encodes each page by a handle of its own;
 /// this class chains the directories, so that adding a page takes the same time however many there
@@ -50,21 +52,17 @@ public:
 private:
     void encode(const PageSource& page, const EncodedPieces& pieces,
                 const std::vector<TextList>& texts, TiffPageStream& sink);
-    std::set<unsigned> linkDirectory(std::uint64_t directoryOffset,
-                                     const std::vector<TextList>& texts);
-    void finishEntry(std::uint64_t offset, unsigned tag, const std::vector<TextList>& texts,
-                     std::vector<std::uint64_t>& pageNumbersAt);
+    std::set<unsigned> linkDirectory(std::uint64_t offset, const std::vector<TextList>& texts);
     void cutToPages();
-    std::uint64_t number(std::uint64_t offset, int bytes);
-    void putNumber(std::uint64_t offset, std::uint64_t value, int bytes);
+    void setNumber(std::uint64_t offset, std::uint64_t value, std::size_t bytes);
 
     std::unique_ptr<StagedFile> m_staged; ///< null once finished
     int m_compression;
     int m_plannedPages;
-    bool m_isBigTiff;
-    std::uint64_t m_classicLimitBytes;
+    TiffFormat m_format;
+    std::uint64_t m_limitBytes;
     int m_pages = 0;
-    std::uint64_t m_end = 0; ///< of the pages that were added
+    std::uint64_t m_end; ///< of the pages that were added
     std::uint64_t m_linkAt; ///< where the offset of the next directory has to be written
     std::vector<std::uint64_t> m_pageNumbersAt; ///< where the values of PageNumber tags lie
     TiffMessages m_messages;

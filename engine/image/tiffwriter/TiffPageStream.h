@@ -1,28 +1,46 @@
 #pragma once
 
+#include "engine/image/tiff/TiffDirectory.h"
 #include "engine/image/tiff/TiffStream.h"
 
-#include <cstdint>
+#include <limits>
 #include <string>
 
 namespace pagestack {
 
 class ByteFile;
 
-/// A TIFF file in the making, of which libtiff writes one page at a time: libtiff sees a file whose
-/// header is `header` and whose other bytes are those of `staged`, so that a page's strips and
+/// A TIFF file in the making, of which libtiff writes one page at a time: libtiff sees a file with
+/// a header of its own whose other bytes are those of `staged`, so that a page's strips and
 /// directory land at its end with offsets that hold for it.
-struct TiffPageStream
+class TiffPageStream : public TiffStream
 {
-    ByteFile& staged;
-    std::string header; ///< what libtiff wrote into the header; its directory offset is the page's
-    std::uint64_t limitBytes; ///< `staged` may not become larger
-    bool isFull = false; ///< it would have become larger
-    std::string writeError; ///< why `staged` took no more; empty while all is well
-};
+public:
+    /// `staged` is borrowed and becomes no larger than `limitBytes`.
+    TiffPageStream(ByteFile& staged, const TiffFormat& format,
+                   std::uint64_t limitBytes = std::numeric_limits<std::uint64_t>::max());
 
-/// Opens a handle that writes one page into `sink`, little-endian, as BigTIFF if asked.
-/// `messages` and `sink` must outlive it. Throws std::runtime_error with the reason.
-TiffHandle openTiffPageForWriting(TiffPageStream& sink, bool bigTiff, TiffMessages& messages);
+    std::uint64_t sizeBytes() override;
+    std::size_t read(std::uint64_t offset, std::span<std::uint8_t> bytes) override;
+    void write(std::uint64_t offset, std::span<const std::uint8_t> bytes) override;
+
+    /// Of the page, which libtiff wrote into the header.
+    std::uint64_t directoryOffset() const;
+    bool isFull() const { return m_isFull; } ///< `staged` would have become too large
+    /// Why `staged` took no more; empty while all is well.
+    const std::string& writeError() const { return m_writeError; }
+
+private:
+    std::size_t headerPart(std::uint64_t offset, std::size_t size) const;
+    template <typename Transfer>
+    void guarded(Transfer transfer);
+
+    ByteFile& m_staged;
+    TiffFormat m_format;
+    std::vector<std::uint8_t> m_header;
+    std::uint64_t m_limitBytes;
+    bool m_isFull = false;
+    std::string m_writeError;
+};
 
 } // namespace pagestack

@@ -12,6 +12,7 @@
 #include <tiffio.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <stdexcept>
 #include <vector>
@@ -25,12 +26,13 @@ namespace {
     constexpr std::uint64_t smallestKeptStripBytes = std::uint64_t { 16 } * 1024;
     constexpr std::uint64_t largestKeptStripBytes = std::uint64_t { 4 } * 1024 * 1024;
     constexpr std::uint64_t wantedStripBytes = std::uint64_t { 128 } * 1024;
-    constexpr std::uint64_t largestPartBytes = std::uint64_t { 4 } * 1024 * 1024;
     constexpr tmsize_t largestPieceBytes = tmsize_t { 64 } * 1024 * 1024;
 
-    bool isFax(int compression)
+    /// The compression for pixels that may be too deep for the one that is wanted.
+    int compressionFor(int wanted, bool isOneBitDeep)
     {
-        return compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;
+        const bool isFax = wanted == COMPRESSION_CCITTFAX3 || wanted == COMPRESSION_CCITTFAX4;
+        return isFax && !isOneBitDeep ? COMPRESSION_NONE : wanted;
     }
 
     void check(bool ok)
@@ -47,13 +49,10 @@ namespace {
 
     void setPosition(TIFF* to, std::uint32_t sourceType, PagePosition position)
     {
-        if (position.total > 1) {
-            setTag(to, TIFFTAG_SUBFILETYPE, sourceType | FILETYPE_PAGE);
-            if (position.total <= std::numeric_limits<std::uint16_t>::max())
-                setTag(to, TIFFTAG_PAGENUMBER, position.index, position.total);
-        } else {
-            setTag(to, TIFFTAG_SUBFILETYPE, sourceType);
-        }
+        const bool isOneOfSeveral = position.total > 1;
+        setTag(to, TIFFTAG_SUBFILETYPE, isOneOfSeveral ? sourceType | FILETYPE_PAGE : sourceType);
+        if (isOneOfSeveral && position.total <= std::numeric_limits<std::uint16_t>::max())
+            setTag(to, TIFFTAG_PAGENUMBER, position.index, position.total);
     }
 
     /// Strips as they were, unless they are so small that their number costs more than it gives, or
@@ -62,10 +61,8 @@ namespace {
                                      std::uint32_t sourceRows)
     {
         const std::uint64_t stripBytes = rowBytes * sourceRows;
-        const bool isKept = sourceRows >= heightPx
-            ? stripBytes <= largestKeptStripBytes
-            : stripBytes >= smallestKeptStripBytes && stripBytes <= largestKeptStripBytes;
-        if (isKept)
+        if (stripBytes <= largestKeptStripBytes
+            && (sourceRows >= heightPx || stripBytes >= smallestKeptStripBytes))
             return std::min(sourceRows, heightPx);
         const std::uint64_t rows = std::max<std::uint64_t>(1, wantedStripBytes / rowBytes);
         return static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, heightPx));
@@ -80,17 +77,15 @@ namespace {
                     page.index() + 1));
     }
 
-    void setPredictor(TIFF* to, int bitsPerSample, int compression)
+    /// What LZW and fax coding need for rows of `rowPx` pixels; `predictedBits` are those of a
+    /// sample, 0 for samples that no predictor suits.
+    void setCoding(TIFF* to, int compression, int predictedBits, std::uint32_t rowPx)
     {
-        if (compression == COMPRESSION_LZW && (bitsPerSample == 8 || bitsPerSample == 16))
+        if (compression == COMPRESSION_LZW && (predictedBits == 8 || predictedBits == 16))
             setTag(to, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-    }
-
-    /// libtiff 4.5 has no room for all the runs of a row of T.4's one-dimensional coding that
-    /// begins black and changes at every pixel, if its width is a multiple of 32: neither it nor
-    /// those who read with it could open the page. In two-dimensional coding it has.
-    void setFaxOptions(TIFF* to, std::uint32_t rowPx, int compression)
-    {
+        // libtiff 4.5 has no room for all the runs of a row of T.4's one-dimensional coding that
+        // begins black and changes at every pixel, if its width is a multiple of 32: neither it nor
+        // those who read with it could open the page. In two-dimensional coding it has.
         if (compression == COMPRESSION_CCITTFAX3 && rowPx % 32 == 0)
             setTag(to, TIFFTAG_GROUP3OPTIONS, GROUP3OPT_2DENCODING);
     }
@@ -110,16 +105,15 @@ namespace {
             : m_to(to)
             , m_page(page)
             , m_tags(page.tags())
+            , m_from(page.load())
             , m_wantedCompression(compression)
-            , m_compression(isFax(compression) && !m_tags.isOneBitDeep() ? COMPRESSION_NONE
-                                                                         : compression)
+            , m_compression(compressionFor(compression, m_tags.isOneBitDeep()))
             , m_keepsTiles(m_tags.isTiled && !tilesAreOfOddSize(m_tags))
         {
         }
 
-        bool isRecoded()
+        bool isRecoded() const
         {
-            m_from = m_page.load();
             const bool isPlain
                 = m_tags.compression == COMPRESSION_NONE && m_compression == COMPRESSION_NONE;
             return !isPlain && !encodedPiecesFit();
@@ -128,34 +122,24 @@ namespace {
         void write(PagePosition position, const EncodedPieces& pieces)
         {
             m_page.checkSize();
-            m_from = m_page.load();
             setGeometry();
             setPosition(m_to, m_tags.subfileType, position);
             if (!pieces.bytes)
                 tellOfCompression(m_page, m_wantedCompression, m_compression);
-            if (pieces.bytes) {
-                setCoding();
-                m_page.reader().adopt(m_page.index(), pieces.diagnostics);
-                putPieces(m_to, pieces);
-            } else if (encodedPiecesFit()) {
+            if (!pieces.bytes && encodedPiecesFit()) {
                 copyEncoded();
-            } else {
-                setCoding();
-                recode();
+                return;
             }
-        }
-
-    private:
-        void recode()
-        {
-            if (m_keepsTiles)
-                recodePieces(TIFFNumberOfTiles, TIFFTileSize, TIFFWriteEncodedTile);
-            else if (m_tags.isSubsampled())
-                recodePieces(TIFFNumberOfStrips, TIFFStripSize, TIFFWriteEncodedStrip);
+            setCodingOfPieces();
+            if (pieces.bytes)
+                copyEncodedAhead(pieces);
+            else if (m_keepsTiles || m_tags.isSubsampled())
+                recodePieces();
             else
                 recodeRows();
         }
 
+    private:
         bool becomesRgb() const
         {
             return m_tags.compression == COMPRESSION_JPEG && m_tags.photometric == PHOTOMETRIC_YCBCR
@@ -176,12 +160,10 @@ namespace {
             setTag(m_to, TIFFTAG_ORIENTATION, m_tags.orientation);
             copyDescriptiveTags(m_from, m_to);
             copyInterpretationTags(m_from, m_to);
-            if (becomesRgb()) {
-                TIFFUnsetField(m_to, TIFFTAG_YCBCRCOEFFICIENTS);
-                TIFFUnsetField(m_to, TIFFTAG_REFERENCEBLACKWHITE);
-                TIFFUnsetField(m_to, TIFFTAG_YCBCRSUBSAMPLING);
-                TIFFUnsetField(m_to, TIFFTAG_YCBCRPOSITIONING);
-            }
+            if (becomesRgb())
+                for (const ttag_t tag : { TIFFTAG_YCBCRCOEFFICIENTS, TIFFTAG_REFERENCEBLACKWHITE,
+                                          TIFFTAG_YCBCRSUBSAMPLING, TIFFTAG_YCBCRPOSITIONING })
+                    TIFFUnsetField(m_to, tag);
             if (m_keepsTiles) {
                 setTag(m_to, TIFFTAG_TILEWIDTH, m_tags.tileWidthPx);
                 setTag(m_to, TIFFTAG_TILELENGTH, m_tags.tileHeightPx);
@@ -191,9 +173,8 @@ namespace {
         /// True when the strips or tiles are, as they lie, what the output has to hold.
         bool encodedPiecesFit() const
         {
-            if (m_tags.isTiled != m_keepsTiles)
-                return false;
-            if (hasSparseStrips(m_from) || m_tags.hasWrongRowsPerStrip)
+            if (m_tags.isTiled != m_keepsTiles || sparseStrips(m_from) > 0
+                || m_tags.hasWrongRowsPerStrip)
                 return false;
             // Uncompressed pages are copied row by row: that checks them at no cost.
             if (m_tags.compression != m_compression || m_compression == COMPRESSION_NONE)
@@ -206,10 +187,10 @@ namespace {
         /// Files from before TIFF 5.0 have their LZW codes in the other bit order.
         bool isOldStyleLzw() const
         {
+            const auto read = m_tags.isTiled ? TIFFReadRawTile : TIFFReadRawStrip;
             std::uint8_t start[2] = {};
-            const tmsize_t got = m_tags.isTiled ? TIFFReadRawTile(m_from, 0, start, sizeof start)
-                                                : TIFFReadRawStrip(m_from, 0, start, sizeof start);
-            return got == sizeof start && start[0] == 0 && (start[1] & 1U) != 0;
+            return read(m_from, 0, start, sizeof start) == sizeof start && start[0] == 0
+                && (start[1] & 1U) != 0;
         }
 
         void copyEncoded()
@@ -217,30 +198,45 @@ namespace {
             setTag(m_to, TIFFTAG_FILLORDER, m_tags.fillOrder);
             if (m_compression == COMPRESSION_LZW && m_tags.predictor != PREDICTOR_NONE)
                 setTag(m_to, TIFFTAG_PREDICTOR, m_tags.predictor);
-            for (const int tag : { TIFFTAG_GROUP3OPTIONS, TIFFTAG_GROUP4OPTIONS }) {
+            for (const ttag_t tag : { TIFFTAG_GROUP3OPTIONS, TIFFTAG_GROUP4OPTIONS }) {
                 std::uint32_t options = 0;
-                if (TIFFGetField(m_from, static_cast<ttag_t>(tag), &options) == 1)
-                    TIFFSetField(m_to, static_cast<ttag_t>(tag), options);
+                if (TIFFGetField(m_from, tag, &options) == 1)
+                    TIFFSetField(m_to, tag, options);
             }
             if (!m_tags.isTiled)
                 setTag(m_to, TIFFTAG_ROWSPERSTRIP, m_tags.rowsPerStrip);
             m_page.restart();
-            const std::uint32_t pieces = piecesOf(m_from);
-            for (std::uint32_t i = 0; i < pieces; ++i)
-                copyEncodedPiece(i);
+            const OpenTiffFile& file = m_page.document();
+            const std::uint32_t count = piecesOf(m_from);
+            for (std::uint32_t i = 0; i < count; ++i) {
+                const std::uint64_t bytes = TIFFGetStrileByteCount(m_from, i);
+                const std::uint64_t offset = TIFFGetStrileOffset(m_from, i);
+                if (bytes == 0 || offset >= file.sizeBytes() || bytes > file.sizeBytes() - offset)
+                    throw std::runtime_error(
+                        "a strip is missing or reaches past the end of the file");
+                putPiece(m_to, { i, offset, bytes },
+                         [&](std::uint64_t at, auto to) { file.readAt(at, to); });
+            }
+        }
+
+        void copyEncodedAhead(const EncodedPieces& pieces)
+        {
+            m_page.reader().adopt(m_page.index(), pieces.diagnostics);
+            for (const EncodedPieces::Piece& piece : pieces.pieces)
+                putPiece(m_to, piece,
+                         [&](std::uint64_t at, auto to) { pieces.bytes->readAt(at, to); });
         }
 
         /// Tags for strips or tiles that are encoded anew.
-        void setCoding()
+        void setCodingOfPieces()
         {
-            if (m_tags.photometric != PHOTOMETRIC_PALETTE && !m_tags.isSubsampled()
-                && m_tags.sampleFormat != SAMPLEFORMAT_IEEEFP)
-                setPredictor(m_to, m_tags.bitsPerSample, m_compression);
-            setFaxOptions(m_to, m_keepsTiles ? m_tags.tileWidthPx : m_tags.widthPx, m_compression);
-            if (m_keepsTiles)
-                return;
-            setTag(m_to, TIFFTAG_ROWSPERSTRIP,
-                   m_tags.isSubsampled() ? m_tags.rowsPerStrip : rowsOfNewStrips());
+            const bool isPredicted = m_tags.photometric != PHOTOMETRIC_PALETTE
+                && !m_tags.isSubsampled() && m_tags.sampleFormat != SAMPLEFORMAT_IEEEFP;
+            setCoding(m_to, m_compression, isPredicted ? m_tags.bitsPerSample : 0,
+                      m_keepsTiles ? m_tags.tileWidthPx : m_tags.widthPx);
+            if (!m_keepsTiles)
+                setTag(m_to, TIFFTAG_ROWSPERSTRIP,
+                       m_tags.isSubsampled() ? m_tags.rowsPerStrip : rowsOfNewStrips());
         }
 
         std::uint32_t rowsOfNewStrips() const
@@ -248,46 +244,24 @@ namespace {
             return outputRowsPerStrip(m_tags.planeRowBytes(), m_tags.heightPx, m_tags.rowsPerStrip);
         }
 
-        /// Copies a strip or tile in parts: one can be as large as the file.
-        void copyEncodedPiece(std::uint32_t index)
+        /// Strips or tiles with as many rows as they have.
+        void recodePieces()
         {
-            const std::uint64_t bytes = TIFFGetStrileByteCount(m_from, index);
-            const std::uint64_t offset = TIFFGetStrileOffset(m_from, index);
-            const std::uint64_t fileBytes = m_page.document().sizeBytes();
-            if (bytes == 0 || offset >= fileBytes || bytes > fileBytes - offset)
-                throw std::runtime_error("a strip is missing or reaches past the end of the file");
-            for (std::uint64_t done = 0; done < bytes;) {
-                m_part.resize(std::min(largestPartBytes, bytes - done));
-                m_page.document().readAt(offset + done, m_part);
-                const auto size = static_cast<tmsize_t>(m_part.size());
-                // A further part of the piece that was written last is appended to it.
-                const tmsize_t put = m_tags.isTiled
-                    ? TIFFWriteRawTile(m_to, index, m_part.data(), size)
-                    : TIFFWriteRawStrip(m_to, index, m_part.data(), size);
-                check(put == size);
-                done += m_part.size();
-            }
-        }
-
-        template <typename Write>
-        void recodePieces(std::uint32_t (*countOf)(TIFF*), tmsize_t (*sizeOf)(TIFF*),
-                          Write writePiece)
-        {
+            const auto write = m_keepsTiles ? TIFFWriteEncodedTile : TIFFWriteEncodedStrip;
             m_page.restart();
             if (becomesRgb()) // before the size is asked for: sub-sampled pieces are smaller
                 TIFFSetField(m_from, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
-            const tmsize_t pieceBytes = sizeOf(m_from);
-            if (pieceBytes <= 0 || pieceBytes > largestPieceBytes)
+            const tmsize_t most = m_keepsTiles ? TIFFTileSize(m_from) : TIFFStripSize(m_from);
+            if (most <= 0 || most > largestPieceBytes)
                 throw std::runtime_error("its strips or tiles are too large");
             StripDecoder decoder(m_page, m_from);
-            std::vector<std::uint8_t> piece(static_cast<std::size_t>(pieceBytes));
-            const std::uint32_t count = countOf(m_from);
+            std::vector<std::uint8_t> piece;
+            const std::uint32_t count = piecesOf(m_from);
             for (std::uint32_t i = 0; i < count; ++i) {
                 const auto size = static_cast<tmsize_t>(plainBytes(m_from, m_tags, i));
-                const std::span bytes(piece.data(), static_cast<std::size_t>(size));
-                std::fill(bytes.begin(), bytes.end(), std::uint8_t { 0 });
-                decoder.decode(i, bytes);
-                check(writePiece(m_to, i, piece.data(), size) == size);
+                piece.assign(static_cast<std::size_t>(size), 0);
+                decoder.decode(i, piece);
+                check(write(m_to, i, piece.data(), size) == size);
             }
         }
 
@@ -323,13 +297,12 @@ namespace {
         }
 
         TIFF* m_to;
-        TIFF* m_from = nullptr;
         const TiffPage& m_page;
         const TiffPageTags& m_tags;
+        TIFF* m_from;
         int m_wantedCompression;
         int m_compression;
         bool m_keepsTiles; ///< else the page is written in strips
-        std::vector<std::uint8_t> m_part;
     };
 
     void setDisplayTags(TIFF* to, const PixelLayout& layout, const PageProperties& page)
@@ -345,24 +318,17 @@ namespace {
                                                                      : EXTRASAMPLE_ASSOCALPHA;
             setTag(to, TIFFTAG_EXTRASAMPLES, 1, &kind);
         }
-        switch (layout.model) {
-        case ColorModel::Gray:
-            setTag(to, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-            break;
-        case ColorModel::Rgb:
-            setTag(to, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-            break;
-        case ColorModel::Palette: {
-            setTag(to, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE);
-            std::vector<std::uint16_t> channels[3];
-            for (const RgbColor& color : layout.palette)
-                for (std::size_t c = 0; c < 3; ++c)
-                    channels[c].push_back(static_cast<std::uint16_t>(color[c] * 257));
-            setTag(to, TIFFTAG_COLORMAP, channels[0].data(), channels[1].data(),
-                   channels[2].data());
-            break;
-        }
-        }
+        setTag(to, TIFFTAG_PHOTOMETRIC,
+               layout.model == ColorModel::Palette    ? PHOTOMETRIC_PALETTE
+                   : layout.model == ColorModel::Gray ? PHOTOMETRIC_MINISBLACK
+                                                      : PHOTOMETRIC_RGB);
+        if (layout.model != ColorModel::Palette)
+            return;
+        std::array<std::vector<std::uint16_t>, 3> map;
+        for (const RgbColor& color : layout.palette)
+            for (std::size_t c = 0; c < map.size(); ++c)
+                map[c].push_back(static_cast<std::uint16_t>(color[c] * 257));
+        setTag(to, TIFFTAG_COLORMAP, map[0].data(), map[1].data(), map[2].data());
     }
 
     /// A page whose samples no TIFF writer can hold as they are, or that is no page of a TIFF file:
@@ -378,14 +344,13 @@ namespace {
         setDisplayTags(to, layout, properties);
         if (properties.iccProfile.isEmpty())
             TIFFUnsetField(to, TIFFTAG_ICCPROFILE); // it describes other samples than these
-        const bool isOneBitDeep = layout.channels() == 1 && layout.bitsPerSample == 1;
-        const int used = isFax(compression) && !isOneBitDeep ? COMPRESSION_NONE : compression;
+        const int used
+            = compressionFor(compression, layout.channels() == 1 && layout.bitsPerSample == 1);
         if (source != nullptr)
             tellOfCompression(*source, compression, used);
         setTag(to, TIFFTAG_COMPRESSION, used);
-        if (layout.model != ColorModel::Palette)
-            setPredictor(to, layout.bitsPerSample, used);
-        setFaxOptions(to, static_cast<std::uint32_t>(properties.widthPx), used);
+        setCoding(to, used, layout.model == ColorModel::Palette ? 0 : layout.bitsPerSample,
+                  static_cast<std::uint32_t>(properties.widthPx));
         setPosition(to, source != nullptr ? source->tags().subfileType : 0, position);
         const auto rowBytes = static_cast<std::uint64_t>(layout.rowBytes(properties.widthPx));
         const auto heightPx = static_cast<std::uint32_t>(properties.heightPx);

@@ -1,24 +1,112 @@
 #include "engine/image/tiffwriter/TiffTagCopy.h"
 
+#include "engine/image/decode/TiffPage.h"
+
 #include <tiffio.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
-#include <vector>
+#include <tuple>
+#include <type_traits>
 
 namespace pagestack {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-    template <typename Value>
-    void copyValue(TIFF* from, TIFF* to, ttag_t tag)
+    constexpr std::array<ttag_t, 11> textTags {
+        TIFFTAG_DOCUMENTNAME, TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE,          TIFFTAG_MODEL,
+        TIFFTAG_PAGENAME,     TIFFTAG_SOFTWARE,         TIFFTAG_DATETIME,      TIFFTAG_ARTIST,
+        TIFFTAG_HOSTCOMPUTER, TIFFTAG_COPYRIGHT,        TIFFTAG_TARGETPRINTER,
+    };
+
+    constexpr std::array<ttag_t, 3> blockTags {
+        TIFFTAG_ICCPROFILE,
+        TIFFTAG_XMLPACKET,
+        TIFFTAG_PHOTOSHOP,
+    };
+
+    // How strips, tiles and codes lie, what is obsolete and says nothing of the image, and the page
+    // number. Old-style JPEG has its tables in 512 to 521.
+    constexpr std::array<ttag_t, 18> layoutTags {
+        TIFFTAG_OSUBFILETYPE,    TIFFTAG_FILLORDER,   TIFFTAG_STRIPOFFSETS,   TIFFTAG_ROWSPERSTRIP,
+        TIFFTAG_STRIPBYTECOUNTS, TIFFTAG_FREEOFFSETS, TIFFTAG_FREEBYTECOUNTS, TIFFTAG_GROUP3OPTIONS,
+        TIFFTAG_GROUP4OPTIONS,   TIFFTAG_PAGENUMBER,  TIFFTAG_PREDICTOR,      TIFFTAG_TILEWIDTH,
+        TIFFTAG_TILELENGTH,      TIFFTAG_TILEOFFSETS, TIFFTAG_TILEBYTECOUNTS, TIFFTAG_JPEGTABLES,
+        TIFFTAG_IMAGEDEPTH,      TIFFTAG_TILEDEPTH,
+    };
+    constexpr unsigned firstOldJpegTag = 512;
+    constexpr unsigned lastOldJpegTag = 521;
+
+    // They belong to YCbCr samples, which become RGB.
+    constexpr std::array<ttag_t, 3> codedColorTags {
+        TIFFTAG_YCBCRCOEFFICIENTS,
+        TIFFTAG_YCBCRSUBSAMPLING,
+        TIFFTAG_YCBCRPOSITIONING,
+    };
+
+    constexpr std::array<ttag_t, 8> interpretationTags {
+        TIFFTAG_COLORMAP,   TIFFTAG_EXTRASAMPLES, TIFFTAG_SAMPLEFORMAT, TIFFTAG_INKSET,
+        TIFFTAG_WHITEPOINT, TIFFTAG_STONITS,      TIFFTAG_ICCPROFILE,   TIFFTAG_THRESHHOLDING,
+    };
+
+    struct Name
     {
-        Value value = {};
-        if (TIFFGetField(from, tag, &value) == 1)
-            TIFFSetField(to, tag, value);
+        unsigned tag = 0;
+        QLatin1StringView text;
+    };
+    // TIFF 6.0 and its supplements, Exif 2.3, GeoTIFF 1.1, GDAL; as far as libtiff has no name for
+    // them, or another one.
+    constexpr std::array names {
+        Name { 326, "BadFaxLines"_L1 },
+        Name { 327, "CleanFaxData"_L1 },
+        Name { 328, "ConsecutiveBadFaxLines"_L1 },
+        Name { 330, "SubIFDs"_L1 },
+        Name { 342, "TransferRange"_L1 },
+        Name { 700, "XMP"_L1 },
+        Name { 33550, "ModelPixelScale"_L1 },
+        Name { 33723, "IPTC"_L1 },
+        Name { 33922, "ModelTiepoint"_L1 },
+        Name { 34264, "ModelTransformation"_L1 },
+        Name { 34665, "ExifIFD"_L1 },
+        Name { 34675, "ICCProfile"_L1 },
+        Name { 34735, "GeoKeyDirectory"_L1 },
+        Name { 34736, "GeoDoubleParams"_L1 },
+        Name { 34737, "GeoAsciiParams"_L1 },
+        Name { 34853, "GPSIFD"_L1 },
+        Name { 37724, "ImageSourceData"_L1 },
+        Name { 40965, "InteroperabilityIFD"_L1 },
+        Name { 42112, "GDAL_METADATA"_L1 },
+        Name { 42113, "GDAL_NODATA"_L1 },
+    };
+
+    template <std::size_t count>
+    bool has(const std::array<ttag_t, count>& tags, unsigned tag)
+    {
+        return std::find(tags.begin(), tags.end(), tag) != tags.end();
+    }
+
+    template <typename Value>
+    bool isThere(Value value)
+    {
+        return !std::is_pointer_v<Value> || value != Value {};
+    }
+
+    /// A tag whose value libtiff hands out, and takes, as these; lengths of arrays it knows from
+    /// the tag or has before them.
+    template <typename... Values>
+    void copyTag(TIFF* from, TIFF* to, ttag_t tag)
+    {
+        std::tuple<Values...> held;
+        std::apply(
+            [=](Values&... values) {
+                if (TIFFGetField(from, tag, &values...) == 1 && (isThere(values) && ...))
+                    TIFFSetField(to, tag, values...);
+            },
+            held);
     }
 
     /// Whether a tag of unsigned fractions can hold it: what cannot would make the page fail.
@@ -45,31 +133,6 @@ namespace {
             TIFFSetField(to, tag, values);
     }
 
-    void copyPair(TIFF* from, TIFF* to, ttag_t tag)
-    {
-        std::uint16_t first = 0;
-        std::uint16_t second = 0;
-        if (TIFFGetField(from, tag, &first, &second) == 1)
-            TIFFSetField(to, tag, first, second);
-    }
-
-    /// Arrays whose length libtiff knows from the tag.
-    template <typename Value>
-    void copyArray(TIFF* from, TIFF* to, ttag_t tag)
-    {
-        Value* values = nullptr;
-        if (TIFFGetField(from, tag, &values) == 1 && values != nullptr)
-            TIFFSetField(to, tag, values);
-    }
-
-    void copyBlock(TIFF* from, TIFF* to, ttag_t tag)
-    {
-        std::uint32_t count = 0;
-        void* block = nullptr;
-        if (TIFFGetField(from, tag, &count, &block) == 1 && block != nullptr && count > 0)
-            TIFFSetField(to, tag, count, block);
-    }
-
     /// Bytes that many files declare as numbers of 4 bytes, whose order libtiff turns round
     /// where the file has the other one. A record of it begins with 0x1C. IIM, section 1.6.
     void copyIptc(TIFF* from, TIFF* to)
@@ -87,60 +150,59 @@ namespace {
         TIFFSetField(to, TIFFTAG_RICHTIFFIPTC, count, numbers.data());
     }
 
-    void copyThreeCurves(TIFF* from, TIFF* to, ttag_t tag)
+    QString nameOf(TIFF* handle, unsigned tag)
     {
-        std::uint16_t* red = nullptr;
-        std::uint16_t* green = nullptr;
-        std::uint16_t* blue = nullptr;
-        if (TIFFGetField(from, tag, &red, &green, &blue) == 1 && red != nullptr)
-            TIFFSetField(to, tag, red, green, blue);
+        if (const auto name = std::ranges::find(names, tag, &Name::tag); name != names.end())
+            return name->text;
+        const TIFFField* known = TIFFFindField(handle, tag, TIFF_ANY);
+        const auto name = QString::fromLatin1(known != nullptr ? TIFFFieldName(known) : "Tag ");
+        return name.startsWith(u"Tag ") ? u"tag %1"_s.arg(tag) : name;
     }
 
-    constexpr std::array<ttag_t, 11> textTags {
-        TIFFTAG_DOCUMENTNAME, TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE,          TIFFTAG_MODEL,
-        TIFFTAG_PAGENAME,     TIFFTAG_SOFTWARE,         TIFFTAG_DATETIME,      TIFFTAG_ARTIST,
-        TIFFTAG_HOSTCOMPUTER, TIFFTAG_COPYRIGHT,        TIFFTAG_TARGETPRINTER,
-    };
+    /// Whether ReferenceBlackWhite says what holds for JPEG data without it.
+    bool isPlainReference(const TiffPage& page)
+    {
+        constexpr std::array<float, 6> plain { 0, 255, 128, 255, 128, 255 };
+        float* values = nullptr;
+        return TIFFGetField(page.load(), TIFFTAG_REFERENCEBLACKWHITE, &values) == 1
+            && values != nullptr && std::equal(plain.begin(), plain.end(), values);
+    }
 
-    constexpr std::array<ttag_t, 3> blockTags {
-        TIFFTAG_ICCPROFILE,
-        TIFFTAG_XMLPACKET,
-        TIFFTAG_PHOTOSHOP,
-    };
+    bool isDispensable(const TiffPage& page, unsigned tag, const std::set<unsigned>& written,
+                       bool isShown)
+    {
+        if (tag == TIFFTAG_REFERENCEBLACKWHITE)
+            return isShown || isPlainReference(page);
+        if (has(layoutTags, tag) || (tag >= firstOldJpegTag && tag <= lastOldJpegTag))
+            return true;
+        if (has(codedColorTags, tag))
+            return isShown || !written.contains(TIFFTAG_YCBCRSUBSAMPLING);
+        return isShown && has(interpretationTags, tag);
+    }
 
 } // namespace
-
-bool isCopiedText(unsigned tag)
-{
-    return std::find(textTags.begin(), textTags.end(), tag) != textTags.end();
-}
 
 void copyDescriptiveTags(tiff* from, tiff* to)
 {
     for (const ttag_t tag : textTags)
-        copyArray<char>(from, to, tag);
+        copyTag<char*>(from, to, tag);
     for (const ttag_t tag : blockTags)
-        copyBlock(from, to, tag);
+        copyTag<std::uint32_t, void*>(from, to, tag);
     copyIptc(from, to);
     copyFractions(from, to, TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, true);
     copyFractions(from, to, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION, false);
-    copyValue<std::uint16_t>(from, to, TIFFTAG_RESOLUTIONUNIT);
+    copyTag<std::uint16_t>(from, to, TIFFTAG_RESOLUTIONUNIT);
 }
 
 void copyInterpretationTags(tiff* from, tiff* to)
 {
-    copyThreeCurves(from, to, TIFFTAG_COLORMAP);
-    std::uint16_t extras = 0;
-    std::uint16_t* kinds = nullptr;
-    if (TIFFGetField(from, TIFFTAG_EXTRASAMPLES, &extras, &kinds) == 1 && extras > 0)
-        TIFFSetField(to, TIFFTAG_EXTRASAMPLES, extras, kinds);
-    copyValue<std::uint16_t>(from, to, TIFFTAG_SAMPLEFORMAT);
-    copyValue<std::uint16_t>(from, to, TIFFTAG_MINSAMPLEVALUE);
-    copyValue<std::uint16_t>(from, to, TIFFTAG_MAXSAMPLEVALUE);
-    copyValue<std::uint16_t>(from, to, TIFFTAG_INKSET);
-    copyValue<std::uint16_t>(from, to, TIFFTAG_THRESHHOLDING);
-    copyPair(from, to, TIFFTAG_HALFTONEHINTS);
-    copyPair(from, to, TIFFTAG_DOTRANGE);
+    copyTag<std::uint16_t*, std::uint16_t*, std::uint16_t*>(from, to, TIFFTAG_COLORMAP);
+    copyTag<std::uint16_t, std::uint16_t*>(from, to, TIFFTAG_EXTRASAMPLES);
+    for (const ttag_t tag : { TIFFTAG_SAMPLEFORMAT, TIFFTAG_MINSAMPLEVALUE, TIFFTAG_MAXSAMPLEVALUE,
+                              TIFFTAG_INKSET, TIFFTAG_THRESHHOLDING })
+        copyTag<std::uint16_t>(from, to, tag);
+    copyTag<std::uint16_t, std::uint16_t>(from, to, TIFFTAG_HALFTONEHINTS);
+    copyTag<std::uint16_t, std::uint16_t>(from, to, TIFFTAG_DOTRANGE);
     copyFractions(from, to, TIFFTAG_WHITEPOINT, 2);
     copyFractions(from, to, TIFFTAG_PRIMARYCHROMATICITIES, 6);
     copyFractions(from, to, TIFFTAG_REFERENCEBLACKWHITE, 6);
@@ -149,8 +211,46 @@ void copyInterpretationTags(tiff* from, tiff* to)
         || photometric != PHOTOMETRIC_YCBCR)
         return;
     copyFractions(from, to, TIFFTAG_YCBCRCOEFFICIENTS, 3);
-    copyPair(from, to, TIFFTAG_YCBCRSUBSAMPLING);
-    copyValue<std::uint16_t>(from, to, TIFFTAG_YCBCRPOSITIONING);
+    copyTag<std::uint16_t, std::uint16_t>(from, to, TIFFTAG_YCBCRSUBSAMPLING);
+    copyTag<std::uint16_t>(from, to, TIFFTAG_YCBCRPOSITIONING);
+}
+
+QStringList leftOutTags(const TiffPage& page, const std::set<unsigned>& written, bool isShown)
+{
+    QStringList left;
+    for (const TiffTagValue& value : page.directory().values)
+        if (!written.contains(value.tag) && !isDispensable(page, value.tag, written, isShown))
+            left.append(nameOf(page.load(), value.tag));
+    return left;
+}
+
+QString leftOutText(const QStringList& names, qsizetype mostNames, QStringView fate)
+{
+    const QString list = QStringList(names.mid(0, mostNames)).join(u", "_s);
+    return u"%1 %2 %3: %4%5"_s.arg(names.size())
+        .arg(names.size() == 1 ? u"tag"_s : u"tags"_s, fate, list,
+             names.size() > mostNames ? u", ..."_s : QString());
+}
+
+std::vector<TextList> textLists(const TiffPage& page)
+{
+    std::vector<TextList> lists;
+    for (const TiffTagValue& value : page.directory().values) {
+        if (!has(textTags, value.tag) || value.bytes != value.count)
+            continue;
+        const char* first = nullptr;
+        if (TIFFGetField(page.load(), value.tag, &first) != 1 || first == nullptr
+            || value.bytes <= std::strlen(first) + 1)
+            continue;
+        QByteArray bytes(static_cast<qsizetype>(value.bytes), '\0');
+        page.document().readAt(value.offset,
+                               { reinterpret_cast<std::uint8_t*>(bytes.data()), value.bytes });
+        while (bytes.endsWith('\0'))
+            bytes.chop(1);
+        if (bytes.contains('\0'))
+            lists.push_back({ value.tag, bytes.append('\0') });
+    }
+    return lists;
 }
 
 } // namespace pagestack
