@@ -1,15 +1,14 @@
 #include "engine/image/PageCount.h"
 
-#include "engine/image/PdfDocument.h"
-#include "engine/image/tiff/TiffDirectoryChain.h"
+#include "engine/image/tiff/OpenTiffFile.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <qpdf/qpdf-c.h>
 
 #include <algorithm>
-#include <fcntl.h>
-#include <limits>
-#include <unistd.h>
+#include <memory>
+#include <stdexcept>
 
 namespace pagestack {
 
@@ -17,17 +16,30 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    std::uint32_t countTiffImages(const QString& path)
+    // qpdf's C interface: Clang 14 does not compile its C++ headers as C++20.
+    struct PdfCloser
     {
-        // Without O_NONBLOCK a named pipe would wait for its writer.
-        const int file
-            = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-        if (file < 0)
-            return 0;
-        const std::size_t pages = walkDirectoryChain(file).offsets.size();
-        ::close(file);
-        return static_cast<std::uint32_t>(
-            std::min<std::size_t>(pages, std::numeric_limits<std::uint32_t>::max()));
+        void operator()(_qpdf_data* document) const noexcept
+        {
+            qpdf_get_error(document); // one that nobody asked for goes to standard error
+            qpdf_cleanup(&document);
+        }
+    };
+    using Pdf = std::unique_ptr<_qpdf_data, PdfCloser>;
+
+    /// The opened document; null when it is damaged, no PDF file, or needs another password.
+    Pdf openPdf(const QString& path, const QString& password)
+    {
+        if (!QFileInfo(path).isFile())
+            return {}; // qpdf would wait for the writer of a named pipe
+        Pdf document(qpdf_init());
+        qpdf_silence_errors(document.get());
+        qpdf_set_suppress_warnings(document.get(), QPDF_TRUE);
+        const QPDF_ERROR_CODE result = qpdf_read(
+            document.get(), QFile::encodeName(path).constData(), password.toUtf8().constData());
+        if ((result & QPDF_ERRORS) != 0)
+            return {};
+        return document;
     }
 
 } // namespace
@@ -37,17 +49,20 @@ std::uint32_t getTiffPageCount(const QUrl& url, const QString& password)
     if (!url.isLocalFile())
         return 0;
     const QString path = url.toLocalFile();
-    const std::uint32_t images = countTiffImages(path);
-    if (images != 0 || QFileInfo(path).suffix().toUpper() != u"PDF"_s)
-        return images;
-    return countPdfPages(path, password);
+    try {
+        return static_cast<std::uint32_t>(OpenTiffFile(path).pageCount());
+    } catch (const std::runtime_error&) {
+        if (QFileInfo(path).suffix().toUpper() != u"PDF"_s)
+            return 0;
+    }
+    const Pdf document = openPdf(path, password);
+    return document ? static_cast<std::uint32_t>(std::max(0, qpdf_get_num_pages(document.get())))
+                    : 0;
 }
 
 bool verifyPDF(const QUrl& url, const QString& password)
 {
-    if (!url.isLocalFile() || password.isNull())
-        return false;
-    return opensAsPdf(url.toLocalFile(), password);
+    return url.isLocalFile() && !password.isNull() && openPdf(url.toLocalFile(), password);
 }
 
 } // namespace pagestack

@@ -17,42 +17,18 @@ using namespace Qt::StringLiterals;
 namespace {
 
     constexpr int anySide = std::numeric_limits<int>::max();
+    constexpr TargetPixels bmpPixels { .takesPalette = true, .takes1Bit = true };
+    constexpr TargetPixels gifPixels {
+        .takesPalette = true, .takesAlpha = true, .takes1Bit = true, .takes2And4Bits = true
+    };
+    constexpr TargetPixels pngPixels { true, true, true, true, true };
     constexpr std::array encodings {
-        PageEncoding { OutputType::Jpeg,
-                       "JPEG"_L1,
-                       "saveAsJpegWithName"_L1,
-                       {},
-                       true,
-                       jpegMostSidePx,
-                       encodeJpeg },
+        PageEncoding { OutputType::Jpeg, "JPEG"_L1, {}, true, jpegMostSidePx, encodeJpeg },
         // The pixels of a PNG take far longer to be written than to be read.
-        PageEncoding { OutputType::Png,
-                       "PNG"_L1,
-                       "saveAsPngWithName"_L1,
-                       { .takesPalette = true,
-                         .takesAlpha = true,
-                         .takes16Bits = true,
-                         .takes1Bit = true,
-                         .takes2And4Bits = true },
-                       false,
-                       anySide,
-                       encodePng },
-        PageEncoding { OutputType::Tiff, "TIFF"_L1, "saveAsTiffWithName"_L1 },
-        PageEncoding { OutputType::Bmp,
-                       "BMP"_L1,
-                       "saveAsBmpWithName"_L1,
-                       { .takesPalette = true, .takes1Bit = true },
-                       true,
-                       anySide,
-                       encodeBmp },
-        PageEncoding {
-            OutputType::Gif,
-            "GIF"_L1,
-            "saveAsGifWithName"_L1,
-            { .takesPalette = true, .takesAlpha = true, .takes1Bit = true, .takes2And4Bits = true },
-            true,
-            gifMostSidePx,
-            encodeGif },
+        PageEncoding { OutputType::Png, "PNG"_L1, pngPixels, false, anySide, encodePng },
+        PageEncoding { OutputType::Tiff, "TIFF"_L1 },
+        PageEncoding { OutputType::Bmp, "BMP"_L1, bmpPixels, true, anySide, encodeBmp },
+        PageEncoding { OutputType::Gif, "GIF"_L1, gifPixels, true, gifMostSidePx, encodeGif },
     };
 
     /// A smaller page is done before the exchange between threads has paid.

@@ -25,7 +25,6 @@ struct PageEncoding
 {
     OutputType type {};
     QLatin1StringView name; ///< for reasons of failures
-    QLatin1StringView operation; ///< of PageImage, for the system log
     TargetPixels pixels {};
     bool readsAhead = false; ///< a spare thread reads the rows, else it helps the encoder
     int mostSidePx = 0; ///< of the upright page

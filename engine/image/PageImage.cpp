@@ -1,7 +1,6 @@
 #include "engine/image/PageImage.h"
 
 #include "engine/image/PageEncoding.h"
-#include "engine/image/PrefetchedPage.h"
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/pixels/Bitmap.h"
 #include "engine/image/pixels/UprightRows.h"
@@ -72,7 +71,9 @@ bool PageImage::write(const QString& path, OutputType type, const SaveOptions& o
         return true;
     } catch (const std::exception& error) {
         m_failureReason = QString::fromStdString(error.what());
-        m_failureLine = u"Erorr in (%1:) : %2"_s.arg(encoding.operation, m_failureReason);
+        const QString name = encoding.name; // "JPEG", of saveAsJpegWithName
+        m_failureLine = u"Erorr in (saveAs%1WithName:) : %2"_s.arg(
+            name.at(0) + name.mid(1).toLower(), m_failureReason);
         return false;
     }
 }

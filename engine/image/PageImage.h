@@ -2,6 +2,7 @@
 
 #include "engine/files/StagedFile.h"
 #include "engine/image/pixels/PageSource.h"
+#include "engine/image/tiffwriter/EncodedPieces.h"
 #include "engine/log/Diagnostic.h"
 
 #include <QString>
@@ -12,9 +13,17 @@ namespace pagestack {
 
 class Settings;
 class SpareThreads;
-struct PrefetchedPage;
 struct SaveOptions;
 enum class OutputType : int;
+
+/// The result of encoding a page before its turn, on any thread. May be empty; the page is then
+/// encoded when it is taken.
+struct PrefetchedPage
+{
+    std::unique_ptr<StagedFile> file; ///< the complete output; only to be put in place
+    PageDiagnostics diagnostics; ///< of `file`
+    EncodedPieces pieces; ///< for the TIFF file that the page is gathered in
+};
 
 /// The image of one page, and the writers that turn it into a file.
 ///

@@ -1,6 +1,11 @@
 #include "engine/image/TiffDocument.h"
 
 #include "engine/image/decode/TiffPage.h"
+#include "engine/support/Application.h"
+
+#include <QFileInfo>
+
+#include <stdexcept>
 
 namespace pagestack {
 
@@ -13,8 +18,6 @@ TiffDocument::TiffDocument(std::shared_ptr<TiffReader> reader)
     : m_reader(std::move(reader))
 {
 }
-
-TiffDocument::~TiffDocument() = default;
 
 std::unique_ptr<TiffDocument> TiffDocument::clone() const
 {
@@ -37,5 +40,18 @@ PageImage TiffDocument::page(int index) const
 }
 
 QString TiffDocument::chainFault() const { return m_reader->document().chainFault(); }
+
+std::optional<PageImage> createImageWithName(const QString& name)
+{
+    const QFileInfo info(name);
+    const QString path = pathForResource(info.completeBaseName(), info.suffix());
+    if (path.isNull())
+        return std::nullopt;
+    try {
+        return TiffDocument(path).page(0);
+    } catch (const std::exception&) {
+        return std::nullopt; // the caller is told by the missing image
+    }
+}
 
 } // namespace pagestack

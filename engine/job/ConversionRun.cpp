@@ -1,7 +1,6 @@
 #include "engine/job/ConversionRun.h"
 
 #include "engine/files/PosixFile.h"
-#include "engine/image/PrefetchedPage.h"
 #include "engine/image/TiffDocument.h"
 #include "engine/image/tiffwriter/MultiPageTiffWriter.h"
 #include "engine/job/PagePrefetcher.h"

@@ -2,7 +2,6 @@
 
 #include "engine/image/PageEncoding.h"
 #include "engine/image/PageImage.h"
-#include "engine/image/PrefetchedPage.h"
 #include "engine/job/SharedSource.h"
 #include "engine/threads/SpareThreads.h"
 

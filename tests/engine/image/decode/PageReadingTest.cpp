@@ -1,4 +1,4 @@
-#include "engine/image/ResourceImage.h"
+#include "engine/image/TiffDocument.h"
 #include "engine/image/pixels/Bitmap.h"
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
