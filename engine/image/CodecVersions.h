@@ -4,8 +4,7 @@
 
 namespace pagestack {
 
-/// The libraries that read and write images, each with the version in use, for example
-/// "libtiff 4.5.0".
+/// The libraries that read and write images with their versions, such as "libtiff 4.5.0".
 QStringList codecVersions();
 
 } // namespace pagestack

@@ -7,13 +7,13 @@
 
 namespace pagestack {
 
-/// Number of images in the file at `url`, 0 when nothing could be counted. A file that is no TIFF
-/// file but has the extension PDF, in any case, is counted as a PDF document; `password` opens an
-/// encrypted one. Reads directories only, no pixels. Any thread.
+/// Number of images in the file at `url`, 0 if there are none to count. A file that is not TIFF and
+/// has the extension PDF, in any case, counts as a PDF document; `password` opens an encrypted one.
+/// Any thread.
 std::uint32_t getTiffPageCount(const QUrl& url, const QString& password);
 
-/// True when `url` is a PDF document that is not encrypted or that `password` opens. A null
-/// password or an empty URL gives false.
+/// True if `url` is a PDF document that opens without a password or with `password`, which is not
+/// null.
 bool verifyPDF(const QUrl& url, const QString& password);
 
 } // namespace pagestack

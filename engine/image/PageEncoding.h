@@ -37,8 +37,8 @@ const PageEncoding& pageEncoding(OutputType type);
 /// std::runtime_error for another extension.
 const PageEncoding& pageEncoding(const QString& path);
 
-/// Encodes a page into a complete file for `path`, which is only to be put in place. Throws
-/// std::runtime_error with the reason. One thread at a time a source.
+/// Returns the page as a complete file for `path`, only to be put in place. Throws
+/// std::runtime_error. One thread at a time a source.
 std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>& source,
                                         const QString& path, const PageEncoding& encoding,
                                         const SaveOptions& options);

@@ -27,14 +27,12 @@ struct PrefetchedPage
 
 /// The image of one page, and the writers that turn it into a file.
 ///
-/// It is a light handle: nothing is decoded before a writer or a utility asks for the pixels, and
-/// then in bands. Copies share their source. One thread at a time a source, which is an opened file
-/// or a clone of it.
+/// A light handle: pixels are decoded when a writer asks for them, in bands. Copies share their
+/// source. One thread at a time a source, which is an opened file or a clone of it.
 ///
-/// Every writer encodes into a staged file beside `path` and puts it in place when it is complete,
-/// replacing a file of that name; it returns false when it could not, and leaves what was at
-/// `path` as it was. `failureReason` then says why. Any failure but the refusal of an extension
-/// also goes to the system log, unless it is met by the `save` that takes a PrefetchedPage.
+/// A writer replaces a file at `path`, or returns false, leaves it as it was and keeps the
+/// `failureReason`. Failures other than the refusal of an extension also go to the system log,
+/// except those of the `save` that takes a PrefetchedPage.
 class PageImage
 {
 public:
@@ -45,13 +43,12 @@ public:
     const PageSource& source() const { return *m_source; }
     std::shared_ptr<const PageSource> sharedSource() const { return m_source; }
 
-    /// Chooses the writer by the extension of `path`, compared exactly: bmp, jpg, png, gif or tiff.
-    /// Any other extension writes nothing and gives false.
+    /// Chooses the writer by the extension of `path`: exactly bmp, jpg, png, gif or tiff.
     bool save(const QString& path, const Settings& settings);
 
-    /// The same with what `encodedPage` made of the page ahead for the same path. If nothing was,
-    /// `threads` can help. A file at `path` that is to be kept makes it fail. Nothing goes to the
-    /// system log: the caller has `takeDiagnostics`, `failureReason` and `failureLine` for it.
+    /// The same with the result of `encodedPage` for the same path, if there is one; else `threads`
+    /// can help. Fails if a file at `path` is to be kept. Nothing goes to the system log: the
+    /// caller has `takeDiagnostics` and `failureLine` for it.
     bool save(const QString& path, const Settings& settings, PrefetchedPage prepared,
               SpareThreads* threads = nullptr,
               StagedFile::Existing existing = StagedFile::Existing::Replaced);
@@ -64,22 +61,20 @@ public:
     /// `compression` as in Settings::tiffCompressionIndex; any value outside 0..4 means none.
     bool saveAsTiffWithName(const QString& path, int compression);
 
-    /// A gray copy with alpha, 8 bits a sample, of the same size as the upright image; the alpha of
-    /// an opaque image is 255. Throws std::runtime_error when the page cannot be decoded.
+    /// A gray copy of the upright image, 8 bits a sample, with alpha. Throws std::runtime_error.
     PageImage monochromeImage() const;
 
-    /// Everything that was met while the page was read, and put into a TIFF file, the last time
-    /// with this image and its source; the log lines since the last call.
+    /// The findings of the last time that the page was read and put into a TIFF file, with the log
+    /// lines since the last call.
     PageDiagnostics takeDiagnostics() const;
 
-    /// Takes over what another thread met while it made the page's file, as if it were made now.
+    /// Takes over the findings of another thread that made the page's file.
     void adopt(const PageDiagnostics& found) const;
 
     /// Why the last writer returned false; empty after a success.
     QString failureReason() const { return m_failureReason; }
 
-    /// The same for the system log, after the name of the writer; empty for a plain refusal of the
-    /// extension.
+    /// The same as a line of the system log; empty for a refused extension.
     QString failureLine() const { return m_failureLine; }
 
 private:

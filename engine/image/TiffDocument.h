@@ -18,12 +18,10 @@ namespace pagestack {
 class TiffDocument
 {
 public:
-    /// Opens the file at `path`. Throws std::runtime_error with the reason when it cannot be
-    /// opened, is no TIFF file or has no page.
+    /// Opens the file at `path`. Throws as OpenTiffFile does.
     explicit TiffDocument(const QString& path);
 
-    /// The same open file for another thread: its pages are those of the file as it was opened,
-    /// even when there is another file at the path by now. Any thread.
+    /// The same open file for another thread, even if another one is at the path now. Any thread.
     std::unique_ptr<TiffDocument> clone() const;
 
     // As of OpenTiffFile.
@@ -32,9 +30,8 @@ public:
     int pageCount() const;
     QString chainFault() const;
 
-    /// Page `index`, counted from 0. Throws std::out_of_range, reason
-    /// "index 3 beyond bounds [0 .. 2]", for an index that does not exist. Whether the page can be
-    /// decoded shows only when it is read.
+    /// Page `index`, from 0. Throws std::out_of_range, reason "index 3 beyond bounds [0 .. 2]".
+    /// Whether the page can be decoded shows only when it is read.
     PageImage page(int index) const;
 
 private:
@@ -43,8 +40,8 @@ private:
     std::shared_ptr<class TiffReader> m_reader;
 };
 
-/// The first page of the TIFF file of that name, with extension, among the program's resources;
-/// none when there is no such resource or it is no TIFF file.
+/// The first page of the TIFF file `name`, with extension, of the program's resources; none if
+/// there is no such file.
 std::optional<PageImage> createImageWithName(const QString& name);
 
 } // namespace pagestack

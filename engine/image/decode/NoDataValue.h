@@ -16,8 +16,8 @@ struct NoDataValue
     QString text; ///< for people: "0", or "-9999 (GDAL_NODATA)"
 };
 
-/// What the tag GDAL_NODATA (42113, a number as text) of `page` says; 0 where there
-/// is none, or none that the samples of the page can hold.
+/// The value of the tag GDAL_NODATA (42113, a number as text), or 0 if `page` has none that its
+/// samples can hold.
 NoDataValue noDataValue(const TiffPage& page);
 
 /// Fills rows of `rowBytes` bytes with samples of `bitsPerSample` bits that are `value`, packed as

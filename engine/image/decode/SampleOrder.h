@@ -15,8 +15,8 @@ struct TiffPageTags;
 class SampleOrder
 {
 public:
-    /// `isSwapped`: the file has not the machine's byte order. Throws std::runtime_error when there
-    /// is no such predictor for the samples.
+    /// `isSwapped`: the file has the other byte order than the machine. Throws std::runtime_error
+    /// for a predictor that does not suit the samples.
     SampleOrder(const TiffPageTags& tags, bool isSwapped);
 
     /// `rows` holds rows of `rowBytes` bytes.

@@ -9,20 +9,18 @@
 
 namespace pagestack {
 
-/// Notices pages whose samples use so little of the range that is shown that hardly anything is
-/// left of them: floating point of 0 to 255 where 0 to 1 is shown, numbers below 4096 in 32 bits.
-/// One page, one thread.
+/// Notices pages of whose samples hardly anything is left in the range that is shown: floating
+/// point of 0 to 255 where 0 to 1 is shown, numbers below 4096 in 32 bits. One page, one thread.
 class SampleRange
 {
 public:
-    /// `sampleFormat` and `bitsPerSample` as of the tags; `shownBits`, 8 or 16, is the depth that
-    /// samples are brought to.
+    /// The first two as of the tags; `shownBits` (8 or 16) is the depth of samples in the end.
     SampleRange(int bitsPerSample, int sampleFormat, int shownBits);
 
     /// Costs nothing once there are levels enough, but for floating point.
     void look(const SampleUnpacker& unpacker, const SampleRun& samples);
 
-    /// What to tell of the page when all samples were looked at; null when there is nothing.
+    /// Of the page, once all samples were looked at; null if there is none.
     QString warning() const;
 
 private:

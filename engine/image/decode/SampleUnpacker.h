@@ -31,12 +31,10 @@ public:
 
     int outputBits() const { return m_outputBits; } ///< 8 or 16
 
-    /// Unpacks `samples` to every `step`-th element of `to`, which has elements of `outputBits`
-    /// bits.
+    /// Unpacks `samples` to every `step`-th element of `to`, of `outputBits` bits each.
     void unpack(const SampleRun& samples, std::uint8_t* to, int step) const;
 
-    /// The same without scaling, for indexes into a colour map; unsigned samples up to 16 bits
-    /// only.
+    /// The same without scaling, for indexes: unsigned samples of up to 16 bits.
     void unpackIndexes(const SampleRun& samples, std::uint16_t* to) const;
 
     /// The bits of sample `index` of a run.

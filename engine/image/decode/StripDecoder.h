@@ -26,20 +26,17 @@ class TiffPage;
 class StripDecoder
 {
 public:
-    /// `handle` is one on `page`, which was just restarted; both are borrowed. Throws
-    /// std::runtime_error when the samples are of a kind that cannot be decoded.
+    /// `handle` is one on `page`, just restarted; both are borrowed. Throws std::runtime_error for
+    /// samples that cannot be decoded.
     StripDecoder(const TiffPage& page, tiff* handle);
 
-    /// Decodes the strip or tile `number` to the whole of `to`, which holds whole rows: those of
-    /// the page in the strip, or all of the tile. Throws std::runtime_error when it is damaged or
-    /// holds less.
+    /// Fills `to` with the rows of the page in strip `number`, or with all rows of a tile. Throws
+    /// std::runtime_error if it is damaged or holds less.
     void decode(std::uint32_t number, std::span<std::uint8_t> to);
 
-    /// Starts to decode a strip of `rows` rows that is too large to be held. Of pages with one
-    /// plane.
+    /// Begins a strip of `rows` rows that is too large to be held. Of pages with one plane.
     void begin(std::uint32_t strip, std::uint32_t rows);
-    /// Decodes the next row of the strip that was begun, which has one left, to the whole of `to`.
-    /// Throws as `decode` does.
+    /// Fills `to` with the next row of that strip. Throws as `decode` does.
     void nextRow(std::span<std::uint8_t> to);
 
 private:

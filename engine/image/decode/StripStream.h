@@ -13,9 +13,8 @@ class OpenTiffFile;
 class EncodedBytes
 {
 public:
-    /// The `size` bytes of `file` from `offset` on; what of them lies beyond the end of the file is
-    /// left out. `isReversed`: every byte has its lowest bit first (FillOrder 2). `file` is
-    /// borrowed.
+    /// The `size` bytes from `offset` on, as far as `file`, which is borrowed, has them.
+    /// `isReversed`: every byte has its lowest bit first (FillOrder 2).
     EncodedBytes(const OpenTiffFile& file, std::uint64_t offset, std::uint64_t size,
                  bool isReversed);
 
@@ -40,17 +39,15 @@ class StripStream
 public:
     virtual ~StripStream() = default;
 
-    /// Fills all of `to` with the next bytes. Throws std::runtime_error when there are not so many,
-    /// or when the encoded data are damaged.
+    /// Fills all of `to`. Throws std::runtime_error if the data end before or are damaged.
     void read(std::span<std::uint8_t> to);
 
-    /// Goes on to the end of the encoded data, but no further than `most` decoded bytes, and
-    /// returns how many there were. Throws std::runtime_error when the data turn out to be damaged.
+    /// Goes on to the end of the data, or over little more than `most` decoded bytes, and returns
+    /// how many there were. Throws std::runtime_error if the data are damaged.
     std::uint64_t skipRest(std::uint64_t most);
 
 protected:
-    /// Decodes the next bytes and returns how many of `to`, which is not empty, they fill; 0 at the
-    /// end.
+    /// Returns how many bytes of `to`, which is not empty, it has filled; 0 at the end.
     virtual std::size_t readSome(std::span<std::uint8_t> to) = 0;
     /// Throws the std::runtime_error of a stream that ends too early.
     [[noreturn]] virtual void failShort() const = 0;
@@ -63,9 +60,9 @@ std::unique_ptr<StripStream> inflateStream(EncodedBytes bytes);
 /// Runs and literals: TIFF 6.0, section 9. Runs may reach over the ends of rows.
 std::unique_ptr<StripStream> packBitsStream(EncodedBytes bytes);
 
-/// Decodes the whole of a zlib stream into `to` in one step, which takes less time than a stream.
-/// Returns false, with nothing known of the stream, when it has more bytes than that. Throws
-/// std::runtime_error when it has fewer, or is damaged.
+/// Decodes a whole zlib stream into `to` in one step, which is faster. Returns false, with nothing
+/// known of the stream, if it has more bytes. Throws std::runtime_error if it has fewer or is
+/// damaged.
 bool inflateWhole(std::span<const std::uint8_t> encoded, std::span<std::uint8_t> to);
 
 } // namespace pagestack

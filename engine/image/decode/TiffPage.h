@@ -14,8 +14,7 @@ class TiffPage : public PageSource
 {
 public:
     /// Page `index`, from 0, of the reader's file, which the page keeps open. Throws
-    /// std::out_of_range, reason "index 3 beyond bounds [0 .. 2]", for an index that does not
-    /// exist.
+    /// std::out_of_range, reason "index 3 beyond bounds [0 .. 2]".
     TiffPage(std::shared_ptr<TiffReader> reader, int index);
 
     const PageProperties& properties() const override;
@@ -32,8 +31,8 @@ public:
     /// Throws std::runtime_error when the page's directory cannot be read or is not supported.
     const TiffPageTags& tags() const;
 
-    /// Gives back the memory of what was read of the tags, which are read again when asked for.
-    /// What tags() and properties() gave is not valid any more, nor is any pass over the page.
+    /// Gives back the memory of tags() and properties(), and ends the passes over the page. The
+    /// tags are read again when asked for.
     void forgetTags() const { m_description.reset(); }
 
     /// The handle, for reading tags: see TiffReader::load.
@@ -46,8 +45,7 @@ public:
     /// The page's directory, valid until another page of the reader is asked for.
     const TiffDirectory& directory() const { return m_reader->directory(m_index); }
 
-    /// Throws std::runtime_error when the page's data cannot hold its pixels (see
-    /// checkEncodedSize).
+    /// As checkEncodedSize.
     void checkSize() const;
 
 private:

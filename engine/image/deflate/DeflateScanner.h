@@ -13,8 +13,8 @@ struct StreamEnd
     std::size_t end = 0; ///< behind the last block
 };
 
-/// Reads through `stream`, a complete and correct deflate stream, without expanding it, in far less
-/// time than making it took. `streamEndSlack` more bytes behind the stream must be readable.
+/// Reads through a correct deflate stream without expanding it, in far less time than making it
+/// took. `streamEndSlack` more bytes behind the stream must be readable.
 StreamEnd findStreamEnd(std::span<const std::uint8_t> stream);
 constexpr std::size_t streamEndSlack = 16;
 

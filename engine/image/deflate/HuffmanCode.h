@@ -6,18 +6,16 @@
 
 namespace pagestack {
 
-/// The order in which a deflate block stores the lengths of its code of code lengths (RFC 1951,
-/// 3.2.7).
+/// The order of the lengths of the code of code lengths in a block: RFC 1951, 3.2.7.
 constexpr std::array<std::uint8_t, 19> codeLengthOrder
     = { 16, 17, 18, 0, 8, 7, 9, 6, 10, 5, 11, 4, 12, 3, 13, 2, 14, 1, 15 };
 
 /// Symbols of the code of literals and matches.
 constexpr std::size_t literalSymbols = 286;
 
-/// Sets `lengths` to those of a complete prefix code for symbols that occur `counts` times: none is
-/// above `longest`, those that do not occur get 0. At least two symbols get a code, whether they
-/// occur or not, since decoders refuse other codes. At most 288 symbols, and at most 2^(`longest` -
-/// 1); the counts add up to less than 2^31.
+/// Sets `lengths` to those of a complete prefix code for symbols that occur `counts` times: at most
+/// `longest`, 0 for symbols that do not occur. At least two symbols get a code, since decoders
+/// refuse other codes. At most 288 symbols and 2^(`longest` - 1); fewer than 2^31 occurrences.
 void makeCodeLengths(std::span<const std::uint32_t> counts, int longest,
                      std::span<std::uint8_t> lengths);
 

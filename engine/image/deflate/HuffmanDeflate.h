@@ -20,9 +20,9 @@ public:
     /// The most bytes that `compress` touches for `count` bytes.
     static std::size_t bound(std::size_t count);
 
-    /// Stores `bytes` at `out` as deflate blocks, none of which refers to what comes before them,
-    /// and returns how many bytes these take. The last one ends the stream when `endsStream`; else
-    /// the blocks end together with a byte, so that others can follow.
+    /// Stores `bytes` at `out` as deflate blocks that refer to nothing before them and returns
+    /// their size. The last one ends the stream if it `endsStream`; else the blocks end with a
+    /// byte, so that others can follow.
     std::size_t compress(std::span<const std::uint8_t> bytes, bool endsStream, std::uint8_t* out);
 
 private:

@@ -4,8 +4,7 @@
 
 namespace pagestack {
 
-/// Pixels a metre, rounded to whole numbers, as PNG and BMP store them; 0 where the page's
-/// resolution is not known or only a ratio.
+/// Whole pixels a metre, as in PNG and BMP; 0 if the resolution is unknown or only a ratio.
 struct MetricDensity
 {
     std::uint32_t x = 0;
@@ -13,8 +12,7 @@ struct MetricDensity
 };
 MetricDensity metricDensity(const Resolution& resolution);
 
-/// The density fields of a JFIF header: unit 0 (a ratio), 1 (inch) or 2 (centimetre) and 16-bit
-/// values of at least 1.
+/// Of a JFIF header: unit 0 (a ratio), 1 (inch) or 2 (centimetre), values of at least 1.
 struct JfifDensity
 {
     std::uint8_t unit = 0;
@@ -23,8 +21,7 @@ struct JfifDensity
 };
 JfifDensity jfifDensity(const Resolution& resolution);
 
-/// A ratio x : y in small whole numbers, for pages whose pixels are not square but whose resolution
-/// has no unit; {1, 1} for square ones.
+/// A ratio x : y in small whole numbers, for resolutions without a unit; {1, 1} for square pixels.
 struct PixelRatio
 {
     std::uint16_t x = 1;

@@ -22,14 +22,12 @@ struct UprightPage
     SpareThreads* threads = nullptr; ///< may be null
 };
 
-// The encoders of the one-page formats append a complete file to `file`. They throw
-// std::runtime_error with the reason when the rows cannot be read, the page is too large for the
-// format or the file takes no more. Any thread.
+// The encoders append a complete file to `file`. They throw std::runtime_error if the rows cannot
+// be read, the page is too large for the format or the file takes no more. Any thread.
 
-/// Baseline JPEG with standard Huffman tables (ITU-T T.81; JFIF 1.02). The quality is in tenths:
-/// 4:4:4 from 10 on, else 4:2:0. Gray stays one channel. The ICC profile goes into APP2 segments
-/// (ICC.1, annex B.4). The density is rounded to whole pixels an inch, or a centimetre where that
-/// is exact.
+/// Baseline JPEG with standard Huffman tables (ITU-T T.81; JFIF 1.02): 4:4:4 from quality 10 on,
+/// else 4:2:0. Gray stays one channel. The ICC profile goes into APP2 segments (ICC.1, annex B.4).
+/// The density is rounded to whole pixels an inch, or a centimetre if that is exact.
 void encodeJpeg(UprightPage& upright, StagedFile& file);
 constexpr int jpegMostSidePx = 65500; ///< the most that libjpeg takes
 
@@ -39,8 +37,8 @@ void encodePng(UprightPage& upright, StagedFile& file);
 /// BMP with a BITMAPINFOHEADER, bottom-up, of 1, 8 (with colour table) or 24 bits a pixel.
 void encodeBmp(UprightPage& upright, StagedFile& file);
 
-/// GIF89a. Up to 256 colours are kept exactly; more are reduced with error diffusion in a second
-/// pass. Pixels less than half opaque become transparent, others are laid over white.
+/// GIF89a. Keeps up to 256 colours; reduces more with error diffusion in a second pass. Pixels less
+/// than half opaque become transparent, others are laid over white.
 void encodeGif(UprightPage& page, StagedFile& file);
 constexpr int gifMostSidePx = 65535;
 

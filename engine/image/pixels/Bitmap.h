@@ -29,11 +29,10 @@ private:
     std::vector<std::uint8_t> m_samples;
 };
 
-/// A copy of `bitmap`, whose pixels have three or four samples of 8 bits, in two colours: a pixel
-/// whose largest colour sample (0..255) is at most `threshold`, which is clamped to 0..1, gets
-/// `offColor`, any other `onColor`. So only pixels whose samples are all 0, or at most 1 with a
-/// threshold of 1, are off. Colour components are 0..1; alpha stays. Throws std::runtime_error for
-/// a bitmap of another layout.
+/// A copy of `bitmap`, RGB of 8 bits, in two colours: a pixel whose largest colour sample (0..255)
+/// is at most `threshold`, clamped to 0..1, gets `offColor`, any other `onColor`; so only samples
+/// of 0, or of 1 with a threshold of 1, are off. Colour components are 0..1; alpha stays. Throws
+/// std::runtime_error for another layout.
 std::shared_ptr<Bitmap> monochromeImageRepWithThreshold(const Bitmap& bitmap, float threshold,
                                                         const std::array<double, 3>& offColor,
                                                         const std::array<double, 3>& onColor);

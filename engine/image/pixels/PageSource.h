@@ -47,16 +47,15 @@ public:
     /// pages of the same file cannot overlap. Throws std::runtime_error with the reason.
     virtual std::unique_ptr<RowSource> rows() const = 0;
 
-    /// The same for a pass whose samples are brought to `bits` bits, 8 or 16, in the end: the page
-    /// has a warning then when that leaves next to nothing of them.
+    /// The same for samples that are brought to `bits` bits (8 or 16) in the end: the page gets a
+    /// warning if next to nothing is left of them.
     virtual std::unique_ptr<RowSource> rowsShownIn(int bits) const
     {
         static_cast<void>(bits);
         return rows();
     }
 
-    /// Bytes of the pixels as stored, decoded. Throws std::runtime_error when the page's
-    /// description cannot be read.
+    /// Of the pixels as stored. Throws as `properties`.
     virtual std::uint64_t decodedBytes() const
     {
         const PageProperties& page = properties();
@@ -64,8 +63,8 @@ public:
             * static_cast<unsigned>(page.heightPx);
     }
 
-    /// This source as a page of a TIFF file, whose encoded strips and tags can be copied; null when
-    /// it is none.
+    /// This source as a page of a TIFF file, whose strips and tags can be copied; null if it is
+    /// not.
     virtual const TiffPage* tiffPage() const { return nullptr; }
 };
 

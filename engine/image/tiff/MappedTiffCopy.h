@@ -25,8 +25,7 @@ class MappedTiffCopy : private TiffStream
 {
 public:
     /// Copies page `index` of the reader's file and makes it the current one of the handle, whose
-    /// messages go to those of `reader`, which must outlive this object. Throws std::runtime_error
-    /// with the reason.
+    /// messages go to those of `reader`, which must outlive the copy. Throws std::runtime_error.
     MappedTiffCopy(TiffReader& reader, int index);
 
     tiff* handle() const { return m_handle.get(); }

@@ -19,8 +19,7 @@ namespace pagestack {
 class OpenTiffFile
 {
 public:
-    /// Opens the file at `path`. Throws std::runtime_error with the reason when it cannot be
-    /// opened, is no TIFF file or has no page.
+    /// Throws std::runtime_error if the file cannot be opened, is not TIFF or has no page.
     explicit OpenTiffFile(const QString& path);
     ~OpenTiffFile();
     OpenTiffFile(const OpenTiffFile&) = delete;
@@ -53,8 +52,8 @@ public:
     /// Fills `bytes` from `offset` on; returns how many there were. Throws std::runtime_error.
     std::size_t readShown(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
 
-    /// The directory of page `index`, from 0. Throws std::runtime_error when it cannot be read or
-    /// announces more tag values than should be held.
+    /// The directory of page `index`, from 0. Throws std::runtime_error if it cannot be read or
+    /// has more values than should be held.
     TiffDirectory directory(int index) const;
 
 private:

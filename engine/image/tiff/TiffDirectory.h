@@ -35,8 +35,7 @@ struct TiffFormat
     }
 };
 
-/// The value of a tag as its directory announces it, inside the entry or elsewhere in the file, or
-/// beyond its end.
+/// The value of a tag as announced, inside its entry or elsewhere in the file, or beyond its end.
 struct TiffTagValue
 {
     unsigned tag = 0;

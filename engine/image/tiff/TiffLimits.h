@@ -16,9 +16,9 @@ constexpr std::size_t mostPages = 1'048'576; ///< of a file, which is as far as 
 /// No single table, strip or tile that libtiff holds may be larger.
 constexpr std::uint64_t largestTiffAllocation = std::uint64_t { 256 } * 1024 * 1024;
 
-/// Throws std::runtime_error when the values in the directory, which libtiff holds all at once, are
-/// more than 64 MiB: without those that reach out of the file, the lists of strips and tiles and
-/// the layers in ImageSourceData.
+/// Throws std::runtime_error if the values of the directory, which libtiff holds all at once, take
+/// more than 64 MiB without those that reach out of the file, the lists of strips and tiles and the
+/// layers in ImageSourceData.
 void checkTagValues(const TiffDirectory& directory, std::uint64_t fileSizeBytes);
 
 /// Number of strips or tiles of the current page, of all planes.
@@ -28,11 +28,10 @@ std::uint32_t piecesOf(tiff* handle);
 /// have fewer rows than the others.
 std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t number);
 
-/// Checks that the table of offsets of page `index` has an entry for each strip or tile. If it has
-/// just one a plane, RowsPerStrip is wrong and the strip holds all rows, which `tags` and the
-/// handle are told. Throws std::runtime_error for any other table that is too short, or that gives
-/// a strip of an uncompressed page fewer bytes than its rows take. (Old programs left the size of
-/// the only strip 0: `tags` are told.)
+/// Throws std::runtime_error if the table of strips of page `index` is too short or gives an
+/// uncompressed strip fewer bytes than its rows take. Two faults are noted in `tags` instead: one
+/// entry a plane where RowsPerStrip asks for more (the strip holds all rows, as the handle is
+/// told), and the size 0 of an only strip, which old programs left.
 void checkStripTable(TiffReader& reader, int index, TiffPageTags& tags);
 
 /// Throws std::runtime_error when the current page announces rows of more than 16 Mi pixels (4 Mi

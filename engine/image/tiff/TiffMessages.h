@@ -26,8 +26,7 @@ public:
     /// Forgets all messages except for the log lines, which wait for `takeDiagnostics`.
     void forget();
 
-    /// True when an error came, or a warning that tells of pixels that could not be read, since the
-    /// last `forget`.
+    /// True after an error, or a warning about pixels that are lost, since the last `forget`.
     bool failed() const { return !m_reason.empty(); }
 
     /// Adds to the warnings of `takeDiagnostics`, once however often it is given.
@@ -47,7 +46,7 @@ public:
     /// machine does.
     PageDiagnostics takeDiagnostics();
 
-    /// Takes over what another handle on the file said of the page, as if it were said here, now.
+    /// Takes over the messages of another handle on the page.
     void adopt(const PageDiagnostics& found);
 
     /// How many bytes libjpeg left before the end of a stream, if it did since this was asked last.
@@ -58,8 +57,7 @@ public:
     /// True when a progressive JPEG stream was begun since this was asked last.
     bool takeProgressiveJpeg() { return std::exchange(m_isProgressiveJpeg, false); }
 
-    /// Throws std::runtime_error with the first of these messages, or with `fallback` when libtiff
-    /// gave none.
+    /// Throws std::runtime_error with the reason, or with `fallback` if libtiff gave none.
     [[noreturn]] void fail(const char* fallback) const;
 
 private:

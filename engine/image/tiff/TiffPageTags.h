@@ -9,8 +9,7 @@ struct tiff;
 
 namespace pagestack {
 
-/// The tags that say how the samples of a TIFF page lie and what they mean. TIFF 6.0, section 8 and
-/// the sections on its extensions.
+/// The tags that say how the samples of a TIFF page lie and what they mean (TIFF 6.0).
 struct TiffPageTags
 {
     std::uint32_t widthPx = 0;
@@ -61,8 +60,8 @@ struct TiffPageTags
     bool isSubsampled() const;
 };
 
-/// Reads the tags of the current page of `handle`. Throws std::runtime_error when they describe no
-/// image that this program reads: no pixels, more than 2^31 - 1 in a direction, an unknown codec.
+/// Reads the tags of the current page of `handle`. Throws std::runtime_error if there are no pixels
+/// or more than 2^31 - 1 in a direction, or for an unknown codec.
 TiffPageTags readTiffPageTags(tiff* handle);
 
 /// Has `handle`, at the page of `tags`, take the page for one of strips as `tags` say.

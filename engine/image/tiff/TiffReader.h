@@ -8,24 +8,22 @@
 
 namespace pagestack {
 
-/// Reads the pages of a TIFF file one at a time, by a libtiff handle of its own with one current
-/// page. Shared by the pages that it reads; one thread at a time.
+/// Reads the pages of a TIFF file, which share it, by a libtiff handle with one current page. One
+/// thread at a time.
 class TiffReader : private TiffStream
 {
 public:
-    /// Opens the file. Throws as OpenTiffFile does; of libtiff's messages the first error is the
-    /// reason.
+    /// Opens the file. Throws as OpenTiffFile does, or with the first error of libtiff.
     explicit TiffReader(const QString& path);
-    /// For a thread that works ahead: opens no handle before a page is asked for, and says nothing
-    /// of the chain of directories. Any thread.
+    /// For a thread that works ahead: opens the handle for the first page and does not report the
+    /// chain of directories. Any thread.
     explicit TiffReader(std::shared_ptr<const OpenTiffFile> document);
 
     const OpenTiffFile& document() const { return *m_document; }
     std::shared_ptr<const OpenTiffFile> sharedDocument() const { return m_document; }
     TiffMessages& messages() { return m_messages; }
 
-    /// Takes over what another reader of the file said of page `index`, as if it were read here,
-    /// now.
+    /// Takes over what another reader of the file said of page `index`.
     void adopt(int index, const PageDiagnostics& found);
 
     /// Makes page `index` (from 0) the current one, for reading its tags. Throws std::runtime_error
@@ -36,8 +34,7 @@ public:
     /// messages are forgotten. Ends a pass over another page, or an earlier one over this page.
     tiff* restart(int index);
 
-    /// The directory of page `index`, which becomes the current one as by `load`; valid while it
-    /// is.
+    /// The directory of page `index`, which becomes the current one; valid while it is.
     const TiffDirectory& directory(int index);
 
 private:

@@ -13,8 +13,8 @@ namespace pagestack {
 
 class PageSource;
 
-/// The strips or tiles of a page as they are to stand in a TIFF file, encoded apart from it, so
-/// that only copying is left to be done in the order of the pages.
+/// The strips or tiles of a page, encoded apart from the TIFF file that they are copied to when it
+/// is the page's turn.
 struct EncodedPieces
 {
     struct Piece

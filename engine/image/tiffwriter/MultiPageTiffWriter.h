@@ -23,31 +23,28 @@ public:
     MultiPageTiffWriter(QString path, int compressionIndex, int plannedPages,
                         std::uint64_t limitBytes = classicLimitBytes);
 
-    /// Encodes the page into the staged file. Throws std::runtime_error with the reason when the
-    /// page cannot be decoded completely; the staged file is then as it was before. A target that
-    /// takes no more (full disk, no permission) is no error here: it is kept for `commit`, and this
-    /// page and later ones only count as gathered.
-    /// `pieces`, from `encodePieces` with the same compression, take the place of encoding it.
+    /// Adds the page, or its `pieces` from `encodePieces` with the same compression. Throws
+    /// std::runtime_error when the page cannot be decoded completely; the staged file is then as it
+    /// was before. The failure of a target that takes no more (full disk, no permission) is kept
+    /// for `commit`; this page and later ones then only count as gathered.
     void append(const std::shared_ptr<const PageSource>& page, const EncodedPieces& pieces = {});
 
-    /// Takes `file`, from `encodedPage` for the same path and compression, as that of `page`, the
-    /// only one.
+    /// Takes the result of `encodedPage` for the same path and compression as the only `page`.
     void appendEncoded(const std::shared_ptr<const PageSource>& page,
                        std::unique_ptr<StagedFile> file);
 
-    /// Appends the page once more that was appended last, when that is why there is a
-    /// `failureReason`; by now there may be room for it. Throws as `append`.
+    /// Appends the last page, which has caused the `failureReason`, once more: there may be room
+    /// for it now. Throws as `append`.
     void appendAgain(const std::shared_ptr<const PageSource>& page);
 
     int pageCount() const { return static_cast<int>(m_pages.size()); } ///< gathered so far
 
-    /// The complete file, to be put in place; ends the gathering. Throws std::runtime_error with
-    /// the reason when nothing was gathered or the file could not be written.
+    /// Returns the complete file, to be put in place; ends the gathering. Throws std::runtime_error
+    /// if nothing was gathered or the file could not be written.
     std::unique_ptr<StagedFile> finish();
 
-    /// Puts the file in place. False when nothing was gathered or the file could not be written;
-    /// what was at the path is then as it was, and it may be tried again.
-    /// `expected` as for StagedFile::commit.
+    /// Puts the file in place, with `expected` as for StagedFile::commit. On a failure returns
+    /// false and leaves what was at the path; may be tried again.
     bool commit(StagedFile::Existing existing = StagedFile::Existing::Replaced,
                 const std::optional<FileState>& expected = std::nullopt);
 

@@ -46,7 +46,7 @@ public:
     /// Tags of the page that the file does not take are noted with the messages of its source.
     void append(const PageSource& page, const EncodedPieces& pieces = {});
 
-    /// The complete file, to be put in place; ends the assembly. Throws std::runtime_error.
+    /// Returns the complete file; ends the assembly. Throws std::runtime_error.
     std::unique_ptr<StagedFile> finish();
 
 private:

@@ -15,11 +15,10 @@ struct PagePosition
     int total = 1;
 };
 
-/// Sets the tags and writes the strips or tiles of one page to `handle`, a handle for writing,
-/// without its directory. `compression` is the value of the Compression tag that is asked for.
-/// `pieces`, if there are any, from encodePieces for the same page and compression, take the place
-/// of decoding and encoding it; what was said of its pixels then is adopted by the page's reader.
-/// Throws std::runtime_error with the reason when the page cannot be decoded or encoded.
+/// Sets the tags and writes the strips or tiles of one page to `handle`, without its directory.
+/// `compression` is the value of the Compression tag that is wanted. `pieces`, if there are any
+/// (from encodePieces for the same page and compression), take the place of encoding it; their
+/// diagnostics are adopted by the page's reader. Throws std::runtime_error.
 void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePosition position,
                    const EncodedPieces& pieces);
 
@@ -27,8 +26,8 @@ void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePo
 /// Throws std::runtime_error when its directory cannot be read.
 bool keepsSamples(const PageSource& page);
 
-/// True when the page's samples are kept as they are and its strips or tiles have to be decoded or
-/// encoded for that. Throws std::runtime_error when its directory cannot be read.
+/// True when they are kept and strips or tiles have to be decoded or encoded for that. Throws in
+/// the same way.
 bool isRecoded(const PageSource& page, int compression);
 
 } // namespace pagestack

@@ -10,9 +10,8 @@
 
 namespace pagestack {
 
-/// The pixels of one GIF image on their way to the file (GIF89a, 22 and appendix F): they are
-/// gathered into strings, of which each is the longest that the table of strings holds, and the
-/// codes of the strings are written in sub-blocks. A table that is full starts anew.
+/// The pixels of one GIF image on their way to the file (GIF89a, 22 and appendix F), as codes of
+/// strings of pixels, each the longest that the table of strings holds. A full table starts anew.
 ///
 /// A derived class keeps the table, in a form that suits its pixels. The file must outlive the
 /// coder. One thread at a time.
@@ -69,10 +68,9 @@ std::unique_ptr<LzwCoder> bilevelLzw(StagedFile& file, int widthPx);
 /// For rows of one byte a pixel, each an index below 2^`indexBits`.
 std::unique_ptr<LzwCoder> indexLzw(StagedFile& file, int widthPx, int indexBits);
 
-/// Appends what comes before the pixels of a GIF89a file of one image, and returns the coder of its
-/// rows: `isBilevel` ones are packed bits, others have a byte a pixel. The sides are 1 to 65535,
-/// and the palette has 1 to 256 colours, 2 at most of packed bits; the indexes of the rows are
-/// within it. Throws std::runtime_error when the file takes no more.
+/// Begins a GIF89a file of one image and returns the coder of its rows, which are packed bits if
+/// `isBilevel`, else a byte a pixel, and stay within the palette. The sides are 1 to 65535; the
+/// palette has 1 to 256 colours, 2 at most for packed bits. Throws std::runtime_error.
 std::unique_ptr<LzwCoder> startGif(StagedFile& file, int widthPx, int heightPx,
                                    const std::vector<RgbColor>& palette,
                                    std::optional<int> transparentIndex, bool isBilevel);

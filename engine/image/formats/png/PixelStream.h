@@ -14,25 +14,23 @@ namespace pagestack {
 /// four letters. Throws std::runtime_error when the file takes no more.
 void writePngChunk(StagedFile& file, const char (&type)[5], std::span<const std::uint8_t> bytes);
 
-/// The pixels of a PNG file: rows are gathered into sections of some megabytes, each section is
-/// filtered and compressed in the way that suits its pixels, and all of them together are one zlib
-/// stream (RFC 1950). One thread at a time.
+/// The pixels of a PNG file: one zlib stream (RFC 1950) of sections of some megabytes, each
+/// filtered and compressed in the way that suits its pixels. One thread at a time.
 class PixelStream
 {
 public:
     static constexpr std::size_t usualSectionBytes = std::size_t { 4 } * 1024 * 1024;
 
-    /// For an image of `heightPx` rows. A section has as many rows as fit into `sectionBytes`, at
-    /// least one. `threads`, null when there are none to be had, can help with the sections, which
-    /// changes no byte of the stream.
+    /// A section has as many rows as fit into `sectionBytes`, at least one. `threads`, which may be
+    /// null, can help with the sections and change no byte of the stream.
     PixelStream(const PixelLayout& layout, int widthPx, int heightPx, StagedFile& file,
                 SpareThreads* threads = nullptr, std::size_t sectionBytes = usualSectionBytes);
     ~PixelStream();
     PixelStream(const PixelStream&) = delete;
     PixelStream& operator=(const PixelStream&) = delete;
 
-    /// Takes the next row, in the layout of the constructor. With the last row of the image the
-    /// stream is complete. Throws std::runtime_error when the file takes no more.
+    /// Adds the next row; the last one completes the stream. Throws std::runtime_error when the
+    /// file takes no more.
     void addRow(const std::uint8_t* row);
 
 private:

@@ -8,8 +8,7 @@
 
 namespace pagestack {
 
-/// Rows of a PNG image that lie one after the other, with the row above them, zeros for the first
-/// one, before them.
+/// Consecutive rows of a PNG image. The row above them, or zeros, lies before them.
 struct SectionRows
 {
     const std::uint8_t* first = nullptr;

@@ -12,8 +12,7 @@
 
 namespace pagestack {
 
-/// Tasks that spare threads begin in the order in which they were added. Its operations belong to
-/// one thread.
+/// Tasks that spare threads begin in their order. Its operations belong to one thread.
 class SectionPipeline
 {
 public:
