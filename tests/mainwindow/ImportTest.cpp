@@ -119,14 +119,10 @@ private slots:
 
     void marksTheKeyLetters()
     {
-        auto& paste = part<QAbstractButton>("pasteFromClipboardBtn");
-        QCOMPARE(keyLetterPosition(paste), 0);
-        paste.setText(u"oPap Paper"_s);
-        for (const auto& [letter, occurrance, place] :
-             { std::tuple(u"p"_s, 1, 1), std::tuple(u"P"_s, 2, 5), std::tuple(u"O"_s, 2, 5) }) {
-            sheet().setButtonKeyCharacter(&paste, letter, Qt::black, occurrance);
-            QCOMPARE(keyLetterPosition(paste), place);
-        }
+        for (const auto& [button, place] :
+             { std::pair("importFromFileBtn", 5), std::pair("importFromTextBtn", 5),
+               std::pair("pasteFromClipboardBtn", 0), std::pair("importBtn", 0) })
+            QCOMPARE(keyLetterPosition(part<QAbstractButton>(button)), place);
     }
 
     void pastesTheFilesAlone()

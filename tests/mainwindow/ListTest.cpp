@@ -17,103 +17,74 @@ private slots:
         start();
     }
 
-    void marks_data()
+    void changesTheList_data()
     {
-        // Before: x--xxx with 1, 2 and 3 highlighted.
-        addTextRows({ "command", "after", "counts" }, R"(
-            checkAllAction         | xxxxxx | 6, 6, 15, 15
-            uncheckAllAction       | ------ | 6, 0, 0, 15
-            invertCheckAction      | -xx--- | 6, 2, 3, 15
-            checkSelectionAction   | xxxxxx | 6, 6, 15, 15
-            uncheckSelectionAction | x---xx | 6, 3, 9, 15
-            invertSelectionAction  | xxx-xx | 6, 5, 12, 15)");
+        // Of the files 0 to 5, a dash tells 1 and 2 from those that are ticked.
+        addTextRows({ "rows", "way", "after", "highlighted" }, R"(
+            1 2 3 | checkAllAction            | 0 1 2 3 4 5       | 1 2 3
+            1 2 3 | uncheckAllAction          | 0- 1- 2- 3- 4- 5- | 1 2 3
+            1 2 3 | invertCheckAction         | 0- 1 2 3- 4- 5-   | 1 2 3
+            1 3   | checkSelectionAction      | 0 1 2- 3 4 5      | 1 3
+            1 2 3 | uncheckSelectionAction    | 0 1- 2- 3- 4 5    | 1 2 3
+            1 2 3 | invertSelectionAction     | 0 1 2 3- 4 5      | 1 2 3
+            1 3 4 | removeBtn                 | 0 2- 5            |
+            1 3 4 | removeSelectedFilesButton | 0 2- 5            |
+            1 3 4 | removeSelectedAction      | 0 2- 5            |
+            1 3 4 | Del                       | 0 2- 5            |
+            1 3 4 | Backspace                 | 0 2- 5            |
+            1 3 4 | removeAllFilesButton      |                   |
+            1 3 4 | removeAllAction, no       | 0 1- 2- 3 4 5     | 1 3 4
+            2 3   | moveUpButton              | 0 2- 3 1- 4 5     | 1 2
+            1 4 5 | moveUpAction              | 1- 0 2- 4 5 3     | 0 3 4
+            5     | Ctrl+Up                   | 0 1- 2- 3 5 4     | 4
+            0 1 3 | moveDownButton            | 2- 0 1- 4 3 5     | 1 2 4
+            2     | moveDownAction            | 0 1- 3 2- 4 5     | 3
+            3 4   | Ctrl+Down                 | 0 1- 2- 5 3 4     | 4 5
+            0 3   | up, by no control         | 0 1- 2- 3 4 5     | 0 3
+            1 5   | down, by no control       | 0 1- 2- 3 4 5     | 1 5
+                  | down, by no control       | 0 1- 2- 3 4 5     |)");
     }
 
-    void marks()
-    {
-        QFETCH(const QString, command);
-        QVERIFY(fill());
-        controller().tableModel().mark({ 1, 2 }, FileTableModel::Mark::Uncheck);
-        table().highlightRows({ 1, 2, 3 });
-        press(qPrintable(command));
-        QTEST(marksText(), "after");
-        QTEST(totals(), "counts");
-        QCOMPARE(isEnabled("convertBtn"), marksText().contains(u'x'));
-        press("undoAction");
-        QCOMPARE(marksText(), u"x--xxx"_s);
-    }
-
-    void removes_data()
-    {
-        addTextRows({ "command", "answer", "left" }, R"(
-            removeBtn                 |     | 0 2 5
-            removeSelectedFilesButton |     | 0 2 5
-            removeSelectedAction      |     | 0 2 5
-            Del                       |     | 0 2 5
-            Backspace                 |     | 0 2 5
-            removeAllFilesButton      | yes |
-            removeAllAction           | no  | 0 1 2 3 4 5)");
-    }
-
-    void removes()
-    {
-        QFETCH(const QString, command);
-        QFETCH(const QString, answer);
-        QVERIFY(fill());
-        table().highlightRows({ 1, 3, 4 });
-        alerts().setNextAnswer(answer == u"yes"_s ? 0 : 1);
-        pressOrType(command);
-        QTEST(order(), "left");
-        QCOMPARE(alerts().lastText() + alerts().lastButtons().join(u'/'),
-                 answer.isEmpty() ? QString() : u"Are you sure to remove all file(s)?Yes/No"_s);
-        const bool isEmpty = order().isEmpty();
-        QCOMPARE(find("lableDragAndDrop").isVisible(), isEmpty);
-        QCOMPARE(isEnabled("removeBtn"), !isEmpty);
-        if (answer == u"no"_s)
-            return;
-        press("undoAction");
-        QCOMPARE(order(), u"0 1 2 3 4 5"_s);
-        QCOMPARE(table().highlightedRows(),
-                 isEmpty ? (QList<int> { 0, 1, 2, 3, 4, 5 }) : (QList<int> { 1, 3, 4 }));
-        press("redoAction");
-        QTEST(order(), "left");
-        QVERIFY(QFile::exists(path(u"in/3.tif"_s)));
-    }
-
-    void moves_data()
-    {
-        addTextRows({ "rows", "way", "ordered", "after" }, R"(
-            2 3   | moveUpButton   | 0 2 3 1 4 5 | 1 2
-            1 4 5 | moveUpAction   | 1 0 2 4 5 3 | 0 3 4
-            5     | Ctrl+Up        | 0 1 2 3 5 4 | 4
-            0 3   |                | 0 1 2 3 4 5 | 0 3
-            0 1 3 | moveDownButton | 2 0 1 4 3 5 | 1 2 4
-            2     | moveDownAction | 0 1 3 2 4 5 | 3
-            3 4   | Ctrl+Down      | 0 1 2 5 3 4 | 4 5
-            1 5   |                | 0 1 2 3 4 5 | 1 5
-                  |                | 0 1 2 3 4 5 |)");
-    }
-
-    void moves()
+    void changesTheList()
     {
         QFETCH(const QString, rows);
         QFETCH(const QString, way);
+        QFETCH(const QString, after);
+        const QString before = u"0 1- 2- 3 4 5"_s;
         QVERIFY(fill());
+        controller().tableModel().mark({ 1, 2 }, FileTableModel::Mark::Uncheck);
         QList<int> highlighted;
         for (const QString& row : rows.split(u' ', Qt::SkipEmptyParts))
             highlighted.append(row.toInt());
         table().highlightRows(highlighted);
-        find("removeBtn").setFocus();
-        if (!way.isEmpty())
-            pressOrType(way);
-        else // by no control, which is disabled
-            rows.startsWith(u'0') ? controller().moveUp() : controller().moveDown();
-        QTEST(order(), "ordered");
-        QStringList after;
-        for (const int row : table().highlightedRows())
-            after.append(QString::number(row));
-        QTEST(after.join(u' '), "after");
-        QCOMPARE(window().focusWidget() == &table(), !way.isEmpty());
+        const bool isAsked = way.startsWith(u"removeAll"_s);
+        if (isAsked)
+            alerts().setNextAnswer(way.endsWith(u"no"_s) ? 1 : 0);
+        if (way.startsWith(u"up"_s))
+            controller().moveUp();
+        else if (way.startsWith(u"down"_s))
+            controller().moveDown();
+        else
+            pressOrType(way.section(u',', 0, 0));
+        QCOMPARE(state(), after);
+        QTEST(highlightedText(), "highlighted");
+        QCOMPARE(alerts().lastText() + alerts().lastButtons().join(u'/'),
+                 isAsked ? u"Are you sure to remove all file(s)?Yes/No"_s : QString());
+        const FileList& files = controller().files();
+        QCOMPARE(totals(),
+                 u"%1, %2, %3, %4"_s.arg(files.count())
+                     .arg(files.checkedCount())
+                     .arg(files.checkedPages())
+                     .arg(files.totalPages()));
+        QCOMPARE(isEnabled("convertBtn"), files.checkedCount() > 0);
+        QCOMPARE(isEnabled("removeBtn"), files.count() > 0);
+        QCOMPARE(find("lableDragAndDrop").isVisible(), files.count() == 0);
+        QCOMPARE(isEnabled("undoAction"), after != before);
+        press("undoAction");
+        QCOMPARE(state(), before);
+        press("redoAction");
+        QCOMPARE(state(), after);
+        QVERIFY(QFile::exists(path(u"in/3.tif"_s)));
     }
 
     void showsWhatItMoves()
@@ -123,7 +94,9 @@ private slots:
         for (const auto& [way, row] :
              { std::pair("moveUpButton", 99), std::pair("moveDownButton", 200) }) {
             table().scrollToTop();
+            find("removeBtn").setFocus();
             press(way);
+            QCOMPARE(window().focusWidget(), &table());
             QVERIFY2(table().viewport()->rect().contains(placeOf(row, 1)), way);
         }
     }
@@ -131,7 +104,6 @@ private slots:
     void takesBackEveryStep()
     {
         QVERIFY(fill());
-        const auto state = [this] { return order() + marksText(); };
         QStringList states { state() };
         const std::function<void()> steps[] = {
             [this] { clickCell(1, 0); },
@@ -181,6 +153,7 @@ private slots:
         QCOMPARE(order(), u"9 4 2 1 0"_s);
         press("undoAction"); // 4 is there already
         QCOMPARE(order(), u"5 9 3 4 2 1 0"_s);
+        QCOMPARE(highlightedText(), u"0 2"_s);
         press("redoAction");
         QCOMPARE(order(), u"9 4 2 1 0"_s);
         press("undoAction");
@@ -214,7 +187,7 @@ private slots:
         QCOMPARE(table().highlightedRows(), (QList<int> { 2, 3 }));
         const QRect item = menu.actionGeometry(&find<QAction>("uncheckSelectionAction"));
         QTest::mouseClick(&menu, Qt::LeftButton, {}, item.center());
-        QCOMPARE(marksText(), u"xx--xx"_s);
+        QCOMPARE(state(), u"0 1 2- 3- 4 5"_s);
     }
 
     void exportsTheList()
@@ -430,12 +403,19 @@ private:
     {
         table().horizontalHeader()->setSortIndicator(column, order);
     }
-    QString marksText() const
+    QString state() const
     {
-        QString text;
+        QStringList names;
         for (const auto& item : controller().files().items())
-            text += item->isSelected() ? u'x' : u'-';
-        return text;
+            names.append(item->name().chopped(4) + (item->isSelected() ? u""_s : u"-"_s));
+        return names.join(u' ');
+    }
+    QString highlightedText() const
+    {
+        QStringList rows;
+        for (const int row : table().highlightedRows())
+            rows.append(QString::number(row));
+        return rows.join(u' ');
     }
 };
 

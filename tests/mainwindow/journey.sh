@@ -51,6 +51,9 @@ images() { # FOLDER
 has_some() {
     [ "$(images "$home/many")" -ge 5 ]
 }
+has_ended() {
+    ! kill -0 "$window_program"
+}
 start() {
     "$program" "$@" 2>> "$home/program.log" &
     window_program=$!
@@ -58,6 +61,7 @@ start() {
 }
 ends_with() { # CODE
     local code=0
+    until_true has_ended
     wait "$window_program" || code=$?
     window_program=''
     [ "$code" -eq "$1" ] || fail "the program ended with $code instead of $1"
