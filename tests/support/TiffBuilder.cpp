@@ -1,6 +1,5 @@
 #include "tests/support/TiffBuilder.h"
 
-#include <QHash>
 #include <QtEndian>
 
 #include <tiffio.h>
@@ -18,49 +17,39 @@ namespace {
             qFatal("a test file cannot be made: %s", what);
     }
 
-    const QHash<QByteArray, int TestPage::*>& fields()
+    struct Field
     {
-        static const QHash<QByteArray, int TestPage::*> byName {
-            { "width", &TestPage::width },
-            { "height", &TestPage::height },
-            { "bits", &TestPage::bits },
-            { "samples", &TestPage::samples },
-            { "photometric", &TestPage::photometric },
-            { "format", &TestPage::format },
-            { "planes", &TestPage::planes },
-            { "tileWidth", &TestPage::tileWidth },
-            { "tileHeight", &TestPage::tileHeight },
-            { "rows", &TestPage::rows },
-            { "compression", &TestPage::compression },
-            { "predictor", &TestPage::predictor },
-            { "fillOrder", &TestPage::fillOrder },
-            { "orientation", &TestPage::orientation },
-            { "unit", &TestPage::unit },
-        };
-        return byName;
-    }
+        const char* name;
+        int TestPage::*member;
+        ttag_t tag;
+    };
+    constexpr Field fields[] = {
+        { "width", &TestPage::width, TIFFTAG_IMAGEWIDTH },
+        { "height", &TestPage::height, TIFFTAG_IMAGELENGTH },
+        { "bits", &TestPage::bits, TIFFTAG_BITSPERSAMPLE },
+        { "samples", &TestPage::samples, TIFFTAG_SAMPLESPERPIXEL },
+        { "photometric", &TestPage::photometric, TIFFTAG_PHOTOMETRIC },
+        { "compression", &TestPage::compression, TIFFTAG_COMPRESSION },
+        { "planes", &TestPage::planes, TIFFTAG_PLANARCONFIG },
+        { "format", &TestPage::format, TIFFTAG_SAMPLEFORMAT },
+        { "predictor", &TestPage::predictor, TIFFTAG_PREDICTOR },
+        { "fillOrder", &TestPage::fillOrder, TIFFTAG_FILLORDER },
+        { "orientation", &TestPage::orientation, TIFFTAG_ORIENTATION },
+        { "unit", &TestPage::unit, TIFFTAG_RESOLUTIONUNIT },
+        { "tileWidth", &TestPage::tileWidth, TIFFTAG_TILEWIDTH },
+        { "tileHeight", &TestPage::tileHeight, TIFFTAG_TILELENGTH },
+        { "rows", &TestPage::rows, TIFFTAG_ROWSPERSTRIP },
+    };
 
     void setTags(TIFF* to, const TestPage& page)
     {
-        TIFFSetField(to, TIFFTAG_PHOTOMETRIC, page.photometric);
-        const std::initializer_list<std::pair<ttag_t, int>> tags {
-            { TIFFTAG_IMAGEWIDTH, page.width },
-            { TIFFTAG_IMAGELENGTH, page.height },
-            { TIFFTAG_BITSPERSAMPLE, page.bits },
-            { TIFFTAG_SAMPLESPERPIXEL, page.samples },
-            { TIFFTAG_COMPRESSION, page.compression },
-            { TIFFTAG_PLANARCONFIG, page.planes },
-            { TIFFTAG_SAMPLEFORMAT, page.format },
-            { TIFFTAG_PREDICTOR, page.predictor },
-            { TIFFTAG_FILLORDER, page.fillOrder },
-            { TIFFTAG_ORIENTATION, page.orientation },
-            { TIFFTAG_RESOLUTIONUNIT, page.unit },
-            { TIFFTAG_TILEWIDTH, page.tileWidth },
-            { TIFFTAG_TILELENGTH, page.tileHeight },
-            { TIFFTAG_ROWSPERSTRIP, page.tileWidth == 0 ? page.rows : 0 },
-        };
-        for (const auto& [tag, value] : tags)
-            check(value == 0 || TIFFSetField(to, tag, value) == 1, "tag");
+        for (const Field& field : fields) {
+            const int value = page.*field.member;
+            const bool isThere
+                = field.tag == TIFFTAG_ROWSPERSTRIP ? page.tileWidth == 0 : value != 0;
+            if (isThere || field.tag == TIFFTAG_PHOTOMETRIC)
+                check(TIFFSetField(to, field.tag, value) == 1, field.name);
+        }
         if (page.xResolution > 0) {
             TIFFSetField(to, TIFFTAG_XRESOLUTION, page.xResolution);
             TIFFSetField(to, TIFFTAG_YRESOLUTION, page.yResolution);
@@ -139,11 +128,17 @@ namespace {
 
 TestPage::TestPage(const char* text)
 {
-    for (const QByteArray& word : QByteArray(text).split(' ')) {
+    const QByteArray words = QByteArray(text)
+                                 .replace("rgb", "samples=3 photometric=2")
+                                 .replace("jpeg", "samples=3 photometric=6 compression=7 rows=16")
+                                 .replace("fax", "bits=1 photometric=0 compression=4");
+    for (const QByteArray& word : words.split(' ')) {
         const QByteArray name = word.split('=')[0];
         const QList<QByteArray> values = word.mid(name.size() + 1).split(',');
-        if (fields().contains(name)) {
-            this->*fields()[name] = values[0].toInt();
+        const auto field = std::find_if(std::begin(fields), std::end(fields),
+                                        [&](const Field& known) { return name == known.name; });
+        if (field != std::end(fields)) {
+            this->*field->member = values[0].toInt();
         } else if (name == "extra") {
             for (const QByteArray& value : values)
                 extra.push_back(static_cast<std::uint16_t>(value.toInt()));
@@ -153,27 +148,15 @@ TestPage::TestPage(const char* text)
         } else if (name == "plain") {
             sample = [values](int, int, int c) { return values[c].toULongLong(); };
         } else if (name == "smooth") {
-            sample = [](int column, int row, int c) {
-                const int ramps[]
-                    = { 5 * column, 240 - 7 * row, 2 * column + 3 * row, 5 * column + row / 2 };
-                return static_cast<std::uint64_t>(ramps[c]);
+            sample = [](int x, int y, int c) {
+                return std::array { 5 * x, 240 - 7 * y, 2 * x + 3 * y, 5 * x + y / 2 }.at(c);
             };
-        } else if (name == "rgb" || name == "jpeg") {
-            samples = 3;
-            photometric = name == "rgb" ? 2 : 6;
-        } else if (name == "fax") {
-            bits = 1;
-            photometric = 0;
-            compression = 4;
         } else {
             check(word.isEmpty(), word.constData());
         }
-        if (name == "jpeg") {
-            compression = 7;
-            rows = 16;
-            moreTags = [](TIFF* to) { TIFFSetField(to, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB); };
-        }
     }
+    if (compression == 7 && photometric == 6)
+        moreTags = [](TIFF* to) { TIFFSetField(to, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB); };
 }
 
 std::uint64_t TestPage::at(int column, int row, int c) const
