@@ -102,18 +102,15 @@ def check_log(fault, is_asked_for):
         expect(done.returncode == code, f"{what}: exit code {done.returncode}")
 
 
-def places(call):
-    """Formats, and where their outputs go."""
+def places():
+    """Formats, and where their outputs go; not every call is made for each."""
     for name in CONVERSIONS:
-        if call != "ftruncate":
-            # Only what is replaced has to be on the disk before.
-            yield from [(name, {})] if call != "fsync" else []
-            yield name, {"has_old": True}
-        if name in ("jpg", "tiff") and call not in ("open", "rename"):
+        yield name, {}
+        yield name, {"has_old": True}
+        if name in ("jpg", "tiff"):
             yield name, {"has_old": True, "in_place": True}
         if name in ("tiff", "tiff-g4"):
-            yield from [(name, {"is_own": True})] if call != "ftruncate" else []
-            yield from [(name, {"is_own": True, "in_place": True})] if call not in ("open", "rename") else []
+            yield from ((name, {"is_own": True, "in_place": in_place}) for in_place in (False, True))
 
 
 def faults(call, in_place):
@@ -130,8 +127,8 @@ def faults(call, in_place):
 
 def main():
     for call in CALLS:
-        for name, place in places(call):
-            for fault in faults(call, "in_place" in place):
+        for name, place in places():
+            for fault in faults(call, place.get("in_place", False)):
                 check(fault, name, **place)
         for is_asked_for in (False, True) if call != "ftruncate" else ():
             for error in (*REASONS, errno.EINTR):
