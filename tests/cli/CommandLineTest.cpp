@@ -67,7 +67,7 @@ private slots:
     void takesWordsApart_data()
     {
         // The fields that differ from the defaults, or the reason.
-        addTextRows({ "words", "outcome" }, R"(
+        addTextRows(R"(
             a.tif                      | sources=a.tif
             -fgif a                    | format=4 sources=a
             --format=bmp a             | format=3 sources=a
@@ -113,8 +113,7 @@ private slots:
 
     void takesWordsApart()
     {
-        QFETCH(const QString, words);
-        QFETCH(const QString, outcome);
+        const auto [words, outcome] = textRow<2>();
         QStringList found;
         try {
             found = fields(parseOptions(words.split(u' ')));
@@ -142,7 +141,7 @@ private slots:
     void collects_data()
     {
         // In brackets what cannot be used, the duplicates and what is left out.
-        addTextRows({ "words", "expected" }, R"(
+        addTextRows(R"(
             in/         |in/a.TIFF in/b9.tif in/b10.tif in/c.TIF in/d.tiff {in/x.Tif} {in/y.tIFF}
             in in/x.Tif |in/a.TIFF in/b9.tif in/b10.tif in/c.TIF in/d.tiff in/x.Tif {in/y.tIFF}
             -r top           | top/z.tif top/sub/deep/b.tif top/a-link/d.tif
@@ -160,8 +159,7 @@ private slots:
 
     void collects()
     {
-        QFETCH(QString, words);
-        QFETCH(QString, expected);
+        auto [words, expected] = textRow<2>();
         const TestFolder folder;
         folder.make(
             u"in/b10.tif in/b9.tif in/a.TIFF in/c.TIF in/d.tiff in/x.Tif in/y.tIFF in/x.png "

@@ -29,7 +29,7 @@ private slots:
     void runs_data()
     {
         // Words after "<" are lines of standard input, those after "sh" a shell's.
-        addTextRows({ "files", "words", "summary" }, R"(
+        addTextRows(R"(
 in/a.tif:WWW in/b.tif:W | -f bmp --separator _ in | in/a.tif: 3 pages written \
     / in/b.tif: 1 page written / Total 4 files converted successfully. \
     / 4 pages of 2 sources written / 0 LOG in/a_1.bmp in/a_2.bmp in/a_3.bmp in/b_1.bmp
@@ -125,21 +125,21 @@ a.tif>$SAMPLES/gray-photo.tif | sh for q in 0 5 10; do '%1' -q --no-log --qualit
     wc -c <$q/a1.jpg >>o; done; sort -nuc o && rm -r 0 5 10 o | 0
  | sh '%1' -h >h && '%1' --version >v && head -qn 1 h v \
     | Examples: / pagestack-convert * / 0 h v)");
-        QTest::newRow("no source") << u"empty/"_s << u"empty no\n\x1B[2J.tif"_s
-                                   << u"! no??[2J.tif: no such * / ! no source found / 3"_s;
-        QTest::newRow("reader gone") << u"a.tif:"_s + QString(300, u'W') << uR"(sh {
+        QTest::newRow("no source")
+            << (QStringList { u"empty/"_s, u"empty no\n\x1B[2J.tif"_s,
+                              u"! no??[2J.tif: no such * / ! no source found / 3"_s });
+        QTest::newRow("reader gone") << (QStringList {
+            u"a.tif:"_s + QString(300, u'W'), uR"(sh {
 '%1' -v --progress always a.tif -o out 2>errors || echo failed >&2; } | head -n 1
 ls out | wc -l; grep -v ' of 300 ' errors
-grep -c ' of 300 ' errors | grep -v '^..\?$'; rm -r out)"_s
-                                     << u"out/a1.jpg / 300 / pagestack-convert: standard output: "
-                                        "Broken pipe; the run goes on / failed / 0 LOG errors"_s;
+grep -c ' of 300 ' errors | grep -v '^..\?$'; rm -r out)"_s,
+            u"out/a1.jpg / 300 / pagestack-convert: standard output: Broken pipe; the run "
+            "goes on / failed / 0 LOG errors"_s });
     }
 
     void runs()
     {
-        QFETCH(QString, files);
-        QFETCH(const QString, words);
-        QFETCH(QString, summary);
+        auto [files, words, summary] = textRow<3>();
         const QString sources = qEnvironmentVariable("PAGESTACK_SOURCE_DIR");
         m_folder->make(files.replace(u"$SAMPLES"_s, sources + u"/samples"_s));
         QString input = words.section(u" < "_s, 1).replace(u' ', u'\n').replace(u'~', u' ');

@@ -23,7 +23,7 @@ private slots:
     void findsTheFilesThatATextNames_data()
     {
         // '^' ends a line, '@' is the current folder; then duplicates and lines that are no files.
-        addTextRows({ "text", "paths", "counts" }, R"(
+        addTextRows(R"(
                                                 |                                     | 0 0
             /a.Tif^/b.tiff^/c.TIFF^/f.tIfF      | /a.Tif,/b.tiff,/c.TIFF,/f.tIfF      | 0 0
             /d.tif ^/e.jpg^/tif^/x.tif/y^/.tif^/z.^'/q.tif' |                         | 0 7
@@ -38,12 +38,11 @@ private slots:
 
     void findsTheFilesThatATextNames()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, paths);
+        auto [text, paths, counts] = textRow<3>();
         text.replace(u'^', u'\n').replace(u'@', QDir::currentPath());
         const PathList list = parsePathList(text, u"tif,TIF,tiff,TIFF"_s);
         QCOMPARE(pathsOf(list.files), paths.replace(u'@', QDir::currentPath()));
-        QTEST(u"%1 %2"_s.arg(list.duplicates).arg(list.otherLines), "counts");
+        QCOMPARE(u"%1 %2"_s.arg(list.duplicates).arg(list.otherLines), counts);
         QVERIFY(parsePathList(text, u""_s).files.isEmpty());
     }
 
@@ -174,7 +173,7 @@ private slots:
 
     void refusesToImportNothing_data()
     {
-        addTextRows({ "method", "text", "message", "focus" }, R"(
+        addTextRows(R"(
             importFromFileBtn |                | Please select file to import!        | browseBtn
             importFromTextBtn |                | Please paste file(s) path to import! | importText
             importFromFileBtn | /none/list.txt | No File(s) Found! | importFromFileBtn
@@ -183,16 +182,15 @@ private slots:
 
     void refusesToImportNothing()
     {
-        QFETCH(const QString, method);
-        QFETCH(const QString, text);
+        const auto [method, text, message, focus] = textRow<4>();
         click(qPrintable(method));
         fileField().setText(text);
         area().setPlainText(text);
         alerts().setNextAnswer(0);
         QTest::keyClick(&part(qPrintable(method)), Qt::Key_Return);
-        QTEST(alerts().lastText(), "message");
+        QCOMPARE(alerts().lastText(), message);
         QCOMPARE(alerts().lastTitle(), u"Pagestack"_s);
-        QTEST(sheet().focusWidget()->objectName(), "focus");
+        QCOMPARE(sheet().focusWidget()->objectName(), focus);
         QVERIFY(sheet().isVisible() && !controller().isProcessing());
     }
 

@@ -20,7 +20,7 @@ private slots:
     void changesTheList_data()
     {
         // Of the files 0 to 5, a dash tells 1 and 2 from those that are ticked.
-        addTextRows({ "rows", "way", "after", "highlighted" }, R"(
+        addTextRows(R"(
             1 2 3 | checkAllAction            | 0 1 2 3 4 5       | 1 2 3
             1 2 3 | uncheckAllAction          | 0- 1- 2- 3- 4- 5- | 1 2 3
             1 2 3 | invertCheckAction         | 0- 1 2 3- 4- 5-   | 1 2 3
@@ -47,9 +47,7 @@ private slots:
 
     void changesTheList()
     {
-        QFETCH(const QString, rows);
-        QFETCH(const QString, way);
-        QFETCH(const QString, after);
+        const auto [rows, way, after, highlightedAfter] = textRow<4>();
         const QString before = u"0 1- 2- 3 4 5"_s;
         QVERIFY(fill());
         controller().tableModel().mark({ 1, 2 }, FileTableModel::Mark::Uncheck);
@@ -67,7 +65,7 @@ private slots:
         else
             pressOrType(way.section(u',', 0, 0));
         QCOMPARE(state(), after);
-        QTEST(highlightedText(), "highlighted");
+        QCOMPARE(highlightedText(), highlightedAfter);
         QCOMPARE(alerts().lastText() + alerts().lastButtons().join(u'/'),
                  isAsked ? u"Are you sure to remove all file(s)?Yes/No"_s : QString());
         const FileList& files = controller().files();
@@ -270,7 +268,7 @@ private slots:
     void sortsDatesBesideTheWindow_data()
     {
         // A load sorts at its end; the next start has the columns that a load was to sort by.
-        addTextRows({ "begin", "ending", "hasArrow" }, R"(
+        addTextRows(R"(
             sort |        | yes
             sort | Cancel |
             sort | close  |
@@ -282,9 +280,7 @@ private slots:
     // The files are on a computer that answers only when it is told to.
     void sortsDatesBesideTheWindow()
     {
-        QFETCH(const QString, begin);
-        QFETCH(const QString, ending);
-        QFETCH(const QString, hasArrow);
+        const auto [begin, ending, hasArrow] = textRow<3>();
         QSemaphore questions;
         QSemaphore answers;
         start([&](const FileItem& item) {

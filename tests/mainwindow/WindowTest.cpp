@@ -199,7 +199,7 @@ private slots:
 
     void asksForTheOutputFolder_data()
     {
-        addTextRows({ "folder", "answer", "question", "outcome" }, R"(
+        addTextRows(R"(
             nowhere            | 0 | Output folder missing or invalid path!         |
             closed             | 0 | Output folder is non-writable!                 |
             samples/turned.tif | 0 |                  | Total 0 files converted successfully.
@@ -209,10 +209,7 @@ private slots:
 
     void asksForTheOutputFolder()
     {
-        QFETCH(const QString, folder);
-        QFETCH(const QString, answer);
-        QFETCH(const QString, question);
-        QFETCH(const QString, outcome);
+        const auto [folder, answer, question, outcome] = textRow<4>();
         const bool isRefused = outcome.isEmpty();
         QVERIFY(open({ samples() }));
         if (folder == u"closed"_s) {
