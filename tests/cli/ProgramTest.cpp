@@ -66,8 +66,8 @@ a.tif:W | a.tif -o a.tif/out | ! output folder a.tif/out * / 4
 a.tif:W | a.tif -o none/out | ! output folder none/out * / 4
 a.tif:WW | -q a.tif -f tiff -o new | 0 LOG new/ new/a.tiff[1/1,2/1]
 b.tif:W a.tif:WWWWWWWWWWWW a1.jpg>none a2.jpg a3.jpg a4.jpg a5.jpg a6.jpg a7.jpg a8.jpg a9.jpg \
-    a10.jpg a11.jpg a12.jpg | b.tif a.tif | ! a1.jpg exists already / ! a2* / ! a3* / ! a4* / ! a5* \
-    / ! a6* / ! a7* / ! a8* / ! a9* / ! a10* / ! and 2 more / ! nothing was written; * / 4
+    a10.jpg a11.jpg a12.jpg | b.tif a.tif | ! a1.jpg exists already / ! a2* / ! a3* / ! a4* \
+    / ! a5* / ! a6* / ! a7* / ! a8* / ! a9* / ! a10* / ! and 2 more / ! nothing was written; * / 4
 x/a.tif:WWWWWWWWWWW y/a1.tif:W | -r x y -o out \
     | ! out/a11.jpg is wanted by x/a.tif and by y/a1.tif / ! nothing was written; * / 4
 x/a.tif:WWWWWWWWWWW y/a1.tif:W | -r x y -o out --on-exists overwrite \
@@ -110,8 +110,8 @@ a.tif:W | sh exec '%1' a.tif --no-log >/dev/full | ! standard output: * / 1 a1.j
 a.tif:W data | -q a.tif | ! * / 0 a1.jpg
 in/a.Tif:W in/b.tif:W | -q in | ! left out for the unusual case of its ending, * / 0 LOG in/b1.jpg
 a.tif:W | sh LC_ALL=ar_EG.UTF-8 '%1' -q a.tif --log l; ls data/C*/P*/Logs >o; \
-    grep -cx '[0-9]*.log' o; grep -c 'EndTime=.[0-9/]* [0-9:]* [AP]M. Start=.[-0-9]*T' l; rm -r o data \
-    | 1 / 1 / 0 a1.jpg l
+    grep -cx '[0-9]*.log' o; grep -c 'EndTime=.[0-9/]* [0-9:]* [AP]M. Start=.[-0-9]*T' l; \
+    rm -r o data | 1 / 1 / 0 a1.jpg l
 a.tif:WW | -q a.tif --progress always | 1 of 2 pages, * / 2 of 2 pages / 0 a1.jpg a2.jpg LOG
 a.tif:WW | -v a.tif -f tiff --compression g4 --no-log | a.tiff / a.tif: 2 pages written \
     / All files converted successfully. / 2 pages of 1 source written \

@@ -32,7 +32,8 @@ private slots:
             a.tif^./a.tif^@//./a.tif^/x/../a.tif | @/a.tif,/x/../a.tif                | 2 0
             ../b.tif^~/c.tif^C:/d.tif^:/e.tif   | @/../b.tif,@/~/c.tif,@/C:/d.tif,@/:/e.tif | 0 0
             x^ /a.tif                           | @/ /a.tif                           | 0 1
-            /a%20b#c?d;.tif^/ü 日.tif^//two words/x.tif | /a%20b#c?d;.tif,/ü 日.tif,/two words/x.tif | 0 0
+            /a%20b#c?d;.tif^/ü 日.tif           | /a%20b#c?d;.tif,/ü 日.tif           | 0 0
+            //two words/x.tif                   | /two words/x.tif                    | 0 0
             /scans.tif/                         | /scans.tif/                         | 0 0)");
     }
 

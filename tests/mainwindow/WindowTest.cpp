@@ -324,6 +324,11 @@ private slots:
         QCOMPARE(window().focusWidget(), &table());
         QCOMPARE(color(), palette.color(QPalette::Active, QPalette::WindowText));
         QCOMPARE(controller().processingLabelColor(), color());
+        QPalette other = palette;
+        other.setColor(QPalette::WindowText, Qt::yellow);
+        QApplication::setPalette(other); // is told to the widgets later
+        QTRY_COMPARE(color(), QColor(Qt::yellow));
+        QApplication::setPalette(palette);
         QCOMPARE(totals(), u"5, 4, 6, 7"_s);
         QVERIFY(isEnabled("convertBtn") && isEnabled("addFilesBtn"));
         QCOMPARE(text("labelTimeTaken"), u"Total Time Taken : 0 sec(s) 0/0"_s);
