@@ -1,7 +1,6 @@
 #include "engine/image/decode/DisplayRows.h"
 
 #include "engine/image/decode/ColorTransform.h"
-#include "engine/image/decode/RgbaRows.h"
 #include "engine/image/decode/SampleRange.h"
 #include "engine/image/decode/SampleUnpacker.h"
 #include "engine/image/decode/StoredRows.h"

@@ -20,6 +20,10 @@ std::unique_ptr<RowSource> displayRows(const TiffPage& page, int shownBits);
 /// LogLuv, and YCbCr that no JPEG decoder turns into RGB.
 bool needsRgbaInterface(const TiffPageTags& tags);
 
+/// A pass over such a page, a strip or a row of tiles at a time: 8-bit RGB, opaque, or gray where
+/// the page is gray. Throws std::runtime_error.
+std::unique_ptr<RowSource> rgbaRows(const TiffPage& page);
+
 /// True if the ICC profile of the page holds for its `displayRows`.
 bool profileFitsDisplayRows(const TiffPageTags& tags);
 

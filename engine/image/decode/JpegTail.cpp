@@ -1,10 +1,10 @@
 #include "engine/image/decode/JpegTail.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <map>
 #include <optional>
-#include <vector>
 
 namespace pagestack {
 
@@ -128,42 +128,27 @@ namespace {
         return scan;
     }
 
-    /// How many low bits of each coefficient are still to come.
-    class BitsToCome
+    /// How many low bits of each coefficient are still to come, by the identifier of the component.
+    using BitsToCome = std::map<std::uint8_t, std::array<std::uint8_t, 64>>;
+
+    /// Takes the header of a scan, section B.2.3, without its length. False when it makes no sense.
+    bool takeScan(Bytes header, BitsToCome& bits)
     {
-    public:
-        /// The header of a scan, section B.2.3, without its length. False when it makes no sense.
-        bool take(Bytes header)
-        {
-            const std::size_t count = header.empty() ? 0 : header[0];
-            if (header.size() < 4 + 2 * count || count == 0)
-                return false;
-            const std::size_t first = header[1 + 2 * count];
-            const std::size_t last = header[2 + 2 * count];
-            const std::uint8_t bits = header[3 + 2 * count] & 15U;
-            for (std::size_t c = 0; c < count; ++c) {
-                auto& component = m_bits[header[1 + 2 * c]]; // by its identifier
-                if (component.empty())
-                    component.assign(64, unknown);
-                for (std::size_t k = first; k <= last && k < component.size(); ++k)
-                    component[k] = bits;
-            }
-            return true;
+        constexpr std::uint8_t unknown = 255;
+        const std::size_t count = header.empty() ? 0 : header[0];
+        if (header.size() < 4 + 2 * count || count == 0)
+            return false;
+        const std::size_t first = header[1 + 2 * count];
+        const std::size_t last = header[2 + 2 * count];
+        for (std::size_t c = 0; c < count; ++c) {
+            const auto [component, isNew] = bits.try_emplace(header[1 + 2 * c]);
+            if (isNew)
+                component->second.fill(unknown);
+            for (std::size_t k = first; k <= last && k < component->second.size(); ++k)
+                component->second[k] = header[3 + 2 * count] & 15U;
         }
-
-        bool isNone(std::size_t components) const
-        {
-            return m_bits.size() == components
-                && std::all_of(m_bits.begin(), m_bits.end(), [](const auto& component) {
-                       return std::all_of(component.second.begin(), component.second.end(),
-                                          [](std::uint8_t bits) { return bits == 0; });
-                   });
-        }
-
-    private:
-        static constexpr std::uint8_t unknown = 255;
-        std::map<std::uint8_t, std::vector<std::uint8_t>> m_bits;
-    };
+        return true;
+    }
 
 } // namespace
 
@@ -175,10 +160,13 @@ bool hasAllScans(std::span<const std::uint8_t> stream)
     for (Segment segment = segments.next(); segment.bytes; segment = segments.next()) {
         if (isFrame(segment.marker) && segment.bytes->size() > 5)
             components = (*segment.bytes)[5];
-        if (segment.marker == startOfScan && !bits.take(*segment.bytes))
+        if (segment.marker == startOfScan && !takeScan(*segment.bytes, bits))
             return false;
     }
-    return components > 0 && bits.isNone(components);
+    return components > 0 && bits.size() == components
+        && std::ranges::all_of(bits, [](const auto& component) {
+               return component.second == std::array<std::uint8_t, 64> {};
+           });
 }
 
 JpegTail judgeJpegTail(std::span<const std::uint8_t> stream, std::uint64_t leftBytes)

@@ -1,5 +1,4 @@
-#include "engine/image/decode/RgbaRows.h"
-
+#include "engine/image/decode/DisplayRows.h"
 #include "engine/image/decode/StripDecoder.h"
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/pixels/RowByRow.h"

@@ -18,7 +18,6 @@ public:
     TiffPage(std::shared_ptr<TiffReader> reader, int index);
 
     const PageProperties& properties() const override;
-    std::unique_ptr<RowSource> rows() const override { return rowsShownIn(16); }
     std::unique_ptr<RowSource> rowsShownIn(int bits) const override;
     std::uint64_t decodedBytes() const override { return tags().decodedBytes(); }
     const TiffPage* tiffPage() const override { return this; }

@@ -45,7 +45,7 @@ void encodeBmp(UprightPage& upright, StagedFile& file)
     const std::uint64_t fileBytes = pixelsAt + rowBytes * static_cast<std::uint64_t>(page.heightPx);
     if (fileBytes > std::numeric_limits<std::uint32_t>::max())
         throwTooLarge(page, "BMP"_L1);
-    const MetricDensity density = metricDensity(page.resolution);
+    const Density density = metricDensity(page.resolution);
     const auto bitsPerPixel = static_cast<std::uint32_t>(layout.channels() * layout.bitsPerSample);
     std::vector<std::uint8_t> header { 'B', 'M' };
     const auto put = [&](std::uint64_t value, int bytes = 4) {

@@ -26,7 +26,7 @@ namespace {
 
 } // namespace
 
-MetricDensity metricDensity(const Resolution& resolution)
+Density metricDensity(const Resolution& resolution)
 {
     constexpr double most = 2147483647.0; // PNG and BMP: below 2^31
     if (resolution.x <= 0 || resolution.y <= 0 || resolution.unit == ResolutionUnit::None)
@@ -38,14 +38,10 @@ MetricDensity metricDensity(const Resolution& resolution)
     return { whole(resolution.x), whole(resolution.y) };
 }
 
-JfifDensity jfifDensity(const Resolution& resolution)
+Density jfifDensity(const Resolution& resolution)
 {
-    if (resolution.x <= 0 || resolution.y <= 0)
-        return {};
-    if (resolution.unit == ResolutionUnit::None) {
-        const PixelRatio ratio = pixelRatio(resolution);
-        return { 0, ratio.x, ratio.y };
-    }
+    if (resolution.x <= 0 || resolution.y <= 0 || resolution.unit == ResolutionUnit::None)
+        return pixelRatio(resolution);
     const double toInch = resolution.unit == ResolutionUnit::Inch ? 1.0 : centimetersPerInch;
     const double xInch = resolution.x * toInch;
     const double yInch = resolution.y * toInch;
@@ -53,15 +49,15 @@ JfifDensity jfifDensity(const Resolution& resolution)
     const double yCentimeter = yInch / centimetersPerInch;
     const bool inchIsExact = isWhole(xInch) && isWhole(yInch);
     if (!inchIsExact && isWhole(xCentimeter) && isWhole(yCentimeter))
-        return { 2, rounded16(xCentimeter), rounded16(yCentimeter) };
-    return { 1, rounded16(xInch), rounded16(yInch) };
+        return { rounded16(xCentimeter), rounded16(yCentimeter), 2 };
+    return { rounded16(xInch), rounded16(yInch), 1 };
 }
 
-PixelRatio pixelRatio(const Resolution& resolution)
+Density pixelRatio(const Resolution& resolution)
 {
     if (resolution.x <= 0 || resolution.y <= 0
         || std::abs(resolution.x - resolution.y) < 1e-6 * resolution.x)
-        return {};
+        return { 1, 1 };
     if (isWhole(resolution.x) && isWhole(resolution.y))
         return { rounded16(resolution.x), rounded16(resolution.y) };
     const double scale = 10000.0 / std::max(resolution.x, resolution.y);

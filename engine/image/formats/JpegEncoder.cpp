@@ -116,10 +116,10 @@ namespace {
         if (quality >= 10)
             codec.comp_info[0].h_samp_factor = codec.comp_info[0].v_samp_factor = 1;
         codec.dct_method = JDCT_ISLOW;
-        const JfifDensity density = jfifDensity(page.resolution);
+        const Density density = jfifDensity(page.resolution);
         codec.density_unit = density.unit;
-        codec.X_density = density.x;
-        codec.Y_density = density.y;
+        codec.X_density = static_cast<UINT16>(density.x);
+        codec.Y_density = static_cast<UINT16>(density.y);
     }
 
 } // namespace

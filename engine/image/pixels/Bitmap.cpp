@@ -49,18 +49,10 @@ Bitmap::Bitmap(int widthPx, int heightPx, PixelLayout layout, std::vector<std::u
         throw std::logic_error("a bitmap needs as many samples as its size says");
 }
 
-std::shared_ptr<Bitmap> Bitmap::decoded(RowSource& rows)
+std::unique_ptr<RowSource> Bitmap::rowsShownIn(int) const
 {
-    const auto rowBytes = static_cast<std::size_t>(rows.rowBytes());
-    std::vector<std::uint8_t> samples;
-    for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
-        for (int i = 0; i < band.rows; ++i)
-            samples.insert(samples.end(), band.row(i), band.row(i) + rowBytes);
-    return std::make_shared<Bitmap>(rows.widthPx(), rows.heightPx(), rows.layout(),
-                                    std::move(samples));
+    return std::make_unique<BitmapRows>(*this);
 }
-
-std::unique_ptr<RowSource> Bitmap::rows() const { return std::make_unique<BitmapRows>(*this); }
 
 std::shared_ptr<Bitmap> monochromeImageRepWithThreshold(const Bitmap& bitmap, float threshold,
                                                         const std::array<double, 3>& offColor,

@@ -14,11 +14,8 @@ public:
     /// Throws std::logic_error when their number does not fit.
     Bitmap(int widthPx, int heightPx, PixelLayout layout, std::vector<std::uint8_t> samples);
 
-    /// Decodes all of `rows`. Throws std::runtime_error when that fails.
-    static std::shared_ptr<Bitmap> decoded(RowSource& rows);
-
     const PageProperties& properties() const override { return m_properties; }
-    std::unique_ptr<RowSource> rows() const override;
+    std::unique_ptr<RowSource> rowsShownIn(int bits) const override;
 
     const PixelLayout& layout() const { return m_layout; }
     const std::vector<std::uint8_t>& samples() const { return m_samples; }

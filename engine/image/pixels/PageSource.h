@@ -45,15 +45,11 @@ public:
 
     /// Starts a pass over the pixels in stored order. The source must outlive it, and passes over
     /// pages of the same file cannot overlap. Throws std::runtime_error with the reason.
-    virtual std::unique_ptr<RowSource> rows() const = 0;
+    std::unique_ptr<RowSource> rows() const { return rowsShownIn(16); }
 
     /// The same for samples that are brought to `bits` bits (8 or 16) in the end: the page gets a
     /// warning if next to nothing is left of them.
-    virtual std::unique_ptr<RowSource> rowsShownIn(int bits) const
-    {
-        static_cast<void>(bits);
-        return rows();
-    }
+    virtual std::unique_ptr<RowSource> rowsShownIn(int bits) const = 0;
 
     /// Of the pixels as stored. Throws as `properties`.
     virtual std::uint64_t decodedBytes() const

@@ -31,8 +31,7 @@ struct PixelLayout
 {
     ColorModel model = ColorModel::Gray;
     int bitsPerSample = 8; ///< 1, 2, 4 or 8; 16 for Gray and Rgb only
-    AlphaKind alpha
-        = AlphaKind::None; ///< other than None only with 8 or 16 bits, never with Palette
+    AlphaKind alpha = AlphaKind::None; ///< only with 8 or 16 bits, never with Palette
     std::vector<RgbColor> palette; ///< 2^bitsPerSample colours; empty unless `model` is Palette
 
     int colorChannels() const { return model == ColorModel::Rgb ? 3 : 1; }

@@ -27,59 +27,57 @@ namespace {
         CodecMessage meaning;
     };
 
-    constexpr CodecMessage harmless = CodecMessage::Harmless;
-    constexpr CodecMessage unsure = CodecMessage::Unsure;
-    constexpr CodecMessage loss = CodecMessage::Loss;
+    using enum CodecMessage;
 
     // The warnings of libtiff 4.5's codecs and of libjpeg, which they pass on; the first entry that
     // fits counts.
     constexpr std::array meanings {
         // Fax. The strip ends before its last row.
-        Entry { "", "Premature EOF", loss },
+        Entry { "", "Premature EOF", Loss },
         // A row that is too short or too long makes those below it wrong: in T.6, and where no end
         // of line parts the rows. In T.4 rows below are sound again, at the latest from one that
         // stands for itself.
-        Entry { "Fax4Decode", "Premature EOL", loss },
-        Entry { "Fax4Decode", "Line length mismatch", loss },
-        Entry { "Fax3DecodeRLE", "Premature EOL", loss },
-        Entry { "Fax3DecodeRLE", "Line length mismatch", loss },
-        Entry { "", "Premature EOL", CodecMessage::RepairedRow },
-        Entry { "", "Line length mismatch", CodecMessage::RepairedRow },
+        Entry { "Fax4Decode", "Premature EOL", Loss },
+        Entry { "Fax4Decode", "Line length mismatch", Loss },
+        Entry { "Fax3DecodeRLE", "Premature EOL", Loss },
+        Entry { "Fax3DecodeRLE", "Line length mismatch", Loss },
+        Entry { "", "Premature EOL", RepairedRow },
+        Entry { "", "Line length mismatch", RepairedRow },
 
         // JPEG. Of a stream libjpeg gives the first warning alone, whatever else is wrong with it:
         // one that is harmless in itself hides others.
-        Entry { "", "extraneous bytes before marker 0xd9", CodecMessage::JpegTail },
-        Entry { "", "Corrupt JPEG data", loss },
-        Entry { "", "Premature end of JPEG file", loss },
-        Entry { "", "Inconsistent progression sequence", loss },
-        Entry { "", "Unknown Adobe color transform code", unsure },
-        Entry { "", "unknown JFIF revision number", unsure },
-        Entry { "", "Invalid SOS parameters for sequential JPEG", unsure },
+        Entry { "", "extraneous bytes before marker 0xd9", JpegTail },
+        Entry { "", "Corrupt JPEG data", Loss },
+        Entry { "", "Premature end of JPEG file", Loss },
+        Entry { "", "Inconsistent progression sequence", Loss },
+        Entry { "", "Unknown Adobe color transform code", Unsure },
+        Entry { "", "unknown JFIF revision number", Unsure },
+        Entry { "", "Invalid SOS parameters for sequential JPEG", Unsure },
         // Rows of a strip of another size would be those of other places.
-        Entry { "", "Improper JPEG strip/tile size", loss },
-        Entry { "", "fractional scanline not read", loss },
+        Entry { "", "Improper JPEG strip/tile size", Loss },
+        Entry { "", "fractional scanline not read", Loss },
         // A last strip that is filled up with rows.
-        Entry { "", "JPEG strip size exceeds expected dimensions", harmless },
-        Entry { "", "encoded with progressive mode", CodecMessage::ProgressiveJpeg },
+        Entry { "", "JPEG strip size exceeds expected dimensions", Harmless },
+        Entry { "", "encoded with progressive mode", ProgressiveJpeg },
         // The sub-sampling of the JPEG data is taken, which is that of the pixels.
-        Entry { "", "Auto-corrected former TIFF subsampling values", harmless },
-        Entry { "", "auto-correcti", unsure }, // of which something came in the way
+        Entry { "", "Auto-corrected former TIFF subsampling values", Harmless },
+        Entry { "", "auto-correcti", Unsure }, // of which something came in the way
         // Old-style JPEG: by the data, not by the tags, again.
-        Entry { "", "Deprecated and troublesome old-style JPEG", harmless },
-        Entry { "", "assuming subsampling inside JPEG data is correct", harmless },
-        Entry { "", "Subsampling tag not appropriate", harmless },
+        Entry { "", "Deprecated and troublesome old-style JPEG", Harmless },
+        Entry { "", "assuming subsampling inside JPEG data is correct", Harmless },
+        Entry { "", "Subsampling tag not appropriate", Harmless },
 
         // What is missing then is an error of its own.
-        Entry { "", "not terminated with EOI code", harmless }, // LZW
-        Entry { "", "Old-style LZW codes", harmless },
+        Entry { "", "not terminated with EOI code", Harmless }, // LZW
+        Entry { "", "Old-style LZW codes", Harmless },
         // Bytes of rows, which libtiff leaves out, and those that are not there.
-        Entry { "", "to avoid buffer overrun", loss }, // PackBits
-        Entry { "", "Terminating PackBitsDecode", loss },
-        Entry { "", "data truncated", loss }, // PixarLog
-        Entry { "JBIG", "Only decoded", loss },
-        Entry { "", "Unexpected version number", harmless }, // LERC; it decodes, or it fails
+        Entry { "", "to avoid buffer overrun", Loss }, // PackBits
+        Entry { "", "Terminating PackBitsDecode", Loss },
+        Entry { "", "data truncated", Loss }, // PixarLog
+        Entry { "JBIG", "Only decoded", Loss },
+        Entry { "", "Unexpected version number", Harmless }, // LERC; it decodes, or it fails
         // Colour maps of 8 bits.
-        Entry { "", "Assuming 8-bit colormap", harmless },
+        Entry { "", "Assuming 8-bit colormap", Harmless },
     };
 
     /// The class of a warning by the module that gives it and its text; one that is not in the
@@ -90,7 +88,7 @@ namespace {
             return (row.module.empty() || row.module == module)
                 && text.find(row.sign) != std::string_view::npos;
         });
-        return entry == meanings.end() ? unsure : entry->meaning;
+        return entry == meanings.end() ? Unsure : entry->meaning;
     }
 
     /// The count in "17 extraneous bytes before marker 0xd9" behind other words.
@@ -127,22 +125,22 @@ void TiffMessages::addError(const char* module, const std::string& text)
 void TiffMessages::addWarning(const char* module, const std::string& text)
 {
     switch (classOfWarning(module != nullptr ? module : "", text)) {
-    case CodecMessage::Harmless:
+    case Harmless:
         break;
-    case CodecMessage::Unsure:
+    case Unsure:
         addPageWarning(u"the decoder says: "_s + QString::fromStdString(withoutName(text)));
         break;
-    case CodecMessage::Loss:
+    case Loss:
         if (m_reason.empty())
             m_reason = withoutName(text);
         break;
-    case CodecMessage::RepairedRow:
+    case RepairedRow:
         ++m_repairedRows;
         break;
-    case CodecMessage::JpegTail:
+    case JpegTail:
         m_jpegTail = countBefore(text, " extraneous bytes");
         break;
-    case CodecMessage::ProgressiveJpeg:
+    case ProgressiveJpeg:
         m_isProgressiveJpeg = true;
         break;
     }

@@ -17,9 +17,8 @@ public:
     /// Beyond this size a file cannot be a classic TIFF file.
     static constexpr std::uint64_t classicLimitBytes = 0xFFF00000;
 
-    /// A file for `path` with the compression of `compressionIndex`
-    /// (Settings::tiffCompressionIndex) and probably `plannedPages` pages. Nothing is made before
-    /// the first page comes. `limitBytes` is for tests.
+    /// A file for `path` of probably `plannedPages` pages, made when the first one comes.
+    /// `compressionIndex` as in Settings::tiffCompressionIndex. `limitBytes` is for tests.
     MultiPageTiffWriter(QString path, int compressionIndex, int plannedPages,
                         std::uint64_t limitBytes = classicLimitBytes);
 

@@ -24,15 +24,13 @@ class TiffFileBuilder
 {
 public:
     /// The staged file takes no more, or could not be made.
-    class WriteFailure : public std::runtime_error
+    struct WriteFailure : std::runtime_error
     {
-    public:
         using std::runtime_error::runtime_error;
     };
     /// The page does not fit into a classic TIFF file any more.
-    class TooLarge : public std::runtime_error
+    struct TooLarge : std::runtime_error
     {
-    public:
         using std::runtime_error::runtime_error;
     };
 
@@ -40,10 +38,9 @@ public:
     TiffFileBuilder(const QString& path, int compression, int plannedPages, bool bigTiff,
                     std::uint64_t classicLimitBytes);
 
-    /// Adds a page at the end; with its `pieces` (see writeTiffPage) they are copied. Throws
-    /// std::runtime_error when it cannot be decoded, WriteFailure when the file takes no more,
-    /// TooLarge; in every case the pages before it stay as they are, and another call may follow.
-    /// Tags of the page that the file does not take are noted with the messages of its source.
+    /// Adds a page, or its `pieces` (see writeTiffPage), at the end. Throws std::runtime_error when
+    /// it cannot be decoded, WriteFailure, or TooLarge; the pages before it then stay as they are,
+    /// and another call may follow. Tags that are left out are noted with the page's messages.
     void append(const PageSource& page, const EncodedPieces& pieces = {});
 
     /// Returns the complete file; ends the assembly. Throws std::runtime_error.

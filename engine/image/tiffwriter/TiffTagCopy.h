@@ -12,13 +12,12 @@ namespace pagestack {
 
 class TiffPage;
 
-/// Copies what describes a page as a document and a photograph, from the current page of `from` to
-/// the page that `to` writes: names, texts, dates, position, resolution, ICC profile, XMP, IPTC and
-/// the colorimetry of its samples.
+/// Copies the texts, dates, position, resolution, ICC profile, XMP, IPTC and Photoshop data of the
+/// current page of `from` to the page that `to` writes.
 void copyDescriptiveTags(tiff* from, tiff* to);
 
-/// Copies what says how the samples are to be understood: colour map, extra samples, sample format,
-/// ink set, range of values; and of YCbCr pages coefficients, positioning and sub-sampling.
+/// Copies the meaning of the samples: colour map, extra samples, sample format, ink set, range of
+/// values, colorimetry; and of YCbCr pages coefficients, positioning and sub-sampling.
 void copyInterpretationTags(tiff* from, tiff* to);
 
 /// A tag that holds several texts, each with its end mark. libtiff knows but the first.

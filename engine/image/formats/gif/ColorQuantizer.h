@@ -11,11 +11,10 @@ namespace pagestack {
 
 /// Collects the colours of a page and chooses a palette for it.
 ///
-/// As many different colours as the palette may have are kept exactly. Of up to 256 that are still
-/// too many the rarest are left out. More are reduced by variance: the colour space is cut again
-/// and again across the box whose split lowers the squared error most (the method published by X.
-/// Wu in Graphics Gems II, 1991), on colours of 6 bits a channel, and the mean of each box's real
-/// colours becomes a palette entry. The same colours give the same palette.
+/// As many colours as the palette may have are kept exactly. Of up to 256 that are too many the
+/// rarest are left out. More are reduced by variance (X. Wu in Graphics Gems II, 1991): the space
+/// of colours of 6 bits a channel is cut again and again across the box whose split lowers the
+/// squared error most, and the mean of each box's real colours becomes a palette entry.
 class ColorQuantizer
 {
 public:
@@ -42,8 +41,7 @@ private:
     std::vector<RgbColor> sortedColors() const;
 
     bool m_overflowed = false; ///< more than 256 colours
-    std::unordered_map<std::uint32_t, std::int64_t>
-        m_colors; ///< pixels a colour, while they are few
+    std::unordered_map<std::uint32_t, std::int64_t> m_colors; ///< pixels of each, while few
     std::vector<Moments> m_cells;
 };
 

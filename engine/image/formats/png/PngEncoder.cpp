@@ -72,13 +72,13 @@ namespace {
 
     void writeDensity(const Resolution& resolution, StagedFile& file)
     {
-        MetricDensity density = metricDensity(resolution);
+        Density density = metricDensity(resolution);
         const bool isMetric = density.x != 0;
-        const PixelRatio ratio = pixelRatio(resolution);
+        const Density ratio = pixelRatio(resolution);
         if (!isMetric && (resolution.unit != ResolutionUnit::None || ratio.x == ratio.y))
             return;
         if (!isMetric)
-            density = { ratio.x, ratio.y };
+            density = ratio;
         std::array<std::uint8_t, 9> bytes {};
         qToBigEndian(density.x, bytes.data());
         qToBigEndian(density.y, bytes.data() + 4);

@@ -51,11 +51,11 @@ class ShortOfMemory : public PageSource
 {
 public:
     const PageProperties& properties() const override { return m_bitmap.properties(); }
-    std::unique_ptr<RowSource> rows() const override
+    std::unique_ptr<RowSource> rowsShownIn(int bits) const override
     {
         if (isShort)
             throw std::bad_alloc();
-        return m_bitmap.rows();
+        return m_bitmap.rowsShownIn(bits);
     }
 
     bool isShort = false;
