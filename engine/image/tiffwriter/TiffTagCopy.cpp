@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <span>
 #include <tuple>
 #include <type_traits>
 
@@ -83,16 +84,9 @@ namespace {
         Name { 42113, "GDAL_NODATA"_L1 },
     };
 
-    template <std::size_t count>
-    bool has(const std::array<ttag_t, count>& tags, unsigned tag)
+    bool has(std::span<const ttag_t> tags, unsigned tag)
     {
-        return std::find(tags.begin(), tags.end(), tag) != tags.end();
-    }
-
-    template <typename Value>
-    bool isThere(Value value)
-    {
-        return !std::is_pointer_v<Value> || value != Value {};
+        return std::ranges::find(tags, tag) != tags.end();
     }
 
     /// A tag whose value libtiff hands out, and takes, as these; lengths of arrays it knows from
@@ -103,7 +97,8 @@ namespace {
         std::tuple<Values...> held;
         std::apply(
             [=](Values&... values) {
-                if (TIFFGetField(from, tag, &values...) == 1 && (isThere(values) && ...))
+                if (TIFFGetField(from, tag, &values...) == 1
+                    && ((!std::is_pointer_v<Values> || values != Values {}) && ...))
                     TIFFSetField(to, tag, values...);
             },
             held);
