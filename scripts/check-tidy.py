@@ -5,9 +5,9 @@ BUILD is a build folder whose commands and generated headers are used;
 FOLDER is below the root, such as engine/image, all when none is named. Exits with 1 where something is
 found, with 77 where there is no clang-tidy.
 
-Most of the time of clang-tidy goes into the headers of Qt, once a file. So the files of a folder are
-joined to one and what is said about that is put down to the file and line it came from. Files that
-cannot stand beside the others, as both have a function of one name, are looked at alone.
+Most of the time of clang-tidy goes into the headers of Qt, once a file. So the files of neighbouring
+folders are joined to one and what is said about that is put down to the file and line it came from. Files
+that cannot stand beside the others, as both have a function of one name, are joined among themselves.
 """
 
 import json
@@ -27,6 +27,8 @@ ROOT = Path(__file__).resolve().parent.parent
 IN_TESTS = ",".join(f"-{check}" for check in (
     "clang-analyzer-*", "performance-*", "bugprone-*widening*", "bugprone-too-small-loop-variable",
     "concurrency-mt-unsafe", "cppcoreguidelines-special-member-functions", "cppcoreguidelines-pro-type-member-init"))
+# Bytes; some units for each processor, and no folder waits for the end of a very long one.
+LARGE_PACK = 100_000
 # What is cheap, to find out whether files can stand together.
 PARSED_ONLY = "-*,misc-misplaced-const"
 # An assertion tells the path analysis what cannot be.
@@ -64,9 +66,10 @@ def flags_of(command):
 class Joined:
     """Several files as one, in BUILD/tidy."""
 
-    def __init__(self, build, name, sources):
+    def __init__(self, build, sources):
         self.sources = sorted(sources)
-        self.path = build / "tidy" / f"{name.replace('/', '-')}.cpp"
+        name = "-".join((*self.sources[0].relative_to(ROOT).with_suffix("").parts, str(len(sources))))
+        self.path = build / "tidy" / f"{name}.cpp"
         # A dictionary is an ordered set.
         self.flags = dict.fromkeys(flag for path in self.sources for flag in sources[path])
         self.flags.update({("-iquote", str(path.parent)): None for path in self.sources})
@@ -103,19 +106,35 @@ class Joined:
         return found
 
 
-def units(build, folder, sources):
-    """What is looked at in one go: the files of the folder, and apart those that clash with them."""
-    joined = Joined(build, folder, sources)
-    clashing = {path for path, _, text in joined.examine(f"--checks={PARSED_ONLY}")
-                if text.startswith("error:")} & set(sources)
-    if clashing and len(sources) > 1:
-        rest = {path: flags for path, flags in sources.items() if path not in clashing}
-        if rest:
-            yield Joined(build, folder, rest)
-        for path in clashing:
-            yield Joined(build, f"{folder}/{path.stem}", {path: sources[path]})
-    else:
-        yield joined
+def packed(folders):
+    """Neighbouring folders together, as [{path: flags}]: tests and users of widgets apart from the rest."""
+    packs = []
+    last = None
+    for folder, sources in sorted(folders.items()):
+        kind = folder.startswith("tests"), any("QT_WIDGETS_LIB" in flag[0] for flag in next(iter(sources.values())))
+        if kind != last or sum(path.stat().st_size for path in packs[-1]) > LARGE_PACK:
+            packs.append({})
+        last = kind
+        packs[-1].update(sources)
+    return packs
+
+
+def units(build, sources):
+    """What is looked at in one go: all files, or in several goes those that clash with the files before them."""
+    left = dict(sources)
+    while left:
+        joined = Joined(build, left)
+        clashing = {path for path, _, text in joined.examine(f"--checks={PARSED_ONLY}")
+                    if text.startswith("error:")} & set(left)
+        if not clashing or len(left) == 1:
+            yield joined
+            return
+        rest = {path: flags for path, flags in left.items() if path not in clashing}
+        if not rest:
+            yield from (Joined(build, {path: left[path]}) for path in left)
+            return
+        yield Joined(build, rest)
+        left = {path: left[path] for path in clashing}
 
 
 def main():
@@ -139,7 +158,7 @@ def main():
             print(f"{time.monotonic() - began:6.1f} s {unit.path.stem}", flush=True)
 
     with ThreadPoolExecutor(len(os.sched_getaffinity(0))) as pool:
-        listed = pool.map(lambda item: list(units(build, *item)), folders.items())
+        listed = pool.map(lambda sources: list(units(build, sources)), packed(folders))
         work = [unit for some in listed for unit in some]
         # The longest first, so that the processors end together.
         work.sort(key=lambda unit: unit.path.stat().st_size, reverse=True)

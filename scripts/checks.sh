@@ -31,13 +31,11 @@ check_threads() {
 # Where the commits since the last full run are not known, the newest ones stand for them.
 is_new() { ! (cd "$root" && git rev-parse -q --verify HEAD~30 >/dev/null && git diff --quiet HEAD~30 -- "$@"); }
 
-# A minute for each target whose code is new, some seconds for those that had theirs before.
+# All targets at a time: a minute when their code is new, some seconds when it had its minute before.
 check_fuzz() {
-    local images=10 settings=10
-    is_new engine/files engine/image engine/support tests/fuzz && images=60
-    is_new engine/settings tests/fuzz && settings=60
-    FUZZ_JOBS=$cores "$root/tests/fuzz/run.sh" "$images" readPages writePages &&
-        FUZZ_JOBS=$cores "$root/tests/fuzz/run.sh" "$settings" readSettings
+    local seconds=10
+    is_new engine/files engine/image engine/settings engine/support tests/fuzz && seconds=60
+    FUZZ_JOBS=3 "$root/tests/fuzz/run.sh" "$seconds" readPages writePages readSettings
 }
 
 run_checks() {

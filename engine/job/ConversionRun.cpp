@@ -116,6 +116,8 @@ void ConversionRun::convertItem(const OutputFile& output, PlanPlace place, LogFi
             return reasonOf(error);
         }
     });
+    if (document && !m_job.isCombining())
+        return; // the search for its pages was stopped, too
     try {
         if (document) {
             const std::optional<FileIdentity> identity = fileIdentity(QFile::encodeName(path));

@@ -162,7 +162,7 @@ QString Process::finalMessage() const
     if (m_hasFailed)
         return u"Pagestack unable able to convert some of the files!\r\n"
                "Please check log for more information."_s;
-    if (!isCombining())
+    if (log()->isCancelled) // what comes while the log is written is too late
         return u"Process cancelled!"_s;
     // Planned sources are compared with files created: three pages of one source are no "all".
     if (outputFiles().size() == totalFileCreated())
