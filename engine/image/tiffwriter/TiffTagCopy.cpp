@@ -61,7 +61,7 @@ namespace {
     };
     // TIFF 6.0 and its supplements, Exif 2.3, GeoTIFF 1.1, GDAL; as far as libtiff has no name for
     // them, or another one.
-    constexpr std::array names {
+    constexpr std::array tagNames {
         Name { 326, "BadFaxLines"_L1 },
         Name { 327, "CleanFaxData"_L1 },
         Name { 328, "ConsecutiveBadFaxLines"_L1 },
@@ -147,7 +147,7 @@ namespace {
 
     QString nameOf(TIFF* handle, unsigned tag)
     {
-        if (const auto name = std::ranges::find(names, tag, &Name::tag); name != names.end())
+        if (const auto name = std::ranges::find(tagNames, tag, &Name::tag); name != tagNames.end())
             return name->text;
         const TIFFField* known = TIFFFindField(handle, tag, TIFF_ANY);
         const auto name = QString::fromLatin1(known != nullptr ? TIFFFieldName(known) : "Tag ");
