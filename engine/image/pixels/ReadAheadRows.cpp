@@ -1,6 +1,7 @@
 #include "engine/image/pixels/ReadAheadRows.h"
 
 #include <algorithm>
+#include <cstring>
 #include <system_error>
 #include <utility>
 
@@ -8,74 +9,115 @@ namespace pagestack {
 
 namespace {
 
-    /// Stays in the cache, and takes far longer to be made than a thread does.
-    constexpr qsizetype portionBytes = qsizetype { 1024 } * 1024;
+    /// All portions together stay in the cache.
+    constexpr qsizetype portionBytes = qsizetype { 256 } * 1024;
 
 } // namespace
 
 ReadAheadRows::ReadAheadRows(std::unique_ptr<RowSource> source, SpareThreads& threads)
     : RowSource(source->widthPx(), source->heightPx(), source->layout())
-    , m_threads(threads)
     , m_source(std::move(source))
+    , m_threads(threads)
+    , m_strideBytes(rowBytes())
+    , m_portionRows(static_cast<int>(std::max<qsizetype>(1, portionBytes / m_strideBytes)))
 {
+}
+
+ReadAheadRows::~ReadAheadRows()
+{
+    if (!m_thread.joinable())
+        return;
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isClosing = true;
+    }
+    m_changed.notify_all();
+    m_thread.join();
 }
 
 Band ReadAheadRows::nextBand()
 {
     if (m_isAtEnd)
         return {};
-    if (!m_claim)
-        m_claim = m_threads.tryTake();
-    m_isAtEnd = true; // with an exception, too
-    Band band;
-    if (m_claim) {
-        if (!m_rowsAhead.valid())
-            startReading();
-        band.rows = m_rowsAhead.get();
-        m_samples.swap(m_ahead);
-        band.samples = m_samples.data();
-        band.strideBytes = rowBytes();
-        if (band.rows > 0)
-            startReading();
-    } else {
-        band = m_source->nextBand();
-    }
+    const Band band = m_thread.joinable() || start() ? take() : m_source->nextBand();
     m_isAtEnd = band.rows == 0;
     return band;
 }
 
-void ReadAheadRows::startReading()
-try {
-    m_rowsAhead = std::async(std::launch::async, [this] { return read(); });
-} catch (const std::system_error&) { // the system has no thread left
-    m_rowsAhead = std::async(std::launch::deferred, [this] { return read(); });
+/// False when there is no thread to be had.
+bool ReadAheadRows::start()
+{
+    ThreadClaim claim = m_threads.tryTake();
+    if (!claim)
+        return false;
+    for (Portion& portion : m_ring)
+        portion.samples = std::make_unique_for_overwrite<std::uint8_t[]>(
+            static_cast<std::size_t>(m_portionRows * m_strideBytes));
+    try {
+        m_thread = std::thread([this, own = std::move(claim)] { readAll(); });
+    } catch (const std::system_error&) {
+        return false;
+    }
+    return true;
 }
 
-/// Fills `m_ahead`; returns the number of rows, 0 at the end.
-int ReadAheadRows::read()
+Band ReadAheadRows::take()
 {
-    const qsizetype bytes = rowBytes();
-    const qsizetype most = std::max<qsizetype>(1, portionBytes / bytes);
-    m_ahead.clear();
-    int rows = 0;
-    try {
-        if (m_failure)
-            std::rethrow_exception(std::exchange(m_failure, nullptr));
-        for (; rows < most; ++rows, ++m_done) {
-            if (m_done == m_band.rows) {
-                m_band = m_source->nextBand();
-                m_done = 0;
-                if (m_band.rows == 0)
-                    break;
-            }
-            m_ahead.insert(m_ahead.end(), m_band.row(m_done), m_band.row(m_done) + bytes);
-        }
-    } catch (...) {
-        if (rows == 0)
-            throw;
-        m_failure = std::current_exception();
+    std::unique_lock lock(m_mutex);
+    if (m_holdsPortion)
+        ++m_used;
+    m_holdsPortion = true;
+    m_changed.notify_all();
+    m_changed.wait(lock, [this] { return m_read > m_used; });
+    Portion& taken = portion(m_used);
+    lock.unlock();
+    if (taken.failure) {
+        m_isAtEnd = true;
+        std::rethrow_exception(std::exchange(taken.failure, nullptr));
     }
-    return rows;
+    return { taken.samples.get(), taken.rows, m_strideBytes };
+}
+
+void ReadAheadRows::readAll()
+{
+    for (bool goesOn = true; goesOn;) {
+        Band band;
+        std::exception_ptr failure;
+        try {
+            band = m_source->nextBand();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        goesOn = handOver(band, std::move(failure));
+    }
+}
+
+/// False when nothing follows, or nobody wants it.
+bool ReadAheadRows::handOver(const Band& band, std::exception_ptr failure)
+{
+    int done = 0;
+    do {
+        if (!waitForRoom())
+            return false;
+        Portion& next = portion(m_read);
+        next.rows = std::min(m_portionRows, band.rows - done);
+        next.failure = std::exchange(failure, nullptr);
+        for (int i = 0; i < next.rows; ++i)
+            std::memcpy(next.samples.get() + i * m_strideBytes, band.row(done + i),
+                        static_cast<std::size_t>(m_strideBytes));
+        done += next.rows;
+        const std::scoped_lock lock(m_mutex);
+        ++m_read;
+        m_changed.notify_all();
+    } while (done < band.rows);
+    return band.rows > 0;
+}
+
+bool ReadAheadRows::waitForRoom()
+{
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_isClosing || m_read - m_used < m_ring.size(); });
+    return !m_isClosing;
 }
 
 } // namespace pagestack

@@ -2,8 +2,6 @@
 
 #include "tests/support/Testing.h"
 
-#include <thread>
-
 namespace {
 
 /// What a source of 3000 rows does, and what became of it.
@@ -88,7 +86,7 @@ private slots:
         addTextRows(R"(
 600      | 700            | 3000     | 0          |
 40       | 1              | 3000     | 0          |
-1200000  | 2              | 7        | 0          |
+300000   | 2              | 7        | 0          |
 600      | 300            | 3000     | 1500       |
 600      | 300            | 1234     | 0          | fails
 600      | 300            | 600      | 600        | fails
@@ -113,15 +111,15 @@ private slots:
         QCOMPARE(alone.readers, std::set { std::this_thread::get_id() });
         Script helped = script;
         QCOMPARE(story(helped, threads, threads.take(), spareFromRow), expected);
-        QCOMPARE(helped.readers.contains(std::this_thread::get_id()), spareFromRow > 0);
+        QCOMPARE(helped.readers.size(), spareFromRow == 0 ? 1U : 2U);
         QVERIFY(helped.readers != alone.readers);
         QVERIFY(threads.tryTake());
     }
 
-    void readsNoFurtherThanAPortion()
+    void readsNoFurtherThanItsRing()
     {
         for (const int taken : { 1, 2, 5 }) {
-            Script script { .width = 2'000'000, .bandRows = 1 };
+            Script script { .width = 200'000, .bandRows = 1 };
             SpareThreads threads(1);
             {
                 ReadAheadRows rows(std::make_unique<ScriptedRows>(script), threads);
@@ -130,7 +128,8 @@ private slots:
                 QVERIFY(!threads.tryTake());
             }
             QVERIFY(script.isGone && threads.tryTake());
-            QVERIFY2(script.bands <= taken + 1, qPrintable(QString::number(script.bands)));
+            // Four lie in the ring, of which one is in use, and one waits for room.
+            QVERIFY2(script.bands <= taken + 4, qPrintable(QString::number(script.bands)));
         }
     }
 };
