@@ -96,15 +96,6 @@ private slots:
             QCOMPARE(FileItem::sizeText(bytes), text);
     }
 
-    void capsTheSizeOfAHugeFile()
-    {
-        if (QProcess::execute(u"fallocate"_s, { u"-l"_s, u"2200000000"_s, m_file }) != 0)
-            QSKIP("this file system cannot set aside 2.2 GB");
-        const auto item = itemOf(m_file);
-        QCOMPARE(item->size(), std::numeric_limits<int>::max());
-        QCOMPARE(item->sizeInKB(), u" 2.1 GB"_s);
-    }
-
     void answersByColumn()
     {
         const auto item = itemOf(m_file);

@@ -197,24 +197,6 @@ private slots:
         QCOMPARE(openFiles(), before);
     }
 
-    // Last, as calls are not taken again.
-    void endsWhenTheProgramEnds()
-    {
-        QList<QUrl> given;
-        for (int i = 0; i < 100000; ++i)
-            given.append(QUrl::fromLocalFile(u"/none/%1.tif"_s.arg(i)));
-        Target target;
-        WorkerThread worker([&] { FileLoader(target).addFilesToList(given); });
-        QEventLoop loop;
-        target.onAppend = [&] { target.appends == 5 ? loop.quit() : void(); };
-        worker.start();
-        loop.exec();
-        endMainThreadCalls();
-        worker.wait();
-        QVERIFY(target.appends >= 5 && target.appends < 100000);
-        QCOMPARE(target.files.count(), target.appends);
-    }
-
 private:
     QString path(const QString& name) const { return m_folder->path(name); }
     QList<QUrl> urls(const QStringList& names) const

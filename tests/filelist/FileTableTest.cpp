@@ -79,18 +79,6 @@ private slots:
         model.index(2, FileTableModel::DateCreated).data(); // goes without having been read
     }
 
-    void announcesCheckMarksOnceAnOperation()
-    {
-        QSignalSpy cells(m_model.get(), &FileTableModel::dataChanged);
-        for (int round = 0; round < 2; ++round) // the second time nothing changes
-            QVERIFY(m_model->setData(m_model->index(2, 0), Qt::Unchecked, Qt::CheckStateRole));
-        QCOMPARE(cells.last().at(0).toModelIndex(), m_model->index(2, 0));
-        QCOMPARE(cells.last().at(1).toModelIndex(), m_model->index(2, 0));
-        QCOMPARE(m_model->mark({ 0, 1, 2, 3, 4 }, FileTableModel::Mark::Uncheck), 4);
-        QCOMPARE(m_model->mark({ 0, 1, 2, 3, 4 }, FileTableModel::Mark::Uncheck), 0);
-        QCOMPARE(cells.size(), 2);
-    }
-
     void removesRowsInAnyOrderAndManyAtOnce()
     {
         m_table->highlightRows({ 2, 4 });

@@ -130,18 +130,6 @@ private slots:
         QTRY_COMPARE(m_opened, QStringList { url.toString() });
     }
 
-    // The last test: a program does not get back to its session bus.
-    void opensTheFoldersWithoutABus()
-    {
-        m_bus.kill();
-        QVERIFY(m_bus.waitForFinished());
-        QTRY_VERIFY(!QDBusConnection::sessionBus().isConnected());
-        const QList<QUrl> urls { QUrl(u"file:///s/b.tif"_s), QUrl(u"file:///s/a.tif"_s) };
-        m_desktop.activateFileViewerSelectingURLs(urls);
-        m_desktop.showInformation(urls);
-        QCOMPARE(m_opened, QStringList(2, u"file:///s"_s));
-    }
-
 private:
     bool allAnswered() const
     {

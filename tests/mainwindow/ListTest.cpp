@@ -55,6 +55,7 @@ private slots:
         for (const QString& row : rows.split(u' ', Qt::SkipEmptyParts))
             highlighted.append(row.toInt());
         table().highlightRows(highlighted);
+        find("removeBtn").setFocus();
         const bool isAsked = way.startsWith(u"removeAll"_s);
         if (isAsked)
             alerts().setNextAnswer(way.endsWith(u"no"_s) ? 1 : 0);
@@ -66,6 +67,8 @@ private slots:
             pressOrType(way.section(u',', 0, 0));
         QCOMPARE(state(), after);
         QCOMPARE(highlightedText(), highlightedAfter);
+        if (way.startsWith(u"move"_s))
+            QCOMPARE(window().focusWidget(), &table());
         QCOMPARE(alerts().lastText() + alerts().lastButtons().join(u'/'),
                  isAsked ? u"Are you sure to remove all file(s)?Yes/No"_s : QString());
         const FileList& files = controller().files();
@@ -83,20 +86,6 @@ private slots:
         press("redoAction");
         QCOMPARE(state(), after);
         QVERIFY(QFile::exists(path(u"in/3.tif"_s)));
-    }
-
-    void showsWhatItMoves()
-    {
-        QVERIFY(open({ manyFiles() }));
-        table().highlightRows({ 100, 101, 200 });
-        for (const auto& [way, row] :
-             { std::pair("moveUpButton", 99), std::pair("moveDownButton", 200) }) {
-            table().scrollToTop();
-            find("removeBtn").setFocus();
-            press(way);
-            QCOMPARE(window().focusWidget(), &table());
-            QVERIFY2(table().viewport()->rect().contains(placeOf(row, 1)), way);
-        }
     }
 
     void takesBackEveryStep()
@@ -147,12 +136,18 @@ private slots:
         QCOMPARE(order(), u"5 4 3 2 1 0"_s);
         table().highlightRows({ 0, 1, 2 }); // 5 4 3
         press("removeBtn");
+        table().highlightRows({ 0 });
+        QVERIFY(!isEnabled("moveUpButton"));
         QVERIFY(openFiles({ { "4.tif", 4 }, { "9.tif", 1 } }));
+        QVERIFY(isEnabled("moveUpButton"));
         QCOMPARE(order(), u"9 4 2 1 0"_s);
         press("undoAction"); // 4 is there already
-        QCOMPARE(order(), u"5 9 3 4 2 1 0"_s);
         QCOMPARE(highlightedText(), u"0 2"_s);
+        QVERIFY(openFiles({ { "9.tif", 1 } })); // nothing came, so nothing is sorted
+        QCOMPARE(order(), u"5 9 3 4 2 1 0"_s);
+        table().highlightRows({ 1 });
         press("redoAction");
+        QVERIFY(!isEnabled("moveUpButton"));
         QCOMPARE(order(), u"9 4 2 1 0"_s);
         press("undoAction");
         press("undoAction"); // the sort; what came later is last
@@ -246,9 +241,8 @@ private slots:
             QTest::keyClick(&field, Qt::Key_Return, keys);
             QCOMPARE(row(), found);
         }
-        QCOMPARE(text("foundLabel"), u"2 of 2"_s);
         press("findNextButton");
-        QCOMPARE(row(), 0);
+        QCOMPARE(text("foundLabel"), u"1 of 2"_s);
         press("findPreviousButton");
         QCOMPARE(row(), 2);
         QTest::keyClicks(&field, u"x"_s);
@@ -325,34 +319,6 @@ private slots:
         QCOMPARE(window().focusWidget(), &table());
         if (ending == u"close"_s)
             QVERIFY(ended.size() == 1 || ended.wait(longMs));
-    }
-
-    void keepsItsSortColumns()
-    {
-        const QHeaderView* header = table().horizontalHeader();
-        QVERIFY(openFiles({ { "d.tif", 1 }, { "b.tif", 2 }, { "c.tif", 1 } }));
-        table().highlightRows({ 2 });
-        sort(FileTableModel::Name, Qt::AscendingOrder);
-        QVERIFY(isEnabled("moveUpButton") && isEnabled("moveDownButton"));
-        sort(FileTableModel::Pages, Qt::AscendingOrder);
-        QCOMPARE(order(), u"c d b"_s);
-        QVERIFY(!isEnabled("moveUpButton")); // c came to the top
-        press("moveDownButton");
-        QVERIFY(openFiles({ { "d.tif", 1 } }));
-        QCOMPARE(order(), u"d c b"_s); // nothing came, so nothing is sorted
-        press("undoAction");
-        QVERIFY(openFiles({ { "a.tif", 2 }, { "e.tif", 1 }, { "a b.tif", 1 } }));
-        QCOMPARE(order(), u"a b c d e a b"_s); // by name among those of one page
-        press("undoAction");
-        QCOMPARE(header->sortIndicatorSection(), FileTableModel::Name);
-        press("undoAction");
-        QCOMPARE(header->sortIndicatorSection(), -1);
-        QVERIFY(openFiles({ { "0.tif", 1 } }));
-        QCOMPARE(names().last(), u"0.tif"_s);
-        press("redoAction");
-        press("redoAction");
-        QCOMPARE(header->sortIndicatorSection(), FileTableModel::Pages);
-        QCOMPARE(table().currentSortOrders().size(), 2);
     }
 
     void actsOnTheHighlightedFiles()
