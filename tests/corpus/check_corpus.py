@@ -104,7 +104,6 @@ class FileCheck:
         self.options, self.file, self.source = options, file, Path(options.corpus) / file.path
         self.differences, self.judges, self.references = [], {}, None
         self.pages_wanted = self.pages_written = 0
-        self.unjudged = set()  # pages whose pixels nothing could be held against
         self.refused = set()  # pages that split TIFF output could not give
 
     def add(self, run, page, *found):
@@ -192,14 +191,11 @@ class FileCheck:
     def _judge_of(self, page):
         if page.number not in self.judges:
             self.references = self.references or References(self.source, self.options.scratch)
-            reference = self.references.of(page)
             # A page is judged format by format; of long files only the last page is remembered.
             if len(self.file.pages) > MANY_PAGES:
                 self.judges.clear()
             profile = self.references.source_profile(page)
-            self.judges[page.number] = PageJudge(page, reference, profile)
-            if reference.form is None and not page.pixels.startswith("sha256"):
-                self.unjudged.add((self.file.path, page.number))
+            self.judges[page.number] = PageJudge(page, self.references.of(page), profile)
         return self.judges[page.number]
 
 
@@ -272,8 +268,6 @@ def main(words):
         print("new: {0}[{1}] {2} {3}: {4}".format(*difference))
     for entry in stale:
         print(f"listed as known, but not found any more: {entry}")
-    unjudged = set().union(*(check.unjudged for check in checks))
-    print(f"Nothing to judge the pixels of {len(unjudged)} pages by, but those of TIFF output.")
     print(f"{sum(check.pages_written for check in checks)} of "
           f"{sum(check.pages_wanted for check in checks)} pages of {len(files)} files written, "
           f"{len(fresh)} new differences, {len(found) - len(fresh)} known, {len(stale)} stale, "

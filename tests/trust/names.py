@@ -8,7 +8,6 @@ exit code says whether all went well, and the log gives the names back.
 
 import os
 import re
-import shutil
 import subprocess
 import unicodedata
 
@@ -131,26 +130,6 @@ def never_another_file(odd, other):
             scene.check(made == {odd} if scene.code == 0 else not made, f"made {made}")
 
 
-def long_paths():
-    """Paths above the 4096 bytes that a system call takes: converted or told, never something else."""
-    step, depth = "d" * 200, 24
-    for way in ("relative", "absolute", "found", "output folder"):
-        with Scene(f"long paths, {way}", {"in/a.tif": 1}) as scene:
-            for _ in range(depth):
-                os.mkdir(step)
-                os.chdir(step)
-            shutil.copy(scene.path("in/a.tif"), "a.tif")
-            words = {"relative": ["a.tif"], "absolute": ["/".join([str(scene.folder), *[step] * depth, "a.tif"])],
-                     "found": ["-r", scene.path(step)], "output folder": ["a.tif", "-o", "o"]}[way]
-            scene.run("-f", "png", *words)
-            made = os.listdir("o") if os.path.isdir("o") else []
-            os.chdir(scene.folder)
-            made += os.listdir("out")
-            scene.check(made == ["a1.png"] if scene.code == 0 else not made, f"made {made}")
-            told = any(name in scene.errors for name in ("a.tif: ", step, "output folder o"))
-            scene.check(scene.code == 0 or told, "nothing is named")
-
-
 def nothing_drives_the_terminal():
     """Names of sources, folders and lists, in results, troubles and the usage's message."""
     wild = "\x1b[2J\x07\x9b5m\x08\rx\n"
@@ -170,6 +149,5 @@ if __name__ == "__main__":
     every_way()
     for odd_name, other_name in TAKEN_FOR.items():
         never_another_file(odd_name, other_name)
-    long_paths()
     nothing_drives_the_terminal()
     finish("names")

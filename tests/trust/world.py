@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """The world changes under a run of pagestack-convert.
 
-Sources, targets and folders vanish, change or turn out to be something else while a run is under way,
-or are so from the start. Whatever happens, the run ends by itself, no source is lost, a file with a
-final name is complete, and what is missing was told with exit code 1.
+Sources and folders vanish, change or turn out to be something else while a run is under way. Whatever
+happens, the run ends by itself, no source is lost, a file with a final name is complete, and what is
+missing was told with exit code 1.
 """
 
 import os
@@ -142,83 +142,6 @@ def output_folder_changes(change, form, jobs):
             scene.check(f": {place}: " in scene.errors, f"{name} is missing and not told")
 
 
-# A target that is no ordinary new file.
-
-
-def link_to(goal, make=None, name="x"):
-    def arrange(target):
-        if make is not None:
-            make(name)
-        os.symlink(goal, target)
-    return arrange
-
-
-# What stands at the target of page 2, and whether it takes the page. A link takes it to its end.
-TARGETS = {
-    "a folder": (os.mkdir, False),
-    "a FIFO": (os.mkfifo, False),
-    "a link to a FIFO": (link_to("../x", os.mkfifo), False),
-    "a link to itself": (lambda target: os.symlink(os.path.basename(target), target), False),
-    "a link into a missing folder": (link_to("../nowhere/x"), False),
-    "a link to a file": (link_to("../x", lambda path: Path(path).touch()), True),
-    "a dangling link": (link_to("../x"), True),
-    "a link to the source": (link_to("../in/a.tif"), False),
-    "links to the source": (link_to("../x/a.tif", lambda path: os.symlink("in", path)), False),
-    "a hard link of the source": (lambda target: os.link(A, target), False),
-}
-
-
-def seen(path):
-    status = os.lstat(path)
-    return status.st_mode, status.st_ino, status.st_size, status.st_mtime_ns
-
-
-def odd_target(what, is_split, jobs):
-    arrange, takes = TARGETS[what]
-    with Scene(f"a target is {what}, {'split' if is_split else 'together'}", {A: 3, B: 2}) as scene:
-        wanted = outputs_of(scene.pages, "split" if is_split else "tiff", ".tiff")
-        words = ["-f", "tiff", "--jobs", jobs, *["--split"] * is_split, A, B]
-        target = "out/a2.tiff" if is_split else "out/a.tiff"
-        arrange(target)
-        before = seen(target)
-        scene.run(*words)
-        scene.check(scene.code == 4 and seen(target) == before, "it was touched without --on-exists")
-        scene.run(*words, "--on-exists", "overwrite")
-        scene.check_pages(A, scene.pages[A])
-        scene.check_pages(B, scene.pages[B])
-        # All pages together may replace their source: none is lost.
-        takes = takes or (not is_split and scene.code == 0 and "source" in what)
-        scene.check(seen(target) == before or (takes and "hard" in what), "what was there was touched")
-        if takes:
-            scene.check(scene.code == 0, "another exit code")
-        else:
-            scene.check_told(f"{A}[2]" if is_split else A)
-            os.rename(target, "old")
-            del wanted[os.path.basename(target)]
-        scene.check_outputs(wanted)
-
-
-# Sources that are something else from the start.
-
-
-def odd_sources():
-    """Of those that a list names each is told, and the others are converted."""
-    links = {"in/dangling.tif": "nowhere", "in/zero.tif": "/dev/zero", "in/loop.tif": "loop.tif"}
-    with Scene("odd sources", {A: 2}) as scene:
-        os.mkfifo("in/fifo.tif")
-        for name, goal in links.items():
-            os.symlink(goal, name)
-        os.mkdir("in/folder.tif")
-        scene.make("in/folder.tif/b.tif", [picture(90)])
-        names = ["in/fifo.tif", *links]
-        Path("list").write_text("\n".join([*names, "in/folder.tif", A]), encoding="ascii")
-        scene.run("-f", "png", "--files-from", "list")
-        for name in names:
-            scene.check_told(name)
-        scene.check(scene.errors.count("\n") == len(names), "more is told than there is")
-        scene.check_outputs(outputs_of(scene.pages, "png"))
-
-
 # A source that is cut while it is read: reading a mapping of it would end the program.
 
 
@@ -259,10 +182,6 @@ if __name__ == "__main__":
             source_changes(name, form, jobs)
         for name in FOLDER_CHANGES:
             output_folder_changes(name, form, jobs)
-    for name in TARGETS:
-        odd_target(name, is_split=True, jobs="3")
-        odd_target(name, is_split=False, jobs="1")
-    odd_sources()
     met = cut_while_read("tiff", 40) + cut_while_read("bmp", 15, deflated=True)
     expect(met > 10, f"only {met} cuts met the reading")
     finish("changes of the world")
