@@ -13,8 +13,8 @@ using FuzzInput = std::span<const std::uint8_t>;
 // sanitizer speak for themselves. It leaves nothing behind. One thread at a time; needs no
 // application object.
 
-/// Opens the bytes as a file, as one of the file list too, reads the tags of its pages and decodes
-/// them in bands, each twice.
+/// Opens the bytes as a file, as one of the file list too, and decodes its pages in bands, each
+/// twice.
 void readPages(FuzzInput input);
 
 /// The first three bytes say how to write, the others are the file whose pages are written:

@@ -12,7 +12,6 @@ namespace pagestack {
 
 namespace {
 
-    constexpr int mostPagesRead = 64;
     constexpr int mostPagesDecoded = 8;
     constexpr int mostPagesWritten = 3;
     constexpr std::uint64_t wholePageBytes = 2 * 1024 * 1024;
@@ -53,40 +52,16 @@ namespace {
         return std::nullopt;
     }
 
-    /// Whether `page` has at most `limitBytes` of stored samples and as many pixels.
+    /// Whether `page` has at most `limitBytes` of stored samples and as many pixels. A single row
+    /// may be as long as it likes: only a few rows of a page are held.
     bool isSmall(const PageImage& page, std::uint64_t limitBytes)
     try {
         const auto pixels = qint64 { page.widthPx() } * page.heightPx();
-        return page.source().decodedBytes() <= limitBytes
-            && static_cast<std::uint64_t>(pixels) <= limitBytes;
+        return page.heightPx() == 1
+            || (page.source().decodedBytes() <= limitBytes
+                && static_cast<std::uint64_t>(pixels) <= limitBytes);
     } catch (const std::runtime_error&) {
         return false;
-    }
-
-    /// What the tags of a page say; empty when they cannot be read.
-    QList<int> described(const PageImage& page)
-    try {
-        const PageProperties& tags = page.source().properties();
-        require(tags.widthPx > 0 && tags.heightPx > 0, "a page that is described has pixels");
-        require(tags.orientation >= 1 && tags.orientation <= 8, "an orientation is one of eight");
-        require(tags.resolution.x >= 0 && tags.resolution.y >= 0, "a resolution is not negative");
-        require(page.source().decodedBytes() > 0, "a page that is described has bytes");
-        return { tags.widthPx, tags.heightPx, tags.orientation,
-                 static_cast<int>(tags.iccProfile.size()) };
-    } catch (const std::runtime_error&) {
-        return {};
-    }
-
-    void checkTags(const TiffDocument& document, const TiffDocument& clone)
-    {
-        require(clone.pageCount() == document.pageCount(), "a clone has the same pages");
-        const int pages = std::min(document.pageCount(), mostPagesRead);
-        QList<QList<int>> descriptions;
-        for (int page = 0; page < pages; ++page)
-            descriptions.append(described(document.page(page)));
-        for (int page = pages - 1; page >= 0; --page)
-            require(described(clone.page(page)) == descriptions.at(page),
-                    "a page is the same whatever was read before it");
     }
 
     /// The start of a page that would take too long as a whole. What it announces must not cost
@@ -189,7 +164,7 @@ void readPages(FuzzInput input)
         const TiffDocument document(path);
         require(document.pageCount() == item->pages(), "the list counts the pages that are read");
         const std::unique_ptr<TiffDocument> clone = document.clone();
-        checkTags(document, *clone);
+        require(clone->pageCount() == document.pageCount(), "a clone has the same pages");
         for (int index = 0; index < std::min(document.pageCount(), mostPagesDecoded); ++index) {
             const PageImage page = document.page(index);
             if (!isSmall(page, wholePageBytes))
@@ -219,8 +194,7 @@ void writePages(FuzzInput input)
         const TiffDocument reference(path); // what is read of it is not known to `document`
         for (int index = 0; index < std::min(reference.pageCount(), mostPagesWritten); ++index) {
             const PageImage page = reference.page(index);
-            // A single row may be as long as it likes: only a few rows of a page are held.
-            if (described(page).value(1) != 1 && !isSmall(page, writtenPageBytes))
+            if (!isSmall(page, writtenPageBytes))
                 continue;
             pages.push_back(index);
             looks.push_back(appearance(page));

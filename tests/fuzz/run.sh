@@ -63,25 +63,16 @@ outputFolderPath="/a, \\"b\\\\;\\x263a"\nseparator=@Invalid()\njpegQuality=@@7\n
         >"$build/seeds/readSettings/store"
 }
 
-# The tags of TIFF files in both byte orders, entries for compressions and colours, headers; the names
-# and notations of the settings file.
+# Some tags of TIFF files in both byte orders, and the names and notations of the settings file.
 make_dictionaries() {
-    local number word
-    for number in 254 256 257 258 259 262 266 273 274 277 278 279 282 283 284 292 293 296 297 317 \
-        320 322 323 324 325 330 332 338 339 347 512 513 514 529 530 531 532 700 34675 37724; do
+    local number
+    for number in {256..259} 262 266 273 274 {277..279} 284 317 {320..325} 338 339 347 {529..532}; do
         printf '"\\x%02x\\x%02x"\n"\\x%02x\\x%02x"\n' $((number % 256)) $((number / 256)) \
             $((number / 256)) $((number % 256))
     done >"$build/tiff.dict"
-    for number in 3:{2,3,4,5,6,7,8,32766,32771,32773,32809,32946,34676,34677} \
-        6:{0,1,2,3,4,5,6,8,9,32844,32845}; do
-        printf '"\\x%02x\\x01\\x03\\x00\\x01\\x00\\x00\\x00\\x%02x\\x%02x\\x00\\x00"\n' \
-            "${number%:*}" $((${number#*:} % 256)) $((${number#*:} / 256))
-    done >>"$build/tiff.dict"
-    printf '"%s"\n' 'II*\x00' 'MM\x00*' 'II+\x00\x08\x00\x00\x00' 'MM\x00+\x00\x08\x00\x00' >>"$build/tiff.dict"
-    for word in SETTINGS $(sed -n 's/.*Q_PROPERTY([a-zA-Z]* \([a-zA-Z]*\).*/\1/p' \
-        "$root/engine/settings/Settings.h") '@Invalid()' @@ '\\x' '\\u' null; do
-        printf '"%s"\n' "$word"
-    done >"$build/settings.dict"
+    sed -n 's/.*Q_PROPERTY([a-zA-Z]* \([a-zA-Z]*\).*/"\1"/p' "$root/engine/settings/Settings.h" \
+        >"$build/settings.dict"
+    printf '"%s"\n' SETTINGS '@Invalid()' @@ null >>"$build/settings.dict"
 }
 
 make_seeds
