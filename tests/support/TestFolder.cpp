@@ -10,7 +10,6 @@
 #include <tiffio.h>
 
 #include <filesystem>
-#include <memory>
 #include <stdexcept>
 
 using namespace Qt::StringLiterals;
@@ -18,8 +17,6 @@ using namespace Qt::StringLiterals;
 namespace pagestack {
 
 namespace {
-
-    using Handle = std::unique_ptr<TIFF, decltype([](TIFF* tiff) { TIFFClose(tiff); })>;
 
     void setUnknownTag(TIFF* tiff)
     {
@@ -68,14 +65,9 @@ namespace {
     QString tiffPages(const QString& path)
     {
         QStringList pages;
-        const Handle tiff(TIFFOpen(QFile::encodeName(path).constData(), "r"));
-        for (bool isPage = tiff != nullptr; isPage; isPage = TIFFReadDirectory(tiff.get()) == 1) {
-            std::uint16_t tag = 0;
-            TIFFGetField(tiff.get(), TIFFTAG_COMPRESSION, &tag);
-            QByteArray row(TIFFScanlineSize(tiff.get()), '\0');
-            const bool isRead = TIFFReadScanline(tiff.get(), row.data(), 0) == 1;
-            pages.append(u"%1/%2"_s.arg(isRead ? row.at(0) : -1).arg(tag));
-        }
+        for (const TiffPicture& page : readTiff(path))
+            pages.append(u"%1/%2"_s.arg(page.samples.isEmpty() ? -1 : page.samples.at(0))
+                             .arg(page.number(TIFFTAG_COMPRESSION)));
         return pages.join(u',');
     }
 

@@ -97,22 +97,6 @@ private slots:
         setPermissions(m_folder->path(), 0755);
     }
 
-    void leavesTheTargetAloneUntilItIsComplete()
-    {
-        putBytes(path(u"a"_s), "old");
-        {
-            StagedFile one(path(u"a"_s));
-            StagedFile other(path(u"a"_s)); // two for one target do not disturb each other
-            StagedFile fresh(path(u"b"_s));
-            one.write(span("given up"));
-            other.write(span(QByteArray(1'000'000, 'n')));
-            QCOMPARE(bytesOf(path(u"a"_s)), QByteArray("old"));
-            other.commit();
-        }
-        QCOMPARE(bytesOf(path(u"a"_s)), QByteArray(1'000'000, 'n'));
-        QCOMPARE(namesIn(m_folder->path()), QStringList { u"a"_s });
-    }
-
     void keepsPermissionsOfTheFileItReplaces()
     {
         putBytes(path(u"a"_s), "old");

@@ -10,25 +10,6 @@ namespace {
 /// The samples of row `y` of a test page.
 char valueOf(int y) { return static_cast<char>(y % 251); }
 
-/// A square page of one strip, plane or tile, deflated. Its rows are gray.
-TestPage largePage(const char* text, int side)
-{
-    TestPage page(text);
-    page.width = page.height = page.rows = side;
-    page.tileWidth = page.tileHeight = page.tileWidth > 0 ? side : 0;
-    page.compression = 8;
-    QByteArray pixels;
-    pixels.reserve(qsizetype { side } * side * (page.photometric == 6 ? 3 : 1));
-    for (int y = 0; y < side; ++y)
-        pixels += page.photometric == 6 ? (QByteArray(1, valueOf(y)) + "\x80\x80").repeated(side)
-                                        : QByteArray(side, valueOf(y));
-    // Qt puts the length before the stream.
-    page.encoded.fill(qCompress(pixels, 1).sliced(4), page.planes == 2 ? page.samples : 1);
-    if (page.photometric == 6)
-        page.moreTags = [](tiff* to) { TIFFSetField(to, TIFFTAG_YCBCRSUBSAMPLING, 1, 1); };
-    return page;
-}
-
 /// What this process has written to files so far; 0 where the system does not tell.
 qint64 bytesWritten()
 {
@@ -44,27 +25,6 @@ class LargePiecesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void showsTheRowsOfALargePiece_data()
-    {
-        QTest::addColumn<int>("side");
-        QTest::newRow("rgb planes=2") << 8000;
-        QTest::newRow("samples=3 photometric=6") << 5600;
-        QTest::newRow("tileWidth=1") << 10000;
-    }
-
-    void showsTheRowsOfALargePiece()
-    {
-        QFETCH(int, side);
-        SinglePage single(largePage(QTest::currentDataTag(), side));
-        checkRows(*single.image().source().rows(), side);
-    }
-
-    void refusesATileThatIsTooLargeForItsPage()
-    {
-        SinglePage single(largePage("tileWidth=1", 13008));
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, single.image().source().rows());
-    }
-
     void copiesOnlyThePageThatIsRead_data()
     {
         QTest::addColumn<int>("index");

@@ -8,7 +8,6 @@
 #include "tests/support/Testing.h"
 
 #include <QThread>
-#include <QXmlStreamReader>
 
 // The log and the routines that it stands on: folders, times, the system log.
 class LogTest : public QObject
@@ -139,32 +138,6 @@ private slots:
         QVERIFY(document == documentOf(*m_log)); // it can be written again
     }
 
-    void holdsAnyText()
-    {
-        // Markup, white space, other scripts and the last characters that are allowed; then those
-        // that are not: control characters, no characters, surrogates alone or the wrong way round.
-        const QString allowed
-            = u"<a href=\"x\">'&amp;' ]]> a\tb\nc\rd\r\ne \u00e4 \u4e2d \U0001f4c4\ud7ff\ue000\ufffd\U0010ffff"_s;
-        const QString wrong
-            = u"\0\x01\x08\x0b\x0c\x1b\x1f|\xfffe\xffff|\xd800|\xdfff|\xdc00\xdbff|\xd83d"_s;
-        const auto replaced = u"???????|??|?|?|??|?"_s.replace(u'?', QChar::ReplacementCharacter);
-        addSource(allowed + wrong, wrong, 1);
-        addPage(wrong, 1, wrong);
-        const QByteArray document = documentOf(*m_log);
-        QXmlStreamReader xml(document);
-        QVERIFY(xml.readNextStartElement() && xml.readNextStartElement());
-        QCOMPARE(xml.attributes().value(u"FileName"_s), allowed + replaced);
-        while (!xml.atEnd())
-            xml.readNext();
-        QVERIFY2(!xml.hasError(), qPrintable(xml.errorString()));
-        // A parser turns white space in an attribute into blanks unless it is a reference.
-        QVERIFY(!document.contains('\t') && !document.contains('\r'));
-        QCOMPARE(document.count('\n'), 6);
-        // The system log takes one line of text.
-        QTest::ignoreMessage(QtWarningMsg, "scan  [2J%1 \u00e9.tif");
-        systemLog(u"scan\n\u001b[2J%1 \u00e9.tif"_s);
-    }
-
     void leavesOutWhatACodecSaysTooOften()
     {
         PageDiagnostics page;
@@ -190,18 +163,6 @@ private slots:
         m_log->files.push_back(nullptr);
         QTest::ignoreMessage(QtWarningMsg, "Error in (Log=>save) : a source of the log is missing");
         QVERIFY(!m_log->save());
-    }
-
-    void makesFoldersAndTellsWhyItCannot()
-    {
-        QCOMPARE(getAppPath(), m_home->filePath(u"Corvanta/Pagestack1"_s));
-        QString error = u"untouched"_s;
-        QVERIFY(createApplicationUsersFolder(u"Logs"_s, &error));
-        putBytes(inLogs(u"plain"_s), {});
-        QVERIFY(createApplicationUsersFolder(u"Logs"_s, &error) && logs().contains(u"plain"_s));
-        QCOMPARE(error, u"untouched"_s);
-        QVERIFY(!createApplicationUsersFolder(u"Logs/plain"_s, &error));
-        QVERIFY(!error.isEmpty() && error != u"untouched"_s);
     }
 
     void tellsHowLongItTook()

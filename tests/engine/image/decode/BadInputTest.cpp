@@ -193,18 +193,6 @@ bits=1 compression=34661 | bits=1 compression=34661           | huge
         QVERIFY(isRefused(TestPage("fax")));
     }
 
-    void savesNoPageWhosePixelsTheFileLost()
-    {
-        for (const QString& name : outputs) {
-            SinglePage single("compression=5");
-            QCOMPARE(single.image().widthPx(), 47); // the tags are known from here on
-            QVERIFY(QFile::resize(single.path(u"page.tif"_s), 60));
-            QVERIFY(!single.saves(name));
-            QVERIFY(!single.image().failureReason().isEmpty());
-            QCOMPARE(namesIn(single.folder()), QStringList { u"page.tif"_s });
-        }
-    }
-
     void boundsWhatTheTagsHoldTogether()
     {
         const auto saves = [](unsigned tags, unsigned bytes) {

@@ -67,51 +67,6 @@ compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
         QCOMPARE(QString::number(m_warnings.size()), warnings);
     }
 
-    // Bytes of the header were taken for pixels.
-    void fillsWhatTheFileLeavesOut()
-    {
-        for (const bool hasNoData : { false, true }) {
-            TestPage page("rows=10");
-            page.encoded = { rowsOf(page, 0, 10), rowsOf(page, 10, 10) };
-            page.moreTags = [](tiff* to) { TIFFSetField(to, TIFFTAG_TARGETPRINTER, "200"); };
-            writeTiff(m_path, { page });
-            if (hasNoData) // the text becomes that of GDAL_NODATA, 42113
-                putBytes(m_path, bytesOf(m_path).replace("\x51\x01\x02", "\x81\xA4\x02"));
-            const Picture picture = converted();
-            QCOMPARE(difference(picture, { 47, 33, 1, 8 },
-                                [&](int x, int y, int c) {
-                                    return y < 20 ? static_cast<double>(page.at(x, y, c))
-                                                  : hasNoData * 200.0;
-                                }),
-                     QString());
-            const QString value = hasNoData ? u"200 (GDAL_NODATA)"_s : u"0"_s;
-            QCOMPARE(
-                m_warnings,
-                QStringList { u"2 of its 4 strips have no data in the file and are filled with "_s
-                              + value });
-        }
-    }
-
-    // libtiff takes Deflate data for sound without a look at their checksum.
-    void refusesEveryFlippedBitOfDeflate()
-    {
-        TestPage page("compression=8 height=6 rows=6");
-        const QByteArray sound = deflated(rowsOf(page, 0, 6));
-        page.encoded = { sound };
-        writeTiff(m_path, { page });
-        const Picture plain = converted();
-        QCOMPARE(plain.width, 47);
-        for (qsizetype bit = 0; bit < sound.size() * 8; bit += 3) {
-            page.encoded = { sound };
-            page.encoded[0][bit / 8] = static_cast<char>(sound[bit / 8] ^ (1 << bit % 8));
-            writeTiff(m_path, { page });
-            const Picture picture = converted();
-            // The bits between the last code and the checksum mean nothing.
-            QVERIFY2(picture.width == 0 || picture.samples == plain.samples,
-                     qPrintable(QString::number(bit)));
-        }
-    }
-
     void refusesStripsThatAreNotThere_data()
     {
         // One strip of all rows, in a table of one, is right though its RowsPerStrip is wrong, and

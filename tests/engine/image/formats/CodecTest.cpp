@@ -114,42 +114,19 @@ Bytes deflated(const Bytes& bytes)
     return stream;
 }
 
-/// Rows of PNG, the filter of row y being kindOf(y).
-Bytes filtered(const Bytes& rows, const PixelLayout& layout,
-               const std::function<std::size_t(std::size_t y)>& kindOf)
+/// Gray rows of PNG, all of one filter.
+Bytes filtered(const Bytes& rows, std::size_t kind)
 {
-    const auto rowBytes = static_cast<std::size_t>(layout.rowBytes(pngWidth));
-    Bytes above(rowBytes);
+    Bytes above(pngWidth);
     Bytes all;
-    RowFilter filter(rowBytes, std::max(1, layout.channels() * layout.bitsPerSample / 8));
-    for (std::size_t at = 0; at < rows.size(); at += rowBytes) {
-        all.resize(all.size() + 1 + rowBytes);
-        filter.apply(static_cast<RowFilter::Kind>(kindOf(at / rowBytes)), rows.data() + at,
-                     above.data(), &*all.end() - 1 - rowBytes);
-        above.assign(rows.data() + at, rows.data() + at + rowBytes);
+    RowFilter filter(pngWidth, 1);
+    for (std::size_t at = 0; at < rows.size(); at += pngWidth) {
+        all.resize(all.size() + 1 + pngWidth);
+        filter.apply(static_cast<RowFilter::Kind>(kind), rows.data() + at, above.data(),
+                     &*all.end() - 1 - pngWidth);
+        above.assign(rows.data() + at, rows.data() + at + pngWidth);
     }
     return all;
-}
-
-/// The PNG file at `path` with what `writePixels` puts between header and end.
-void writePng(const QString& path, const PixelLayout& layout, std::size_t height,
-              const std::function<void(StagedFile&)>& writePixels)
-{
-    StagedFile file(path);
-    file.write(std::array<std::uint8_t, 8> { 0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n' });
-    std::array<std::uint8_t, 13> header {};
-    header[3] = pngWidth;
-    qToBigEndian(static_cast<quint32>(height), header.data() + 4);
-    header[8] = static_cast<std::uint8_t>(layout.bitsPerSample);
-    header[9] = static_cast<std::uint8_t>((layout.alpha == AlphaKind::None ? 0 : 4)
-                                          + (layout.model == ColorModel::Gray ? 0 : 2)
-                                          + (layout.model == ColorModel::Palette ? 1 : 0));
-    writePngChunk(file, "IHDR", header);
-    if (layout.model == ColorModel::Palette)
-        writePngChunk(file, "PLTE", Bytes(3U << static_cast<unsigned>(layout.bitsPerSample)));
-    writePixels(file);
-    writePngChunk(file, "IEND", {});
-    file.commit();
 }
 
 /// The first sample of the file that is not that of `rows`; empty when there is none. 16 bits are
@@ -170,21 +147,31 @@ QString pngDifference(const QString& path, const Bytes& rows, const PixelLayout&
         });
 }
 
-/// The same by the program's own coders. `atRow` is called before each row.
-void writePng(
-    const QString& path, const PixelLayout& layout, const Bytes& rows,
-    SpareThreads* threads = nullptr, std::size_t sectionBytes = PixelStream::usualSectionBytes,
-    const std::function<void(std::size_t y)>& atRow = [](std::size_t) {})
+/// The PNG file at `path` by the program's own coders.
+void writePng(const QString& path, const PixelLayout& layout, const Bytes& rows,
+              std::size_t sectionBytes = PixelStream::usualSectionBytes)
 {
     const auto rowBytes = static_cast<std::size_t>(layout.rowBytes(pngWidth));
-    const std::size_t height = rows.size() / rowBytes;
-    writePng(path, layout, height, [&](StagedFile& file) {
-        PixelStream data(layout, pngWidth, static_cast<int>(height), file, threads, sectionBytes);
-        for (std::size_t y = 0; y < height; ++y) {
-            atRow(y);
-            data.addRow(rows.data() + y * rowBytes);
-        }
-    });
+    const auto height = static_cast<int>(rows.size() / rowBytes);
+    StagedFile file(path);
+    file.write(std::array<std::uint8_t, 8> { 0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n' });
+    std::array<std::uint8_t, 13> header {};
+    header[3] = pngWidth;
+    qToBigEndian(static_cast<quint32>(height), header.data() + 4);
+    header[8] = static_cast<std::uint8_t>(layout.bitsPerSample);
+    header[9] = static_cast<std::uint8_t>((layout.alpha == AlphaKind::None ? 0 : 4)
+                                          + (layout.model == ColorModel::Gray ? 0 : 2)
+                                          + (layout.model == ColorModel::Palette ? 1 : 0));
+    writePngChunk(file, "IHDR", header);
+    if (layout.model == ColorModel::Palette)
+        writePngChunk(file, "PLTE", Bytes(3U << static_cast<unsigned>(layout.bitsPerSample)));
+    {
+        PixelStream data(layout, pngWidth, height, file, nullptr, sectionBytes);
+        for (std::size_t at = 0; at < rows.size(); at += rowBytes)
+            data.addRow(rows.data() + at);
+    }
+    writePngChunk(file, "IEND", {});
+    file.commit();
 }
 
 void writeGif(const Bytes& indexes, int colors, int width, bool isBilevel, const QString& path)
@@ -294,39 +281,9 @@ private slots:
             const Bytes rows = made(content, rowBytes * height, rowBytes);
             for (const std::size_t sectionBytes :
                  { std::size_t { 1 }, 7 * rowBytes, PixelStream::usualSectionBytes }) {
-                writePng(m_path, layout, rows, nullptr, sectionBytes);
+                writePng(m_path, layout, rows, sectionBytes);
                 QVERIFY2(pngDifference(m_path, rows, layout).isEmpty(), content);
             }
-            if (layout.bitsPerSample == 16)
-                continue;
-            // Each filter in turn, compressed by zlib.
-            const Bytes all = filtered(rows, layout, [](std::size_t y) { return y % 5; });
-            writePng(m_path, layout, height,
-                     [&](StagedFile& file) { writePngChunk(file, "IDAT", deflated(all)); });
-            QVERIFY2(pngDifference(m_path, rows, layout).isEmpty(), content);
-        }
-    }
-
-    void writesSectionsByAnyNumberOfThreads()
-    {
-        const PixelLayout layout = layoutOf(3, 8);
-        const auto rowBytes = static_cast<std::size_t>(layout.rowBytes(pngWidth));
-        constexpr std::size_t sectionRows = 2000;
-        Bytes rows;
-        for (const char* content : { "noise", "drawn", "random", "ramp", "drawn" }) {
-            const Bytes part = made(content, 1500 * rowBytes, rowBytes);
-            rows.insert(rows.end(), part.begin(), part.end());
-        }
-        for (const int spare : { 1, 2, 9 }) {
-            SpareThreads threads(spare);
-            ThreadClaim other = threads.take(); // until the second section begins
-            writePng(m_path, layout, rows, &threads, sectionRows * (1 + rowBytes),
-                     [&](std::size_t y) { y == sectionRows ? other.giveBack() : void(); });
-            QCOMPARE(pngDifference(m_path, rows, layout), QString());
-            std::vector<ThreadClaim> all;
-            for (int i = 0; i < spare; ++i)
-                all.push_back(threads.tryTake());
-            QVERIFY(std::all_of(all.begin(), all.end(), [](const auto& claim) { return !!claim; }));
         }
     }
 
@@ -339,8 +296,7 @@ private slots:
             writePng(m_path, layout, rows);
             std::size_t best = rows.size() * 2;
             for (const std::size_t kind : { 0, 1, 2, 3, 4 })
-                best = std::min(
-                    best, deflated(filtered(rows, layout, [&](auto) { return kind; })).size());
+                best = std::min(best, deflated(filtered(rows, kind)).size());
             const auto size = static_cast<double>(QFileInfo(m_path).size());
             QVERIFY2(size < 1.1 * static_cast<double>(best) + 500, content);
         }

@@ -102,23 +102,6 @@ private slots:
         QCOMPARE(count(path), 20'000);
     }
 
-    void opensRealFilesOfEveryKind()
-    {
-        const QString path = m_folder.filePath(u"pages ä.tif"_s);
-        for (const char* mode : { "wl", "wb", "wl8", "wb8" }) {
-            writeTiff(path, { "width=5", "width=6", "width=7" }, mode);
-            QCOMPARE(count(path), 3);
-            const TiffDocument document(path);
-            for (const int index : { 2, 0, 1 })
-                QCOMPARE(document.page(index).widthPx(), 5 + index);
-            const PageImage last = TiffDocument(path).page(2); // keeps the file open
-            QCOMPARE(last.widthPx(), 7);
-            for (const int index : { 3, -1, 4'000'000 })
-                QCOMPARE(reasonOf([&] { document.page(index); }),
-                         u"index %1 beyond bounds [0 .. 2]"_s.arg(index));
-        }
-    }
-
     void takesNoOtherFileForTiff_data()
     {
         QTest::addColumn<QByteArray>("bytes"); // null: `name` is no file at all
