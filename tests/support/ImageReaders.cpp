@@ -125,47 +125,6 @@ namespace {
         return picture;
     }
 
-    Picture readBmp(const QByteArray& bytes)
-    {
-        Picture picture;
-        const auto number = [&](qsizetype at, int count) {
-            int value = 0;
-            for (int i = count - 1; i >= 0; --i)
-                value = value << 8 | static_cast<std::uint8_t>(bytes.at(at + i));
-            return value;
-        };
-        if (!bytes.startsWith("BM") || number(2, 4) != bytes.size() || number(14, 4) != 40
-            || number(26, 2) != 1 || number(30, 4) != 0)
-            return picture;
-        const int bits = number(28, 2);
-        const int width = number(18, 4);
-        const qsizetype stride = (width * bits + 31) / 32 * 4;
-        const int pixelsAt = number(10, 4);
-        picture.height = number(22, 4);
-        if (pixelsAt + stride * picture.height != bytes.size())
-            return picture;
-        picture.channels = bits == 24 ? 3 : 1;
-        picture.bits = bits == 24 ? 8 : bits;
-        picture.density = { 1, number(38, 4), number(42, 4) };
-        for (int at = 54; at < pixelsAt; at += 4) {
-            if (bytes.at(at + 3) != 0) // reserved
-                return picture;
-            picture.palette.push_back({ number(at + 2, 1), number(at + 1, 1), number(at, 1) });
-        }
-        for (int y = 0; bits == 1 && width % 8 != 0 && y < picture.height; ++y)
-            if ((number(pixelsAt + stride * y + width / 8, 1) & 0xFF >> width % 8) != 0)
-                return picture; // what fills up a row is no zero
-        picture.width = width;
-        for (int y = picture.height - 1; y >= 0; --y)
-            for (int i = 0; i < width * picture.channels; ++i) {
-                const qsizetype row = pixelsAt + stride * y;
-                picture.samples.push_back(bits == 1 ? number(row + i / 8, 1) >> (7 - i % 8) & 1
-                                              : bits == 8 ? number(row + i, 1)
-                                                          : number(row + i / 3 * 3 + 2 - i % 3, 1));
-            }
-        return picture;
-    }
-
     void readTags(TIFF* tiff, TiffPicture& page)
     {
         for (const int tag :
@@ -248,9 +207,6 @@ Picture readPicture(const QString& path)
 {
     if (path.endsWith(u".gif"_s))
         return readGif(path);
-    QFile bmp(path);
-    if (path.endsWith(u".bmp"_s))
-        return readBmp(bmp.open(QIODevice::ReadOnly) ? bmp.readAll() : QByteArray());
     std::FILE* file = std::fopen(QFile::encodeName(path).constData(), "rb");
     if (file == nullptr)
         return {};

@@ -35,7 +35,7 @@ struct Picture
     int colorAt(int x, int y, int c) const;
 };
 
-/// Reads the file by its extension, which is png, jpg, gif or bmp.
+/// Reads the file by its extension, which is png, jpg or gif.
 Picture readPicture(const QString& path);
 
 /// The first sample of `picture` that is off by more than `tolerance`, or its wrong shape; empty

@@ -149,7 +149,8 @@ QString pngDifference(const QString& path, const Bytes& rows, const PixelLayout&
 
 /// The PNG file at `path` by the program's own coders.
 void writePng(const QString& path, const PixelLayout& layout, const Bytes& rows,
-              std::size_t sectionBytes = PixelStream::usualSectionBytes)
+              std::size_t sectionBytes = PixelStream::usualSectionBytes,
+              SpareThreads* threads = nullptr)
 {
     const auto rowBytes = static_cast<std::size_t>(layout.rowBytes(pngWidth));
     const auto height = static_cast<int>(rows.size() / rowBytes);
@@ -166,7 +167,7 @@ void writePng(const QString& path, const PixelLayout& layout, const Bytes& rows,
     if (layout.model == ColorModel::Palette)
         writePngChunk(file, "PLTE", Bytes(3U << static_cast<unsigned>(layout.bitsPerSample)));
     {
-        PixelStream data(layout, pngWidth, height, file, nullptr, sectionBytes);
+        PixelStream data(layout, pngWidth, height, file, threads, sectionBytes);
         for (std::size_t at = 0; at < rows.size(); at += rowBytes)
             data.addRow(rows.data() + at);
     }
@@ -284,6 +285,18 @@ private slots:
                 writePng(m_path, layout, rows, sectionBytes);
                 QVERIFY2(pngDifference(m_path, rows, layout).isEmpty(), content);
             }
+        }
+    }
+
+    void writesSectionsByAnyNumberOfThreads()
+    {
+        const PixelLayout layout = layoutOf(3, 8);
+        const auto rowBytes = static_cast<std::size_t>(layout.rowBytes(pngWidth));
+        const Bytes rows = made("noise", 7000 * rowBytes, rowBytes);
+        for (const int spare : { 1, 2, 9 }) {
+            SpareThreads threads(spare);
+            writePng(m_path, layout, rows, 1000 * (1 + rowBytes), &threads);
+            QCOMPARE(pngDifference(m_path, rows, layout), QString());
         }
     }
 

@@ -49,46 +49,52 @@ class ImageWritersTest : public QObject
     Q_OBJECT
 
 private slots:
-    void keepsDepthAndChannels_data()
-    {
-        QTest::addColumn<int>("bits"); // in BMP; PNG keeps those of the page
-        for (const char* page : { "bits=4", "", "bits=16", "rgb", "rgb bits=16" })
-            QTest::newRow(page) << 8;
-        for (const char* page : { "bits=1", "fax" })
-            QTest::newRow(page) << 1;
-    }
-
     void keepsDepthAndChannels()
     {
-        QFETCH(int, bits);
-        TestPage page(QTest::currentDataTag());
-        const auto expected = [&page](int wanted) {
-            return [&page, full = (1 << wanted) - 1](int x, int y, int c) {
-                const auto top = static_cast<double>(page.top());
-                const auto value = static_cast<double>(page.at(x, y, c));
-                return std::round((page.photometric == 0 ? top - value : value) * full / top);
+        for (const char* text :
+             { "bits=1", "fax", "bits=4", "", "bits=16", "rgb", "rgb bits=16" }) {
+            TestPage page(text);
+            const auto check = [&](const QString& name, int bits, double tolerance) {
+                const auto expected = [&, full = (1 << bits) - 1](int x, int y, int c) {
+                    const auto top = static_cast<double>(page.top());
+                    const auto value = static_cast<double>(page.at(x, y, c));
+                    return std::round((page.photometric == 0 ? top - value : value) * full / top);
+                };
+                QCOMPARE(difference(saved(page, name), { 47, 33, page.samples, bits }, expected,
+                                    tolerance),
+                         QString());
             };
+            check(u"a.png"_s, page.bits, 0);
+            const TestPage smooth("smooth");
+            if (page.bits >= 8) // what a lossy format keeps
+                page.sample = [&](int x, int y, int c) {
+                    return smooth.at(x, y, c) * (page.bits == 16 ? 257 : 1);
+                };
+            check(u"a.jpg"_s, 8, page.bits < 8 ? 24 : 6);
+        }
+    }
+
+    // The last row first, blue before red, and zeros that fill up a row.
+    void writesBmp()
+    {
+        const std::pair<const char*, const char*> files[] = {
+            { "width=3 height=2 bits=1 photometric=0 xy=204,98 unit=2",
+              "424d46000000000000003e000000280000000300000002000000010001000000000008000000"
+              "5f1f0000120f0000020000000000000000000000ffffff0040000000c0000000" },
+            { "width=3 height=2 rgb",
+              "424d4e0000000000000036000000280000000300000002000000010018000000000018000000"
+              "0000000000000000000000000000000063380d683d126d4217000000562b005b300560350a000000" },
         };
-        const auto check = [&](const QString& name, int wanted, double tolerance) {
-            QCOMPARE(difference(saved(page, name), { 47, 33, page.samples, wanted },
-                                expected(wanted), tolerance),
-                     QString());
-        };
-        check(u"a.png"_s, page.bits, 0);
-        check(u"a.bmp"_s, bits, 0);
-        if (page.samples == 1)
-            QCOMPARE(saved(page, u"a.bmp"_s).palette.back(), (std::array { 255, 255, 255 }));
-        const TestPage smooth("smooth");
-        if (page.bits >= 8) // what a lossy format keeps
-            page.sample = [&](int x, int y, int c) {
-                return smooth.at(x, y, c) * (page.bits == 16 ? 257 : 1);
-            };
-        check(u"a.jpg"_s, 8, page.bits < 8 ? 24 : 6);
+        for (const auto& [page, bytes] : files) {
+            SinglePage single(page);
+            QVERIFY(single.saves(u"a.bmp"_s));
+            QCOMPARE(bytesOf(single.path(u"a.bmp"_s)).toHex(), QByteArray(bytes));
+        }
     }
 
     void keepsResolution_data()
     {
-        // The density in JPEG; that in PNG, as in BMP, which has nothing in place of a ratio.
+        // The density in JPEG; that in PNG.
         addTextRows(R"(
 xy=204,98 unit=2        | 1 204 98  | 1 8031 3858
 xy=299.6,150.4 unit=2   | 1 300 150 | 1 11795 5921
@@ -109,7 +115,6 @@ xy=204,98 orientation=5 | 1 98 204  | 1 3858 8031
         };
         QCOMPARE(density(u"a.jpg"_s), jpeg);
         QCOMPARE(density(u"a.png"_s), png);
-        QCOMPARE(density(u"a.bmp"_s), png.startsWith(u"1 ") ? png : u"1 0 0"_s);
     }
 
     void keepsProfilesThatFit_data()
@@ -161,7 +166,6 @@ samples=4 photometric=5 |        | rgb   |
             page.sample = [&](int x, int y, int c) {
                 return smooth.at(x, y, c) * (page.bits == 16 ? 257 : 1);
             };
-            QCOMPARE(difference(saved(page, u"a.bmp"_s), { 47, 33, 3, 8 }, flat, 1), QString());
             QCOMPARE(difference(saved(page, u"a.jpg"_s), { 47, 33, 3, 8 }, flat, 14), QString());
         }
     }
@@ -201,8 +205,6 @@ samples=4 photometric=5 |        | rgb   |
              { std::pair(exact, 0.001), std::pair(few, 1.0), std::pair(many, 5.0) }) {
             SinglePage single(page);
             QVERIFY(single.image().saveAsGifWithName(single.path(u"a.gif"_s)));
-            QVERIFY(single.image().saveAsGifWithName(single.path(u"b.gif"_s)));
-            QCOMPARE(bytesOf(single.path(u"a.gif"_s)), bytesOf(single.path(u"b.gif"_s)));
             const Picture gif = readPicture(single.path(u"a.gif"_s));
             QCOMPARE(gif.width, page.width);
             double sum = 0;
@@ -235,29 +237,12 @@ samples=4 photometric=5 |        | rgb   |
                     == saved(page, u"a.jpg"_s, end).samples);
     }
 
-    void writesByTheExactExtension_data()
-    {
-        addTextRows(R"(
-a.jpg      | JFIF
-a.png      | PNG
-a.bmp      | BM
-a.gif      | GIF89a
-a b.c.tiff | II*
-a.JPG      |
-a.tif      |
-png        |
-a.         |
-)");
-    }
-
     void writesByTheExactExtension()
     {
-        const auto [name, start] = textRow<2>();
         SinglePage single("");
-        QCOMPARE(single.saves(name), !start.isEmpty());
-        QCOMPARE(single.image().failureReason().isEmpty(), !start.isEmpty());
-        QVERIFY(bytesOf(single.path(name)).left(10).contains(start.toLatin1()));
-        QCOMPARE(namesIn(single.folder()).size(), start.isEmpty() ? 1 : 2);
+        for (const QString& name : { u"a.JPG"_s, u"a.tif"_s, u"png"_s, u"a."_s })
+            QVERIFY(!single.saves(name) && !single.image().failureReason().isEmpty());
+        QCOMPARE(namesIn(single.folder()).size(), 1);
     }
 
     void refusesWhatTheFormatCannotHold_data()
