@@ -20,6 +20,8 @@ class TiffDocument
 public:
     /// Opens the file at `path`. Throws as OpenTiffFile does.
     explicit TiffDocument(const QString& path);
+    TiffDocument(const TiffDocument&) = delete;
+    TiffDocument& operator=(const TiffDocument&) = delete;
 
     /// The same open file for another thread, even if another one is at the path now. Any thread.
     std::unique_ptr<TiffDocument> clone() const;

@@ -117,7 +117,7 @@ void ConversionRun::convertItem(const OutputFile& output, PlanPlace place, LogFi
         }
     });
     if (document && !m_job.isCombining())
-        return; // the search for its pages was stopped, too
+        return; // with nothing said of the source, whose pages may not all have been searched for
     try {
         if (document) {
             const std::optional<FileIdentity> identity = fileIdentity(QFile::encodeName(path));

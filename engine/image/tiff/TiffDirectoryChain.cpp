@@ -143,7 +143,7 @@ namespace {
         {
             if (m_chain.offsets.size() == mostPages)
                 m_chain.fault = u"the file has more than %1 pages"_s.arg(mostPages);
-            else if (StopScope::isStopped())
+            else if (!m_chain.offsets.empty() && StopScope::isStopped()) // a stop is no fault of it
                 m_chain.fault = u"the search for pages was stopped after page %1"_s.arg(
                     m_chain.offsets.size());
             else

@@ -1,5 +1,7 @@
 #include "engine/image/tiff/TiffMessages.h"
 
+#include <algorithm>
+#include <array>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -16,7 +18,7 @@ namespace {
         Unsure, ///< pixels may be others; the user is told
         Loss, ///< pixels are missing or wrong; the page is refused
         RepairedRow, ///< a row of a T.4 fax is white from some place on; the user is told
-        JpegTail, ///< data are left over at the end of a JPEG stream; see JpegTail.h
+        LeftOverJpeg, ///< data are left over at the end of a JPEG stream; see JpegTail.h
         ProgressiveJpeg, ///< a stream of several scans, of which some may be missing; the same
     };
 
@@ -46,7 +48,7 @@ namespace {
 
         // JPEG. Of a stream libjpeg gives the first warning alone, whatever else is wrong with it:
         // one that is harmless in itself hides others.
-        Entry { "", "extraneous bytes before marker 0xd9", JpegTail },
+        Entry { "", "extraneous bytes before marker 0xd9", LeftOverJpeg },
         Entry { "", "Corrupt JPEG data", Loss },
         Entry { "", "Premature end of JPEG file", Loss },
         Entry { "", "Inconsistent progression sequence", Loss },
@@ -137,7 +139,7 @@ void TiffMessages::addWarning(const char* module, const std::string& text)
     case RepairedRow:
         ++m_repairedRows;
         break;
-    case JpegTail:
+    case LeftOverJpeg:
         m_jpegTail = countBefore(text, " extraneous bytes");
         break;
     case ProgressiveJpeg:

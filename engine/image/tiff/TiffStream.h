@@ -22,7 +22,11 @@ using TiffHandle = std::unique_ptr<tiff, TiffCloser>;
 class TiffStream
 {
 public:
+    TiffStream() = default;
     virtual ~TiffStream() = default;
+    // The handle has its address.
+    TiffStream(const TiffStream&) = delete;
+    TiffStream& operator=(const TiffStream&) = delete;
 
     virtual std::uint64_t sizeBytes() = 0;
 

@@ -20,7 +20,8 @@ namespace {
 
     int cellOf(int value) { return (value >> (8 - cellBits)) + 1; }
 
-    enum Moment : std::size_t { Red, Green, Blue, Count, Squares };
+    /// Places in Moments.
+    enum : std::size_t { Red, Green, Blue, Count, Squares };
     using Moments = std::array<std::int64_t, 5>;
     /// Cells above `low` and up to `high`, each channel.
     struct Box

@@ -3,6 +3,7 @@
 #include "engine/image/formats/gif/LzwCoder.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <optional>
 #include <stdexcept>

@@ -62,7 +62,8 @@ private:
     std::size_t m_byteCount = 0;
 };
 
-/// For rows of one bit a pixel, packed from the most significant bit on.
+/// For a file whose header and palette startGif has written, as the next one: rows of one bit a
+/// pixel, packed from the most significant bit on.
 std::unique_ptr<LzwCoder> bilevelLzw(StagedFile& file, int widthPx);
 
 /// For rows of one byte a pixel, each an index below 2^`indexBits`.

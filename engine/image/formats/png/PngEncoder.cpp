@@ -6,6 +6,7 @@
 
 #include <libdeflate.h>
 
+#include <array>
 #include <memory>
 #include <new>
 
