@@ -161,7 +161,6 @@ trouble in/text.tif 0 the file has 1 pages now, 0 were counted before the run
         };
         stop(u"message"_s, u"0/0"_s);
         stop(u"file~a.tif"_s, u"in/a.tif to out, 0 pages []\n1/0"_s);
-        stop(u"created~1"_s, u"in/a.tif to out, 1 pages [] a1.png 1 Completed\n1/1 out/a1.png"_s);
         const QString two
             = u"in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Completed\n"_s;
         stop(u"processed~1"_s, two + u"1/2 out/a1.png out/a2.png"_s);

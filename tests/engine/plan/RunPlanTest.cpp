@@ -132,8 +132,6 @@ private slots:
             u"outputType=2 out/a.tiff out/a-2.tiff"_s,
             u"a.tiff of 1 and 0, a.tiff of 2 and 0, a.tiff exists, a.tiff exists, a.tiff exists"_s,
             u"[a.tiff] [a-3.tiff] [a-4.tiff]"_s, u"[a-3.tiff] [a-4.tiff] [a-5.tiff]"_s);
-        row("its own source is replaced", u"a.tiff:W"_s, u"outputType=2 outputFolderPath="_s,
-            u"a.tiff exists"_s, u"[a.tiff]"_s, u"[a-2.tiff]"_s);
         row("another source is replaced, by a link too", u"a.tif:W b.tif:W a1.tiff:W"_s,
             u"outputType=2 isSplitTIFFIntoSinglePages=true outputFolderPath= in/b1.tiff>a.tif"_s,
             u"a1.tiff for source 2, b1.tiff for source 0, a1.tiff exists, b1.tiff exists"_s,
@@ -148,7 +146,6 @@ private slots:
             u"[a1.png] [a1-2.png]"_s);
         row("a folder that is still to be made", u"x/a.tif:W y/a.tif:W"_s,
             u"outputFolderPath=new"_s, u"a1.png of 1 and 0"_s, u"[a1.png] [a1-2.png]"_s);
-        row("a type that is none", u"x/a.tif:W y/a.tif:W"_s, u"outputType=7"_s, {}, u"[a] [a]"_s);
 #ifdef __linux__
         row("case", u"a.tif:W A.tif:W \u00e4.tif:W a\u0308.tif:W"_s,
             u"outputFolderPath=case case/"_s, u"A1.png of 1 and 0"_s,

@@ -125,23 +125,6 @@ private slots:
         }
     }
 
-    void logsTheReasonOfAnObserver()
-    {
-        UserDefaults store(m_path);
-        Settings settings(&store);
-        connect(&settings, &Settings::outputFolderPathChanged, this, [](const QString& folder) {
-            if (!folder.isNull())
-                throw std::runtime_error("no such folder");
-        });
-        QTest::ignoreMessage(QtWarningMsg, "Error in (Settings=>setData:) : no such folder");
-        settings.setData(QVariantMap { { u"outputFolderPath"_s, u"/x"_s } });
-        QCOMPARE(valuesOf(settings), u"0|false|false|/x||10|0|false|false"_s);
-        settings.setOutputFolderPath(QString());
-        QTest::ignoreMessage(QtWarningMsg, "Error in (Settings=>getData) : no such folder");
-        settings.synchronize();
-        QVERIFY(!store.objectForKey(u"SETTINGS"_s).isValid());
-    }
-
     void comesBackFromACoder()
     {
         Settings settings(nullptr);
