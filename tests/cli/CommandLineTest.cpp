@@ -77,15 +77,12 @@ private slots:
             --quality 0 a              | quality=0 sources=a
             --jobs 256 a               | jobs=256 sources=a
             --separator== a            | separator== sources=a
-            --separator= a             | sources=a
             -rvo out a                 | out=out recursive=true verbose=true sources=a
             a -q b  --no-log           | no-log=true quiet=true sources=a,b,
             -f png -f gif --on-exists skip --on-exists overwrite a | format=4 exists=1 sources=a
             -q -- -f -- x              | quiet=true sources=-f,--,x
             b --files-from l.txt - --files-from=- a  | lists=l.txt,-,- sources=b,a
             --log l.xml --progress never --on-exists=skip a |exists=2 progress=2 log=l.xml sources=a
-            -h                         | help=true
-            --version                  | version=true
             --fromat png a             | unknown option --fromat
             -rx a                      | unknown option -x
             -f heic a                  | format 'heic' is none of *

@@ -3,10 +3,8 @@
 #
 #   tests/fuzz/run.sh SECONDS [TARGET...]    all targets when none is named
 #
-# Findings stay in build/fuzz/findings/TARGET/, what was learnt in build/fuzz/corpus/TARGET/. Exits
-# with 1 when there are findings and with 77 when there is no Clang with libFuzzer. FUZZ_JOBS is how
-# many targets run at a time (1), FUZZ_OPTIONS are more options for libFuzzer (such as -seed=2),
-# PAGESTACK_CORPUS is the folder of real TIFF files, FUZZ_BUILD another build folder.
+# Exits with 1 when there are findings and with 77 when there is no Clang with libFuzzer. README.md
+# tells the rest; FUZZ_BUILD is another build folder.
 set -u
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd) || exit 1
 export build=${FUZZ_BUILD:-$root/build/fuzz} seconds=${1-}

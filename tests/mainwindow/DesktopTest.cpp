@@ -87,12 +87,10 @@ private slots:
 
     void handsOverTheFiles()
     {
-        const QStringList uris { u"file:///t/%C3%A4%20%20b.tif"_s, u"file:///%231/50%25.tif"_s,
-                                 u"file:///a%2541.tif"_s, u"file:///a%3Fb=c.tif"_s,
-                                 u"file:///a;'%22%5C.tif"_s };
+        const QStringList uris { u"file:///t/%C3%A4%20%20b.tif"_s, u"file:///%231/%2541.tif"_s,
+                                 u"file:///a%3Fb=c;'%22%5C.tif"_s };
         QList<QUrl> urls;
-        for (const QString& path : { u"/t/ä  b.tif"_s, u"/#1/50%.tif"_s, u"/a%41.tif"_s,
-                                     u"/a?b=c.tif"_s, u"/a;'\"\\.tif"_s })
+        for (const QString& path : { u"/t/ä  b.tif"_s, u"/#1/%41.tif"_s, u"/a?b=c;'\"\\.tif"_s })
             urls.append(QUrl::fromLocalFile(path));
         QStringList expected { u"ShowItems(ass) "_s + uris.join(u' ') };
         for (const QString& uri : uris)

@@ -93,7 +93,7 @@ private slots:
         QVERIFY(fill());
         QStringList states { state() };
         const std::function<void()> steps[] = {
-            [this] { clickCell(1, 0); },
+            [this] { QTest::mouseClick(table().viewport(), Qt::LeftButton, {}, placeOf(1, 0)); },
             [this] { sort(FileTableModel::Pages, Qt::DescendingOrder); },
             [this] {
                 table().highlightRows({ 1, 2 });
@@ -136,18 +136,13 @@ private slots:
         QCOMPARE(order(), u"5 4 3 2 1 0"_s);
         table().highlightRows({ 0, 1, 2 }); // 5 4 3
         press("removeBtn");
-        table().highlightRows({ 0 });
-        QVERIFY(!isEnabled("moveUpButton"));
         QVERIFY(openFiles({ { "4.tif", 4 }, { "9.tif", 1 } }));
-        QVERIFY(isEnabled("moveUpButton"));
         QCOMPARE(order(), u"9 4 2 1 0"_s);
         press("undoAction"); // 4 is there already
         QCOMPARE(highlightedText(), u"0 2"_s);
         QVERIFY(openFiles({ { "9.tif", 1 } })); // nothing came, so nothing is sorted
         QCOMPARE(order(), u"5 9 3 4 2 1 0"_s);
-        table().highlightRows({ 1 });
         press("redoAction");
-        QVERIFY(!isEnabled("moveUpButton"));
         QCOMPARE(order(), u"9 4 2 1 0"_s);
         press("undoAction");
         press("undoAction"); // the sort; what came later is last

@@ -139,10 +139,6 @@ protected:
     {
         return table().visualRect(table().model()->index(row, column)).center();
     }
-    void clickCell(int row, int column, Qt::KeyboardModifiers keys = {}) const
-    {
-        QTest::mouseClick(table().viewport(), Qt::LeftButton, keys, placeOf(row, column));
-    }
 
     QStringList names() const { return namesOf(controller().files()); }
     QString order() const { return names().join(u' ').remove(u".tif"_s); }

@@ -28,14 +28,6 @@ private slots:
 #ifdef Q_OS_MACOS
         QSKIP("Alt types characters here");
 #endif
-        QString letters;
-        for (const char* name :
-             { "removeBtn", "importBtn", "addFilesBtn", "addFolderBtn", "inculdeSubfoldersBtn",
-               "convertBtn", "setCurrentAsDefaultOutputFolderPathBtn",
-               "openFolderAfterConversionBtn", "viewLogBtn", "cancelProcessBtn" })
-            letters += find<QAbstractButton>(name).shortcut().toString().last(1);
-        QCOMPARE(letters, u"RIFOUSDPLC"_s);
-
         auto& tabs = find<QTabWidget>("settingTabView");
         for (int tab = 0; tab < tabs.count(); ++tab) {
             tabs.setCurrentIndex(tab);

@@ -107,7 +107,6 @@ def folder_replaced(make):
 FOLDER_CHANGES = {
     "removed": lambda: shutil.rmtree("out"),
     "moved away": lambda: os.rename("out", "moved"),
-    "made a file": lambda: folder_replaced(Path.touch),
     "made a dangling link": lambda: folder_replaced(lambda path: path.symlink_to("nowhere")),
     "made another folder": lambda: folder_replaced(Path.mkdir),
     "made read-only": lambda: os.chmod("out", 0o555),
