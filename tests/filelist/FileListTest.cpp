@@ -6,7 +6,6 @@
 #include "tests/support/TextRows.h"
 
 #include <QDateTime>
-#include <QProcess>
 
 #include <random>
 

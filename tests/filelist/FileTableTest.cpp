@@ -8,7 +8,6 @@
 #include <QHeaderView>
 #include <QMimeData>
 #include <QSemaphore>
-#include <QtEndian>
 
 class FileTableTest : public QObject
 {
@@ -159,13 +158,7 @@ private slots:
         QVERIFY(other.restoreColumns(state));
         QCOMPARE(other.columnWidth(FileTableModel::Name), 321);
         QCOMPARE(other.currentSortOrders(), orders);
-        // As an earlier version left them.
-        QByteArray older = state.first(8 + 4 + qFromBigEndian<qint32>(state.constData() + 8));
-        older[3] = 1;
-        other.setSortOrders({});
-        QVERIFY(other.restoreColumns(older));
-        QCOMPARE(other.currentSortOrders(), orders.first(1));
-        QVERIFY(!other.restoreColumns(older.replace(3, 1, "\3")));
+        QVERIFY(!other.restoreColumns(QByteArray(state).replace(3, 1, "\3"))); // a later version's
     }
 
 private:
