@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """The world changes under a run of pagestack-convert.
 
-Sources and folders vanish, change or turn out to be something else while a run is under way. Whatever
-happens, the run ends by itself, no source is lost, a file with a final name is complete, and what is
-missing was told with exit code 1.
+Sources and folders vanish, change or turn out to be something else while a run is under way, targets
+are no files. Whatever happens, the run ends by itself, no source is lost, a file with a final name is
+complete, and what is missing was told with exit code 1.
 """
 
 import os
@@ -141,6 +141,35 @@ def output_folder_changes(change, form, jobs):
             scene.check(f": {place}: " in scene.errors, f"{name} is missing and not told")
 
 
+# What stands at the target of page 2, and may not be replaced by it.
+TARGETS = {
+    "a folder": os.mkdir,
+    "a FIFO": os.mkfifo,
+    "a link to itself": lambda target: os.symlink(os.path.basename(target), target),
+    "a link to the source": lambda target: os.symlink("../in/a.tif", target),
+    "links to the source": lambda target: (os.symlink("in", "x"), os.symlink("../x/a.tif", target)),
+    "a hard link of the source": lambda target: os.link(A, target),
+}
+
+
+def odd_target(what, is_split, jobs):
+    with Scene(f"a target is {what}, {'split' if is_split else 'together'}", {A: 3, B: 2}) as scene:
+        wanted = outputs_of(scene.pages, "split" if is_split else "tiff", ".tiff")
+        target = "out/a2.tiff" if is_split else "out/a.tiff"
+        TARGETS[what](target)
+        before = os.lstat(target)[:7]
+        scene.run("-f", "tiff", "--jobs", jobs, *["--split"] * is_split, "--on-exists", "overwrite", A, B)
+        scene.check_pages(A, scene.pages[A])
+        if scene.code == 0:  # all pages together may replace their source: none is lost
+            scene.check("source" in what and not is_split, "it was taken")
+        else:
+            scene.check(os.lstat(target)[:7] == before, "what was there was touched")
+            scene.check_told(f"{A}[2]" if is_split else A)
+            os.rename(target, "old")
+            del wanted[os.path.basename(target)]
+        scene.check_outputs(wanted)
+
+
 # A source that is cut while it is read: reading a mapping of it would end the program.
 
 
@@ -181,6 +210,9 @@ if __name__ == "__main__":
             source_changes(name, form, jobs)
         for name in FOLDER_CHANGES:
             output_folder_changes(name, form, jobs)
+    for name in TARGETS:
+        odd_target(name, is_split=True, jobs="3")
+        odd_target(name, is_split=False, jobs="1")
     met = cut_while_read("tiff", 40) + cut_while_read("bmp", 15, deflated=True)
     expect(met > 10, f"only {met} cuts met the reading")
     finish("changes of the world")
