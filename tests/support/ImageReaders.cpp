@@ -1,6 +1,6 @@
 #include "tests/support/ImageReaders.h"
 
-#include <QFile>
+#include "tests/support/Bytes.h"
 
 #include <cstdio>
 #include <gif_lib.h>
@@ -125,52 +125,30 @@ namespace {
         return picture;
     }
 
-    void readTags(TIFF* tiff, TiffPicture& page)
+    /// The tags of the directory at `offset`, read without libtiff.
+    std::map<int, QList<double>> tagsOf(const QByteArray& file, std::uint64_t offset)
     {
-        for (const int tag :
-             { TIFFTAG_BITSPERSAMPLE, TIFFTAG_COMPRESSION, TIFFTAG_PHOTOMETRIC, TIFFTAG_ORIENTATION,
-               TIFFTAG_SAMPLESPERPIXEL, TIFFTAG_PLANARCONFIG, TIFFTAG_RESOLUTIONUNIT,
-               TIFFTAG_SAMPLEFORMAT, TIFFTAG_PREDICTOR, TIFFTAG_SUBFILETYPE, TIFFTAG_IMAGEWIDTH,
-               TIFFTAG_IMAGELENGTH, TIFFTAG_TILEWIDTH, TIFFTAG_TILELENGTH }) {
-            std::uint32_t value
-                = 0; // of which some tags set the first half, which is the lower one
-            if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &value) == 1)
-                page.numbers[tag] = static_cast<int>(value);
+        const auto number = [&](std::uint64_t at, unsigned size) {
+            std::uint64_t value = 0;
+            for (unsigned i = 0; i < size; ++i)
+                value = value << 8U | span(file)[at + (file.startsWith('M') ? i : size - 1 - i)];
+            return value;
+        };
+        const unsigned wide = number(2, 2) == 43 ? 8 : 4;
+        const unsigned head = wide == 8 ? 8 : 2;
+        std::map<int, QList<double>> tags;
+        for (std::uint64_t i = 0; i < number(offset, head); ++i) {
+            const std::uint64_t entry = offset + head + i * (4 + 2 * wide);
+            const auto type = static_cast<TIFFDataType>(number(entry + 2, 2));
+            const auto size = static_cast<unsigned>(TIFFDataWidth(type));
+            const std::uint64_t count = number(entry + 4, wide);
+            const std::uint64_t place = entry + 4 + wide;
+            const std::uint64_t at = count * size > wide ? number(place, wide) : place;
+            for (std::uint64_t k = 0; k < count; ++k)
+                tags[static_cast<int>(number(entry, 2))].append(
+                    static_cast<double>(number(at + k * size, size)));
         }
-        for (const int tag :
-             { TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_ARTIST, TIFFTAG_PAGENAME, TIFFTAG_DATETIME,
-               TIFFTAG_DOCUMENTNAME, TIFFTAG_MAKE, TIFFTAG_MODEL, TIFFTAG_SOFTWARE,
-               TIFFTAG_HOSTCOMPUTER, TIFFTAG_COPYRIGHT, TIFFTAG_TARGETPRINTER }) {
-            const char* text = nullptr;
-            if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &text) == 1)
-                page.texts[tag] = text;
-        }
-        for (const int tag : { TIFFTAG_ICCPROFILE, TIFFTAG_XMLPACKET, TIFFTAG_RICHTIFFIPTC }) {
-            std::uint32_t size = 0;
-            const char* block = nullptr;
-            if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &size, &block) == 1)
-                page.texts[tag] = QByteArray(block, size);
-        }
-        std::uint16_t first = 0;
-        std::uint16_t second = 0;
-        if (TIFFGetField(tiff, TIFFTAG_PAGENUMBER, &first, &second) == 1)
-            page.pageNumber = { first, second };
-        if (TIFFGetField(tiff, TIFFTAG_DOTRANGE, &first, &second) == 1)
-            page.fractions = { static_cast<float>(first), static_cast<float>(second) };
-        const float* fractions = nullptr;
-        for (const auto& [tag, count] :
-             { std::pair(TIFFTAG_WHITEPOINT, 2), { TIFFTAG_PRIMARYCHROMATICITIES, 6 } })
-            if (TIFFGetField(tiff, static_cast<ttag_t>(tag), &fractions) == 1)
-                page.fractions.insert(page.fractions.end(), fractions, fractions + count);
-        TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &page.resolution[0]);
-        TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &page.resolution[1]);
-        std::uint16_t* list = nullptr;
-        if (TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &first, &list) == 1)
-            page.lists.assign(list, list + first);
-        std::uint16_t* others[2] = {};
-        if (TIFFGetField(tiff, TIFFTAG_COLORMAP, &list, &others[0], &others[1]) == 1)
-            page.lists.insert(page.lists.end(), list,
-                              list + (1 << page.number(TIFFTAG_BITSPERSAMPLE)));
+        return tags;
     }
 
     void readPixels(TIFF* tiff, TiffPicture& page)
@@ -244,7 +222,7 @@ QList<TiffPicture> readTiff(const QString& path)
             && TIFFSetDirectory(tiff, i) == 1;
         if (isThere) {
             pages.append(TiffPicture());
-            readTags(tiff, pages.back());
+            pages.back().tags = tagsOf(bytesOf(path), TIFFCurrentDirOffset(tiff));
             readPixels(tiff, pages.back());
         }
         if (tiff != nullptr)

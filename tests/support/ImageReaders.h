@@ -49,14 +49,13 @@ struct TiffPicture
 {
     QByteArray samples; ///< decoded strips or tiles, one after the other; JPEG as RGB
     QByteArray encoded; ///< strips or tiles as they lie
-    std::map<int, int> numbers; ///< tags that are one number, where present
-    std::map<int, QByteArray> texts; ///< tags that are a text or a block of bytes
-    std::vector<std::uint16_t> lists; ///< extra samples and the red of the colour map
-    std::vector<float> fractions; ///< dot range, white point and primaries, where present
-    std::array<float, 2> resolution {};
-    std::array<int, 2> pageNumber { -1, -1 }; ///< index, total
+    std::map<int, QList<double>> tags; ///< texts byte by byte, fractions as one number
 
-    int number(int tag) const { return numbers.count(tag) == 0 ? -1 : numbers.at(tag); }
+    QList<double> values(int tag) const
+    {
+        return tags.count(tag) == 0 ? QList<double>() : tags.at(tag);
+    }
+    int number(int tag) const { return static_cast<int>(values(tag).value(0, -1)); }
 };
 
 /// All pages of the chain; empty for a missing file. Undecodable pages have no samples.

@@ -146,8 +146,7 @@ samples=4 photometric=5 |        | rgb   |
         }
         SinglePage single(made);
         QVERIFY(single.image().saveAsTiffWithName(single.path(u"a.tiff"_s), 3));
-        QVERIFY(readTiff(single.path(u"a.tiff"_s)).value(0).texts[TIFFTAG_ICCPROFILE]
-                == made.iccProfile);
+        QVERIFY(bytesOf(single.path(u"a.tiff"_s)).contains(made.iccProfile));
     }
 
     void laysTransparentPixelsOverWhite()
@@ -245,31 +244,25 @@ samples=4 photometric=5 |        | rgb   |
         QCOMPARE(namesIn(single.folder()).size(), 1);
     }
 
-    void refusesWhatTheFormatCannotHold_data()
-    {
-        QTest::addColumn<QStringList>("refusing");
-        for (const char* page : { "width=70000 height=1", "width=1 height=70000 orientation=6" })
-            QTest::newRow(page) << QStringList { u"a.jpg"_s, u"a.gif"_s };
-        QTest::newRow("width=2000000 height=20000 rows=20000 fax") << QStringList { u"a.bmp"_s };
-    }
-
     void refusesWhatTheFormatCannotHold()
     {
-        QFETCH(QStringList, refusing);
-        TestPage page(QTest::currentDataTag());
-        if (page.compression == 4)
-            page.encoded = { QByteArray(5'100'000, '\xFF') }; // each row is like the one above
-        SinglePage single(page);
-        for (const QString& name : refusing) {
-            QVERIFY(!single.saves(name));
-            QVERIFY2(single.image().failureReason().contains(u"too large for"_s),
-                     qPrintable(single.image().failureReason()));
+        for (const char* text : { "width=70000 height=1", "width=1 height=70000 orientation=6",
+                                  "width=2000000 height=20000 rows=20000 fax" }) {
+            TestPage page(text);
+            const bool isHuge = page.compression == 4;
+            if (isHuge)
+                page.encoded = { QByteArray(5'100'000, '\xFF') }; // each row is like the one above
+            SinglePage single(page);
+            for (const QString& name :
+                 isHuge ? QStringList { u"a.bmp"_s } : QStringList { u"a.jpg"_s, u"a.gif"_s }) {
+                QVERIFY(!single.saves(name));
+                QVERIFY2(single.image().failureReason().contains(u"too large for"_s),
+                         qPrintable(single.image().failureReason()));
+            }
+            QCOMPARE(namesIn(single.folder()), QStringList { u"page.tif"_s });
+            if (!isHuge)
+                QCOMPARE(single.saved(u"a.png"_s).samples.size(), std::size_t { 70000 });
         }
-        QCOMPARE(namesIn(single.folder()), QStringList { u"page.tif"_s });
-        if (page.compression == 4)
-            return;
-        QVERIFY(single.saves(u"a.png"_s));
-        QCOMPARE(readPicture(single.path(u"a.png"_s)).samples.size(), std::size_t { 70000 });
     }
 
     void refusesProfilesTooLargeForJpeg()

@@ -57,6 +57,18 @@ private:
 
 bool isBigTiff(const QString& path) { return bytesOf(path).startsWith("II\x2B"); }
 
+/// The tags without those that tell how the pixels lie in the file.
+std::map<int, QList<double>> describing(const TiffPicture& page)
+{
+    std::map<int, QList<double>> tags = page.tags;
+    for (const int tag : { TIFFTAG_COMPRESSION, TIFFTAG_PREDICTOR, TIFFTAG_STRIPOFFSETS,
+                           TIFFTAG_STRIPBYTECOUNTS, TIFFTAG_ROWSPERSTRIP, TIFFTAG_TILEOFFSETS,
+                           TIFFTAG_TILEBYTECOUNTS, TIFFTAG_PAGENUMBER, TIFFTAG_GROUP3OPTIONS,
+                           TIFFTAG_JPEGTABLES, TIFFTAG_REFERENCEBLACKWHITE, TIFFTAG_FILLORDER })
+        tags.erase(tag);
+    return tags;
+}
+
 /// Those of each page; one of no samples is left out.
 QByteArrayList samplesOf(const QString& path)
 {
@@ -108,20 +120,20 @@ private slots:
             for (qsizetype i = 0; i < pages.size(); ++i) {
                 const QByteArray what = QByteArray::number(run) + ", page " + QByteArray::number(i);
                 const bool isFax = compression == 3 || compression == 4;
-                std::map<int, int> numbers = source[i].numbers;
-                numbers[TIFFTAG_COMPRESSION] = isFax && pages[i].bits != 1 ? 1 : compression;
-                numbers[TIFFTAG_PHOTOMETRIC] = pages[i].compression == 7 ? 2 : pages[i].photometric;
-                numbers[TIFFTAG_ORIENTATION] = std::max(1, pages[i].orientation);
-                numbers[TIFFTAG_SUBFILETYPE] = FILETYPE_PAGE;
-                numbers.erase(TIFFTAG_PREDICTOR);
-                if (compression == 5 && differenced.contains(i))
-                    numbers[TIFFTAG_PREDICTOR] = 2;
-                QVERIFY2(written[i].numbers == numbers, what);
+                QCOMPARE(written[i].number(TIFFTAG_COMPRESSION),
+                         isFax && pages[i].bits != 1 ? 1 : compression);
+                QCOMPARE(written[i].number(TIFFTAG_PREDICTOR),
+                         compression == 5 && differenced.contains(i) ? 2 : -1);
+                std::map<int, QList<double>> tags = describing(source[i]);
+                if (pages[i].compression == 7)
+                    tags[TIFFTAG_PHOTOMETRIC] = { 2 };
+                tags[TIFFTAG_ORIENTATION] = { std::max(1.0, 1.0 * pages[i].orientation) };
+                tags[TIFFTAG_SUBFILETYPE] = { FILETYPE_PAGE };
+                QCOMPARE(describing(written[i]), tags);
                 QVERIFY2(written[i].samples == source[i].samples && !source[i].samples.isEmpty(),
                          what);
-                if (numbers[TIFFTAG_COMPRESSION] == 1)
+                if (written[i].number(TIFFTAG_COMPRESSION) == 1)
                     QCOMPARE(written[i].encoded.size(), source[i].samples.size());
-                QCOMPARE(written[i].lists, source[i].lists);
             }
         }
     }
@@ -183,20 +195,13 @@ private slots:
         packed.compression = 5;
         QVERIFY(collect({ page, packed, "" }, 3)); // encoded anew, copied, and without all of it
         const QList<TiffPicture> written = readTiff(m_out);
+        const QList<TiffPicture> source = readTiff(m_source);
         QCOMPARE(written.size(), 3);
-        const TiffPicture source = readTiff(m_source).value(0);
-        QCOMPARE(source.texts.size(), std::size_t { 13 });
-        QCOMPARE(source.fractions.size(), std::size_t { 10 });
-        for (const TiffPicture& picture : written.first(2)) {
-            QCOMPARE(picture.texts, source.texts);
-            QCOMPARE(picture.fractions, source.fractions);
-            QCOMPARE(picture.number(TIFFTAG_ORIENTATION), 8);
-            QCOMPARE(picture.resolution, (std::array { 204.0F, 98.0F }));
-            QCOMPARE(picture.number(TIFFTAG_RESOLUTIONUNIT), 3);
-            QCOMPARE(picture.number(TIFFTAG_SUBFILETYPE), int { FILETYPE_PAGE });
+        for (const auto& [tag, values] : describing(source[0])) {
+            QVERIFY2(written[0].values(tag) == values, QByteArray::number(tag));
+            QVERIFY2(written[1].values(tag) == values, QByteArray::number(tag));
         }
-        QVERIFY(written[2].texts.empty() && written[2].fractions.empty());
-        QCOMPARE(written[2].resolution, (std::array { 0.0F, 0.0F }));
+        QCOMPARE(describing(written[2]).size(), describing(source[2]).size() + 2); // said of all
     }
 
     // Tags were lost without a word, and all but the first text of those that hold several.
@@ -238,7 +243,9 @@ private slots:
             writeTiff(m_source, { page });
             QCOMPARE(leftOutOf(0).join(u' '),
                      page.tileWidth > 0 ? u"ReferenceBlackWhite"_s : u""_s);
-            QCOMPARE(readTiff(m_out).value(0).resolution, (std::array { 300.0F, 300.0F }));
+            for (const int tag : { TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION })
+                QCOMPARE(readTiff(m_out)[0].values(tag),
+                         readTiff(m_source)[0].values(TIFFTAG_XRESOLUTION));
         }
     }
 
@@ -253,7 +260,7 @@ private slots:
             page.moreTags
                 = [&](tiff* to) { TIFFSetField(to, TIFFTAG_RICHTIFFIPTC, 16, bytes.data()); };
             QVERIFY(collect({ page }, 3, "wb"));
-            QCOMPARE(readTiff(m_out).value(0).texts[TIFFTAG_RICHTIFFIPTC], caption);
+            QVERIFY(bytesOf(m_out).contains(caption));
         }
     }
 
@@ -280,7 +287,7 @@ private slots:
     void numbersThePages()
     {
         QVERIFY(collect({ "" }, 0));
-        QCOMPARE(readTiff(m_out).value(0).pageNumber, (std::array { -1, -1 }));
+        QCOMPARE(readTiff(m_out).value(0).number(TIFFTAG_PAGENUMBER), -1);
 
         writeTiff(m_source, { TestPage() });
         for (const int total : { 2, 65'536 }) { // the tag has no number for the latter
@@ -289,8 +296,8 @@ private slots:
             file.append(std::make_shared<ShortOfMemory>());
             QVERIFY(file.commit());
             for (const int i : { 0, 1 })
-                QCOMPARE(readTiff(m_out).value(i).pageNumber,
-                         total == 2 ? (std::array { i, 2 }) : (std::array { -1, -1 }));
+                QCOMPARE(readTiff(m_out).value(i).values(TIFFTAG_PAGENUMBER),
+                         total == 2 ? (QList { 1.0 * i, 2.0 }) : QList<double>());
         }
     }
 
@@ -309,7 +316,8 @@ private slots:
             QCOMPARE(samplesOf(m_out).size(), 20);
             QCOMPARE(samplesOf(m_out), samplesOf(m_source));
             for (int i = 0; i < 20; ++i)
-                QCOMPARE(readTiff(m_out).value(i).pageNumber, (std::array { i, 20 }));
+                QCOMPARE(readTiff(m_out).value(i).values(TIFFTAG_PAGENUMBER),
+                         (QList { 1.0 * i, 20.0 }));
             QCOMPARE(namesIn(m_folder.path()), (QStringList { u"out.tiff"_s, u"page.tif"_s }));
         }
     }
