@@ -9,7 +9,6 @@
 #include <tiffio.h>
 
 #include <cmath>
-#include <memory>
 
 namespace pagestack {
 
@@ -44,11 +43,6 @@ namespace {
         int method = 0;
         if (png_get_iCCP(codec, info, &name, &method, &profile, &profileBytes) != 0)
             picture.iccProfile = QByteArray(reinterpret_cast<char*>(profile), profileBytes);
-        png_colorp colors = nullptr;
-        int count = 0;
-        png_get_PLTE(codec, info, &colors, &count);
-        for (int i = 0; i < count; ++i)
-            picture.palette.push_back({ colors[i].red, colors[i].green, colors[i].blue });
         png_bytepp rows = png_get_rows(codec, info);
         const int samples = picture.width * picture.channels;
         for (int i = 0; i < picture.height * samples; ++i) {

@@ -21,8 +21,8 @@ struct Picture
     int channels = 0; ///< samples a pixel
     int bits = 0;
     std::vector<int> samples; ///< rows from the top, red first
-    std::vector<std::array<int, 3>> palette;
-    int transparentIndex = -1; ///< of GIF
+    std::vector<std::array<int, 3>> palette; ///< of GIF
+    int transparentIndex = -1;
     std::array<int, 3> density {}; ///< the file's unit and values; -1 for the unit: none
     QByteArray iccProfile;
     std::array<int, 2> sampling {}; ///< of JPEG: factors of the first component

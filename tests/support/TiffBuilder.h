@@ -6,7 +6,6 @@
 #include "tests/support/Bytes.h"
 #include "tests/support/ImageReaders.h"
 
-#include <QMetaType>
 #include <QStringList>
 #include <QTemporaryDir>
 
@@ -102,5 +101,3 @@ private:
 };
 
 } // namespace pagestack
-
-Q_DECLARE_METATYPE(pagestack::TestPage)

@@ -3,8 +3,6 @@
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
-#include <tiffio.h>
-
 namespace {
 
 /// The samples of row `y` of a test page.
@@ -25,17 +23,9 @@ class LargePiecesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void copiesOnlyThePageThatIsRead_data()
-    {
-        QTest::addColumn<int>("index");
-        QTest::newRow("wl, second page") << 1;
-        QTest::newRow("wb8, last page") << 2;
-    }
-
     /// A strip too large to be held is decoded from a copy.
     void copiesOnlyThePageThatIsRead()
     {
-        QFETCH(int, index);
         constexpr int side = 4160;
         QByteArray strip; // literal runs of PackBits
         for (int y = 0; y < side; ++y)
@@ -44,14 +34,21 @@ private slots:
         TestPage page("width=4160 height=4160 rows=4160 compression=32773");
         page.encoded = { strip };
         const QString path = m_folder.filePath(u"pages.tif"_s);
-        writeTiff(path, { page, page, page }, QByteArray(QTest::currentDataTag()).split(',')[0]);
-        const PageImage shown = TiffDocument(path).page(index);
-        const qint64 writtenBefore = bytesWritten();
-        const std::unique_ptr<RowSource> rows = shown.source().rows();
-        checkRows(*rows, side);
-        const qint64 written = bytesWritten() - writtenBefore;
-        QVERIFY(shown.takeDiagnostics().logLines.isEmpty()); // the holes are no damage
-        QVERIFY2(written < strip.size() + 65'536, QByteArray::number(written));
+        for (const auto& [mode, index] : { std::pair("wl", 1), { "wb8", 2 } }) {
+            writeTiff(path, { page, page, page }, mode);
+            const PageImage shown = TiffDocument(path).page(index);
+            const qint64 writtenBefore = bytesWritten();
+            const std::unique_ptr<RowSource> rows = shown.source().rows();
+            int y = 0;
+            for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
+                for (int i = 0; i < band.rows; ++i, ++y)
+                    QCOMPARE(QByteArray(reinterpret_cast<const char*>(band.row(i)), side),
+                             QByteArray(side, valueOf(y)));
+            QCOMPARE(y, side);
+            const qint64 written = bytesWritten() - writtenBefore;
+            QVERIFY(shown.takeDiagnostics().logLines.isEmpty()); // the holes are no damage
+            QVERIFY2(written < strip.size() + 65'536, QByteArray::number(written));
+        }
     }
 
     void turnsPagesOfFewLongRows_data()
@@ -92,20 +89,6 @@ private slots:
     void tookNoMoreMemoryThanPromised() { checkPeakMemory(300'000); } // after all of the above
 
 private:
-    static void checkRows(RowSource& rows, int side)
-    {
-        int y = 0;
-        for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
-            for (int i = 0; i < band.rows; ++i, ++y) {
-                const std::uint8_t* row = band.row(i);
-                const auto value = static_cast<std::uint8_t>(valueOf(y));
-                const qsizetype end = rows.layout().rowBytes(side);
-                if (row[0] != value || row[end / 2] != value || row[end - 1] != value)
-                    QFAIL(qPrintable(u"row %1 starts with %2"_s.arg(y).arg(row[0])));
-            }
-        QCOMPARE(y, side);
-    }
-
     QTemporaryDir m_folder;
 };
 

@@ -7,13 +7,6 @@
 
 #include <QThread>
 
-namespace {
-
-const QString failure = u"Pagestack unable able to convert some of the files!\r\n"
-                        "Please check log for more information."_s;
-
-} // namespace
-
 class ProcessTest : public QObject
 {
     Q_OBJECT
@@ -106,8 +99,8 @@ trouble in/more.tif 0 the file has 3 pages now, 1 were counted before the run
             u"in/a.tif:W stopAt=trouble~in/a.tif~0~index~1~beyond~bounds~[0~..~0]"_s,
             uR"(in/a.tif to out, 1 pages [index 1 beyond bounds [0 .. 0]] a1.png 1 Completed
 trouble in/a.tif 0 index 1 beyond bounds [0 .. 0]
-1/1 out/a1.png )"_s
-                + failure);
+1/1 out/a1.png Pagestack unable able to convert some of the files!
+Please check log for more information.)"_s.replace(u"!\n"_s, u"!\r\n"_s));
         row("no run flag", u"a.tif:W"_s, u"isCombining=false"_s, u"0/0 Process cancelled!"_s);
         row("together in the place of the source", u"a.tiff:WW"_s,
             u"outputType=2 outputFolderPath="_s,

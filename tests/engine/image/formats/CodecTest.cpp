@@ -35,8 +35,7 @@ Bytes fibonacci(std::size_t symbols)
 Bytes made(const QByteArray& content, std::size_t count, std::size_t rowBytes = 500)
 {
     const auto kind
-        = QByteArrayList { "flat", "ramp", "drawn", "noise", "runs", "dither", "random" }.indexOf(
-            content);
+        = QByteArrayList { "flat", "ramp", "drawn", "noise", "runs", "random" }.indexOf(content);
     std::mt19937 random(5);
     Bytes bytes(count);
     std::size_t left = 0;
@@ -54,7 +53,6 @@ Bytes made(const QByteArray& content, std::size_t count, std::size_t rowBytes = 
                                             : kind == 2 ? (x / 7 + y / 5) % 3 * 100 + x * x % 11
                                             : kind == 3 ? (3 * x + 5 * y) / 4 + random() % 9
                                             : kind == 4 ? run
-                                            : kind == 5 ? (y / 10 % 2 == 0 ? i : 1)
                                                         : random());
     }
     return bytes;
@@ -321,7 +319,6 @@ private slots:
         }
         for (const int width : { 1, 8, 65 })
             QTest::addRow("%d wide, random", width) << 2 << width << 200;
-        QTest::newRow("2 colors by turns and flat, dither") << 2 << 523 << 90;
         QTest::newRow("single pixel, flat") << 2 << 1 << 1;
         QTest::newRow("single pixel of many, flat") << 256 << 1 << 1;
         // Its longest strings are longer than the longest stride, and the table becomes full.

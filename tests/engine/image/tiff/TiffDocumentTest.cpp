@@ -112,7 +112,6 @@ private slots:
         QTest::newRow("text.pdf") << QByteArray("%PDF-1.4 and no more");
         QTest::newRow("pipe.tif") << QByteArray();
         QTest::newRow("pipe.pdf") << QByteArray();
-        QTest::newRow("folder.tif") << QByteArray();
         QTest::newRow("missing.tif") << QByteArray();
     }
 
@@ -125,8 +124,6 @@ private slots:
             write(name, bytes);
         else if (name.startsWith(u"pipe"_s))
             QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
-        else if (name.startsWith(u"folder"_s))
-            QCOMPARE(::mkdir(QFile::encodeName(path).constData(), 0700), 0);
         QCOMPARE(count(path), 0);
         QVERIFY_THROWS_EXCEPTION(std::runtime_error, TiffDocument { path });
         QVERIFY(!verifyPDF(QUrl::fromLocalFile(path), u""_s));
