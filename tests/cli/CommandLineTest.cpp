@@ -70,7 +70,6 @@ private slots:
         addTextRows(R"(
             a.tif                      | sources=a.tif
             -fgif a                    | format=4 sources=a
-            -f PNG a                   | format=1 sources=a
             -fTif --format jpG a       | sources=a
             -f tiff --compression packbits --split a | format=2 compression=4 split=true sources=a
             -f tif --split --separator _ a           | format=2 separator=_ split=true sources=a
@@ -94,7 +93,6 @@ private slots:
             --quality=-1 a             | quality '-1' is no number from 0 to 10
             --quality=5.0 a            | quality '5.0' is no number from 0 to 10
             --quality=99999999999 a    | quality '99999999999' is no number from 0 to 10
-            --quality= a               | quality '' is no number from 0 to 10
             a -f                       | option -f needs a value
             --split=yes a              | option --split takes no value
             -qv a                      | options -q and -v exclude each other

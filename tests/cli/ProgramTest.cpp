@@ -59,6 +59,7 @@ a.tif:B | sh for f in jpeg png 'tiff --split --compression lzw' bmp gif; do '%1'
     -f $f >o 2>>e; done; grep -o '(save.*) :' e; rm o e | (saveAsJpegWithName:) : \
     / (saveAsPngWithName:) : / (saveAsTiffWithName:) : / (saveAsBmpWithName:) : \
     / (saveAsGifWithName:) : / 0
+a.tif:W | a.tif -o a.tif | ! output folder a.tif * / 4
 a.tif:W | a.tif -o none/out | ! output folder none/out * / 4
 a.tif:WW | -q a.tif -f tiff -o new | 0 LOG new/ new/a.tiff[1/1,2/1]
 b.tif:W a.tif:WWWWWWWWWWWW a1.jpg>none a2.jpg a3.jpg a4.jpg a5.jpg a6.jpg a7.jpg a8.jpg a9.jpg \

@@ -1,4 +1,5 @@
 #include "filelist/NameSearch.h"
+#include "mainwindow/desktop/InformationScript.h"
 #include "tests/mainwindow/Session.h"
 
 #include <QHeaderView>
@@ -344,6 +345,21 @@ private slots:
             QTest::ignoreMessage(QtWarningMsg, line);
             press(command);
         }
+    }
+
+    void namesAFileByItsFolders()
+    {
+        QCOMPARE(
+            informationScript(u"/a.tif"_s),
+            u"tell application \"Finder\"\nactivate \nopen information window of document file "
+            "\"a.tif\" of startup disk\nend tell"_s);
+        QVERIFY(
+            informationScript(u"/%@/%2 ä/%1.tif"_s)
+                .contains(u" file \"%1.tif\" of folder \"%2 ä\" of folder \"%@\" of startup "_s));
+        // A name that could become a command is not put into the script.
+        QVERIFY(isSafeInScript(u"/Büro 1/it's $(a) `b` %1\n.tif"_s));
+        QVERIFY(!isSafeInScript(u"/a\" & (do shell script \"id\") & \".tif"_s));
+        QVERIFY(!isSafeInScript(u"/folder\\/a.tif"_s)); // would take the closing quote along
     }
 
 private:
