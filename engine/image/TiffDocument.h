@@ -20,6 +20,7 @@ class TiffDocument
 public:
     /// Opens the file at `path`. Throws as OpenTiffFile does.
     explicit TiffDocument(const QString& path);
+    ~TiffDocument() = default;
     TiffDocument(const TiffDocument&) = delete;
     TiffDocument& operator=(const TiffDocument&) = delete;
 
