@@ -170,7 +170,7 @@ class Ground:
             shutil.rmtree(folder, ignore_errors=True)
             folder.mkdir()
         for path in self.written[name] if has_old else ():
-            (self.output / path).write_text(f"what was at {path}")
+            (self.output / path).write_text(f"what was at {path}" * 5000)  # more than will be
         into, sources = ["-o", self.output], self.sources
         if is_own:
             into, sources = [], [shutil.copy(path, self.output / f"{path.stem}.tiff") for path in sources]
