@@ -9,6 +9,7 @@
 #include <tiffio.h>
 
 #include <cmath>
+#include <memory>
 
 namespace pagestack {
 
@@ -211,18 +212,14 @@ QList<TiffPicture> readTiff(const QString& path)
     QList<TiffPicture> pages;
     // A handle a page: JPEG pages leave traces behind in libtiff 4.5.
     for (tdir_t i = 0; QFile::exists(path); ++i) {
-        TIFF* tiff = TIFFOpen(QFile::encodeName(path).constData(), "r");
-        const bool isThere = tiff != nullptr && TIFFNumberOfDirectories(tiff) > i
-            && TIFFSetDirectory(tiff, i) == 1;
-        if (isThere) {
-            pages.append(TiffPicture());
-            pages.back().tags = tagsOf(bytesOf(path), TIFFCurrentDirOffset(tiff));
-            readPixels(tiff, pages.back());
-        }
-        if (tiff != nullptr)
-            TIFFClose(tiff);
-        if (!isThere)
+        const std::unique_ptr<TIFF, decltype(&TIFFClose)> tiff(
+            TIFFOpen(QFile::encodeName(path).constData(), "r"), TIFFClose);
+        if (!tiff || TIFFNumberOfDirectories(tiff.get()) <= i
+            || TIFFSetDirectory(tiff.get(), i) != 1)
             break;
+        pages.append(TiffPicture());
+        pages.back().tags = tagsOf(bytesOf(path), TIFFCurrentDirOffset(tiff.get()));
+        readPixels(tiff.get(), pages.back());
     }
     return pages;
 }

@@ -6,7 +6,7 @@
 #include "tests/support/LogDocument.h"
 #include "tests/support/Testing.h"
 
-#include <QThread>
+#include <thread>
 
 // The log and the routines that it stands on: folders, times, the system log.
 class LogTest : public QObject
@@ -79,20 +79,18 @@ private slots:
         QVERIFY(QFile::link(u"nowhere"_s, inLogs(u"050324140709-5.log"_s)));
         // As two programs do, whose looks at the folder lie between each other's.
         constexpr int threads = 4;
-        std::vector<std::unique_ptr<QThread>> programs;
+        std::vector<std::thread> programs;
         for (int i = 0; i < threads; ++i)
-            programs.emplace_back(QThread::create([i, end = m_log->endTime] {
+            programs.emplace_back([i, end = m_log->endTime] {
                 for (int run = 0; run < 10; ++run) {
                     Log log;
                     log.endTime = end;
                     log.reason = u"%1 %2"_s.arg(i).arg(run);
                     log.save();
                 }
-            }));
-        for (const auto& program : programs)
-            program->start();
-        for (const auto& program : programs)
-            program->wait();
+            });
+        for (std::thread& program : programs)
+            program.join();
         QCOMPARE(logs().size(), 10 * threads);
         QSet<QByteArray> told;
         for (const QString& name : logs())

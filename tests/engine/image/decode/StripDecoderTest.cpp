@@ -72,7 +72,6 @@ compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
         // One strip of all rows, in a table of one, is right though its RowsPerStrip is wrong, and
         // so is one of unknown size.
         addTextRows(R"(
-rows=33 compression=32773       | 273 | 4    | refused
 rows=10                         | 278 | 11   | refused
 tileWidth=48 tileHeight=48      | 325 | 2300 | refused
 photometric=6 samples=3 rows=33 | 279 | 400  | refused
