@@ -67,6 +67,16 @@ compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
         QCOMPARE(QString::number(m_warnings.size()), warnings);
     }
 
+    // One too large to be held is read row by row; its checksum comes behind the last one.
+    void refusesALargeStripOfAnotherChecksum()
+    {
+        TestPage page("width=3000 height=1500 rows=1500 compression=8");
+        page.encoded = { deflated(rowsOf(page, 0, 1500)) };
+        page.encoded[0].back() = static_cast<char>(page.encoded[0].back() ^ 1);
+        writeTiff(m_path, { page });
+        QCOMPARE(converted().width, 0);
+    }
+
     void refusesStripsThatAreNotThere_data()
     {
         // One strip of all rows, in a table of one, is right though its RowsPerStrip is wrong, and
