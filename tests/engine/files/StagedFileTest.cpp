@@ -226,28 +226,24 @@ private slots:
         QVERIFY(replaces(path(u"link"_s), "new"));
     }
 
-    void refusesTargetsThatAreNoFiles_data()
-    {
-        addTextRows(R"(
-folder    | a folder of that name is in the way
-protected | the file there is write-protected
-missing/a | cannot create a file in the folder: No such file or directory
-file/a    | cannot create a file in the folder: Not a directory
-          | the output has no name
-)");
-    }
-
     void refusesTargetsThatAreNoFiles()
     {
-        const auto [name, reason] = textRow<2>();
         QVERIFY(QDir(m_folder->path()).mkdir(u"folder"_s));
         putBytes(path(u"file"_s), "old");
         putBytes(path(u"protected"_s), "old");
         setPermissions(path(u"protected"_s), 0444);
         const QStringList before = namesIn(m_folder->path());
-        const QString target = name.isEmpty() ? name : path(name);
-        QCOMPARE(reasonOf([&] { StagedFile file(target); }), reason);
-        QCOMPARE(namesIn(m_folder->path()), before);
+        for (const QStringList& row : textsOf(R"(
+folder    | a folder of that name is in the way
+protected | the file there is write-protected
+missing/a | cannot create a file in the folder: No such file or directory
+file/a    | cannot create a file in the folder: Not a directory
+          | the output has no name
+)")) {
+            const QString target = row[0].isEmpty() ? row[0] : path(row[0]);
+            QCOMPARE(reasonOf([&] { StagedFile file(target); }), row[1]);
+            QCOMPARE(namesIn(m_folder->path()), before);
+        }
     }
 
     // Large ones meet it on the way, the small one at the end.

@@ -102,31 +102,22 @@ private slots:
         QCOMPARE(count(path), 20'000);
     }
 
-    void takesNoOtherFileForTiff_data()
-    {
-        QTest::addColumn<QByteArray>("bytes"); // null: `name` is no file at all
-        QTest::newRow("empty.tif") << QByteArray("");
-        QTest::newRow("text.tif") << QByteArray("II is how this text begins");
-        QTest::newRow("cut.tif") << QByteArray("II*\0\x8", 5);
-        QTest::newRow("no page.tif") << QByteArray("II*\0\0\0\0\0", 8);
-        QTest::newRow("text.pdf") << QByteArray("%PDF-1.4 and no more");
-        QTest::newRow("pipe.tif") << QByteArray();
-        QTest::newRow("pipe.pdf") << QByteArray();
-        QTest::newRow("missing.tif") << QByteArray();
-    }
-
     void takesNoOtherFileForTiff()
     {
-        QFETCH(QByteArray, bytes);
-        const QString name = QString::fromLatin1(QTest::currentDataTag());
-        const QString path = m_folder.filePath(name);
-        if (!bytes.isNull())
-            write(name, bytes);
-        else if (name.startsWith(u"pipe"_s))
-            QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
-        QCOMPARE(count(path), 0);
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, TiffDocument { path });
-        QVERIFY(!verifyPDF(QUrl::fromLocalFile(path), u""_s));
+        QFile::remove(m_folder.filePath(u"chain.tif"_s)); // of the cases above
+        write(u"empty.tif"_s, "");
+        write(u"text.tif"_s, "II is how this text begins");
+        write(u"cut.tif"_s, QByteArray("II*\0\x8", 5));
+        write(u"no page.tif"_s, QByteArray("II*\0\0\0\0\0", 8));
+        write(u"text.pdf"_s, "%PDF-1.4 and no more");
+        for (const char* name : { "pipe.tif", "pipe.pdf" })
+            QCOMPARE(::mkfifo(m_folder.filePath(QLatin1String(name)).toLatin1(), 0600), 0);
+        for (const QString& name : namesIn(m_folder.path()) + QStringList(u"missing.tif"_s)) {
+            const QString path = m_folder.filePath(name);
+            QVERIFY2(count(path) == 0, qPrintable(name));
+            QVERIFY_THROWS_EXCEPTION(std::runtime_error, TiffDocument { path });
+            QVERIFY(!verifyPDF(QUrl::fromLocalFile(path), u""_s));
+        }
     }
 
     void countsPagesOfPdfDocuments_data()
