@@ -47,6 +47,7 @@ KEPT = [f"kept-{name}" for name in ("none", "g3", "g4", "lzw", "packbits")]
 EXTENSIONS = {"tiff": ".tiff", "png": ".png", "bmp": ".bmp", "gif": ".gif", "jpeg": ".jpg"}
 FORMATS = [*EXTENSIONS, *KEPT]
 MANY_PAGES = 100  # a file of more is shared out among the workers, a format each
+SMOKE_SHARE = 3  # the slow program of a smoke run takes every third format, another third for each file
 ALLOWED_EXITS = (0, 1, 3, 4)
 SANITIZER_MARKS = ("AddressSanitizer", "LeakSanitizer", "ThreadSanitizer", "runtime error:")
 
@@ -213,9 +214,11 @@ def check_one(task):
 def tasks_of(options, files):
     """The largest pieces of work first, so that no worker is left alone with one at the end."""
     tasks = []
-    for file in files:
+    step = SMOKE_SHARE if options.smoke else 1
+    for number, file in enumerate(files):
         is_long = file.page_total > MANY_PAGES and file.verdict == "good"
-        shares = [[name] for name in options.formats] if is_long else [options.formats]
+        formats = options.formats[number % step::step]
+        shares = [[name] for name in formats] if is_long else [formats]
         pixels = sum(min(page.width * page.height, 1 << 28) + 20_000 for page in file.pages)
         tasks += [(pixels * len(share), options, file, share) for share in shares]
     return [task[1:] for task in sorted(tasks, key=lambda task: task[0], reverse=True)]
