@@ -49,7 +49,7 @@ namespace {
             resolution.unit = ResolutionUnit::Centimeter;
             break;
         default:
-            resolution.unit = ResolutionUnit::Inch;
+            break; // inches, as without the tag
         }
         return resolution;
     }
