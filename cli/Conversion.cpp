@@ -121,11 +121,7 @@ namespace {
 
     void Conversion::takeSettings()
     {
-        m_settings.setOutputType(static_cast<int>(m_options.outputType));
-        m_settings.setJpegQuality(m_options.jpegQuality);
-        m_settings.setTiffCompressionIndex(static_cast<int>(m_options.tiffCompression));
-        m_settings.setIsSplitTIFFIntoSinglePages(m_options.isSplit);
-        m_settings.setSeparator(m_options.separator);
+        applyTo(m_settings, m_options.conversion);
         m_settings.setIsOpenFolderAfterConversion(false);
         if (!m_options.outputFolder.isEmpty())
             m_settings.setOutputFolderPath(checkedOutputFolder(m_options.outputFolder));
@@ -215,6 +211,7 @@ namespace {
         job.setOutputFiles(m_outputs);
         job.setSettings(&m_settings);
         job.setJobs(m_options.jobs);
+        job.setRunOptions(m_options.conversion.run);
         job.setKeepsExisting(m_options.onExists != OnExists::Overwrite);
         job.setTotalFileSelected(static_cast<int>(m_outputs.size()));
         if (m_options.onExists == OnExists::Skip)

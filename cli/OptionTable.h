@@ -19,9 +19,6 @@ struct OptionRow
     bool takesValue() const { return !value.isEmpty(); }
 };
 
-/// The names of the output formats by their codes: "jpeg|png".
-const QString& formats();
-
 /// All options, in the order of the help.
 const std::vector<OptionRow>& optionTable();
 

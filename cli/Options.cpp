@@ -35,17 +35,18 @@ namespace {
         /// Who gives an option expects something of it.
         void refuseIdleOptions() const
         {
-            const bool isTiff = m_options.outputType == OutputType::Tiff;
-            const QString format
-                = u"the format "_s + formats().split(u'|').at(int(m_options.outputType));
+            const bool isTiff = m_options.conversion.outputType == OutputType::Tiff;
+            const QString format = u"the format "_s
+                + formatNames().split(u'|').at(int(m_options.conversion.outputType));
             const auto refuse = [this](bool isIdle, const QString& name, const QString& with) {
                 if (isIdle && m_given.contains(name))
                     throw UsageError(u"option --%1 has no effect with %2"_s.arg(name, with));
             };
-            refuse(m_options.outputType != OutputType::Jpeg, u"quality"_s, format);
+            refuse(m_options.conversion.outputType != OutputType::Jpeg, u"quality"_s, format);
             refuse(!isTiff, u"compression"_s, format);
             refuse(!isTiff, u"split"_s, format);
-            refuse(isTiff && !m_options.isSplit, u"separator"_s, format + u" without --split"_s);
+            refuse(isTiff && !m_options.conversion.isSplit, u"separator"_s,
+                   format + u" without --split"_s);
         }
 
         void apply(const OptionRow& row, const QString& value)

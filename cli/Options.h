@@ -1,23 +1,14 @@
 #pragma once
 
-#include "engine/settings/OutputCodes.h"
+#include "engine/options/ConversionOptions.h"
 
 #include <QString>
 #include <QStringList>
 
-#include <stdexcept>
-
 namespace pagestack {
 
 /// A command line that cannot be carried out; the reason is one clause.
-class UsageError : public std::runtime_error
-{
-public:
-    explicit UsageError(const QString& reason)
-        : std::runtime_error(reason.toStdString())
-    {
-    }
-};
+using UsageError = OptionError;
 
 /// The treatment of a target that exists already. Two pages of a run never share a target: that is
 /// refused, or, with `Number`, the later one is numbered.
@@ -40,11 +31,7 @@ struct Options
     bool wantsHelp = false;
     bool wantsVersion = false;
 
-    OutputType outputType = OutputType::Jpeg;
-    int jpegQuality = 10; ///< in tenths
-    TiffCompression tiffCompression = TiffCompression::None;
-    bool isSplit = false;
-    QString separator { QLatin1String("") };
+    ConversionOptions conversion;
     QString outputFolder {}; ///< as given; empty: beside each source
     OnExists onExists = OnExists::Error;
 

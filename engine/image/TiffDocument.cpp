@@ -9,20 +9,22 @@
 
 namespace pagestack {
 
-TiffDocument::TiffDocument(const QString& path)
+TiffDocument::TiffDocument(const QString& path, const PageTreatment& treatment)
     : m_reader(std::make_shared<TiffReader>(path))
+    , m_treatment(treatment)
 {
 }
 
-TiffDocument::TiffDocument(std::shared_ptr<TiffReader> reader)
+TiffDocument::TiffDocument(std::shared_ptr<TiffReader> reader, const PageTreatment& treatment)
     : m_reader(std::move(reader))
+    , m_treatment(treatment)
 {
 }
 
 std::unique_ptr<TiffDocument> TiffDocument::clone() const
 {
     auto reader = std::make_shared<TiffReader>(m_reader->sharedDocument());
-    return std::unique_ptr<TiffDocument>(new TiffDocument(std::move(reader)));
+    return std::unique_ptr<TiffDocument>(new TiffDocument(std::move(reader), m_treatment));
 }
 
 QString TiffDocument::path() const { return m_reader->document().path(); }
@@ -36,7 +38,7 @@ int TiffDocument::pageCount() const { return m_reader->document().pageCount(); }
 
 PageImage TiffDocument::page(int index) const
 {
-    return PageImage(std::make_shared<TiffPage>(m_reader, index));
+    return PageImage(std::make_shared<TiffPage>(m_reader, index, m_treatment));
 }
 
 QString TiffDocument::chainFault() const { return m_reader->document().chainFault(); }

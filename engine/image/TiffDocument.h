@@ -2,6 +2,7 @@
 
 #include "engine/files/FileState.h"
 #include "engine/image/PageImage.h"
+#include "engine/options/RunOptions.h"
 
 #include <QString>
 
@@ -18,8 +19,8 @@ namespace pagestack {
 class TiffDocument
 {
 public:
-    /// Opens the file at `path`. Throws as OpenTiffFile does.
-    explicit TiffDocument(const QString& path);
+    /// Opens the file at `path`, whose pages are treated so. Throws as OpenTiffFile does.
+    explicit TiffDocument(const QString& path, const PageTreatment& treatment = {});
     ~TiffDocument() = default;
     TiffDocument(const TiffDocument&) = delete;
     TiffDocument& operator=(const TiffDocument&) = delete;
@@ -38,9 +39,10 @@ public:
     PageImage page(int index) const;
 
 private:
-    explicit TiffDocument(std::shared_ptr<class TiffReader> reader);
+    TiffDocument(std::shared_ptr<class TiffReader> reader, const PageTreatment& treatment);
 
     std::shared_ptr<class TiffReader> m_reader;
+    PageTreatment m_treatment;
 };
 
 /// The first page of the TIFF file `name`, with extension, of the program's resources; none if

@@ -48,7 +48,7 @@ namespace {
 
 } // namespace
 
-ConversionRun::ConversionRun(Process& job, RunOptions options)
+ConversionRun::ConversionRun(Process& job, RunSetup options)
     : m_job(job)
     , m_settings(*job.settings())
     , m_options(std::move(options))
@@ -82,7 +82,7 @@ void ConversionRun::startThreads(const QList<OutputFile>& plan)
                       [this] { return m_job.isCombining(); });
     if (!run.hasHazards())
         m_prefetcher = std::make_unique<PagePrefetcher>(
-            plan, m_settings, m_jobs, m_threads,
+            plan, m_settings, m_options.choices, m_jobs, m_threads,
             [this](const QString& path) { return isWanted(path); },
             [this] { return m_job.isCombining(); });
 }
@@ -135,7 +135,8 @@ void ConversionRun::convertItem(const OutputFile& output, PlanPlace place, LogFi
 
 std::shared_ptr<TiffDocument> ConversionRun::openSource(const QString& path, PlanPlace place)
 {
-    return m_prefetcher ? m_prefetcher->open(place) : std::make_shared<TiffDocument>(path);
+    return m_prefetcher ? m_prefetcher->open(place)
+                        : std::make_shared<TiffDocument>(path, m_options.choices.treatment);
 }
 
 PrefetchedPage ConversionRun::takePage(const TiffDocument& document, int page)

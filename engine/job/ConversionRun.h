@@ -24,7 +24,7 @@ class ConversionRun
 {
 public:
     /// `job`, which has its settings, outlives the run.
-    ConversionRun(Process& job, RunOptions options);
+    ConversionRun(Process& job, RunSetup options);
     ~ConversionRun();
     ConversionRun(const ConversionRun&) = delete;
     ConversionRun& operator=(const ConversionRun&) = delete;
@@ -79,7 +79,7 @@ private:
 
     Process& m_job;
     const Settings& m_settings;
-    const RunOptions m_options;
+    const RunSetup m_options;
     const int m_jobs;
     std::optional<SourceFindings> m_found; ///< of the source in hand
     bool m_hasFailed = false;

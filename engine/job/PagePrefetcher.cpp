@@ -29,10 +29,12 @@ namespace {
 
 } // namespace
 
-PagePrefetcher::PagePrefetcher(QList<OutputFile> plan, const Settings& settings, int workers,
-                               SpareThreads& threads, TargetFilter isWanted, Flag isRunning)
+PagePrefetcher::PagePrefetcher(QList<OutputFile> plan, const Settings& settings, RunOptions options,
+                               int workers, SpareThreads& threads, TargetFilter isWanted,
+                               Flag isRunning)
     : m_plan(std::move(plan))
     , m_settings(settings)
+    , m_options(std::move(options))
     , m_threads(threads)
     , m_isWanted(std::move(isWanted))
     , m_isRunning(isRunning)
@@ -50,7 +52,7 @@ std::shared_ptr<TiffDocument> PagePrefetcher::open(PlanPlace place)
         startAt({ m_plan.size(), 0 });
         m_document = nullptr;
         const FileItem& item = *m_plan.at(place.output).fileItems.at(place.item);
-        return std::make_shared<TiffDocument>(item.filePath().toLocalFile());
+        return std::make_shared<TiffDocument>(item.filePath().toLocalFile(), m_options.treatment);
     }
     const std::shared_ptr<SharedSource> source = m_steps.front().source;
     std::shared_ptr<TiffDocument> document = source->open();
@@ -145,7 +147,7 @@ bool PagePrefetcher::lookAtNext()
 
 void PagePrefetcher::lookAtItem(const OutputFile& output, const FileItem& item)
 {
-    m_source = std::make_shared<SharedSource>(item.filePath().toLocalFile());
+    m_source = std::make_shared<SharedSource>(item.filePath().toLocalFile(), m_options.treatment);
     m_lastPage = item.pages();
     m_isSourcePrepared = !isKeptTogether(m_settings) || isWanted(outputPath(output, 0));
     m_steps.push_back({ m_nextPlace, 0, m_source, nullptr });

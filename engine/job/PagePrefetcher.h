@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/job/PageWorkerPool.h"
+#include "engine/options/RunOptions.h"
 #include "engine/plan/OutputFile.h"
 
 #include <deque>
@@ -26,11 +27,11 @@ public:
     using TargetFilter = std::function<bool(const QString& outputPath)>;
     using Flag = PageWorkerPool::Flag;
 
-    /// Prepares with `workers` threads what `plan` and `settings` ask for, except for targets that
-    /// `isWanted` refuses. Those that are idle, out of `threads`, help with large pages.
-    /// `settings` and `threads` are borrowed; for `isRunning` see PageWorkerPool.
-    PagePrefetcher(QList<OutputFile> plan, const Settings& settings, int workers,
-                   SpareThreads& threads, TargetFilter isWanted, Flag isRunning);
+    /// Prepares with `workers` threads what `plan`, `settings` and `options` ask for, except for
+    /// targets that `isWanted` refuses. Those that are idle, out of `threads`, help with large
+    /// pages. `settings` and `threads` are borrowed; for `isRunning` see PageWorkerPool.
+    PagePrefetcher(QList<OutputFile> plan, const Settings& settings, RunOptions options,
+                   int workers, SpareThreads& threads, TargetFilter isWanted, Flag isRunning);
 
     /// Ends the workers; what was not taken is removed.
     ~PagePrefetcher();
@@ -72,6 +73,7 @@ private:
 
     const QList<OutputFile> m_plan;
     const Settings& m_settings;
+    const RunOptions m_options;
     SpareThreads& m_threads;
     const TargetFilter m_isWanted;
     const Flag m_isRunning;

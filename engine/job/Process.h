@@ -3,6 +3,7 @@
 #include "engine/files/StagedFile.h"
 #include "engine/log/Diagnostic.h"
 #include "engine/log/Log.h"
+#include "engine/options/RunOptions.h"
 #include "engine/plan/OutputFile.h"
 #include "engine/settings/Settings.h"
 
@@ -21,11 +22,12 @@ class TiffDocument;
 class Workspace;
 
 /// How a run is to be done, besides the settings; see the setters of Process.
-struct RunOptions
+struct RunSetup
 {
     std::function<bool(const QString& outputPath)> targetFilter {};
     StagedFile::Existing existing = StagedFile::Existing::Replaced;
     int jobs = 0;
+    RunOptions choices {};
     std::function<void()> showTimeTaken {}; ///< called after each output
 };
 
@@ -79,7 +81,7 @@ public:
     Q_ENUM(PageOutcome)
 
     using TimeLine = std::function<void(const QString& text)>;
-    using TargetFilter = decltype(RunOptions::targetFilter);
+    using TargetFilter = decltype(RunSetup::targetFilter);
 
     /// `workspace` opens the output folder and the log; none: nothing is opened. It is called on
     /// the thread that runs `start` or `viewLog`. `updateTimeTakenLabel` shows a line of text; it
@@ -137,6 +139,9 @@ public:
     /// on it. 0, as at first: as many as the machine has cores. 1: none besides the job's own. To
     /// be set before the start.
     void setJobs(int jobs) { m_options.jobs = jobs; }
+
+    /// What is asked for beside the settings. To be set before the start.
+    void setRunOptions(const RunOptions& options) { m_options.choices = options; }
 
     bool isCombining() const { return m_isCombining; }
     void setIsCombining(bool value) { emit isCombiningChanged(m_isCombining = value); }
@@ -243,8 +248,8 @@ private:
 
     Workspace* m_workspace;
     TimeLine m_updateTimeTakenLabel;
-    RunOptions m_options { .showTimeTaken
-                           = [this] { showTimeTaken(); } }; ///< as the next four, job's thread only
+    RunSetup m_options { .showTimeTaken
+                         = [this] { showTimeTaken(); } }; ///< as the next four, job's thread only
     bool m_hasFailed = false;
     QString m_failure;
     QSet<std::size_t> m_sweptFolders; ///< hashes of their paths

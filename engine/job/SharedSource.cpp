@@ -11,7 +11,7 @@ std::unique_ptr<TiffDocument> SharedSource::openAhead()
     if (!m_document) {
         if (std::exchange(m_wasTried, true))
             throw std::runtime_error("the file could not be opened");
-        m_document = std::make_shared<TiffDocument>(m_path);
+        m_document = std::make_shared<TiffDocument>(m_path, m_treatment);
     }
     return m_document->clone();
 }
@@ -20,7 +20,7 @@ std::shared_ptr<TiffDocument> SharedSource::open()
 {
     const std::scoped_lock lock(m_mutex);
     if (!m_document)
-        m_document = std::make_shared<TiffDocument>(m_path);
+        m_document = std::make_shared<TiffDocument>(m_path, m_treatment);
     return m_document;
 }
 

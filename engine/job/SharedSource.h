@@ -13,8 +13,9 @@ class SharedSource
 {
 public:
     /// Opens nothing yet.
-    explicit SharedSource(QString path)
+    SharedSource(QString path, const PageTreatment& treatment)
         : m_path(std::move(path))
+        , m_treatment(treatment)
     {
     }
 
@@ -28,6 +29,7 @@ public:
 
 private:
     const QString m_path;
+    const PageTreatment m_treatment;
 
     std::mutex m_mutex; ///< guards the fields below
     std::shared_ptr<TiffDocument> m_document; ///< of the job's thread; the others clone it

@@ -21,9 +21,10 @@ namespace {
 QStringList fields(const Options& options)
 {
     QVariantList values;
-    values << int(options.outputType) << options.jpegQuality << int(options.tiffCompression)
-           << int(options.onExists) << options.jobs << int(options.progress) << options.separator
-           << options.outputFolder << options.logFile << options.isSplit << options.isRecursive
+    values << int(options.conversion.outputType) << options.conversion.jpegQuality
+           << int(options.conversion.tiffCompression) << int(options.onExists) << options.jobs
+           << int(options.progress) << options.conversion.separator << options.outputFolder
+           << options.logFile << options.conversion.isSplit << options.isRecursive
            << !options.leavesLog << options.isQuiet << options.isVerbose << options.wantsHelp
            << options.wantsVersion << options.pathLists.join(u',') << options.sources.join(u',');
     QStringList names = u"format quality compression exists jobs progress separator out log split "

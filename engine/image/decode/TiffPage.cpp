@@ -45,9 +45,10 @@ namespace {
 
 } // namespace
 
-TiffPage::TiffPage(std::shared_ptr<TiffReader> reader, int index)
+TiffPage::TiffPage(std::shared_ptr<TiffReader> reader, int index, const PageTreatment& treatment)
     : m_reader(std::move(reader))
     , m_index(index)
+    , m_treatment(treatment)
 {
     const int pages = document().pageCount();
     if (index < 0 || index >= pages)

@@ -3,6 +3,7 @@
 #include "engine/image/pixels/PageSource.h"
 #include "engine/image/tiff/TiffPageTags.h"
 #include "engine/image/tiff/TiffReader.h"
+#include "engine/options/RunOptions.h"
 
 #include <memory>
 
@@ -15,7 +16,7 @@ class TiffPage : public PageSource
 public:
     /// Page `index`, from 0, of the reader's file, which the page keeps open. Throws
     /// std::out_of_range, reason "index 3 beyond bounds [0 .. 2]".
-    TiffPage(std::shared_ptr<TiffReader> reader, int index);
+    TiffPage(std::shared_ptr<TiffReader> reader, int index, const PageTreatment& treatment = {});
 
     const PageProperties& properties() const override;
     std::unique_ptr<RowSource> rowsShownIn(int bits) const override;
@@ -26,6 +27,7 @@ public:
     const OpenTiffFile& document() const { return m_reader->document(); }
     TiffMessages& messages() const { return m_reader->messages(); }
     int index() const { return m_index; }
+    const PageTreatment& treatment() const { return m_treatment; }
 
     /// Throws std::runtime_error when the page's directory cannot be read or is not supported.
     const TiffPageTags& tags() const;
@@ -57,6 +59,7 @@ private:
 
     std::shared_ptr<TiffReader> m_reader;
     int m_index;
+    PageTreatment m_treatment;
     mutable std::unique_ptr<const Description> m_description; ///< read when first asked for
 };
 

@@ -1,0 +1,145 @@
+#include "engine/options/ConversionOptions.h"
+
+#include "engine/settings/Settings.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    using Options = ConversionOptions;
+    using Row = const ConversionOptionRow&;
+    using Text = const QString&;
+
+    /// The name of a format as `formatNames` has it; also that of its files' usual ending, in any
+    /// case.
+    QString formatName(Text value)
+    {
+        const QString name = value.toLower();
+        if (name == u"jpg")
+            return u"jpeg"_s;
+        return name == u"tif" ? u"tiff"_s : name;
+    }
+
+    bool isOn(Row row, Text text) { return choiceOf(text, u"false|true"_s, row.name) == 1; }
+
+    QString onOrOff(bool isOn) { return isOn ? u"true"_s : u"false"_s; }
+
+    template <bool RunOptions::*Flag>
+    ConversionOptionRow flag(Text name, Text meaning, Text label)
+    {
+        return { name,
+                 u""_s,
+                 meaning,
+                 label,
+                 [](Options& options, Row row, Text text) { options.run.*Flag = isOn(row, text); },
+                 [](const Options& options, Row) { return onOrOff(options.run.*Flag); } };
+    }
+
+    std::vector<ConversionOptionRow> makeTable()
+    {
+        return {
+            { u"format"_s, formatNames(),
+              u"output format, default jpeg; also jpg and tif, in any case"_s, u""_s,
+              [](Options& options, Row row, Text text) {
+                  options.outputType
+                      = OutputType { choiceOf(formatName(text), row.value, row.name) };
+              },
+              [](const Options& options, Row row) {
+                  return row.value.split(u'|').at(int(options.outputType));
+              } },
+            { u"quality"_s, u"0..10"_s, u"JPEG quality in tenths, default 10"_s, u""_s,
+              [](Options& options, Row row, Text text) {
+                  options.jpegQuality = numberOf(text, 0, 10, row.name);
+              },
+              [](const Options& options, Row) { return QString::number(options.jpegQuality); } },
+            { u"compression"_s, u"none|g3|g4|lzw|packbits"_s, u"TIFF compression, default none"_s,
+              u""_s,
+              [](Options& options, Row row, Text text) {
+                  options.tiffCompression = TiffCompression { choiceOf(text, row.value, row.name) };
+              },
+              [](const Options& options, Row row) {
+                  return row.value.split(u'|').at(int(options.tiffCompression));
+              } },
+            { u"split"_s, u""_s, u"TIFF: one file a page instead of one a source"_s, u""_s,
+              [](Options& options, Row row, Text text) { options.isSplit = isOn(row, text); },
+              [](const Options& options, Row) { return onOrOff(options.isSplit); } },
+            { u"separator"_s, u"TEXT"_s,
+              u"stands between name and page number, default empty; ':' becomes '-'"_s, u""_s,
+              [](Options& options, Row, Text text) {
+                  // A slash would turn the base name into a folder.
+                  if (text.contains(u'/'))
+                      throw OptionError(u"separator '%1' holds a slash"_s.arg(text));
+                  options.separator = text;
+              },
+              [](const Options& options, Row) { return options.separator; } },
+        };
+    }
+
+} // namespace
+
+ConversionOptions conversionOptions(const Settings& settings, const RunOptions& run)
+{
+    ConversionOptions options;
+    const auto code = [](int value, int most) { return value >= 0 && value <= most ? value : 0; };
+    options.outputType = OutputType { code(settings.outputType(), int(OutputType::Gif)) };
+    options.jpegQuality = std::clamp(settings.jpegQuality(), 0, 10);
+    options.tiffCompression
+        = TiffCompression { code(settings.tiffCompressionIndex(), int(TiffCompression::PackBits)) };
+    options.isSplit = settings.isSplitTIFFIntoSinglePages();
+    options.separator = settings.separator();
+    options.run = run;
+    return options;
+}
+
+void applyTo(Settings& settings, const ConversionOptions& options)
+{
+    settings.setOutputType(static_cast<int>(options.outputType));
+    settings.setJpegQuality(options.jpegQuality);
+    settings.setTiffCompressionIndex(static_cast<int>(options.tiffCompression));
+    settings.setIsSplitTIFFIntoSinglePages(options.isSplit);
+    settings.setSeparator(options.separator);
+}
+
+const std::vector<ConversionOptionRow>& conversionOptionTable()
+{
+    static const std::vector<ConversionOptionRow> table = makeTable();
+    return table;
+}
+
+const ConversionOptionRow* conversionOption(const QString& name)
+{
+    const auto row = std::ranges::find(conversionOptionTable(), name, &ConversionOptionRow::name);
+    return row == conversionOptionTable().end() ? nullptr : &*row;
+}
+
+const QString& formatNames()
+{
+    static const QString names = u"jpeg|png|tiff|bmp|gif"_s;
+    return names;
+}
+
+int choiceOf(const QString& text, const QString& list, const QString& what)
+{
+    const qsizetype place = list.split(u'|').indexOf(text);
+    if (place < 0)
+        throw OptionError(u"%1 '%2' is none of %3"_s.arg(what, text, list));
+    return static_cast<int>(place);
+}
+
+int numberOf(const QString& text, int least, int most, const QString& what)
+{
+    bool isNumber = !text.isEmpty();
+    for (const QChar digit : text)
+        isNumber = isNumber && digit >= u'0' && digit <= u'9';
+    const int taken = isNumber ? text.toInt(&isNumber) : 0;
+    if (!isNumber || taken < least || taken > most)
+        throw OptionError(u"%1 '%2' is no number from %3 to %4"_s.arg(
+            what, text, QString::number(least), QString::number(most)));
+    return taken;
+}
+
+} // namespace pagestack
