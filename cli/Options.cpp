@@ -3,8 +3,6 @@
 #include "cli/LogCopy.h"
 #include "cli/OptionTable.h"
 
-#include <QSet>
-
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -35,23 +33,14 @@ namespace {
         /// Who gives an option expects something of it.
         void refuseIdleOptions() const
         {
-            const bool isTiff = m_options.conversion.outputType == OutputType::Tiff;
-            const QString format = u"the format "_s
-                + formatNames().split(u'|').at(int(m_options.conversion.outputType));
-            const auto refuse = [this](bool isIdle, const QString& name, const QString& with) {
-                if (isIdle && m_given.contains(name))
+            for (const QString& name : m_given)
+                if (const QString with = idleWith(m_options.conversion, name); !with.isEmpty())
                     throw UsageError(u"option --%1 has no effect with %2"_s.arg(name, with));
-            };
-            refuse(m_options.conversion.outputType != OutputType::Jpeg, u"quality"_s, format);
-            refuse(!isTiff, u"compression"_s, format);
-            refuse(!isTiff, u"split"_s, format);
-            refuse(isTiff && !m_options.conversion.isSplit, u"separator"_s,
-                   format + u" without --split"_s);
         }
 
         void apply(const OptionRow& row, const QString& value)
         {
-            m_given.insert(row.longName);
+            m_given.append(row.longName);
             row.apply(m_options, row, value);
         }
 
@@ -123,7 +112,7 @@ namespace {
         qsizetype m_next = 0;
         bool m_optionsEnded = false;
         Options m_options;
-        QSet<QString> m_given; ///< long names of options
+        QStringList m_given; ///< long names of options, in their order
     };
 
 } // namespace

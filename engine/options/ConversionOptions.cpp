@@ -116,6 +116,20 @@ const ConversionOptionRow* conversionOption(const QString& name)
     return row == conversionOptionTable().end() ? nullptr : &*row;
 }
 
+QString idleWith(const ConversionOptions& options, const QString& name)
+{
+    const bool isTiff = options.outputType == OutputType::Tiff;
+    const QString format
+        = u"the format "_s + formatNames().split(u'|').at(static_cast<int>(options.outputType));
+    if (name == u"quality")
+        return options.outputType == OutputType::Jpeg ? QString() : format;
+    if (name == u"compression" || name == u"split")
+        return isTiff ? QString() : format;
+    if (name == u"separator" && isTiff && !options.isSplit)
+        return format + u" without --split"_s;
+    return {};
+}
+
 const QString& formatNames()
 {
     static const QString names = u"jpeg|png|tiff|bmp|gif"_s;

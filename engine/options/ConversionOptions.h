@@ -66,6 +66,10 @@ const std::vector<ConversionOptionRow>& conversionOptionTable();
 /// The row `name`; null when there is none.
 const ConversionOptionRow* conversionOption(const QString& name);
 
+/// With what the option `name` has no effect, as `options` are: "the format png". Empty: it has
+/// one.
+QString idleWith(const ConversionOptions& options, const QString& name);
+
 /// The names of the output formats by their codes: "jpeg|png".
 const QString& formatNames();
 

@@ -8,6 +8,7 @@
 #include "mainwindow/list/ListCommands.h"
 #include "mainwindow/run/PlanQuestion.h"
 #include "mainwindow/run/ProcessPanel.h"
+#include "mainwindow/settings/RunChoices.h"
 #include "mainwindow/state/ViewState.h"
 #include "mainwindow/state/Worker.h"
 #include "ui_MainWindow.h"
@@ -101,6 +102,7 @@ void RunControl::beginRun()
 /// Outputs that were not planned are, by the run's thread, before anything is written.
 void RunControl::startRun(const QList<OutputFile>& outputs, bool isPlanned)
 {
+    m_process->setRunOptions(m_parts.ui.rightBox->choices().options());
     m_process->setOutputFiles(outputs);
     m_process->setTotalFileSelected(static_cast<int>(outputs.size()));
     m_panel->follow(*m_process, m_parts.files.checkedPages());

@@ -3,6 +3,7 @@
 #include "engine/settings/OutputCodes.h"
 #include "engine/settings/Settings.h"
 #include "mainwindow/desktop/Services.h"
+#include "mainwindow/settings/RunChoices.h"
 #include "mainwindow/widgets/FileChooser.h"
 #include "ui_SettingsPane.h"
 
@@ -44,6 +45,7 @@ void SettingsPane::bind(Settings& settings, const Services& services)
 {
     m_settings = &settings;
     m_services = &services;
+    m_choices = std::make_unique<RunChoices>(settings, services.defaults);
     const auto bindPopup = [&](QComboBox* popup, auto get, auto set, auto changed) {
         bindControl(popup, &QComboBox::setCurrentIndex, &QComboBox::activated, settings, get, set,
                     changed);

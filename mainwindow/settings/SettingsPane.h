@@ -12,6 +12,7 @@ class SettingsPane;
 
 namespace pagestack {
 
+class RunChoices;
 class Settings;
 struct Services;
 
@@ -29,6 +30,9 @@ public:
 
     /// Connects the controls to `settings`. To be called once; both outlive the pane.
     void bind(Settings& settings, const Services& services);
+
+    /// The choices of a run beside the settings. To be asked after `bind`.
+    const RunChoices& choices() const { return *m_choices; }
 
     /// Enables what the output type has options for.
     void setSplitOptions();
@@ -57,6 +61,7 @@ private:
     std::unique_ptr<Ui::SettingsPane> m_ui;
     Settings* m_settings = nullptr;
     const Services* m_services = nullptr;
+    std::unique_ptr<RunChoices> m_choices;
 };
 
 } // namespace pagestack
