@@ -1,6 +1,7 @@
 #include "cli/OptionTable.h"
 
 #include "engine/options/ConversionOptions.h"
+#include "engine/options/Presets.h"
 #include "engine/support/Application.h"
 #include "engine/support/Paths.h"
 
@@ -42,9 +43,26 @@ namespace {
         return rows;
     }
 
+    /// Those of the program, as short as they can be given.
+    QString presetNames()
+    {
+        QStringList names;
+        for (const Preset& preset : shippedPresets())
+            names.append(u'"' + shortName(preset) + u'"');
+        return names.join(u", "_s);
+    }
+
     std::vector<OptionRow> programRows()
     {
         return {
+            { 0, u"preset"_s, u"NAME|FILE"_s,
+              u"takes all options above from a preset, which those given besides override: one "
+              u"that "
+              u"was saved in the window, a JSON file, or one of the program's own: %1"_s.arg(
+                  presetNames()),
+              [](Options& options, Row, Text value) {
+                  options.conversion = findPreset(value).options;
+              } },
             { u'o', u"output"_s, u"DIR"_s,
               u"output folder, made when it is missing and its parent exists; default: beside each "
               "source"_s,

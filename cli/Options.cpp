@@ -4,6 +4,8 @@
 #include "cli/OptionTable.h"
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -24,6 +26,9 @@ namespace {
         {
             while (m_next < m_words.size())
                 takeWord(m_words.at(m_next++));
+            for (const auto& [row, value] : m_given)
+                if (conversionOption(row->longName) != nullptr) // which override the preset
+                    row->apply(m_options, *row, value);
             if (!m_options.wantsHelp && !m_options.wantsVersion)
                 refuseIdleOptions();
             return m_options;
@@ -33,15 +38,18 @@ namespace {
         /// Who gives an option expects something of it.
         void refuseIdleOptions() const
         {
-            for (const QString& name : m_given)
-                if (const QString with = idleWith(m_options.conversion, name); !with.isEmpty())
-                    throw UsageError(u"option --%1 has no effect with %2"_s.arg(name, with));
+            for (const auto& [row, value] : m_given)
+                if (const QString with = idleWith(m_options.conversion, row->longName);
+                    !with.isEmpty())
+                    throw UsageError(
+                        u"option --%1 has no effect with %2"_s.arg(row->longName, with));
         }
 
-        void apply(const OptionRow& row, const QString& value)
+        void take(const OptionRow& row, const QString& value)
         {
-            m_given.append(row.longName);
-            row.apply(m_options, row, value);
+            m_given.emplace_back(&row, value);
+            if (conversionOption(row.longName) == nullptr)
+                row.apply(m_options, row, value);
         }
 
         void takeWord(const QString& word)
@@ -68,9 +76,9 @@ namespace {
             if (!row.takesValue() && equals >= 0)
                 throw UsageError(u"option --%1 takes no value"_s.arg(name));
             if (!row.takesValue())
-                apply(row, {});
+                take(row, {});
             else
-                apply(row, equals < 0 ? nextWord(u"--"_s + name) : word.mid(equals + 1));
+                take(row, equals < 0 ? nextWord(u"--"_s + name) : word.mid(equals + 1));
         }
 
         /// `-rq` is `-r -q`, and `-fpng` is `-f png`.
@@ -83,11 +91,11 @@ namespace {
                     return candidate.shortName == letter;
                 });
                 if (!row.takesValue()) {
-                    apply(row, {});
+                    take(row, {});
                     continue;
                 }
                 const QString rest = letters.mid(i + 1);
-                apply(row, rest.isEmpty() ? nextWord(shown) : rest);
+                take(row, rest.isEmpty() ? nextWord(shown) : rest);
                 return;
             }
         }
@@ -112,7 +120,7 @@ namespace {
         qsizetype m_next = 0;
         bool m_optionsEnded = false;
         Options m_options;
-        QStringList m_given; ///< long names of options, in their order
+        std::vector<std::pair<const OptionRow*, QString>> m_given; ///< in their order
     };
 
 } // namespace

@@ -83,6 +83,9 @@ private slots:
             -q -- -f -- x              | quiet=true sources=-f,--,x
             b --files-from l.txt - --files-from=- a  | lists=l.txt,-,- sources=b,a
             --log l.xml --progress never --on-exists=skip a |exists=2 progress=2 log=l.xml sources=a
+            --quality 3 --preset Web a               | quality=3 sources=a
+            --preset Web -f png a                    | format=1 quality=8 sources=a
+            --preset ./Web a           | preset './Web' is no file and none of *
             --fromat png a             | unknown option --fromat
             -rx a                      | unknown option -x
             -f heic a                  | format 'heic' is none of *
