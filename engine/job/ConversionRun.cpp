@@ -24,18 +24,6 @@ namespace {
 
     QString reasonOf(const std::exception& error) { return QString::fromUtf8(error.what()); }
 
-    bool hasSeveralPages(const QList<OutputFile>& plan)
-    {
-        int pages = 0;
-        for (const OutputFile& output : plan)
-            for (const std::shared_ptr<FileItem>& item : output.fileItems) {
-                pages += std::min(item->pages(), 2);
-                if (pages > 1)
-                    return true;
-            }
-        return false;
-    }
-
     void append(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage prepared)
     {
         if (!prepared.file) {
@@ -52,8 +40,7 @@ ConversionRun::ConversionRun(Process& job, RunSetup options)
     : m_job(job)
     , m_settings(*job.settings())
     , m_options(std::move(options))
-    , m_jobs(m_options.jobs > 0 ? m_options.jobs : QThread::idealThreadCount())
-    , m_threads(m_jobs)
+    , m_supply(m_job, m_options)
 {
 }
 
@@ -63,7 +50,7 @@ void ConversionRun::convertOutputs()
 {
     const StopScope scope([this] { return !m_job.isCombining(); });
     const QList<OutputFile> plan = m_job.outputFiles();
-    startThreads(plan);
+    m_supply.prepare(plan, [this](const QString& path) { return isWanted(path); });
     for (qsizetype i = 0; i < plan.size(); ++i) {
         if (!m_job.isCombining())
             return;
@@ -72,19 +59,6 @@ void ConversionRun::convertOutputs()
         m_job.setTotalFileProcessed(m_job.totalFileProcessed() + 1);
         m_options.showTimeTaken();
     }
-}
-
-void ConversionRun::startThreads(const QList<OutputFile>& plan)
-{
-    if (m_jobs == 1 || !hasSeveralPages(plan))
-        return;
-    const RunPlan run(plan, m_settings, RunPlan::Numbering::None, {},
-                      [this] { return m_job.isCombining(); });
-    if (!run.hasHazards())
-        m_prefetcher = std::make_unique<PagePrefetcher>(
-            plan, m_settings, m_options.choices, m_jobs, m_threads,
-            [this](const QString& path) { return isWanted(path); },
-            [this] { return m_job.isCombining(); });
 }
 
 void ConversionRun::convertOutput(const OutputFile& output, qsizetype index)
@@ -108,9 +82,9 @@ void ConversionRun::convertItem(const OutputFile& output, PlanPlace place, LogFi
     const FileItem& item = *output.fileItems.at(place.item);
     const QString path = item.filePath().toLocalFile();
     std::shared_ptr<TiffDocument> document;
-    const QString refusal = withRoom([&]() -> QString {
+    const QString refusal = m_supply.withRoom([&]() -> QString {
         try {
-            document = openSource(path, place);
+            document = m_supply.open(path, place);
             return {};
         } catch (const std::exception& error) {
             return reasonOf(error);
@@ -131,27 +105,6 @@ void ConversionRun::convertItem(const OutputFile& output, PlanPlace place, LogFi
         record.status = reasonOf(error);
         tell(m_job, { .sourcePath = path, .reason = record.status });
     }
-}
-
-std::shared_ptr<TiffDocument> ConversionRun::openSource(const QString& path, PlanPlace place)
-{
-    return m_prefetcher ? m_prefetcher->open(place)
-                        : std::make_shared<TiffDocument>(path, m_options.choices.treatment);
-}
-
-PrefetchedPage ConversionRun::takePage(const TiffDocument& document, int page)
-{
-    return m_prefetcher ? m_prefetcher->take(document, page) : PrefetchedPage {};
-}
-
-/// Null when `attempt`, which gives the reason of its failure, succeeds, be it in a second try for
-/// which what was prepared ahead made room: a run with one thread would have had it.
-QString ConversionRun::withRoom(const std::function<QString()>& attempt)
-{
-    const QString reason = attempt();
-    const bool isAgain = !reason.isNull() && m_prefetcher && isWantOfRoom(reason.toStdString())
-        && m_prefetcher->dropAhead();
-    return isAgain ? attempt() : reason;
 }
 
 void ConversionRun::convertDocument(const Source& source, const FileItem& item)
@@ -256,11 +209,11 @@ QString ConversionRun::saveImage(const Source& source, PageImage& image, int pag
         return u"%1 leads to the source itself, which a single page must not replace"_s.arg(
             lastPathComponent(path));
     }
-    PrefetchedPage prepared = takePage(source.document, page);
-    const ThreadClaim self = prepared.file ? ThreadClaim() : m_threads.take();
-    QString trouble = withRoom([&]() -> QString {
+    PrefetchedPage prepared = m_supply.take(source.document, page);
+    const ThreadClaim self = prepared.file ? ThreadClaim() : m_supply.threads().take();
+    QString trouble = m_supply.withRoom([&]() -> QString {
         image.takeDiagnostics(); // of an attempt before this one
-        if (image.save(path, m_settings, std::exchange(prepared, {}), &m_threads,
+        if (image.save(path, m_settings, std::exchange(prepared, {}), &m_supply.threads(),
                        m_options.existing))
             return {};
         return image.failureReason().isNull() ? u""_s : image.failureReason();
@@ -301,7 +254,7 @@ bool ConversionRun::saveAsTiff(const QString& path, const QList<int>& range,
         return file.commit(m_options.existing, m_found->ownSource(path)) ? QString()
                                                                          : file.failureReason();
     };
-    if (loss.isNull() && withRoom(commit).isNull()) {
+    if (loss.isNull() && m_supply.withRoom(commit).isNull()) {
         logFiles.gathered = GatheredFile::None;
         emit m_job.fileWritten(document.path(), path, file.pageCount());
         m_found->tellLeftOutTags();
@@ -348,7 +301,7 @@ ConversionRun::PageOutcome ConversionRun::gatherPage(MultiPageTiffWriter& file,
 {
     const PageImage image = document.page(record.sourcePageNo - 1);
     try {
-        PrefetchedPage prepared = takePage(document, record.sourcePageNo);
+        PrefetchedPage prepared = m_supply.take(document, record.sourcePageNo);
         appendPage(file, image, prepared);
         const PageDiagnostics found = m_found->takeDiagnostics(image);
         if (file.failureReason().isEmpty())
@@ -370,7 +323,7 @@ void ConversionRun::appendPage(MultiPageTiffWriter& file, const PageImage& image
     const bool wasWhole = file.failureReason().isEmpty();
     bool isAgain = false;
     std::exception_ptr refusal;
-    withRoom([&] {
+    m_supply.withRoom([&] {
         try {
             image.takeDiagnostics(); // of an attempt before this one
             refusal = nullptr;

@@ -2,9 +2,9 @@
 
 #include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
+#include "engine/job/PageSupply.h"
 #include "engine/job/Process.h"
 #include "engine/job/SourceFindings.h"
-#include "engine/threads/SpareThreads.h"
 
 #include <functional>
 #include <memory>
@@ -52,12 +52,8 @@ private:
         std::optional<FileIdentity> identity; ///< of the file that `document` reads
     };
 
-    void startThreads(const QList<OutputFile>& plan);
     void convertOutput(const OutputFile& output, qsizetype index);
     void convertItem(const OutputFile& output, PlanPlace place, LogFiles& record);
-    std::shared_ptr<TiffDocument> openSource(const QString& path, PlanPlace place);
-    PrefetchedPage takePage(const TiffDocument& document, int page);
-    QString withRoom(const std::function<QString()>& attempt);
     void convertDocument(const Source& source, const FileItem& item);
     void reportChain(const TiffDocument& document, const FileItem& item);
 
@@ -80,11 +76,9 @@ private:
     Process& m_job;
     const Settings& m_settings;
     const RunSetup m_options;
-    const int m_jobs;
+    PageSupply m_supply;
     std::optional<SourceFindings> m_found; ///< of the source in hand
     bool m_hasFailed = false;
-    SpareThreads m_threads;
-    std::unique_ptr<PagePrefetcher> m_prefetcher; ///< null when the job's thread does everything
 };
 
 } // namespace pagestack

@@ -1,0 +1,71 @@
+#include "engine/job/PageSupply.h"
+
+#include "engine/files/PosixFile.h"
+#include "engine/job/Process.h"
+#include "engine/plan/RunPlan.h"
+
+#include <QThread>
+
+#include <algorithm>
+
+namespace pagestack {
+
+namespace {
+
+    bool hasSeveralPages(const QList<OutputFile>& plan)
+    {
+        int pages = 0;
+        for (const OutputFile& output : plan)
+            for (const std::shared_ptr<FileItem>& item : output.fileItems) {
+                pages += std::min(item->pages(), 2);
+                if (pages > 1)
+                    return true;
+            }
+        return false;
+    }
+
+} // namespace
+
+PageSupply::PageSupply(const Process& job, const RunSetup& options)
+    : m_job(job)
+    , m_options(options)
+    , m_jobs(options.jobs > 0 ? options.jobs : QThread::idealThreadCount())
+    , m_threads(m_jobs)
+{
+}
+
+PageSupply::~PageSupply() = default;
+
+void PageSupply::prepare(const QList<OutputFile>& plan, const TargetFilter& isWanted)
+{
+    if (m_jobs == 1 || !hasSeveralPages(plan))
+        return;
+    const Settings& settings = *m_job.settings();
+    const RunPlan run(plan, settings, RunPlan::Numbering::None, {},
+                      [this] { return m_job.isCombining(); });
+    if (!run.hasHazards())
+        m_prefetcher = std::make_unique<PagePrefetcher>(plan, settings, m_options.choices, m_jobs,
+                                                        m_threads, isWanted,
+                                                        [this] { return m_job.isCombining(); });
+}
+
+std::shared_ptr<TiffDocument> PageSupply::open(const QString& path, PlanPlace place)
+{
+    return m_prefetcher ? m_prefetcher->open(place)
+                        : std::make_shared<TiffDocument>(path, m_options.choices.treatment);
+}
+
+PrefetchedPage PageSupply::take(const TiffDocument& document, int page)
+{
+    return m_prefetcher ? m_prefetcher->take(document, page) : PrefetchedPage {};
+}
+
+QString PageSupply::withRoom(const std::function<QString()>& attempt)
+{
+    const QString reason = attempt();
+    const bool isAgain = !reason.isNull() && m_prefetcher && isWantOfRoom(reason.toStdString())
+        && m_prefetcher->dropAhead();
+    return isAgain ? attempt() : reason;
+}
+
+} // namespace pagestack
