@@ -1,40 +1,19 @@
 #include "engine/job/ConversionRun.h"
 
-#include "engine/files/PosixFile.h"
 #include "engine/image/TiffDocument.h"
-#include "engine/image/tiffwriter/MultiPageTiffWriter.h"
-#include "engine/job/PagePrefetcher.h"
+#include "engine/job/GatheredTiff.h"
 #include "engine/plan/OutputNames.h"
-#include "engine/plan/RunPlan.h"
 #include "engine/support/SystemLog.h"
 #include "engine/threads/StopScope.h"
 
 #include <QFile>
-#include <QThread>
 
-#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace pagestack {
-
-namespace {
-
-    QString reasonOf(const std::exception& error) { return QString::fromUtf8(error.what()); }
-
-    void append(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage prepared)
-    {
-        if (!prepared.file) {
-            file.append(image.sharedSource(), prepared.pieces);
-            return;
-        }
-        image.adopt(prepared.diagnostics);
-        file.appendEncoded(image.sharedSource(), std::move(prepared.file));
-    }
-
-} // namespace
 
 ConversionRun::ConversionRun(Process& job, RunSetup options)
     : m_job(job)
@@ -231,119 +210,12 @@ bool ConversionRun::saveAsTiff(const QString& path, const QList<int>& range,
 {
     if (!m_found)
         m_found.emplace(m_job, document);
-    logFiles.gathered = GatheredFile::NotWritten; // until it is
-    MultiPageTiffWriter file(path, m_settings.tiffCompressionIndex(),
-                             static_cast<int>(range.size()));
-    try {
-        gatherPages(file, path, range, document, logFiles);
-    } catch (const std::exception& error) {
-        const QString reason = reasonOf(error);
-        systemLog(u"Error in (saveAsTiff:range:image:logFiles:) : "_s + reason);
-        m_found->tellError(0, reason);
-    } catch (...) {
-        // The pages gathered are kept; the result is lost with the exception.
-        if (m_found->lossOfPages(file.pageCount(), path).isNull()
-            && file.commit(m_options.existing, m_found->ownSource(path)))
-            logFiles.gathered = GatheredFile::None;
-        throw;
-    }
-    if (file.pageCount() == 0)
-        return false;
-    const QString loss = m_found->lossOfPages(file.pageCount(), path);
-    const auto commit = [&] {
-        return file.commit(m_options.existing, m_found->ownSource(path)) ? QString()
-                                                                         : file.failureReason();
-    };
-    if (loss.isNull() && m_supply.withRoom(commit).isNull()) {
-        logFiles.gathered = GatheredFile::None;
-        emit m_job.fileWritten(document.path(), path, file.pageCount());
-        m_found->tellLeftOutTags();
-        return true;
-    }
-    if (isWanted(path))
-        m_found->tellError(0, loss.isNull() ? file.failureReason() : loss);
-    else
-        skipGathered(document, path, logFiles);
-    return false;
-}
-
-/// For pages that were gathered before something came to their target. The records that were put
-/// aside take it from that of the source.
-void ConversionRun::skipGathered(const TiffDocument& document, const QString& path,
-                                 LogFiles& logFiles)
-{
-    logFiles.gathered = GatheredFile::Skipped;
-    for (LogFile& record : logFiles.logFiles)
-        if (record.status == u"Completed")
-            record.status = u"Skipped"_s;
-    emit m_job.fileSkipped(document.path(), path, std::exchange(logFiles.pages, 0));
-}
-
-void ConversionRun::gatherPages(MultiPageTiffWriter& file, const QString& path,
-                                const QList<int>& range, const TiffDocument& document,
-                                LogFiles& logFiles)
-{
-    for (const int page : range) {
-        if (!m_job.isCombining())
-            return;
-        logFiles.logFiles.push_back(
-            { .targetFile = lastPathComponent(path), .sourcePageNo = page });
-        const PageOutcome outcome = gatherPage(file, document, logFiles.logFiles.back());
-        if (outcome == PageOutcome::Written)
-            ++logFiles.pages;
-        emit m_job.pageDone(document.path(), page, path, outcome);
-        m_job.log()->putAside();
-    }
-}
-
-ConversionRun::PageOutcome ConversionRun::gatherPage(MultiPageTiffWriter& file,
-                                                     const TiffDocument& document, LogFile& record)
-{
-    const PageImage image = document.page(record.sourcePageNo - 1);
-    try {
-        PrefetchedPage prepared = m_supply.take(document, record.sourcePageNo);
-        appendPage(file, image, prepared);
-        const PageDiagnostics found = m_found->takeDiagnostics(image);
-        if (file.failureReason().isEmpty())
-            m_found->addLosses(record.sourcePageNo, found);
-    } catch (const std::exception& error) {
-        m_found->takeDiagnostics(image);
-        record.status = u"Unable to save page!"_s;
-        m_found->tellError(record.sourcePageNo, reasonOf(error));
-        return PageOutcome::Failed;
-    }
-    record.status = u"Completed"_s;
-    return PageOutcome::Written;
-}
-
-/// Throws as MultiPageTiffWriter::append does.
-void ConversionRun::appendPage(MultiPageTiffWriter& file, const PageImage& image,
-                               PrefetchedPage& prepared)
-{
-    const bool wasWhole = file.failureReason().isEmpty();
-    bool isAgain = false;
-    std::exception_ptr refusal;
-    m_supply.withRoom([&] {
-        try {
-            image.takeDiagnostics(); // of an attempt before this one
-            refusal = nullptr;
-            if (std::exchange(isAgain, true) && wasWhole && !file.failureReason().isEmpty())
-                file.appendAgain(image.sharedSource());
-            else
-                append(file, image, std::exchange(prepared, {}));
-            return wasWhole && !file.failureReason().isEmpty() ? file.failureReason() : QString();
-        } catch (const std::exception& error) {
-            refusal = std::current_exception();
-            return QString::fromUtf8(error.what());
-        }
-    });
-    if (refusal)
-        std::rethrow_exception(refusal);
+    return GatheredTiff(m_job, m_options, m_supply, *m_found).save(path, range, document, logFiles);
 }
 
 bool ConversionRun::isWanted(const QString& outputPath) const
 {
-    return !m_options.targetFilter || m_options.targetFilter(outputPath);
+    return m_options.isWanted(outputPath);
 }
 
 } // namespace pagestack

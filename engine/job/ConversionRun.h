@@ -12,11 +12,8 @@
 
 namespace pagestack {
 
-class MultiPageTiffWriter;
 class PageImage;
-class PagePrefetcher;
 struct PlanPlace;
-struct PrefetchedPage;
 
 /// One run of a Process: walks its outputs, writes the pages, fills the records of the log and
 /// announces all of it with the signals of the job. Lives on the thread of the run.
@@ -59,12 +56,6 @@ private:
 
     void keepPagesTogether(const Source& source, const QList<int>& range);
     void skipTogether(const Source& source, const QList<int>& range, const QString& path);
-    void skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles);
-    void gatherPages(MultiPageTiffWriter& file, const QString& path, const QList<int>& range,
-                     const TiffDocument& document, LogFiles& logFiles);
-    PageOutcome gatherPage(MultiPageTiffWriter& file, const TiffDocument& document,
-                           LogFile& record);
-    void appendPage(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage& prepared);
 
     void writePages(const Source& source, const QList<int>& range);
     void writePage(const Source& source, int page);

@@ -44,9 +44,9 @@ void PageSupply::prepare(const QList<OutputFile>& plan, const TargetFilter& isWa
     const RunPlan run(plan, settings, RunPlan::Numbering::None, {},
                       [this] { return m_job.isCombining(); });
     if (!run.hasHazards())
-        m_prefetcher = std::make_unique<PagePrefetcher>(plan, settings, m_options.choices, m_jobs,
-                                                        m_threads, isWanted,
-                                                        [this] { return m_job.isCombining(); });
+        m_prefetcher
+            = std::make_unique<PagePrefetcher>(plan, settings, m_options.choices, m_jobs, m_threads,
+                                               isWanted, [this] { return m_job.isCombining(); });
 }
 
 std::shared_ptr<TiffDocument> PageSupply::open(const QString& path, PlanPlace place)

@@ -29,6 +29,11 @@ struct RunSetup
     int jobs = 0;
     RunOptions choices {};
     std::function<void()> showTimeTaken {}; ///< called after each output
+
+    bool isWanted(const QString& outputPath) const
+    {
+        return !targetFilter || targetFilter(outputPath);
+    }
 };
 
 /// One conversion run: it walks the planned outputs, writes one file a page (or one multi-page TIFF

@@ -3,6 +3,7 @@
 #include "engine/files/FileState.h"
 #include "engine/log/Diagnostic.h"
 
+#include <exception>
 #include <optional>
 
 namespace pagestack {
@@ -10,6 +11,8 @@ namespace pagestack {
 class PageImage;
 class Process;
 class TiffDocument;
+
+inline QString reasonOf(const std::exception& error) { return QString::fromUtf8(error.what()); }
 
 /// Puts the diagnostic into the record of the page, which is the last one, or of the source in
 /// hand, and announces it with the signal of the job.

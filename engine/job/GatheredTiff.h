@@ -1,0 +1,44 @@
+#pragma once
+
+#include "engine/job/Process.h"
+
+namespace pagestack {
+
+class MultiPageTiffWriter;
+class PageImage;
+class PageSupply;
+class SourceFindings;
+struct PrefetchedPage;
+
+/// The way of a run to keep the pages of a source together, in one TIFF file. On the job's thread.
+class GatheredTiff
+{
+public:
+    /// All are borrowed; `found` is of the source in hand.
+    GatheredTiff(Process& job, const RunSetup& options, PageSupply& supply, SourceFindings& found)
+        : m_job(job)
+        , m_options(options)
+        , m_supply(supply)
+        , m_found(found)
+    {
+    }
+
+    /// As Process::saveAsTiff.
+    bool save(const QString& path, const QList<int>& range, const TiffDocument& document,
+              LogFiles& logFiles);
+
+private:
+    void skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles);
+    void gatherPages(MultiPageTiffWriter& file, const QString& path, const QList<int>& range,
+                     const TiffDocument& document, LogFiles& logFiles);
+    Process::PageOutcome gatherPage(MultiPageTiffWriter& file, const TiffDocument& document,
+                                    LogFile& record);
+    void appendPage(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage& prepared);
+
+    Process& m_job;
+    const RunSetup& m_options;
+    PageSupply& m_supply;
+    SourceFindings& m_found;
+};
+
+} // namespace pagestack
