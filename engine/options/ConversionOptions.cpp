@@ -10,6 +10,8 @@ namespace pagestack {
 
 namespace {
 
+    constexpr int mostDpi = 100'000;
+
     using Options = ConversionOptions;
     using Row = const ConversionOptionRow&;
     using Text = const QString&;
@@ -76,6 +78,23 @@ namespace {
                   options.separator = text;
               },
               [](const Options& options, Row) { return options.separator; } },
+            { u"expect-dpi"_s,
+              u"N"_s,
+              u"warns of pages whose resolution is not N pixels an inch; they are converted as "
+              u"they "
+              "are"_s,
+              u"Expected resolution"_s,
+              [](Options& options, Row row, Text text) {
+                  options.run.treatment.expectedDpi
+                      = text.isEmpty() ? 0 : numberOf(text, 1, mostDpi, row.name);
+              },
+              [](const Options& options, Row) {
+                  const int dpi = options.run.treatment.expectedDpi;
+                  return dpi == 0 ? u""_s : QString::number(dpi);
+              },
+              u"Pages"_s,
+              {},
+              u"any; 300 for 300 dpi"_s },
         };
     }
 

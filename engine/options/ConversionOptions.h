@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace pagestack {
@@ -56,6 +57,12 @@ struct ConversionOptionRow
         = nullptr;
     /// The text that sets it so.
     QString (*text)(const ConversionOptions& options, const ConversionOptionRow& row) = nullptr;
+
+    // In the window, where it has a label:
+    QString section {}; ///< of the tab
+    /// A pop-up's texts and what it shows for them; empty: the option is typed.
+    std::vector<std::pair<QString, QString>> choices {};
+    QString placeholder {}; ///< for an empty text
 
     bool isFlag() const { return value.isEmpty(); }
 };

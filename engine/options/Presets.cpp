@@ -97,7 +97,10 @@ const QList<Preset>& shippedPresets()
 {
     static const QList<Preset> presets {
         shipped(u"Legal production (G4, 300 dpi, one file a page, numbered)"_s,
-                { { u"format", u"tiff" }, { u"compression", u"g4" }, { u"split", u"true" } }),
+                { { u"format", u"tiff" },
+                  { u"compression", u"g4" },
+                  { u"split", u"true" },
+                  { u"expect-dpi", u"300" } }),
         shipped(u"Web (JPEG 8, sRGB)"_s, { { u"format", u"jpeg" }, { u"quality", u"8" } }),
         shipped(u"Archive (TIFF LZW, verified)"_s,
                 { { u"format", u"tiff" }, { u"compression", u"lzw" } }),

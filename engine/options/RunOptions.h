@@ -19,6 +19,7 @@ struct PageTreatment
     bool convertsToSrgb = false; ///< through the embedded profile
     Bilevel bilevel = Bilevel::None;
     int threshold = 128; ///< 1..255, of luminance in 8 bits
+    int expectedDpi = 0; ///< pages of another resolution get a warning; 0: none does
 
     friend bool operator==(const PageTreatment&, const PageTreatment&) = default;
 };

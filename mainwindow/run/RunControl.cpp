@@ -44,6 +44,10 @@ void RunControl::split()
     if (m_parts.worker.isBusy() || !m_parts.ui.convertBtn->isEnabled())
         return; // the menu's shortcut comes here too
     m_parts.ui.rightBox->endEditing();
+    if (const QString fault = m_parts.ui.rightBox->commitChoices(); !fault.isEmpty()) {
+        m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical, fault);
+        return;
+    }
     guarded(u"Split"_s, [this] {
         m_process
             = std::make_unique<Process>(&m_parts.services.workspace, [this](const QString& text) {

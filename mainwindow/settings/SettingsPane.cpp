@@ -3,6 +3,7 @@
 #include "engine/settings/OutputCodes.h"
 #include "engine/settings/Settings.h"
 #include "mainwindow/desktop/Services.h"
+#include "mainwindow/settings/PresetMenu.h"
 #include "mainwindow/settings/RunChoices.h"
 #include "mainwindow/widgets/FileChooser.h"
 #include "ui_SettingsPane.h"
@@ -46,6 +47,9 @@ void SettingsPane::bind(Settings& settings, const Services& services)
     m_settings = &settings;
     m_services = &services;
     m_choices = std::make_unique<RunChoices>(settings, services.defaults);
+    m_presets = std::make_unique<PresetMenu>(*m_ui->presetsBtn, *m_choices, services);
+    connect(m_presets.get(), &PresetMenu::optionsWanted, this, &SettingsPane::commitFields);
+    m_ui->moreTab->bind(*m_choices);
     const auto bindPopup = [&](QComboBox* popup, auto get, auto set, auto changed) {
         bindControl(popup, &QComboBox::setCurrentIndex, &QComboBox::activated, settings, get, set,
                     changed);
@@ -97,6 +101,7 @@ void SettingsPane::setSplitOptions()
     const bool hasSeparator = !isTiff || m_settings->isSplitTIFFIntoSinglePages();
     m_ui->fileNameSeparatorLabel->setEnabled(hasSeparator);
     m_ui->fileNameSeparatorText->setEnabled(hasSeparator);
+    m_ui->moreTab->follow();
 }
 
 void SettingsPane::followSettings()
@@ -116,6 +121,14 @@ void SettingsPane::commitFields()
 {
     m_settings->setSeparator(m_ui->fileNameSeparatorText->text());
     m_settings->setOutputFolderPath(m_ui->outputFolderPath->text());
+}
+
+QString SettingsPane::commitChoices()
+{
+    const QString fault = m_ui->moreTab->commit();
+    if (!fault.isEmpty())
+        m_ui->settingTabView->setCurrentWidget(m_ui->moreTab);
+    return fault;
 }
 
 void SettingsPane::endEditing()

@@ -12,6 +12,7 @@ class SettingsPane;
 
 namespace pagestack {
 
+class PresetMenu;
 class RunChoices;
 class Settings;
 struct Services;
@@ -38,6 +39,9 @@ public:
     void setSplitOptions();
     /// Enables the options of the output folder, if there is one, and shows the quality.
     void followSettings();
+    /// What is wrong with what was typed in the tab of more options, which is shown then; empty:
+    /// nothing.
+    QString commitChoices();
     /// Takes over what is typed but not committed yet, and ends the selection in whatever field of
     /// the window has the keys.
     void endEditing();
@@ -62,6 +66,7 @@ private:
     Settings* m_settings = nullptr;
     const Services* m_services = nullptr;
     std::unique_ptr<RunChoices> m_choices;
+    std::unique_ptr<PresetMenu> m_presets;
 };
 
 } // namespace pagestack

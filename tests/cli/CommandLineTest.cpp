@@ -86,6 +86,7 @@ private slots:
             --quality 3 --preset Web a               | quality=3 sources=a
             --preset Web -f png a                    | format=1 quality=8 sources=a
             --preset ./Web a           | preset './Web' is no file and none of *
+            --expect-dpi 0 a           | expect-dpi '0' is no number from 1 to *
             --fromat png a             | unknown option --fromat
             -rx a                      | unknown option -x
             -f heic a                  | format 'heic' is none of *

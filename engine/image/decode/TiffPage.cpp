@@ -6,6 +6,7 @@
 #include <tiffio.h>
 
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -87,7 +88,29 @@ tiff* TiffPage::restart() const
     if (described.hasStripOfUnknownSize)
         messages().addPageWarning(
             u"the size of its strip is 0 in the file; as many bytes as its rows need were taken"_s);
+    if (const QString fault = resolutionFault(); !fault.isNull())
+        messages().addPageWarning(fault);
     return handle;
+}
+
+/// What is wrong with the resolution, for who expects another; null: nothing is.
+QString TiffPage::resolutionFault() const
+{
+    constexpr double tolerance = 0.5;
+    constexpr double cmAnInch = 2.54;
+    const Resolution& found = tags().resolution;
+    const int wanted = m_treatment.expectedDpi;
+    if (wanted == 0)
+        return {};
+    if (found.x <= 0 || found.unit == ResolutionUnit::None)
+        return u"its resolution is not known; %1 dpi were expected"_s.arg(wanted);
+    const double scale = found.unit == ResolutionUnit::Centimeter ? cmAnInch : 1;
+    const double x = found.x * scale;
+    const double y = found.y * scale;
+    if (std::abs(x - wanted) < tolerance && std::abs(y - wanted) < tolerance)
+        return {};
+    return u"its resolution is %1 x %2 dpi; %3 were expected"_s.arg(
+        QString::number(x, 'g', 6), QString::number(y, 'g', 6), QString::number(wanted));
 }
 
 void TiffPage::checkSize() const

@@ -56,6 +56,7 @@ private:
         PageProperties properties;
     };
     const Description& description() const;
+    QString resolutionFault() const;
 
     std::shared_ptr<TiffReader> m_reader;
     int m_index;
