@@ -143,8 +143,9 @@ bool PresetMenu::tellOfFaults(const std::function<void()>& work)
         work();
         return true;
     } catch (const std::exception& error) {
+        const QString reason = QString::fromUtf8(error.what());
         m_services.ask(m_button.window(), AlertPanel::Style::Critical,
-                       QString::fromUtf8(error.what()));
+                       reason.left(1).toUpper() + reason.mid(1));
         return false;
     }
 }
