@@ -7,9 +7,9 @@
 #include "cli/Report.h"
 #include "engine/files/FileState.h"
 #include "engine/job/Process.h"
-#include "engine/plan/OutputNames.h"
 #include "engine/sources/Sources.h"
 #include "engine/support/Application.h"
+#include "engine/support/Paths.h"
 #include "engine/support/Signals.h"
 #include "engine/threads/StopScope.h"
 #include "engine/threads/WorkerThread.h"
@@ -135,8 +135,10 @@ namespace {
             if (Signals::received())
                 return;
             OutputFile output { .filename = source.path, .fileItems = {} };
-            if (const auto item = FileItem::initWithURL(QUrl::fromLocalFile(source.path)))
+            if (const auto item = FileItem::initWithURL(QUrl::fromLocalFile(source.path))) {
+                item->setFoundIn(source.foundIn);
                 output.fileItems.append(item);
+            }
             m_outputs.append(output);
         }
     }
@@ -162,7 +164,7 @@ namespace {
         refuseLogInPlaceOfInput(); // The log is written after a signal, too.
         if (Signals::received())
             return tryLog(false);
-        const RunPlan plan(m_outputs, m_settings,
+        const RunPlan plan(m_outputs, m_settings, m_options.conversion.run,
                            m_options.onExists == OnExists::Number ? RunPlan::Numbering::Taken
                                                                   : RunPlan::Numbering::None,
                            isLogInFile() ? logTarget(m_options) : QString(),

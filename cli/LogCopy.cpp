@@ -4,7 +4,7 @@
 #include "engine/files/PosixFile.h"
 #include "engine/files/StagedFile.h"
 #include "engine/job/Process.h"
-#include "engine/plan/OutputNames.h"
+#include "engine/support/Paths.h"
 
 #include <QFile>
 

@@ -39,6 +39,9 @@ namespace {
         void refuseIdleOptions() const
         {
             for (const auto& [row, value] : m_given)
+                if (row->longName == u"mirror" && m_options.outputFolder.isEmpty())
+                    throw UsageError(u"option --mirror has no effect without --output"_s);
+            for (const auto& [row, value] : m_given)
                 if (const QString with = idleWith(m_options.conversion, row->longName);
                     !with.isEmpty())
                     throw UsageError(

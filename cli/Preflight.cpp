@@ -2,7 +2,6 @@
 
 #include "cli/Options.h"
 #include "engine/files/StagedFile.h"
-#include "engine/plan/OutputNames.h"
 #include "engine/support/Paths.h"
 
 #include <QDir>
@@ -66,12 +65,13 @@ QStringList Findings::lines() const
 TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources, const Options& options)
 {
     const auto shown = [&](const PlannedTarget& target) {
-        return shownTarget(sources.at(target.output), plan.name(target), options);
+        return shownTarget(sources.at(target.output), plan.outputs().at(target.output),
+                           plan.name(target), options);
     };
     TargetFindings found;
-    if (options.outputFolder.isEmpty())
-        for (const QString& folder : plan.unwritableFolders())
-            found.refusals.add(u"folder %1 is not writable"_s.arg(folder));
+    if (options.outputFolder.isEmpty() || options.conversion.run.mirrorsFolders)
+        for (const QString& fault : plan.folderFaults())
+            found.refusals.add(fault);
     for (const RunPlan::Shared& shared : plan.shared())
         found.refusals.add(u"%1 is wanted by %2 and by %3"_s.arg(
             shown(shared.target),
@@ -87,10 +87,12 @@ TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources, con
     return found;
 }
 
-QString shownTarget(const Source& source, const QString& name, const Options& options)
+QString shownTarget(const Source& source, const OutputFile& output, const QString& name,
+                    const Options& options)
 {
-    return joinedPath(
-        options.outputFolder.isEmpty() ? folderPart(source.shown) : options.outputFolder, name);
+    if (options.outputFolder.isEmpty())
+        return joinedPath(folderPart(source.shown), name);
+    return joinedPath(options.outputFolder, joinedPath(output.subfolder, name));
 }
 
 } // namespace pagestack

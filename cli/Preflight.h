@@ -59,7 +59,8 @@ struct TargetFindings
 TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources,
                           const Options& options);
 
-/// The path of the target `name` of `source` as the user knows it.
-QString shownTarget(const Source& source, const QString& name, const Options& options);
+/// The path of the target `name` of `source`, whose `output` is planned, as the user knows it.
+QString shownTarget(const Source& source, const OutputFile& output, const QString& name,
+                    const Options& options);
 
 } // namespace pagestack

@@ -2,7 +2,7 @@
 
 #include "cli/Console.h"
 #include "cli/Preflight.h"
-#include "engine/plan/OutputNames.h"
+#include "engine/support/Paths.h"
 
 #include <numeric>
 #include <utility>
@@ -74,6 +74,7 @@ Report::Report(const Options& options, const QList<Source>& sources,
                const QList<OutputFile>& outputs, Console& console)
     : m_options(options)
     , m_sources(sources)
+    , m_outputs(outputs)
     , m_pagesPlanned(pageCounts(outputs))
     , m_console(console)
     , m_progress(console, options.progress,
@@ -155,8 +156,8 @@ void Report::addFile(const QString& sourcePath, const QString& outputPath, int p
     m_counts.written += pages;
     const qsizetype place = m_places.value(sourcePath, -1);
     if (m_options.isVerbose && place >= 0)
-        m_console.result(
-            shownTarget(m_sources.at(place), lastPathComponent(outputPath), m_options));
+        m_console.result(shownTarget(m_sources.at(place), m_outputs.at(place),
+                                     lastPathComponent(outputPath), m_options));
 }
 
 void Report::skipFile(const QString&, const QString&, int pages)

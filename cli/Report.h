@@ -54,7 +54,8 @@ class Report : public QObject
     Q_OBJECT
 
 public:
-    /// `options` and `console` are borrowed. `outputs` belong to `sources` one by one.
+    /// `options` and `console` are borrowed. `outputs`, which are planned, belong to
+    /// `sources` one by one.
     Report(const Options& options, const QList<Source>& sources, const QList<OutputFile>& outputs,
            Console& console);
 
@@ -81,6 +82,7 @@ private:
 
     const Options& m_options;
     QList<Source> m_sources;
+    QList<OutputFile> m_outputs;
     QList<int> m_pagesPlanned; ///< of each source
     QHash<QString, qsizetype> m_places; ///< of the sources, by path
     Console& m_console;

@@ -36,6 +36,10 @@ public:
     bool isSelected() const { return m_isSelected; }
     void setIsSelected(bool isSelected) { m_isSelected = isSelected; }
 
+    /// The folder by which the file came into the list, absolute; empty when it was named itself.
+    QString foundIn() const { return m_foundIn; }
+    void setFoundIn(const QString& folder) { m_foundIn = folder; }
+
     int pages() const { return m_pages; } ///< 0 when they could not be counted
     int size() const { return m_size; } ///< bytes allocated on disk, INT_MAX for all above it
 
@@ -69,6 +73,7 @@ private:
     bool m_isSelected = true;
     QUrl m_filePath;
     QString m_path; ///< of `m_filePath`, whose decoding would be most of the work of a sort
+    QString m_foundIn;
     int m_pages = 0;
     int m_size = 0;
 };

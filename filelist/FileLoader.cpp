@@ -45,6 +45,12 @@ namespace {
         return plain == path ? url : QUrl::fromLocalFile(plain);
     }
 
+    struct FoundFile
+    {
+        QUrl url;
+        QString foundIn {}; ///< as of FileItem
+    };
+
     /// Finds the files that a load is asked for.
     class FileSearch
     {
@@ -55,7 +61,7 @@ namespace {
         }
 
         /// Looks at the next entry and adds it to `found` if it is wanted. False at the end.
-        bool step(QList<QUrl>& found)
+        bool step(QList<FoundFile>& found)
         {
             if (m_walk)
                 stepInFolder(found);
@@ -67,17 +73,23 @@ namespace {
         }
 
     private:
-        void begin(const QUrl& url, QList<QUrl>& found)
+        void begin(const QUrl& url, QList<FoundFile>& found)
         {
             const QString path = url.toLocalFile();
             if (!m_request.isFolders
                 || (!QFileInfo(path).isDir() && hasAllowedFileType(url.path())))
-                found.append(url);
+                found.append({ url });
             else if (!path.isEmpty())
-                m_walk.emplace(path, FolderWalk::Order::Listed, m_request.isIncludeSubdirectories);
+                enter(path);
         }
 
-        void stepInFolder(QList<QUrl>& found)
+        void enter(const QString& folder)
+        {
+            m_folder = absolutePath(folder);
+            m_walk.emplace(folder, FolderWalk::Order::Listed, m_request.isIncludeSubdirectories);
+        }
+
+        void stepInFolder(QList<FoundFile>& found)
         {
             const std::optional<FolderWalk::Entry> entry = m_walk->next();
             if (!entry)
@@ -85,12 +97,13 @@ namespace {
             else if (!isPath(entry->path) && !entry->fault.isEmpty())
                 systemLog(u"The name is no UTF-8 text, so it is left out: "_s + entry->path);
             else if (isPath(entry->path) && !entry->isFolder && hasAllowedFileType(entry->path))
-                found.append(QUrl::fromLocalFile(entry->path));
+                found.append({ QUrl::fromLocalFile(entry->path), m_folder });
         }
 
         Arguments m_request;
         qsizetype m_next = 0;
         std::optional<FolderWalk> m_walk; ///< through the folder in hand
+        QString m_folder; ///< that one
     };
 
     // More than one even on a small machine, as they wait for the disk; few, as it is one disk.
@@ -112,15 +125,18 @@ namespace {
 
     private:
         bool isWanted() const { return !m_isShutDown && m_target.isProcessing(); }
-        QList<QUrl> findMore();
+        QList<FoundFile> findMore();
         Items itemsToDeliver(bool hasFoundMore);
-        void deliver(const Items& items, QList<QUrl>& found);
+        void deliver(const Items& items, QList<FoundFile>& found);
         void addSome(const Items& items, qsizetype& next);
         /// On any thread. A file that is not wanted any more is given up.
-        std::shared_ptr<FileItem> makeItem(const QUrl& url) const
+        std::shared_ptr<FileItem> makeItem(const FoundFile& file) const
         {
             const StopScope scope([this] { return !m_target.isProcessing(); });
-            return FileItem::initWithURL(url);
+            std::shared_ptr<FileItem> item = FileItem::initWithURL(file.url);
+            if (item)
+                item->setFoundIn(file.foundIn);
+            return item;
         }
 
         LoaderTarget& m_target;
@@ -135,18 +151,18 @@ namespace {
     void Load::run()
     {
         while (isWanted() && !(m_isAtEnd && m_ahead.pending() == 0)) {
-            QList<QUrl> found = findMore();
+            QList<FoundFile> found = findMore();
             deliver(itemsToDeliver(!found.isEmpty()), found);
             if (m_failure)
                 std::rethrow_exception(m_failure);
-            for (const QUrl& url : std::as_const(found))
-                m_ahead.add([this, url] { return makeItem(url); });
+            for (const FoundFile& file : std::as_const(found))
+                m_ahead.add([this, file] { return makeItem(file); });
         }
     }
 
-    QList<QUrl> Load::findMore()
+    QList<FoundFile> Load::findMore()
     {
-        QList<QUrl> found;
+        QList<FoundFile> found;
         if (m_ahead.pending() >= mostPending)
             return found;
         QElapsedTimer elapsed;
@@ -174,7 +190,7 @@ namespace {
     }
 
     // Files that the list has already are taken out of `found` on the way.
-    void Load::deliver(const Items& items, QList<QUrl>& found)
+    void Load::deliver(const Items& items, QList<FoundFile>& found)
     {
         qsizetype next = 0;
         bool isFirst = true;
@@ -184,7 +200,8 @@ namespace {
                 m_isShutDown = false;
                 addSome(items, next);
                 if (std::exchange(isFirst, false))
-                    found.removeIf([this](const QUrl& url) { return m_target.contains(url); });
+                    found.removeIf(
+                        [this](const FoundFile& file) { return m_target.contains(file.url); });
             });
         }
     }

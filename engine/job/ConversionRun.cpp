@@ -2,7 +2,7 @@
 
 #include "engine/image/TiffDocument.h"
 #include "engine/job/GatheredTiff.h"
-#include "engine/plan/OutputNames.h"
+#include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
 #include "engine/threads/StopScope.h"
 
@@ -19,6 +19,7 @@ ConversionRun::ConversionRun(Process& job, RunSetup options)
     : m_job(job)
     , m_settings(*job.settings())
     , m_options(std::move(options))
+    , m_names(m_settings, m_options.choices)
     , m_supply(m_job, m_options)
 {
 }
@@ -28,7 +29,7 @@ ConversionRun::~ConversionRun() = default;
 void ConversionRun::convertOutputs()
 {
     const StopScope scope([this] { return !m_job.isCombining(); });
-    const QList<OutputFile> plan = m_job.outputFiles();
+    const QList<OutputFile> plan = m_names.completed(m_job.outputFiles());
     m_supply.prepare(plan, [this](const QString& path) { return isWanted(path); });
     for (qsizetype i = 0; i < plan.size(); ++i) {
         if (!m_job.isCombining())
@@ -46,7 +47,7 @@ void ConversionRun::convertOutput(const OutputFile& output, qsizetype index)
     m_job.log()->files.push_back(record);
     record->filename = lastPathComponent(output.filename);
     record->sourcePath = folderPart(output.filename);
-    record->targetPath = outputFolder(output.filename, m_settings);
+    record->targetPath = m_names.folder(output);
     m_job.setFileInProcess(record->filename);
     m_job.removeLeftovers(record->targetPath);
     for (qsizetype i = 0; i < output.fileItems.size(); ++i) {
@@ -114,7 +115,7 @@ void ConversionRun::reportChain(const TiffDocument& document, const FileItem& it
 
 void ConversionRun::keepPagesTogether(const Source& source, const QList<int>& range)
 {
-    const QString name = outputName(source.output, m_settings, 0);
+    const QString name = m_names.name(source.output, 0);
     const QString path = joinedPath(source.record.targetPath, name);
     m_job.setOutputFileInProcess(name);
     if (!isWanted(path))
@@ -144,7 +145,7 @@ void ConversionRun::writePages(const Source& source, const QList<int>& range)
 
 void ConversionRun::writePage(const Source& source, int page)
 {
-    const QString name = outputName(source.output, m_settings, page);
+    const QString name = m_names.name(source.output, page);
     m_job.setOutputFileInProcess(name);
     PageImage image = source.document.page(page - 1);
     source.record.logFiles.push_back({ .targetFile = name, .sourcePageNo = page });
@@ -187,6 +188,10 @@ QString ConversionRun::saveImage(const Source& source, PageImage& image, int pag
         m_found->takeDiagnostics(image); // nothing was read; those of the page before are forgotten
         return u"%1 leads to the source itself, which a single page must not replace"_s.arg(
             lastPathComponent(path));
+    }
+    if (const QString fault = m_supply.makeFolderFor(path); !fault.isNull()) {
+        m_found->takeDiagnostics(image);
+        return fault;
     }
     PrefetchedPage prepared = m_supply.take(source.document, page);
     const ThreadClaim self = prepared.file ? ThreadClaim() : m_supply.threads().take();

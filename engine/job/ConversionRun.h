@@ -5,6 +5,7 @@
 #include "engine/job/PageSupply.h"
 #include "engine/job/Process.h"
 #include "engine/job/SourceFindings.h"
+#include "engine/plan/OutputNames.h"
 
 #include <functional>
 #include <memory>
@@ -67,6 +68,7 @@ private:
     Process& m_job;
     const Settings& m_settings;
     const RunSetup m_options;
+    const OutputNames m_names;
     PageSupply m_supply;
     std::optional<SourceFindings> m_found; ///< of the source in hand
     bool m_hasFailed = false;

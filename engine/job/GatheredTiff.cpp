@@ -32,6 +32,10 @@ bool GatheredTiff::save(const QString& path, const QList<int>& range, const Tiff
                         LogFiles& logFiles)
 {
     logFiles.gathered = GatheredFile::NotWritten; // until it is
+    if (const QString fault = m_supply.makeFolderFor(path); !fault.isNull()) {
+        m_found.tellError(0, fault);
+        return false;
+    }
     MultiPageTiffWriter file(path, m_job.settings()->tiffCompressionIndex(),
                              static_cast<int>(range.size()));
     try {

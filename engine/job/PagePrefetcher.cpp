@@ -1,6 +1,6 @@
 #include "engine/job/PagePrefetcher.h"
 
-#include "engine/plan/OutputNames.h"
+#include "engine/plan/MirroredFolders.h"
 #include "engine/settings/Settings.h"
 
 #include <algorithm>
@@ -30,12 +30,14 @@ namespace {
 } // namespace
 
 PagePrefetcher::PagePrefetcher(QList<OutputFile> plan, const Settings& settings, RunOptions options,
-                               int workers, SpareThreads& threads, TargetFilter isWanted,
-                               Flag isRunning)
+                               int workers, SpareThreads& threads, MirroredFolders& folders,
+                               TargetFilter isWanted, Flag isRunning)
     : m_plan(std::move(plan))
     , m_settings(settings)
     , m_options(std::move(options))
+    , m_names(settings, m_options)
     , m_threads(threads)
+    , m_folders(folders)
     , m_isWanted(std::move(isWanted))
     , m_isRunning(isRunning)
     , m_mostSteps(stepsAhead(workers))
@@ -149,7 +151,7 @@ void PagePrefetcher::lookAtItem(const OutputFile& output, const FileItem& item)
 {
     m_source = std::make_shared<SharedSource>(item.filePath().toLocalFile(), m_options.treatment);
     m_lastPage = item.pages();
-    m_isSourcePrepared = !isKeptTogether(m_settings) || isWanted(outputPath(output, 0));
+    m_isSourcePrepared = !isKeptTogether(m_settings) || isWanted(m_names.path(output, 0));
     m_steps.push_back({ m_nextPlace, 0, m_source, nullptr });
     m_nextPage = 1;
 }
@@ -159,12 +161,13 @@ void PagePrefetcher::lookAtPage(const OutputFile& output)
     Step step { m_nextPlace, m_nextPage++, m_source, nullptr };
     const bool isTogether = isKeptTogether(m_settings);
     const bool isGathered = isTogether && m_lastPage > 1;
-    const QString path = isGathered ? QString() : outputPath(output, isTogether ? 0 : step.page);
+    const QString path = isGathered ? QString() : m_names.path(output, isTogether ? 0 : step.page);
     if (m_isSourcePrepared && (isTogether || isWanted(path))) {
         step.task = std::make_shared<PageTask>();
         step.task->source = m_source;
         step.task->page = step.page;
         step.task->targetPath = path;
+        step.task->folders = &m_folders;
         step.task->options
             = { m_settings.jpegQuality(), m_settings.tiffCompressionIndex(), &m_threads };
         m_workers.add(step.task);
@@ -179,12 +182,6 @@ bool PagePrefetcher::isWanted(const QString& path) const
     } catch (...) {
         return false; // it is asked again when it is the turn of the output
     }
-}
-
-QString PagePrefetcher::outputPath(const OutputFile& output, int page) const
-{
-    return joinedPath(outputFolder(output.filename, m_settings),
-                      outputName(output, m_settings, page));
 }
 
 } // namespace pagestack

@@ -3,6 +3,7 @@
 #include "engine/job/PageWorkerPool.h"
 #include "engine/options/RunOptions.h"
 #include "engine/plan/OutputFile.h"
+#include "engine/plan/OutputNames.h"
 
 #include <deque>
 #include <functional>
@@ -10,6 +11,7 @@
 
 namespace pagestack {
 
+class MirroredFolders;
 class Settings;
 
 /// Lets worker threads prepare the pages that come next in a run. Only the job's thread may use
@@ -29,9 +31,10 @@ public:
 
     /// Prepares with `workers` threads what `plan`, `settings` and `options` ask for, except for
     /// targets that `isWanted` refuses. Those that are idle, out of `threads`, help with large
-    /// pages. `settings` and `threads` are borrowed; for `isRunning` see PageWorkerPool.
+    /// pages. `settings`, `threads` and `folders` are borrowed; for `isRunning` see PageWorkerPool.
     PagePrefetcher(QList<OutputFile> plan, const Settings& settings, RunOptions options,
-                   int workers, SpareThreads& threads, TargetFilter isWanted, Flag isRunning);
+                   int workers, SpareThreads& threads, MirroredFolders& folders,
+                   TargetFilter isWanted, Flag isRunning);
 
     /// Ends the workers; what was not taken is removed.
     ~PagePrefetcher();
@@ -69,12 +72,13 @@ private:
     void lookAtPage(const OutputFile& output);
     void startAt(PlanPlace place);
     bool isWanted(const QString& path) const;
-    QString outputPath(const OutputFile& output, int page) const;
 
     const QList<OutputFile> m_plan;
     const Settings& m_settings;
     const RunOptions m_options;
+    const OutputNames m_names;
     SpareThreads& m_threads;
+    MirroredFolders& m_folders;
     const TargetFilter m_isWanted;
     const Flag m_isRunning;
     const std::size_t m_mostSteps;

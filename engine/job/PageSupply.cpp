@@ -2,6 +2,7 @@
 
 #include "engine/files/PosixFile.h"
 #include "engine/job/Process.h"
+#include "engine/job/SourceFindings.h"
 #include "engine/plan/RunPlan.h"
 
 #include <QThread>
@@ -31,6 +32,7 @@ PageSupply::PageSupply(const Process& job, const RunSetup& options)
     , m_options(options)
     , m_jobs(options.jobs > 0 ? options.jobs : QThread::idealThreadCount())
     , m_threads(m_jobs)
+    , m_folders(options.choices.mirrorsFolders ? job.settings()->outputFolderPath() : QString())
 {
 }
 
@@ -41,12 +43,22 @@ void PageSupply::prepare(const QList<OutputFile>& plan, const TargetFilter& isWa
     if (m_jobs == 1 || !hasSeveralPages(plan))
         return;
     const Settings& settings = *m_job.settings();
-    const RunPlan run(plan, settings, RunPlan::Numbering::None, {},
+    const RunPlan run(plan, settings, m_options.choices, RunPlan::Numbering::None, {},
                       [this] { return m_job.isCombining(); });
     if (!run.hasHazards())
         m_prefetcher
             = std::make_unique<PagePrefetcher>(plan, settings, m_options.choices, m_jobs, m_threads,
-                                               isWanted, [this] { return m_job.isCombining(); });
+                                               m_folders, isWanted, [this] { return m_job.isCombining(); });
+}
+
+QString PageSupply::makeFolderFor(const QString& outputPath)
+{
+    try {
+        m_folders.makeFor(outputPath);
+        return {};
+    } catch (const std::exception& error) {
+        return reasonOf(error);
+    }
 }
 
 std::shared_ptr<TiffDocument> PageSupply::open(const QString& path, PlanPlace place)

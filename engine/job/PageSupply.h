@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/job/PagePrefetcher.h"
+#include "engine/plan/MirroredFolders.h"
 #include "engine/threads/SpareThreads.h"
 
 #include <functional>
@@ -38,6 +39,10 @@ public:
     /// for which what was prepared ahead made room: a run with one thread would have had it.
     QString withRoom(const std::function<QString()>& attempt);
 
+    /// Makes the folder of an output whose turn has come, where it is one of those that are
+    /// mirrored. Null, or the reason why it cannot be made.
+    QString makeFolderFor(const QString& outputPath);
+
     SpareThreads& threads() { return m_threads; }
 
 private:
@@ -45,6 +50,7 @@ private:
     const RunSetup& m_options;
     const int m_jobs;
     SpareThreads m_threads;
+    MirroredFolders m_folders;
     std::unique_ptr<PagePrefetcher> m_prefetcher; ///< null when the job's thread does everything
 };
 

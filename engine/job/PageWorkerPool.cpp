@@ -1,5 +1,6 @@
 #include "engine/job/PageWorkerPool.h"
 
+#include "engine/plan/MirroredFolders.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/threads/StopScope.h"
 
@@ -152,6 +153,7 @@ void PageWorkerPool::prepare(PageTask& task, Desk& desk)
                                          tiffCompressionTag(task.options.tiffCompressionIndex));
             needsNoEncoding = !result.pieces.bytes;
         } else {
+            task.folders->makeFor(task.targetPath);
             result.file = encodedPage(image.sharedSource(), task.targetPath,
                                       pageEncoding(task.targetPath), task.options);
             result.file->settle();

@@ -15,6 +15,8 @@
 
 namespace pagestack {
 
+class MirroredFolders;
+
 /// A page that is to be prepared.
 struct PageTask
 {
@@ -28,6 +30,7 @@ struct PageTask
     std::shared_ptr<SharedSource> source;
     int page = 1;
     QString targetPath; ///< of the page's own file; empty: it is gathered, its pieces are wanted
+    MirroredFolders* folders = nullptr; ///< the folder of `targetPath` may be one of them
     SaveOptions options;
 
     State state = State::Waiting; ///< as all below guarded by the workers' mutex

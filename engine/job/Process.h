@@ -147,6 +147,7 @@ public:
 
     /// What is asked for beside the settings. To be set before the start.
     void setRunOptions(const RunOptions& options) { m_options.choices = options; }
+    const RunOptions& runOptions() const { return m_options.choices; }
 
     bool isCombining() const { return m_isCombining; }
     void setIsCombining(bool value) { emit isCombiningChanged(m_isCombining = value); }

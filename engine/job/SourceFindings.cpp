@@ -4,7 +4,7 @@
 #include "engine/image/TiffDocument.h"
 #include "engine/image/tiffwriter/TiffTagCopy.h"
 #include "engine/job/Process.h"
-#include "engine/plan/OutputNames.h"
+#include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
 
 #include <QFile>

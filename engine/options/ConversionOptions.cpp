@@ -31,14 +31,15 @@ namespace {
     QString onOrOff(bool isOn) { return isOn ? u"true"_s : u"false"_s; }
 
     template <bool RunOptions::*Flag>
-    ConversionOptionRow flag(Text name, Text meaning, Text label)
+    ConversionOptionRow flag(Text name, Text meaning, Text label, Text section)
     {
         return { name,
                  u""_s,
                  meaning,
                  label,
                  [](Options& options, Row row, Text text) { options.run.*Flag = isOn(row, text); },
-                 [](const Options& options, Row) { return onOrOff(options.run.*Flag); } };
+                 [](const Options& options, Row) { return onOrOff(options.run.*Flag); },
+                 section };
     }
 
     std::vector<ConversionOptionRow> makeTable()
@@ -78,6 +79,11 @@ namespace {
                   options.separator = text;
               },
               [](const Options& options, Row) { return options.separator; } },
+            flag<&RunOptions::mirrorsFolders>(
+                u"mirror"_s,
+                u"repeats the folders of the sources below the output folder: those below a folder "
+                "that is given, or below the deepest one that holds all that is given"_s,
+                u"Keep folder structure"_s, u"Folders and names"_s),
             { u"expect-dpi"_s,
               u"N"_s,
               u"warns of pages whose resolution is not N pixels an inch; they are converted as "

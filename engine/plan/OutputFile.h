@@ -23,6 +23,9 @@ struct OutputFile
     /// Stands behind the names of the outputs, "scan1-2.jpg", where a name would be that of another
     /// file; 0: nothing does. See RunPlan.
     int number = 0;
+    /// Where the outputs go below the output folder, "box/1"; empty: the folder itself. As what
+    /// follows, OutputNames::completed() says it.
+    QString subfolder {};
 
     /// Sets both fields, or none when `path` is null or there are no `items`.
     void initWithData(const QString& path, const std::optional<Items>& items)

@@ -1,30 +1,46 @@
 #pragma once
 
-#include "engine/support/Paths.h"
+#include "engine/options/RunOptions.h"
+#include "engine/plan/OutputFile.h"
 
+#include <QList>
 #include <QString>
 
 namespace pagestack {
 
 class Settings;
-struct OutputFile;
 
-/// Folder into which the pages of `sourcePath` go: the settings' output folder, else the folder of
-/// the source itself.
-QString outputFolder(const QString& sourcePath, const Settings& settings);
+/// Says how the outputs of a run are called and in which folders they are. Any thread.
+class OutputNames
+{
+public:
+    /// `settings` is borrowed.
+    OutputNames(const Settings& settings, RunOptions options);
 
-/// File name (without folder) of the output for `page`, counted from 1: the source's name without
-/// its last extension, the separator (":" of both becomes "-"), the number, the extension of the
-/// output type. An output type outside 0..4 gives the part before the number alone. A `number`
-/// above 0 (see OutputFile) stands before the extension, behind a "-".
-QString pageOutputName(const QString& sourcePath, const Settings& settings, int page,
-                       int number = 0);
+    /// `outputs` with what their names need of the whole run; numbers stay as they are. The same
+    /// outputs always get the same.
+    QList<OutputFile> completed(QList<OutputFile> outputs) const;
 
-/// File name (without folder) of the one TIFF file that keeps all pages of `sourcePath` together.
-QString keptTogetherOutputName(const QString& sourcePath, int number = 0);
+    /// Folder into which the pages of `output`, which is completed, go: the settings' output folder
+    /// or one below it, else the folder of the source itself.
+    QString folder(const OutputFile& output) const;
 
-/// Name of the file with `page` of `output`; page 0: of the file that keeps the pages together.
-QString outputName(const OutputFile& output, const Settings& settings, int page);
+    /// File name (without folder) of the output for `page`, counted from 1: the source's name
+    /// without its last extension, the separator (":" of both becomes "-"), the page, the extension
+    /// of the output type. An output type outside 0..4 gives the part before the page alone. A
+    /// number above 0 (see OutputFile) stands before the extension, behind a "-". Page 0 is the one
+    /// TIFF file that keeps all pages together, which has the source's name alone.
+    QString name(const OutputFile& output, int page) const;
+
+    /// `name` in `folder`.
+    QString path(const OutputFile& output, int page) const;
+
+private:
+    QString pageName(const OutputFile& output, int page) const;
+
+    const Settings& m_settings;
+    const RunOptions m_options;
+};
 
 /// True when `settings` ask for one TIFF file a source, not for one file a page.
 bool isKeptTogether(const Settings& settings);

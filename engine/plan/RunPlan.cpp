@@ -3,9 +3,10 @@
 #include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
 #include "engine/plan/FolderTargets.h"
-#include "engine/plan/OutputNames.h"
+#include "engine/plan/MirroredFolders.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/settings/Settings.h"
+#include "engine/support/Paths.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -61,6 +62,7 @@ private:
     QString folderKey(const QString& path) const;
     std::optional<qsizetype> replacedSource(const Spot& spot);
     bool makesSource(const FileItem& item);
+    void shareFolders(qsizetype output);
     bool clash(const std::vector<Spot>& spots);
     bool isFree(const Spot& spot) { return !spot.isThere && !spot.folder->writer(spot.name); }
     void take(const std::vector<Spot>& spots);
@@ -90,6 +92,8 @@ void Planner::carryOut(const QString& other, const std::function<bool()>& isWant
     for (const qsizetype output : later)
         if (isWanted())
             number(output);
+    for (qsizetype output = 0; output < m_plan.m_outputs.size() && isWanted(); ++output)
+        shareFolders(output);
     for (const OutputFile& output : m_plan.m_outputs)
         for (const std::shared_ptr<FileItem>& item : output.fileItems)
             m_plan.m_makesSource = m_plan.m_makesSource || (isWanted() && makesSource(*item));
@@ -111,7 +115,7 @@ std::vector<PlannedTarget> Planner::targetsOf(qsizetype output) const
 
 std::vector<Planner::Spot> Planner::spotsOf(qsizetype output)
 {
-    const QString folder = outputFolder(m_plan.m_outputs.at(output).filename, m_plan.m_settings);
+    const QString folder = m_plan.m_names.folder(m_plan.m_outputs.at(output));
     std::vector<Spot> spots;
     for (const PlannedTarget& target : targetsOf(output))
         spots.push_back(spotOf(target, folder, m_plan.name(target)));
@@ -223,13 +227,27 @@ void Planner::take(const std::vector<Spot>& spots)
     }
 }
 
+/// A folder that is to be made cannot have the name of an output.
+void Planner::shareFolders(qsizetype output)
+{
+    const OutputFile& made = m_plan.m_outputs.at(output);
+    const std::vector<PlannedTarget> targets = targetsOf(output);
+    QString above = m_plan.m_settings.outputFolderPath();
+    if (targets.empty() || made.subfolder.isEmpty())
+        return;
+    for (const QString& part : made.subfolder.split(u'/')) {
+        if (const auto first = folderAt(above).writer(part))
+            m_plan.m_shared.push_back({ targets.front(), *first });
+        above = joinedPath(above, part);
+    }
+}
+
 void Planner::number(qsizetype output)
 {
     OutputFile& numbered = m_plan.m_outputs[output];
     const std::vector<PlannedTarget> targets = targetsOf(output);
     // What was taken for as many pages with the same names stays so.
-    const QString names = joinedPath(outputFolder(numbered.filename, m_plan.m_settings),
-                                     m_plan.name(targets.front()))
+    const QString names = m_plan.m_names.path(numbered, targets.front().page)
         + u'/' + QString::number(targets.size());
     int& next = m_nextNumbers[names];
     numbered.number = std::max(next, 2);
@@ -241,17 +259,19 @@ void Planner::number(qsizetype output)
     take(spots);
 }
 
-RunPlan::RunPlan(QList<OutputFile> outputs, const Settings& settings, Numbering numbering,
-                 const QString& other, const std::function<bool()>& isWanted)
+RunPlan::RunPlan(const QList<OutputFile>& outputs, const Settings& settings,
+                 const RunOptions& options, Numbering numbering, const QString& other,
+                 const std::function<bool()>& isWanted)
     : m_settings(settings)
-    , m_outputs(std::move(outputs))
+    , m_names(settings, options)
+    , m_outputs(m_names.completed(outputs))
 {
     Planner(*this, numbering).carryOut(other, isWanted);
 }
 
 QString RunPlan::name(const PlannedTarget& target) const
 {
-    return outputName(m_outputs.at(target.output), m_settings, target.page);
+    return m_names.name(m_outputs.at(target.output), target.page);
 }
 
 bool RunPlan::hasHazards() const
@@ -259,19 +279,25 @@ bool RunPlan::hasHazards() const
     return !m_shared.empty() || !m_replaced.empty() || m_makesSource;
 }
 
-QStringList RunPlan::unwritableFolders() const
+QStringList RunPlan::folderFaults() const
 {
+    const QString top = m_settings.outputFolderPath();
     QStringList found;
     QSet<QString> checked;
     for (const OutputFile& output : m_outputs) {
         const auto hasPages
             = [](const std::shared_ptr<FileItem>& item) { return item->pages() > 0; };
-        const QString folder = outputFolder(output.filename, m_settings);
+        const QString folder = m_names.folder(output);
         if (!std::ranges::any_of(output.fileItems, hasPages) || checked.contains(folder))
             continue;
         checked.insert(folder);
-        if (!QFileInfo(folder).isWritable())
-            found.append(folder);
+        QString fault;
+        if (!top.isEmpty())
+            fault = MirroredFolders::fault(folder, top);
+        else if (!QFileInfo(folder).isWritable())
+            fault = u"folder %1 is not writable"_s.arg(folder);
+        if (!fault.isNull() && !found.contains(fault))
+            found.append(fault);
     }
     return found;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/plan/OutputFile.h"
+#include "engine/plan/OutputNames.h"
 
 #include <QList>
 #include <QString>
@@ -49,18 +50,20 @@ public:
         qsizetype source = 0; ///< the output whose source it is
     };
 
-    /// Plans `outputs` with `settings`, which is borrowed. `other` is the resolved path of a file
+    /// Plans `outputs` with `settings`, which is borrowed, and `options`. `other` is the resolved path of a file
     /// that the run writes besides; empty: none. The plan ends early, and says nothing of the
     /// outputs that were left, once `isWanted` is false.
     RunPlan(
-        QList<OutputFile> outputs, const Settings& settings, Numbering numbering = Numbering::None,
-        const QString& other = {}, const std::function<bool()>& isWanted = [] { return true; });
+        const QList<OutputFile>& outputs, const Settings& settings, const RunOptions& options = {},
+        Numbering numbering = Numbering::None, const QString& other = {},
+        const std::function<bool()>& isWanted = [] { return true; });
 
-    /// As given, with their numbers.
+    /// As given, completed (see OutputNames), with their numbers.
     const QList<OutputFile>& outputs() const { return m_outputs; }
 
     /// Name of the target, without folder.
     QString name(const PlannedTarget& target) const;
+    const OutputNames& names() const { return m_names; }
 
     // What was found, in the order of the run; with numbers nothing of what these avoid.
     const std::vector<Shared>& shared() const { return m_shared; }
@@ -71,13 +74,15 @@ public:
     /// target, a replaced source, or a source that is still missing and that it makes.
     bool hasHazards() const;
 
-    /// The folders that outputs go to and that are missing or cannot be written.
-    QStringList unwritableFolders() const;
+    /// What is wrong with folders that outputs go to, a clause each: they are missing, cannot be
+    /// written or, below an output folder, cannot be made or lead out of it.
+    QStringList folderFaults() const;
 
 private:
     friend class Planner;
 
     const Settings& m_settings;
+    const OutputNames m_names;
     QList<OutputFile> m_outputs;
     std::vector<Shared> m_shared;
     std::vector<PlannedTarget> m_existing;

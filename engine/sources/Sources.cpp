@@ -56,7 +56,7 @@ namespace {
     private:
         using FileKey = std::pair<FileIdentity, QString>;
 
-        void addFile(const QString& shown);
+        void addFile(const QString& shown, const QString& foundIn = {});
         void addFolder(const QString& shown);
         FileKey key(const QString& path);
         void report(const QString& shown, const QString& reason)
@@ -90,7 +90,7 @@ namespace {
             addFile(shown);
     }
 
-    void Collector::addFile(const QString& shown)
+    void Collector::addFile(const QString& shown, const QString& foundIn)
     {
         const QFileInfo info(shown);
         if (!info.exists())
@@ -106,7 +106,7 @@ namespace {
         if (m_taken.size() == before)
             m_found.duplicates.append(shown);
         else
-            m_found.files.append({ path, shown });
+            m_found.files.append({ path, shown, foundIn });
     }
 
     /// One file by two ways through its folders is the same; a link to a file is a file of its own.
@@ -121,6 +121,7 @@ namespace {
 
     void Collector::addFolder(const QString& shown)
     {
+        const QString folder = absolutePath(shown);
         FolderWalk walk(shown, FolderWalk::Order::Natural, m_isRecursive);
         while (const auto entry = walk.next()) {
             const bool isFile = !entry->isFolder;
@@ -130,7 +131,7 @@ namespace {
             } else if (!entry->fault.isEmpty()) {
                 report(entry->path, entry->fault);
             } else if (isFile) {
-                addFile(entry->path);
+                addFile(entry->path, folder);
             }
         }
     }

@@ -11,6 +11,7 @@ struct Source
 {
     QString path; ///< absolute
     QString shown; ///< as the user wrote it, or below the folder that the user wrote
+    QString foundIn {}; ///< that folder, absolute; empty for a file that the user named
 };
 
 /// A path that cannot be taken, and the reason.

@@ -76,6 +76,20 @@ QString joinedPath(const QString& folder, const QString& name)
     return folder.endsWith(u'/') ? folder + name : folder + u'/' + name;
 }
 
+QString commonFolder(const QString& a, const QString& b)
+{
+    QString common = a;
+    while (common != b && !b.startsWith(joinedPath(common, u""_s)) && common != u"/")
+        common = folderPart(common);
+    return common;
+}
+
+QString pathBelow(const QString& path, const QString& folder)
+{
+    const QString start = joinedPath(folder, u""_s);
+    return path.startsWith(start) ? path.sliced(start.size()) : QString();
+}
+
 QString pathExtension(QStringView path)
 {
     const QString name = lastPathComponent(path);

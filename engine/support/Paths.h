@@ -30,6 +30,13 @@ QString folderPart(QStringView path);
 /// `name` inside `folder`; `name` alone when `folder` is empty.
 QString joinedPath(const QString& folder, const QString& name);
 
+/// The deepest folder that is both of `a` and `b` or above them; both come from absolutePath().
+QString commonFolder(const QString& a, const QString& b);
+
+/// "box/1" for "/in/box/1" below "/in"; empty when `path` is `folder` or not below it. Both come
+/// from absolutePath().
+QString pathBelow(const QString& path, const QString& folder);
+
 /// "tif" of "/in/scan.tif", as it is written; empty when there is none. A name whose only dot is
 /// the first character is a hidden file without an extension.
 QString pathExtension(QStringView path);

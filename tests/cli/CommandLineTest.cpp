@@ -99,6 +99,7 @@ private slots:
             --quality=5.0 a            | quality '5.0' is no number from 0 to 10
             --quality=99999999999 a    | quality '99999999999' is no number from 0 to 10
             a -f                       | option -f needs a value
+            --mirror a                 | option --mirror has no effect without --output
             --split=yes a              | option --split takes no value
             -qv a                      | options -q and -v exclude each other
             -f png                     | no SOURCE is given

@@ -89,6 +89,15 @@ a.tif:WWW a1.gif>none a2.gif | a.tif -f gif --on-exists=skip | a.tif: 1 page wri
 a.tif:WW a.tiff b.tif:W | a.tif b.tif -f tiff --on-exists skip | a.tif: 0 pages written, 2 skipped \
     / b.tif: 1 page written / Total 1 files converted successfully. \
     / 1 page of 1 source written, 2 pages skipped / 0 b.tiff[1/1] LOG
+in/a.tif:W in/x/a.tif:W in/x/no/b.tif:B in/link>@/y y/a.tif:W | -q -r in -o out --mirror \
+    | ! in/x/no/b.tif[1]: * / 1 LOG out/ out/a1.jpg out/link/ out/link/a1.jpg out/x/ out/x/a1.jpg
+in/x/a.tif:WW in/a.tif:W y/ out/x>@/y | -r in -o out --mirror | ! folder * / ! nothing was * / 4
+in/a1.jpg/b.tif:W in/a.tif:W | -r in -o out --mirror --on-exists number \
+    | ! out/a1.jpg/b1.jpg is wanted by in/a.tif and by in/a1.jpg/b.tif / ! nothing was * / 4
+in/x/a.tif:W in/x/y/b.tif:W | - -v -o out --mirror < in/x/a.tif in/x/y/b.tif | out/a1.jpg \
+    / in/x/a.tif: 1 page written / out/y/b1.jpg / in/x/y/b.tif: 1 page written \
+    / All files converted successfully. / 2 pages of 2 sources written \
+    / 0 LOG out/ out/a1.jpg out/y/ out/y/b1.jpg
 a~b.tif:W c.tif:W | - -q -o . < a~b.tif c.tif | 0 a~b1.jpg c1.jpg LOG
 a.tif:W c.tif:W | --files-from - -v c.tif < c.tif | c1.jpg / c.tif: 1 page written \
     / All files converted successfully. / 1 page of 1 source written \

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "engine/job/Process.h"
+#include "engine/options/ConversionOptions.h"
 #include "engine/plan/OutputNames.h"
 #include "engine/support/Application.h"
+#include "engine/support/Paths.h"
 #include "engine/support/Workspace.h"
 #include "tests/support/TestFolder.h"
 
@@ -26,7 +28,7 @@ class JobFixture : public Workspace
 public:
     /// Makes `sources` ("a.tif:WW b.tif:W", see TestFolder::make) and plans their outputs, then
     /// carries out `changes`, words of which "in/a.tif:W" changes a file after its pages were
-    /// counted, "outputType=2" a field of the settings or of the job, "jobs=8" the number of jobs,
+    /// counted, "outputType=2" a field of the settings or of the job, "jobs=8" the number of jobs, "mirror=true" an option of the run,
     /// "stopAt=processed~1" stops the run at an event, "filter=a2.png" leaves targets of that name
     /// alone, "filter=*" those that exist.
     explicit JobFixture(const QString& sources = {}, const QString& changes = {})
@@ -156,7 +158,11 @@ private:
             job.setTargetFilter([=](const QString& to) { return lastPathComponent(to) != value; });
         else if (name == u"outputFolderPath" && !value.isEmpty())
             settings.setOutputFolderPath(folder.path(value));
-        else if (!settings.setProperty(field, value) && !job.setProperty(field, value))
+        else if (const ConversionOptionRow* const row = conversionOption(name)) {
+            ConversionOptions options { .separator = {}, .run = job.runOptions() };
+            row->set(options, *row, value);
+            job.setRunOptions(options.run);
+        } else if (!settings.setProperty(field, value) && !job.setProperty(field, value))
             throw std::runtime_error("no field " + field.toStdString());
     }
 

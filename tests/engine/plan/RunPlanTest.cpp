@@ -56,6 +56,12 @@ int foldingUnlink(const char* path) { return ::unlinkat(AT_FDCWD, real(path).con
 
 namespace {
 
+/// Below the output folder.
+QString path(const RunPlan& plan, const PlannedTarget& target)
+{
+    return joinedPath(plan.outputs().at(target.output).subfolder, plan.name(target));
+}
+
 /// The names of the outputs, those of a source in brackets.
 QString names(const RunPlan& plan, const Settings& settings)
 {
@@ -63,7 +69,7 @@ QString names(const RunPlan& plan, const Settings& settings)
     for (qsizetype output = 0; output < plan.outputs().size(); ++output) {
         QStringList pages;
         for (int page = 1; page <= plan.outputs().at(output).fileItems.at(0)->pages(); ++page)
-            pages.append(plan.name({ output, isKeptTogether(settings) ? 0 : page }));
+            pages.append(path(plan, { output, isKeptTogether(settings) ? 0 : page }));
         all.append(u'[' + pages.join(u' ') + u']');
     }
     return all.join(u' ');
@@ -74,7 +80,7 @@ QString findings(const RunPlan& plan)
 {
     QStringList found;
     for (const auto& [target, first] : plan.shared())
-        found.append(u"%1 of %2 and %3"_s.arg(plan.name(target)).arg(target.output).arg(first));
+        found.append(u"%1 of %2 and %3"_s.arg(path(plan, target)).arg(target.output).arg(first));
     for (const auto& [target, source] : plan.replacedSources())
         found.append(u"%1 for source %2"_s.arg(plan.name(target)).arg(source));
     for (const PlannedTarget& target : plan.existing())
@@ -121,6 +127,12 @@ private slots:
         row("a folder by a link", u"x/a.tif:W y/a.tif:W"_s,
             u"outputFolderPath= in/y/a1.png>../x/a1.png"_s, u"a1.png of 1 and 0, a1.png exists"_s,
             u"[a1.png] [a1-2.png]"_s);
+        row("mirrored folders", u"x/a.tif:W x/y/a.tif:W x/b.tif:W xy/a.tif:W"_s,
+            u"mirror=true out/x/b1.png"_s, u"x/b1.png exists"_s,
+            u"[x/a1.png] [x/y/a1.png] [x/b1.png] [xy/a1.png]"_s,
+            u"[x/a1.png] [x/y/a1.png] [x/b1-2.png] [xy/a1.png]"_s);
+        row("no folder to mirror in", u"x/a.tif:W y/a.tif:W"_s,
+            u"mirror=true outputFolderPath="_s, {}, u"[a1.png] [a1.png]"_s);
         row("a folder that is still to be made", u"x/a.tif:W y/a.tif:W"_s,
             u"outputFolderPath=new"_s, u"a1.png of 1 and 0"_s, u"[a1.png] [a1-2.png]"_s);
 #ifdef __linux__
@@ -139,7 +151,8 @@ private slots:
         JobFixture fixture(sources, changes);
         fixture.folder.remember();
         const auto planned = [&](RunPlan::Numbering numbering) {
-            return RunPlan(fixture.job.outputFiles(), fixture.settings, numbering);
+            return RunPlan(fixture.job.outputFiles(), fixture.settings, fixture.job.runOptions(),
+                           numbering);
         };
         QCOMPARE(findings(planned(RunPlan::Numbering::None)), found);
         QCOMPARE(names(planned(RunPlan::Numbering::Clashing), fixture.settings), clashing);
