@@ -46,9 +46,9 @@ void PageSupply::prepare(const QList<OutputFile>& plan, const TargetFilter& isWa
     const RunPlan run(plan, settings, m_options.choices, RunPlan::Numbering::None, {},
                       [this] { return m_job.isCombining(); });
     if (!run.hasHazards())
-        m_prefetcher
-            = std::make_unique<PagePrefetcher>(plan, settings, m_options.choices, m_jobs, m_threads,
-                                               m_folders, isWanted, [this] { return m_job.isCombining(); });
+        m_prefetcher = std::make_unique<PagePrefetcher>(plan, settings, m_options.choices, m_jobs,
+                                                        m_threads, m_folders, isWanted,
+                                                        [this] { return m_job.isCombining(); });
 }
 
 QString PageSupply::makeFolderFor(const QString& outputPath)

@@ -247,8 +247,8 @@ void Planner::number(qsizetype output)
     OutputFile& numbered = m_plan.m_outputs[output];
     const std::vector<PlannedTarget> targets = targetsOf(output);
     // What was taken for as many pages with the same names stays so.
-    const QString names = m_plan.m_names.path(numbered, targets.front().page)
-        + u'/' + QString::number(targets.size());
+    const QString names = m_plan.m_names.path(numbered, targets.front().page) + u'/'
+        + QString::number(targets.size());
     int& next = m_nextNumbers[names];
     numbered.number = std::max(next, 2);
     std::vector<Spot> spots = spotsOf(output);

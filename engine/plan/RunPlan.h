@@ -50,9 +50,9 @@ public:
         qsizetype source = 0; ///< the output whose source it is
     };
 
-    /// Plans `outputs` with `settings`, which is borrowed, and `options`. `other` is the resolved path of a file
-    /// that the run writes besides; empty: none. The plan ends early, and says nothing of the
-    /// outputs that were left, once `isWanted` is false.
+    /// Plans `outputs` with `settings`, which is borrowed, and `options`. `other` is the resolved
+    /// path of a file that the run writes besides; empty: none. The plan ends early, and says
+    /// nothing of the outputs that were left, once `isWanted` is false.
     RunPlan(
         const QList<OutputFile>& outputs, const Settings& settings, const RunOptions& options = {},
         Numbering numbering = Numbering::None, const QString& other = {},

@@ -129,7 +129,8 @@ bool RunControl::isPlanClear(Process& job)
     const bool isChecked = guarded(u"Split"_s, [&] {
         const auto isWanted = [&job] { return job.isCombining(); };
         const QList<OutputFile> outputs = job.outputFiles();
-        const RunPlan plan(outputs, m_settings, job.runOptions(), RunPlan::Numbering::None, {}, isWanted);
+        const RunPlan plan(outputs, m_settings, job.runOptions(), RunPlan::Numbering::None, {},
+                           isWanted);
         if (!isWanted() || (plan.shared().empty() && plan.replacedSources().empty()))
             return;
         const RunPlan numbered(outputs, m_settings, job.runOptions(), RunPlan::Numbering::Clashing,

@@ -28,9 +28,9 @@ class JobFixture : public Workspace
 public:
     /// Makes `sources` ("a.tif:WW b.tif:W", see TestFolder::make) and plans their outputs, then
     /// carries out `changes`, words of which "in/a.tif:W" changes a file after its pages were
-    /// counted, "outputType=2" a field of the settings or of the job, "jobs=8" the number of jobs, "mirror=true" an option of the run,
-    /// "stopAt=processed~1" stops the run at an event, "filter=a2.png" leaves targets of that name
-    /// alone, "filter=*" those that exist.
+    /// counted, "outputType=2" a field of the settings or of the job, "jobs=8" the number of jobs,
+    /// "mirror=true" an option of the run, "stopAt=processed~1" stops the run at an event,
+    /// "filter=a2.png" leaves targets of that name alone, "filter=*" those that exist.
     explicit JobFixture(const QString& sources = {}, const QString& changes = {})
     {
         createApplicationUsersFolder(u"Logs"_s, nullptr);

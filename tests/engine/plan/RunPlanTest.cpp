@@ -82,9 +82,9 @@ QString findings(const RunPlan& plan)
     for (const auto& [target, first] : plan.shared())
         found.append(u"%1 of %2 and %3"_s.arg(path(plan, target)).arg(target.output).arg(first));
     for (const auto& [target, source] : plan.replacedSources())
-        found.append(u"%1 for source %2"_s.arg(plan.name(target)).arg(source));
+        found.append(u"%1 for source %2"_s.arg(path(plan, target)).arg(source));
     for (const PlannedTarget& target : plan.existing())
-        found.append(u"%1 exists"_s.arg(plan.name(target)));
+        found.append(u"%1 exists"_s.arg(path(plan, target)));
     return found.join(u", "_s);
 }
 
@@ -131,8 +131,8 @@ private slots:
             u"mirror=true out/x/b1.png"_s, u"x/b1.png exists"_s,
             u"[x/a1.png] [x/y/a1.png] [x/b1.png] [xy/a1.png]"_s,
             u"[x/a1.png] [x/y/a1.png] [x/b1-2.png] [xy/a1.png]"_s);
-        row("no folder to mirror in", u"x/a.tif:W y/a.tif:W"_s,
-            u"mirror=true outputFolderPath="_s, {}, u"[a1.png] [a1.png]"_s);
+        row("no folder to mirror in", u"x/a.tif:W y/a.tif:W"_s, u"mirror=true outputFolderPath="_s,
+            {}, u"[a1.png] [a1.png]"_s);
         row("a folder that is still to be made", u"x/a.tif:W y/a.tif:W"_s,
             u"outputFolderPath=new"_s, u"a1.png of 1 and 0"_s, u"[a1.png] [a1-2.png]"_s);
 #ifdef __linux__
