@@ -52,7 +52,6 @@ void ViewState::resetView(bool enable)
     follow();
     followTotals();
     m_ui.rightBox->followSettings();
-    m_window.update();
 }
 
 /// Who is enabled when.
@@ -94,7 +93,6 @@ void ViewState::resetViewForProcess(bool enable)
 {
     setEnabled(enable, { m_ui.convertBtn, m_ui.cancelBtn },
                { m_ui.convertMenuAction, m_ui.cancelMenuAction });
-    m_window.update();
 }
 
 void ViewState::startProcess()

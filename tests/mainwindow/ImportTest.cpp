@@ -79,6 +79,8 @@ private slots:
 
     void pastesTheFilesAlone()
     {
+        click("importFromFileBtn");
+        QVERIFY(!part("pasteFromClipboardBtn").isEnabled());
         click("importFromTextBtn");
         area().setPlainText(u"/old.tif"_s);
         QClipboard& clipboard = *QGuiApplication::clipboard();

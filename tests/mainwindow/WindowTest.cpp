@@ -287,7 +287,7 @@ private slots:
         QCOMPARE(bar.value(), bar.maximum());
         QCOMPARE(wholePages().size(), 6);
         QVERIFY(text("labelTimeTaken").endsWith(u" 4/4"_s));
-        QVERIFY(!isEnabled("addFilesBtn"));
+        QVERIFY(!isEnabled("addFilesBtn") && !isEnabled("cancelProcessBtn"));
 
         press("viewLogBtn");
         desktop().isRefusing = false;
@@ -305,7 +305,10 @@ private slots:
         controller().viewLogAction(); // of no job
 
         press("clearProcessedFilesBtn");
-        press("convertBtn");
+        press("convertBtn"); // shows nothing of the run before
+        QCOMPARE(bar.value(), 0);
+        QCOMPARE(text("processMessageLabel"), u""_s);
+        QVERIFY(isEnabled("cancelProcessBtn") && find("processFileLabel").isVisible());
         QVERIFY(waitForRun());
         QCOMPARE(text("processCountLabel"), u"6 written, page 6 of 6"_s);
         QCOMPARE(desktop().opened.last().toLocalFile(), out);
@@ -411,7 +414,7 @@ private slots:
     {
         QVERIFY(beginLongRun());
         QSignalSpy ready(&controller(), &PagestackAppDelegate::readyToTerminate);
-        window().close();
+        QVERIFY(!window().close());
         QVERIFY(ready.wait(longMs));
         QCOMPARE(ready.size(), 1);
         QVERIFY(!wholePages().isEmpty() && !logFile().isEmpty());
