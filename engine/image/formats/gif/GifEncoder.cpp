@@ -1,6 +1,7 @@
 #include "engine/image/formats/Encoders.h"
 #include "engine/image/formats/gif/ColorQuantizer.h"
 #include "engine/image/formats/gif/LzwCoder.h"
+#include "engine/image/pixels/ErrorDiffusion.h"
 
 #include <algorithm>
 #include <array>
@@ -86,16 +87,12 @@ namespace {
             | std::uint32_t { color[2] } << 8U | static_cast<std::uint32_t>(index);
     }
 
-    /// Finds palette entries for the pixels of one row after the other and spreads the error of
-    /// each pixel over its neighbours (Floyd and Steinberg, 1976), every other row from right to
-    /// left.
-    class ErrorDiffusion
+    /// Finds palette entries for the pixels of one row after the other by error diffusion.
+    class PaletteDiffusion
     {
     public:
-        ErrorDiffusion(const std::vector<RgbColor>& palette, int widthPx)
-            : m_widthPx(widthPx)
-            , m_errors(static_cast<std::size_t>(widthPx + 2) * 3)
-            , m_nextErrors(m_errors.size())
+        PaletteDiffusion(const std::vector<RgbColor>& palette, int widthPx)
+            : m_diffusion(widthPx)
             , m_unknown(~entryOf(palette[0], 255)) // entry 0 does not have this colour
             , m_nearest(std::size_t { 1 } << (3 * searchBits), m_unknown)
         {
@@ -109,51 +106,23 @@ namespace {
         /// Replaces each RGB pixel of `row` by the index of a palette entry at `to`.
         void mapRow(const std::uint8_t* row, std::uint8_t* to)
         {
-            if (m_fromRight)
-                mapInDirection<-1>(row, to);
-            else
-                mapInDirection<1>(row, to);
-            m_errors.swap(m_nextErrors);
-            m_fromRight = !m_fromRight;
+            using Color = ErrorDiffusion<3>::Color;
+            m_diffusion.mapRow(row, to, [this](const Color& wanted, Color& chosen) {
+                std::size_t cell = 0;
+                for (const int value : wanted)
+                    cell = cell << searchBits | static_cast<std::size_t>(value >> lost);
+                if (m_nearest[cell] == m_unknown)
+                    findNearest(cell);
+                const Entry entry = m_nearest[cell];
+                for (std::size_t c = 0; c < 3; ++c)
+                    chosen[c] = static_cast<int>(entry >> (24 - 8 * c) & 255U);
+                return entry & 255U;
+            });
         }
 
     private:
         /// Red, green, blue and index of a palette entry, from the highest byte on.
         using Entry = std::uint32_t;
-
-        template <int step>
-        void mapInDirection(const std::uint8_t* row, std::uint8_t* to)
-        {
-            // What is spread goes from pixel to pixel in variables; the next row gets each sum
-            // once.
-            std::array<int, 3> ahead {}; // for the next pixel
-            std::array<int, 3> behind {}; // for the pixel behind, in the next row
-            std::array<int, 3> below {};
-            for (int i = 0, x = step > 0 ? 0 : m_widthPx - 1; i < m_widthPx; ++i, x += step) {
-                const std::uint8_t* const pixel = row + 3 * qsizetype { x };
-                const int* const errors = m_errors.data() + 3 * qsizetype { x + 1 };
-                int* const nextBehind = m_nextErrors.data() + 3 * qsizetype { x + 1 - step };
-                std::array<int, 3> wanted {};
-                std::size_t cell = 0;
-                for (std::size_t c = 0; c < 3; ++c) {
-                    wanted[c] = std::clamp(pixel[c] + (errors[c] + ahead[c] + 8) / 16, 0, 255);
-                    cell = cell << searchBits | static_cast<std::size_t>(wanted[c] >> lost);
-                }
-                if (m_nearest[cell] == m_unknown)
-                    findNearest(cell);
-                const Entry entry = m_nearest[cell];
-                to[x] = static_cast<std::uint8_t>(entry);
-                for (std::size_t c = 0; c < 3; ++c) {
-                    const int error = wanted[c] - static_cast<int>(entry >> (24 - 8 * c) & 255U);
-                    ahead[c] = error * 7;
-                    nextBehind[c] = behind[c] + error * 3;
-                    behind[c] = below[c] + error * 5;
-                    below[c] = error;
-                }
-            }
-            const qsizetype last = step > 0 ? m_widthPx - 1 : 0;
-            std::copy(behind.begin(), behind.end(), m_nextErrors.begin() + 3 * (last + 1));
-        }
 
         /// Looks for the palette entry that is nearest to the middle of a cell, so that the answer
         /// does not depend on which colour of the cell came first.
@@ -177,13 +146,9 @@ namespace {
             m_nearest[cell] = m_entries[static_cast<std::size_t>(least & 255)];
         }
 
+        ErrorDiffusion<3> m_diffusion;
         std::vector<Entry> m_entries;
         std::array<std::vector<std::int16_t>, 3> m_palette; ///< by channel
-        int m_widthPx;
-        bool m_fromRight = false;
-        /// Of this row, in sixteenths, three channels, with a pixel's margin on each side.
-        std::vector<int> m_errors;
-        std::vector<int> m_nextErrors;
         Entry m_unknown; ///< stands for an entry that was not looked for yet
         std::vector<Entry> m_nearest; ///< by 6 bits a channel
     };
@@ -257,7 +222,7 @@ namespace {
         std::vector<RgbColor> opaque = reduction.palette;
         if (reduction.transparentIndex)
             opaque.pop_back();
-        ErrorDiffusion diffusion(opaque, width);
+        PaletteDiffusion diffusion(opaque, width);
         std::vector<std::uint8_t> indexes(static_cast<std::size_t>(width));
         for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
             for (int i = 0; i < band.rows; ++i) {
