@@ -1,5 +1,7 @@
 #include "engine/image/PageEncoding.h"
 
+#include "engine/image/decode/ColorTransform.h"
+#include "engine/image/decode/TiffPage.h"
 #include "engine/image/pixels/ReadAheadRows.h"
 #include "engine/image/pixels/UprightRows.h"
 #include "engine/image/tiffwriter/MultiPageTiffWriter.h"
@@ -23,12 +25,13 @@ namespace {
     };
     constexpr TargetPixels pngPixels { true, true, true, true, true };
     constexpr std::array encodings {
-        PageEncoding { OutputType::Jpeg, "JPEG"_L1, {}, true, jpegMostSidePx, encodeJpeg },
+        PageEncoding { OutputType::Jpeg, "JPEG"_L1, {}, true, true, jpegMostSidePx, encodeJpeg },
         // The pixels of a PNG take far longer to be written than to be read.
-        PageEncoding { OutputType::Png, "PNG"_L1, pngPixels, false, anySide, encodePng },
+        PageEncoding { OutputType::Png, "PNG"_L1, pngPixels, true, false, anySide, encodePng },
         PageEncoding { OutputType::Tiff, "TIFF"_L1 },
-        PageEncoding { OutputType::Bmp, "BMP"_L1, bmpPixels, true, anySide, encodeBmp },
-        PageEncoding { OutputType::Gif, "GIF"_L1, gifPixels, true, gifMostSidePx, encodeGif },
+        PageEncoding { OutputType::Bmp, "BMP"_L1, bmpPixels, false, true, anySide, encodeBmp },
+        PageEncoding { OutputType::Gif, "GIF"_L1, gifPixels, false, true, gifMostSidePx,
+                       encodeGif },
     };
 
     /// A smaller page is done before the exchange between threads has paid.
@@ -54,6 +57,28 @@ namespace {
         const bool isGray = rows.layout().model == ColorModel::Gray;
         if (page.iccProfile.mid(16, 4) != (isGray ? "GRAY" : "RGB "))
             page.iccProfile.clear();
+    }
+
+    /// What is lost with a profile that tells of other colours than sRGB, which pixels without one
+    /// are taken for. Black and white lose nothing.
+    QString droppedProfile(const UprightPage& page, const PageEncoding& encoding)
+    {
+        const QByteArray& profile = page.properties.iccProfile;
+        const PixelLayout& layout = page.rows->layout();
+        const bool isGray = layout.model == ColorModel::Gray;
+        if (encoding.takesProfile || profile.isEmpty() || (isGray && layout.bitsPerSample == 1))
+            return {};
+        switch (profileKind(profile, layout.model)) {
+        case ProfileKind::Srgb:
+            return {};
+        case ProfileKind::Unusable:
+            return u"a broken colour profile, which %1 cannot hold, is dropped"_s.arg(
+                encoding.name);
+        case ProfileKind::Other:
+            break;
+        }
+        return u"the colour profile '%1', which %2 cannot hold, is dropped; --srgb converts the "
+               "colours"_s.arg(profileName(profile), encoding.name);
     }
 
 } // namespace
@@ -95,7 +120,10 @@ std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>&
     matchProfile(page.properties, *page.rows);
     page.jpegQuality = options.jpegQuality;
     page.threads = options.threads;
+    const QString dropped = droppedProfile(page, encoding);
     encoding.encode(page, *file);
+    if (const TiffPage* read = source->tiffPage(); read != nullptr && !dropped.isEmpty())
+        read->messages().addRemark(dropped);
     return file;
 }
 

@@ -26,6 +26,7 @@ struct PageEncoding
     OutputType type {};
     QLatin1StringView name; ///< for reasons of failures
     TargetPixels pixels {};
+    bool takesProfile = false;
     bool readsAhead = false; ///< a spare thread reads the rows, else it helps the encoder
     int mostSidePx = 0; ///< of the upright page
     void (*encode)(UprightPage& page, StagedFile& file) = nullptr; ///< null: the page is copied

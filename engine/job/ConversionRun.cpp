@@ -2,6 +2,7 @@
 
 #include "engine/image/TiffDocument.h"
 #include "engine/job/GatheredTiff.h"
+#include "engine/settings/OutputCodes.h"
 #include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
 #include "engine/threads/StopScope.h"
@@ -15,10 +16,22 @@ using namespace Qt::StringLiterals;
 
 namespace pagestack {
 
+namespace {
+
+    /// What a format has no use for is not done: black and white gains nothing in JPEG.
+    RunSetup withoutIdleTreatment(RunSetup options, const Settings& settings)
+    {
+        if (settings.outputType() == static_cast<int>(OutputType::Jpeg))
+            options.choices.treatment.bilevel = Bilevel::None;
+        return options;
+    }
+
+} // namespace
+
 ConversionRun::ConversionRun(Process& job, RunSetup options)
     : m_job(job)
     , m_settings(*job.settings())
-    , m_options(std::move(options))
+    , m_options(withoutIdleTreatment(std::move(options), *job.settings()))
     , m_names(m_settings, m_options.choices)
     , m_supply(m_job, m_options)
 {
@@ -96,6 +109,7 @@ void ConversionRun::convertDocument(const Source& source, const FileItem& item)
         keepPagesTogether(source, range);
     } else {
         writePages(source, range);
+        m_found->tellRemarks();
         m_found->tellLeftOutTags();
     }
 }

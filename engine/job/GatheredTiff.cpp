@@ -61,6 +61,7 @@ bool GatheredTiff::save(const QString& path, const QList<int>& range, const Tiff
     if (loss.isNull() && m_supply.withRoom(commit).isNull()) {
         logFiles.gathered = GatheredFile::None;
         emit m_job.fileWritten(document.path(), path, file.pageCount());
+        m_found.tellRemarks();
         m_found.tellLeftOutTags();
         return true;
     }

@@ -70,6 +70,8 @@ void SourceFindings::addLosses(int page, const PageDiagnostics& found)
             m_doubt = u"page %1: %2"_s.arg(page).arg(warning);
         tell(m_job, { Diagnostic::Severity::Warning, m_document.path(), page, warning, m_detail });
     }
+    for (const QString& remark : found.remarks)
+        ++m_remarks[remark];
     for (const QString& name : found.leftOutTags)
         if (!m_leftOutTags.contains(name))
             m_leftOutTags.append(name);
@@ -87,6 +89,15 @@ void SourceFindings::tellLeftOutTags()
     tell(m_job,
          { Diagnostic::Severity::Warning, m_document.path(), 0,
            leftOutText(m_leftOutTags, mostNames), all });
+}
+
+void SourceFindings::tellRemarks()
+{
+    for (const auto& [remark, pages] : m_remarks.asKeyValueRange())
+        tell(m_job,
+             { Diagnostic::Severity::Warning, m_document.path(), 0,
+               pages == 1 ? u"1 page: "_s + remark : u"%1 pages: %2"_s.arg(pages).arg(remark) });
+    m_remarks.clear();
 }
 
 void SourceFindings::tellError(int page, const QString& reason)

@@ -3,6 +3,8 @@
 #include "engine/files/FileState.h"
 #include "engine/log/Diagnostic.h"
 
+#include <QMap>
+
 #include <exception>
 #include <optional>
 
@@ -32,11 +34,14 @@ public:
     /// Takes the diagnostics of the page in hand; its log lines go to the system log at once.
     PageDiagnostics takeDiagnostics(const PageImage& image);
 
-    /// Tells the losses of a page that is written, and keeps its left-out tags.
+    /// Tells the losses of a page that is written, and keeps its remarks and left-out tags.
     void addLosses(int page, const PageDiagnostics& found);
 
     /// Tells of the left-out tags, once a source: its pages mostly have the same.
     void tellLeftOutTags();
+
+    /// Tells the remarks, each once with the number of its pages.
+    void tellRemarks();
 
     /// `page` 0: the whole source.
     void tellError(int page, const QString& reason);
@@ -55,6 +60,7 @@ private:
     CodecLog m_log;
     QString m_doubt; ///< the first warning, with its page
     QStringList m_leftOutTags; ///< each once
+    QMap<QString, int> m_remarks; ///< with the number of their pages
     QString m_detail; ///< messages of the codec about the page in hand, until they are told
 };
 

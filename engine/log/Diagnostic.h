@@ -29,6 +29,7 @@ QString messageText(const Diagnostic& diagnostic, const QString& shownPath);
 struct PageDiagnostics
 {
     QStringList warnings; ///< the losses of the page, one clause each
+    QStringList remarks; ///< losses of many pages alike; told once a source, with their number
     QStringList leftOutTags; ///< names of the page's tags that the TIFF output lacks
     QStringList logLines; ///< for the system log, in order; see CodecLog
 

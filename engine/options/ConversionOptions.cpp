@@ -42,6 +42,33 @@ namespace {
                  section };
     }
 
+    /// Of what is done to pages.
+    template <bool PageTreatment::*Flag>
+    ConversionOptionRow treatmentFlag(Text name, Text meaning, Text label, Text section)
+    {
+        return { name,
+                 u""_s,
+                 meaning,
+                 label,
+                 [](Options& options, Row row, Text text) {
+                     options.run.treatment.*Flag = isOn(row, text);
+                 },
+                 [](const Options& options, Row) { return onOrOff(options.run.treatment.*Flag); },
+                 section };
+    }
+
+    /// "threshold=140" sets the threshold, too.
+    void setBilevel(Options& options, Row row, Text text)
+    {
+        const QString start = u"threshold="_s;
+        const bool hasNumber = text.startsWith(start);
+        if (hasNumber)
+            options.run.treatment.threshold
+                = numberOf(text.mid(start.size()), 1, 255, u"threshold of "_s + row.name);
+        options.run.treatment.bilevel = Bilevel { hasNumber ? static_cast<int>(Bilevel::Threshold)
+                                                            : choiceOf(text, row.value, row.name) };
+    }
+
     std::vector<ConversionOptionRow> makeTable()
     {
         return {
@@ -101,6 +128,42 @@ namespace {
               u"Pages"_s,
               {},
               u"any; 300 for 300 dpi"_s },
+            { u"bilevel"_s,
+              u"none|threshold|otsu|dither"_s,
+              u"makes gray and colour black and white, as fax compressions need: white from a "
+              "threshold of luminance on ('threshold=140' sets it), from the one that parts the "
+              "levels of a page best, or by error diffusion; pages one bit deep stay as they are"_s,
+              u"Black and white"_s,
+              setBilevel,
+              [](const Options& options, Row row) {
+                  return row.value.split(u'|').at(static_cast<int>(options.run.treatment.bilevel));
+              },
+              u"Colours"_s,
+              { { u"none"_s, u"Off"_s },
+                { u"threshold"_s, u"By a threshold"_s },
+                { u"otsu"_s, u"By the best threshold of each page"_s },
+                { u"dither"_s, u"By dithering"_s } } },
+            { u"threshold"_s,
+              u"1..255"_s,
+              u"the threshold of --bilevel threshold, default 128"_s,
+              u"Threshold"_s,
+              [](Options& options, Row row, Text text) {
+                  options.run.treatment.threshold = text.isEmpty()
+                      ? PageTreatment().threshold
+                      : numberOf(text, 1, 255, row.name);
+              },
+              [](const Options& options, Row) {
+                  const int threshold = options.run.treatment.threshold;
+                  return threshold == PageTreatment().threshold ? u""_s
+                                                                : QString::number(threshold);
+              },
+              u"Colours"_s,
+              {},
+              u"128, of 1 to 255"_s },
+            treatmentFlag<&PageTreatment::convertsToSrgb>(
+                u"srgb"_s,
+                u"converts colours to sRGB through the page's profile, which is then left out"_s,
+                u"Convert colours to sRGB"_s, u"Colours"_s),
         };
     }
 
@@ -150,6 +213,10 @@ QString idleWith(const ConversionOptions& options, const QString& name)
         return options.outputType == OutputType::Jpeg ? QString() : format;
     if (name == u"compression" || name == u"split")
         return isTiff ? QString() : format;
+    if (name == u"bilevel")
+        return options.outputType == OutputType::Jpeg ? format : QString();
+    if (name == u"threshold" && options.run.treatment.bilevel != Bilevel::Threshold)
+        return format + u" without --bilevel threshold"_s;
     if (name == u"separator" && isTiff && !options.isSplit)
         return format + u" without --split"_s;
     return {};

@@ -1,6 +1,7 @@
 #include "cli/Console.h"
 #include "cli/Options.h"
 #include "cli/Progress.h"
+#include "engine/options/ConversionOptions.h"
 #include "engine/sources/FolderWalk.h"
 #include "engine/sources/Sources.h"
 #include "engine/support/Paths.h"
@@ -31,6 +32,9 @@ QStringList fields(const Options& options)
                         "recursive no-log quiet verbose help version lists sources"_s.split(u' ');
     for (qsizetype i = 0; i < names.size(); ++i)
         names[i] += u'=' + values.at(i).toString();
+    for (const ConversionOptionRow& row : conversionOptionTable())
+        if (!row.label.isEmpty())
+            names.append(row.name + u'=' + row.text(options.conversion, row));
     return names;
 }
 
@@ -87,6 +91,13 @@ private slots:
             --preset Web -f png a                    | format=1 quality=8 sources=a
             --preset ./Web a           | preset './Web' is no file and none of *
             --expect-dpi 0 a           | expect-dpi '0' is no number from 1 to *
+            -f png --bilevel otsu --srgb a  | format=1 sources=a bilevel=otsu srgb=true
+            -f tif --bilevel threshold=200 a | format=2 sources=a bilevel=threshold threshold=200
+            -f gif --bilevel threshold --threshold 1 a | format=4 sources=a bilevel=threshold threshold=1
+            --bilevel dither a         | option --bilevel has no effect with the format jpeg
+            -f png --threshold 9 a     | option --threshold has no effect with the format png without *
+            -f png --bilevel threshold=256 a | threshold of bilevel '256' is no number from 1 to 255
+            -f png --bilevel otsu=7 a  | bilevel 'otsu=7' is none of *
             --fromat png a             | unknown option --fromat
             -rx a                      | unknown option -x
             -f heic a                  | format 'heic' is none of *

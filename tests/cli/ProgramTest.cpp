@@ -120,7 +120,11 @@ a.tif:WW | -q a.tif --progress always | 1 of 2 pages, * / 2 of 2 pages / 0 a1.jp
 a.tif:WW | -v a.tif -f tiff --compression g4 --no-log | a.tiff / a.tif: 2 pages written \
     / All files converted successfully. / 2 pages of 1 source written \
     / ! a.tif: page 1 is not one bit deep and so is written without compression \
-    / ! a.tif: page 2 is not one bit deep and so is written without compression / 0 a.tiff[1/1,2/1]
+    / ! a.tif: page 2 is not one bit deep and so is written without compression \
+    / ! a.tif: warning: 2 pages: written without compression, since * / 0 a.tiff[1/1,2/1]
+a.tif:WW | -q a.tif -f tiff --compression g4 --bilevel otsu | 0 a.tiff[-1/4,-1/4] LOG
+a.tif:WW | sh for j in 1 4; do '%1' -q --no-log --jobs $j a.tif -f png --bilevel dither -o $j; done; \
+    diff -r 1 4 && rm -r 1 4 | 0
 größe~100%~#1?.tif:W | größe~100%~#1?.tif --separator ~ü: --no-log | größe 100% #1?.tif: 1 page \
     written / All files converted successfully. / 1 page of 1 source written \
     / 0 größe~100%~#1?~ü-1.jpg

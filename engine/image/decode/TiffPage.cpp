@@ -69,7 +69,9 @@ const TiffPage::Description& TiffPage::description() const
         read->properties.heightPx = static_cast<int>(tags.heightPx);
         read->properties.resolution = tags.resolution;
         read->properties.orientation = tags.orientation;
-        if (profileFitsDisplayRows(tags))
+        read->change = pageChange(tags, m_treatment);
+        read->properties.isSrgb = read->change.becomesSrgb;
+        if (profileFitsDisplayRows(tags) && read->change.isNone())
             read->properties.iccProfile = tags.iccProfile;
         m_description = std::move(read);
     }
@@ -77,6 +79,8 @@ const TiffPage::Description& TiffPage::description() const
 }
 
 const TiffPageTags& TiffPage::tags() const { return description().tags; }
+
+const PageChange& TiffPage::change() const { return description().change; }
 
 const PageProperties& TiffPage::properties() const { return description().properties; }
 
@@ -122,7 +126,10 @@ void TiffPage::checkSize() const
 std::unique_ptr<RowSource> TiffPage::rowsShownIn(int bits) const
 {
     checkSize();
-    return displayRows(*this, bits);
+    auto rows = treatedRows(*this, bits);
+    if (!change().refusal.isEmpty()) // once the pass, which forgets what was said before, is begun
+        messages().addPageWarning(change().refusal);
+    return rows;
 }
 
 } // namespace pagestack

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/image/decode/TreatedRows.h"
 #include "engine/image/pixels/PageSource.h"
 #include "engine/image/tiff/TiffPageTags.h"
 #include "engine/image/tiff/TiffReader.h"
@@ -32,6 +33,9 @@ public:
     /// Throws std::runtime_error when the page's directory cannot be read or is not supported.
     const TiffPageTags& tags() const;
 
+    /// What the treatment does to this page; throws in the same way.
+    const PageChange& change() const;
+
     /// Gives back the memory of tags() and properties(), and ends the passes over the page. The
     /// tags are read again when asked for.
     void forgetTags() const { m_description.reset(); }
@@ -53,6 +57,7 @@ private:
     struct Description
     {
         TiffPageTags tags;
+        PageChange change;
         PageProperties properties;
     };
     const Description& description() const;

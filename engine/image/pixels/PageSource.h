@@ -29,6 +29,7 @@ struct PageProperties
     int heightPx = 0;
     Resolution resolution; ///< of the stored rows and columns
     QByteArray iccProfile; ///< of the pixels as `PageSource::rows` gives them; empty: none
+    bool isSrgb = false; ///< the pixels were brought to sRGB
     int orientation = 1; ///< TIFF 6.0, tag Orientation: 1..8
 };
 

@@ -174,6 +174,7 @@ void TiffMessages::forget()
     m_jpegTail.reset();
     m_isProgressiveJpeg = false;
     m_found.warnings.clear();
+    m_found.remarks.clear();
     m_found.leftOutTags.clear();
 }
 
@@ -183,10 +184,17 @@ void TiffMessages::addPageWarning(const QString& text)
         m_found.warnings.append(text);
 }
 
+void TiffMessages::addRemark(const QString& text)
+{
+    if (!m_found.remarks.contains(text))
+        m_found.remarks.append(text);
+}
+
 void TiffMessages::adopt(const PageDiagnostics& found)
 {
     forget();
     m_found.warnings = found.warnings;
+    m_found.remarks = found.remarks;
     m_found.leftOutTags = found.leftOutTags;
     addLogLines(found.logLines);
 }

@@ -32,6 +32,9 @@ public:
     /// Adds to the warnings of `takeDiagnostics`, once however often it is given.
     void addPageWarning(const QString& text);
 
+    /// The same for its remarks.
+    void addRemark(const QString& text);
+
     /// Adds `text` to the log lines, behind the name of the file.
     void addLogLine(const QString& text);
     /// Adds finished log lines.

@@ -37,7 +37,11 @@ bool MultiPageTiffWriter::couldPassLimit(const PageSource& firstPage) const
         try {
             const TiffPageTags tags
                 = index == page->index() ? page->tags() : readTiffPageTags(ahead.load(index));
-            sum += tags.decodedBytes() / (isFax && tags.isOneBitDeep() ? 4 : 1);
+            const bool isReduced = becomesBilevel(tags, page->treatment());
+            const std::uint64_t bytes = isReduced
+                ? (std::uint64_t { tags.widthPx } + 7) / 8 * tags.heightPx
+                : tags.decodedBytes();
+            sum += bytes / (isFax && (isReduced || tags.isOneBitDeep()) ? 4 : 1);
         } catch (const std::runtime_error&) {
             continue; // a page that cannot be read takes nothing, and is reported in its turn
         }

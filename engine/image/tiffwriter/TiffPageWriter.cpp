@@ -28,11 +28,15 @@ namespace {
     constexpr std::uint64_t wantedStripBytes = std::uint64_t { 128 } * 1024;
     constexpr tmsize_t largestPieceBytes = tmsize_t { 64 } * 1024 * 1024;
 
+    bool isFax(int compression)
+    {
+        return compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;
+    }
+
     /// The compression for pixels that may be too deep for the one that is wanted.
     int compressionFor(int wanted, bool isOneBitDeep)
     {
-        const bool isFax = wanted == COMPRESSION_CCITTFAX3 || wanted == COMPRESSION_CCITTFAX4;
-        return isFax && !isOneBitDeep ? COMPRESSION_NONE : wanted;
+        return isFax(wanted) && !isOneBitDeep ? COMPRESSION_NONE : wanted;
     }
 
     void check(bool ok)
@@ -68,13 +72,17 @@ namespace {
         return static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, heightPx));
     }
 
-    /// Told by who encodes the page, so that it is told once.
+    /// Told by who encodes the page, so that it is told once; when its pass, which forgets what was
+    /// said before, is begun.
     void tellOfCompression(const TiffPage& page, int wanted, int used)
     {
-        if (used != wanted)
-            page.messages().addLogLine(
-                u"page %1 is not one bit deep and so is written without compression"_s.arg(
-                    page.index() + 1));
+        if (used == wanted)
+            return;
+        page.messages().addLogLine(
+            u"page %1 is not one bit deep and so is written without compression"_s.arg(page.index()
+                                                                                       + 1));
+        page.messages().addRemark(u"written without compression, since a fax compression is for "
+                                  "pages one bit deep; --bilevel makes them so"_s);
     }
 
     /// What LZW and fax coding need for rows of `rowPx` pixels; `predictedBits` are those of a
@@ -124,19 +132,23 @@ namespace {
             m_page.checkSize();
             setGeometry();
             setPosition(m_to, m_tags.subfileType, position);
-            if (!pieces.bytes)
-                tellOfCompression(m_page, m_wantedCompression, m_compression);
-            if (!pieces.bytes && encodedPiecesFit()) {
-                copyEncoded();
+            if (pieces.bytes) {
+                setCodingOfPieces();
+                copyEncodedAhead(pieces);
                 return;
             }
-            setCodingOfPieces();
-            if (pieces.bytes)
-                copyEncodedAhead(pieces);
-            else if (m_keepsTiles || m_tags.isSubsampled())
-                recodePieces();
-            else
-                recodeRows();
+            if (encodedPiecesFit()) {
+                copyEncoded();
+            } else {
+                setCodingOfPieces();
+                if (m_keepsTiles || m_tags.isSubsampled())
+                    recodePieces();
+                else
+                    recodeRows();
+            }
+            tellOfCompression(m_page, m_wantedCompression, m_compression);
+            if (const QString& refusal = m_page.change().refusal; !refusal.isEmpty())
+                m_page.messages().addPageWarning(refusal);
         }
 
     private:
@@ -331,8 +343,25 @@ namespace {
         setTag(to, TIFFTAG_COLORMAP, map[0].data(), map[1].data(), map[2].data());
     }
 
-    /// A page whose samples no TIFF writer can hold as they are, or that is no page of a TIFF file:
-    /// its rows as they are shown.
+    /// Makes packed black the 1 of fax coding, or the other way round.
+    void invert(std::vector<std::uint8_t>& row)
+    {
+        for (std::uint8_t& byte : row)
+            byte = static_cast<std::uint8_t>(~byte);
+    }
+
+    /// Samples that the page has besides its colours and its alpha are none of its display rows.
+    void tellOfExtraSamples(const TiffPage& page, const PixelLayout& layout)
+    {
+        const std::size_t kept = layout.alpha == AlphaKind::None ? 0 : 1;
+        if (page.tags().extraSamples.size() > kept && !page.change().becomesBilevel)
+            page.messages().addPageWarning(
+                u"%1 of its samples, which are neither colour nor alpha, "
+                "are left out"_s.arg(page.tags().extraSamples.size() - kept));
+    }
+
+    /// A page whose samples no TIFF writer can hold as they are, that is no page of a TIFF file, or
+    /// whose pixels are changed: its rows as they are shown.
     void writeDisplayRows(TIFF* to, const PageSource& page, int compression, PagePosition position)
     {
         const PageProperties& properties = page.properties();
@@ -346,6 +375,16 @@ namespace {
             TIFFUnsetField(to, TIFFTAG_ICCPROFILE); // it describes other samples than these
         const int used
             = compressionFor(compression, layout.channels() == 1 && layout.bitsPerSample == 1);
+        // Fax machines take 0 for white, whatever Photometric says, and code white most tightly.
+        const bool isChanged = source != nullptr && !source->change().isNone();
+        const bool isInverted = isChanged && source->change().becomesBilevel && isFax(used);
+        if (isInverted)
+            setTag(to, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
+        if (isChanged && source->change().becomesBilevel
+            && source->treatment().bilevel == Bilevel::Dither)
+            setTag(to, TIFFTAG_THRESHHOLDING, THRESHHOLD_ERRORDIFFUSE);
+        if (isChanged)
+            tellOfExtraSamples(*source, layout);
         if (source != nullptr)
             tellOfCompression(*source, compression, used);
         setTag(to, TIFFTAG_COMPRESSION, used);
@@ -356,16 +395,21 @@ namespace {
         const auto heightPx = static_cast<std::uint32_t>(properties.heightPx);
         setTag(to, TIFFTAG_ROWSPERSTRIP, outputRowsPerStrip(rowBytes, heightPx, heightPx));
         std::uint32_t row = 0;
+        std::vector<std::uint8_t> samples;
         for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
-            for (int i = 0; i < band.rows; ++i, ++row)
-                check(TIFFWriteScanline(to, const_cast<std::uint8_t*>(band.row(i)), row, 0) == 1);
+            for (int i = 0; i < band.rows; ++i, ++row) {
+                samples.assign(band.row(i), band.row(i) + rowBytes);
+                if (isInverted)
+                    invert(samples);
+                check(TIFFWriteScanline(to, samples.data(), row, 0) == 1);
+            }
     }
 
     /// The page as one whose samples are kept as they are; null when it is none.
     const TiffPage* sampleSource(const PageSource& page)
     {
         const TiffPage* source = page.tiffPage();
-        if (source == nullptr)
+        if (source == nullptr || !source->change().isNone())
             return nullptr;
         const TiffPageTags& tags = source->tags();
         const bool isCodedColor = tags.photometric == PHOTOMETRIC_YCBCR

@@ -54,6 +54,13 @@ namespace {
         TIFFTAG_WHITEPOINT, TIFFTAG_STONITS,      TIFFTAG_ICCPROFILE,   TIFFTAG_THRESHHOLDING,
     };
 
+    // They tell of sample values and inks that changed pixels do not have.
+    constexpr std::array<ttag_t, 9> valueTags {
+        TIFFTAG_MINSAMPLEVALUE,    TIFFTAG_MAXSAMPLEVALUE,   TIFFTAG_GRAYRESPONSEUNIT,
+        TIFFTAG_GRAYRESPONSECURVE, TIFFTAG_TRANSFERFUNCTION, TIFFTAG_PRIMARYCHROMATICITIES,
+        TIFFTAG_DOTRANGE,          TIFFTAG_INKNAMES,         TIFFTAG_HALFTONEHINTS,
+    };
+
     struct Name
     {
         unsigned tag = 0;
@@ -169,6 +176,8 @@ namespace {
         if (tag == TIFFTAG_REFERENCEBLACKWHITE)
             return isShown || isPlainReference(page);
         if (has(layoutTags, tag) || (tag >= firstOldJpegTag && tag <= lastOldJpegTag))
+            return true;
+        if (has(valueTags, tag) && !page.change().isNone())
             return true;
         if (has(codedColorTags, tag))
             return isShown || !written.contains(TIFFTAG_YCBCRSUBSAMPLING);

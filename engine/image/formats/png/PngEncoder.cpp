@@ -61,6 +61,14 @@ namespace {
         writePngChunk(file, "iCCP", bytes);
     }
 
+    /// Pixels that were brought to sRGB, relative to its white.
+    void writeSrgb(const PageProperties& page, StagedFile& file)
+    {
+        constexpr std::array<std::uint8_t, 1> relativeColorimetric = { 1 };
+        if (page.isSrgb)
+            writePngChunk(file, "sRGB", relativeColorimetric);
+    }
+
     void writePalette(const std::vector<RgbColor>& palette, StagedFile& file)
     {
         if (palette.empty())
@@ -97,6 +105,7 @@ void encodePng(UprightPage& upright, StagedFile& file)
     file.write(signature);
     writeHeader(page, layout, file);
     writeProfile(page.iccProfile, file);
+    writeSrgb(page, file);
     writePalette(layout.palette, file);
     writeDensity(page.resolution, file);
     PixelStream data(layout, page.widthPx, page.heightPx, file, upright.threads);
