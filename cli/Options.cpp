@@ -2,6 +2,7 @@
 
 #include "cli/LogCopy.h"
 #include "cli/OptionTable.h"
+#include "engine/plan/OutputNames.h"
 
 #include <algorithm>
 #include <utility>
@@ -138,6 +139,7 @@ Options parseOptions(const QStringList& words)
             throw UsageError(u"options -v and --log %1 exclude each other"_s.arg(options.logFile));
         options.isQuiet = true; // what is read by another program holds the log alone
     }
+    exampleName(options.conversion); // refuses a pattern that gives none
     const bool converts = !options.wantsHelp && !options.wantsVersion;
     if (converts && options.sources.isEmpty() && options.pathLists.isEmpty())
         throw UsageError(u"no SOURCE is given"_s);

@@ -72,11 +72,18 @@ TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources, con
     if (options.outputFolder.isEmpty() || options.conversion.run.mirrorsFolders)
         for (const QString& fault : plan.folderFaults())
             found.refusals.add(fault);
-    for (const RunPlan::Shared& shared : plan.shared())
-        found.refusals.add(u"%1 is wanted by %2 and by %3"_s.arg(
-            shown(shared.target),
-            shared.first == RunPlan::otherFile ? u"the log"_s : sources.at(shared.first).shown,
-            sources.at(shared.target.output).shown));
+    for (const RunPlan::Shared& shared : plan.shared()) {
+        const QString second = sources.at(shared.target.output).shown;
+        if (shared.first == shared.target.output && !options.conversion.run.namePattern.isEmpty())
+            found.refusals.add(
+                u"%1 is wanted by several pages of %2; a --name with {page} or {n} tells them apart"_s
+                    .arg(shown(shared.target), second));
+        else
+            found.refusals.add(u"%1 is wanted by %2 and by %3"_s.arg(
+                shown(shared.target),
+                shared.first == RunPlan::otherFile ? u"the log"_s : sources.at(shared.first).shown,
+                second));
+    }
     if (options.onExists == OnExists::Error)
         for (const PlannedTarget& target : plan.existing())
             found.refusals.add(u"%1 exists already"_s.arg(shown(target)));

@@ -1,5 +1,6 @@
 #include "engine/options/ConversionOptions.h"
 
+#include "engine/options/NamePattern.h"
 #include "engine/settings/Settings.h"
 
 #include <algorithm>
@@ -29,6 +30,26 @@ namespace {
     bool isOn(Row row, Text text) { return choiceOf(text, u"false|true"_s, row.name) == 1; }
 
     QString onOrOff(bool isOn) { return isOn ? u"true"_s : u"false"_s; }
+
+    int digits(Text text)
+    {
+        try {
+            return text == u"auto" ? 0 : numberOf(text, 1, 9, u"digits"_s);
+        } catch (const OptionError&) {
+            throw OptionError(u"digits '%1' is neither auto nor a number from 1 to 9"_s.arg(text));
+        }
+    }
+
+    std::vector<std::pair<QString, QString>> digitChoices()
+    {
+        std::vector<std::pair<QString, QString>> choices {
+            { u"1"_s, u"1, 2 ... 10"_s }, { u"auto"_s, u"As many as the last page has"_s }
+        };
+        for (int count = 2; count <= 9; ++count)
+            choices.emplace_back(QString::number(count),
+                                 u"%1 (%2)"_s.arg(count).arg(1, count, 10, QChar(u'0')));
+        return choices;
+    }
 
     template <bool RunOptions::*Flag>
     ConversionOptionRow flag(Text name, Text meaning, Text label, Text section)
@@ -111,6 +132,32 @@ namespace {
                 u"repeats the folders of the sources below the output folder: those below a folder "
                 "that is given, or below the deepest one that holds all that is given"_s,
                 u"Keep folder structure"_s, u"Folders and names"_s),
+            { u"digits"_s, u"auto|1..9"_s,
+              u"page numbers have at least so many digits, default 1; auto: as many as that of the "
+              "source's last page"_s,
+              u"Digits of page numbers"_s,
+              [](Options& options, Row, Text text) { options.run.digits = digits(text); },
+              [](const Options& options, Row) {
+                  return options.run.digits == 0 ? u"auto"_s : QString::number(options.run.digits);
+              },
+              u"Folders and names"_s, digitChoices() },
+            { u"name"_s,
+              u"PATTERN"_s,
+              u"what outputs are called, without the extension, default '%1'; also {pages} the "
+              "source has, {folder} of the source, {parent} of that folder and {n}, the running "
+              "number of the output; {n:6}, {page:6} and {pages:6} have at least six digits; {sep} "
+              "and {page} are empty in a file that keeps all pages together; ':' becomes '-'"_s.arg(
+                  NamePattern::usual()),
+              u"Names of outputs"_s,
+              [](Options& options, Row, Text text) {
+                  if (!text.isEmpty())
+                      const NamePattern checked(text);
+                  options.run.namePattern = text;
+              },
+              [](const Options& options, Row) { return options.run.namePattern; },
+              u"Folders and names"_s,
+              {},
+              NamePattern::usual() },
             { u"expect-dpi"_s,
               u"N"_s,
               u"warns of pages whose resolution is not N pixels an inch; they are converted as "
@@ -217,8 +264,13 @@ QString idleWith(const ConversionOptions& options, const QString& name)
         return options.outputType == OutputType::Jpeg ? format : QString();
     if (name == u"threshold" && options.run.treatment.bilevel != Bilevel::Threshold)
         return format + u" without --bilevel threshold"_s;
-    if (name == u"separator" && isTiff && !options.isSplit)
+    const QString& pattern = options.run.namePattern;
+    if ((name == u"separator" || name == u"digits") && isTiff && !options.isSplit)
         return format + u" without --split"_s;
+    if (name == u"separator" && !pattern.isEmpty() && !NamePattern(pattern).has(u"sep"))
+        return u"a --name without {sep}"_s;
+    if (name == u"digits" && !pattern.isEmpty() && !NamePattern(pattern).hasPlainPage())
+        return u"a --name without {page}"_s;
     return {};
 }
 

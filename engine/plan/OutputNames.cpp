@@ -4,6 +4,7 @@
 #include "engine/settings/Settings.h"
 #include "engine/support/Paths.h"
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -11,6 +12,19 @@ using namespace Qt::StringLiterals;
 namespace pagestack {
 
 namespace {
+
+    int pagesOf(const OutputFile& output)
+    {
+        int pages = 0;
+        for (const std::shared_ptr<FileItem>& item : output.fileItems)
+            pages += item->pages();
+        return pages;
+    }
+
+    QString folderName(const QString& folder)
+    {
+        return folder == u"/" ? u"root"_s : lastPathComponent(folder);
+    }
 
     QString numberText(int number) { return number > 0 ? u"-%1"_s.arg(number) : QString(); }
 
@@ -41,6 +55,7 @@ namespace {
 OutputNames::OutputNames(const Settings& settings, RunOptions options)
     : m_settings(settings)
     , m_options(std::move(options))
+    , m_pattern(m_options.namePattern.isEmpty() ? NamePattern::usual() : m_options.namePattern)
 {
 }
 
@@ -48,6 +63,12 @@ QList<OutputFile> OutputNames::completed(QList<OutputFile> outputs) const
 {
     if (m_options.mirrorsFolders && !m_settings.outputFolderPath().isEmpty())
         mirrorFolders(outputs);
+    int running = 1;
+    for (OutputFile& output : outputs) {
+        output.firstRunning = running;
+        const int pages = pagesOf(output);
+        running += isKeptTogether(m_settings) ? std::min(pages, 1) : pages;
+    }
     return outputs;
 }
 
@@ -61,23 +82,47 @@ QString OutputNames::folder(const OutputFile& output) const
 
 QString OutputNames::name(const OutputFile& output, int page) const
 {
-    return page == 0 ? baseName(output.filename) + numberText(output.number) + u".tiff"_s
-                     : pageName(output, page);
+    const QString extension = page == 0 ? u".tiff"_s : fileExtension(m_settings.outputType());
+    if (extension.isEmpty())
+        return QString(baseName(output.filename) + m_settings.separator()).replace(u':', u'-');
+    const int running = output.firstRunning + std::max(page - 1, 0);
+    return stem(output.filename, page, pagesOf(output), running) + numberText(output.number)
+        + extension;
 }
 
-QString OutputNames::pageName(const OutputFile& output, int page) const
+QString OutputNames::stem(const QString& source, int page, int pages, int running) const
 {
-    QString prefix = baseName(output.filename) + m_settings.separator();
-    prefix.replace(u':', u'-');
-    const QString extension = fileExtension(m_settings.outputType());
-    return extension.isEmpty()
-        ? prefix
-        : prefix + QString::number(page) + numberText(output.number) + extension;
+    if (page == 0 && m_options.namePattern.isEmpty())
+        return baseName(source); // with every ":"
+    const QString folder = folderPart(source);
+    const auto widest = static_cast<int>(QString::number(pages).size());
+    return m_pattern.filled({ .stem = baseName(source),
+                              .separator = m_settings.separator(),
+                              .folder = folderName(folder),
+                              .parent = folderName(folderPart(folder)),
+                              .page = page,
+                              .pages = pages,
+                              .running = running,
+                              .digits = m_options.digits > 0 ? m_options.digits : widest });
 }
 
 QString OutputNames::path(const OutputFile& output, int page) const
 {
     return joinedPath(folder(output), name(output, page));
+}
+
+QString exampleName(const ConversionOptions& options)
+{
+    Settings settings(nullptr);
+    applyTo(settings, options);
+    const OutputNames names(settings, options.run);
+    const bool isTogether = isKeptTogether(settings);
+    const QString stem = names.stem(u"/archive/box/scan.tif"_s, isTogether ? 0 : 1, 12, 1);
+    if (stem.isEmpty() || stem == u"." || stem == u"..")
+        throw OptionError(
+            u"name '%1' would be empty, '.' or '..'; {stem} or {n} make it a name"_s.arg(
+                options.run.namePattern));
+    return stem + fileExtension(settings.outputType());
 }
 
 bool isKeptTogether(const Settings& settings)

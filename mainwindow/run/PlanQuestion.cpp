@@ -31,11 +31,19 @@ namespace {
 
 } // namespace
 
+bool isSolvedBy(const RunPlan& numbered)
+{
+    return numbered.shared().empty() && numbered.replacedSources().empty();
+}
+
 QString planQuestion(const RunPlan& plan, const RunPlan& numbered)
 {
     QStringList text { RunControl::tr(
         "Some outputs of this run would replace each other or a file of the list:") };
     text += lines(plan.shared(), [&](const RunPlan::Shared& shared) {
+        if (shared.first == shared.target.output)
+            return RunControl::tr("%1 would be written by several pages of %2")
+                .arg(plan.name(shared.target), sourceOf(plan, shared.first));
         return RunControl::tr("%1 would be written by %2 and by %3")
             .arg(plan.name(shared.target), sourceOf(plan, shared.first),
                  sourceOf(plan, shared.target.output));
@@ -44,6 +52,8 @@ QString planQuestion(const RunPlan& plan, const RunPlan& numbered)
         return RunControl::tr("%1 would be replaced by output of %2")
             .arg(sourceOf(plan, replaced.source), sourceOf(plan, replaced.target.output));
     });
+    if (!isSolvedBy(numbered))
+        return text.join(u'\n');
     const PlannedTarget example = plan.shared().empty() ? plan.replacedSources().front().target
                                                         : plan.shared().front().target;
     text += QString();

@@ -6,8 +6,11 @@ namespace pagestack {
 
 class RunPlan;
 
-/// What to ask the user about a `plan` whose outputs would replace each other or sources: the first
-/// of them, and how one is named by the plan `numbered`.
+/// Whether numbers keep the outputs of a run apart; those of several pages of one source may not.
+bool isSolvedBy(const RunPlan& numbered);
+
+/// What to ask or, where numbers are no help, to tell the user about a `plan` whose outputs would
+/// replace each other or sources: the first of them, and how one is named by the plan `numbered`.
 QString planQuestion(const RunPlan& plan, const RunPlan& numbered);
 
 } // namespace pagestack

@@ -138,7 +138,8 @@ bool RunControl::isPlanClear(Process& job)
         if (!isWanted())
             return;
         callOnMainThread([&] {
-            m_clash = Clash { planQuestion(plan, numbered), numbered.outputs() };
+            m_clash = Clash { planQuestion(plan, numbered),
+                              isSolvedBy(numbered) ? numbered.outputs() : QList<OutputFile>() };
         });
         isClear = false;
     });
@@ -156,6 +157,10 @@ void RunControl::askForNumbers()
     }
     m_panel->stopFollowing();
     leaveRun();
+    if (clash.numbered.isEmpty()) {
+        m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical, clash.question);
+        return;
+    }
     m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical, clash.question,
                          { tr("Number the later ones"), tr("Cancel") },
                          [this, outputs = clash.numbered](int button) {

@@ -45,7 +45,7 @@ private:
     struct Clash
     {
         QString question;
-        QList<OutputFile> numbered; ///< the outputs that would not
+        QList<OutputFile> numbered; ///< the outputs that would not; none where numbers are no help
     };
 
     void checkOutputFolder();

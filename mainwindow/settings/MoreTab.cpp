@@ -1,5 +1,6 @@
 #include "mainwindow/settings/MoreTab.h"
 
+#include "engine/plan/OutputNames.h"
 #include "mainwindow/settings/RunChoices.h"
 
 #include <QCheckBox>
@@ -118,6 +119,12 @@ void MoreTab::follow()
         if (field.caption != nullptr)
             field.caption->setEnabled(hasEffect);
     }
+    const bool isUsual = all.run.namePattern.isEmpty() && all.run.digits == 1;
+    try {
+        setExample(isUsual ? QString() : tr("Example: %1").arg(exampleName(all)));
+    } catch (const OptionError& error) {
+        setExample(sentence(QString::fromUtf8(error.what())));
+    }
 }
 
 void MoreTab::show(const Field& field, const QString& text) const
@@ -164,7 +171,12 @@ QString MoreTab::commit()
             return reason;
         }
     }
-    return {};
+    try {
+        exampleName(m_choices->all());
+        return {};
+    } catch (const OptionError& error) {
+        return sentence(QString::fromUtf8(error.what()));
+    }
 }
 
 void MoreTab::setExample(const QString& text)

@@ -111,6 +111,18 @@ private slots:
             --quality=99999999999 a    | quality '99999999999' is no number from 0 to 10
             a -f                       | option -f needs a value
             --mirror a                 | option --mirror has no effect without --output
+            --digits 10 a              | digits '10' is neither auto nor a number from 1 to 9
+            --digits 2 -f tif a        | option --digits has no effect with the format tiff *
+            --digits 2 --name {page:3} a | option --digits has no effect with a --name without *
+            --separator _ --name {n} a | option --separator has no effect with a --name without *
+            --name a/{n} a             | name 'a/{n}' holds a slash
+            --name {n}{Stem} a         | name '{n}{Stem}' has {Stem}, which is none of {stem} *
+            --name {n a                | name '{n' has a '{' without a '}'
+            --name n} a                | name 'n}' has a '}' without a '{'
+            --name {n:+1} a            | name '{n:+1}' has {n:+1}; digits from 1 to 20 go with *
+            --name {sep:2} a           | name '{sep:2}' has {sep:2}; digits from 1 to 20 go with *
+            --name .{sep} a            | name '.{sep}' would be empty, '.' or '..'; *
+            --name {page} -f tiff a    | name '{page}' would be empty, '.' or '..'; *
             --split=yes a              | option --split takes no value
             -qv a                      | options -q and -v exclude each other
             -f png                     | no SOURCE is given

@@ -98,6 +98,8 @@ in/x/a.tif:W in/x/y/b.tif:W | - -v -o out --mirror < in/x/a.tif in/x/y/b.tif | o
     / in/x/a.tif: 1 page written / out/y/b1.jpg / in/x/y/b.tif: 1 page written \
     / All files converted successfully. / 2 pages of 2 sources written \
     / 0 LOG out/ out/a1.jpg out/y/ out/y/b1.jpg
+a.tif:WW b.tif:W | -q a.tif b.tif --name X{n:4} | 0 X0001.jpg X0002.jpg X0003.jpg LOG
+a.tif:WW | a.tif --name {stem} | ! a.jpg is wanted by several pages of a.tif; * / ! nothing * / 4
 a~b.tif:W c.tif:W | - -q -o . < a~b.tif c.tif | 0 a~b1.jpg c1.jpg LOG
 a.tif:W c.tif:W | --files-from - -v c.tif < c.tif | c1.jpg / c.tif: 1 page written \
     / All files converted successfully. / 1 page of 1 source written \

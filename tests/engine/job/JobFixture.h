@@ -158,12 +158,19 @@ private:
             job.setTargetFilter([=](const QString& to) { return lastPathComponent(to) != value; });
         else if (name == u"outputFolderPath" && !value.isEmpty())
             settings.setOutputFolderPath(folder.path(value));
-        else if (const ConversionOptionRow* const row = conversionOption(name)) {
-            ConversionOptions options { .separator = {}, .run = job.runOptions() };
-            row->set(options, *row, value);
-            job.setRunOptions(options.run);
-        } else if (!settings.setProperty(field, value) && !job.setProperty(field, value))
+        else if (!settings.setProperty(field, value) && !job.setProperty(field, value)
+                 && !choose(name, value))
             throw std::runtime_error("no field " + field.toStdString());
+    }
+
+    bool choose(const QString& name, const QString& value)
+    {
+        const ConversionOptionRow* const row = conversionOption(name);
+        ConversionOptions options { .separator = {}, .run = job.runOptions() };
+        if (row != nullptr)
+            row->set(options, *row, value);
+        job.setRunOptions(options.run);
+        return row != nullptr;
     }
 
     template <typename... Values>

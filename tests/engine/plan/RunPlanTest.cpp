@@ -133,6 +133,17 @@ private slots:
             u"[x/a1.png] [x/y/a1.png] [x/b1-2.png] [xy/a1.png]"_s);
         row("no folder to mirror in", u"x/a.tif:W y/a.tif:W"_s, u"mirror=true outputFolderPath="_s,
             {}, u"[a1.png] [a1.png]"_s);
+        row("digits", u"a.tif:WWWWWWWWWW b.tif:W"_s, u"digits=auto"_s, {},
+            u"[a01.png a02.png a03.png a04.png a05.png a06.png a07.png a08.png a09.png a10.png] "
+            "[b1.png]"_s);
+        row("running numbers", u"a.tif:WW c.tif b.tif:W"_s,
+            u"name=A{n:3}-{page}of{pages:2} digits=2"_s, {},
+            u"[A001-01of02.png A002-02of02.png] [] [A003-01of01.png]"_s);
+        row("running numbers of whole files", u"a.tif:WW c.tif b.tif:W"_s,
+            u"outputType=2 name={n}{sep}{page}_{stem} separator=."_s, {},
+            u"[1_a.tiff 1_a.tiff] [] [2_b.tiff]"_s);
+        row("folders in names", u"x/a.tif:W y/a.tif:W"_s,
+            u"name={parent}.{folder}{sep} separator=:"_s, {}, u"[in.x-.png] [in.y-.png]"_s);
         row("a folder that is still to be made", u"x/a.tif:W y/a.tif:W"_s,
             u"outputFolderPath=new"_s, u"a1.png of 1 and 0"_s, u"[a1.png] [a1-2.png]"_s);
 #ifdef __linux__
