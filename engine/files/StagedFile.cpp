@@ -199,6 +199,15 @@ void StagedFile::resize(std::uint64_t size)
     m_size = size;
 }
 
+int StagedFile::openForReading()
+{
+    flush();
+    const int file = ::fcntl(m_file, F_DUPFD_CLOEXEC, 0);
+    if (file < 0)
+        throwFileSystemError("cannot read", errno);
+    return file;
+}
+
 void StagedFile::settle()
 {
     flush();

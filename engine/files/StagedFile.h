@@ -77,6 +77,10 @@ public:
     /// memory: for a complete file that waits. Throws std::runtime_error with the reason.
     void settle();
 
+    /// A descriptor on all that was written, which the caller closes, before `commit`. Throws
+    /// std::runtime_error with the reason.
+    int openForReading();
+
     /// Puts the file in place of the target. If `expected` is given, a file that is replaced must
     /// be in that state up to the moment of its replacement. Throws NameTaken, TargetChanged, or
     /// std::runtime_error with another reason; the target is then as it was.

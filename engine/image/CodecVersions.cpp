@@ -3,9 +3,11 @@
 #include <qpdf/qpdf-c.h>
 
 #include <cstdio>
+#include <gif_lib.h>
 #include <jpeglib.h>
 #include <lcms2.h>
 #include <libdeflate.h>
+#include <png.h>
 #include <tiffio.h>
 
 #include <cstddef>
@@ -26,6 +28,8 @@ QStringList codecVersions()
     return {
         u"libtiff "_s + tiff,
         u"libjpeg-turbo " PAGESTACK_VALUE_TEXT(LIBJPEG_TURBO_VERSION) ""_s,
+        u"libpng "_s + QString::fromLatin1(png_get_libpng_ver(nullptr)),
+        u"giflib %1.%2.%3"_s.arg(GIFLIB_MAJOR).arg(GIFLIB_MINOR).arg(GIFLIB_RELEASE),
         u"libdeflate " LIBDEFLATE_VERSION_STRING ""_s,
         u"lcms2 %1.%2"_s.arg(lcms / 1000).arg(lcms % 1000 / 10),
         u"qpdf "_s + QString::fromLatin1(qpdf_get_qpdf_version()),

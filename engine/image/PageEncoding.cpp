@@ -5,6 +5,9 @@
 #include "engine/image/pixels/ReadAheadRows.h"
 #include "engine/image/pixels/UprightRows.h"
 #include "engine/image/tiffwriter/MultiPageTiffWriter.h"
+#include "engine/image/verify/ImageReaders.h"
+#include "engine/image/verify/ReadBack.h"
+#include "engine/image/verify/TiffProof.h"
 #include "engine/settings/OutputCodes.h"
 
 #include <algorithm>
@@ -25,13 +28,23 @@ namespace {
     };
     constexpr TargetPixels pngPixels { true, true, true, true, true };
     constexpr std::array encodings {
-        PageEncoding { OutputType::Jpeg, "JPEG"_L1, {}, true, true, jpegMostSidePx, encodeJpeg },
+        PageEncoding { OutputType::Jpeg,
+                       "JPEG"_L1,
+                       {},
+                       true,
+                       true,
+                       jpegMostSidePx,
+                       encodeJpeg,
+                       KeptPixels::Size,
+                       readJpeg },
         // The pixels of a PNG take far longer to be written than to be read.
-        PageEncoding { OutputType::Png, "PNG"_L1, pngPixels, true, false, anySide, encodePng },
+        PageEncoding { OutputType::Png, "PNG"_L1, pngPixels, true, false, anySide, encodePng,
+                       KeptPixels::Samples, readPng },
         PageEncoding { OutputType::Tiff, "TIFF"_L1 },
-        PageEncoding { OutputType::Bmp, "BMP"_L1, bmpPixels, false, true, anySide, encodeBmp },
-        PageEncoding { OutputType::Gif, "GIF"_L1, gifPixels, false, true, gifMostSidePx,
-                       encodeGif },
+        PageEncoding { OutputType::Bmp, "BMP"_L1, bmpPixels, false, true, anySide, encodeBmp,
+                       KeptPixels::Samples, readBmp },
+        PageEncoding { OutputType::Gif, "GIF"_L1, gifPixels, false, true, gifMostSidePx, encodeGif,
+                       KeptPixels::Colors, readGif },
     };
 
     /// A smaller page is done before the exchange between threads has paid.
@@ -107,7 +120,13 @@ std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>&
     if (encoding.type == OutputType::Tiff) {
         MultiPageTiffWriter pages(path, options.tiffCompressionIndex, 1);
         pages.append(source);
-        return pages.finish();
+        auto file = pages.finish();
+        if (options.verifies) {
+            TiffProof proof;
+            proof.add(source, proofOf(*source));
+            readBack([&] { proof.check(*file); });
+        }
+        return file;
     }
     UprightPage page;
     page.properties = uprightProperties(source->properties());
@@ -115,13 +134,20 @@ std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>&
     if (std::max(page.properties.widthPx, page.properties.heightPx) > encoding.mostSidePx)
         throwTooLarge(page.properties, encoding.name);
     auto file = std::make_unique<StagedFile>(path);
-    page.startPass = [&] { return startPass(*source, encoding, options.threads); };
+    ImageProof written;
+    page.startPass = [&] {
+        auto rows = startPass(*source, encoding, options.threads);
+        return options.verifies ? provedRows(std::move(rows), encoding.kept, written)
+                                : std::move(rows);
+    };
     page.rows = page.startPass();
     matchProfile(page.properties, *page.rows);
     page.jpegQuality = options.jpegQuality;
     page.threads = options.threads;
     const QString dropped = droppedProfile(page, encoding);
     encoding.encode(page, *file);
+    if (options.verifies)
+        readBack([&] { compareProofs(written, encoding.readBack(*file), encoding.kept); });
     if (const TiffPage* read = source->tiffPage(); read != nullptr && !dropped.isEmpty())
         read->messages().addRemark(dropped);
     return file;

@@ -2,6 +2,7 @@
 
 #include "engine/files/StagedFile.h"
 #include "engine/image/formats/Encoders.h"
+#include "engine/image/verify/ImageProof.h"
 
 #include <QString>
 
@@ -18,6 +19,7 @@ struct SaveOptions
     int tiffCompressionIndex = 0; ///< as for PageImage::saveAsTiffWithName
     SpareThreads* threads = nullptr; ///< may help with a large page; null: there are none
     StagedFile::Existing existing = StagedFile::Existing::Replaced; ///< not for `encodedPage`
+    bool verifies = false; ///< the complete file is read back and must show the page
 };
 
 /// A format that a page can be saved in.
@@ -30,6 +32,8 @@ struct PageEncoding
     bool readsAhead = false; ///< a spare thread reads the rows, else it helps the encoder
     int mostSidePx = 0; ///< of the upright page
     void (*encode)(UprightPage& page, StagedFile& file) = nullptr; ///< null: the page is copied
+    KeptPixels kept {}; ///< of what `encode` gets, as the two below
+    ImageProof (*readBack)(ByteFile& file) = nullptr;
 };
 
 const PageEncoding& pageEncoding(OutputType type);
@@ -39,7 +43,8 @@ const PageEncoding& pageEncoding(OutputType type);
 const PageEncoding& pageEncoding(const QString& path);
 
 /// Returns the page as a complete file for `path`, only to be put in place. Throws
-/// std::runtime_error. One thread at a time a source.
+/// std::runtime_error, also for a file that does not show the page when that is asked for. One
+/// thread at a time a source.
 std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>& source,
                                         const QString& path, const PageEncoding& encoding,
                                         const SaveOptions& options);

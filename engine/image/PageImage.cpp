@@ -30,12 +30,13 @@ bool PageImage::save(const QString& path, const Settings& settings)
 }
 
 bool PageImage::save(const QString& path, const Settings& settings, PrefetchedPage prepared,
-                     SpareThreads* threads, StagedFile::Existing existing)
+                     SpareThreads* threads, StagedFile::Existing existing, bool verifies)
 {
     m_failureLine.clear();
     try {
         return write(path, pageEncoding(path).type,
-                     { settings.jpegQuality(), settings.tiffCompressionIndex(), threads, existing },
+                     { settings.jpegQuality(), settings.tiffCompressionIndex(), threads, existing,
+                       verifies },
                      std::move(prepared));
     } catch (const std::runtime_error& error) {
         m_failureReason = QString::fromStdString(error.what());

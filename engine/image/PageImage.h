@@ -3,11 +3,13 @@
 #include "engine/files/StagedFile.h"
 #include "engine/image/pixels/PageSource.h"
 #include "engine/image/tiffwriter/EncodedPieces.h"
+#include "engine/image/verify/TiffProof.h"
 #include "engine/log/Diagnostic.h"
 
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 namespace pagestack {
 
@@ -23,6 +25,7 @@ struct PrefetchedPage
     std::unique_ptr<StagedFile> file; ///< the complete output; only to be put in place
     PageDiagnostics diagnostics; ///< of `file`
     EncodedPieces pieces; ///< for the TIFF file that the page is gathered in
+    std::optional<TiffPageProof> proof; ///< for the same, where it is verified
 };
 
 /// The image of one page, and the writers that turn it into a file.
@@ -47,11 +50,13 @@ public:
     bool save(const QString& path, const Settings& settings);
 
     /// The same with the result of `encodedPage` for the same path, if there is one; else `threads`
-    /// can help. Fails if a file at `path` is to be kept. Nothing goes to the system log: the
-    /// caller has `takeDiagnostics` and `failureLine` for it.
+    /// can help. Fails if a file at `path` is to be kept, or if it `verifies` the page's file,
+    /// which `encodedPage` was asked to do, and that does not show the page. Nothing goes to the
+    /// system log: the caller has `takeDiagnostics` and `failureLine` for it.
     bool save(const QString& path, const Settings& settings, PrefetchedPage prepared,
               SpareThreads* threads = nullptr,
-              StagedFile::Existing existing = StagedFile::Existing::Replaced);
+              StagedFile::Existing existing = StagedFile::Existing::Replaced,
+              bool verifies = false);
 
     bool saveAsBmpWithName(const QString& path);
     bool saveAsGifWithName(const QString& path);

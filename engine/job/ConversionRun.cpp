@@ -212,7 +212,7 @@ QString ConversionRun::saveImage(const Source& source, PageImage& image, int pag
     QString trouble = m_supply.withRoom([&]() -> QString {
         image.takeDiagnostics(); // of an attempt before this one
         if (image.save(path, m_settings, std::exchange(prepared, {}), &m_supply.threads(),
-                       m_options.existing))
+                       m_options.existing, m_options.choices.verifies))
             return {};
         return image.failureReason().isNull() ? u""_s : image.failureReason();
     });

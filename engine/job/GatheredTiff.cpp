@@ -2,6 +2,7 @@
 
 #include "engine/image/TiffDocument.h"
 #include "engine/image/tiffwriter/MultiPageTiffWriter.h"
+#include "engine/image/verify/ReadBack.h"
 #include "engine/job/PageSupply.h"
 #include "engine/job/SourceFindings.h"
 #include "engine/support/Paths.h"
@@ -14,20 +15,6 @@ using namespace Qt::StringLiterals;
 
 namespace pagestack {
 
-namespace {
-
-    void append(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage prepared)
-    {
-        if (!prepared.file) {
-            file.append(image.sharedSource(), prepared.pieces);
-            return;
-        }
-        image.adopt(prepared.diagnostics);
-        file.appendEncoded(image.sharedSource(), std::move(prepared.file));
-    }
-
-} // namespace
-
 bool GatheredTiff::save(const QString& path, const QList<int>& range, const TiffDocument& document,
                         LogFiles& logFiles)
 {
@@ -38,6 +25,7 @@ bool GatheredTiff::save(const QString& path, const QList<int>& range, const Tiff
     }
     MultiPageTiffWriter file(path, m_job.settings()->tiffCompressionIndex(),
                              static_cast<int>(range.size()));
+    file.setCheck([this](StagedFile& complete) { look(complete); });
     try {
         gatherPages(file, path, range, document, logFiles);
     } catch (const std::exception& error) {
@@ -144,6 +132,28 @@ void GatheredTiff::appendPage(MultiPageTiffWriter& file, const PageImage& image,
     });
     if (refusal)
         std::rethrow_exception(refusal);
+}
+
+void GatheredTiff::append(MultiPageTiffWriter& file, const PageImage& image,
+                          PrefetchedPage prepared)
+{
+    if (prepared.file) { // and read back, where that is asked for
+        image.adopt(prepared.diagnostics);
+        file.appendEncoded(image.sharedSource(), std::move(prepared.file));
+        return;
+    }
+    if (m_options.choices.verifies && !prepared.proof)
+        prepared.proof = proofOf(image.source());
+    file.append(image.sharedSource(), prepared.pieces);
+    if (prepared.proof)
+        m_proof.add(image.sharedSource(), *prepared.proof);
+}
+
+/// At the complete file, before it is put in place.
+void GatheredTiff::look(StagedFile& file) const
+{
+    if (!m_proof.isEmpty())
+        readBack([&] { m_proof.check(file); });
 }
 
 } // namespace pagestack

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/image/verify/TiffProof.h"
 #include "engine/job/Process.h"
 
 namespace pagestack {
@@ -34,11 +35,14 @@ private:
     Process::PageOutcome gatherPage(MultiPageTiffWriter& file, const TiffDocument& document,
                                     LogFile& record);
     void appendPage(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage& prepared);
+    void append(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage prepared);
+    void look(StagedFile& file) const;
 
     Process& m_job;
     const RunSetup& m_options;
     PageSupply& m_supply;
     SourceFindings& m_found;
+    TiffProof m_proof; ///< of the pages gathered here, where they are verified
 };
 
 } // namespace pagestack

@@ -168,8 +168,10 @@ void PagePrefetcher::lookAtPage(const OutputFile& output)
         step.task->page = step.page;
         step.task->targetPath = path;
         step.task->folders = &m_folders;
-        step.task->options
-            = { m_settings.jpegQuality(), m_settings.tiffCompressionIndex(), &m_threads };
+        step.task->options = { .jpegQuality = m_settings.jpegQuality(),
+                               .tiffCompressionIndex = m_settings.tiffCompressionIndex(),
+                               .threads = &m_threads,
+                               .verifies = m_options.verifies };
         m_workers.add(step.task);
     }
     m_steps.push_back(std::move(step));

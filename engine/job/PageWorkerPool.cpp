@@ -151,7 +151,9 @@ void PageWorkerPool::prepare(PageTask& task, Desk& desk)
         if (task.targetPath.isEmpty()) {
             result.pieces = encodePieces(image.source(),
                                          tiffCompressionTag(task.options.tiffCompressionIndex));
-            needsNoEncoding = !result.pieces.bytes;
+            if (task.options.verifies)
+                result.proof = proofOf(image.source());
+            needsNoEncoding = !result.pieces.bytes && !result.proof;
         } else {
             task.folders->makeFor(task.targetPath);
             result.file = encodedPage(image.sharedSource(), task.targetPath,

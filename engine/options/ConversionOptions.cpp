@@ -211,6 +211,11 @@ namespace {
                 u"srgb"_s,
                 u"converts colours to sRGB through the page's profile, which is then left out"_s,
                 u"Convert colours to sRGB"_s, u"Colours"_s),
+            flag<&RunOptions::verifies>(
+                u"verify"_s,
+                u"reads each output back before it gets its name; one that does not show its page "
+                "is not saved"_s,
+                u"Verify outputs"_s, u"Proof"_s),
         };
     }
 

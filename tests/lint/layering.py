@@ -16,13 +16,13 @@ LAYERS = """
 engine/support < engine/threads < engine/files < engine/settings engine/log
 < engine/options < engine/image/pixels engine/image/deflate < engine/image/tiff engine/image/formats
 < engine/image/formats/png engine/image/formats/gif < engine/image/decode < engine/image/tiffwriter
-< engine/image < FileItem < engine/sources < engine/plan < engine/job < filelist cli
+< engine/image/verify < engine/image < FileItem < engine/sources < engine/plan < engine/job < filelist cli
 < mainwindow/widgets < mainwindow/desktop mainwindow/import < mainwindow/settings < mainwindow/state
 < mainwindow/list < mainwindow/load mainwindow/run < mainwindow
 """
 LEVEL = {part: level for level, row in enumerate(LAYERS.split("<")) for part in row.split()}
 INCLUDE = re.compile(r'\s*#\s*(?:include|import)\s*[<"]([^>"]+)')
-CODEC_HEADER = re.compile(r"(tiff\w*|jpeglib|jerror|png\w*|zlib|libdeflate|lcms2\w*)\.h$|qpdf/")
+CODEC_HEADER = re.compile(r"(tiff\w*|jpeglib|jerror|png\w*|gif_lib|zlib|libdeflate|lcms2\w*)\.h$|qpdf/")
 # Path, line, and a word of what is said of it.
 SAMPLES = [
     ("engine/support/A.h", "#  include <QtWidgets/QWidget>", "Qt Core"),

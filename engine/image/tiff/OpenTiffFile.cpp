@@ -1,6 +1,7 @@
 #include "engine/image/tiff/OpenTiffFile.h"
 
 #include "engine/files/PosixFile.h"
+#include "engine/files/StagedFile.h"
 #include "engine/image/tiff/TiffLimits.h"
 
 #include <QFile>
@@ -25,6 +26,17 @@ OpenTiffFile::OpenTiffFile(const QString& path)
     // Without O_NONBLOCK a named pipe would wait for its writer.
     : OpenTiffFile(path,
                    ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC))
+{
+    begin();
+}
+
+OpenTiffFile::OpenTiffFile(const QString& name, StagedFile& file)
+    : OpenTiffFile(name, file.openForReading())
+{
+    begin();
+}
+
+void OpenTiffFile::begin()
 {
     struct stat status = {};
     if (m_file < 0 || ::fstat(m_file, &status) != 0)

@@ -10,6 +10,8 @@
 
 namespace pagestack {
 
+class StagedFile;
+
 /// An open TIFF file and the places of its pages.
 ///
 /// The chain of directories is walked once when the file is opened; after that every page is
@@ -21,6 +23,8 @@ class OpenTiffFile
 public:
     /// Throws std::runtime_error if the file cannot be opened, is not TIFF or has no page.
     explicit OpenTiffFile(const QString& path);
+    /// The same for a complete file that has no name of its own yet; `name` is for messages.
+    OpenTiffFile(const QString& name, StagedFile& file);
     ~OpenTiffFile();
     OpenTiffFile(const OpenTiffFile&) = delete;
     OpenTiffFile& operator=(const OpenTiffFile&) = delete;
@@ -58,6 +62,7 @@ public:
 
 private:
     OpenTiffFile(QString path, int file);
+    void begin();
 
     QString m_path;
     int m_file; ///< its position is not used

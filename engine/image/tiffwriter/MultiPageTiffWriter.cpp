@@ -127,6 +127,8 @@ bool MultiPageTiffWriter::commit(StagedFile::Existing existing,
     try {
         if (!m_finished)
             m_finished = finish();
+        if (m_check)
+            m_check(*m_finished);
         m_finished->commit(existing, expected);
         m_failureReason.clear();
         return true;

@@ -2,6 +2,8 @@
 
 #include "engine/image/tiffwriter/TiffFileBuilder.h"
 
+#include <functional>
+
 namespace pagestack {
 
 /// A TIFF file that is made of pages, one after the other, and put in place at the end.
@@ -27,6 +29,10 @@ public:
     /// was before. The failure of a target that takes no more (full disk, no permission) is kept
     /// for `commit`; this page and later ones then only count as gathered.
     void append(const std::shared_ptr<const PageSource>& page, const EncodedPieces& pieces = {});
+
+    /// `check` looks at the complete file before it is put in place; what it throws is the failure
+    /// of `commit`.
+    void setCheck(std::function<void(StagedFile& file)> check) { m_check = std::move(check); }
 
     /// Takes the result of `encodedPage` for the same path and compression as the only `page`.
     void appendEncoded(const std::shared_ptr<const PageSource>& page,
@@ -63,6 +69,7 @@ private:
     std::vector<std::shared_ptr<const PageSource>> m_pages; ///< to be read again for a BigTIFF file
     std::unique_ptr<TiffFileBuilder> m_assembly; ///< null before the first page
     std::unique_ptr<StagedFile> m_finished; ///< only to be put in place
+    std::function<void(StagedFile& file)> m_check;
     QString m_failureReason;
 };
 
