@@ -88,6 +88,9 @@ TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources, con
         for (const PlannedTarget& target : plan.existing())
             found.refusals.add(u"%1 exists already"_s.arg(shown(target)));
     if (options.onExists == OnExists::Overwrite)
+        for (const PlannedTarget& target : plan.writeProtected())
+            found.warnings.add(u"%1 is write-protected and is kept as it is"_s.arg(shown(target)));
+    if (options.onExists == OnExists::Overwrite)
         for (const RunPlan::Replaced& replaced : plan.replacedSources())
             found.warnings.add(u"%1 is a source and is replaced by output of %2"_s.arg(
                 sources.at(replaced.source).shown, sources.at(replaced.target.output).shown));

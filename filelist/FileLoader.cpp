@@ -76,6 +76,8 @@ namespace {
         void begin(const QUrl& url, QList<FoundFile>& found)
         {
             const QString path = url.toLocalFile();
+            if (isSidecar(path))
+                return;
             if (!m_request.isFolders
                 || (!QFileInfo(path).isDir() && hasAllowedFileType(url.path())))
                 found.append({ url });

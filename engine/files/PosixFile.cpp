@@ -3,11 +3,13 @@
 #include <QDir>
 #include <QFile>
 
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <stdexcept>
 #include <string>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -95,6 +97,18 @@ void resizeFile(int file, std::uint64_t size)
 {
     if (retryInterrupted([&] { return ::ftruncate(file, static_cast<off_t>(size)); }) != 0)
         throwFileSystemError("cannot write", errno);
+}
+
+void setModificationTime(int fileDescriptor, std::int64_t timeNs)
+{
+    constexpr std::int64_t second = 1'000'000'000;
+    const std::int64_t rest = (timeNs % second + second) % second; // before 1970, too
+    std::array<timespec, 2> times {};
+    times[0].tv_nsec = UTIME_OMIT; // of the last access
+    times[1].tv_sec = static_cast<time_t>((timeNs - rest) / second);
+    times[1].tv_nsec = static_cast<long>(rest);
+    if (::futimens(fileDescriptor, times.data()) != 0)
+        throwFileSystemError("cannot keep the date", errno);
 }
 
 void syncToDisk(int file)

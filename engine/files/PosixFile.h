@@ -46,6 +46,9 @@ void writeFully(int fileDescriptor, std::uint64_t offset, std::span<const std::u
 /// Cuts or extends the file to `size` bytes. Throws std::runtime_error.
 void resizeFile(int fileDescriptor, std::uint64_t size);
 
+/// Sets the modification time, in nanoseconds since 1970. Throws std::runtime_error.
+void setModificationTime(int fileDescriptor, std::int64_t timeNs);
+
 /// Waits until all that was written is on the disk. Throws std::runtime_error.
 void syncToDisk(int fileDescriptor);
 

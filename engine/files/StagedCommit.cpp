@@ -136,7 +136,8 @@ namespace {
     /// that fails; a program that is killed in the middle leaves the file torn. `lastLook` is
     /// called right before the file is touched, and may throw.
     void replaceContent(const QByteArray& target, int from, std::uint64_t size,
-                        const std::function<void()>& lastLook)
+                        const std::function<void()>& lastLook,
+                        const std::optional<std::int64_t>& modifiedNs)
     {
         const int to = retryInterrupted(
             [&] { return ::open(target.constData(), O_RDWR | O_NOFOLLOW | O_CLOEXEC); });
@@ -155,6 +156,8 @@ namespace {
             isTouched = true;
             copyBytes(from, to, 0, std::min(oldSize, size));
             resizeFile(to, size);
+            if (modifiedNs)
+                setModificationTime(to, *modifiedNs);
             syncToDisk(to);
             checkAtClose(to);
         } catch (const std::exception& error) {
@@ -217,9 +220,12 @@ void StagedFile::commit(Existing existing, const std::optional<FileState>& expec
     if (existing == Existing::Kept && m_replaces)
         throw NameTaken();
     if (m_inPlace) {
-        replaceContent(m_target, m_file, m_size, [&] { checkUnchanged(m_target, expected); });
+        replaceContent(
+            m_target, m_file, m_size, [&] { checkUnchanged(m_target, expected); }, m_modifiedNs);
         return;
     }
+    if (m_modifiedNs)
+        setModificationTime(m_file, *m_modifiedNs);
     if (m_replaces) {
         keepPermissions();
         // The old file is gone with the rename, so the new one must be on the disk before it.

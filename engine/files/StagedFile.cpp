@@ -57,14 +57,6 @@ namespace {
         throwFileSystemError("cannot follow the symbolic link", ELOOP);
     }
 
-    /// Root, who may write to everything, keeps to what is allowed to the owner.
-    bool isWriteProtected(const QByteArray& path, mode_t mode)
-    {
-        if (::geteuid() == 0)
-            return (mode & S_IWUSR) == 0;
-        return ::access(path.constData(), W_OK) != 0 && (errno == EACCES || errno == EPERM);
-    }
-
 } // namespace
 
 StagedFile::StagedFile(const QString& targetPath)
@@ -79,6 +71,14 @@ StagedFile::StagedFile(const QString& targetPath)
         m_file = openUnnamedFile();
 }
 
+bool StagedFile::isWriteProtected(const QByteArray& path)
+{
+    struct stat status = {};
+    if (::geteuid() == 0)
+        return ::stat(path.constData(), &status) == 0 && (status.st_mode & S_IWUSR) == 0;
+    return ::access(path.constData(), W_OK) != 0 && (errno == EACCES || errno == EPERM);
+}
+
 void StagedFile::lookAtTarget()
 {
     struct stat existing = {};
@@ -88,7 +88,7 @@ void StagedFile::lookAtTarget()
         throw std::runtime_error("a folder of that name is in the way");
     if (!S_ISREG(existing.st_mode))
         throw std::runtime_error("what is there is no regular file");
-    if (isWriteProtected(m_target, existing.st_mode))
+    if (isWriteProtected(m_target))
         throw std::runtime_error("the file there is write-protected");
     m_replaces = true;
     m_permissions = existing.st_mode & 0777U;

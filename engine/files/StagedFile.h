@@ -49,6 +49,10 @@ public:
         }
     };
 
+    /// Whether the file at `path` must not be replaced, as its permissions are; root, who may write
+    /// to everything, keeps to what is allowed to the owner. False when nothing is there.
+    static bool isWriteProtected(const QByteArray& path);
+
     /// Creates the temporary file. Throws std::runtime_error with the reason (no such folder, no
     /// permission, the target is no regular file or is write-protected).
     explicit StagedFile(const QString& targetPath);
@@ -72,6 +76,9 @@ public:
 
     /// Cuts or extends the file to `size` bytes. Throws std::runtime_error with the reason.
     void resize(std::uint64_t size);
+
+    /// Has `commit` give the file this modification time, in nanoseconds since 1970.
+    void setModified(std::int64_t timeNs) { m_modifiedNs = timeNs; }
 
     /// Hands everything to the file system, as far as `commit` needs it there, and frees the
     /// memory: for a complete file that waits. Throws std::runtime_error with the reason.
@@ -106,6 +113,7 @@ private:
     bool m_replaces = false; ///< a file was at the target at the last look
     bool m_isBehindLink = false; ///< the target is not what was named
     bool m_inPlace = false;
+    std::optional<std::int64_t> m_modifiedNs; ///< none: as it comes
     unsigned m_permissions = 0; ///< of the file that is replaced, as are the two below
     unsigned m_owner = 0;
     unsigned m_group = 0;

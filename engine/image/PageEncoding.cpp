@@ -148,8 +148,11 @@ std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>&
     encoding.encode(page, *file);
     if (options.verifies)
         readBack([&] { compareProofs(written, encoding.readBack(*file), encoding.kept); });
-    if (const TiffPage* read = source->tiffPage(); read != nullptr && !dropped.isEmpty())
+    const TiffPage* read = source->tiffPage();
+    if (read != nullptr && !dropped.isEmpty())
         read->messages().addRemark(dropped);
+    if (read != nullptr && read->treatment().keepsDate)
+        file->setModified(read->document().stateAtOpening().modifiedNs);
     return file;
 }
 

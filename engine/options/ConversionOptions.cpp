@@ -211,6 +211,9 @@ namespace {
                 u"srgb"_s,
                 u"converts colours to sRGB through the page's profile, which is then left out"_s,
                 u"Convert colours to sRGB"_s, u"Colours"_s),
+            treatmentFlag<&PageTreatment::keepsDate>(
+                u"keep-dates"_s, u"gives outputs the modification time of their source"_s,
+                u"Keep file dates"_s, u"Files"_s),
             flag<&RunOptions::verifies>(
                 u"verify"_s,
                 u"reads each output back before it gets its name; one that does not show its page "

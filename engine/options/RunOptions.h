@@ -19,6 +19,7 @@ struct PageTreatment
     bool convertsToSrgb = false; ///< through the embedded profile
     Bilevel bilevel = Bilevel::None;
     int threshold = 128; ///< 1..255, of luminance in 8 bits
+    bool keepsDate = false; ///< outputs get the modification time of their source
     int expectedDpi = 0; ///< pages of another resolution get a warning; 0: none does
 
     friend bool operator==(const PageTreatment&, const PageTreatment&) = default;
@@ -33,7 +34,6 @@ struct RunOptions
     QString namePattern; ///< empty: the usual names
     QString pages; ///< those that are converted, "1,3-5,-1"; empty: all
     bool skipsReduced = false; ///< thumbnails and masks are no pages
-    bool keepsDates = false; ///< outputs get the modification time of their source
     bool verifies = false; ///< outputs are read back before they get their names
     bool writesChecksums = false; ///< SHA256SUMS beside the outputs
     bool writesRecord = false; ///< a JSON document of the run, beside its log

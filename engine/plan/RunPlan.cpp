@@ -52,6 +52,7 @@ private:
         QString name;
         bool isThere = false; ///< something, be it a link that leads nowhere
         bool isLink = false;
+        bool isProtected = false; ///< the file there must not be replaced
         std::optional<FileIdentity> file {}; ///< what is there
     };
 
@@ -132,6 +133,7 @@ Planner::Spot Planner::spotOf(const PlannedTarget& target, const QString& folder
     if (::lstat(bytes.constData(), &status) != 0)
         return spot;
     spot.isThere = true;
+    spot.isProtected = StagedFile::isWriteProtected(bytes);
     if (!S_ISLNK(status.st_mode)) {
         spot.file = FileState(status).identity;
         return spot;
@@ -222,6 +224,8 @@ void Planner::take(const std::vector<Spot>& spots)
             spot.folder->add(spot.name, spot.target.output);
         if (spot.isThere)
             m_plan.m_existing.push_back(spot.target);
+        if (spot.isProtected)
+            m_plan.m_protected.push_back(spot.target);
         if (const auto source = replacedSource(spot))
             m_plan.m_replaced.push_back({ spot.target, *source });
     }

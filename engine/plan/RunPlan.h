@@ -68,6 +68,7 @@ public:
     // What was found, in the order of the run; with numbers nothing of what these avoid.
     const std::vector<Shared>& shared() const { return m_shared; }
     const std::vector<PlannedTarget>& existing() const { return m_existing; }
+    const std::vector<PlannedTarget>& writeProtected() const { return m_protected; } ///< of those
     const std::vector<Replaced>& replacedSources() const { return m_replaced; }
 
     /// Whether an output changes what a later page is read from or where it goes: by a shared
@@ -86,6 +87,7 @@ private:
     QList<OutputFile> m_outputs;
     std::vector<Shared> m_shared;
     std::vector<PlannedTarget> m_existing;
+    std::vector<PlannedTarget> m_protected;
     std::vector<Replaced> m_replaced;
     bool m_makesSource = false;
 };

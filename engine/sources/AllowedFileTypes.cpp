@@ -2,6 +2,9 @@
 
 #include "engine/support/Paths.h"
 
+#include <QFile>
+#include <QFileInfo>
+
 using namespace Qt::StringLiterals;
 
 namespace pagestack {
@@ -20,6 +23,14 @@ bool hasAllowedFileType(const QString& path)
 bool hasOddFileType(const QString& path)
 {
     return !hasAllowedFileType(path) && allowedFileTypes().contains(pathExtension(path).toLower());
+}
+
+bool isSidecar(const QString& path)
+{
+    if (!lastPathComponent(path).startsWith(u"._") || !QFileInfo(path).isFile())
+        return false;
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && file.read(4) == QByteArray("\x00\x05\x16\x07", 4);
 }
 
 } // namespace pagestack

@@ -97,6 +97,8 @@ namespace {
             return report(shown, u"no such file or folder"_s);
         if (!info.isFile())
             return report(shown, u"neither a regular file nor a folder"_s);
+        if (isSidecar(shown))
+            return;
         const QString path = absolutePath(shown);
         // Qt shows the working folder, and what a link leads to, as text even where it is none.
         if (identityOf(path) != identityOf(shown))

@@ -173,6 +173,7 @@ private slots:
             other/d.tif far/link/../other/d.tif | other/d.tif (far/link/../other/d.tif)
             a.dat way/../a.dat                | a.dat way/../a.dat
             a.dat --files-from missing        | a.dat [missing: No such file or directory]
+            a.dat ._side.tif ._own.tif        | a.dat ._own.tif
             c.tif --files-from list --files-from list | c.tif a b.tif größe.tif (c.tif))");
     }
 
@@ -188,6 +189,8 @@ private slots:
             "far/away/ far/a.dat way>far/away a~b.tif größe.tif"_s);
         QVERIFY(QDir::setCurrent(folder.path({})));
         putBytes(u"list"_s, u"\uFEFFa b.tif\r\n\ngröße.tif\nc.tif"_s.toUtf8());
+        putBytes(u"._side.tif"_s, QByteArray("\x00\x05\x16\x07\x00\x02", 6));
+        putBytes(u"._own.tif"_s, "II*");
         expected.replace(u'@', QDir::currentPath());
         QCOMPARE(withStars(found(words.replace(u'@', QDir::currentPath())), expected), expected);
     }

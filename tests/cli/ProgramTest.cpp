@@ -125,6 +125,14 @@ a.tif:WW | -v a.tif -f tiff --compression g4 --no-log | a.tiff / a.tif: 2 pages 
     / ! a.tif: page 2 is not one bit deep and so is written without compression \
     / ! a.tif: warning: 2 pages: written without compression, since * / 0 a.tiff[1/1,2/1]
 a.tif:WW | -q a.tif -f tiff --compression g4 --bilevel otsu | 0 a.tiff[-1/4,-1/4] LOG
+a.tif:WW | sh touch -d '1999-01-02 03:04:05.678 UTC' a.tif; '%1' -q --no-log --keep-dates a.tif; \
+    '%1' -q --no-log --keep-dates -f tiff a.tif; find . -newermt '1999-01-02 03:04:05.677 UTC' \
+    ! -newermt '1999-01-02 03:04:05.679 UTC' >o; sort o; rm a1.jpg a2.jpg a.tiff o \
+    | ./a.tif / ./a.tiff / ./a1.jpg / ./a2.jpg / 0
+a.tif:WW | sh echo old >a1.png; chmod 444 a1.png; \
+    '%1' -q --no-log -f png --on-exists overwrite a.tif; c=$?; cat a1.png; rm -f a1.png; exit $c \
+    | old / ! a1.png is write-protected and is kept as it is \
+    / ! a.tif[1]: the file there is write-protected / 1 a2.png
 a.tif:WW | sh for j in 1 4; do '%1' -q --no-log --jobs $j a.tif -f png --bilevel dither -o $j; done; \
     diff -r 1 4 && rm -r 1 4 | 0
 größe~100%~#1?.tif:W | größe~100%~#1?.tif --separator ~ü: --no-log | größe 100% #1?.tif: 1 page \

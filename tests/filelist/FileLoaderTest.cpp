@@ -74,6 +74,7 @@ private slots:
         m_folder->make(u"a.tif b.TIFF c.Tif d.txt noextension .hidden.tif tif sub/e.TIF "
                        "sub/deep/f.tiff .hiddenfolder/g.tif folder.tif/h.tif sub/circle>@ "
                        "linked.tif>@/sub sub/aside>@/folder.tif"_s);
+        putBytes(path(u"._side.tif"_s), QByteArray("\x00\x05\x16\x07", 4));
     }
 
     void findsTheFilesOfFolders_data()
@@ -85,6 +86,7 @@ private slots:
             d.txt sub a.tif gone.tif c.Tif                |     | a.tif e.TIF gone.tif
             sub/e.TIF sub sub/deep sub                    | yes | e.TIF f.tiff
             sub/../a.tif ./a.tif sub//./e.TIF sub/e.TIF   |     | a.tif e.TIF
+            ._side.tif a.tif                              |     | a.tif
             sub/aside/../a.tif a.tif none/../b.TIFF       |     | a.tif b.TIFF
             none d.txt                                    | yes |)");
     }

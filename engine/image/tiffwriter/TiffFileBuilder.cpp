@@ -81,6 +81,8 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces
         = onTarget([&] { return linkDirectory(sink.directoryOffset(), texts); });
     ++m_pages;
     m_end = m_staged->size();
+    if (source != nullptr && source->treatment().keepsDate)
+        m_staged->setModified(source->document().stateAtOpening().modifiedNs);
     if (source != nullptr)
         source->messages().setLeftOutTags(leftOutTags(*source, written, isShown));
 }

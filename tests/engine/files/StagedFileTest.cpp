@@ -246,6 +246,40 @@ file/a    | cannot create a file in the folder: Not a directory
         }
     }
 
+    // The look that a plan takes before may be long ago.
+    void refusesTargetsProtectedMeanwhile()
+    {
+        for (const QString& name : { u"file"_s, u"link"_s }) {
+            putBytes(path(u"file"_s), "old");
+            QFile::link(u"file"_s, path(u"link"_s));
+            StagedFile file(path(name));
+            file.write(span("new"));
+            setPermissions(path(u"file"_s), 0444);
+            QVERIFY(StagedFile::isWriteProtected(QFile::encodeName(path(name))));
+            QCOMPARE(reasonOf([&] { file.commit(); }), u"the file there is write-protected"_s);
+            QCOMPARE(bytesOf(path(u"file"_s)), QByteArray("old"));
+            setPermissions(path(u"file"_s), 0644);
+        }
+    }
+
+    // What is written at the last moment would set it again.
+    void keepsTheDateThatIsWanted()
+    {
+        for (const std::int64_t timeNs :
+             std::initializer_list<std::int64_t> { 951'782'400'123'456'789, -1'500'000'000 })
+            for (const bool isReplaced : { false, true }) {
+                if (!isReplaced)
+                    QFile::remove(path(u"a"_s));
+                StagedFile file(path(u"a"_s));
+                file.setModified(timeNs);
+                file.write(span("new"));
+                file.settle();
+                file.writeAt(1, span("ot"));
+                file.commit();
+                QCOMPARE(fileState(QFile::encodeName(path(u"a"_s)))->modifiedNs, timeNs);
+            }
+    }
+
     // Large ones meet it on the way, the small one at the end.
     void leavesNothingOnAFullDisk()
     {
