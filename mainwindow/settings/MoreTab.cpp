@@ -48,6 +48,9 @@ void MoreTab::bind(RunChoices& choices)
     auto* page = new QWidget;
     auto* layout = new QVBoxLayout(page);
     setWidget(page);
+    // The tab's own colour.
+    viewport()->setAutoFillBackground(false);
+    page->setAutoFillBackground(false);
     QGroupBox* box = nullptr;
     for (const ConversionOptionRow& row : conversionOptionTable()) {
         if (row.label.isEmpty())
