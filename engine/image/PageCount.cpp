@@ -33,7 +33,6 @@ namespace {
         if (!QFileInfo(path).isFile())
             return {}; // qpdf would wait for the writer of a named pipe
         Pdf document(qpdf_init());
-        qpdf_silence_errors(document.get());
         qpdf_set_suppress_warnings(document.get(), QPDF_TRUE);
         const QPDF_ERROR_CODE result = qpdf_read(
             document.get(), QFile::encodeName(path).constData(), password.toUtf8().constData());

@@ -125,7 +125,7 @@ def choose_sparse(page, dice):
         value = dice.randrange(1 << page.bits)
         page.nodata = value - (1 << page.bits) * (page.kind == SIGNED and value >> page.bits - 1)
         if page.kind == FLOAT:
-            page.nodata = dice.choice((0.25, 8192.0))
+            page.nodata = dice.choice((-0.25, 8192.0))
             value = float_bits(np.array([page.nodata]), page.bits)[0]
     for index in page.sparse:
         block_of(page, index)[...] = value

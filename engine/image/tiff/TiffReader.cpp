@@ -30,7 +30,6 @@ void TiffReader::walkChain(int index)
     if (index == 0 || m_hasWalked || m_document->chainFault().isEmpty())
         return;
     m_hasWalked = true;
-    openHandle();
     const PageDiagnostics before = m_messages.takeDiagnostics();
     m_messages.adopt(before);
     TIFFNumberOfDirectories(m_handle.get());

@@ -68,6 +68,22 @@ private slots:
         }
     }
 
+    /// The rows of a strip that is decoded in parts, in the other byte order.
+    void restoresTheOrderOfALargeStrip()
+    {
+        constexpr int rowSamples = 1024;
+        TestPage page("width=1024 height=2560 rows=2560 bits=16 compression=32773");
+        page.encoded = { ('\x7F' + QByteArray("\x01\x02").repeated(64)).repeated(16 * 2560) };
+        const QString path = m_folder.filePath(u"order.tif"_s);
+        writeTiff(path, { page }, "wb");
+        const PageImage shown = TiffDocument(path).page(0);
+        const std::unique_ptr<RowSource> rows = shown.source().rows();
+        const std::vector<std::uint16_t> row(rowSamples, 0x0102);
+        for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
+            for (int i = 0; i < band.rows; ++i)
+                QVERIFY(std::memcmp(band.row(i), row.data(), 2 * row.size()) == 0);
+    }
+
     void turnsPagesOfFewLongRows_data()
     {
         const QByteArray zeros = QByteArray("\x81\0", 2).repeated(16384); // 2 MiB in 128s
