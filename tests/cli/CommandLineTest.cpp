@@ -225,14 +225,15 @@ private slots:
         progress.finish();
         console.showProgress(u"2 left"_s);
         console.result(u"a.tif"_s);
+        console.showProgress(u"3"_s);
         console.trouble(u"bad"_s);
         QByteArray drawn;
         for (char byte = 0; !drawn.endsWith('\n') && ::read(terminal, &byte, 1) == 1;)
             drawn.append(byte);
         ::close(terminal);
         QCOMPARE(drawn,
-                 QByteArray("\r0 of 1 page\r1 left     \r      \r\r2 left\r      "
-                            "\rpagestack-convert: bad\r\n"));
+                 QByteArray("\r0 of 1 page\r1 left     \r      \r\r2 left\r      \r"
+                            "\r3\r \rpagestack-convert: bad\r\n"));
     }
 
     void waitsForTheReaderOfAStreamThatDoesNot()

@@ -105,14 +105,16 @@ def random_samples(page, dice):
 
 
 def float_bits(values, bits):
-    if bits == 24:  # an exponent of 7 bits and a fraction of 16; for positive numbers
-        return (float_bits(values, 32) >> 7) - (64 << 16)
+    if bits == 24:  # an exponent of 7 bits and a fraction of 16
+        raw = float_bits(np.abs(values), 32)
+        return (raw >> 7) - (64 << 16) | np.signbit(values).astype(np.uint64) << 23
     return values.astype(f"<f{bits // 8}").view(f"<u{bits // 8}").astype(np.uint64)
 
 
 def float_values(raw, bits):
     if bits == 24:
-        return float_values(raw + (64 << 16) << 7, 32)
+        size = float_values((raw & 0x7FFFFF) + (64 << 16) << 7, 32)
+        return np.where(raw >> 23, -size, size)
     return raw.astype(f"<u{bits // 8}").view(f"<f{bits // 8}").astype(np.float64)
 
 
