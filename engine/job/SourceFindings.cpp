@@ -2,7 +2,7 @@
 
 #include "engine/image/PageImage.h"
 #include "engine/image/TiffDocument.h"
-#include "engine/image/tiffwriter/TiffTagCopy.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/job/Process.h"
 #include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"

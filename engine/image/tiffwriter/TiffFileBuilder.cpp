@@ -2,6 +2,7 @@
 
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/pixels/ByteOrder.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/tiffwriter/TiffPageStream.h"
 #include "engine/image/tiffwriter/TiffPageWriter.h"
 
