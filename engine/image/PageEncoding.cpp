@@ -4,6 +4,7 @@
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/pixels/ReadAheadRows.h"
 #include "engine/image/pixels/UprightRows.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
 #include "engine/image/tiffwriter/MultiPageTiffWriter.h"
 #include "engine/image/verify/ImageReaders.h"
 #include "engine/image/verify/ReadBack.h"
@@ -33,18 +34,19 @@ namespace {
                        {},
                        true,
                        true,
+                       true,
                        jpegMostSidePx,
                        encodeJpeg,
                        KeptPixels::Size,
                        readJpeg },
         // The pixels of a PNG take far longer to be written than to be read.
-        PageEncoding { OutputType::Png, "PNG"_L1, pngPixels, true, false, anySide, encodePng,
+        PageEncoding { OutputType::Png, "PNG"_L1, pngPixels, true, false, true, anySide, encodePng,
                        KeptPixels::Samples, readPng },
         PageEncoding { OutputType::Tiff, "TIFF"_L1 },
-        PageEncoding { OutputType::Bmp, "BMP"_L1, bmpPixels, false, true, anySide, encodeBmp,
+        PageEncoding { OutputType::Bmp, "BMP"_L1, bmpPixels, false, true, false, anySide, encodeBmp,
                        KeptPixels::Samples, readBmp },
-        PageEncoding { OutputType::Gif, "GIF"_L1, gifPixels, false, true, gifMostSidePx, encodeGif,
-                       KeptPixels::Colors, readGif },
+        PageEncoding { OutputType::Gif, "GIF"_L1, gifPixels, false, true, false, gifMostSidePx,
+                       encodeGif, KeptPixels::Colors, readGif },
     };
 
     /// A smaller page is done before the exchange between threads has paid.
@@ -133,6 +135,11 @@ std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>&
     // Before any row is made: turning a page upright takes time and memory.
     if (std::max(page.properties.widthPx, page.properties.heightPx) > encoding.mostSidePx)
         throwTooLarge(page.properties, encoding.name);
+    const TiffPage* tiffPage = source->tiffPage();
+    if (encoding.holdsMetadata)
+        page.metadata = source->metadata();
+    if (tiffPage != nullptr)
+        page.leftOut = leftOutTags(*tiffPage, page.metadata.get());
     auto file = std::make_unique<StagedFile>(path);
     ImageProof written;
     page.startPass = [&] {
@@ -148,11 +155,14 @@ std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>&
     encoding.encode(page, *file);
     if (options.verifies)
         readBack([&] { compareProofs(written, encoding.readBack(*file), encoding.kept); });
-    const TiffPage* read = source->tiffPage();
-    if (read != nullptr && !dropped.isEmpty())
-        read->messages().addRemark(dropped);
-    if (read != nullptr && read->treatment().keepsDate)
-        file->setModified(read->document().stateAtOpening().modifiedNs);
+    if (tiffPage != nullptr && !dropped.isEmpty())
+        tiffPage->messages().addRemark(dropped);
+    if (tiffPage != nullptr && encoding.holdsMetadata)
+        tiffPage->messages().setLeftOutTags(page.leftOut);
+    else if (tiffPage != nullptr)
+        tiffPage->messages().setTagsWithoutPlace(page.leftOut);
+    if (tiffPage != nullptr && tiffPage->treatment().keepsDate)
+        file->setModified(tiffPage->document().stateAtOpening().modifiedNs);
     return file;
 }
 

@@ -30,6 +30,7 @@ struct PageEncoding
     TargetPixels pixels {};
     bool takesProfile = false;
     bool readsAhead = false; ///< a spare thread reads the rows, else it helps the encoder
+    bool holdsMetadata = false;
     int mostSidePx = 0; ///< of the upright page
     void (*encode)(UprightPage& page, StagedFile& file) = nullptr; ///< null: the page is copied
     KeptPixels kept {}; ///< of what `encode` gets, as the two below

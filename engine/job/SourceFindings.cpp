@@ -72,15 +72,26 @@ void SourceFindings::addLosses(int page, const PageDiagnostics& found)
     }
     for (const QString& remark : found.remarks)
         ++m_remarks[remark];
-    for (const QString& name : found.leftOutTags)
-        if (!m_leftOutTags.contains(name))
-            m_leftOutTags.append(name);
+    const auto addNew = [](QStringList& names, const QStringList& more) {
+        for (const QString& name : more)
+            if (!names.contains(name))
+                names.append(name);
+    };
+    addNew(m_leftOutTags, found.leftOutTags);
+    addNew(m_tagsWithoutPlace, found.tagsWithoutPlace);
     m_detail.clear();
 }
 
 void SourceFindings::tellLeftOutTags()
 {
     constexpr qsizetype mostNames = 5;
+    if (!m_tagsWithoutPlace.isEmpty()) {
+        const QString text = leftOutText(m_tagsWithoutPlace, m_tagsWithoutPlace.size(),
+                                         u"left behind, for which the format has no place");
+        systemLog(lastPathComponent(m_document.path()) + u": "_s + text);
+        if (const std::shared_ptr<Log> runLog = m_job.log(); !runLog->files.empty())
+            runLog->files.back()->leftBehind = text;
+    }
     if (m_leftOutTags.isEmpty())
         return;
     const QString all = leftOutText(m_leftOutTags, m_leftOutTags.size());

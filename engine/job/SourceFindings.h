@@ -34,10 +34,12 @@ public:
     /// Takes the diagnostics of the page in hand; its log lines go to the system log at once.
     PageDiagnostics takeDiagnostics(const PageImage& image);
 
-    /// Tells the losses of a page that is written, and keeps its remarks and left-out tags.
+    /// Tells the losses of a page that is written, and keeps its remarks and the tags that its
+    /// output lacks.
     void addLosses(int page, const PageDiagnostics& found);
 
-    /// Tells of the left-out tags, once a source: its pages mostly have the same.
+    /// Tells of the tags that outputs lack, once a source: its pages mostly have the same. Those
+    /// for which the format has no place are no fault: the system log and the record tell of them.
     void tellLeftOutTags();
 
     /// Tells the remarks, each once with the number of its pages.
@@ -61,6 +63,7 @@ private:
     QString m_doubt; ///< the first warning, with its page
     QStringList m_leftOutTags; ///< each once
     QMap<QString, int> m_remarks; ///< with the number of their pages
+    QStringList m_tagsWithoutPlace; ///< each once
     QString m_detail; ///< messages of the codec about the page in hand, until they are told
 };
 

@@ -30,7 +30,8 @@ struct PageDiagnostics
 {
     QStringList warnings; ///< the losses of the page, one clause each
     QStringList remarks; ///< losses of many pages alike; told once a source, with their number
-    QStringList leftOutTags; ///< names of the page's tags that the TIFF output lacks
+    QStringList leftOutTags; ///< names of the page's tags that the output lacks
+    QStringList tagsWithoutPlace; ///< the same where the format has no place for any such tag
     QStringList logLines; ///< for the system log, in order; see CodecLog
 
     /// Appends `line` to `logLines`, unless CodecLog would leave it out anyway.

@@ -82,14 +82,15 @@ namespace {
     QByteArray sourceElement(const LogFiles& source)
     {
         const bool isMissing = source.gathered == GatheredFile::NotWritten;
-        return element(
-            1, u"Files"_s,
-            { { u"FileName"_s, source.filename },
-              { u"SourcePath"_s, source.sourcePath },
-              { u"TargetPath"_s, source.targetPath },
-              { u"Status"_s, source.status },
-              { u"Pages"_s, QString::number(source.pages) } },
-            { { u"Written"_s, isMissing ? u"no"_s : QString() }, { u"Reason"_s, source.reason } });
+        return element(1, u"Files"_s,
+                       { { u"FileName"_s, source.filename },
+                         { u"SourcePath"_s, source.sourcePath },
+                         { u"TargetPath"_s, source.targetPath },
+                         { u"Status"_s, source.status },
+                         { u"Pages"_s, QString::number(source.pages) } },
+                       { { u"Written"_s, isMissing ? u"no"_s : QString() },
+                         { u"Reason"_s, source.reason },
+                         { u"LeftBehind"_s, source.leftBehind } });
     }
 
     /// The elements of pages, with what became of their file, which is known after them. A value

@@ -45,6 +45,7 @@ struct LogFiles
     std::deque<LogFile> logFiles; ///< in the order written; appending moves no entry
     QString reason {}; ///< everything that went wrong with the file as a whole; null: nothing
     GatheredFile gathered = GatheredFile::None;
+    QString leftBehind {}; ///< what its pages say that the format has no place for; null: nothing
 };
 
 /// What one run read and wrote, and the XML file that tells it.

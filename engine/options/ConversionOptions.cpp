@@ -158,6 +158,11 @@ namespace {
               u"Folders and names"_s,
               {},
               NamePattern::usual() },
+            treatmentFlag<&PageTreatment::stripsMetadata>(
+                u"strip-metadata"_s,
+                u"JPEG, PNG, TIFF: leaves out what pages say of themselves (texts, dates, XMP, "
+                "Exif, GPS, IPTC); colour profile and resolution stay"_s,
+                u"Leave out metadata"_s, u"Pages"_s),
             { u"expect-dpi"_s,
               u"N"_s,
               u"warns of pages whose resolution is not N pixels an inch; they are converted as "
@@ -268,6 +273,10 @@ QString idleWith(const ConversionOptions& options, const QString& name)
         return options.outputType == OutputType::Jpeg ? QString() : format;
     if (name == u"compression" || name == u"split")
         return isTiff ? QString() : format;
+    if (name == u"strip-metadata") // the others hold none
+        return options.outputType == OutputType::Bmp || options.outputType == OutputType::Gif
+            ? format
+            : QString();
     if (name == u"bilevel")
         return options.outputType == OutputType::Jpeg ? format : QString();
     if (name == u"threshold" && options.run.treatment.bilevel != Bilevel::Threshold)

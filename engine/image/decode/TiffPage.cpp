@@ -1,6 +1,7 @@
 #include "engine/image/decode/TiffPage.h"
 
 #include "engine/image/decode/DisplayRows.h"
+#include "engine/image/metadata/MetadataReader.h"
 #include "engine/image/tiff/TiffLimits.h"
 
 #include <tiffio.h>
@@ -121,6 +122,26 @@ void TiffPage::checkSize() const
 {
     const TiffPageTags& described = tags();
     checkEncodedSize(load(), described, document().sizeBytes());
+}
+
+std::shared_ptr<const PageMetadata> TiffPage::metadata() const
+{
+    if (m_treatment.stripsMetadata)
+        return nullptr;
+    PageMetadata read = readMetadata(document(), directory(), MetadataUse::Shown);
+    if (read.isEmpty() && read.leftOut.isEmpty())
+        return nullptr;
+    const int photometric = tags().photometric;
+    if ((photometric > PHOTOMETRIC_PALETTE && photometric != PHOTOMETRIC_YCBCR)
+        || !change().isNone())
+        std::erase_if(read.tags, [](const MetadataEntry& entry) {
+            return entry.tag == TIFFTAG_WHITEPOINT || entry.tag == TIFFTAG_PRIMARYCHROMATICITIES;
+        });
+    if (tags().orientation != ORIENTATION_TOPLEFT) {
+        read.imageResources.clear(); // there are places in the image among them
+        read.heldTags.erase(TIFFTAG_PHOTOSHOP);
+    }
+    return std::make_shared<const PageMetadata>(std::move(read));
 }
 
 std::unique_ptr<RowSource> TiffPage::rowsShownIn(int bits) const

@@ -22,6 +22,8 @@ public:
     const PageProperties& properties() const override;
     std::unique_ptr<RowSource> rowsShownIn(int bits) const override;
     std::uint64_t decodedBytes() const override { return tags().decodedBytes(); }
+    /// Without what does not hold for upright pixels in the colours of `rowsShownIn`.
+    std::shared_ptr<const PageMetadata> metadata() const override;
     const TiffPage* tiffPage() const override { return this; }
 
     TiffReader& reader() const { return *m_reader; }

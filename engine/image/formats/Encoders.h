@@ -4,12 +4,15 @@
 #include "engine/image/pixels/PageSource.h"
 #include "engine/image/pixels/RowConversions.h"
 
+#include <QStringList>
+
 #include <functional>
 #include <memory>
 
 namespace pagestack {
 
 class SpareThreads;
+struct PageMetadata;
 
 /// A page with its rows upright and in pixels that the format takes.
 struct UprightPage
@@ -18,6 +21,8 @@ struct UprightPage
     std::unique_ptr<RowSource> rows; ///< the first pass
     /// Starts another pass, with the same rows; the pass before must be gone.
     std::function<std::unique_ptr<RowSource>()> startPass;
+    std::shared_ptr<const PageMetadata> metadata; ///< null: none
+    QStringList leftOut; ///< names of what the format cannot hold of it; added to by the encoder
     int jpegQuality = 10;
     SpareThreads* threads = nullptr; ///< may be null
 };
@@ -27,11 +32,13 @@ struct UprightPage
 
 /// Baseline JPEG with standard Huffman tables (ITU-T T.81; JFIF 1.02): 4:4:4 from quality 10 on,
 /// else 4:2:0. Gray stays one channel. The ICC profile goes into APP2 segments (ICC.1, annex B.4).
-/// The density is rounded to whole pixels an inch, or a centimetre if that is exact.
+/// The density is rounded to whole pixels an inch, or a centimetre if that is exact. Metadata: see
+/// jpegSegments.
 void encodeJpeg(UprightPage& upright, StagedFile& file);
 constexpr int jpegMostSidePx = 65500; ///< the most that libjpeg takes
 
 /// PNG (ISO/IEC 15948) of the colour type and depth of the rows. Threads change no byte of it.
+/// Metadata: see writePngMetadata.
 void encodePng(UprightPage& upright, StagedFile& file);
 
 /// BMP with a BITMAPINFOHEADER, bottom-up, of 1, 8 (with colour table) or 24 bits a pixel.

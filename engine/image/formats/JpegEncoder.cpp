@@ -1,5 +1,6 @@
 #include "engine/image/formats/Density.h"
 #include "engine/image/formats/Encoders.h"
+#include "engine/image/formats/JpegMetadata.h"
 
 #include <QtGlobal>
 
@@ -133,12 +134,19 @@ void encodeJpeg(UprightPage& upright, StagedFile& file)
     if (page.iccProfile.size() > largestProfileBytes)
         throw std::runtime_error("an ICC profile of " + std::to_string(page.iccProfile.size())
                                  + " bytes is too large for JPEG");
+    std::vector<JpegSegment> segments;
+    if (upright.metadata)
+        segments = jpegSegments(*upright.metadata, page, upright.leftOut);
     auto compressor = std::make_unique<JpegCompressor>(file);
     jpeg_compress_struct& codec = compressor->codec();
     const PixelLayout& layout = rows.layout();
-    compressor->confined([&codec, &layout, &page, quality] {
+    compressor->confined([&codec, &layout, &page, &segments, quality] {
         configure(codec, layout, page, quality);
         jpeg_start_compress(&codec, TRUE);
+        for (const JpegSegment& segment : segments)
+            jpeg_write_marker(&codec, JPEG_APP0 + segment.application,
+                              reinterpret_cast<const JOCTET*>(segment.bytes.constData()),
+                              static_cast<unsigned>(segment.bytes.size()));
         if (!page.iccProfile.isEmpty())
             jpeg_write_icc_profile(&codec,
                                    reinterpret_cast<const JOCTET*>(page.iccProfile.constData()),

@@ -34,6 +34,7 @@ struct PageProperties
 };
 
 class TiffPage;
+struct PageMetadata;
 
 /// Where the pixels of a page come from: a page of a TIFF file or a bitmap in memory.
 class PageSource
@@ -59,6 +60,9 @@ public:
         return static_cast<std::uint64_t>(rows()->layout().rowBytes(page.widthPx))
             * static_cast<unsigned>(page.heightPx);
     }
+
+    /// What the page says of itself besides, as it is to be passed on; null: nothing.
+    virtual std::shared_ptr<const PageMetadata> metadata() const { return nullptr; }
 
     /// This source as a page of a TIFF file, whose strips and tags can be copied; null if it is
     /// not.

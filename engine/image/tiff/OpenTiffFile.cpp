@@ -70,11 +70,16 @@ void OpenTiffFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) c
 TiffDirectory OpenTiffFile::directory(int index) const
 {
     const std::uint64_t offset = m_chain.offsets.at(static_cast<std::size_t>(index));
-    const auto read
-        = [this](std::uint64_t at, std::span<std::uint8_t> bytes) { readAt(at, bytes); };
-    TiffDirectory directory = readDirectory(read, m_chain.format, offset);
+    TiffDirectory directory = subDirectory(offset);
     checkTagValues(directory, sizeBytes());
     return directory;
+}
+
+TiffDirectory OpenTiffFile::subDirectory(std::uint64_t offset) const
+{
+    const auto read
+        = [this](std::uint64_t at, std::span<std::uint8_t> bytes) { readAt(at, bytes); };
+    return readDirectory(read, m_chain.format, offset);
 }
 
 std::uint64_t OpenTiffFile::sizeNow() const

@@ -60,6 +60,9 @@ public:
     /// has more values than should be held.
     TiffDirectory directory(int index) const;
 
+    /// The directory at `offset`, be it one or not. Throws std::runtime_error if it cannot be read.
+    TiffDirectory subDirectory(std::uint64_t offset) const;
+
 private:
     OpenTiffFile(QString path, int file);
     void begin();

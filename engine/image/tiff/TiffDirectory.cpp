@@ -45,6 +45,7 @@ TiffDirectory readDirectory(const ReadBytes& read, const TiffFormat& format, std
         const std::uint64_t size = type < typeBytes.size() ? typeBytes.at(type) : 0;
         TiffTagValue value;
         value.tag = static_cast<unsigned>(field(0, 2));
+        value.type = static_cast<unsigned>(type);
         value.count = field(4, offsetBytes);
         constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
         value.bytes = size != 0 && value.count > most / size ? most : value.count * size;

@@ -39,6 +39,7 @@ struct TiffFormat
 struct TiffTagValue
 {
     unsigned tag = 0;
+    unsigned type = 0; ///< TIFF 6.0, section 2; of BigTIFF 16 to 18
     std::uint64_t offset = 0;
     std::uint64_t bytes = 0; ///< 0 where the type is unknown
     std::uint64_t count = 0; ///< of values of the type

@@ -176,6 +176,7 @@ void TiffMessages::forget()
     m_found.warnings.clear();
     m_found.remarks.clear();
     m_found.leftOutTags.clear();
+    m_found.tagsWithoutPlace.clear();
 }
 
 void TiffMessages::addPageWarning(const QString& text)
@@ -196,6 +197,7 @@ void TiffMessages::adopt(const PageDiagnostics& found)
     m_found.warnings = found.warnings;
     m_found.remarks = found.remarks;
     m_found.leftOutTags = found.leftOutTags;
+    m_found.tagsWithoutPlace = found.tagsWithoutPlace;
     addLogLines(found.logLines);
 }
 

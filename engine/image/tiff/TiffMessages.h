@@ -40,8 +40,9 @@ public:
     /// Adds finished log lines.
     void addLogLines(const QStringList& lines);
 
-    /// The tags of the page that were left out of a TIFF file.
+    /// The tags of the page that were left out of its file.
     void setLeftOutTags(const QStringList& names) { m_found.leftOutTags = names; }
+    void setTagsWithoutPlace(const QStringList& names) { m_found.tagsWithoutPlace = names; }
 
     /// Everything about the pixels that were read since the last `forget`, with the log lines since
     /// the last call. Rows of a T.4 fax (Compression 3) that turned out too short or too long are

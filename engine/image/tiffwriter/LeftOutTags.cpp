@@ -1,6 +1,8 @@
 #include "engine/image/tiffwriter/LeftOutTags.h"
 
 #include "engine/image/decode/TiffPage.h"
+#include "engine/image/metadata/MetadataTags.h"
+#include "engine/image/metadata/PageMetadata.h"
 
 #include <tiffio.h>
 
@@ -45,34 +47,37 @@ namespace {
         TIFFTAG_DOTRANGE,          TIFFTAG_INKNAMES,         TIFFTAG_HALFTONEHINTS,
     };
 
+    // What formats other than TIFF say in their own way, if at all, or what belongs to samples as
+    // they were stored.
+    constexpr std::array<ttag_t, 25> imageTags {
+        TIFFTAG_SUBFILETYPE,       TIFFTAG_IMAGEWIDTH,     TIFFTAG_IMAGELENGTH,
+        TIFFTAG_BITSPERSAMPLE,     TIFFTAG_COMPRESSION,    TIFFTAG_PHOTOMETRIC,
+        TIFFTAG_CELLWIDTH,         TIFFTAG_CELLLENGTH,     TIFFTAG_ORIENTATION,
+        TIFFTAG_SAMPLESPERPIXEL,   TIFFTAG_MINSAMPLEVALUE, TIFFTAG_MAXSAMPLEVALUE,
+        TIFFTAG_XRESOLUTION,       TIFFTAG_YRESOLUTION,    TIFFTAG_PLANARCONFIG,
+        TIFFTAG_RESOLUTIONUNIT,    TIFFTAG_HALFTONEHINTS,  TIFFTAG_INKNAMES,
+        TIFFTAG_NUMBEROFINKS,      TIFFTAG_DOTRANGE,       TIFFTAG_SMINSAMPLEVALUE,
+        TIFFTAG_SMAXSAMPLEVALUE,   TIFFTAG_MATTEING,       TIFFTAG_DATATYPE,
+        TIFFTAG_COLORRESPONSEUNIT,
+    };
+
     struct Name
     {
         unsigned tag = 0;
         QLatin1StringView text;
     };
-    // TIFF 6.0 and its supplements, Exif 2.3, GeoTIFF 1.1, GDAL; as far as libtiff has no name for
-    // them, or another one.
+    // TIFF 6.0 and its supplements, Exif 2.3; as far as libtiff has no name for them, or another
+    // one.
     constexpr std::array tagNames {
-        Name { 326, "BadFaxLines"_L1 },
-        Name { 327, "CleanFaxData"_L1 },
-        Name { 328, "ConsecutiveBadFaxLines"_L1 },
         Name { 330, "SubIFDs"_L1 },
         Name { 342, "TransferRange"_L1 },
         Name { 700, "XMP"_L1 },
-        Name { 33550, "ModelPixelScale"_L1 },
         Name { 33723, "IPTC"_L1 },
-        Name { 33922, "ModelTiepoint"_L1 },
-        Name { 34264, "ModelTransformation"_L1 },
         Name { 34665, "ExifIFD"_L1 },
         Name { 34675, "ICCProfile"_L1 },
-        Name { 34735, "GeoKeyDirectory"_L1 },
-        Name { 34736, "GeoDoubleParams"_L1 },
-        Name { 34737, "GeoAsciiParams"_L1 },
         Name { 34853, "GPSIFD"_L1 },
         Name { 37724, "ImageSourceData"_L1 },
         Name { 40965, "InteroperabilityIFD"_L1 },
-        Name { 42112, "GDAL_METADATA"_L1 },
-        Name { 42113, "GDAL_NODATA"_L1 },
     };
 
     bool isAmong(std::span<const ttag_t> tags, unsigned tag)
@@ -84,6 +89,8 @@ namespace {
     {
         if (const auto name = std::ranges::find(tagNames, tag, &Name::tag); name != tagNames.end())
             return name->text;
+        if (const MetadataTag* row = metadataTag(tag))
+            return row->name;
         const TIFFField* known = TIFFFindField(handle, tag, TIFF_ANY);
         const auto name = QString::fromLatin1(known != nullptr ? TIFFFieldName(known) : "Tag ");
         return name.startsWith(u"Tag ") ? u"tag %1"_s.arg(tag) : name;
@@ -121,6 +128,21 @@ QStringList leftOutTags(const TiffPage& page, const std::set<unsigned>& written,
         if (!written.contains(value.tag) && !isDispensable(page, value.tag, written, isShown))
             left.append(nameOf(page.load(), value.tag));
     return left;
+}
+
+QStringList leftOutTags(const TiffPage& page, const PageMetadata* held)
+{
+    if (page.treatment().stripsMetadata)
+        return {};
+    std::set<unsigned> kept(imageTags.begin(), imageTags.end());
+    if (held != nullptr)
+        kept.insert(held->heldTags.begin(), held->heldTags.end());
+    QStringList names = leftOutTags(page, kept, true);
+    if (held != nullptr)
+        names += held->leftOut;
+    else if (page.directory().find(TIFFTAG_PAGENUMBER) != nullptr)
+        names.append(u"PageNumber"_s);
+    return names;
 }
 
 QString leftOutText(const QStringList& names, qsizetype mostNames, QStringView fate)

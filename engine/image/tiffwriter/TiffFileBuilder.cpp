@@ -3,6 +3,7 @@
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/pixels/ByteOrder.h"
 #include "engine/image/tiffwriter/LeftOutTags.h"
+#include "engine/image/tiffwriter/TiffMetadata.h"
 #include "engine/image/tiffwriter/TiffPageStream.h"
 #include "engine/image/tiffwriter/TiffPageWriter.h"
 
@@ -62,12 +63,19 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces
     });
     std::vector<TextList> texts;
     bool isShown = false;
+    PageMetadata more;
+    std::uint64_t directory = 0;
     try {
         if (source != nullptr) {
-            texts = textLists(*source);
+            if (!source->treatment().stripsMetadata)
+                texts = textLists(*source);
             isShown = !keepsSamples(page);
+            more = tiffMetadata(*source, isShown);
         }
         encode(page, pieces, texts, sink);
+        directory = sink.directoryOffset();
+        if (!more.isEmpty())
+            directory = extendDirectory(sink, m_format, directory, more);
     } catch (const std::runtime_error&) {
         if (sink.isFull())
             throw TooLarge("the file would be larger than 4 GB");
@@ -78,14 +86,13 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces
             m_messages.fail("the page cannot be encoded");
         throw;
     }
-    const std::set<unsigned> written
-        = onTarget([&] { return linkDirectory(sink.directoryOffset(), texts); });
+    const std::set<unsigned> written = onTarget([&] { return linkDirectory(directory, texts); });
     ++m_pages;
     m_end = m_staged->size();
     if (source != nullptr && source->treatment().keepsDate)
         m_staged->setModified(source->document().stateAtOpening().modifiedNs);
-    if (source != nullptr)
-        source->messages().setLeftOutTags(leftOutTags(*source, written, isShown));
+    if (source != nullptr && !source->treatment().stripsMetadata)
+        source->messages().setLeftOutTags(leftOutTags(*source, written, isShown) + more.leftOut);
 }
 
 /// Removes what is left of a page that could not be added.

@@ -51,12 +51,41 @@ namespace {
         check(TIFFSetField(to, tag, values...) == 1);
     }
 
-    void setPosition(TIFF* to, std::uint32_t sourceType, PagePosition position)
+    void setPageNumber(TIFF* to, int index, int total)
     {
+        if (total <= std::numeric_limits<std::uint16_t>::max())
+            setTag(to, TIFFTAG_PAGENUMBER, index, total);
+    }
+
+    /// A page by itself keeps its number, if it has one, as the place in the document that it is
+    /// from: its source, or what that was part of.
+    void copyPageNumber(const TiffPage& page, TIFF* to)
+    {
+        std::uint16_t index = 0;
+        std::uint16_t total = 0;
+        if (page.treatment().stripsMetadata
+            || TIFFGetField(page.load(), TIFFTAG_PAGENUMBER, &index, &total) != 1)
+            return;
+        const int pages = page.document().pageCount();
+        setPageNumber(to, pages > 1 ? page.index() : index, pages > 1 ? pages : total);
+    }
+
+    void setPosition(TIFF* to, const TiffPage* source, PagePosition position)
+    {
+        const std::uint32_t type = source != nullptr ? source->tags().subfileType : 0;
         const bool isOneOfSeveral = position.total > 1;
-        setTag(to, TIFFTAG_SUBFILETYPE, isOneOfSeveral ? sourceType | FILETYPE_PAGE : sourceType);
-        if (isOneOfSeveral && position.total <= std::numeric_limits<std::uint16_t>::max())
-            setTag(to, TIFFTAG_PAGENUMBER, position.index, position.total);
+        setTag(to, TIFFTAG_SUBFILETYPE, isOneOfSeveral ? type | FILETYPE_PAGE : type);
+        if (isOneOfSeveral)
+            setPageNumber(to, position.index, position.total);
+        else if (source != nullptr)
+            copyPageNumber(*source, to);
+    }
+
+    void copyTagsOfPage(const TiffPage& page, TIFF* to)
+    {
+        copyPlacementTags(page.load(), to);
+        if (!page.treatment().stripsMetadata)
+            copyDescriptiveTags(page.load(), to);
     }
 
     /// Strips as they were, unless they are so small that their number costs more than it gives, or
@@ -131,7 +160,7 @@ namespace {
         {
             m_page.checkSize();
             setGeometry();
-            setPosition(m_to, m_tags.subfileType, position);
+            setPosition(m_to, &m_page, position);
             if (pieces.bytes) {
                 setCodingOfPieces();
                 copyEncodedAhead(pieces);
@@ -170,7 +199,7 @@ namespace {
             setTag(m_to, TIFFTAG_PLANARCONFIG,
                    m_tags.planesAreSeparate ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
             setTag(m_to, TIFFTAG_ORIENTATION, m_tags.orientation);
-            copyDescriptiveTags(m_from, m_to);
+            copyTagsOfPage(m_page, m_to);
             copyInterpretationTags(m_from, m_to);
             if (becomesRgb())
                 for (const ttag_t tag : { TIFFTAG_YCBCRCOEFFICIENTS, TIFFTAG_REFERENCEBLACKWHITE,
@@ -367,7 +396,7 @@ namespace {
         const PageProperties& properties = page.properties();
         const TiffPage* source = page.tiffPage();
         if (source != nullptr)
-            copyDescriptiveTags(source->load(), to);
+            copyTagsOfPage(*source, to);
         const std::unique_ptr<RowSource> rows = page.rows();
         const PixelLayout& layout = rows->layout();
         setDisplayTags(to, layout, properties);
@@ -390,7 +419,7 @@ namespace {
         setTag(to, TIFFTAG_COMPRESSION, used);
         setCoding(to, used, layout.model == ColorModel::Palette ? 0 : layout.bitsPerSample,
                   static_cast<std::uint32_t>(properties.widthPx));
-        setPosition(to, source != nullptr ? source->tags().subfileType : 0, position);
+        setPosition(to, source, position);
         const auto rowBytes = static_cast<std::uint64_t>(layout.rowBytes(properties.widthPx));
         const auto heightPx = static_cast<std::uint32_t>(properties.heightPx);
         setTag(to, TIFFTAG_ROWSPERSTRIP, outputRowsPerStrip(rowBytes, heightPx, heightPx));

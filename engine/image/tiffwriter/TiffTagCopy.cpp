@@ -8,7 +8,6 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <span>
 #include <tuple>
 #include <type_traits>
 
@@ -21,17 +20,6 @@ namespace {
         TIFFTAG_PAGENAME,     TIFFTAG_SOFTWARE,         TIFFTAG_DATETIME,      TIFFTAG_ARTIST,
         TIFFTAG_HOSTCOMPUTER, TIFFTAG_COPYRIGHT,        TIFFTAG_TARGETPRINTER,
     };
-
-    constexpr std::array<ttag_t, 3> blockTags {
-        TIFFTAG_ICCPROFILE,
-        TIFFTAG_XMLPACKET,
-        TIFFTAG_PHOTOSHOP,
-    };
-
-    bool has(std::span<const ttag_t> tags, unsigned tag)
-    {
-        return std::ranges::find(tags, tag) != tags.end();
-    }
 
     /// A tag whose value libtiff hands out, and takes, as these; lengths of arrays it knows from
     /// the tag or has before them.
@@ -95,9 +83,14 @@ void copyDescriptiveTags(tiff* from, tiff* to)
 {
     for (const ttag_t tag : textTags)
         copyTag<char*>(from, to, tag);
-    for (const ttag_t tag : blockTags)
+    for (const ttag_t tag : { TIFFTAG_XMLPACKET, TIFFTAG_PHOTOSHOP })
         copyTag<std::uint32_t, void*>(from, to, tag);
     copyIptc(from, to);
+}
+
+void copyPlacementTags(tiff* from, tiff* to)
+{
+    copyTag<std::uint32_t, void*>(from, to, TIFFTAG_ICCPROFILE);
     copyFractions(from, to, TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, true);
     copyFractions(from, to, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION, false);
     copyTag<std::uint16_t>(from, to, TIFFTAG_RESOLUTIONUNIT);
@@ -128,7 +121,7 @@ std::vector<TextList> textLists(const TiffPage& page)
 {
     std::vector<TextList> lists;
     for (const TiffTagValue& value : page.directory().values) {
-        if (!has(textTags, value.tag) || value.bytes != value.count)
+        if (std::ranges::find(textTags, value.tag) == textTags.end() || value.bytes != value.count)
             continue;
         const char* first = nullptr;
         if (TIFFGetField(page.load(), value.tag, &first) != 1 || first == nullptr

@@ -10,8 +10,11 @@ namespace pagestack {
 
 class TiffPage;
 
-/// Copies the texts, dates, position, resolution, ICC profile, XMP, IPTC and Photoshop data of the
-/// current page of `from` to the page that `to` writes.
+/// Copies position, resolution and ICC profile of the current page of `from` to the page that `to`
+/// writes.
+void copyPlacementTags(tiff* from, tiff* to);
+
+/// Copies texts, dates, XMP, IPTC and Photoshop data.
 void copyDescriptiveTags(tiff* from, tiff* to);
 
 /// Copies the meaning of the samples: colour map, extra samples, sample format, ink set, range of

@@ -1,14 +1,12 @@
 #include "engine/image/formats/Density.h"
 #include "engine/image/formats/Encoders.h"
 #include "engine/image/formats/png/PixelStream.h"
+#include "engine/image/formats/png/PngMetadata.h"
+#include "engine/image/formats/png/ZlibBlock.h"
 
 #include <QtEndian>
 
-#include <libdeflate.h>
-
 #include <array>
-#include <memory>
-#include <new>
 
 namespace pagestack {
 
@@ -20,7 +18,6 @@ namespace {
     constexpr std::uint8_t paletteFlag = 1;
     constexpr std::uint8_t colorFlag = 2;
     constexpr std::uint8_t alphaFlag = 4;
-    constexpr int profileLevel = 6;
 
     std::uint8_t colorType(const PixelLayout& layout)
     {
@@ -46,19 +43,10 @@ namespace {
     {
         if (profile.isEmpty())
             return;
-        constexpr std::array<std::uint8_t, 5> head = { 'i', 'c', 'c', 0, 0 };
-        const std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> codec(
-            libdeflate_alloc_compressor(profileLevel), libdeflate_free_compressor);
-        if (codec == nullptr)
-            throw std::bad_alloc();
-        const auto size = static_cast<std::size_t>(profile.size());
-        std::vector<std::uint8_t> bytes(head.begin(), head.end());
-        bytes.resize(head.size() + libdeflate_zlib_compress_bound(codec.get(), size));
-        const std::size_t compressed
-            = libdeflate_zlib_compress(codec.get(), profile.constData(), size,
-                                       bytes.data() + head.size(), bytes.size() - head.size());
-        bytes.resize(head.size() + compressed);
-        writePngChunk(file, "iCCP", bytes);
+        const QByteArray block = QByteArray("icc\0\0", 5) + zlibBlock(profile);
+        writePngChunk(file, "iCCP",
+                      { reinterpret_cast<const std::uint8_t*>(block.constData()),
+                        static_cast<std::size_t>(block.size()) });
     }
 
     /// Pixels that were brought to sRGB, relative to its white.
@@ -108,6 +96,8 @@ void encodePng(UprightPage& upright, StagedFile& file)
     writeSrgb(page, file);
     writePalette(layout.palette, file);
     writeDensity(page.resolution, file);
+    if (upright.metadata)
+        writePngMetadata(*upright.metadata, page, file, upright.leftOut);
     PixelStream data(layout, page.widthPx, page.heightPx, file, upright.threads);
     for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
         for (int i = 0; i < band.rows; ++i)

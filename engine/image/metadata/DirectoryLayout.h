@@ -1,0 +1,56 @@
+#pragma once
+
+#include "engine/image/metadata/PageMetadata.h"
+#include "engine/image/tiff/TiffDirectory.h"
+
+#include <QByteArray>
+
+#include <vector>
+
+namespace pagestack {
+
+/// A directory to be laid out.
+struct MetadataDirectory
+{
+    struct Below;
+
+    /// Entries as they stand in a file, with their values in place already.
+    std::vector<QByteArray> placed {};
+    std::vector<MetadataEntry> entries {};
+    std::vector<Below> below {}; ///< those without entries are left out
+};
+
+/// A directory that another one points to.
+struct MetadataDirectory::Below
+{
+    unsigned tag = 0; ///< of the entry that points to it
+    MetadataDirectory directory;
+};
+
+/// Little-endian directories with their values, for a stretch of a file from `begin` on, an even
+/// offset.
+class DirectoryLayout
+{
+public:
+    DirectoryLayout(const TiffFormat& format, std::uint64_t begin)
+        : m_format(format)
+        , m_begin(begin)
+    {
+    }
+
+    /// Adds the directory, then its values, then those below; returns its offset. Throws
+    /// std::runtime_error if offsets of the format do not reach so far.
+    std::uint64_t add(const MetadataDirectory& directory);
+
+    const QByteArray& bytes() const { return m_bytes; }
+
+private:
+    QByteArray record(const MetadataEntry& entry);
+    std::uint64_t reserve(qsizetype size);
+
+    TiffFormat m_format;
+    std::uint64_t m_begin;
+    QByteArray m_bytes;
+};
+
+} // namespace pagestack
