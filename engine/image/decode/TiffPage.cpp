@@ -138,8 +138,13 @@ std::shared_ptr<const PageMetadata> TiffPage::metadata() const
             return entry.tag == TIFFTAG_WHITEPOINT || entry.tag == TIFFTAG_PRIMARYCHROMATICITIES;
         });
     if (tags().orientation != ORIENTATION_TOPLEFT) {
-        read.imageResources.clear(); // there are places in the image among them
-        read.heldTags.erase(TIFFTAG_PHOTOSHOP);
+        // They hold for sides as they are stored.
+        read.imageResources.clear();
+        std::erase_if(read.tags, [](const MetadataEntry& entry) {
+            return entry.tag == TIFFTAG_XPOSITION || entry.tag == TIFFTAG_YPOSITION;
+        });
+        for (const unsigned tag : { TIFFTAG_PHOTOSHOP, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION })
+            read.heldTags.erase(tag);
     }
     return std::make_shared<const PageMetadata>(std::move(read));
 }
