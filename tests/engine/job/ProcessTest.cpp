@@ -131,7 +131,8 @@ trouble in/b.tiff 0 the file is kept as it is, since not all of its pixels are s
         row("broken chain", u"a.tif:WWL"_s, {},
             u"in/a.tif to out, 2 pages [] a1.png 1 Completed, a2.png 2 Completed\n"_s + chain
                 + u"1/2 out/a1.png out/a2.png Total 2 files converted successfully."_s);
-        row("leftovers", u"a.tif:W"_s, u"out/.pagestack-1-2.part out/.pagestack-1-2-ä.part out/.pagestack-1.part"_s,
+        row("leftovers", u"a.tif:W"_s,
+            u"out/.pagestack-1-2.part out/.pagestack-1-2-ä.part out/.pagestack-1.part"_s,
             uR"(in/a.tif to out, 1 pages [] a1.png 1 Completed
 1/1 out/a1.png -out/.pagestack-1-2-ä.part -out/.pagestack-1-2.part All files converted successfully.)"_s);
         row("a leftover that is a source", u".pagestack-1-2.part:W"_s, u"outputFolderPath="_s,
