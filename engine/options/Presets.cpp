@@ -100,10 +100,13 @@ const QList<Preset>& shippedPresets()
                 { { u"format", u"tiff" },
                   { u"compression", u"g4" },
                   { u"split", u"true" },
+                  { u"bilevel", u"otsu" },
+                  { u"name", u"{n:8}" },
                   { u"expect-dpi", u"300" } }),
-        shipped(u"Web (JPEG 8, sRGB)"_s, { { u"format", u"jpeg" }, { u"quality", u"8" } }),
+        shipped(u"Web (JPEG 8, sRGB)"_s,
+                { { u"format", u"jpeg" }, { u"quality", u"8" }, { u"srgb", u"true" } }),
         shipped(u"Archive (TIFF LZW, verified)"_s,
-                { { u"format", u"tiff" }, { u"compression", u"lzw" } }),
+                { { u"format", u"tiff" }, { u"compression", u"lzw" }, { u"verify", u"true" } }),
     };
     return presets;
 }

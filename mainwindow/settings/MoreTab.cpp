@@ -122,9 +122,8 @@ void MoreTab::follow()
         if (field.caption != nullptr)
             field.caption->setEnabled(hasEffect);
     }
-    const bool isUsual = all.run.namePattern.isEmpty() && all.run.digits == 1;
     try {
-        setExample(isUsual ? QString() : tr("Example: %1").arg(exampleName(all)));
+        setExample(tr("Example: %1").arg(exampleName(all)));
     } catch (const OptionError& error) {
         setExample(sentence(QString::fromUtf8(error.what())));
     }

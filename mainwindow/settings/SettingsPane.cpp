@@ -79,6 +79,7 @@ void SettingsPane::bind(Settings& settings, const Services& services)
     m_ui->outputFolderPath->setText(settings.outputFolderPath());
     connect(&settings, &Settings::separatorChanged, m_ui->fileNameSeparatorText,
             &QLineEdit::setText);
+    connect(&settings, &Settings::separatorChanged, m_ui->moreTab, &MoreTab::follow);
     connect(&settings, &Settings::outputFolderPathChanged, m_ui->outputFolderPath,
             &QLineEdit::setText);
     for (QLineEdit* field : { m_ui->fileNameSeparatorText, m_ui->outputFolderPath }) {

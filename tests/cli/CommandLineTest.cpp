@@ -87,8 +87,8 @@ private slots:
             -q -- -f -- x              | quiet=true sources=-f,--,x
             b --files-from l.txt - --files-from=- a  | lists=l.txt,-,- sources=b,a
             --log l.xml --progress never --on-exists=skip a |exists=2 progress=2 log=l.xml sources=a
-            --quality 3 --preset Web a               | quality=3 sources=a
-            --preset Web -f png a                    | format=1 quality=8 sources=a
+            --quality 3 --preset Web a               | quality=3 sources=a srgb=true
+            --preset Web -f png a                    | format=1 quality=8 sources=a srgb=true
             --preset ./Web a           | preset './Web' is no file and none of *
             --expect-dpi 0 a           | expect-dpi '0' is no number from 1 to *
             -f png --bilevel otsu --srgb a  | format=1 sources=a bilevel=otsu srgb=true
