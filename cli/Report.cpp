@@ -2,6 +2,7 @@
 
 #include "cli/Console.h"
 #include "cli/Preflight.h"
+#include "engine/plan/ChosenPages.h"
 #include "engine/support/Paths.h"
 
 #include <numeric>
@@ -19,13 +20,13 @@ namespace {
         return u"%1 %2%3"_s.arg(count).arg(thing, count == 1 ? u""_s : u"s"_s);
     }
 
-    QList<int> pageCounts(const QList<OutputFile>& outputs)
+    QList<int> pageCounts(const QList<OutputFile>& outputs, const RunOptions& options)
     {
         QList<int> counts;
         for (const OutputFile& output : outputs) {
             int pages = 0;
             for (const auto& item : output.fileItems)
-                pages += item->pages();
+                pages += chosenPageCount(*item, options);
             counts.append(pages);
         }
         return counts;
@@ -75,7 +76,7 @@ Report::Report(const Options& options, const QList<Source>& sources,
     : m_options(options)
     , m_sources(sources)
     , m_outputs(outputs)
-    , m_pagesPlanned(pageCounts(outputs))
+    , m_pagesPlanned(pageCounts(outputs, options.conversion.run))
     , m_console(console)
     , m_progress(console, options.progress,
                  std::accumulate(m_pagesPlanned.cbegin(), m_pagesPlanned.cend(), 0))

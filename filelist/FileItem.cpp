@@ -67,7 +67,9 @@ void FileItem::setFilePath(const QUrl& url)
     m_path = withoutEndingSlash(url.toLocalFile()).toString();
     if (const std::optional<qint64> bytes = allocatedSize(url.toLocalFile()))
         m_size = saturated(*bytes);
-    m_pages = saturated(getTiffPageCount(url, u""_s));
+    const CountedPages counted = countPages(url, u""_s);
+    m_pages = saturated(counted.count);
+    m_reducedPages = counted.reduced;
 }
 
 QString FileItem::name() const { return lastPathComponent(m_path); }
@@ -94,6 +96,8 @@ QVariant FileItem::displayField(const QString& identifier) const
         return name();
     if (column == u"PAGES"_s)
         return pages();
+    if (column == u"PAGESTOCONVERT"_s)
+        return pageChoice();
     if (column == u"SIZEINKB"_s)
         return sizeInKB();
     if (column == u"TYPE"_s)

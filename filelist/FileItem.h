@@ -3,6 +3,7 @@
 #include "filelist/FileDates.h"
 
 #include <QDateTime>
+#include <QList>
 #include <QString>
 #include <QUrl>
 #include <QVariant>
@@ -41,6 +42,13 @@ public:
     void setFoundIn(const QString& folder) { m_foundIn = folder; }
 
     int pages() const { return m_pages; } ///< 0 when they could not be counted
+    /// Those that are thumbnails or masks of others, counted from 1, ascending.
+    const QList<int>& reducedPages() const { return m_reducedPages; }
+
+    /// The pages that are to be converted, as PageChoice reads it; empty: as the run says.
+    QString pageChoice() const { return m_pageChoice; }
+    void setPageChoice(const QString& choice) { m_pageChoice = choice; }
+
     int size() const { return m_size; } ///< bytes allocated on disk, INT_MAX for all above it
 
     QString name() const; ///< file name with extension
@@ -74,6 +82,8 @@ private:
     QUrl m_filePath;
     QString m_path; ///< of `m_filePath`, whose decoding would be most of the work of a sort
     QString m_foundIn;
+    QString m_pageChoice { QLatin1String("") };
+    QList<int> m_reducedPages;
     int m_pages = 0;
     int m_size = 0;
 };

@@ -45,18 +45,27 @@ namespace {
 
 std::uint32_t getTiffPageCount(const QUrl& url, const QString& password)
 {
+    return countPages(url, password).count;
+}
+
+CountedPages countPages(const QUrl& url, const QString& password)
+{
     if (!url.isLocalFile())
-        return 0;
+        return {};
     const QString path = url.toLocalFile();
     try {
-        return static_cast<std::uint32_t>(OpenTiffFile(path).pageCount());
+        const OpenTiffFile file(path);
+        const std::vector<int>& reduced = file.chain().reduced;
+        return { static_cast<std::uint32_t>(file.pageCount()),
+                 QList<int>(reduced.begin(), reduced.end()) };
     } catch (const std::runtime_error&) {
         if (QFileInfo(path).suffix().toUpper() != u"PDF"_s)
-            return 0;
+            return {};
     }
     const Pdf document = openPdf(path, password);
-    return document ? static_cast<std::uint32_t>(std::max(0, qpdf_get_num_pages(document.get())))
-                    : 0;
+    if (!document)
+        return {};
+    return { static_cast<std::uint32_t>(std::max(0, qpdf_get_num_pages(document.get()))) };
 }
 
 bool verifyPDF(const QUrl& url, const QString& password)

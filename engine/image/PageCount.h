@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QUrl>
 
@@ -11,6 +12,14 @@ namespace pagestack {
 /// has the extension PDF, in any case, counts as a PDF document; `password` opens an encrypted one.
 /// Any thread.
 std::uint32_t getTiffPageCount(const QUrl& url, const QString& password);
+
+/// The same with the pages, from 1 on, that are thumbnails or masks of others.
+struct CountedPages
+{
+    std::uint32_t count = 0;
+    QList<int> reduced {}; ///< ascending
+};
+CountedPages countPages(const QUrl& url, const QString& password);
 
 /// True if `url` is a PDF document that opens without a password or with `password`, which is not
 /// null.

@@ -2,6 +2,7 @@
 
 #include "engine/image/TiffDocument.h"
 #include "engine/job/GatheredTiff.h"
+#include "engine/plan/ChosenPages.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
@@ -105,6 +106,9 @@ void ConversionRun::convertDocument(const Source& source, const FileItem& item)
     m_found.emplace(m_job, source.document);
     reportChain(source.document, item);
     const QList<int> range = m_job.getPageRanges(&item);
+    reportChoice(item, range);
+    if (range.isEmpty() && item.pages() > 0)
+        return;
     if (isKeptTogether(m_settings)) {
         keepPagesTogether(source, range);
     } else {
@@ -125,6 +129,21 @@ void ConversionRun::reportChain(const TiffDocument& document, const FileItem& it
             0,
             u"the file has %1 pages now, %2 were counted before the run"_s.arg(document.pageCount())
                 .arg(item.pages()));
+}
+
+/// What was asked for and is not there, and that nothing is left.
+void ConversionRun::reportChoice(const FileItem& item, const QList<int>& range)
+{
+    if (m_options.choices.skipsReduced && !item.reducedPages().isEmpty())
+        systemLog(
+            u"%1: pages that are thumbnails or masks, which are left out: %2"_s.arg(item.name())
+                .arg(item.reducedPages().size()));
+    const QString missing = missingPages(item, m_options.choices);
+    if (!missing.isEmpty())
+        m_found->tellError(0, missing);
+    else if (range.isEmpty() && item.pages() > 0)
+        m_found->tellWarning(u"no page is left to convert, since those asked for are thumbnails or "
+                             "masks"_s);
 }
 
 void ConversionRun::keepPagesTogether(const Source& source, const QList<int>& range)

@@ -55,6 +55,8 @@ private:
     void convertDocument(const Source& source, const FileItem& item);
     void reportChain(const TiffDocument& document, const FileItem& item);
 
+    void reportChoice(const FileItem& item, const QList<int>& range);
+
     void keepPagesTogether(const Source& source, const QList<int>& range);
     void skipTogether(const Source& source, const QList<int>& range, const QString& path);
 

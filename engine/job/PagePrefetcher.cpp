@@ -1,5 +1,6 @@
 #include "engine/job/PagePrefetcher.h"
 
+#include "engine/plan/ChosenPages.h"
 #include "engine/plan/MirroredFolders.h"
 #include "engine/settings/Settings.h"
 
@@ -140,8 +141,9 @@ bool PagePrefetcher::lookAtNext()
     }
     if (m_nextPage == 0)
         lookAtItem(output, *output.fileItems.at(m_nextPlace.item));
-    else if (m_nextPage <= m_lastPage)
-        lookAtPage(output);
+    else if (const auto page = std::ranges::lower_bound(m_pages, m_nextPage);
+             page != m_pages.cend())
+        lookAtPage(output, *page);
     else
         startAt({ m_nextPlace.output, m_nextPlace.item + 1 });
     return true;
@@ -150,17 +152,18 @@ bool PagePrefetcher::lookAtNext()
 void PagePrefetcher::lookAtItem(const OutputFile& output, const FileItem& item)
 {
     m_source = std::make_shared<SharedSource>(item.filePath().toLocalFile(), m_options.treatment);
-    m_lastPage = item.pages();
+    m_pages = chosenPages(item, m_options);
     m_isSourcePrepared = !isKeptTogether(m_settings) || isWanted(m_names.path(output, 0));
     m_steps.push_back({ m_nextPlace, 0, m_source, nullptr });
     m_nextPage = 1;
 }
 
-void PagePrefetcher::lookAtPage(const OutputFile& output)
+void PagePrefetcher::lookAtPage(const OutputFile& output, int page)
 {
-    Step step { m_nextPlace, m_nextPage++, m_source, nullptr };
+    Step step { m_nextPlace, page, m_source, nullptr };
+    m_nextPage = page + 1;
     const bool isTogether = isKeptTogether(m_settings);
-    const bool isGathered = isTogether && m_lastPage > 1;
+    const bool isGathered = isTogether && m_pages.size() > 1;
     const QString path = isGathered ? QString() : m_names.path(output, isTogether ? 0 : step.page);
     if (m_isSourcePrepared && (isTogether || isWanted(path))) {
         step.task = std::make_shared<PageTask>();

@@ -69,7 +69,7 @@ private:
     void lookAhead();
     bool lookAtNext();
     void lookAtItem(const OutputFile& output, const FileItem& item);
-    void lookAtPage(const OutputFile& output);
+    void lookAtPage(const OutputFile& output, int page);
     void startAt(PlanPlace place);
     bool isWanted(const QString& path) const;
 
@@ -90,7 +90,7 @@ private:
     // What is to be looked at next.
     PlanPlace m_nextPlace;
     int m_nextPage = 0; ///< 0: the item
-    int m_lastPage = 0; ///< of the item
+    QList<int> m_pages; ///< of the item, that are converted
     std::shared_ptr<SharedSource> m_source;
     bool m_isSourcePrepared = true; ///< it is of use to prepare pages of this source
 

@@ -2,6 +2,7 @@
 
 #include "engine/files/StagedNames.h"
 #include "engine/job/ConversionRun.h"
+#include "engine/plan/ChosenPages.h"
 #include "engine/support/Dates.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/Workspace.h"
@@ -99,15 +100,12 @@ void Process::viewLog()
 
 QList<int> Process::getPageRanges(const FileItem* item) const
 {
-    QList<int> range;
     try {
-        const int pages = item ? item->pages() : 0;
-        for (int page = 1; page <= pages; ++page)
-            range.append(page);
+        return item ? chosenPages(*item, m_options.choices) : QList<int>();
     } catch (const std::exception& error) {
         systemLogError(u"getPageRanges:fileItem:"_s, error);
+        return {};
     }
-    return range;
 }
 
 bool Process::saveAsTiff(const QString& path, const QList<int>& range, const TiffDocument* document,

@@ -106,8 +106,8 @@ public:
     /// Opens the written log in its default application; nothing before the log was saved.
     void viewLog();
 
-    /// The pages of `item` that are converted, in order, counted from 1: all of them. None without
-    /// an item.
+    /// The pages of `item` that are converted, in order, counted from 1: all of them unless the run
+    /// options or the item choose. None without an item.
     QList<int> getPageRanges(const FileItem* item) const;
 
     /// Writes the pages `range` of `document` into one multi-page TIFF file at `path`, one record a

@@ -111,6 +111,11 @@ void SourceFindings::tellRemarks()
     m_remarks.clear();
 }
 
+void SourceFindings::tellWarning(const QString& reason)
+{
+    tell(m_job, { Diagnostic::Severity::Warning, m_document.path(), 0, reason });
+}
+
 void SourceFindings::tellError(int page, const QString& reason)
 {
     tell(m_job,

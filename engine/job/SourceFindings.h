@@ -48,6 +48,9 @@ public:
     /// `page` 0: the whole source.
     void tellError(int page, const QString& reason);
 
+    /// Of the whole source.
+    void tellWarning(const QString& reason);
+
     /// The state that the file at `path` must have to be replaced, if it is the source; none for
     /// another file and for none.
     std::optional<FileState> ownSource(const QString& path) const;

@@ -1,6 +1,7 @@
 #include "engine/options/ConversionOptions.h"
 
 #include "engine/options/NamePattern.h"
+#include "engine/options/PageChoice.h"
 #include "engine/settings/Settings.h"
 
 #include <algorithm>
@@ -158,6 +159,24 @@ namespace {
               u"Folders and names"_s,
               {},
               NamePattern::usual() },
+            { u"pages"_s,
+              u"LIST"_s,
+              u"the pages of each source that are converted, from 1 on, such as 1,3-5,-1: 3- is "
+              "the third and all behind it, -1 the last, -3- the last three, 2--2 all but the "
+              "first and the last; a page that a source lacks is an error of that source"_s,
+              u"Pages to convert"_s,
+              [](Options& options, Row, Text text) {
+                  const PageChoice checked(text);
+                  options.run.pages = text.trimmed();
+              },
+              [](const Options& options, Row) { return options.run.pages; },
+              u"Pages"_s,
+              {},
+              u"all; 1,3-5,-1"_s },
+            flag<&RunOptions::skipsReduced>(
+                u"skip-reduced"_s,
+                u"leaves out thumbnails and masks, pages whose SubfileType says so; page numbers stay"_s,
+                u"Leave out thumbnails and masks"_s, u"Pages"_s),
             treatmentFlag<&PageTreatment::stripsMetadata>(
                 u"strip-metadata"_s,
                 u"JPEG, PNG, TIFF: leaves out what pages say of themselves (texts, dates, XMP, "

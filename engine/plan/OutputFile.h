@@ -26,6 +26,7 @@ struct OutputFile
     /// Where the outputs go below the output folder, "box/1"; empty: the folder itself. As what
     /// follows, OutputNames::completed() says it.
     QString subfolder {};
+    QList<int> pages {}; ///< of its item that are converted, from 1 on, ascending
     int firstRunning = 1; ///< running number of the first of the outputs
 
     /// Sets both fields, or none when `path` is null or there are no `items`.

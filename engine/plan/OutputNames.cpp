@@ -1,5 +1,6 @@
 #include "engine/plan/OutputNames.h"
 
+#include "engine/plan/ChosenPages.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/settings/Settings.h"
 #include "engine/support/Paths.h"
@@ -65,8 +66,11 @@ QList<OutputFile> OutputNames::completed(QList<OutputFile> outputs) const
         mirrorFolders(outputs);
     int running = 1;
     for (OutputFile& output : outputs) {
+        output.pages.clear();
+        for (const std::shared_ptr<FileItem>& item : std::as_const(output.fileItems))
+            output.pages += chosenPages(*item, m_options);
         output.firstRunning = running;
-        const int pages = pagesOf(output);
+        const auto pages = static_cast<int>(output.pages.size());
         running += isKeptTogether(m_settings) ? std::min(pages, 1) : pages;
     }
     return outputs;
@@ -85,7 +89,8 @@ QString OutputNames::name(const OutputFile& output, int page) const
     const QString extension = page == 0 ? u".tiff"_s : fileExtension(m_settings.outputType());
     if (extension.isEmpty())
         return QString(baseName(output.filename) + m_settings.separator()).replace(u':', u'-');
-    const int running = output.firstRunning + std::max(page - 1, 0);
+    const auto place = std::ranges::lower_bound(output.pages, page) - output.pages.begin();
+    const int running = output.firstRunning + static_cast<int>(place);
     return stem(output.filename, page, pagesOf(output), running) + numberText(output.number)
         + extension;
 }

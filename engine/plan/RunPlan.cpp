@@ -2,6 +2,7 @@
 
 #include "engine/files/FileState.h"
 #include "engine/files/StagedFile.h"
+#include "engine/plan/ChosenPages.h"
 #include "engine/plan/FolderTargets.h"
 #include "engine/plan/MirroredFolders.h"
 #include "engine/settings/OutputCodes.h"
@@ -106,10 +107,12 @@ std::vector<PlannedTarget> Planner::targetsOf(qsizetype output) const
     if (fileExtension(m_plan.m_settings.outputType()).isEmpty())
         return targets; // nothing can be written
     for (const std::shared_ptr<FileItem>& item : m_plan.m_outputs.at(output).fileItems) {
-        if (isKeptTogether(m_plan.m_settings) && item->pages() > 0)
+        const QList<int> pages = chosenPages(*item, m_plan.m_options);
+        if (isKeptTogether(m_plan.m_settings) && !pages.isEmpty())
             targets.push_back({ output, 0 });
-        for (int page = 1; !isKeptTogether(m_plan.m_settings) && page <= item->pages(); ++page)
-            targets.push_back({ output, page });
+        else if (!isKeptTogether(m_plan.m_settings))
+            for (const int page : pages)
+                targets.push_back({ output, page });
     }
     return targets;
 }
@@ -267,6 +270,7 @@ RunPlan::RunPlan(const QList<OutputFile>& outputs, const Settings& settings,
                  const RunOptions& options, Numbering numbering, const QString& other,
                  const std::function<bool()>& isWanted)
     : m_settings(settings)
+    , m_options(options)
     , m_names(settings, options)
     , m_outputs(m_names.completed(outputs))
 {
@@ -289,10 +293,8 @@ QStringList RunPlan::folderFaults() const
     QStringList found;
     QSet<QString> checked;
     for (const OutputFile& output : m_outputs) {
-        const auto hasPages
-            = [](const std::shared_ptr<FileItem>& item) { return item->pages() > 0; };
         const QString folder = m_names.folder(output);
-        if (!std::ranges::any_of(output.fileItems, hasPages) || checked.contains(folder))
+        if (output.pages.isEmpty() || checked.contains(folder))
             continue;
         checked.insert(folder);
         QString fault;

@@ -83,6 +83,7 @@ private:
     friend class Planner;
 
     const Settings& m_settings;
+    const RunOptions m_options;
     const OutputNames m_names;
     QList<OutputFile> m_outputs;
     std::vector<Shared> m_shared;

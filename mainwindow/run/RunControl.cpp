@@ -1,5 +1,6 @@
 #include "mainwindow/run/RunControl.h"
 
+#include "engine/plan/ChosenPages.h"
 #include "engine/plan/RunPlan.h"
 #include "engine/support/SystemLog.h"
 #include "engine/threads/MainThread.h"
@@ -109,7 +110,11 @@ void RunControl::startRun(const QList<OutputFile>& outputs, bool isPlanned)
     m_process->setRunOptions(m_parts.ui.rightBox->choices().options());
     m_process->setOutputFiles(outputs);
     m_process->setTotalFileSelected(static_cast<int>(outputs.size()));
-    m_panel->follow(*m_process, m_parts.files.checkedPages());
+    qint64 pages = 0;
+    for (const OutputFile& output : outputs)
+        for (const std::shared_ptr<FileItem>& item : output.fileItems)
+            pages += chosenPageCount(*item, m_process->runOptions());
+    m_panel->follow(*m_process, pages);
     m_parts.view.resetView(false);
     m_parts.view.startProcess();
     m_parts.ui.loadingIndicator->hide();

@@ -2,6 +2,7 @@
 #include "cli/Options.h"
 #include "cli/Progress.h"
 #include "engine/options/ConversionOptions.h"
+#include "engine/options/PageChoice.h"
 #include "engine/sources/FolderWalk.h"
 #include "engine/sources/Sources.h"
 #include "engine/support/Paths.h"
@@ -123,6 +124,7 @@ private slots:
             --name {sep:2} a           | name '{sep:2}' has {sep:2}; digits from 1 to 20 go with *
             --name .{sep} a            | name '.{sep}' would be empty, '.' or '..'; *
             --name {page} -f tiff a    | name '{page}' would be empty, '.' or '..'; *
+            --pages 1,0 a              | pages '1,0' has '0', which is none of 3, 3-5, 3- and -1 *
             --split=yes a              | option --split takes no value
             -qv a                      | options -q and -v exclude each other
             -f png                     | no SOURCE is given
@@ -142,6 +144,50 @@ private slots:
             found = QStringList(QString::fromUtf8(error.what()));
         }
         QCOMPARE(withStars(found.join(u' '), outcome), outcome);
+    }
+
+    void choosesPages_data()
+    {
+        // Of a file with six pages; behind "!" what it lacks, "refused" what is no choice.
+        addTextRows(R"(
+            5,1-2,2,-1     | 1 2 5 6
+            3-             | 3 4 5 6
+            -2-            | 5 6
+            2--2           | 2 3 4 5
+            -3--2          | 4 5
+            ~6~,~4-5~      | 4 5 6
+            ~              | 1 2 3 4 5 6
+            5-9,12         | 5 6 ! pages 5-9, page 12 asked for, the file has 6
+            -7,-6          | 1 ! page -7 asked for, the file has 6
+            5--3           | ! pages 5--3 asked for, the file has 6
+            7-             | ! pages 7- asked for, the file has 6
+            -9-2           | 1 2 ! pages -9-2 asked for, the file has 6
+            999999999,9,9,9,9,9,9 | ! page 999999999, page 9, page 9, page 9, page 9 and 2 more *
+            9999999999     | refused
+            -              | refused
+            --1            | refused
+            1,             | refused
+            1-2-3          | refused
+            2-1            | refused
+            -1--2          | refused
+            0-2            | refused
+            +1             | refused)");
+    }
+
+    void choosesPages()
+    {
+        auto [text, expected] = textRow<2>();
+        QStringList found;
+        try {
+            const PageChoice choice(text.replace(u'~', u' '));
+            for (const int page : choice.pages(6))
+                found.append(QString::number(page));
+            if (const QString missing = choice.missing(6); !missing.isNull())
+                found.append(u"! "_s + missing);
+        } catch (const OptionError&) {
+            found.append(u"refused"_s);
+        }
+        QCOMPARE(withStars(found.join(u' '), expected), expected);
     }
 
     void ordersNames()

@@ -100,6 +100,14 @@ in/x/a.tif:W in/x/y/b.tif:W | - -v -o out --mirror < in/x/a.tif in/x/y/b.tif | o
     / 0 LOG out/ out/a1.jpg out/y/ out/y/b1.jpg
 a.tif:WW b.tif:W | -q a.tif b.tif --name X{n:4} | 0 X0001.jpg X0002.jpg X0003.jpg LOG
 a.tif:WW | a.tif --name {stem} | ! a.jpg is wanted by several pages of a.tif; * / ! nothing * / 4
+a.tif:WWWWV b.tif:WW | a.tif b.tif -f tiff --pages 4- | a.tif: 2 pages written \
+    / b.tif: 0 pages written / Total 1 files converted successfully. \
+    / 2 pages of 1 source written, 1 source failed \
+    / ! b.tif: pages 4- asked for, the file has 2 / 1 a.tiff[4/1,105/1] LOG
+a.tif:WWW | -q a.tif --pages 2- --progress always | 1 of 2 pages, * / 2 of 2 pages / 0 a2.jpg \
+    a3.jpg LOG
+a.tif:WTWM b.tif:T | -q a.tif b.tif -f tiff --split --skip-reduced | ! b.tif: warning: no page is * \
+    / 0 a1.tiff[1/1] a3.tiff[3/1] LOG
 a~b.tif:W c.tif:W | - -q -o . < a~b.tif c.tif | 0 a~b1.jpg c1.jpg LOG
 a.tif:W c.tif:W | --files-from - -v c.tif < c.tif | c1.jpg / c.tif: 1 page written \
     / All files converted successfully. / 1 page of 1 source written \

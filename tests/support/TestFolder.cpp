@@ -47,6 +47,13 @@ namespace {
             page.encoded = { QByteArray(9, static_cast<char>(gray)) };
         else if (kind == u'U')
             page.moreTags = setUnknownTag;
+        else if (kind == u'T')
+            page.moreTags = [](tiff* file) {
+                TIFFSetField(file, TIFFTAG_SUBFILETYPE, FILETYPE_REDUCEDIMAGE);
+            };
+        else if (kind == u'M')
+            page.moreTags
+                = [](tiff* file) { TIFFSetField(file, TIFFTAG_SUBFILETYPE, FILETYPE_MASK); };
         return page;
     }
 

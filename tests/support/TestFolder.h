@@ -17,8 +17,9 @@ public:
     /// file with a page for each letter: W is whole, 47 x 33 pixels of gray, the gray being the
     /// page's number; F is a fax with a row that is too short; B is listed, but its pixels cannot
     /// be decoded; U is whole and has a tag that nobody knows; V is whole, its gray is the number
-    /// and 100; the conversion of H takes seconds; after the last page, L lets the chain of pages
-    /// lead back to the first. "d.tif&a.tif" is another name (a hard link) of
+    /// and 100; T and M are whole, a thumbnail and a mask; the conversion of H takes seconds; after
+    /// the last page, L lets the chain of pages lead back to the first. "d.tif&a.tif" is another
+    /// name (a hard link) of
     /// "@/a.tif".
     /// '@' is this folder. Throws std::runtime_error.
     void make(const QString& list) const;

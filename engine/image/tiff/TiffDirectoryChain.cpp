@@ -5,6 +5,7 @@
 #include "engine/image/tiff/TiffLimits.h"
 #include "engine/threads/StopScope.h"
 
+#include <algorithm>
 #include <array>
 #include <iterator>
 #include <map>
@@ -83,19 +84,67 @@ namespace {
             return first.value_or(0);
         }
 
+        struct Head
+        {
+            std::uint64_t entries = 0;
+            bool isReduced = false;
+        };
+
+        /// The start of a directory; none past the end of the file.
+        std::optional<Head> head(std::uint64_t offset) const
+        {
+            constexpr std::size_t entriesLookedAt = 4;
+            std::array<std::uint8_t, 8 + entriesLookedAt* 20> bytes = {};
+            const std::size_t count = m_format.countBytes();
+            const std::size_t size = count + entriesLookedAt * m_format.entryBytes();
+            const std::uint64_t left = offset < m_fileSize ? m_fileSize - offset : 0;
+            const auto start = std::span(bytes).first(
+                std::max<std::uint64_t>(count, std::min<std::uint64_t>(size, left)));
+            if (!read(offset, start))
+                return std::nullopt;
+            Head found { numberIn(start.first(count), m_format.isBigEndian) };
+            for (std::uint64_t entry = 0; entry < std::min<std::uint64_t>(found.entries, 4);
+                 ++entry) {
+                const std::size_t at = count + entry * m_format.entryBytes();
+                if (at + m_format.entryBytes() <= start.size())
+                    found.isReduced
+                        = found.isReduced || isReduced(start.subspan(at, m_format.entryBytes()));
+            }
+            return found;
+        }
+
+        /// Whether the entry says that its page is a thumbnail or a mask.
+        bool isReduced(std::span<const std::uint8_t> entry) const
+        {
+            constexpr unsigned newSubfileType = 254;
+            constexpr unsigned subfileType = 255;
+            constexpr unsigned shortType = 3;
+            const std::uint64_t tag = numberIn(entry.first(2), m_format.isBigEndian);
+            const std::uint64_t type = numberIn(entry.subspan(2, 2), m_format.isBigEndian);
+            const std::uint64_t value = numberIn(
+                entry.subspan(entry.size() - m_format.offsetBytes(), type == shortType ? 2 : 4),
+                m_format.isBigEndian);
+            constexpr std::uint64_t reducedOrMask = 1U | 4U;
+            return (tag == newSubfileType && (value & reducedOrMask) != 0)
+                || (tag == subfileType && value == 2);
+        }
+
         /// Adds the directory at `offset`; the offset of the next one, none when it cannot be read.
         std::optional<std::uint64_t> readDirectory(std::uint64_t offset)
         {
-            const std::optional<std::uint64_t> entries = number(offset, m_format.countBytes());
-            if (!entries || *entries == 0 || *entries > m_fileSize / m_format.entryBytes()) {
-                m_chain.fault = faultAt(!entries);
+            const std::optional<Head> start = head(offset);
+            if (!start || start->entries == 0
+                || start->entries > m_fileSize / m_format.entryBytes()) {
+                m_chain.fault = faultAt(!start);
                 return std::nullopt;
             }
             if (isOverlapping(offset))
                 return std::nullopt;
             m_pages.emplace(offset, m_chain.offsets.size() + 1);
             m_chain.offsets.push_back(offset);
-            m_link.begin = m_format.linkAt(offset, *entries);
+            if (start->isReduced)
+                m_chain.reduced.push_back(static_cast<int>(m_chain.offsets.size()));
+            m_link.begin = m_format.linkAt(offset, start->entries);
             m_link.end = m_link.begin + m_format.offsetBytes();
             const std::optional<std::uint64_t> next = number(m_link.begin, m_format.offsetBytes());
             if (!next)

@@ -68,7 +68,7 @@ QString names(const RunPlan& plan, const Settings& settings)
     QStringList all;
     for (qsizetype output = 0; output < plan.outputs().size(); ++output) {
         QStringList pages;
-        for (int page = 1; page <= plan.outputs().at(output).fileItems.at(0)->pages(); ++page)
+        for (const int page : plan.outputs().at(output).pages)
             pages.append(path(plan, { output, isKeptTogether(settings) ? 0 : page }));
         all.append(u'[' + pages.join(u' ') + u']');
     }
@@ -142,6 +142,10 @@ private slots:
         row("running numbers of whole files", u"a.tif:WW c.tif b.tif:W"_s,
             u"outputType=2 name={n}{sep}{page}_{stem} separator=."_s, {},
             u"[1_a.tiff 1_a.tiff] [] [2_b.tiff]"_s);
+        row("chosen pages", u"a.tif:WWWW b.tif:W c.tif:TWM"_s, u"pages=-1,2- name={page}-{n}"_s, {},
+            u"[2-1.png 3-2.png 4-3.png] [1-4.png] [2-5.png 3-6.png]"_s);
+        row("without thumbnails and masks", u"a.tif:TWMW b.tif:T"_s,
+            u"skip-reduced=true outputType=2 name={stem}{n}"_s, {}, u"[a1.tiff a1.tiff] []"_s);
         row("folders in names", u"x/a.tif:W y/a.tif:W"_s,
             u"name={parent}.{folder}{sep} separator=:"_s, {}, u"[in.x-.png] [in.y-.png]"_s);
         row("a folder that is still to be made", u"x/a.tif:W y/a.tif:W"_s,
