@@ -20,7 +20,7 @@ RUNS = [
     ("float255.tif", "-f png", 0, r"\[1\]: warning: its samples lie between 0 and 255, and 0 to 1 is shown"),
     ("u32small.tif", "-f png", 0, r"\[1\]: warning: its samples lie between 1000 and 4095,"),
     ("float255.tif", "-f tiff", 0, ""),
-    ("geo_exif.tiff", "-f tiff", 0, r": warning: 12 tags left out: TransferFunction, .*, \.\.\."),
+    ("geo_exif.tiff", "-f tiff", 0, ": warning: 3 tags left out: tag 37510, tag 50839, tag 65000$"),
 ]
 
 if not FILES.is_dir():

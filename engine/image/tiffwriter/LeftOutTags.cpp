@@ -70,7 +70,6 @@ namespace {
     // one.
     constexpr std::array tagNames {
         Name { 330, "SubIFDs"_L1 },
-        Name { 342, "TransferRange"_L1 },
         Name { 700, "XMP"_L1 },
         Name { 33723, "IPTC"_L1 },
         Name { 34665, "ExifIFD"_L1 },

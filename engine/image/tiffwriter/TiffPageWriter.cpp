@@ -81,13 +81,6 @@ namespace {
             copyPageNumber(*source, to);
     }
 
-    void copyTagsOfPage(const TiffPage& page, TIFF* to)
-    {
-        copyPlacementTags(page.load(), to);
-        if (!page.treatment().stripsMetadata)
-            copyDescriptiveTags(page.load(), to);
-    }
-
     /// Strips as they were, unless they are so small that their number costs more than it gives, or
     /// so large that readers have to hold much of the page.
     std::uint32_t outputRowsPerStrip(std::uint64_t rowBytes, std::uint32_t heightPx,
@@ -199,7 +192,7 @@ namespace {
             setTag(m_to, TIFFTAG_PLANARCONFIG,
                    m_tags.planesAreSeparate ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
             setTag(m_to, TIFFTAG_ORIENTATION, m_tags.orientation);
-            copyTagsOfPage(m_page, m_to);
+            copyDescriptiveTags(m_from, m_to, m_page.treatment().stripsMetadata);
             copyInterpretationTags(m_from, m_to);
             if (becomesRgb())
                 for (const ttag_t tag : { TIFFTAG_YCBCRCOEFFICIENTS, TIFFTAG_REFERENCEBLACKWHITE,
@@ -396,7 +389,7 @@ namespace {
         const PageProperties& properties = page.properties();
         const TiffPage* source = page.tiffPage();
         if (source != nullptr)
-            copyTagsOfPage(*source, to);
+            copyDescriptiveTags(source->load(), to, source->treatment().stripsMetadata);
         const std::unique_ptr<RowSource> rows = page.rows();
         const PixelLayout& layout = rows->layout();
         setDisplayTags(to, layout, properties);

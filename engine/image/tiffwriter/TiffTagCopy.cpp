@@ -79,18 +79,16 @@ namespace {
 
 } // namespace
 
-void copyDescriptiveTags(tiff* from, tiff* to)
+void copyDescriptiveTags(tiff* from, tiff* to, bool isStripped)
 {
     for (const ttag_t tag : textTags)
-        copyTag<char*>(from, to, tag);
-    for (const ttag_t tag : { TIFFTAG_XMLPACKET, TIFFTAG_PHOTOSHOP })
-        copyTag<std::uint32_t, void*>(from, to, tag);
-    copyIptc(from, to);
-}
-
-void copyPlacementTags(tiff* from, tiff* to)
-{
-    copyTag<std::uint32_t, void*>(from, to, TIFFTAG_ICCPROFILE);
+        if (!isStripped)
+            copyTag<char*>(from, to, tag);
+    for (const ttag_t tag : { TIFFTAG_ICCPROFILE, TIFFTAG_XMLPACKET, TIFFTAG_PHOTOSHOP })
+        if (!isStripped || tag == TIFFTAG_ICCPROFILE)
+            copyTag<std::uint32_t, void*>(from, to, tag);
+    if (!isStripped)
+        copyIptc(from, to);
     copyFractions(from, to, TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION, true);
     copyFractions(from, to, TIFFTAG_XPOSITION, TIFFTAG_YPOSITION, false);
     copyTag<std::uint16_t>(from, to, TIFFTAG_RESOLUTIONUNIT);

@@ -10,12 +10,10 @@ namespace pagestack {
 
 class TiffPage;
 
-/// Copies position, resolution and ICC profile of the current page of `from` to the page that `to`
-/// writes.
-void copyPlacementTags(tiff* from, tiff* to);
-
-/// Copies texts, dates, XMP, IPTC and Photoshop data.
-void copyDescriptiveTags(tiff* from, tiff* to);
+/// Copies the texts, dates, position, resolution, ICC profile, XMP, IPTC and Photoshop data of the
+/// current page of `from` to the page that `to` writes; of these, if `isStripped`, only position,
+/// resolution and profile.
+void copyDescriptiveTags(tiff* from, tiff* to, bool isStripped);
 
 /// Copies the meaning of the samples: colour map, extra samples, sample format, ink set, range of
 /// values, colorimetry; and of YCbCr pages coefficients, positioning and sub-sampling.
