@@ -10,7 +10,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr int mostColors = 256;
+    constexpr int largestPalette = 256;
 
     bool hasIndexes(const PixelLayout& layout)
     {
@@ -117,7 +117,7 @@ void ProofMaker::addColors(const std::uint8_t* row)
         const std::uint32_t code = !isOpaque ? 1U << 24U
                                              : 2U << 24U | std::uint32_t { color[0] } << 16U
                 | std::uint32_t { color[1] } << 8U | color[2];
-        if (!isIndexed && code != last && isNewColor(code) && ++m_colorCount > mostColors) {
+        if (!isIndexed && code != last && isNewColor(code) && ++m_colorCount > largestPalette) {
             m_proof.isExact = false;
             return;
         }
