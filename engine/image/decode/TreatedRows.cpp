@@ -24,11 +24,11 @@ namespace {
             change.becomesSrgb = isCmykProfile(tags.iccProfile);
             break;
         default:
+            if (tags.isOneBitDeep() && tags.photometric != PHOTOMETRIC_PALETTE)
+                return; // black and white are the same in all
             if (!profileFitsDisplayRows(tags))
                 break;
             const bool isGray = tags.iccProfile.mid(16, 4) == "GRAY";
-            if (isGray && tags.isOneBitDeep())
-                return; // black and white are the same in all
             const ProfileKind kind
                 = profileKind(tags.iccProfile, isGray ? ColorModel::Gray : ColorModel::Rgb);
             change.becomesSrgb = kind == ProfileKind::Other;

@@ -77,8 +77,7 @@ int otsuThreshold(RowSource& luminance)
         sum += static_cast<double>(level) * static_cast<double>(counts[level]);
     }
     double best = 0;
-    std::size_t first = 0; // of equally good thresholds: no pixel lies between them
-    std::size_t last = 0;
+    int found = 128;
     double darkPixels = 0;
     double darkSum = 0;
     for (std::size_t threshold = 1; threshold < levels; ++threshold) {
@@ -90,12 +89,10 @@ int otsuThreshold(RowSource& luminance)
         const double between = darkPixels * (pixels - darkPixels) * difference * difference;
         if (between > best) {
             best = between;
-            first = threshold;
+            found = static_cast<int>(threshold);
         }
-        if (between == best)
-            last = threshold;
     }
-    return best == 0 ? 128 : static_cast<int>((first + last + 1) / 2);
+    return found;
 }
 
 std::unique_ptr<RowSource> thresholdRows(std::unique_ptr<RowSource> luminance, int threshold)

@@ -10,8 +10,7 @@ namespace pagestack {
 std::unique_ptr<RowSource> luminanceRows(std::unique_ptr<RowSource> rows);
 
 /// The threshold, 1..255, that parts the levels of `luminance`, a whole pass, into the two classes
-/// that differ most (N. Otsu, 1979): in the middle of all that do so equally well. 128 for a page
-/// of a single level. Throws as the rows do.
+/// that differ most (N. Otsu, 1979); 128 for a page of a single level. Throws as the rows do.
 int otsuThreshold(RowSource& luminance);
 
 /// The rows, of luminanceRows, in one bit a pixel: white from `threshold` on.
