@@ -41,7 +41,7 @@ missing_tools() {
         command -v "$tool" >/dev/null || { echo "$tool" && missing=yes; }
     done
     [ "$missing" = no ] || return 0
-    for module in libtiff-4 libjpeg libdeflate libpng zlib lcms2 libqpdf; do
+    for module in libtiff-4 libjpeg libdeflate libpng nettle zlib lcms2 libqpdf; do
         pkg-config --exists "$module" 2>/dev/null || echo "$module"
     done
     command -v qmake6 >/dev/null || command -v qtpaths6 >/dev/null ||

@@ -11,6 +11,7 @@
 #include <tiffio.h>
 
 #include <cstddef>
+#include <nettle/version.h>
 
 namespace pagestack {
 
@@ -31,6 +32,8 @@ QStringList codecVersions()
         u"libpng "_s + QString::fromLatin1(png_get_libpng_ver(nullptr)),
         u"giflib %1.%2.%3"_s.arg(GIFLIB_MAJOR).arg(GIFLIB_MINOR).arg(GIFLIB_RELEASE),
         u"libdeflate " LIBDEFLATE_VERSION_STRING ""_s,
+        u"nettle " PAGESTACK_VALUE_TEXT(NETTLE_VERSION_MAJOR) "." PAGESTACK_VALUE_TEXT(
+            NETTLE_VERSION_MINOR) ""_s,
         u"lcms2 %1.%2"_s.arg(lcms / 1000).arg(lcms % 1000 / 10),
         u"qpdf "_s + QString::fromLatin1(qpdf_get_qpdf_version()),
     };

@@ -20,6 +20,7 @@ struct SaveOptions
     SpareThreads* threads = nullptr; ///< may help with a large page; null: there are none
     StagedFile::Existing existing = StagedFile::Existing::Replaced; ///< not for `encodedPage`
     bool verifies = false; ///< the complete file is read back and must show the page
+    bool needsDigest = false; ///< not for `encodedPage`
 };
 
 /// A format that a page can be saved in.

@@ -30,13 +30,14 @@ bool PageImage::save(const QString& path, const Settings& settings)
 }
 
 bool PageImage::save(const QString& path, const Settings& settings, PrefetchedPage prepared,
-                     SpareThreads* threads, StagedFile::Existing existing, bool verifies)
+                     SpareThreads* threads, StagedFile::Existing existing,
+                     const RunOptions& choices)
 {
     m_failureLine.clear();
     try {
         return write(path, pageEncoding(path).type,
                      { settings.jpegQuality(), settings.tiffCompressionIndex(), threads, existing,
-                       verifies },
+                       choices.verifies, choices.needsDigests() },
                      std::move(prepared));
     } catch (const std::runtime_error& error) {
         m_failureReason = QString::fromStdString(error.what());
@@ -60,6 +61,7 @@ void PageImage::adopt(const PageDiagnostics& found) const
 bool PageImage::write(const QString& path, OutputType type, const SaveOptions& options,
                       PrefetchedPage prepared)
 {
+    m_digest.reset();
     m_failureReason.clear();
     m_failureLine.clear();
     const PageEncoding& encoding = pageEncoding(type);
@@ -68,7 +70,10 @@ bool PageImage::write(const QString& path, OutputType type, const SaveOptions& o
             adopt(prepared.diagnostics);
         else
             prepared.file = encodedPage(m_source, path, encoding, options);
+        if (options.needsDigest && !prepared.digest)
+            prepared.digest = digestOf(*prepared.file);
         prepared.file->commit(options.existing);
+        m_digest = prepared.digest;
         return true;
     } catch (const std::exception& error) {
         m_failureReason = QString::fromStdString(error.what());

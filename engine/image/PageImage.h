@@ -1,10 +1,12 @@
 #pragma once
 
+#include "engine/files/FileDigest.h"
 #include "engine/files/StagedFile.h"
 #include "engine/image/pixels/PageSource.h"
 #include "engine/image/tiffwriter/EncodedPieces.h"
 #include "engine/image/verify/TiffProof.h"
 #include "engine/log/Diagnostic.h"
+#include "engine/options/RunOptions.h"
 
 #include <QString>
 
@@ -26,6 +28,7 @@ struct PrefetchedPage
     PageDiagnostics diagnostics; ///< of `file`
     EncodedPieces pieces; ///< for the TIFF file that the page is gathered in
     std::optional<TiffPageProof> proof; ///< for the same, where it is verified
+    std::optional<FileDigest> digest; ///< of `file`, where it is wanted
 };
 
 /// The image of one page, and the writers that turn it into a file.
@@ -50,13 +53,13 @@ public:
     bool save(const QString& path, const Settings& settings);
 
     /// The same with the result of `encodedPage` for the same path, if there is one; else `threads`
-    /// can help. Fails if a file at `path` is to be kept, or if it `verifies` the page's file,
-    /// which `encodedPage` was asked to do, and that does not show the page. Nothing goes to the
+    /// can help. Fails if a file at `path` is to be kept, or if the file is verified, as
+    /// `encodedPage` was asked to, and does not show the page. Nothing goes to the
     /// system log: the caller has `takeDiagnostics` and `failureLine` for it.
     bool save(const QString& path, const Settings& settings, PrefetchedPage prepared,
               SpareThreads* threads = nullptr,
               StagedFile::Existing existing = StagedFile::Existing::Replaced,
-              bool verifies = false);
+              const RunOptions& choices = {});
 
     bool saveAsBmpWithName(const QString& path);
     bool saveAsGifWithName(const QString& path);
@@ -79,6 +82,9 @@ public:
     /// Why the last writer returned false; empty after a success.
     QString failureReason() const { return m_failureReason; }
 
+    /// Of the file that the last `save` put in place, if `choices` asked for it.
+    const std::optional<FileDigest>& digest() const { return m_digest; }
+
     /// The same as a line of the system log; empty for a refused extension.
     QString failureLine() const { return m_failureLine; }
 
@@ -88,6 +94,7 @@ private:
     bool logged(bool isWritten) const;
 
     std::shared_ptr<const PageSource> m_source;
+    std::optional<FileDigest> m_digest;
     QString m_failureReason;
     QString m_failureLine;
 };

@@ -36,6 +36,14 @@ const FileState& TiffDocument::stateAtOpening() const
 
 int TiffDocument::pageCount() const { return m_reader->document().pageCount(); }
 
+FileDigest TiffDocument::digest() const
+{
+    const OpenTiffFile& file = m_reader->document();
+    return digestOf(file.sizeBytes(), [&](std::uint64_t offset, std::span<std::uint8_t> bytes) {
+        file.readAt(offset, bytes);
+    });
+}
+
 PageImage TiffDocument::page(int index) const
 {
     return PageImage(std::make_shared<TiffPage>(m_reader, index, m_treatment));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/FileDigest.h"
 #include "engine/files/FileState.h"
 #include "engine/image/PageImage.h"
 #include "engine/options/RunOptions.h"
@@ -33,6 +34,9 @@ public:
     const FileState& stateAtOpening() const;
     int pageCount() const;
     QString chainFault() const;
+
+    /// Of the bytes of the file. Throws std::runtime_error when they cannot be read.
+    FileDigest digest() const;
 
     /// Page `index`, from 0. Throws std::out_of_range, reason "index 3 beyond bounds [0 .. 2]".
     /// Whether the page can be decoded shows only when it is read.

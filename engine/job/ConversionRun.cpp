@@ -2,6 +2,7 @@
 
 #include "engine/image/TiffDocument.h"
 #include "engine/job/GatheredTiff.h"
+#include "engine/job/RunEvidence.h"
 #include "engine/plan/ChosenPages.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/support/Paths.h"
@@ -9,6 +10,7 @@
 #include "engine/threads/StopScope.h"
 
 #include <QFile>
+#include <QScopeGuard>
 
 #include <stdexcept>
 #include <utility>
@@ -86,6 +88,9 @@ void ConversionRun::convertItem(const OutputFile& output, PlanPlace place, LogFi
     });
     if (document && !m_job.isCombining())
         return; // with nothing said of the source, whose pages may not all have been searched for
+    RunEvidence& evidence = *m_options.evidence;
+    evidence.beginSource(item, document.get(), record);
+    const auto end = qScopeGuard([&] { evidence.endSource(); });
     try {
         if (document) {
             const std::optional<FileIdentity> identity = fileIdentity(QFile::encodeName(path));
@@ -164,6 +169,8 @@ void ConversionRun::skipTogether(const Source& source, const QList<int>& range, 
                                            .sourcePageNo = page,
                                            .status = u"Skipped"_s });
         emit m_job.pageDone(source.document.path(), page, path, PageOutcome::Skipped);
+        m_options.evidence->addPage(
+            { .number = page, .path = path, .outcome = PageOutcome::Skipped });
     }
 }
 
@@ -201,6 +208,7 @@ void ConversionRun::savePage(const Source& source, PageImage& image, LogFile& re
     } else if (trouble.isNull()) {
         outcome = PageOutcome::Written;
         record.status = u"Completed"_s;
+        record.digest = image.digest();
         m_job.setTotalFileCreated(m_job.totalFileCreated() + 1);
         ++source.record.pages;
         emit m_job.fileWritten(sourcePath, path, 1);
@@ -210,6 +218,10 @@ void ConversionRun::savePage(const Source& source, PageImage& image, LogFile& re
         m_found->tellError(page, trouble);
     }
     emit m_job.pageDone(sourcePath, page, path, outcome);
+    m_options.evidence->addPage(
+        { page, path, outcome, false,
+          outcome == PageOutcome::Written ? m_found->leftOutOfPage() : QStringList(),
+          record.digest });
 }
 
 /// Null when the page is in place, else the reason why not.
@@ -231,7 +243,7 @@ QString ConversionRun::saveImage(const Source& source, PageImage& image, int pag
     QString trouble = m_supply.withRoom([&]() -> QString {
         image.takeDiagnostics(); // of an attempt before this one
         if (image.save(path, m_settings, std::exchange(prepared, {}), &m_supply.threads(),
-                       m_options.existing, m_options.choices.verifies))
+                       m_options.existing, m_options.choices))
             return {};
         return image.failureReason().isNull() ? u""_s : image.failureReason();
     });

@@ -4,6 +4,7 @@
 #include "engine/image/tiffwriter/MultiPageTiffWriter.h"
 #include "engine/image/verify/ReadBack.h"
 #include "engine/job/PageSupply.h"
+#include "engine/job/RunEvidence.h"
 #include "engine/job/SourceFindings.h"
 #include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
@@ -48,6 +49,7 @@ bool GatheredTiff::save(const QString& path, const QList<int>& range, const Tiff
     };
     if (loss.isNull() && m_supply.withRoom(commit).isNull()) {
         logFiles.gathered = GatheredFile::None;
+        m_options.evidence->addGathered(path, m_digest);
         emit m_job.fileWritten(document.path(), path, file.pageCount());
         m_found.tellRemarks();
         m_found.tellLeftOutTags();
@@ -85,6 +87,13 @@ void GatheredTiff::gatherPages(MultiPageTiffWriter& file, const QString& path,
         if (outcome == Process::PageOutcome::Written)
             ++logFiles.pages;
         emit m_job.pageDone(document.path(), page, path, outcome);
+        m_options.evidence->addPage(
+            { page,
+              path,
+              outcome,
+              true,
+              outcome == Process::PageOutcome::Written ? m_found.leftOutOfPage() : QStringList(),
+              {} });
         m_job.log()->putAside();
     }
 }
@@ -138,6 +147,7 @@ void GatheredTiff::append(MultiPageTiffWriter& file, const PageImage& image,
                           PrefetchedPage prepared)
 {
     if (prepared.file) { // and read back, where that is asked for
+        m_digest = prepared.digest;
         image.adopt(prepared.diagnostics);
         file.appendEncoded(image.sharedSource(), std::move(prepared.file));
         return;
@@ -150,10 +160,12 @@ void GatheredTiff::append(MultiPageTiffWriter& file, const PageImage& image,
 }
 
 /// At the complete file, before it is put in place.
-void GatheredTiff::look(StagedFile& file) const
+void GatheredTiff::look(StagedFile& file)
 {
     if (!m_proof.isEmpty())
         readBack([&] { m_proof.check(file); });
+    if (m_options.choices.needsDigests() && !m_digest)
+        m_digest = digestOf(file);
 }
 
 } // namespace pagestack

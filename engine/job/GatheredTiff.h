@@ -36,12 +36,13 @@ private:
                                     LogFile& record);
     void appendPage(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage& prepared);
     void append(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage prepared);
-    void look(StagedFile& file) const;
+    void look(StagedFile& file);
 
     Process& m_job;
     const RunSetup& m_options;
     PageSupply& m_supply;
     SourceFindings& m_found;
+    std::optional<FileDigest> m_digest; ///< of the complete file, where it is wanted
     TiffProof m_proof; ///< of the pages gathered here, where they are verified
 };
 

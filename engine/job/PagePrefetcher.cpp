@@ -174,7 +174,8 @@ void PagePrefetcher::lookAtPage(const OutputFile& output, int page)
         step.task->options = { .jpegQuality = m_settings.jpegQuality(),
                                .tiffCompressionIndex = m_settings.tiffCompressionIndex(),
                                .threads = &m_threads,
-                               .verifies = m_options.verifies };
+                               .verifies = m_options.verifies,
+                               .needsDigest = m_options.needsDigests() };
         m_workers.add(step.task);
     }
     m_steps.push_back(std::move(step));

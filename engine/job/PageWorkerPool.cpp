@@ -158,6 +158,8 @@ void PageWorkerPool::prepare(PageTask& task, Desk& desk)
             task.folders->makeFor(task.targetPath);
             result.file = encodedPage(image.sharedSource(), task.targetPath,
                                       pageEncoding(task.targetPath), task.options);
+            if (task.options.needsDigest)
+                result.digest = digestOf(*result.file);
             result.file->settle();
             result.diagnostics = image.takeDiagnostics();
         }

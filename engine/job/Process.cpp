@@ -2,6 +2,7 @@
 
 #include "engine/files/StagedNames.h"
 #include "engine/job/ConversionRun.h"
+#include "engine/job/RunEvidence.h"
 #include "engine/plan/ChosenPages.h"
 #include "engine/support/Dates.h"
 #include "engine/support/SystemLog.h"
@@ -42,6 +43,8 @@ Process::Process(Workspace* workspace, TimeLine updateTimeTakenLabel, QObject* p
     , m_message(u""_s)
     , m_log(std::make_shared<Log>())
 {
+    m_evidence = std::make_unique<RunEvidence>(*this, m_options);
+    m_options.evidence = m_evidence.get();
 }
 
 Process::~Process() = default;
@@ -54,6 +57,7 @@ void Process::start()
     if (settings()->separator().isNull())
         settings()->setSeparator(u""_s);
     log()->startTime = QDateTime::currentDateTime();
+    m_evidence->begin();
     try {
         convertOutputs();
     } catch (...) {
@@ -129,7 +133,9 @@ void Process::endRun()
 {
     // Whatever happens below: a window waits for this.
     const auto complete = qScopeGuard([this] { setIsCompleted(true); });
+    m_evidence->writeChecksums();
     saveLog();
+    m_evidence->writeRecord(m_recordFile);
     setMessage(finalMessage());
     const std::shared_ptr<Log> runLog = log();
     setTimeTaken(timeTakenString(runLog->startTime, runLog->endTime));

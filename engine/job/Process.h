@@ -18,6 +18,7 @@
 
 namespace pagestack {
 
+class RunEvidence;
 class TiffDocument;
 class Workspace;
 
@@ -29,6 +30,7 @@ struct RunSetup
     int jobs = 0;
     RunOptions choices {};
     std::function<void()> showTimeTaken {}; ///< called after each output
+    RunEvidence* evidence = nullptr; ///< outlives the run
 
     bool isWanted(const QString& outputPath) const
     {
@@ -149,6 +151,9 @@ public:
     void setRunOptions(const RunOptions& options) { m_options.choices = options; }
     const RunOptions& runOptions() const { return m_options.choices; }
 
+    /// The record of the run goes to the file at `path` instead of one beside the log.
+    void setRecordFile(const QString& path) { m_recordFile = path; }
+
     bool isCombining() const { return m_isCombining; }
     void setIsCombining(bool value) { emit isCombiningChanged(m_isCombining = value); }
     bool isCompleted() const { return m_isCompleted; }
@@ -255,7 +260,9 @@ private:
     Workspace* m_workspace;
     TimeLine m_updateTimeTakenLabel;
     RunSetup m_options { .showTimeTaken
-                         = [this] { showTimeTaken(); } }; ///< as the next four, job's thread only
+                         = [this] { showTimeTaken(); } }; ///< as the next six, job's thread only
+    std::unique_ptr<RunEvidence> m_evidence;
+    QString m_recordFile;
     bool m_hasFailed = false;
     QString m_failure;
     QSet<std::size_t> m_sweptFolders; ///< hashes of their paths

@@ -60,6 +60,7 @@ PageDiagnostics SourceFindings::takeDiagnostics(const PageImage& image)
     PageDiagnostics found = image.takeDiagnostics();
     m_log.write(lastPathComponent(m_document.path()), found.logLines);
     m_detail = found.logLines.join(u'\n');
+    m_leftOutOfPage = found.leftOutTags + found.tagsWithoutPlace;
     return found;
 }
 

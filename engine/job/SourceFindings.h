@@ -38,6 +38,9 @@ public:
     /// output lacks.
     void addLosses(int page, const PageDiagnostics& found);
 
+    /// Names of what the page that was looked at last says and its output does not.
+    const QStringList& leftOutOfPage() const { return m_leftOutOfPage; }
+
     /// Tells of the tags that outputs lack, once a source: its pages mostly have the same. Those
     /// for which the format has no place are no fault: the system log and the record tell of them.
     void tellLeftOutTags();
@@ -65,6 +68,7 @@ private:
     CodecLog m_log;
     QString m_doubt; ///< the first warning, with its page
     QStringList m_leftOutTags; ///< each once
+    QStringList m_leftOutOfPage;
     QMap<QString, int> m_remarks; ///< with the number of their pages
     QStringList m_tagsWithoutPlace; ///< each once
     QString m_detail; ///< messages of the codec about the page in hand, until they are told

@@ -70,13 +70,25 @@ namespace {
     /// The start of an element that `element` has made.
     QByteArray opened(QByteArray element) { return element.replace(element.size() - 3, 2, ">"); }
 
+    QString sizeText(const std::optional<FileDigest>& digest)
+    {
+        return digest ? QString::number(digest->sizeBytes) : QString();
+    }
+
+    QString hexText(const std::optional<FileDigest>& digest)
+    {
+        return digest ? digest->hex() : QString();
+    }
+
     QByteArray pageElement(const LogFile& page)
     {
         return element(2, u"File"_s,
                        { { u"NewFileName"_s, page.targetFile },
                          { u"SourcePageNo"_s, QString::number(page.sourcePageNo) },
                          { u"Status"_s, page.status } },
-                       { { u"Reason"_s, page.reason } });
+                       { { u"Reason"_s, page.reason },
+                         { u"Size"_s, sizeText(page.digest) },
+                         { u"SHA256"_s, hexText(page.digest) } });
     }
 
     QByteArray sourceElement(const LogFiles& source)
@@ -90,7 +102,11 @@ namespace {
                          { u"Pages"_s, QString::number(source.pages) } },
                        { { u"Written"_s, isMissing ? u"no"_s : QString() },
                          { u"Reason"_s, source.reason },
-                         { u"LeftBehind"_s, source.leftBehind } });
+                         { u"LeftBehind"_s, source.leftBehind },
+                         { u"SourceSize"_s, sizeText(source.sourceDigest) },
+                         { u"SourceSHA256"_s, hexText(source.sourceDigest) },
+                         { u"TargetSize"_s, sizeText(source.targetDigest) },
+                         { u"TargetSHA256"_s, hexText(source.targetDigest) } });
     }
 
     /// The elements of pages, with what became of their file, which is known after them. A value

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/FileDigest.h"
 #include "engine/files/StagedFile.h"
 
 #include <QByteArray>
@@ -11,6 +12,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace pagestack {
@@ -25,6 +27,7 @@ struct LogFile
     int targetPageNo = 0; ///< within the output file; never written to the XML file
     QString status { QLatin1String("") };
     QString reason {}; ///< of a failure, or what the page has lost all the same; null: nothing
+    std::optional<FileDigest> digest {}; ///< of its own file in place, where it is asked for
 };
 
 /// What became of the file in which the pages of a source are gathered.
@@ -46,6 +49,8 @@ struct LogFiles
     QString reason {}; ///< everything that went wrong with the file as a whole; null: nothing
     GatheredFile gathered = GatheredFile::None;
     QString leftBehind {}; ///< what its pages say that the format has no place for; null: nothing
+    std::optional<FileDigest> sourceDigest {}; ///< where they are asked for
+    std::optional<FileDigest> targetDigest {}; ///< of the file in which the pages are gathered
 };
 
 /// What one run read and wrote, and the XML file that tells it.

@@ -243,6 +243,14 @@ namespace {
                 u"reads each output back before it gets its name; one that does not show its page "
                 "is not saved"_s,
                 u"Verify outputs"_s, u"Proof"_s),
+            flag<&RunOptions::writesChecksums>(u"checksums"_s,
+                                               u"writes a file SHA256SUMS beside the outputs, as "
+                                               u"'sha256sum -c' reads it; one that is "
+                                               "there keeps its lines of other files"_s,
+                                               u"Write SHA256SUMS"_s, u"Proof"_s),
+            flag<&RunOptions::writesRecord>(
+                u"keep-record"_s, u"writes a record of the run, a JSON document, beside its log"_s,
+                u"Write a record of the run"_s, u"Proof"_s),
         };
     }
 

@@ -38,6 +38,9 @@ struct RunOptions
     bool writesChecksums = false; ///< SHA256SUMS beside the outputs
     bool writesRecord = false; ///< a JSON document of the run, beside its log
 
+    /// Whether sizes and digests of sources and outputs are wanted.
+    bool needsDigests() const { return writesChecksums || writesRecord; }
+
     friend bool operator==(const RunOptions&, const RunOptions&) = default;
 };
 

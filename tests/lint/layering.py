@@ -23,7 +23,7 @@ engine/support < engine/threads < engine/files < engine/settings engine/log
 """
 LEVEL = {part: level for level, row in enumerate(LAYERS.split("<")) for part in row.split()}
 INCLUDE = re.compile(r'\s*#\s*(?:include|import)\s*[<"]([^>"]+)')
-CODEC_HEADER = re.compile(r"(tiff\w*|jpeglib|jerror|png\w*|gif_lib|zlib|libdeflate|lcms2\w*)\.h$|qpdf/")
+CODEC_HEADER = re.compile(r"(tiff\w*|jpeglib|jerror|png\w*|gif_lib|zlib|libdeflate|nettle/\w+|lcms2\w*)\.h$|qpdf/")
 # Path, line, and a word of what is said of it.
 SAMPLES = [
     ("engine/support/A.h", "#  include <QtWidgets/QWidget>", "Qt Core"),

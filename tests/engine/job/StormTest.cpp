@@ -132,11 +132,12 @@ struct Draw
         };
         const auto& [drawn, more] = scenes.at(random.bounded(scenes.size()));
         sources = drawn;
-        changes = u"outputType=%1 isSplitTIFFIntoSinglePages=%2 tiffCompressionIndex=%3 verify=%4"_s
-                      .arg(outputType)
-                      .arg(outputType == 2 ? random.bounded(2) : 1)
-                      .arg(random.bounded(5))
-                      .arg(random.bounded(2) == 0 ? u"true"_s : u"false"_s)
+        changes
+            = u"outputType=%1 isSplitTIFFIntoSinglePages=%2 tiffCompressionIndex=%3 verify=%4 checksums=%4"_s
+                  .arg(outputType)
+                  .arg(outputType == 2 ? random.bounded(2) : 1)
+                  .arg(random.bounded(5))
+                  .arg(random.bounded(2) == 0 ? u"true"_s : u"false"_s)
             + more;
         whole = outcome(sources, changes, 1);
         jobs = random.bounded(1, 9);

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+
+namespace pagestack {
+
+class ByteFile;
+
+/// Size and SHA-256 (FIPS 180-4) of a file's bytes.
+struct FileDigest
+{
+    std::uint64_t sizeBytes = 0;
+    std::array<std::uint8_t, 32> sha256 {};
+
+    QString hex() const;
+
+    friend bool operator==(const FileDigest&, const FileDigest&) = default;
+};
+
+/// Of the `size` bytes that `readAt` gives: fills all of `bytes` from `offset` on. Throws what that
+/// throws. Any thread.
+FileDigest
+digestOf(std::uint64_t size,
+         const std::function<void(std::uint64_t offset, std::span<std::uint8_t> bytes)>& readAt);
+
+/// Of a complete file, as it is read back.
+FileDigest digestOf(ByteFile& file);
+
+/// Of the regular file at `path`, in the file system's encoding; none when it cannot be read.
+std::optional<FileDigest> digestOf(const QByteArray& path);
+
+} // namespace pagestack

@@ -1,0 +1,333 @@
+#include "engine/job/RunEvidence.h"
+
+#include "engine/files/StagedNames.h"
+#include "engine/image/CodecVersions.h"
+#include "engine/image/TiffDocument.h"
+#include "engine/image/decode/TiffPage.h"
+#include "engine/job/SourceFindings.h"
+#include "engine/options/ConversionOptions.h"
+#include "engine/support/Info.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QSysInfo>
+
+#include <array>
+#include <stdexcept>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    struct CodeName
+    {
+        int code;
+        const char* name;
+    };
+
+    /// TIFF 6.0, PhotometricInterpretation, and the additions of libtiff.
+    constexpr std::array photometrics {
+        CodeName { 0, "white is zero" }, CodeName { 1, "black is zero" },
+        CodeName { 2, "RGB" },           CodeName { 3, "palette" },
+        CodeName { 4, "mask" },          CodeName { 5, "separated" },
+        CodeName { 6, "YCbCr" },         CodeName { 8, "CIE L*a*b*" },
+        CodeName { 9, "ICC L*a*b*" },    CodeName { 10, "ITU L*a*b*" },
+        CodeName { 32844, "LogL" },      CodeName { 32845, "LogLuv" },
+    };
+
+    constexpr std::array compressions {
+        CodeName { 1, "none" },
+        CodeName { 2, "CCITT RLE" },
+        CodeName { 3, "G3" },
+        CodeName { 4, "G4" },
+        CodeName { 5, "LZW" },
+        CodeName { 6, "old-style JPEG" },
+        CodeName { 7, "JPEG" },
+        CodeName { 8, "Deflate" },
+        CodeName { 32766, "NeXT" },
+        CodeName { 32771, "CCITT RLEW" },
+        CodeName { 32773, "PackBits" },
+        CodeName { 32809, "ThunderScan" },
+        CodeName { 32946, "Deflate" },
+        CodeName { 34661, "JBIG" },
+        CodeName { 34676, "SGILog" },
+        CodeName { 34677, "SGILog24" },
+        CodeName { 34887, "LERC" },
+        CodeName { 34925, "LZMA" },
+        CodeName { 50000, "Zstandard" },
+        CodeName { 50001, "WebP" },
+    };
+
+    template <std::size_t Count>
+    QString nameOf(int code, const std::array<CodeName, Count>& names)
+    {
+        for (const CodeName& known : names)
+            if (known.code == code)
+                return QString::fromLatin1(known.name);
+        return QString::number(code);
+    }
+
+    QString utcText(const QDateTime& date) { return date.toUTC().toString(Qt::ISODateWithMs); }
+
+    QJsonObject fileMembers(const QString& path, const std::optional<FileDigest>& digest)
+    {
+        QJsonObject file { { u"path"_s, path } };
+        if (digest) {
+            file[u"size"_s] = static_cast<qint64>(digest->sizeBytes);
+            file[u"sha256"_s] = digest->hex();
+        }
+        return file;
+    }
+
+    QJsonArray listOf(QStringList& texts)
+    {
+        return QJsonArray::fromStringList(std::exchange(texts, {}));
+    }
+
+    std::optional<FileDigest> sourceDigest(const QString& path, const TiffDocument* document)
+    try {
+        return document ? document->digest() : digestOf(QFile::encodeName(path));
+    } catch (const std::runtime_error&) {
+        return {};
+    }
+
+    QJsonObject hostMembers()
+    {
+        return { { u"name"_s, QSysInfo::machineHostName() },
+                 { u"system"_s, QSysInfo::prettyProductName() },
+                 { u"kernel"_s, QSysInfo::kernelType() + u' ' + QSysInfo::kernelVersion() },
+                 { u"architecture"_s, QSysInfo::currentCpuArchitecture() } };
+    }
+
+} // namespace
+
+RunEvidence::RunEvidence(Process& job, const RunSetup& options)
+    : m_job(job)
+    , m_options(options)
+{
+    QObject::connect(
+        &job, &Process::diagnosed, &job,
+        [this](const Diagnostic& diagnostic) { takeDiagnostic(diagnostic); }, Qt::DirectConnection);
+}
+
+RunEvidence::~RunEvidence() = default;
+
+void RunEvidence::begin()
+{
+    m_isOn = m_options.choices.needsDigests();
+    if (!m_options.choices.writesRecord)
+        return;
+    m_record = std::make_unique<RunRecord>();
+    m_record->begin(head());
+}
+
+QJsonObject RunEvidence::head() const
+{
+    QJsonObject options;
+    const ConversionOptions chosen = conversionOptions(*m_job.settings(), m_options.choices);
+    for (const ConversionOptionRow& row : conversionOptionTable())
+        options[row.name] = row.text(chosen, row);
+    const bool isKept = m_options.existing == StagedFile::Existing::Kept;
+    return { { u"format"_s, u"pagestack-record"_s },
+             { u"formatVersion"_s, 1 },
+             { u"program"_s,
+               QJsonObject { { u"name"_s, u"Pagestack"_s },
+                             { u"version"_s, version.toString() } } },
+             { u"libraries"_s,
+               QJsonArray::fromStringList(QStringList(u"Qt "_s + QString::fromLatin1(qVersion()))
+                                          + codecVersions()) },
+             { u"host"_s, hostMembers() },
+             { u"options"_s, options },
+             { u"outputFolder"_s, m_job.settings()->outputFolderPath() },
+             { u"existingFiles"_s, isKept ? u"kept"_s : u"replaced"_s },
+             { u"start"_s, utcText(m_job.log()->startTime) } };
+}
+
+QJsonObject RunEvidence::end() const
+{
+    const Log& log = *m_job.log();
+    const QString state = !log.reason.isNull() ? u"failed"_s
+        : log.isCancelled                      ? u"cancelled"_s
+                                               : u"complete"_s;
+    QJsonObject members {
+        { u"end"_s, utcText(log.endTime) },
+        { u"state"_s, state },
+        { u"log"_s, log.logFilePath() },
+        { u"totals"_s,
+          QJsonObject { { u"sourcesPlanned"_s, m_job.outputFiles().size() },
+                        { u"sourcesProcessed"_s, m_job.totalFileProcessed() },
+                        { u"filesWritten"_s, m_job.totalFileCreated() },
+                        { u"pagesWritten"_s, m_pages.written },
+                        { u"pagesFailed"_s, m_pages.failed },
+                        { u"pagesSkipped"_s, m_pages.skipped },
+                        { u"pagesNotWritten"_s, m_pages.notWritten } } },
+    };
+    if (!log.reason.isNull())
+        members[u"reason"_s] = log.reason;
+    return members;
+}
+
+void RunEvidence::beginSource(const FileItem& item, const TiffDocument* document, LogFiles& record)
+{
+    if (!m_isOn)
+        return;
+    const QString path = item.filePath().toLocalFile();
+    m_source = &record;
+    record.sourceDigest = sourceDigest(path, document);
+    if (!m_record)
+        return;
+    m_document = document ? document->clone() : nullptr;
+    QJsonObject members = fileMembers(path, record.sourceDigest);
+    const std::optional<FileState> state
+        = document ? std::optional(document->stateAtOpening()) : fileState(QFile::encodeName(path));
+    if (state) {
+        members[u"size"_s] = static_cast<qint64>(state->sizeBytes);
+        members[u"modified"_s]
+            = utcText(QDateTime::fromMSecsSinceEpoch(state->modifiedNs / 1'000'000));
+    }
+    members[u"pagesCounted"_s] = item.pages();
+    if (document)
+        members[u"pagesFound"_s] = document->pageCount();
+    m_record->beginSource(members);
+}
+
+/// By a reader of its own: the messages of the job's are not for here.
+QJsonObject RunEvidence::kindOf(int page) const
+try {
+    const PageImage image = m_document->page(page - 1);
+    const TiffPageTags& tags = image.source().tiffPage()->tags();
+    return { { u"width"_s, static_cast<qint64>(tags.widthPx) },
+             { u"height"_s, static_cast<qint64>(tags.heightPx) },
+             { u"bits"_s, tags.bitsPerSample },
+             { u"samples"_s, tags.samplesPerPixel },
+             { u"colour"_s, nameOf(tags.photometric, photometrics) },
+             { u"compression"_s, nameOf(tags.compression, compressions) } };
+} catch (const std::exception&) { // no such page, or its directory cannot be read
+    return {};
+}
+
+void RunEvidence::addPage(const Page& page)
+{
+    if (!m_isOn)
+        return;
+    const bool isWritten = page.outcome == Process::PageOutcome::Written;
+    if (isWritten && page.isGathered)
+        ++m_gatheredPages;
+    else
+        ++(isWritten                                          ? m_pages.written
+               : page.outcome == Process::PageOutcome::Failed ? m_pages.failed
+                                                              : m_pages.skipped);
+    if (isWritten && page.digest)
+        addChecksum(page.path, *page.digest);
+    if (!m_record)
+        return;
+    QJsonObject members { { u"page"_s, page.number },
+                          { u"output"_s, fileMembers(page.path, page.digest) },
+                          { u"outcome"_s,
+                            !isWritten ? page.outcome == Process::PageOutcome::Failed ? u"failed"_s
+                                                                                      : u"skipped"_s
+                                : page.isGathered ? u"gathered"_s
+                                                  : u"written"_s } };
+    if (const QJsonObject kind = kindOf(page.number); !kind.isEmpty())
+        members[u"kind"_s] = kind;
+    members[u"reasons"_s] = listOf(m_pageReasons);
+    members[u"warnings"_s] = listOf(m_pageWarnings);
+    members[u"leftBehind"_s] = QJsonArray::fromStringList(page.leftBehind);
+    m_record->addPage(members);
+}
+
+void RunEvidence::addGathered(const QString& path, const std::optional<FileDigest>& digest)
+{
+    if (!m_isOn)
+        return;
+    m_gathered = fileMembers(path, digest);
+    if (m_source)
+        m_source->targetDigest = digest;
+    if (digest)
+        addChecksum(path, *digest);
+}
+
+void RunEvidence::endSource()
+{
+    if (!m_isOn || !m_source)
+        return;
+    const GatheredFile gathered = m_source->gathered;
+    (!m_gathered.isEmpty()                   ? m_pages.written
+         : gathered == GatheredFile::Skipped ? m_pages.skipped
+                                             : m_pages.notWritten)
+        += std::exchange(m_gatheredPages, 0);
+    QJsonObject members { { u"reasons"_s, listOf(m_reasons) },
+                          { u"warnings"_s, listOf(m_warnings) } };
+    if (!m_gathered.isEmpty())
+        members[u"gathered"_s] = std::exchange(m_gathered, {});
+    m_document.reset();
+    m_source = nullptr;
+    if (m_record)
+        m_record->endSource(members);
+}
+
+/// Of a page comes before the page itself does.
+void RunEvidence::takeDiagnostic(const Diagnostic& diagnostic)
+{
+    if (!m_record)
+        return;
+    const bool isError = diagnostic.severity == Diagnostic::Severity::Error;
+    if (diagnostic.page > 0)
+        (isError ? m_pageReasons : m_pageWarnings).append(diagnostic.reason);
+    else
+        (isError ? m_reasons : m_warnings).append(diagnostic.reason);
+}
+
+void RunEvidence::addChecksum(const QString& path, const FileDigest& digest)
+{
+    if (!m_options.choices.writesChecksums)
+        return;
+    try {
+        m_checksums.add(path, digest);
+    } catch (const std::runtime_error& error) {
+        m_checksumFault = reasonOf(error);
+    }
+}
+
+void RunEvidence::tellTrouble(const QString& path, const QString& reason)
+{
+    emit m_job.diagnosed({ .sourcePath = path, .reason = reason });
+}
+
+void RunEvidence::writeChecksums()
+{
+    if (!m_isOn)
+        return;
+    endSource(); // that an exception may have left open
+    if (!m_checksumFault.isNull())
+        tellTrouble(u"SHA256SUMS"_s, m_checksumFault);
+    for (const ChecksumFiles::Trouble& trouble : m_checksums.write())
+        tellTrouble(trouble.path, trouble.reason);
+}
+
+void RunEvidence::writeRecord(const QString& chosenFile)
+{
+    if (!m_record)
+        return;
+    m_record->end(end());
+    const QString log = m_job.log()->logFilePath();
+    if (chosenFile.isEmpty() && log.isNull())
+        return;
+    const QString path = chosenFile.isEmpty() ? log.chopped(4) + u".json"_s : chosenFile;
+    QString fault;
+    try {
+        fault = m_record->saveTo(path,
+                                 chosenFile.isEmpty() ? StagedFile::Existing::Kept
+                                                      : StagedFile::Existing::Replaced);
+    } catch (const StagedFile::NameTaken& taken) {
+        fault = reasonOf(taken);
+    }
+    if (!fault.isNull())
+        tellTrouble(path, u"the record could not be written: "_s + fault);
+}
+
+} // namespace pagestack

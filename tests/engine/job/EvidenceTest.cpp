@@ -1,0 +1,165 @@
+#include "engine/files/ChecksumFiles.h"
+#include "tests/engine/job/JobFixture.h"
+#include "tests/support/Testing.h"
+
+#include <QCryptographicHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+
+namespace {
+
+QString hexOf(const QByteArray& bytes)
+{
+    return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
+}
+
+/// What `command` says, when it fails, null when it is content; "skipped" when there is none such.
+QString complaintOf(const QString& command, const QStringList& words, const QString& folder = {})
+{
+    QProcess process;
+    process.setWorkingDirectory(folder);
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(command, words);
+    if (!process.waitForStarted())
+        return u"skipped"_s;
+    process.waitForFinished();
+    return process.exitCode() == 0 ? QString() : QString::fromUtf8(process.readAll());
+}
+
+const QString validator = uR"(import sys
+try:
+    import json, jsonschema
+except ImportError:
+    sys.exit("skipped")
+jsonschema.validate(*(json.load(open(name)) for name in sys.argv[1:]))
+)"_s;
+
+} // namespace
+
+class EvidenceTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // Lines of files that are not of this run must never go.
+    void keepsTheLinesOfOtherFiles_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("after"); // '#' stands for a digest, '*' for the new one
+        QTest::newRow("none") << QString() << u"*  a b\n"_s;
+        QTest::newRow("others") << u"#  c\n# *d\n"_s << u"#  c\n# *d\n*  a b\n"_s;
+        QTest::newRow("the same") << u"#  a b\n#  c\n"_s << u"#  c\n*  a b\n"_s;
+        QTest::newRow("the same, below") << u"#  ./a b\n"_s << u"*  a b\n"_s;
+        QTest::newRow("without an end") << u"#  c"_s << u"#  c\n*  a b\n"_s;
+        QTest::newRow("escaped") << u"\\#  c\\nd\n"_s << u"\\#  c\\nd\n*  a b\n"_s;
+        for (const char* odd : { "SHA256 (c) = #\n", "#  c\n\n", "#\n", "#  \n", "12  c\n" })
+            QTest::newRow(odd) << QString::fromLatin1(odd) << QString();
+    }
+    void keepsTheLinesOfOtherFiles()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"SHA256SUMS"_s);
+        const FileDigest digest;
+        const QByteArray old = before.replace(u'#', hexOf("old")).toUtf8();
+        if (!old.isEmpty())
+            putBytes(path, old);
+        ChecksumFiles files;
+        files.add(folder.filePath(u"a b"_s), digest);
+        const auto troubles = files.write();
+        QCOMPARE(troubles.empty(), !after.isNull());
+        after.replace(u'#', hexOf("old")).replace(u'*', digest.hex());
+        // The mark of binary files is one of the others' lines.
+        after.replace(digest.hex() + u'd', u"*d"_s);
+        QCOMPARE(bytesOf(path), troubles.empty() ? after.toUtf8() : old);
+    }
+
+    // A digest of other bytes than those in place, a document that is cut off or of another form.
+    void provesWhatIsInPlace_data()
+    {
+        QTest::addColumn<QString>("changes");
+        QTest::addColumn<QString>("state");
+        const QString troubles = u" in/more.tif:WWW out/a2.png/"_s;
+        QTest::newRow("pages") << troubles << u"complete"_s;
+        QTest::newRow("pages by threads") << troubles + u" jobs=3 verify=true"_s << u"complete"_s;
+        QTest::newRow("together") << u"outputType=2"_s << u"complete"_s;
+        QTest::newRow("together by threads") << u"outputType=2 jobs=3"_s << u"complete"_s;
+        QTest::newRow("cancelled")
+            << u"stopAt=page~in/a.tif~2~out/a2.png~Written"_s << u"cancelled"_s;
+        QTest::newRow("cancelled together")
+            << u"outputType=2 stopAt=page~in/a.tif~2~out/a.tiff~Written"_s << u"cancelled"_s;
+        QTest::newRow("broken off") << u"stopAt=none"_s << u"failed"_s;
+    }
+    void provesWhatIsInPlace()
+    {
+        QFETCH(QString, changes);
+        QFETCH(QString, state);
+        JobFixture fixture(
+            u"a.tif:WWU back\\slash.tif:W bad.tif:WBW more.tif:W text.tif gone.tif>x"_s,
+            u"checksums=true keep-record=true "_s + changes);
+        if (state == u"failed")
+            fixture.onEvent = [&](const QString& met) {
+                if (met == u"file bad.tif")
+                    throw std::runtime_error("an observer");
+            };
+        fixture.run();
+        const QString out = fixture.folder.path(u"out"_s);
+        const QString trouble = complaintOf(
+            u"sha256sum"_s, { u"--check"_s, u"--strict"_s, u"--quiet"_s, u"SHA256SUMS"_s }, out);
+        QVERIFY2(trouble.isNull() || trouble == u"skipped", qPrintable(trouble));
+
+        const QString path = fixture.job.log()->logFilePath().chopped(4) + u".json"_s;
+        const QJsonObject record = QJsonDocument::fromJson(bytesOf(path)).object();
+        QCOMPARE(record[u"state"_s].toString(), state);
+        const QString schema
+            = qEnvironmentVariable("PAGESTACK_SOURCE_DIR") + u"/docs/record.schema.json"_s;
+        const QString fault = complaintOf(u"python3"_s, { u"-c"_s, validator, path, schema });
+        if (fault.contains(u"skipped"))
+            qInfo("the record is not validated: python3 has no jsonschema");
+        else
+            QVERIFY2(fault.isNull(), qPrintable(fault));
+
+        QStringList proved;
+        const auto look = [&](const QJsonObject& file) {
+            if (!file.contains(u"sha256"_s))
+                return;
+            const QByteArray bytes = bytesOf(file[u"path"_s].toString());
+            QCOMPARE(file[u"sha256"_s].toString(), hexOf(bytes));
+            QCOMPARE(file[u"size"_s].toInteger(), bytes.size());
+            proved.append(lastPathComponent(file[u"path"_s].toString()));
+        };
+        int written = 0;
+        int failed = 0;
+        for (const auto& source : record[u"sources"_s].toArray()) {
+            if (source[u"path"_s].toString() != fixture.folder.path(u"in/gone.tif"_s))
+                QVERIFY(source[u"sha256"_s].isString());
+            const bool isGathered = source[u"gathered"_s].isObject();
+            look(source[u"gathered"_s].toObject());
+            for (const auto& page : source[u"pages"_s].toArray()) {
+                look(page[u"output"_s].toObject());
+                const QString outcome = page[u"outcome"_s].toString();
+                written += outcome == u"written" || (outcome == u"gathered" && isGathered) ? 1 : 0;
+                failed += outcome == u"failed" ? 1 : 0;
+                QCOMPARE(!page[u"reasons"_s].toArray().isEmpty(), outcome == u"failed");
+            }
+        }
+        const QJsonObject totals = record[u"totals"_s].toObject();
+        QCOMPARE(totals[u"pagesWritten"_s].toInt(), written);
+        QCOMPARE(totals[u"pagesFailed"_s].toInt(), failed);
+        // Every file in place is proved, in the log, too.
+        QStringList there = namesIn(out);
+        there.removeAll(u"SHA256SUMS"_s);
+        there.removeAll(u"a2.png"_s);
+        proved.removeAll(u"a2.png"_s);
+        QCOMPARE(QSet(proved.begin(), proved.end()), QSet(there.begin(), there.end()));
+        const QByteArray log = bytesOf(fixture.job.log()->logFilePath());
+        for (const QString& name : there)
+            QVERIFY2(log.contains(hexOf(bytesOf(out + u'/' + name)).toLatin1()), qPrintable(name));
+    }
+};
+
+QTEST_GUILESS_MAIN(EvidenceTest)
+#include "EvidenceTest.moc"
