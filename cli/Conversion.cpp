@@ -6,6 +6,7 @@
 #include "cli/Preflight.h"
 #include "cli/Report.h"
 #include "engine/files/FileState.h"
+#include "engine/files/StagedFile.h"
 #include "engine/job/Process.h"
 #include "engine/sources/Sources.h"
 #include "engine/support/Application.h"
@@ -46,16 +47,12 @@ namespace {
         bool lookUpSources();
         void takeSettings();
         void planOutputs();
-        bool isLogInFile() const
-        {
-            return !m_options.logFile.isEmpty() && !LogCopy::isStandardOutput(m_options.logFile);
-        }
-        void refuseLogInPlaceOfInput();
+        void refuseInPlaceOfInput(const ReportFile& file) const;
         void checkTargets();
         void prepareLog(Process& job);
         bool runOnThread(const std::function<void()>& work);
         void runJob(Process& job, Report& report);
-        void tryLog(bool isFolderNew);
+        void tryReports(bool isFolderNew);
         void copyLog(Process& job);
         int code(ExitCode ended) const;
 
@@ -143,32 +140,39 @@ namespace {
         }
     }
 
-    void Conversion::refuseLogInPlaceOfInput()
+    void Conversion::refuseInPlaceOfInput(const ReportFile& file) const
     {
-        if (!isLogInFile())
-            return;
-        const std::optional<FileIdentity> log
-            = fileIdentity(QFile::encodeName(logTarget(m_options)));
+        const std::optional<FileIdentity> there = fileIdentity(QFile::encodeName(file.target));
         for (const Source& source : m_sources)
-            if (log && log == fileIdentity(QFile::encodeName(source.path)))
+            if (there && there == fileIdentity(QFile::encodeName(source.path)))
                 throw OutputRefused(
-                    u"%1 is a source, which the log would replace"_s.arg(source.shown));
+                    u"%1 is a source, which the %2 would replace"_s.arg(source.shown, file.what));
         for (const QString& list : m_options.pathLists)
-            if (log && list != u"-" && log == fileIdentity(QFile::encodeName(list)))
+            if (there && list != u"-" && there == fileIdentity(QFile::encodeName(list)))
                 throw OutputRefused(
-                    u"%1 is a list of sources, which the log would replace"_s.arg(list));
+                    u"%1 is a list of sources, which the %2 would replace"_s.arg(list, file.what));
     }
 
     void Conversion::checkTargets()
     {
-        refuseLogInPlaceOfInput(); // The log is written after a signal, too.
+        QStringList others;
+        for (const ReportFile& file : reportFiles(m_options)) {
+            refuseInPlaceOfInput(file); // They are written after a signal, too.
+            if (others.contains(file.target))
+                throw OutputRefused(u"%1 cannot hold both the log and the record"_s.arg(file.name));
+            if (m_options.conversion.run.writesChecksums
+                && lastPathComponent(file.target) == u"SHA256SUMS")
+                throw OutputRefused(
+                    u"%1 has the name of checksums, which the %2 would replace"_s.arg(file.name,
+                                                                                      file.what));
+            others.append(file.target);
+        }
         if (Signals::received())
-            return tryLog(false);
+            return tryReports(false);
         const RunPlan plan(m_outputs, m_settings, m_options.conversion.run,
                            m_options.onExists == OnExists::Number ? RunPlan::Numbering::Taken
                                                                   : RunPlan::Numbering::None,
-                           isLogInFile() ? logTarget(m_options) : QString(),
-                           [] { return Signals::received() == 0; });
+                           others, [] { return Signals::received() == 0; });
         m_outputs = plan.outputs();
         const TargetFindings found = findingsOf(plan, m_sources, m_options);
         const bool isRefused = found.refusals.count() > 0;
@@ -180,7 +184,7 @@ namespace {
         const bool isFolderNew = !folder.isEmpty() && !QFileInfo(folder).isDir();
         if (!folder.isEmpty())
             makeOutputFolder(folder);
-        tryLog(isFolderNew);
+        tryReports(isFolderNew);
     }
 
     void Conversion::prepareLog(Process& job)
@@ -214,6 +218,7 @@ namespace {
         job.setSettings(&m_settings);
         job.setJobs(m_options.jobs);
         job.setRunOptions(m_options.conversion.run);
+        job.setRecordFile(m_options.recordFile);
         job.setKeepsExisting(m_options.onExists != OnExists::Overwrite);
         job.setTotalFileSelected(static_cast<int>(m_outputs.size()));
         if (m_options.onExists == OnExists::Skip)
@@ -252,17 +257,27 @@ namespace {
     }
 
     /// Before anything is written. A folder that was made for the output goes again.
-    void Conversion::tryLog(bool isFolderNew)
+    void Conversion::tryReports(bool isFolderNew)
     {
-        if (m_options.logFile.isEmpty())
-            return;
-        m_logCopy.emplace(m_options.logFile, m_console);
-        const QString fault = m_logCopy->tryOut();
+        QString what = u"log %1"_s.arg(m_options.logFile);
+        QString fault;
+        if (!m_options.logFile.isEmpty()) {
+            m_logCopy.emplace(m_options.logFile, m_console);
+            fault = m_logCopy->tryOut();
+        }
+        if (fault.isNull() && !m_options.recordFile.isEmpty()) {
+            what = u"record %1"_s.arg(m_options.recordFile);
+            try {
+                const StagedFile file(m_options.recordFile); // goes again
+            } catch (const std::runtime_error& error) {
+                fault = QString::fromUtf8(error.what());
+            }
+        }
         if (fault.isNull())
             return;
         if (isFolderNew)
             QDir().rmdir(m_settings.outputFolderPath());
-        throw OutputRefused(u"the log %1 cannot be written: %2"_s.arg(m_options.logFile, fault));
+        throw OutputRefused(u"the %1 cannot be written: %2"_s.arg(what, fault));
     }
 
     void Conversion::copyLog(Process& job)

@@ -96,6 +96,14 @@ namespace {
               u"also writes the XML log of the run to FILE; '-' is standard output, which then "
               "holds nothing else"_s,
               [](Options& options, Row, Text value) { options.logFile = named(value, u"log"_s); } },
+            { 0, u"record"_s, u"FILE"_s,
+              u"writes a record of the run to FILE, a JSON document with size and SHA-256 of "
+              u"sources "
+              "and outputs"_s,
+              [](Options& options, Row, Text value) {
+                  options.recordFile = named(value, u"record"_s);
+                  options.conversion.run.writesRecord = true;
+              } },
             { 0, u"no-log"_s, u""_s, u"leaves no log in the folder %1/Logs"_s.arg(getAppPath()),
               [](Options& options, Row, Text) { options.leavesLog = false; } },
             { u'q', u"quiet"_s, u""_s, u"prints troubles only"_s, &set<&Options::isQuiet> },

@@ -140,6 +140,12 @@ Options parseOptions(const QStringList& words)
         options.isQuiet = true; // what is read by another program holds the log alone
     }
     exampleName(options.conversion); // refuses a pattern that gives none
+    if (LogCopy::isStandardOutput(options.recordFile))
+        throw UsageError(
+            u"option --record takes no '%1': the record is a file"_s.arg(options.recordFile));
+    if (options.conversion.run.writesRecord && options.recordFile.isEmpty() && !options.leavesLog)
+        throw UsageError(
+            u"option --keep-record has no effect with --no-log; --record names a file"_s);
     const bool converts = !options.wantsHelp && !options.wantsVersion;
     if (converts && options.sources.isEmpty() && options.pathLists.isEmpty())
         throw UsageError(u"no SOURCE is given"_s);

@@ -42,6 +42,8 @@ struct Options
     int jobs = 0; ///< pages worked on at the same time; 0: as many as there are cores
 
     QString logFile {}; ///< a copy of the log; empty: none
+    QString
+        recordFile {}; ///< the record of the run; empty: only where `conversion.run` asks for it
     bool leavesLog = true; ///< in the application data folder
     bool isQuiet = false;
     bool isVerbose = false;

@@ -1,5 +1,6 @@
 #include "cli/Preflight.h"
 
+#include "cli/LogCopy.h"
 #include "cli/Options.h"
 #include "engine/files/StagedFile.h"
 #include "engine/support/Paths.h"
@@ -20,11 +21,22 @@ namespace {
 
 } // namespace
 
-QString logTarget(const Options& options)
-try {
-    return QFile::decodeName(StagedFile::resolvedTarget(options.logFile));
-} catch (const std::runtime_error&) {
-    return absolutePath(options.logFile); // Links in a circle: the writer will say so.
+QList<ReportFile> reportFiles(const Options& options)
+{
+    QList<ReportFile> files;
+    const auto add = [&](const QString& what, const QString& name) {
+        if (name.isEmpty() || LogCopy::isStandardOutput(name))
+            return;
+        try {
+            files.append({ what, name, QFile::decodeName(StagedFile::resolvedTarget(name)) });
+        } catch (const std::runtime_error&) {
+            // Links in a circle: the writer will say so.
+            files.append({ what, name, absolutePath(name) });
+        }
+    };
+    add(u"log"_s, options.logFile);
+    add(u"record"_s, options.recordFile);
+    return files;
 }
 
 QString checkedOutputFolder(const QString& folder)
@@ -69,6 +81,7 @@ TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources, con
                            plan.name(target), options);
     };
     TargetFindings found;
+    const QList<ReportFile> reports = reportFiles(options);
     if (options.outputFolder.isEmpty() || options.conversion.run.mirrorsFolders)
         for (const QString& fault : plan.folderFaults())
             found.refusals.add(fault);
@@ -81,7 +94,8 @@ TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources, con
         else
             found.refusals.add(u"%1 is wanted by %2 and by %3"_s.arg(
                 shown(shared.target),
-                shared.first == RunPlan::otherFile ? u"the log"_s : sources.at(shared.first).shown,
+                shared.first < 0 ? u"the "_s + reports.at(RunPlan::otherFile - shared.first).what
+                                 : sources.at(shared.first).shown,
                 second));
     }
     if (options.onExists == OnExists::Error)

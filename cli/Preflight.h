@@ -23,8 +23,16 @@ public:
     }
 };
 
-/// The file that a log to `options.logFile` is written to, whatever links lead there.
-QString logTarget(const Options& options);
+/// A file besides the outputs that a run is to write.
+struct ReportFile
+{
+    QString what; ///< "log"
+    QString name; ///< as given
+    QString target; ///< what is written to, whatever links lead there
+};
+
+/// The log and the record, as far as `options` ask for them in files.
+QList<ReportFile> reportFiles(const Options& options);
 
 /// The absolute path of the output folder `folder`. Throws OutputRefused when it is not writable,
 /// or missing with its parent. Makes nothing.

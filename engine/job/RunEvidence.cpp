@@ -7,6 +7,7 @@
 #include "engine/job/SourceFindings.h"
 #include "engine/options/ConversionOptions.h"
 #include "engine/support/Info.h"
+#include "engine/support/Paths.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -318,6 +319,7 @@ void RunEvidence::writeRecord(const QString& chosenFile)
     if (chosenFile.isEmpty() && log.isNull())
         return;
     const QString path = chosenFile.isEmpty() ? log.chopped(4) + u".json"_s : chosenFile;
+    m_job.removeLeftovers(folderPart(path));
     QString fault;
     try {
         fault = m_record->saveTo(path,

@@ -42,7 +42,7 @@ public:
     {
     }
 
-    void carryOut(const QString& other, const std::function<bool()>& isWanted);
+    void carryOut(const QStringList& others, const std::function<bool()>& isWanted);
 
 private:
     /// Where a target is, links followed.
@@ -78,10 +78,11 @@ private:
     QHash<QString, int> m_nextNumbers; ///< by the names that were numbered
 };
 
-void Planner::carryOut(const QString& other, const std::function<bool()>& isWanted)
+void Planner::carryOut(const QStringList& others, const std::function<bool()>& isWanted)
 {
-    if (!other.isEmpty())
-        folderAt(folderPart(other)).add(lastPathComponent(other), RunPlan::otherFile);
+    for (qsizetype i = 0; i < others.size(); ++i)
+        folderAt(folderPart(others.at(i)))
+            .add(lastPathComponent(others.at(i)), RunPlan::otherFile - i);
     std::vector<qsizetype> later;
     for (qsizetype output = 0; output < m_plan.m_outputs.size() && isWanted(); ++output) {
         const std::vector<Spot> spots = spotsOf(output);
@@ -267,14 +268,14 @@ void Planner::number(qsizetype output)
 }
 
 RunPlan::RunPlan(const QList<OutputFile>& outputs, const Settings& settings,
-                 const RunOptions& options, Numbering numbering, const QString& other,
+                 const RunOptions& options, Numbering numbering, const QStringList& others,
                  const std::function<bool()>& isWanted)
     : m_settings(settings)
     , m_options(options)
     , m_names(settings, options)
     , m_outputs(m_names.completed(outputs))
 {
-    Planner(*this, numbering).carryOut(other, isWanted);
+    Planner(*this, numbering).carryOut(others, isWanted);
 }
 
 QString RunPlan::name(const PlannedTarget& target) const

@@ -35,13 +35,13 @@ public:
         Taken, ///< the same, and those that would replace any file
     };
 
-    static constexpr qsizetype otherFile = -1;
+    static constexpr qsizetype otherFile = -1; ///< the first of the other files; -2: the second
 
     /// A target that an earlier output writes as well.
     struct Shared
     {
         PlannedTarget target;
-        qsizetype first = otherFile; ///< the earlier output; `otherFile` for that
+        qsizetype first = otherFile; ///< the earlier output, or an `otherFile`
     };
     /// A source that another output would replace.
     struct Replaced
@@ -50,12 +50,12 @@ public:
         qsizetype source = 0; ///< the output whose source it is
     };
 
-    /// Plans `outputs` with `settings`, which is borrowed, and `options`. `other` is the resolved
-    /// path of a file that the run writes besides; empty: none. The plan ends early, and says
+    /// Plans `outputs` with `settings`, which is borrowed, and `options`. `others` are the resolved
+    /// paths of files that the run writes besides. The plan ends early, and says
     /// nothing of the outputs that were left, once `isWanted` is false.
     RunPlan(
         const QList<OutputFile>& outputs, const Settings& settings, const RunOptions& options = {},
-        Numbering numbering = Numbering::None, const QString& other = {},
+        Numbering numbering = Numbering::None, const QStringList& others = {},
         const std::function<bool()>& isWanted = [] { return true; });
 
     /// As given, completed (see OutputNames), with their numbers.

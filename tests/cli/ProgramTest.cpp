@@ -37,6 +37,17 @@ a.tif:W b.tif>a.tif | -o out --on-exists overwrite --log b.tif a.tif \
     | ! a.tif is a source, which the log would replace / 4
 a.tif:W list | a.tif --files-from list --log ./list/ | ! text: no such file or folder \
     / ! list is a list of sources, which the log would replace / 4
+a.tif:W b.tif>a.tif | -o out --on-exists overwrite --record b.tif a.tif \
+    | ! a.tif is a source, which the record would replace / 4
+a.tif:W log>a1.jpg | a.tif --log l --record log \
+    | ! a1.jpg is wanted by the record and by a.tif / ! nothing was written; * / 4
+a.tif:W | a.tif --log l --record ./l | ! ./l cannot hold both the log and the record / 4
+a.tif:W | a.tif --checksums --record SHA256SUMS \
+    | ! SHA256SUMS has the name of checksums, which the record would replace / 4
+a.tif:W | a.tif -o new --record none/r | ! the record none/r cannot be written: * / 4
+a.tif:W | -q a.tif --no-log --record r.json | 0 a1.jpg r.json
+a.tif:W SHA256SUMS | sh '%1' -q a.tif --no-log --checksums 2>o; echo $?; sed 's,.*/,,' o; rm o \
+    | 1 / SHA256SUMS: the file is kept as it is, since its line 1 is none of sha256sum / 0 a1.jpg
 a.tif:W log>a1.jpg | a.tif --log log \
     | ! a1.jpg is wanted by the log and by a.tif / ! nothing was written; * / 4
 a.tif:W far/away/ link>far/away | -q a.tif -o link/../out/ --log link/../log \
