@@ -62,4 +62,20 @@ QString planQuestion(const RunPlan& plan, const RunPlan& numbered)
     return text.join(u'\n');
 }
 
+QString existingQuestion(const RunPlan& plan)
+{
+    const auto count = plan.existing().size();
+    QStringList text { count == 1
+                           ? RunControl::tr("A file of this run exists already:")
+                           : RunControl::tr("%1 files of this run exist already:").arg(count) };
+    text += lines(plan.existing(), [&](const PlannedTarget& target) {
+        const OutputFile& output = plan.outputs().at(target.output);
+        const QString path = plan.names().path(output, target.page);
+        const QString shown = QDir::toNativeSeparators(path);
+        return path == output.filename ? RunControl::tr("%1, which is the source itself").arg(shown)
+                                       : shown;
+    });
+    return text.join(u'\n');
+}
+
 } // namespace pagestack

@@ -13,4 +13,7 @@ bool isSolvedBy(const RunPlan& numbered);
 /// replace each other or sources: the first of them, and how one is named by the plan `numbered`.
 QString planQuestion(const RunPlan& plan, const RunPlan& numbered);
 
+/// What to ask about the files at the targets of a `plan`, of which there are some.
+QString existingQuestion(const RunPlan& plan);
+
 } // namespace pagestack

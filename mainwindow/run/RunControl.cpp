@@ -30,8 +30,8 @@ RunControl::RunControl(const WindowParts& parts, Settings& settings, ListCommand
     , m_panel(std::make_unique<ProcessPanel>(&parts.window))
 {
     connect(&parts.worker, &Worker::ended, this, [this] {
-        if (m_clash)
-            askForNumbers();
+        if (m_question)
+            ask();
     });
     connect(m_panel.get(), &ProcessPanel::ended, this,
             [this] { m_parts.model.setProblems(m_panel->problemsByFile()); });
@@ -101,12 +101,14 @@ void RunControl::beginRun()
         output.fileItems = { item };
         outputs.append(output);
     }
-    startRun(outputs, false);
+    startRun(outputs);
 }
 
-/// Outputs that were not planned are, by the run's thread, before anything is written.
-void RunControl::startRun(const QList<OutputFile>& outputs, bool isPlanned)
+/// The outputs are planned by the run's thread, before anything is written.
+void RunControl::startRun(const QList<OutputFile>& outputs)
 {
+    if (m_parts.worker.isBusy() || !m_process)
+        return; // something else has begun while the user was asked
     m_process->setRunOptions(m_parts.ui.rightBox->choices().options());
     m_process->setOutputFiles(outputs);
     m_process->setTotalFileSelected(static_cast<int>(outputs.size()));
@@ -119,33 +121,31 @@ void RunControl::startRun(const QList<OutputFile>& outputs, bool isPlanned)
     m_parts.view.startProcess();
     m_parts.ui.loadingIndicator->hide();
     m_parts.view.resetViewForProcess(false);
-    m_parts.worker.start([this, job = m_process.get(), isPlanned] {
-        if (isPlanned || isPlanClear(*job))
+    const auto known = m_existing.constFind(m_settings.outputFolderPath());
+    const auto existing = known == m_existing.cend() ? std::nullopt : std::optional(*known);
+    m_parts.worker.start([this, job = m_process.get(), existing] {
+        if (isPlanClear(*job, existing))
             job->start();
     });
     m_panel->open();
 }
 
 /// On the thread of the run. False when there is something to be asked first, which is left at
-/// `m_clash`; a run that is cancelled meanwhile comes to its end as it would later.
-bool RunControl::isPlanClear(Process& job)
+/// `m_question`; a run that is cancelled meanwhile comes to its end as it would later.
+bool RunControl::isPlanClear(Process& job, std::optional<ExistingFiles> existing)
 {
     bool isClear = true;
     const bool isChecked = guarded(u"Split"_s, [&] {
+        job.setKeepsExisting(true); // of what comes to a target later
         const auto isWanted = [&job] { return job.isCombining(); };
-        const QList<OutputFile> outputs = job.outputFiles();
-        const RunPlan plan(outputs, m_settings, job.runOptions(), RunPlan::Numbering::None, {},
-                           isWanted);
-        if (!isWanted() || (plan.shared().empty() && plan.replacedSources().empty()))
-            return;
-        const RunPlan numbered(outputs, m_settings, job.runOptions(), RunPlan::Numbering::Clashing,
-                               {}, isWanted);
+        const RunPlan plan(job.outputFiles(), m_settings, job.runOptions(),
+                           RunPlan::Numbering::None, {}, isWanted);
         if (!isWanted())
             return;
-        callOnMainThread([&] {
-            m_clash = Clash { planQuestion(plan, numbered),
-                              isSolvedBy(numbered) ? numbered.outputs() : QList<OutputFile>() };
-        });
+        auto question = questionOf(plan, job, existing);
+        if (!question || !isWanted())
+            return;
+        callOnMainThread([&] { m_question = std::move(question); });
         isClear = false;
     });
     if (!isChecked)
@@ -153,24 +153,95 @@ bool RunControl::isPlanClear(Process& job)
     return isClear;
 }
 
-void RunControl::askForNumbers()
+/// None where the run can begin, with what is decided already.
+std::optional<RunControl::Question> RunControl::questionOf(const RunPlan& plan, Process& job,
+                                                           std::optional<ExistingFiles> existing)
 {
-    const Clash clash = *std::exchange(m_clash, std::nullopt);
+    if (!plan.shared().empty() || !plan.replacedSources().empty())
+        return clashQuestion(plan, job);
+    if (plan.existing().empty())
+        return std::nullopt;
+    if (existing) {
+        apply(*existing, job, m_settings);
+        return std::nullopt;
+    }
+    const auto answer = [&](const QString& button, ExistingFiles choice) {
+        return Question::Answer { button, [this, choice, outputs = job.outputFiles()] {
+                                     m_existing.insert(m_settings.outputFolderPath(), choice);
+                                     startRun(outputs);
+                                 } };
+    };
+    return Question { existingQuestion(plan),
+                      { answer(tr("Number"), ExistingFiles::Numbered),
+                        answer(tr("Skip"), ExistingFiles::Skipped),
+                        answer(tr("Replace"), ExistingFiles::Replaced) } };
+}
+
+RunControl::Question RunControl::clashQuestion(const RunPlan& plan, const Process& job)
+{
+    const auto isWanted = [&job] { return job.isCombining(); };
+    const auto planned = [&](const RunOptions& options, RunPlan::Numbering numbering) {
+        return RunPlan(job.outputFiles(), m_settings, options, numbering, {}, isWanted);
+    };
+    const RunPlan numbered = planned(job.runOptions(), RunPlan::Numbering::Clashing);
+    Question question { planQuestion(plan, numbered), {} };
+    if (isSolvedBy(numbered))
+        question.answers.append({ tr("Number the later ones"),
+                                  [this, outputs = numbered.outputs()] { startRun(outputs); } });
+    RunOptions mirrored = job.runOptions();
+    if (mirrored.mirrorsFolders || m_settings.outputFolderPath().isEmpty())
+        return question;
+    mirrored.mirrorsFolders = true;
+    if (isSolvedBy(planned(mirrored, RunPlan::Numbering::None)))
+        question.answers.append({ tr("Keep folder structure"), [this, outputs = job.outputFiles()] {
+                                     const ConversionOptionRow& row
+                                         = *conversionOption(u"mirror"_s);
+                                     m_parts.ui.rightBox->choices().setText(row, u"true"_s);
+                                     startRun(outputs);
+                                 } });
+    return question;
+}
+
+/// To be done before the start of `job`, which has found files at its targets.
+void RunControl::apply(ExistingFiles existing, Process& job, const Settings& settings)
+{
+    const auto isWanted = [&job] { return job.isCombining(); };
+    switch (existing) {
+    case ExistingFiles::Numbered:
+        job.setOutputFiles(RunPlan(job.outputFiles(), settings, job.runOptions(),
+                                   RunPlan::Numbering::Taken, {}, isWanted)
+                               .outputs());
+        break;
+    case ExistingFiles::Skipped:
+        job.setTargetFilter([](const QString& path) {
+            const QFileInfo info(path);
+            return !info.exists() && !info.isSymLink();
+        });
+        break;
+    case ExistingFiles::Replaced:
+        job.setKeepsExisting(false);
+        break;
+    }
+}
+
+void RunControl::ask()
+{
+    const Question question = *std::exchange(m_question, std::nullopt);
     if (!m_process->isCombining()) { // cancelled a moment ago: the panel waits for the end
         m_parts.worker.start([job = m_process.get()] { job->start(); });
         return;
     }
     m_panel->stopFollowing();
     leaveRun();
-    if (clash.numbered.isEmpty()) {
-        m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical, clash.question);
-        return;
-    }
-    m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical, clash.question,
-                         { tr("Number the later ones"), tr("Cancel") },
-                         [this, outputs = clash.numbered](int button) {
-                             if (button == 0 && !m_parts.worker.isBusy() && m_process)
-                                 startRun(outputs, true);
+    QStringList buttons;
+    for (const Question::Answer& answer : question.answers)
+        buttons.append(answer.button);
+    if (!buttons.isEmpty())
+        buttons.append(tr("Cancel"));
+    m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical, question.text, buttons,
+                         [this, question](int button) {
+                             if (button < question.answers.size())
+                                 guarded(u"Split"_s, question.answers.at(button).take);
                          });
 }
 

@@ -3,9 +3,11 @@
 #include "engine/job/Process.h"
 #include "mainwindow/state/WindowParts.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -13,6 +15,7 @@ namespace pagestack {
 
 class ListCommands;
 class ProcessPanel;
+class RunPlan;
 
 /// One conversion run as the window sees it: the checks before it, the job on a thread of its own,
 /// the sheet that covers the window, and what is left to do when the user closes that. Main thread.
@@ -41,19 +44,36 @@ signals:
     void outputFolderWanted();
 
 private:
-    /// Of a run that was not begun, since some of its outputs would end in one file: what to ask.
-    struct Clash
+    /// What becomes of files at the targets of a run, as the user says once a session and output
+    /// folder.
+    enum class ExistingFiles {
+        Numbered, ///< the outputs are
+        Skipped,
+        Replaced,
+    };
+
+    /// Of a run that was not begun, since there is something to be decided first: what to ask.
+    struct Question
     {
-        QString question;
-        QList<OutputFile> numbered; ///< the outputs that would not; none where numbers are no help
+        struct Answer
+        {
+            QString button;
+            std::function<void()> take; ///< leads to the run that is begun then
+        };
+        QString text;
+        QList<Answer> answers; ///< but Cancel; none: there is nothing to be done about it
     };
 
     void checkOutputFolder();
     void refuse(const QString& text);
     void beginRun();
-    void startRun(const QList<OutputFile>& outputs, bool isPlanned);
-    bool isPlanClear(Process& job);
-    void askForNumbers();
+    void startRun(const QList<OutputFile>& outputs);
+    bool isPlanClear(Process& job, std::optional<ExistingFiles> existing);
+    std::optional<Question> questionOf(const RunPlan& plan, Process& job,
+                                       std::optional<ExistingFiles> existing);
+    Question clashQuestion(const RunPlan& plan, const Process& job);
+    static void apply(ExistingFiles existing, Process& job, const Settings& settings);
+    void ask();
     void leaveRun();
 
     const WindowParts m_parts;
@@ -61,7 +81,8 @@ private:
     ListCommands& m_list;
     std::unique_ptr<Process> m_process;
     std::unique_ptr<ProcessPanel> m_panel;
-    std::optional<Clash> m_clash; ///< to be asked when the worker has ended
+    std::optional<Question> m_question; ///< to be asked when the worker has ended
+    QHash<QString, ExistingFiles> m_existing; ///< by output folder
 };
 
 } // namespace pagestack

@@ -33,7 +33,7 @@ public:
     void bind(Settings& settings, const Services& services);
 
     /// The choices of a run beside the settings. To be asked after `bind`.
-    const RunChoices& choices() const { return *m_choices; }
+    RunChoices& choices() const { return *m_choices; }
 
     /// Enables what the output type has options for.
     void setSplitOptions();

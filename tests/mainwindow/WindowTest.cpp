@@ -235,14 +235,14 @@ private slots:
         QVERIFY(open({ makeFile(path(u"a/scan.tif"_s)), makeFile(path(u"b/scan.tif"_s)) }));
         settings().setOutputFolderPath(outFolder());
         for (const bool isCancelled : { true, false }) {
-            alerts().setNextAnswer(isCancelled ? 1 : 0);
+            alerts().setNextAnswer(isCancelled ? 2 : 0);
             press("convertMenuAction");
             QTRY_COMPARE_WITH_TIMEOUT(alerts().askedCount(), isCancelled ? 1 : 2, longMs);
             QCOMPARE(alerts().lastText() + u'\n' + alerts().lastButtons().join(u'/'),
                      u"Some outputs of this run would replace each other or a file of the list:\n"
                      "scan1.jpg would be written by %1/a/scan.tif and by %1/b/scan.tif\n\n"
                      "With a number, scan1.jpg of %1/b/scan.tif is written as scan1-2.jpg.\n"
-                     "Number the later ones/Cancel"_s.arg(path(u""_s)));
+                     "Number the later ones/Keep folder structure/Cancel"_s.arg(path(u""_s)));
             QCOMPARE(controller().processViewPanel()->isVisible(), !isCancelled);
             for (const char* name : { "convertBtn", "addFilesBtn" })
                 QCOMPARE(isEnabled(name), isCancelled);
@@ -253,6 +253,54 @@ private slots:
         QCOMPARE(find<QTreeWidget>("problemList").topLevelItemCount(), 2);
         press("closeProcessBtn");
         QVERIFY(isEnabled("convertBtn"));
+
+        alerts().setNextAnswer(1);
+        press("convertBtn");
+        QVERIFY(waitForRun());
+        QVERIFY(find<QAbstractButton>("mirror").isChecked());
+        QCOMPARE(controller().process()->outputFiles().last().subfolder, u"b"_s);
+    }
+
+    /// Files that are replaced unasked, or by another choice than that of the user, or asked about
+    /// in each run.
+    void asksAboutFilesThatExist_data()
+    {
+        addTextRows(R"(
+            0 | a1.jpg old, a1-2.jpg new | 1 | Number
+            1 | a1.jpg old               | 1 | Skip
+            2 | a1.jpg new               | 1 | Replace
+            3 | a1.jpg old               | 2 | Cancel)");
+    }
+
+    void asksAboutFilesThatExist()
+    {
+        const auto [answer, outcome, asked, button] = textRow<4>();
+        QVERIFY(QFile::copy(sample(u"text-page.tif"_s), path(u"a.tif"_s)));
+        QVERIFY(open({ path(u"a.tif"_s) }));
+        settings().setOutputFolderPath(outFolder());
+        const auto file = [&](const QString& name) { return path(u"out/"_s + name); };
+        for (int i = 1; i <= 2; ++i) {
+            QFile::remove(file(u"a1.jpg"_s));
+            QFile::remove(file(u"a1-2.jpg"_s));
+            QVERIFY(QFile::copy(sample(u"turned.tif"_s), file(u"a1.jpg"_s)));
+            alerts().setNextAnswer(answer.toInt());
+            press("convertBtn");
+            if (button == u"Cancel")
+                QTRY_COMPARE_WITH_TIMEOUT(alerts().askedCount(), i, longMs);
+            else
+                QVERIFY(waitForRun());
+            QStringList found;
+            for (const QString& name : { u"a1.jpg"_s, u"a1-2.jpg"_s })
+                if (QFile::exists(file(name)))
+                    found.append(name
+                                 + (QImage(file(name), "JPEG").isNull() ? u" old"_s : u" new"_s));
+            QCOMPARE(found.join(u", "_s), outcome);
+            QCOMPARE(alerts().lastText(),
+                     u"A file of this run exists already:\n"_s + file(u"a1.jpg"_s));
+            QCOMPARE(alerts().lastButtons().value(answer.toInt()), button);
+            press("closeProcessBtn");
+        }
+        QCOMPARE(alerts().askedCount(), asked.toInt());
     }
 
     void runsToTheEnd()
@@ -305,6 +353,7 @@ private slots:
         controller().viewLogAction(); // of no job
 
         press("clearProcessedFilesBtn");
+        alerts().setNextAnswer(2); // Replace
         press("convertBtn"); // shows nothing of the run before
         QCOMPARE(bar.value(), 0);
         QCOMPARE(text("processMessageLabel"), u""_s);
@@ -330,6 +379,7 @@ private slots:
         const QWidget& button = find("showProblemsBtn");
         auto& list = find<QTreeWidget>("problemList");
         const auto run = [&] {
+            alerts().setNextAnswer(2); // Replace
             press("convertBtn");
             return !button.isVisible() && waitForRun();
         };
