@@ -11,7 +11,7 @@ namespace {
 
     // TIFF 6.0, sections 8, 10, 12, 16, 20 and 22; Exif 2.32; GeoTIFF 1.1; GDAL. Those from 40091
     // on are texts of a file manager in UTF-16.
-    constexpr std::array rows {
+    constexpr std::array tagTable {
         MetadataTag { 269, "DocumentName"_L1, true },
         MetadataTag { 270, "ImageDescription"_L1, true },
         MetadataTag { 271, "Make"_L1, true },
@@ -67,8 +67,8 @@ namespace {
 
 const MetadataTag* metadataTag(unsigned tag)
 {
-    const auto row = std::ranges::lower_bound(rows, tag, {}, &MetadataTag::tag);
-    return row == rows.end() || row->tag != tag ? nullptr : &*row;
+    const auto row = std::ranges::lower_bound(tagTable, tag, {}, &MetadataTag::tag);
+    return row == tagTable.end() || row->tag != tag ? nullptr : &*row;
 }
 
 } // namespace pagestack
