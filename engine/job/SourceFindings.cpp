@@ -47,6 +47,9 @@ QString SourceFindings::lossOfPages(int pages, const QString& path) const
     if (pages != m_document.pageCount() || !m_document.chainFault().isEmpty())
         return u"the file is kept as it is, since not all of its pages could be gathered to "
                "replace it"_s;
+    if (m_changesPixels)
+        return u"the file is kept as it is, since its pixels would be lost to the changed ones; "
+               "an output folder may help"_s;
     if (!m_doubt.isNull())
         return u"the file is kept as it is, since not all of its pixels are sure: "_s + m_doubt;
     if (!m_leftOutTags.isEmpty())
@@ -71,6 +74,7 @@ void SourceFindings::addLosses(int page, const PageDiagnostics& found)
             m_doubt = u"page %1: %2"_s.arg(page).arg(warning);
         tell(m_job, { Diagnostic::Severity::Warning, m_document.path(), page, warning, m_detail });
     }
+    m_changesPixels = m_changesPixels || found.changesPixels;
     for (const QString& remark : found.remarks)
         ++m_remarks[remark];
     const auto addNew = [](QStringList& names, const QStringList& more) {

@@ -69,6 +69,7 @@ private:
     QString m_doubt; ///< the first warning, with its page
     QStringList m_leftOutTags; ///< each once
     QStringList m_leftOutOfPage;
+    bool m_changesPixels = false;
     QMap<QString, int> m_remarks; ///< with the number of their pages
     QStringList m_tagsWithoutPlace; ///< each once
     QString m_detail; ///< messages of the codec about the page in hand, until they are told

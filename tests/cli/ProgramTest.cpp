@@ -152,6 +152,8 @@ a.tif:WW | sh echo old >a1.png; chmod 444 a1.png; \
     '%1' -q --no-log -f png --on-exists overwrite a.tif; c=$?; cat a1.png; rm -f a1.png; exit $c \
     | old / ! a1.png is write-protected and is kept as it is \
     / ! a.tif[1]: the file there is write-protected / 1 a2.png
+a.tiff:WW | -q a.tiff -f tiff --bilevel otsu --on-exists overwrite \
+    | ! a.tiff: the file is kept as it is, since its pixels would be lost * / 1 LOG
 a.tif:WW | sh for j in 1 4; do '%1' -q --no-log --jobs $j a.tif -f png --bilevel dither -o $j; done; \
     diff -r 1 4 && rm -r 1 4 | 0
 größe~100%~#1?.tif:W | größe~100%~#1?.tif --separator ~ü: --no-log | größe 100% #1?.tif: 1 page \

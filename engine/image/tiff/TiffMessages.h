@@ -40,6 +40,9 @@ public:
     /// Adds finished log lines.
     void addLogLines(const QStringList& lines);
 
+    /// The pixels of the page are others in a TIFF file.
+    void setPixelsChanged() { m_found.changesPixels = true; }
+
     /// The tags of the page that were left out of its file.
     void setLeftOutTags(const QStringList& names) { m_found.leftOutTags = names; }
     void setTagsWithoutPlace(const QStringList& names) { m_found.tagsWithoutPlace = names; }

@@ -28,9 +28,10 @@ struct EncodedPieces
     PageDiagnostics diagnostics; ///< of the page's pixels
 };
 
-/// Encodes the samples of `page` with `compression`, a value of the Compression tag. Returns empty
-/// pieces (a null `bytes`) if the strips can be copied or written without encoding, or if the page
-/// is written as it is shown. Throws std::runtime_error when the page cannot be decoded or encoded.
+/// Encodes the samples of `page`, or its pixels where they are changed, with `compression`, a value
+/// of the Compression tag. Returns empty pieces (a null `bytes`) if the strips can be copied or
+/// written without encoding, or if the page is written as it is shown, unchanged. Throws
+/// std::runtime_error when the page cannot be decoded or encoded.
 EncodedPieces encodePieces(const PageSource& page, int compression);
 
 /// Copies a strip or tile, which `read` gives, to `handle`, a handle for writing that has the

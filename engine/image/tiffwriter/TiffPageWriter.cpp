@@ -120,6 +120,15 @@ namespace {
             setTag(to, TIFFTAG_GROUP3OPTIONS, GROUP3OPT_2DENCODING);
     }
 
+    /// Strips or tiles that were encoded ahead, with what was found then.
+    void copyPieces(TIFF* to, const TiffPage& page, const EncodedPieces& pieces)
+    {
+        page.reader().adopt(page.index(), pieces.diagnostics);
+        for (const EncodedPieces::Piece& piece : pieces.pieces)
+            putPiece(to, piece,
+                     [&](std::uint64_t at, auto part) { pieces.bytes->readAt(at, part); });
+    }
+
     /// TIFF 6.0, section 15: the sides of a tile are multiples of 16. Some files have others.
     bool tilesAreOfOddSize(const TiffPageTags& tags)
     {
@@ -156,7 +165,7 @@ namespace {
             setPosition(m_to, &m_page, position);
             if (pieces.bytes) {
                 setCodingOfPieces();
-                copyEncodedAhead(pieces);
+                copyPieces(m_to, m_page, pieces);
                 return;
             }
             if (encodedPiecesFit()) {
@@ -251,14 +260,6 @@ namespace {
                 putPiece(m_to, { i, offset, bytes },
                          [&](std::uint64_t at, auto to) { file.readAt(at, to); });
             }
-        }
-
-        void copyEncodedAhead(const EncodedPieces& pieces)
-        {
-            m_page.reader().adopt(m_page.index(), pieces.diagnostics);
-            for (const EncodedPieces::Piece& piece : pieces.pieces)
-                putPiece(m_to, piece,
-                         [&](std::uint64_t at, auto to) { pieces.bytes->readAt(at, to); });
         }
 
         /// Tags for strips or tiles that are encoded anew.
@@ -365,50 +366,65 @@ namespace {
         setTag(to, TIFFTAG_COLORMAP, map[0].data(), map[1].data(), map[2].data());
     }
 
-    /// Makes packed black the 1 of fax coding, or the other way round.
-    void invert(std::vector<std::uint8_t>& row)
-    {
-        for (std::uint8_t& byte : row)
-            byte = static_cast<std::uint8_t>(~byte);
-    }
-
     /// Samples that the page has besides its colours and its alpha are none of its display rows.
     void tellOfExtraSamples(const TiffPage& page, const PixelLayout& layout)
     {
         const std::size_t kept = layout.alpha == AlphaKind::None ? 0 : 1;
-        if (page.tags().extraSamples.size() > kept && !page.change().becomesBilevel)
+        const std::size_t extra = page.tags().extraSamples.size();
+        if (extra > kept && page.change().becomesSrgb && !page.change().becomesBilevel)
             page.messages().addPageWarning(
                 u"%1 of its samples, which are neither colour nor alpha, "
-                "are left out"_s.arg(page.tags().extraSamples.size() - kept));
+                "are left out"_s.arg(extra - kept));
+    }
+
+    /// Of pixels that are changed.
+    void setChangedTags(TIFF* to, const TiffPage& page, bool isInverted)
+    {
+        if (isInverted)
+            setTag(to, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
+        if (page.change().becomesBilevel && page.treatment().bilevel == Bilevel::Dither)
+            setTag(to, TIFFTAG_THRESHHOLDING, THRESHHOLD_ERRORDIFFUSE);
+    }
+
+    void writeRows(TIFF* to, RowSource& rows, bool isInverted)
+    {
+        std::uint32_t row = 0;
+        std::vector<std::uint8_t> samples;
+        for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
+            for (int i = 0; i < band.rows; ++i, ++row) {
+                samples.assign(band.row(i), band.row(i) + rows.rowBytes());
+                for (std::size_t at = 0; isInverted && at < samples.size(); ++at)
+                    samples[at] = static_cast<std::uint8_t>(~samples[at]);
+                check(TIFFWriteScanline(to, samples.data(), row, 0) == 1);
+            }
     }
 
     /// A page whose samples no TIFF writer can hold as they are, that is no page of a TIFF file, or
     /// whose pixels are changed: its rows as they are shown.
-    void writeDisplayRows(TIFF* to, const PageSource& page, int compression, PagePosition position)
+    void writeDisplayRows(TIFF* to, const PageSource& page, int compression, PagePosition position,
+                          const EncodedPieces& pieces)
     {
         const PageProperties& properties = page.properties();
         const TiffPage* source = page.tiffPage();
         if (source != nullptr)
             copyDescriptiveTags(source->load(), to, source->treatment().stripsMetadata);
-        const std::unique_ptr<RowSource> rows = page.rows();
-        const PixelLayout& layout = rows->layout();
+        const bool becomesBilevel = source != nullptr && source->change().becomesBilevel;
+        PixelLayout layout;
+        layout.bitsPerSample = 1;
+        std::unique_ptr<RowSource> rows;
+        if (!pieces.bytes || !becomesBilevel) { // a pass may take another one before it
+            rows = page.rows();
+            layout = rows->layout();
+        }
         setDisplayTags(to, layout, properties);
         if (properties.iccProfile.isEmpty())
             TIFFUnsetField(to, TIFFTAG_ICCPROFILE); // it describes other samples than these
         const int used
             = compressionFor(compression, layout.channels() == 1 && layout.bitsPerSample == 1);
         // Fax machines take 0 for white, whatever Photometric says, and code white most tightly.
-        const bool isChanged = source != nullptr && !source->change().isNone();
-        const bool isInverted = isChanged && source->change().becomesBilevel && isFax(used);
-        if (isInverted)
-            setTag(to, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
-        if (isChanged && source->change().becomesBilevel
-            && source->treatment().bilevel == Bilevel::Dither)
-            setTag(to, TIFFTAG_THRESHHOLDING, THRESHHOLD_ERRORDIFFUSE);
-        if (isChanged)
-            tellOfExtraSamples(*source, layout);
+        const bool isInverted = becomesBilevel && isFax(used);
         if (source != nullptr)
-            tellOfCompression(*source, compression, used);
+            setChangedTags(to, *source, isInverted);
         setTag(to, TIFFTAG_COMPRESSION, used);
         setCoding(to, used, layout.model == ColorModel::Palette ? 0 : layout.bitsPerSample,
                   static_cast<std::uint32_t>(properties.widthPx));
@@ -416,15 +432,17 @@ namespace {
         const auto rowBytes = static_cast<std::uint64_t>(layout.rowBytes(properties.widthPx));
         const auto heightPx = static_cast<std::uint32_t>(properties.heightPx);
         setTag(to, TIFFTAG_ROWSPERSTRIP, outputRowsPerStrip(rowBytes, heightPx, heightPx));
-        std::uint32_t row = 0;
-        std::vector<std::uint8_t> samples;
-        for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
-            for (int i = 0; i < band.rows; ++i, ++row) {
-                samples.assign(band.row(i), band.row(i) + rowBytes);
-                if (isInverted)
-                    invert(samples);
-                check(TIFFWriteScanline(to, samples.data(), row, 0) == 1);
-            }
+        if (source != nullptr && pieces.bytes) {
+            copyPieces(to, *source, pieces);
+            return;
+        }
+        if (source != nullptr) {
+            if (!source->change().isNone())
+                source->messages().setPixelsChanged();
+            tellOfExtraSamples(*source, layout);
+            tellOfCompression(*source, compression, used);
+        }
+        writeRows(to, *rows, isInverted);
     }
 
     /// The page as one whose samples are kept as they are; null when it is none.
@@ -449,7 +467,7 @@ void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePo
     if (const TiffPage* source = sampleSource(page))
         SampleCopy(handle, *source, compression).write(position, pieces);
     else
-        writeDisplayRows(handle, page, compression, position);
+        writeDisplayRows(handle, page, compression, position, pieces);
 }
 
 bool keepsSamples(const PageSource& page) { return sampleSource(page) != nullptr; }
@@ -457,7 +475,9 @@ bool keepsSamples(const PageSource& page) { return sampleSource(page) != nullptr
 bool isRecoded(const PageSource& page, int compression)
 {
     const TiffPage* source = sampleSource(page);
-    return source != nullptr && SampleCopy(nullptr, *source, compression).isRecoded();
+    if (source == nullptr)
+        return page.tiffPage() != nullptr && !page.tiffPage()->change().isNone();
+    return SampleCopy(nullptr, *source, compression).isRecoded();
 }
 
 } // namespace pagestack

@@ -26,8 +26,8 @@ void writeTiffPage(tiff* handle, const PageSource& page, int compression, PagePo
 /// Throws std::runtime_error when its directory cannot be read.
 bool keepsSamples(const PageSource& page);
 
-/// True when they are kept and strips or tiles have to be decoded or encoded for that. Throws in
-/// the same way.
+/// True when they are kept and strips or tiles have to be decoded or encoded for that, or when the
+/// page's pixels are changed. Throws in the same way.
 bool isRecoded(const PageSource& page, int compression);
 
 } // namespace pagestack

@@ -1,5 +1,6 @@
 #include "engine/image/tiffwriter/EncodedPieces.h"
 #include "engine/image/tiffwriter/MultiPageTiffWriter.h"
+#include "engine/settings/OutputCodes.h"
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
@@ -192,18 +193,34 @@ width=64 photometric=0 tileWidth=16 tileHeight=16)");
         }
     }
 
-    // Pieces that are made ahead would bring the samples back.
-    void encodesNoPiecesOfTreatedPages()
+    // Pieces that are made ahead could bring the samples back, or other tags.
+    void encodesTreatedPagesAhead()
     {
-        TestPage page("rgb compression=5");
+        TestPage page("rgb samples=4 extra=0 compression=5");
         page.iccProfile = profile(u"linear"_s);
-        for (const PageTreatment& treatment : { bilevel(Bilevel::Otsu), toSrgb }) {
-            Treated treated(page, treatment);
-            QVERIFY(!encodePieces(treated.image().source(), COMPRESSION_LZW).bytes);
-            QCOMPARE(treated.savedAsFax().values(TIFFTAG_ICCPROFILE), QList<double>());
-        }
-        Treated plain(page, {});
-        QVERIFY(encodePieces(plain.image().source(), COMPRESSION_PACKBITS).bytes);
+        for (const PageTreatment& treatment :
+             { bilevel(Bilevel::Otsu), bilevel(Bilevel::Dither), toSrgb })
+            for (const int compression : { 1, 2, 3 }) {
+                Treated treated(page, treatment);
+                QList<QByteArray> files;
+                for (const bool isAhead : { false, true }) {
+                    const auto source = treated.image().sharedSource();
+                    MultiPageTiffWriter file(treated.path(u"a.tiff"_s), compression, 1);
+                    const EncodedPieces pieces = isAhead
+                        ? encodePieces(*source, tiffCompressionTag(compression))
+                        : EncodedPieces();
+                    QCOMPARE(bool(pieces.bytes), isAhead);
+                    file.append(source, pieces);
+                    const PageDiagnostics found = treated.image().takeDiagnostics();
+                    QVERIFY(found.changesPixels);
+                    QCOMPARE(found.warnings.size(), treatment == toSrgb ? 1 : 0);
+                    QCOMPARE(found.remarks.size(), treatment == toSrgb && compression < 3 ? 1 : 0);
+                    QVERIFY(file.commit());
+                    files.append(bytesOf(treated.path(u"a.tiff"_s)));
+                }
+                QCOMPARE(files[1], files[0]);
+                QVERIFY(!files[0].contains(page.iccProfile));
+            }
     }
 
     void tellsOfFaxCompressionThatDoesNotFit()
