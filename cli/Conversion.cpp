@@ -134,6 +134,7 @@ namespace {
             OutputFile output { .filename = source.path, .fileItems = {} };
             if (const auto item = FileItem::initWithURL(QUrl::fromLocalFile(source.path))) {
                 item->setFoundIn(source.foundIn);
+                item->setPageChoice(source.pageChoice);
                 output.fileItems.append(item);
             }
             m_outputs.append(output);

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
+#include <QString>
 #include <QUrl>
 
 namespace pagestack {
@@ -11,6 +13,7 @@ struct Arguments
     QList<QUrl> urls; ///< the chosen files or folders
     bool isFolders = false; ///< search the URLs as folders; false: add them as they are
     bool isIncludeSubdirectories = false; ///< of folders: all folders below them too
+    QHash<QUrl, QString> pageChoices {}; ///< of some files that are added as they are
 };
 
 } // namespace pagestack

@@ -40,7 +40,7 @@ CustomTableView::CustomTableView(QWidget* parent)
 {
     setSelectionBehavior(SelectRows);
     setSelectionMode(ExtendedSelection);
-    setEditTriggers(NoEditTriggers);
+    setEditTriggers(DoubleClicked); // and F2, in any column
     setTabKeyNavigation(false);
     setWordWrap(false);
     setShowGrid(false);
@@ -86,7 +86,7 @@ void CustomTableView::setDefaultWidths()
     setColumnWidth(FileTableModel::IsSelected, checkBox);
     const int digit = fontMetrics().horizontalAdvance(u'0');
     int column = FileTableModel::Name;
-    for (const int digits : { 28, 8, 10, 7, 22, 22, 22, 40 }) // up to Location
+    for (const int digits : { 28, 8, 16, 10, 7, 22, 22, 22, 40 }) // up to Location
         setColumnWidth(column++, digits * digit);
 }
 
@@ -217,6 +217,19 @@ void CustomTableView::keyboardSearch(const QString& search)
     QTableView::keyboardSearch(search);
 }
 
+bool CustomTableView::endEditing()
+{
+    auto* files = qobject_cast<FileTableModel*>(model());
+    if (state() != EditingState || files == nullptr)
+        return true;
+    bool isRefused = false;
+    const auto connection = connect(files, &FileTableModel::pageChoiceRefused, this,
+                                    [&isRefused] { isRefused = true; });
+    setFocus(); // the field gives its text and goes
+    disconnect(connection);
+    return !isRefused;
+}
+
 void CustomTableView::keyPressEvent(QKeyEvent* event)
 {
     const bool isCommand = event->modifiers().testFlag(Qt::ControlModifier);
@@ -225,6 +238,8 @@ void CustomTableView::keyPressEvent(QKeyEvent* event)
         emit invertRequested(highlightedRows());
     else if (key == Qt::Key_Delete || key == Qt::Key_Backspace)
         emit removeRequested();
+    else if (key == Qt::Key_F2 && currentIndex().isValid())
+        edit(currentIndex().siblingAtColumn(FileTableModel::PagesToConvert));
     else if (isCommand && key == Qt::Key_Up)
         emit moveUpRequested();
     else if (isCommand && key == Qt::Key_Down)

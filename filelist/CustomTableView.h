@@ -52,6 +52,9 @@ public:
     /// Whether a drag may be dropped: it offers URLs and does not come from this table.
     bool validateDrop(const QObject* source, const QMimeData* offer) const;
 
+    /// Takes over what is being typed into a row; false if it was refused.
+    bool endEditing();
+
     void keyboardSearch(const QString& search) override; ///< by name, in whatever column
 
 signals:

@@ -49,6 +49,7 @@ namespace {
     {
         QUrl url;
         QString foundIn {}; ///< as of FileItem
+        QString pageChoice { QLatin1String("") };
     };
 
     /// Finds the files that a load is asked for.
@@ -66,21 +67,22 @@ namespace {
             if (m_walk)
                 stepInFolder(found);
             else if (m_next < m_request.urls.size())
-                begin(plainUrl(m_request.urls.at(m_next++)), found);
+                begin(m_request.urls.at(m_next++), found);
             else
                 return false;
             return true;
         }
 
     private:
-        void begin(const QUrl& url, QList<FoundFile>& found)
+        void begin(const QUrl& given, QList<FoundFile>& found)
         {
+            const QUrl url = plainUrl(given);
             const QString path = url.toLocalFile();
             if (isSidecar(path))
                 return;
             if (!m_request.isFolders
                 || (!QFileInfo(path).isDir() && hasAllowedFileType(url.path())))
-                found.append({ url });
+                found.append({ url, {}, m_request.pageChoices.value(given, u""_s) });
             else if (!path.isEmpty())
                 enter(path);
         }
@@ -136,8 +138,10 @@ namespace {
         {
             const StopScope scope([this] { return !m_target.isProcessing(); });
             std::shared_ptr<FileItem> item = FileItem::initWithURL(file.url);
-            if (item)
+            if (item) {
                 item->setFoundIn(file.foundIn);
+                item->setPageChoice(file.pageChoice);
+            }
             return item;
         }
 
@@ -236,9 +240,9 @@ namespace {
 
 } // namespace
 
-bool FileLoader::addFilesToList(const QList<QUrl>& urls)
+bool FileLoader::addFilesToList(const QList<QUrl>& urls, const QHash<QUrl, QString>& pageChoices)
 {
-    return load(m_target, { urls, false, false }, u"addFilesToList:"_s);
+    return load(m_target, { urls, false, false, pageChoices }, u"addFilesToList:"_s);
 }
 
 bool FileLoader::addFolderToList(const QList<QUrl>& urls, bool includeSubdirectories)

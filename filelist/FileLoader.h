@@ -48,9 +48,9 @@ public:
     {
     }
 
-    /// Adds the URLs, whatever their extension; those that are no file URLs are skipped. True when
-    /// the list has grown.
-    bool addFilesToList(const QList<QUrl>& urls);
+    /// Adds the URLs, whatever their extension; those that are no file URLs are skipped. Some come
+    /// with a choice of pages. True when the list has grown.
+    bool addFilesToList(const QList<QUrl>& urls, const QHash<QUrl, QString>& pageChoices = {});
 
     /// Adds the files of allowed types in these folders, without sub-folders or with all of them,
     /// in the order of the file system. A URL that is no folder but has an allowed type is added

@@ -1,5 +1,8 @@
 #include "filelist/FileTableModel.h"
 
+#include "engine/options/ConversionOptions.h"
+#include "engine/options/PageChoice.h"
+
 #include <QMimeData>
 #include <QTextDocument>
 
@@ -25,6 +28,8 @@ namespace {
         { u"isselected", u"isSelected", "" },
         { u"name", u"name", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Name") },
         { u"pages", u"pages", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Pages") },
+        { u"pagesToConvert", u"pageChoice",
+          QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Pages to convert") },
         { u"sizeInKB", u"size", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Size") },
         { u"type", u"type", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Type") },
         { u"dateModified", u"dateModified",
@@ -215,6 +220,32 @@ void FileTableModel::announceMarks(int first, int last)
     emit checkMarksChanged();
 }
 
+void FileTableModel::choosePages(const QList<int>& rows, const QString& choice)
+{
+    for (const int row : rows) {
+        m_files.at(row)->setPageChoice(choice);
+        emit dataChanged(index(row, PagesToConvert), index(row, PagesToConvert),
+                         { Qt::DisplayRole, Qt::EditRole });
+    }
+}
+
+bool FileTableModel::takePageChoice(int row, const QString& text)
+{
+    const QString choice = text.trimmed();
+    const QString before = m_files.at(row)->pageChoice();
+    try {
+        const PageChoice checked(choice);
+    } catch (const OptionError& error) {
+        emit pageChoiceRefused(QString::fromUtf8(error.what()));
+        return false;
+    }
+    if (choice == before)
+        return true;
+    choosePages({ row }, choice);
+    emit pageChoiceEdited(row, before);
+    return true;
+}
+
 void FileTableModel::sort(int column, Qt::SortOrder order)
 {
     reorder(sortedRows(m_files.items(), { sortOrder(column, order) }));
@@ -257,7 +288,7 @@ QVariant FileTableModel::data(const QModelIndex& index, int role) const
         return toolTip(item);
     if (index.column() == IsSelected)
         return checkMarkData(item, role);
-    if (role == Qt::DisplayRole)
+    if (role == Qt::DisplayRole || (role == Qt::EditRole && index.column() == PagesToConvert))
         return shownText(index);
     if (role == Qt::TextAlignmentRole && index.column() == Size)
         return (Qt::AlignRight | Qt::AlignVCenter).toInt();
@@ -293,6 +324,8 @@ QVariant FileTableModel::checkMarkData(const FileItem& item, int role) const
 
 bool FileTableModel::setData(const QModelIndex& index, const QVariant& value, int role)
 {
+    if (index.isValid() && index.column() == PagesToConvert && role == Qt::EditRole)
+        return takePageChoice(index.row(), value.toString());
     if (!index.isValid() || index.column() != IsSelected || role != Qt::CheckStateRole)
         return false;
     const bool isSelected = value.toInt() == Qt::Checked;
@@ -310,6 +343,9 @@ QVariant FileTableModel::headerData(int section, Qt::Orientation orientation, in
         return {};
     if (section == IsSelected && (role == Qt::ToolTipRole || role == Qt::AccessibleTextRole))
         return tr("Converted when ticked");
+    if (section == PagesToConvert && role == Qt::ToolTipRole)
+        return tr("Such as 1,3-5,-1 (the last one); F2 or a double click edits it. Empty: what the "
+                  "options say, or all.");
     if (role == Qt::DisplayRole)
         return section == IsSelected ? u""_s : tr(facts->title);
     if (role == Qt::TextAlignmentRole)
@@ -325,6 +361,8 @@ Qt::ItemFlags FileTableModel::flags(const QModelIndex& index) const
         | Qt::ItemNeverHasChildren;
     if (index.column() == IsSelected)
         flags |= Qt::ItemIsUserCheckable;
+    if (index.column() == PagesToConvert)
+        flags |= Qt::ItemIsEditable;
     return flags;
 }
 

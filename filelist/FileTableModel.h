@@ -22,6 +22,7 @@ public:
         IsSelected,
         Name,
         Pages,
+        PagesToConvert,
         Size,
         Type,
         DateModified,
@@ -39,8 +40,8 @@ public:
 
     explicit FileTableModel(FileList& files, const ReadDates& readDates = &FileItem::dates);
 
-    /// "isselected", "name", "pages", "sizeInKB", "type", "dateModified", "dateCreated",
-    /// "dateAccessed", "location"; empty for no column.
+    /// "isselected", "name", "pages", "pagesToConvert", "sizeInKB", "type", "dateModified",
+    /// "dateCreated", "dateAccessed", "location"; empty for no column.
     static QString identifier(int column);
     /// The order of a column by the property of FileItem that it shows; none for no column (-1).
     static SortOrder sortOrder(int column, Qt::SortOrder order);
@@ -65,6 +66,9 @@ public:
 
     int mark(const QList<int>& rows, Mark mark); ///< the number of rows changed
 
+    /// Chooses the pages of these rows; `choice` is as FileItem::setPageChoice takes it.
+    void choosePages(const QList<int>& rows, const QString& choice);
+
     /// Selections and the current row stay with their items.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
     /// Puts the item of row rows[i] into row i, as sortedRows() says; nothing when `rows` is empty.
@@ -86,11 +90,16 @@ signals:
     void checkMarksChanged();
     /// The user has set the check mark of this row in a view; comes before checkMarksChanged.
     void checkMarkEdited(int row);
+    /// The user has chosen the pages of this row in a view; they were `before`.
+    void pageChoiceEdited(int row, const QString& before);
+    /// What the user has typed for the pages of a row is none; the row stays as it was.
+    void pageChoiceRefused(const QString& reason);
 
 private:
     QVariant shownText(const QModelIndex& index) const;
     QVariant checkMarkData(const FileItem& item, int role) const;
     void announceMarks(int first, int last);
+    bool takePageChoice(int row, const QString& text);
 
     QString toolTip(const FileItem& item) const;
 

@@ -107,6 +107,7 @@ ListEditor::ListEditor(FileTableModel& model, QObject* parent)
 {
     m_history.setUndoLimit(longestHistory);
     connect(&m_model, &FileTableModel::checkMarkEdited, this, &ListEditor::rememberEdit);
+    connect(&m_model, &FileTableModel::pageChoiceEdited, this, &ListEditor::rememberPageChoice);
 }
 
 void ListEditor::push(const QString& text, const Items& concerned, const Step& step)
@@ -138,6 +139,15 @@ void ListEditor::rememberEdit(int row)
 {
     const FileList::Item& item = m_model.files().at(row);
     item->isSelected() ? pushMarks({ item }, {}) : pushMarks({}, { item });
+}
+
+/// As above: it is chosen already.
+void ListEditor::rememberPageChoice(int row, const QString& before)
+{
+    const Items items { m_model.files().at(row) };
+    push(tr("Choose Pages"), items, [=, this, after = items.first()->pageChoice()](bool isForward) {
+        m_model.choosePages(m_model.files().rowsOf(items), isForward ? after : before);
+    });
 }
 
 void ListEditor::pushMarks(const Items& checked, const Items& unchecked)

@@ -51,6 +51,7 @@ private:
     void pushMarks(const Items& checked, const Items& unchecked);
     bool move(const QList<int>& rows, bool isUp);
     void rememberEdit(int row);
+    void rememberPageChoice(int row, const QString& before);
 
     FileTableModel& m_model;
     bool m_isNewStep = false; ///< which is told by nothing but the change itself

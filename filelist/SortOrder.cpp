@@ -159,6 +159,8 @@ namespace {
             refineBy(ranking, isAscending, [](const FileItem& item) { return item.size(); });
         else if (key == u"name"_s)
             refineByText(ranking, isAscending, &FileItem::name);
+        else if (key == u"pageChoice"_s)
+            refineByText(ranking, isAscending, &FileItem::pageChoice);
         else if (key == u"type"_s)
             refineByText(ranking, isAscending, &FileItem::type);
         else if (key == u"location"_s)

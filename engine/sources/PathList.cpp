@@ -1,5 +1,7 @@
 #include "engine/sources/PathList.h"
 
+#include "engine/options/ConversionOptions.h"
+#include "engine/options/PageChoice.h"
 #include "engine/support/Paths.h"
 
 #include <QDir>
@@ -18,6 +20,34 @@ namespace pagestack {
 namespace {
 
     constexpr qint64 largestListBytes = qint64 { 256 } * 1024 * 1024;
+
+    bool isPageChoice(const QString& text)
+    {
+        try {
+            const PageChoice choice(text);
+            return true;
+        } catch (const OptionError&) {
+            return false;
+        }
+    }
+
+    struct Entry
+    {
+        QString path;
+        QString pages {};
+    };
+
+    /// What a line names besides a path as it stands; maybe nothing.
+    Entry entryOf(QString line)
+    {
+        const QStringList fields = line.split(u'\t');
+        const bool isExported = fields.size() >= 8 && fields.size() <= 9
+            && fields.at(7).startsWith(u'/') && isPageChoice(fields.value(8));
+        if (isExported)
+            return { joinedPath(fields.at(7), fields.at(0)), fields.value(8).trimmed() };
+        const QString pages = takePageChoice(line);
+        return pages.isEmpty() ? Entry() : Entry { line, pages };
+    }
 
     /// Without "." and doubled slashes, by which one file would have two URLs; after two slashes at
     /// the start QUrl would look for the name of a host. ".." stays: it may be behind a link.
@@ -38,21 +68,37 @@ PathList parsePathList(QStringView text, const QString& allowedTypes)
     const QString folder = QDir::currentPath();
     PathList list;
     QSet<QUrl> known;
+    const auto isWanted
+        = [&](QStringView path) { return extensions.contains(pathExtension(path).toUpper()); };
     for (const QStringView line : text.tokenize(u'\n')) {
-        if (!extensions.contains(pathExtension(line).toUpper())) {
+        const Entry entry = isWanted(line) ? Entry { line.toString() } : entryOf(line.toString());
+        if (!isWanted(entry.path)) {
             if (!line.trimmed().isEmpty())
                 ++list.otherLines;
             continue;
         }
-        const QUrl url = fileUrl(line, folder);
+        const QUrl url = fileUrl(entry.path, folder);
         const qsizetype before = known.size();
         known.insert(url);
-        if (known.size() > before)
-            list.files.append(url);
-        else
+        if (known.size() == before) {
             ++list.duplicates;
+            continue;
+        }
+        list.files.append(url);
+        if (!entry.pages.isEmpty())
+            list.pageChoices.insert(url, entry.pages);
     }
     return list;
+}
+
+QString takePageChoice(QString& line)
+{
+    const qsizetype tab = line.lastIndexOf(u'\t');
+    const QString pages = tab < 0 ? QString() : line.sliced(tab + 1).trimmed();
+    if (pages.isEmpty() || !isPageChoice(pages))
+        return {};
+    line.truncate(tab);
+    return pages;
 }
 
 QString readPathList(const QString& path)

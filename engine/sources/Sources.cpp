@@ -3,6 +3,7 @@
 #include "engine/files/FileState.h"
 #include "engine/sources/AllowedFileTypes.h"
 #include "engine/sources/FolderWalk.h"
+#include "engine/sources/PathList.h"
 #include "engine/support/Paths.h"
 
 #include <QFile>
@@ -149,8 +150,18 @@ namespace {
         const QByteArray text = isOpen ? file.readAll() : QByteArray();
         if (!isOpen || file.error() != QFileDevice::NoError)
             return report(isStandardInput ? u"standard input"_s : list, file.errorString());
-        for (const QString& path : pathsOf(text))
+        for (QString path : pathsOf(text)) {
+            const QFileInfo info(path);
+            if (!path.contains(u'\t') || !isPath(path) || info.exists() || info.isSymLink()) {
+                addPath(path);
+                continue;
+            }
+            const QString pages = takePageChoice(path);
+            const qsizetype before = m_found.files.size();
             addPath(path);
+            for (qsizetype i = before; i < m_found.files.size(); ++i)
+                m_found.files[i].pageChoice = pages;
+        }
     }
 
 } // namespace

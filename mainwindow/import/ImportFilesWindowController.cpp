@@ -140,7 +140,8 @@ void ImportFilesWindowController::pasetFromClipboardAction()
     parseText(text);
     QStringList paths;
     for (const QUrl& file : std::as_const(m_files))
-        paths.append(file.toLocalFile());
+        paths.append(file.toLocalFile()
+                     + (m_pageChoices.contains(file) ? u'\t' + m_pageChoices.value(file) : u""_s));
     // As an edit of the text, so that what was there comes back by Undo.
     QTextCursor all(m_ui->importText->document());
     all.select(QTextCursor::Document);
@@ -169,6 +170,7 @@ void ImportFilesWindowController::parseText(const QString& text)
         systemLogError(u"parseText:"_s, error);
     }
     m_files = list.files;
+    m_pageChoices = list.pageChoices;
     showFound(list);
 }
 
@@ -282,6 +284,7 @@ void ImportFilesWindowController::resetView()
     m_ui->importFile->clear();
     m_ui->importText->clear();
     m_files.clear();
+    m_pageChoices.clear();
     showFound({});
 }
 

@@ -56,6 +56,8 @@ public:
     /// exist.
     const QList<QUrl>& files() const { return m_files; }
     void setFiles(const QList<QUrl>& files) { m_files = files; }
+    /// Of those of the files for which pages are chosen.
+    const QHash<QUrl, QString>& pageChoices() const { return m_pageChoices; }
     /// Extensions parted by ",". A line is taken when its extension, in upper case, is one of them.
     QString allowedTypes() const { return m_allowedTypes; }
     void setAllowedTypes(const QString& allowedTypes) { m_allowedTypes = allowedTypes; }
@@ -101,6 +103,7 @@ private:
     ImportFilesWindowControllerDelegate* m_delegate = nullptr;
     QString m_allowedTypes;
     QList<QUrl> m_files;
+    QHash<QUrl, QString> m_pageChoices;
     QTimer m_typingPause; ///< what is typed is counted when typing pauses
     std::shared_ptr<std::atomic<bool>> m_isCheckOutdated;
     QThreadPool m_diskChecks; ///< the last member: its end waits for the check that is under way

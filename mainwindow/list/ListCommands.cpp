@@ -42,6 +42,10 @@ ListCommands::ListCommands(const WindowParts& parts, ListEditor& editor)
     });
     connect(&parts.model, &FileTableModel::checkMarksChanged, &parts.view,
             &ViewState::updateTotalLabel);
+    connect(&parts.model, &FileTableModel::pageChoiceRefused, this, [this](const QString& reason) {
+        m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical,
+                             reason.left(1).toUpper() + reason.mid(1));
+    });
     connect(&editor, &ListEditor::stepped, this, &ListCommands::showStep);
     connect(&editor, &ListEditor::sorted, table, &CustomTableView::setSortOrders);
 }

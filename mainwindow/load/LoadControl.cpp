@@ -78,7 +78,7 @@ void LoadControl::openImportFilesPanel()
 
 void LoadControl::ImportFilesWindowControllerDidFinish(ImportFilesWindowController& dialog)
 {
-    load(dialog.files(), false);
+    startLoading({ dialog.files(), false, false, dialog.pageChoices() });
 }
 
 bool LoadControl::inculdeSubfolders() const
@@ -122,7 +122,7 @@ void LoadControl::loadURLs(const Arguments& arguments)
         FileLoader loader(*this);
         const bool isChanged = arguments.isFolders
             ? loader.addFolderToList(arguments.urls, arguments.isIncludeSubdirectories)
-            : loader.addFilesToList(arguments.urls);
+            : loader.addFilesToList(arguments.urls, arguments.pageChoices);
         if (isChanged)
             m_list.sortAsTable();
     });

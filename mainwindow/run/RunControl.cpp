@@ -45,6 +45,8 @@ void RunControl::split()
     if (m_parts.worker.isBusy() || !m_parts.ui.convertBtn->isEnabled())
         return; // the menu's shortcut comes here too
     m_parts.ui.rightBox->endEditing();
+    if (!m_parts.ui.mainTableView->endEditing())
+        return;
     if (const QString fault = m_parts.ui.rightBox->commitChoices(); !fault.isEmpty()) {
         m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical, fault);
         return;

@@ -20,7 +20,8 @@ private slots:
 
     void findsTheFilesThatATextNames_data()
     {
-        // '^' ends a line, '@' is the current folder; then duplicates and lines that are no files.
+        // '^' ends a line, '&' is a tab, '@' is the current folder; then duplicates and lines that
+        // are no files.
         addTextRows(R"(
                                                 |                                     | 0 0
             /a.Tif^/b.tiff^/c.TIFF^/f.tIfF      | /a.Tif,/b.tiff,/c.TIFF,/f.tIfF      | 0 0
@@ -32,15 +33,20 @@ private slots:
             x^ /a.tif                           | @/ /a.tif                           | 0 1
             /a%20b#c?d;.tif^/ü 日.tif           | /a%20b#c?d;.tif,/ü 日.tif           | 0 0
             //two words/x.tif                   | /two words/x.tif                    | 0 0
-            /scans.tif/                         | /scans.tif/                         | 0 0)");
+            /scans.tif/                         | /scans.tif/                         | 0 0
+            /a.tif&1,-2^/a.tif^/b.tif&^/c.tif&0^/d.png&1 | /a.tif 1,-2                | 1 3
+            a&1.tif^n.tif&2&&&&&&/x^m.tif&&&&&&&/x&2- | @/a&1.tif,/x/n.tif,/x/m.tif 2- | 0 0)");
     }
 
     void findsTheFilesThatATextNames()
     {
         auto [text, paths, counts] = textRow<3>();
-        text.replace(u'^', u'\n').replace(u'@', QDir::currentPath());
+        text.replace(u'^', u'\n').replace(u'&', u'\t').replace(u'@', QDir::currentPath());
         const PathList list = parsePathList(text, u"tif,TIF,tiff,TIFF"_s);
-        QCOMPARE(pathsOf(list.files), paths.replace(u'@', QDir::currentPath()));
+        QString found = pathsOf(list.files);
+        for (const auto& [file, pages] : list.pageChoices.asKeyValueRange())
+            found.replace(file.toLocalFile(), file.toLocalFile() + u' ' + pages);
+        QCOMPARE(found, paths.replace(u'&', u'\t').replace(u'@', QDir::currentPath()));
         QCOMPARE(u"%1 %2"_s.arg(list.duplicates).arg(list.otherLines), counts);
         QVERIFY(parsePathList(text, u""_s).files.isEmpty());
     }

@@ -1,9 +1,11 @@
 #include "filelist/NameSearch.h"
 #include "mainwindow/desktop/InformationScript.h"
+#include "mainwindow/import/ImportFilesWindowController.h"
 #include "tests/mainwindow/Session.h"
 
 #include <QHeaderView>
 #include <QMenu>
+#include <QPlainTextEdit>
 #include <QSemaphore>
 
 /// The commands on the list, by the controls of the real window.
@@ -177,6 +179,45 @@ private slots:
         const QRect item = menu.actionGeometry(&find<QAction>("uncheckSelectionAction"));
         QTest::mouseClick(&menu, Qt::LeftButton, {}, item.center());
         QCOMPARE(state(), u"0 1 2- 3- 4 5"_s);
+    }
+
+    // What is no choice must not reach a run, and a choice must not get lost on the way of a list.
+    void choosesPagesInTheRow()
+    {
+        QVERIFY(fill());
+        const QPersistentModelIndex cell
+            = table().model()->index(2, FileTableModel::PagesToConvert);
+        const auto type = [&](const QString& text) {
+            table().highlightRows({ 2 });
+            QTest::keyClick(&table(), Qt::Key_F2);
+            auto& field = childOf<QLineEdit>(*table().viewport());
+            field.setText(text);
+            return &field;
+        };
+        alerts().setNextAnswer(0);
+        QTest::keyClick(type(u"3-1"_s), Qt::Key_Return);
+        QTRY_VERIFY(alerts().lastText().startsWith(u"Pages '3-1' has '3-1', which is none "_s));
+        QCOMPARE(cell.data().toString() + u'/' + state(), u"/0 1 2 3 4 5"_s);
+        type(u" 1,-1 "_s);
+        QVERIFY(table().endEditing()); // as Convert does
+        QCOMPARE(cell.data(), QVariant(u"1,-1"_s));
+        chooser().setNextChoice(urlsOf({ path(u"list.txt"_s) }));
+        QVERIFY(load([this] { press("exportAction"); }));
+        const QString list = QString::fromUtf8(bytesOf(path(u"list.txt"_s)));
+        QVERIFY(list.section(u'\n', 0, 0).endsWith(u"\tLocation\tPages To Convert"_s));
+        press("undoAction");
+        QCOMPARE(cell.data(), QVariant(u""_s));
+        press("redoAction");
+        alerts().setNextAnswer(0);
+        press("removeAllFilesButton");
+        QCOMPARE(state(), QString());
+        press("importAction");
+        auto& sheet = find<ImportFilesWindowController>();
+        childOf<QAbstractButton>(sheet, "importFromTextBtn").click();
+        childOf<QPlainTextEdit>(sheet, "importText").setPlainText(list);
+        QVERIFY(load([&] { sheet.importAction(); }));
+        QCOMPARE(table().model()->index(2, FileTableModel::PagesToConvert).data(),
+                 QVariant(u"1,-1"_s));
     }
 
     void exportsTheList()
