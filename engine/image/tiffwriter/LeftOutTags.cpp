@@ -133,15 +133,15 @@ QStringList leftOutTags(const TiffPage& page, const PageMetadata* held)
 {
     if (page.treatment().stripsMetadata)
         return {};
-    std::set<unsigned> kept(imageTags.begin(), imageTags.end());
-    if (held != nullptr)
-        kept.insert(held->heldTags.begin(), held->heldTags.end());
-    QStringList names = leftOutTags(page, kept, true);
-    if (held != nullptr)
-        names += held->leftOut;
-    else if (page.directory().find(TIFFTAG_PAGENUMBER) != nullptr)
-        names.append(u"PageNumber"_s);
-    return names;
+    QStringList left;
+    for (const TiffTagValue& value : page.directory().values) {
+        const bool isHeld = held != nullptr && held->heldTags.contains(value.tag);
+        const bool isToTell = value.tag == TIFFTAG_PAGENUMBER
+            || (!isAmong(imageTags, value.tag) && !isDispensable(page, value.tag, {}, true));
+        if (!isHeld && isToTell)
+            left.append(nameOf(page.load(), value.tag));
+    }
+    return held != nullptr ? left + held->leftOut : left;
 }
 
 QString leftOutText(const QStringList& names, qsizetype mostNames, QStringView fate)
