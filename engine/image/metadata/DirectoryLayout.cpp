@@ -2,6 +2,8 @@
 
 #include "engine/image/pixels/ByteOrder.h"
 
+#include <tiffio.h>
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -11,8 +13,8 @@ namespace pagestack {
 
 namespace {
 
-    constexpr unsigned typeOfOffset = 4;
-    constexpr unsigned typeOfBigOffset = 16;
+    constexpr unsigned typeOfOffset = TIFF_LONG;
+    constexpr unsigned typeOfBigOffset = TIFF_LONG8;
 
     QByteArray littleEndian(std::uint64_t number, std::size_t size)
     {
@@ -23,11 +25,27 @@ namespace {
 
 } // namespace
 
+std::vector<MetadataDirectory> directoriesBelow(const PageMetadata& page)
+{
+    MetadataDirectory interoperability;
+    interoperability.tag = TIFFTAG_INTEROPERABILITYIFD;
+    interoperability.entries = page.interoperability;
+    MetadataDirectory exif;
+    exif.tag = TIFFTAG_EXIFIFD;
+    exif.entries = page.exif;
+    exif.below = { interoperability };
+    MetadataDirectory gps;
+    gps.tag = TIFFTAG_GPSIFD;
+    gps.entries = page.gps;
+    return { exif, gps };
+}
+
 /// Room at an even offset.
-std::uint64_t DirectoryLayout::reserve(qsizetype size)
+std::uint64_t DirectoryLayout::reserve(std::uint64_t size)
 {
     const qsizetype at = (m_bytes.size() + 1) / 2 * 2;
-    m_bytes.append(at + size - m_bytes.size(), '\0');
+    m_bytes.resize(at);
+    m_bytes.append(static_cast<qsizetype>(size), '\0');
     if (!m_format.isBigTiff
         && m_begin + static_cast<std::uint64_t>(m_bytes.size())
             > std::numeric_limits<std::uint32_t>::max())
@@ -41,7 +59,7 @@ QByteArray DirectoryLayout::record(const MetadataEntry& entry)
     QByteArray bytes = littleEndian(entry.tag, 2) + littleEndian(entry.type, 2)
         + littleEndian(entry.count, offsetSize);
     if (entry.bytes.size() > static_cast<qsizetype>(offsetSize)) {
-        const std::uint64_t at = reserve(entry.bytes.size());
+        const std::uint64_t at = reserve(static_cast<std::uint64_t>(entry.bytes.size()));
         std::ranges::copy(entry.bytes, m_bytes.end() - entry.bytes.size());
         return bytes + littleEndian(at, offsetSize);
     }
@@ -51,21 +69,18 @@ QByteArray DirectoryLayout::record(const MetadataEntry& entry)
 
 std::uint64_t DirectoryLayout::add(const MetadataDirectory& directory)
 {
-    const auto isThere
-        = [](const MetadataDirectory::Below& below) { return !below.directory.entries.empty(); };
+    const auto isThere = [](const MetadataDirectory& below) { return !below.entries.empty(); };
     const std::size_t count = directory.placed.size() + directory.entries.size()
         + static_cast<std::size_t>(std::ranges::count_if(directory.below, isThere));
-    const std::uint64_t offset
-        = reserve(static_cast<qsizetype>(m_format.linkAt(0, count) + m_format.offsetBytes()));
+    const std::uint64_t offset = reserve(m_format.linkAt(0, count) + m_format.offsetBytes());
     std::vector<QByteArray> records = directory.placed;
     for (const MetadataEntry& entry : directory.entries)
         records.push_back(record(entry));
     const unsigned type = m_format.isBigTiff ? typeOfBigOffset : typeOfOffset;
-    for (const MetadataDirectory::Below& below : directory.below)
+    for (const MetadataDirectory& below : directory.below)
         if (isThere(below))
             records.push_back(
-                record({ below.tag, type, 1,
-                         littleEndian(add(below.directory), m_format.offsetBytes()) }));
+                record({ below.tag, type, 1, littleEndian(add(below), m_format.offsetBytes()) }));
     std::ranges::stable_sort(records, {}, [](const QByteArray& bytes) {
         return static_cast<unsigned char>(bytes.at(0))
             | static_cast<unsigned>(static_cast<unsigned char>(bytes.at(1))) << 8U;

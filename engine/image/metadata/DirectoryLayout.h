@@ -12,20 +12,15 @@ namespace pagestack {
 /// A directory to be laid out.
 struct MetadataDirectory
 {
-    struct Below;
-
+    unsigned tag = 0; ///< of the entry that points to it; 0 for the first one
     /// Entries as they stand in a file, with their values in place already.
-    std::vector<QByteArray> placed {};
-    std::vector<MetadataEntry> entries {};
-    std::vector<Below> below {}; ///< those without entries are left out
+    std::vector<QByteArray> placed;
+    std::vector<MetadataEntry> entries;
+    std::vector<MetadataDirectory> below; ///< those without entries are left out
 };
 
-/// A directory that another one points to.
-struct MetadataDirectory::Below
-{
-    unsigned tag = 0; ///< of the entry that points to it
-    MetadataDirectory directory;
-};
+/// The directories of the page's Exif and GPS data.
+std::vector<MetadataDirectory> directoriesBelow(const PageMetadata& page);
 
 /// Little-endian directories with their values, for a stretch of a file from `begin` on, an even
 /// offset.
@@ -46,7 +41,7 @@ public:
 
 private:
     QByteArray record(const MetadataEntry& entry);
-    std::uint64_t reserve(qsizetype size);
+    std::uint64_t reserve(std::uint64_t size);
 
     TiffFormat m_format;
     std::uint64_t m_begin;

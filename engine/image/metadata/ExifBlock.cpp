@@ -77,12 +77,10 @@ namespace {
     {
         const TiffFormat format;
         DirectoryLayout layout(format, format.headerBytes());
-        layout.add({ .entries = page.tags,
-                     .below = { { TIFFTAG_EXIFIFD,
-                                  { .entries = page.exif,
-                                    .below = { { TIFFTAG_INTEROPERABILITYIFD,
-                                                 { .entries = page.interoperability } } } } },
-                                { TIFFTAG_GPSIFD, { .entries = page.gps } } } });
+        MetadataDirectory directory;
+        directory.entries = page.tags;
+        directory.below = directoriesBelow(page);
+        layout.add(directory);
         return QByteArray("II*\0\x08\0\0\0", 8) + layout.bytes();
     }
 
@@ -116,10 +114,7 @@ QByteArray exifBlock(const PageMetadata& page, const PageProperties& upright, qs
 {
     if (page.tags.empty() && page.exif.empty() && page.gps.empty())
         return {};
-    PageMetadata kept { .tags = page.tags,
-                        .exif = page.exif,
-                        .interoperability = page.interoperability,
-                        .gps = page.gps };
+    PageMetadata kept = page;
     setSize(kept.exif, EXIFTAG_PIXELXDIMENSION, upright.widthPx);
     setSize(kept.exif, EXIFTAG_PIXELYDIMENSION, upright.heightPx);
     while (mostBytesOf(kept) > mostBytes)

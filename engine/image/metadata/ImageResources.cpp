@@ -40,7 +40,8 @@ namespace {
         constexpr qsizetype smallest = nameAt + 2 + 4;
         if (rest.size() < smallest)
             return false;
-        const qsizetype nameBytes = (static_cast<unsigned char>(rest.at(nameAt)) + 2) / 2 * 2;
+        const qsizetype nameBytes
+            = (qsizetype { static_cast<unsigned char>(rest.at(nameAt)) } + 2) / 2 * 2;
         const qsizetype dataAt = nameAt + nameBytes + 4;
         if (rest.size() < dataAt)
             return false;

@@ -208,8 +208,10 @@ namespace {
         static void sort(Entries& entries)
         {
             std::ranges::stable_sort(entries, {}, &MetadataEntry::tag);
-            const auto same = std::ranges::unique(entries, {}, &MetadataEntry::tag);
-            entries.erase(same.begin(), same.end());
+            const auto isSame = [](const MetadataEntry& one, const MetadataEntry& other) {
+                return one.tag == other.tag;
+            };
+            entries.erase(std::unique(entries.begin(), entries.end(), isSame), entries.end());
         }
 
         const OpenTiffFile& m_file;

@@ -57,12 +57,7 @@ std::uint64_t extendDirectory(TiffStream& file, const TiffFormat& format, std::u
     for (const MetadataEntry& entry : more.tiffTags)
         if (!tags.contains(entry.tag))
             directory.entries.push_back(entry);
-    directory.below = {
-        { TIFFTAG_EXIFIFD,
-          { .entries = more.exif,
-            .below = { { TIFFTAG_INTEROPERABILITYIFD, { .entries = more.interoperability } } } } },
-        { TIFFTAG_GPSIFD, { .entries = more.gps } }
-    };
+    directory.below = directoriesBelow(more);
     const std::uint64_t begin = (file.sizeBytes() + 1) / 2 * 2;
     DirectoryLayout layout(format, begin);
     const std::uint64_t added = layout.add(directory);
