@@ -187,9 +187,13 @@ bool PagestackAppDelegate::applicationShouldTerminate()
     return false;
 }
 
-/// From the first yes on the window may close, as quitting makes it do.
+/// From the first yes on the window may close, as quitting makes it do. A run is not ended unasked.
 bool PagestackAppDelegate::mayQuit()
 {
+    if (!m_hasQuit && m_run->isUnderWay() && !m_worker->isTerminating()) {
+        m_run->askBeforeItEnds([this] { applicationShouldTerminate(); });
+        return false;
+    }
     m_hasQuit = m_hasQuit || applicationShouldTerminate();
     return m_hasQuit;
 }

@@ -48,7 +48,9 @@ void ConversionRun::convertOutputs()
     const QList<OutputFile> plan = m_names.completed(m_job.outputFiles());
     m_supply.prepare(plan, [this](const QString& path) { return isWanted(path); });
     for (qsizetype i = 0; i < plan.size(); ++i) {
-        if (!m_job.isCombining())
+        if (i > 0 && m_job.gate().endsAfterSource())
+            m_job.stop();
+        if (!m_job.goesOn())
             return;
         convertOutput(plan.at(i), i);
         m_job.log()->putAside();
@@ -177,7 +179,7 @@ void ConversionRun::skipTogether(const Source& source, const QList<int>& range, 
 void ConversionRun::writePages(const Source& source, const QList<int>& range)
 {
     for (const int page : range) {
-        if (!m_job.isCombining())
+        if (!m_job.goesOn())
             return;
         writePage(source, page);
     }

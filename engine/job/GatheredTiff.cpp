@@ -79,7 +79,7 @@ void GatheredTiff::gatherPages(MultiPageTiffWriter& file, const QString& path,
                                LogFiles& logFiles)
 {
     for (const int page : range) {
-        if (!m_job.isCombining())
+        if (!m_job.goesOn())
             return;
         logFiles.logFiles.push_back(
             { .targetFile = lastPathComponent(path), .sourcePageNo = page });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/files/StagedFile.h"
+#include "engine/job/RunGate.h"
 #include "engine/log/Diagnostic.h"
 #include "engine/log/Log.h"
 #include "engine/options/RunOptions.h"
@@ -155,7 +156,20 @@ public:
     void setRecordFile(const QString& path) { m_recordFile = path; }
 
     bool isCombining() const { return m_isCombining; }
-    void setIsCombining(bool value) { emit isCombiningChanged(m_isCombining = value); }
+    void setIsCombining(bool value)
+    {
+        m_isCombining = value;
+        m_gate.wake();
+        emit isCombiningChanged(value);
+    }
+    /// Pauses the run, or ends it after a source.
+    RunGate& gate() { return m_gate; }
+    /// Waits while the run is paused. False when it is to end. On the job's thread.
+    bool goesOn()
+    {
+        m_gate.wait([this] { return isCombining(); });
+        return isCombining();
+    }
     bool isCompleted() const { return m_isCompleted; }
     void setIsCompleted(bool value) { emit isCompletedChanged(m_isCompleted = value); }
     int totalFileSelected() const { return m_totalFileSelected; }
@@ -268,6 +282,7 @@ private:
     QSet<std::size_t> m_sweptFolders; ///< hashes of their paths
     std::optional<QSet<QByteArray>> m_stagedSources; ///< names, of sources that look like leftovers
 
+    RunGate m_gate;
     std::atomic<bool> m_isCombining = false;
     std::atomic<bool> m_isCompleted = false;
     std::atomic<int> m_totalFileSelected = 1;

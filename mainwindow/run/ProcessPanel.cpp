@@ -41,6 +41,12 @@ ProcessPanel::ProcessPanel(QWidget* parent)
         showCounts();
         emit cancelRequested();
     });
+    connect(m_ui->pauseProcessBtn, &QPushButton::toggled, this, &ProcessPanel::setPaused);
+    connect(m_ui->stopAfterFileBtn, &QPushButton::clicked, this, [this] {
+        m_job->gate().endAfterSource();
+        m_ui->stopAfterFileBtn->setEnabled(false);
+        showCounts();
+    });
     connect(m_ui->closeProcessBtn, &QPushButton::clicked, this, &ProcessPanel::closeRequested);
     m_refresh.setInterval(refreshMs);
     connect(&m_refresh, &QTimer::timeout, this, [this] {
@@ -67,9 +73,11 @@ void ProcessPanel::follow(Process& job, qint64 plannedPages)
     m_ui->processMessageLabel->clear();
     showNames(true);
     m_ui->viewLogBtn->setEnabled(false);
-    m_ui->cancelProcessBtn->setEnabled(true);
-    m_ui->closeProcessBtn->setEnabled(false);
-    m_ui->cancelProcessBtn->setDefault(true);
+    m_pausedMs = 0;
+    m_pause.invalidate();
+    m_ui->pauseProcessBtn->setChecked(false);
+    showButtons(true);
+    m_ui->pauseProcessBtn->setFocus(); // no key that is pressed by chance ends the run
     // The job tells on its own thread; with this object as the receiver it arrives on the main one.
     connect(&job, &Process::pageDone, this, [this] { ++m_donePages; });
     connect(&job, &Process::diagnosed, this,
@@ -120,6 +128,10 @@ void ProcessPanel::showCounts()
         counts += tr(", %n problem(s)", nullptr, static_cast<int>(problems));
     if (m_isCancelled && !m_job->isCompleted())
         counts += tr(" - finishing the page in hand");
+    else if (!m_job->isCompleted() && m_job->gate().endsAfterSource())
+        counts += tr(" - finishing the file in hand");
+    else if (m_pause.isValid())
+        counts += tr(" - paused");
     m_ui->processCountLabel->setText(counts);
     if (m_plannedPages > 0)
         m_ui->processProgressBar->setValue(
@@ -128,7 +140,7 @@ void ProcessPanel::showCounts()
 
 QString ProcessPanel::remainingText() const
 {
-    const qint64 elapsed = m_elapsed.elapsed();
+    const qint64 elapsed = elapsedMs();
     if (m_donePages == 0 || elapsed < earliestEstimateMs)
         return {};
     return tr(", about %1 left")
@@ -137,7 +149,7 @@ QString ProcessPanel::remainingText() const
 
 void ProcessPanel::showTime()
 {
-    m_ui->processTimeLabel->setText(clockText(m_elapsed.elapsed()) + remainingText());
+    m_ui->processTimeLabel->setText(clockText(elapsedMs()) + remainingText());
 }
 
 void ProcessPanel::showEnd()
@@ -151,9 +163,7 @@ void ProcessPanel::showEnd()
     if (!m_isCancelled)
         m_ui->processProgressBar->setValue(barSteps);
     m_ui->viewLogBtn->setEnabled(!m_job->log()->logFilePath().isNull());
-    m_ui->cancelProcessBtn->setEnabled(false);
-    m_ui->closeProcessBtn->setEnabled(true);
-    m_ui->closeProcessBtn->setDefault(true);
+    showButtons(false);
     m_ui->closeProcessBtn->setFocus();
     m_ui->showProblemsBtn->setVisible(m_ui->problemList->count() > 0);
     emit ended();
@@ -169,12 +179,46 @@ void ProcessPanel::showProblems(bool isShown)
     adjustSize();
 }
 
+/// Those of a run under way, or those of its end.
+void ProcessPanel::showButtons(bool isRunning)
+{
+    for (QWidget* button : std::initializer_list<QWidget*> {
+             m_ui->cancelProcessBtn, m_ui->pauseProcessBtn, m_ui->stopAfterFileBtn })
+        button->setEnabled(isRunning);
+    m_ui->pauseProcessBtn->setVisible(isRunning);
+    m_ui->stopAfterFileBtn->setVisible(isRunning);
+    m_ui->closeProcessBtn->setEnabled(!isRunning);
+    m_ui->closeProcessBtn->setDefault(!isRunning);
+}
+
+void ProcessPanel::setPaused(bool isPaused)
+{
+    m_ui->pauseProcessBtn->setText(isPaused ? tr("Resume") : tr("Pause"));
+    if (isPaused) {
+        m_pause.start();
+    } else if (m_pause.isValid()) {
+        m_pausedMs += m_pause.elapsed();
+        m_pause.invalidate();
+    }
+    if (m_job != nullptr)
+        m_job->gate().setPaused(isPaused);
+    showCounts();
+}
+
+/// Without the pauses.
+qint64 ProcessPanel::elapsedMs() const
+{
+    return m_elapsed.elapsed() - m_pausedMs - (m_pause.isValid() ? m_pause.elapsed() : 0);
+}
+
+void ProcessPanel::cancel() { m_ui->cancelProcessBtn->click(); }
+
 void ProcessPanel::reject()
 {
     if (m_ui->closeProcessBtn->isEnabled())
         emit closeRequested();
     else if (m_ui->cancelProcessBtn->isEnabled())
-        m_ui->cancelProcessBtn->click();
+        emit cancelQuestioned();
 }
 
 } // namespace pagestack

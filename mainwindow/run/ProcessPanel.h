@@ -32,6 +32,8 @@ public:
     void follow(Process& job, qint64 plannedPages);
     /// Hides the sheet, and looks at the job no more.
     void stopFollowing();
+    /// As the button; nothing when the run has ended.
+    void cancel();
     /// The problems of each source, a line each, when the run has ended.
     QHash<QString, QString> problemsByFile() const;
 
@@ -42,10 +44,12 @@ signals:
     void fileRequested(const QString& path);
     void viewLogRequested();
     void cancelRequested();
+    /// Escape or the like during the run: whether that means Cancel is to be asked.
+    void cancelQuestioned();
     void closeRequested();
 
 public slots:
-    /// Escape and the window's close button: Cancel while the job runs, then Close.
+    /// Escape and the window's close button: asks for Cancel while the job runs, then Close.
     void reject() override;
 
 private:
@@ -53,7 +57,10 @@ private:
     void showNames(bool isShown);
     void showTime();
     void showEnd();
+    void showButtons(bool isRunning);
     void showProblems(bool isShown);
+    void setPaused(bool isPaused);
+    qint64 elapsedMs() const;
     QString remainingText() const;
 
     std::unique_ptr<Ui::ProcessPanel> m_ui;
@@ -62,6 +69,8 @@ private:
     qint64 m_donePages = 0;
     bool m_isCancelled = false;
     QElapsedTimer m_elapsed;
+    QElapsedTimer m_pause; ///< valid while the run is paused
+    qint64 m_pausedMs = 0; ///< by former pauses
     QTimer m_refresh; ///< labels follow at a readable pace, however fast pages go
 };
 

@@ -2,6 +2,7 @@
 
 #include "engine/plan/ChosenPages.h"
 #include "engine/plan/RunPlan.h"
+#include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
 #include "engine/threads/MainThread.h"
 #include "filelist/FileTableModel.h"
@@ -14,6 +15,7 @@
 #include "mainwindow/state/Worker.h"
 #include "ui_MainWindow.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <utility>
@@ -35,6 +37,10 @@ RunControl::RunControl(const WindowParts& parts, Settings& settings, ListCommand
     });
     connect(m_panel.get(), &ProcessPanel::ended, this,
             [this] { m_parts.model.setProblems(m_panel->problemsByFile()); });
+    connect(m_panel.get(), &ProcessPanel::cancelQuestioned, this, [this] {
+        askToStop(tr("Stop the conversion? Images that are written stay."), tr("Stop"),
+                  [this] { m_panel->cancel(); });
+    });
     connect(m_panel.get(), &ProcessPanel::fileRequested, &list, &ListCommands::highlightFile);
 }
 
@@ -76,11 +82,28 @@ void RunControl::checkOutputFolder()
                                      emit outputFolderWanted();
                              });
     else if (!QFileInfo::exists(folder))
-        refuse(tr("Output folder missing or invalid path!\r\nPlease select valid output folder."));
+        refuseMissingFolder();
     else if (!QFileInfo(folder).isWritable())
         refuse(tr("Output folder is non-writable!\r\nPlease select writable output folder."));
     else
         beginRun();
+}
+
+/// It can be made where there is one to make it in.
+void RunControl::refuseMissingFolder()
+{
+    const QString text
+        = tr("Output folder missing or invalid path!\r\nPlease select valid output folder.");
+    const QString folder = m_settings.outputFolderPath();
+    if (!QFileInfo(folder).isAbsolute() || !QFileInfo(folderPart(folder)).isDir())
+        return refuse(text);
+    m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical, text,
+                         { tr("Create Folder"), tr("Cancel") }, [this, folder](int button) {
+                             if (button != 0 || !QDir().mkdir(folder))
+                                 emit outputFolderWanted();
+                             else
+                                 guarded(u"Split"_s, [this] { checkOutputFolder(); });
+                         });
 }
 
 void RunControl::refuse(const QString& text)
@@ -244,6 +267,31 @@ void RunControl::ask()
                          [this, question](int button) {
                              if (button < question.answers.size())
                                  guarded(u"Split"_s, question.answers.at(button).take);
+                         });
+}
+
+bool RunControl::isUnderWay() const
+{
+    return m_parts.worker.isBusy() && m_process && m_process->isCombining();
+}
+
+void RunControl::askBeforeItEnds(std::function<void()> end)
+{
+    askToStop(tr("A conversion is under way. Stop it and quit? Images that are written stay."),
+              tr("Stop and Quit"), std::move(end));
+}
+
+/// One question at a time, however often the user closes the window.
+void RunControl::askToStop(const QString& text, const QString& button, std::function<void()> stop)
+{
+    if (std::exchange(m_isAsking, true))
+        return;
+    m_parts.services.ask(m_panel.get(), AlertPanel::Style::Critical, text,
+                         { button, tr("Keep Converting") },
+                         [this, stop = std::move(stop)](int answer) {
+                             m_isAsking = false;
+                             if (answer == 0 && isUnderWay())
+                                 stop();
                          });
 }
 

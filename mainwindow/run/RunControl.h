@@ -34,6 +34,11 @@ public:
     Process* process() const { return m_process.get(); }
     ProcessPanel& panel() const { return *m_panel; }
 
+    /// A job runs that nobody has asked to end.
+    bool isUnderWay() const;
+    /// Asks whether the run is to end with the program, and calls `end` then.
+    void askBeforeItEnds(std::function<void()> end);
+
     void split();
     void cancelProcess();
     void viewLog();
@@ -66,6 +71,7 @@ private:
 
     void checkOutputFolder();
     void refuse(const QString& text);
+    void refuseMissingFolder();
     void beginRun();
     void startRun(const QList<OutputFile>& outputs);
     bool isPlanClear(Process& job, std::optional<ExistingFiles> existing);
@@ -74,6 +80,7 @@ private:
     Question clashQuestion(const RunPlan& plan, const Process& job);
     static void apply(ExistingFiles existing, Process& job, const Settings& settings);
     void ask();
+    void askToStop(const QString& text, const QString& button, std::function<void()> stop);
     void leaveRun();
 
     const WindowParts m_parts;
@@ -81,6 +88,7 @@ private:
     ListCommands& m_list;
     std::unique_ptr<Process> m_process;
     std::unique_ptr<ProcessPanel> m_panel;
+    bool m_isAsking = false; ///< whether the run is to end
     std::optional<Question> m_question; ///< to be asked when the worker has ended
     QHash<QString, ExistingFiles> m_existing; ///< by output folder
 };

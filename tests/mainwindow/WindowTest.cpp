@@ -175,7 +175,9 @@ private slots:
     void asksForTheOutputFolder_data()
     {
         addTextRows(R"(
-            nowhere            | 0 | Output folder missing or invalid path!         |
+            nowhere            | 1 | Output folder missing or invalid path!         |
+            nowhere            | 0 | Output folder m  | Total 7 files converted successfully.
+            none/nowhere       | 0 | Output folder missing or invalid path!         |
             closed             | 0 | Output folder is non-writable!                 |
             samples/turned.tif | 0 |                  | Total 0 files converted successfully.
                                | 1 | No output folder selected, file(s) will be     |
@@ -211,7 +213,7 @@ private slots:
             return;
         QVERIFY(waitForRun());
         QCOMPARE(text("processMessageLabel"), outcome);
-        QCOMPARE(text("processCountLabel").contains(u"7 problem(s)"_s), !folder.isEmpty());
+        QCOMPARE(text("processCountLabel").contains(u"7 problem(s)"_s), question.isEmpty());
         if (folder.isEmpty())
             QCOMPARE(QDir(samples()).entryList({ u"*.jpg"_s }).size(), 7);
     }
@@ -446,6 +448,29 @@ private slots:
         panel.stopFollowing();
     }
 
+    /// Keys that end a run by chance, a pause that does not hold or that nothing ends.
+    void pausesARun()
+    {
+        QVERIFY(beginLongRun());
+        press("pauseProcessBtn");
+        Process& job = *controller().process();
+        QWidget& panel = *controller().processViewPanel();
+        QTest::keyClick(&panel, Qt::Key_Return);
+        alerts().setNextAnswer(1);
+        QTest::keyClick(&panel, Qt::Key_Escape);
+        QCOMPARE(alerts().lastText(), u"Stop the conversion? Images that are written stay."_s);
+        QVERIFY(!QTest::qWaitFor([&] { return job.isCompleted(); }, 500));
+        QVERIFY(job.isCombining() && job.totalFileCreated() < 60);
+        QVERIFY(text("processCountLabel").endsWith(u" - paused"_s));
+        const int created = job.totalFileCreated();
+        press("pauseProcessBtn");
+        QVERIFY(QTest::qWaitFor([&] { return job.totalFileCreated() > created; }, longMs));
+        press("stopAfterFileBtn");
+        QVERIFY(waitForRun());
+        QCOMPARE(text("processMessageLabel"), u"Process cancelled!"_s);
+        QCOMPARE(wholePages().size(), job.totalFileCreated());
+    }
+
     void stopsACancelledRun()
     {
         QVERIFY(beginLongRun());
@@ -464,7 +489,12 @@ private slots:
     {
         QVERIFY(beginLongRun());
         QSignalSpy ready(&controller(), &PagestackAppDelegate::readyToTerminate);
+        alerts().setNextAnswer(1);
         QVERIFY(!window().close());
+        QVERIFY(controller().process()->isCombining());
+        alerts().setNextAnswer(0);
+        QVERIFY(!window().close());
+        QCOMPARE(alerts().lastButtons().join(u'/'), u"Stop and Quit/Keep Converting"_s);
         QVERIFY(ready.wait(longMs));
         QCOMPARE(ready.size(), 1);
         QVERIFY(!wholePages().isEmpty() && !logFile().isEmpty());
