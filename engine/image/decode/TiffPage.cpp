@@ -137,6 +137,8 @@ std::shared_ptr<const PageMetadata> TiffPage::metadata() const
         std::erase_if(read.tags, [](const MetadataEntry& entry) {
             return entry.tag == TIFFTAG_WHITEPOINT || entry.tag == TIFFTAG_PRIMARYCHROMATICITIES;
         });
+    if (change().becomesSrgb)
+        read.describeSrgb();
     if (tags().orientation != ORIENTATION_TOPLEFT) {
         // They hold for sides as they are stored.
         read.imageResources.clear();

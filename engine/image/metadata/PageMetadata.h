@@ -34,6 +34,10 @@ struct PageMetadata
     std::set<unsigned> heldTags {}; ///< tags of the page's directory that are in here
     QStringList leftOut {}; ///< names of what could not be taken of the Exif and GPS directories
 
+    /// The pixels are in sRGB now: Exif data that tell of a space, the interoperability rules too,
+    /// by which readers take some for another one, say so.
+    void describeSrgb();
+
     bool isEmpty() const
     {
         return tags.empty() && tiffTags.empty() && exif.empty() && gps.empty() && xmp.isEmpty()

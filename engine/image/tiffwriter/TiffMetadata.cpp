@@ -34,6 +34,8 @@ namespace {
 PageMetadata tiffMetadata(const TiffPage& page, bool isShown)
 {
     PageMetadata read = readMetadata(page.document(), page.directory(), MetadataUse::Tiff);
+    if (page.change().becomesSrgb)
+        read.describeSrgb();
     const bool isStripped = page.treatment().stripsMetadata;
     std::erase_if(read.tiffTags, [=](const MetadataEntry& entry) {
         return metadataTag(entry.tag)->isOfSamples ? isShown : isStripped;

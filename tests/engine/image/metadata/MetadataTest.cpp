@@ -107,6 +107,36 @@ private slots:
         QVERIFY(exifBlock(read, PageProperties(), 1000, dropped).size() <= 1000);
     }
 
+    // Viewers would take converted pixels for those of the camera's own colour space.
+    void tellsOfSrgbWherePixelsBecomeIt()
+    {
+        constexpr unsigned spaceTag = 40961;
+        const std::uint32_t behind = dataAt + 2 + 2 * 12 + 4;
+        const QByteArray exif
+            = directory({ { spaceTag, 0xFFFF, 1, 3 }, { interoperabilityTag, behind } });
+        const QByteArray rules = directory({ { 1, 0x333052, 4, 2 } }); // "R03"
+        const auto bitsAt = static_cast<std::uint32_t>(dataAt + exif.size() + rules.size());
+        const QString path = m_folder.filePath(u"lab.tif"_s);
+        putBytes(path,
+                 rawTiff({},
+                         { { 256, 1 },
+                           { 257, 1 },
+                           { 258, bitsAt, 3, 3 },
+                           { 262, 8 }, // L*a*b*
+                           { 273, bitsAt },
+                           { 277, 3 },
+                           { 279, 3 },
+                           { exifTag, dataAt } },
+                         { -1 }, exif + rules + "\x08\0\x08\0\x08\0"_ba));
+        for (const bool isConverted : { false, true }) {
+            const TiffDocument document(path, { .convertsToSrgb = isConverted });
+            const auto read = document.page(0).source().metadata();
+            QVERIFY(read && read->exif.size() == 1 && read->exif[0].tag == spaceTag);
+            QCOMPARE(read->exif[0].bytes, isConverted ? "\1\0"_ba : "\xFF\xFF"_ba);
+            QCOMPARE(read->interoperability.empty(), isConverted);
+        }
+    }
+
     // Viewers would turn pixels that are upright already; the rest of a packet is not ours.
     void setsTheOrientationOfXmpAndNothingElse()
     {
