@@ -153,8 +153,10 @@ std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>&
     page.threads = options.threads;
     const QString dropped = droppedProfile(page, encoding);
     encoding.encode(page, *file);
-    if (options.verifies)
+    if (options.verifies) {
+        file->settle(); // what waits in memory would be read instead of the file
         readBack([&] { compareProofs(written, encoding.readBack(*file), encoding.kept); });
+    }
     if (tiffPage != nullptr && !dropped.isEmpty())
         tiffPage->messages().addRemark(dropped);
     if (tiffPage != nullptr && encoding.holdsMetadata)

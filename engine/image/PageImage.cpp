@@ -70,8 +70,10 @@ bool PageImage::write(const QString& path, OutputType type, const SaveOptions& o
             adopt(prepared.diagnostics);
         else
             prepared.file = encodedPage(m_source, path, encoding, options);
-        if (options.needsDigest && !prepared.digest)
+        if (options.needsDigest && !prepared.digest) {
+            prepared.file->settle(); // the bytes of the file, not those that wait for it
             prepared.digest = digestOf(*prepared.file);
+        }
         prepared.file->commit(options.existing);
         m_digest = prepared.digest;
         return true;

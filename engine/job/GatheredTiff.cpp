@@ -162,6 +162,8 @@ void GatheredTiff::append(MultiPageTiffWriter& file, const PageImage& image,
 /// At the complete file, before it is put in place.
 void GatheredTiff::look(StagedFile& file)
 {
+    if (m_options.choices.verifies || m_options.choices.needsDigests())
+        file.settle();
     if (!m_proof.isEmpty())
         readBack([&] { m_proof.check(file); });
     if (m_options.choices.needsDigests() && !m_digest)

@@ -158,9 +158,9 @@ void PageWorkerPool::prepare(PageTask& task, Desk& desk)
             task.folders->makeFor(task.targetPath);
             result.file = encodedPage(image.sharedSource(), task.targetPath,
                                       pageEncoding(task.targetPath), task.options);
+            result.file->settle();
             if (task.options.needsDigest)
                 result.digest = digestOf(*result.file);
-            result.file->settle();
             result.diagnostics = image.takeDiagnostics();
         }
     } catch (...) {

@@ -18,7 +18,7 @@ from trust import CONVERSIONS, Ground, digests, expect, finish, is_kept_together
 
 CALLS = ("open", "write", "close", "rename", "fsync", "ftruncate")
 REASONS = (errno.ENOSPC, errno.EIO, errno.EDQUOT)
-SHORT = 0
+SHORT, TURNED = 0, -1
 PAGES = 3
 ground, counts, rng = Ground(PAGES, 61), Counter(), random.Random()
 
@@ -29,7 +29,7 @@ class Fault:
         self.is_survived = error in (errno.EINTR, SHORT)
 
     def __str__(self):
-        error = errno.errorcode.get(self.error, "half")
+        error = {SHORT: "half", TURNED: "a bit"}.get(self.error) or errno.errorcode[self.error]
         return f"{self.call} {error} {'at' if self.once else 'from'} {self.first}"
 
     def run(self, below, words, is_sealed=False):
@@ -72,6 +72,21 @@ def check(fault, name, in_place=False, **how):
     wanted = {(source.stem, str(page)): "Completed" for source in ground.sources for page in range(1, PAGES + 1)}
     wanted.update(dict.fromkeys(() if together else failures, "Unable to save page!"))
     expect(states == wanted, f"{what}: the log says {states}")
+
+
+def check_verified(name, once):
+    """A bit that was turned over on its way to the disk shows when the file is read back, and only then."""
+    for option in ([], ["--verify"]):
+        words, _ = ground.prepare(name)
+        fault = Fault("write", TURNED, once=once)
+        done, hits = fault.run(ground.output, [*words, *option, "--jobs", "1" if once else rng.choice("14")])
+        what = f"{name} {option}, {fault}, {hits} hits: {done.stderr}"
+        written, left = ground.written[name], digests(ground.output)
+        wrong = {path for path in written if left.get(path) != written[path]}
+        expect(hits and len(wrong) == (1 if once else len(written)), f"{what}: {wrong} are other files")
+        told = [line for line in done.stderr.splitlines() if ": warning: " not in line]
+        expect(done.returncode == bool(option) and len(told) == len(option) * len(wrong), what)
+        expect(not option or (not wrong & set(left) and done.stderr.count("read back") == len(wrong)), what)
 
 
 def check_log(fault, is_asked_for):
@@ -135,6 +150,9 @@ def main():
                 if call != "fsync" or is_asked_for:  # a new log replaces nothing, and so is not waited for
                     check_log(Fault(call, error, once=error == errno.EINTR), is_asked_for)
         expect(counts[call], f"no {call} was ever made to fail")
+    for name in CONVERSIONS:
+        for once in (False, True) if name != "jpg" else ():  # pixels of which are not compared
+            check_verified(name, once)
     finish(f"faults injected: {dict(counts)}")
 
 

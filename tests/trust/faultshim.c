@@ -2,7 +2,8 @@
  *
  *   PAGESTACK_FAULT_CALL   open (that creates), write, close, rename, fsync or ftruncate;
  *                          a close only of what was open for writing
- *   PAGESTACK_FAULT_ERROR  the errno to fail with; 0 makes a write take half of the bytes only
+ *   PAGESTACK_FAULT_ERROR  the errno to fail with; 0 makes a write take half of the bytes only, -1 turns
+ *                          a bit of the byte in the middle over, and the write succeeds
  *   PAGESTACK_FAULT_BELOW  only what is below this folder, absolute and without links
  *   PAGESTACK_FAULT_FROM   the number of the first such call that fails, from 1
  *   PAGESTACK_FAULT_ONCE   when set, only that call fails; else all from there on
@@ -90,24 +91,37 @@ int open(const char* path, int flags, ...)
     return FAILS("open", creates && isBelow(path)) ? fail() : NEXT(open)(path, flags, mode);
 }
 
-/* The bytes that a write may take, or -1 when it fails. */
-static ssize_t allowed(int file, size_t size)
+/* The bytes that a write may take, or -1 when it fails. `bytes` may become others, to be freed. */
+static ssize_t allowed(int file, const void** bytes, char** freed, size_t size)
 {
     if (!FAILS("write", isOpenBelow(file)))
         return (ssize_t)size;
-    return fail() == -1 && errno ? -1 : (ssize_t)(size - size / 2);
+    fail();
+    if (errno == -1 && size > 0 && (*freed = malloc(size))) {
+        memcpy(*freed, *bytes, size);
+        (*freed)[size / 2] ^= 1;
+        *bytes = *freed;
+        return (ssize_t)size;
+    }
+    return errno ? -1 : (ssize_t)(size - size / 2);
 }
 
 ssize_t write(int file, const void* bytes, size_t size)
 {
-    const ssize_t taken = allowed(file, size);
-    return taken < 0 ? -1 : NEXT(write)(file, bytes, (size_t)taken);
+    char* freed = NULL;
+    const ssize_t taken = allowed(file, &bytes, &freed, size);
+    const ssize_t result = taken < 0 ? -1 : NEXT(write)(file, bytes, (size_t)taken);
+    free(freed);
+    return result;
 }
 
 ssize_t pwrite(int file, const void* bytes, size_t size, off_t offset)
 {
-    const ssize_t taken = allowed(file, size);
-    return taken < 0 ? -1 : NEXT(pwrite)(file, bytes, (size_t)taken, offset);
+    char* freed = NULL;
+    const ssize_t taken = allowed(file, &bytes, &freed, size);
+    const ssize_t result = taken < 0 ? -1 : NEXT(pwrite)(file, bytes, (size_t)taken, offset);
+    free(freed);
+    return result;
 }
 
 int close(int file)

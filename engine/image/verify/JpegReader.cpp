@@ -122,7 +122,10 @@ ImageProof readJpeg(ByteFile& file)
     jpeg_decompress_struct& codec = decoder->codec();
     decoder->confined([&codec] {
         jpeg_read_header(&codec, TRUE);
-        codec.do_fancy_upsampling = FALSE; // only whether it can be decoded matters
+        // Only whether it can be decoded matters, not how well.
+        codec.out_color_space = codec.jpeg_color_space;
+        codec.do_fancy_upsampling = FALSE;
+        codec.dct_method = JDCT_IFAST;
         jpeg_start_decompress(&codec);
     });
     PixelLayout layout;
