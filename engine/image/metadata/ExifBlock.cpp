@@ -62,7 +62,7 @@ namespace {
     }
 
     /// No less than `laidOut` makes of it.
-    qsizetype mostBytesOf(const PageMetadata& page)
+    qsizetype mostExifBytesOf(const PageMetadata& page)
     {
         // Of the file, four directories, three pointers and the tags of the image.
         constexpr qsizetype headers = 8 + 4 * 6 + 3 * 12 + 4 * 12 + 2 * 8;
@@ -117,7 +117,7 @@ QByteArray exifBlock(const PageMetadata& page, const PageProperties& upright, qs
     PageMetadata kept = page;
     setSize(kept.exif, EXIFTAG_PIXELXDIMENSION, upright.widthPx);
     setSize(kept.exif, EXIFTAG_PIXELYDIMENSION, upright.heightPx);
-    while (mostBytesOf(kept) > mostBytes)
+    while (mostExifBytesOf(kept) > mostBytes)
         leftOut.append(removeLargest(kept));
     addImageTags(kept.tags, upright.resolution);
     return laidOut(kept);

@@ -18,14 +18,14 @@ namespace {
     /// Thumbnails, profile and Exif data.
     constexpr std::array<unsigned, 5> repeatedBlocks { 0x0409, 0x040C, 0x040F, 0x0422, 0x0423 };
 
-    struct Block
+    struct ResourceBlock
     {
         unsigned id = 0;
         QByteArray data {};
         QByteArray whole {}; ///< with its head
     };
 
-    QByteArray blockOf(unsigned id, const QByteArray& data)
+    QByteArray resourceOf(unsigned id, const QByteArray& data)
     {
         QByteArray head("8BIM\0\0\0\0\0\0\0\0", 12);
         qToBigEndian(static_cast<std::uint16_t>(id), head.data() + 4);
@@ -34,7 +34,7 @@ namespace {
     }
 
     /// Takes the first block off `rest`; false if there is no whole one.
-    bool takeBlock(QByteArrayView& rest, Block& block)
+    bool takeResource(QByteArrayView& rest, ResourceBlock& block)
     {
         constexpr qsizetype nameAt = 6;
         constexpr qsizetype smallest = nameAt + 2 + 4;
@@ -55,7 +55,7 @@ namespace {
         return true;
     }
 
-    bool isWanted(const Block& block, const PageMetadata& page)
+    bool isResourceWanted(const ResourceBlock& block, const PageMetadata& page)
     {
         if ((block.id == iptcBlock && !page.iptc.isEmpty())
             || (block.id == xmpBlock && !page.xmp.isEmpty()))
@@ -71,11 +71,11 @@ QByteArray imageResources(const PageMetadata& page, QStringList& leftOut)
 {
     QByteArray list;
     if (!page.iptc.isEmpty())
-        list = blockOf(iptcBlock, page.iptc);
+        list = resourceOf(iptcBlock, page.iptc);
     QByteArrayView rest(page.imageResources);
-    Block block;
-    while (takeBlock(rest, block))
-        if (isWanted(block, page))
+    ResourceBlock block;
+    while (takeResource(rest, block))
+        if (isResourceWanted(block, page))
             list += block.whole;
     if (std::ranges::any_of(rest, [](char byte) { return byte != '\0'; }))
         leftOut.append(u"Photoshop"_s);

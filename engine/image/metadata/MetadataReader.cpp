@@ -17,9 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    constexpr std::uint64_t mostValueBytes = std::uint64_t { 16 } * 1024 * 1024;
-    constexpr std::uint64_t mostBytes = std::uint64_t { 64 } * 1024 * 1024;
-    constexpr std::size_t mostEntries = 1000;
+    constexpr std::uint64_t mostTagBytes = std::uint64_t { 16 } * 1024 * 1024;
+    constexpr std::uint64_t mostMetadataBytes = std::uint64_t { 64 } * 1024 * 1024;
+    constexpr std::size_t mostDirectoryEntries = 1000;
 
     /// Of a number of a value; a fraction is two numbers. 0: a type that is not taken along.
     std::size_t numberBytes(unsigned type)
@@ -105,8 +105,8 @@ namespace {
         std::optional<QByteArray> bytesOf(const TiffTagValue& value)
         {
             const std::uint64_t size = m_file.sizeBytes();
-            if (value.bytes == 0 || value.bytes > mostValueBytes
-                || value.bytes > mostBytes - m_bytes || value.offset > size
+            if (value.bytes == 0 || value.bytes > mostTagBytes
+                || value.bytes > mostMetadataBytes - m_bytes || value.offset > size
                 || value.bytes > size - value.offset)
                 return std::nullopt;
             QByteArray bytes(static_cast<qsizetype>(value.bytes), Qt::Uninitialized);
@@ -192,7 +192,7 @@ namespace {
             try {
                 TiffDirectory directory = m_file.subDirectory(offset);
                 const FileRange& range = directory.range;
-                if (directory.values.size() > mostEntries
+                if (directory.values.size() > mostDirectoryEntries
                     || std::ranges::any_of(m_ranges, [&](const FileRange& other) {
                            return range.begin < other.end && other.begin < range.end;
                        }))

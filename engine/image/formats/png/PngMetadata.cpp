@@ -21,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    constexpr qsizetype mostChunkBytes = 0x7FFFFFFF;
+    constexpr qsizetype mostExifBytes = 0x7FFFFFFF;
 
     struct Keyword
     {
@@ -114,7 +114,7 @@ namespace {
 void writePngMetadata(const PageMetadata& page, const PageProperties& upright, StagedFile& file,
                       QStringList& leftOut)
 {
-    const QByteArray exif = exifBlock(page, upright, mostChunkBytes, leftOut);
+    const QByteArray exif = exifBlock(page, upright, mostExifBytes, leftOut);
     if (!exif.isEmpty())
         writeChunk("eXIf", exif, file);
     for (const Keyword& keyword : keywords) {
