@@ -2,6 +2,7 @@
 
 #include <QCryptographicHash>
 #include <QRegularExpression>
+#include <QSet>
 
 namespace pagestack {
 
@@ -55,14 +56,17 @@ QByteArray uprightXmp(QByteArray packet)
     // One byte a character, so that places are those of the packet.
     const QString text = QString::fromLatin1(packet);
     static const QRegularExpression space(
-        uR"(xmlns:([\w.-]+)\s*=\s*["']http://ns\.adobe\.com/tiff/1\.0/["'])"_s);
-    for (auto names = space.globalMatch(text); names.hasNext();) {
-        const QString name = QRegularExpression::escape(names.next().captured(1));
-        const QRegularExpression orientation(
-            uR"(\b%1:Orientation\s*(?:=\s*["']|>)\s*([1-8])(?=\s*["'<]))"_s.arg(name));
-        for (auto values = orientation.globalMatch(text); values.hasNext();)
-            packet[values.next().capturedStart(1)] = '1';
-    }
+        uR"(xmlns:([\w.-]++)\s*+=\s*+["']http://ns\.adobe\.com/tiff/1\.0/["'])"_s);
+    static const QRegularExpression orientation(
+        uR"((?<![\w.-])([\w.-]++):Orientation\s*+(?:=\s*+["']|>)\s*+([1-8])(?=\s*+["'<]))"_s);
+    QSet<QString> names;
+    for (auto found = space.globalMatch(text); found.hasNext();)
+        names.insert(found.next().captured(1));
+    if (names.isEmpty())
+        return packet;
+    for (auto found = orientation.globalMatch(text); found.hasNext();)
+        if (const auto value = found.next(); names.contains(value.captured(1)))
+            packet[value.capturedStart(2)] = '1';
     return packet;
 }
 
