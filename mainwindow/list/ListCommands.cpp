@@ -99,12 +99,20 @@ void ListCommands::removeFiles()
         selectDeselectRemoveAll(4);
 }
 
-void ListCommands::removeConverted()
+QList<int> ListCommands::rowsOf(const QSet<QString>& paths) const
 {
     QList<int> rows;
     for (int row = 0; row < m_parts.files.count(); ++row)
-        if (m_parts.files.at(row)->isSelected())
+        if (paths.contains(m_parts.files.at(row)->filePath().toLocalFile()))
             rows.append(row);
+    return rows;
+}
+
+void ListCommands::untick(const QSet<QString>& paths) { mark(rowsOf(paths), 2); }
+
+void ListCommands::removeConverted(const QSet<QString>& paths)
+{
+    const QList<int> rows = rowsOf(paths);
     remove(rows, tr("Remove %n Converted File(s)", nullptr, static_cast<int>(rows.size())));
 }
 

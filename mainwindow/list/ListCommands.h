@@ -6,6 +6,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QUrl>
 
 namespace pagestack {
@@ -29,8 +30,10 @@ public:
     /// highlighted ones (4).
     void selectDeselectRemoveAll(int tag);
     void removeFiles();
-    /// Removes the ticked files, which a run has converted.
-    void removeConverted();
+    /// Removes the files at these paths, which a run has converted.
+    void removeConverted(const QSet<QString>& paths);
+    /// Unticks the files at these paths.
+    void untick(const QSet<QString>& paths);
     void moveUp();
     void moveDown();
 
@@ -53,6 +56,7 @@ public:
     void highlightFile(const QString& path);
 
 private:
+    QList<int> rowsOf(const QSet<QString>& paths) const;
     void mark(const QList<int>& rows, int tag);
     void remove(const QList<int>& rows, const QString& text);
     void move(bool (ListEditor::*step)(const QList<int>& rows), bool isUp);

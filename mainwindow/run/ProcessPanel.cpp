@@ -47,6 +47,8 @@ ProcessPanel::ProcessPanel(QWidget* parent)
         m_ui->stopAfterFileBtn->setEnabled(false);
         showCounts();
     });
+    connect(m_ui->showFolderBtn, &QPushButton::clicked, this, &ProcessPanel::folderRequested);
+    connect(m_ui->tickFailedBtn, &QPushButton::clicked, this, &ProcessPanel::tickingRequested);
     connect(m_ui->closeProcessBtn, &QPushButton::clicked, this, &ProcessPanel::closeRequested);
     m_refresh.setInterval(refreshMs);
     connect(&m_refresh, &QTimer::timeout, this, [this] {
@@ -68,6 +70,8 @@ void ProcessPanel::follow(Process& job, qint64 plannedPages)
     m_ui->showProblemsBtn->setChecked(false);
     m_ui->showProblemsBtn->hide();
     m_isCancelled = false;
+    setWindowTitle(tr("Converting"));
+    m_ui->processHeadlineLabel->hide();
     m_ui->processProgressBar->setRange(0, barSteps);
     m_ui->processProgressBar->setValue(0);
     m_ui->processMessageLabel->clear();
@@ -169,6 +173,18 @@ void ProcessPanel::showEnd()
     emit ended();
 }
 
+void ProcessPanel::showOutcome(const QString& headline, bool hasLeft)
+{
+    const bool isCancelled = m_job->log()->isCancelled;
+    const bool hasProblems = hasLeft || m_ui->problemList->count() > 0;
+    setWindowTitle(isCancelled       ? tr("Cancelled")
+                       : hasProblems ? tr("Finished with problems")
+                                     : tr("Finished"));
+    m_ui->processHeadlineLabel->setText(windowTitle() + u": "_s + headline);
+    m_ui->processHeadlineLabel->show();
+    m_ui->tickFailedBtn->setVisible(hasLeft);
+}
+
 void ProcessPanel::showProblems(bool isShown)
 {
     const qint64 left = m_ui->problemList->count() - ProblemList::mostRows;
@@ -187,6 +203,9 @@ void ProcessPanel::showButtons(bool isRunning)
         button->setEnabled(isRunning);
     m_ui->pauseProcessBtn->setVisible(isRunning);
     m_ui->stopAfterFileBtn->setVisible(isRunning);
+    m_ui->cancelProcessBtn->setVisible(isRunning);
+    m_ui->tickFailedBtn->hide();
+    m_ui->showFolderBtn->setVisible(!isRunning && m_job->totalFileCreated() > 0);
     m_ui->closeProcessBtn->setEnabled(!isRunning);
     m_ui->closeProcessBtn->setDefault(!isRunning);
 }

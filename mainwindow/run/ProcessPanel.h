@@ -37,7 +37,14 @@ public:
     /// The problems of each source, a line each, when the run has ended.
     QHash<QString, QString> problemsByFile() const;
 
+    /// Says, when the run has ended, what came of it; `hasLeft`: some files were not converted.
+    void showOutcome(const QString& headline, bool hasLeft);
+
 signals:
+    /// The folder of the outputs is to be opened.
+    void folderRequested();
+    /// Close, and only the files that were not converted stay ticked.
+    void tickingRequested();
     /// The run has ended; the sheet stays until Close.
     void ended();
     /// The source at `path` is to be shown in the list of files.

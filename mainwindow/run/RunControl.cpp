@@ -4,6 +4,7 @@
 #include "engine/plan/RunPlan.h"
 #include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
+#include "engine/support/Workspace.h"
 #include "engine/threads/MainThread.h"
 #include "filelist/FileTableModel.h"
 #include "mainwindow/desktop/Services.h"
@@ -35,8 +36,12 @@ RunControl::RunControl(const WindowParts& parts, Settings& settings, ListCommand
         if (m_question)
             ask();
     });
-    connect(m_panel.get(), &ProcessPanel::ended, this,
-            [this] { m_parts.model.setProblems(m_panel->problemsByFile()); });
+    connect(m_panel.get(), &ProcessPanel::ended, this, &RunControl::showEnd);
+    connect(m_panel.get(), &ProcessPanel::folderRequested, this, &RunControl::showFolder);
+    connect(m_panel.get(), &ProcessPanel::tickingRequested, this, [this] {
+        closeProcess();
+        m_list.untick(m_outcome.converted());
+    });
     connect(m_panel.get(), &ProcessPanel::cancelQuestioned, this, [this] {
         askToStop(tr("Stop the conversion? Images that are written stay."), tr("Stop"),
                   [this] { m_panel->cancel(); });
@@ -142,6 +147,7 @@ void RunControl::startRun(const QList<OutputFile>& outputs)
         for (const std::shared_ptr<FileItem>& item : output.fileItems)
             pages += chosenPageCount(*item, m_process->runOptions());
     m_panel->follow(*m_process, pages);
+    m_outcome.follow(*m_process);
     m_parts.view.resetView(false);
     m_parts.view.startProcess();
     m_parts.ui.loadingIndicator->hide();
@@ -312,9 +318,26 @@ void RunControl::closeProcess()
     m_parts.worker.finish(); // the job is complete, its thread about to end
     m_panel->stopFollowing();
     if (m_settings.isClearProcessedFiles())
-        m_list.removeConverted();
+        m_list.removeConverted(m_outcome.converted());
     leaveRun();
     m_process.reset();
+}
+
+void RunControl::showEnd()
+{
+    m_parts.model.setProblems(m_panel->problemsByFile());
+    m_outcome.finish();
+    m_panel->showOutcome(m_outcome.headline(m_process->totalFileCreated()),
+                         !m_outcome.failed().isEmpty() || m_outcome.notReached() > 0);
+}
+
+/// That of the first output where each goes beside its source.
+void RunControl::showFolder()
+{
+    QString folder = m_settings.outputFolderPath();
+    if (folder.isEmpty() && !m_process->outputFiles().isEmpty())
+        folder = folderPart(m_process->outputFiles().first().filename);
+    guarded(u"Split"_s, [&] { m_parts.services.workspace.openURL(QUrl::fromLocalFile(folder)); });
 }
 
 void RunControl::leaveRun()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/job/Process.h"
+#include "mainwindow/run/RunOutcome.h"
 #include "mainwindow/state/WindowParts.h"
 
 #include <QHash>
@@ -82,12 +83,15 @@ private:
     void ask();
     void askToStop(const QString& text, const QString& button, std::function<void()> stop);
     void leaveRun();
+    void showEnd();
+    void showFolder();
 
     const WindowParts m_parts;
     Settings& m_settings;
     ListCommands& m_list;
     std::unique_ptr<Process> m_process;
     std::unique_ptr<ProcessPanel> m_panel;
+    RunOutcome m_outcome;
     bool m_isAsking = false; ///< whether the run is to end
     std::optional<Question> m_question; ///< to be asked when the worker has ended
     QHash<QString, ExistingFiles> m_existing; ///< by output folder

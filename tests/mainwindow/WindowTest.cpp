@@ -409,10 +409,15 @@ private slots:
         QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, row.center());
         QTest::mouseDClick(list.viewport(), Qt::LeftButton, {}, row.center());
         QCOMPARE(table().highlightedRows(), QList<int> { 2 });
-        press("closeProcessBtn");
+        QCOMPARE(text("processHeadlineLabel"),
+                 u"Finished with problems: 5 images written, 1 of 3 files failed"_s);
+        press("showFolderBtn");
+        QCOMPARE(desktop().opened.last().toLocalFile(), folder.path(u"out"_s));
+        press("tickFailedBtn");
         QCOMPARE(table().highlightedRows(), QList<int> { 2 });
+        QCOMPARE(totals(), u"3, 1, 3, 6"_s);
 
-        controller().tableModel().mark({ 0, 2 }, FileTableModel::Mark::Uncheck);
+        controller().tableModel().mark({ 0, 1 }, FileTableModel::Mark::Invert);
         QVERIFY(run());
         QVERIFY(!button.isVisible() && !list.isVisible());
         QCOMPARE(toolTip(0), damaged);
@@ -477,7 +482,10 @@ private slots:
         press("cancelProcessBtn");
         QVERIFY(waitForRun());
         QCOMPARE(text("processMessageLabel"), u"Process cancelled!"_s);
-        QCOMPARE(wholePages().size(), controller().process()->totalFileCreated());
+        const int created = controller().process()->totalFileCreated();
+        QCOMPARE(wholePages().size(), created);
+        QVERIFY(text("processHeadlineLabel")
+                    .endsWith(u", %1 of 60 files not finished"_s.arg(60 - created)));
         const auto& bar = find<QProgressBar>("processProgressBar");
         QVERIFY(bar.value() < bar.maximum());
         QTest::keyClick(controller().processViewPanel(), Qt::Key_Escape);

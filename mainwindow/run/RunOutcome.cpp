@@ -1,0 +1,52 @@
+#include "mainwindow/run/RunOutcome.h"
+
+namespace pagestack {
+
+void RunOutcome::follow(Process& job)
+{
+    if (m_job)
+        m_job->disconnect(this);
+    m_job = &job;
+    m_donePages.clear();
+    m_converted.clear();
+    m_failed.clear();
+    m_sources = static_cast<int>(job.outputFiles().size());
+    connect(&job, &Process::pageDone, this,
+            [this](const QString& source, int, const QString&, Process::PageOutcome outcome) {
+                if (outcome == Process::PageOutcome::Failed)
+                    m_failed.insert(source);
+                else
+                    ++m_donePages[source];
+            });
+    connect(&job, &Process::diagnosed, this, [this](const Diagnostic& diagnostic) {
+        if (diagnostic.severity == Diagnostic::Severity::Error)
+            m_failed.insert(diagnostic.sourcePath);
+    });
+}
+
+void RunOutcome::finish()
+{
+    if (!m_job)
+        return;
+    for (const OutputFile& output : m_job->outputFiles())
+        for (const std::shared_ptr<FileItem>& item : output.fileItems) {
+            const QString path = item->filePath().toLocalFile();
+            const auto pages = m_donePages.value(path);
+            if (pages > 0 && !m_failed.contains(path)
+                && pages >= m_job->getPageRanges(item.get()).size())
+                m_converted.insert(path);
+        }
+    m_job->disconnect(this);
+}
+
+QString RunOutcome::headline(int images) const
+{
+    QString text = images == 1 ? tr("1 image written") : tr("%1 images written").arg(images);
+    if (!m_failed.isEmpty())
+        text += tr(", %1 of %2 files failed").arg(m_failed.size()).arg(m_sources);
+    if (const int left = notReached(); left > 0)
+        text += tr(", %1 of %2 files not finished").arg(left).arg(m_sources);
+    return text;
+}
+
+} // namespace pagestack
