@@ -41,7 +41,10 @@ private slots:
         for (char format = 0; format < 7; ++format)
             for (char compression = 0; compression < (format == 2 || format > 4 ? 5 : 1);
                  ++compression)
-                check("writePages", writePages, QByteArray(1, format) + compression + '\7' + bytes);
+                for (const int change : { 0, 7, 14, 21 }) // sRGB, black and white
+                    check("writePages", writePages,
+                          QByteArray(1, static_cast<char>(format + change)) + compression + '\7'
+                              + bytes);
     }
 
     void tookLittleMemory() { checkPeakMemory(300'000); } // after all of the above

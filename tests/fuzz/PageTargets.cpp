@@ -194,6 +194,11 @@ void writePages(FuzzInput input)
     if (input.size() < choiceBytes)
         return;
     const int format = input[0] % 7;
+    const unsigned change = input[0] / 7U % 4;
+    const PageTreatment treatment { .convertsToSrgb = change % 2 == 1,
+                                    .bilevel = change == 2 ? Bilevel::Dither
+                                        : change == 3      ? Bilevel::Otsu
+                                                           : Bilevel::None };
     const SaveOptions options { input[2] % 12, input[1] % 6 };
     const FuzzFolder folder;
     const QString path = folder.put(sourceName, input.subspan(choiceBytes));
@@ -201,8 +206,9 @@ void writePages(FuzzInput input)
     Appearances looks;
     std::unique_ptr<TiffDocument> document;
     try {
-        document = std::make_unique<TiffDocument>(path);
-        const TiffDocument reference(path); // what is read of it is not known to `document`
+        document = std::make_unique<TiffDocument>(path, treatment);
+        const TiffDocument reference(path,
+                                     treatment); // what is read of it is not known to `document`
         for (int index = 0; index < std::min(reference.pageCount(), mostPagesWritten); ++index) {
             const PageImage page = reference.page(index);
             if (!isSmall(page, writtenPageBytes))
