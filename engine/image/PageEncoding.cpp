@@ -92,8 +92,9 @@ namespace {
         case ProfileKind::Other:
             break;
         }
-        return u"the colour profile '%1', which %2 cannot hold, is dropped; --srgb converts the "
-               "colours"_s.arg(profileName(profile), encoding.name);
+        const QString name = profileName(profile);
+        return u"the colour profile%1, which %2 cannot hold, is dropped; --srgb converts the "
+               "colours"_s.arg(name.isEmpty() ? u""_s : u" '%1'"_s.arg(name), encoding.name);
     }
 
 } // namespace
