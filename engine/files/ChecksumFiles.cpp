@@ -63,7 +63,7 @@ namespace {
     {
         if (const qsizetype start = name.startsWith('\\') ? 1 : 0; name.mid(start, 2) == "./")
             name.remove(start, 2);
-        sha256_ctx context;
+        sha256_ctx context {};
         sha256_init(&context);
         sha256_update(&context, static_cast<std::size_t>(name.size()), spanOf(name).data());
         NameKey key {};
@@ -172,6 +172,7 @@ void ChecksumFiles::writeOne(const QString& path, std::uint64_t lastEntry)
     const std::optional<FileState> state = fileState(QFile::encodeName(path));
     if (state) {
         std::vector<NameKey> replaced;
+        replaced.reserve(entries.size());
         for (const std::uint64_t at : entries)
             replaced.push_back(keyOf(nameIn(entryAt(at, before).chopped(1))));
         std::ranges::sort(replaced);

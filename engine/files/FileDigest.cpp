@@ -27,7 +27,7 @@ digestOf(std::uint64_t size,
          const std::function<void(std::uint64_t offset, std::span<std::uint8_t> bytes)>& readAt)
 {
     constexpr std::uint64_t most = std::uint64_t { 256 } * 1024;
-    sha256_ctx context;
+    sha256_ctx context {};
     sha256_init(&context);
     std::vector<std::uint8_t> bytes;
     for (std::uint64_t done = 0; done < size; done += bytes.size()) {

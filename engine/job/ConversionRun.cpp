@@ -236,7 +236,7 @@ QString ConversionRun::saveImage(const Source& source, PageImage& image, int pag
         return u"%1 leads to the source itself, which a single page must not replace"_s.arg(
             lastPathComponent(path));
     }
-    if (const QString fault = m_supply.makeFolderFor(path); !fault.isNull()) {
+    if (QString fault = m_supply.makeFolderFor(path); !fault.isNull()) {
         m_found->takeDiagnostics(image);
         return fault;
     }
