@@ -8,6 +8,7 @@
 #include "engine/threads/MainThread.h"
 #include "filelist/FileTableModel.h"
 #include "mainwindow/desktop/Services.h"
+#include "mainwindow/desktop/SleepInhibitor.h"
 #include "mainwindow/list/ListCommands.h"
 #include "mainwindow/run/PlanQuestion.h"
 #include "mainwindow/run/ProcessPanel.h"
@@ -148,6 +149,7 @@ void RunControl::startRun(const QList<OutputFile>& outputs)
             pages += chosenPageCount(*item, m_process->runOptions());
     m_panel->follow(*m_process, pages);
     m_outcome.follow(*m_process);
+    m_awake = std::make_unique<SleepInhibitor>();
     m_parts.view.resetView(false);
     m_parts.view.startProcess();
     m_parts.ui.loadingIndicator->hide();
@@ -325,6 +327,7 @@ void RunControl::closeProcess()
 
 void RunControl::showEnd()
 {
+    m_awake.reset();
     m_parts.model.setProblems(m_panel->problemsByFile());
     m_outcome.finish();
     m_panel->showOutcome(m_outcome.headline(m_process->totalFileCreated()),
@@ -342,6 +345,7 @@ void RunControl::showFolder()
 
 void RunControl::leaveRun()
 {
+    m_awake.reset();
     m_parts.view.resetViewForProcess(true);
     m_parts.view.stopProcess();
     m_parts.view.resetView(true);

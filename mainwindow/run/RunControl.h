@@ -17,6 +17,7 @@ namespace pagestack {
 class ListCommands;
 class ProcessPanel;
 class RunPlan;
+class SleepInhibitor;
 
 /// One conversion run as the window sees it: the checks before it, the job on a thread of its own,
 /// the sheet that covers the window, and what is left to do when the user closes that. Main thread.
@@ -92,6 +93,7 @@ private:
     std::unique_ptr<Process> m_process;
     std::unique_ptr<ProcessPanel> m_panel;
     RunOutcome m_outcome;
+    std::unique_ptr<SleepInhibitor> m_awake; ///< during a run
     bool m_isAsking = false; ///< whether the run is to end
     std::optional<Question> m_question; ///< to be asked when the worker has ended
     QHash<QString, ExistingFiles> m_existing; ///< by output folder

@@ -1,15 +1,20 @@
 #include "mainwindow/desktop/DesktopWorkspace.h"
+#include "mainwindow/desktop/SleepInhibitor.h"
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
+#include <QDBusUnixFileDescriptor>
 #include <QDBusVirtualObject>
 #include <QDesktopServices>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QThread>
+
+#include <poll.h>
+#include <unistd.h>
 
 enum class Conduct { IsAway, Answers, Refuses, IsSilent };
 
@@ -50,6 +55,47 @@ private:
     QStringList m_calls;
 };
 
+/// A system that gives out locks against sleep.
+class SleepManager : public QDBusVirtualObject
+{
+public:
+    explicit SleepManager(const QString& address)
+        : m_bus(QDBusConnection::connectToBus(address, u"sleep manager"_s))
+    {
+        if (!m_bus.registerVirtualObject(u"/org/freedesktop/login1"_s, this)
+            || !m_bus.registerService(u"org.freedesktop.login1"_s) || ::pipe(m_ends) != 0)
+            qFatal("The test's bus takes no sleep manager");
+    }
+    ~SleepManager() override
+    {
+        QDBusConnection::disconnectFromBus(m_bus.name());
+        ::close(m_ends[0]);
+    }
+    Q_DISABLE_COPY_MOVE(SleepManager)
+
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override
+    {
+        QDBusUnixFileDescriptor lock;
+        lock.giveFileDescriptor(m_ends[1]);
+        bus.send(message.createReply(QVariant::fromValue(lock)));
+        m_asked = message.arguments().first().toString();
+        return true;
+    }
+    QString asked() const { return m_asked; }
+    /// All copies of the lock are closed: nothing keeps the system awake.
+    bool isReleased() const
+    {
+        pollfd end { m_ends[0], POLLIN, 0 };
+        return ::poll(&end, 1, 0) == 1 && (end.revents & POLLHUP) != 0;
+    }
+
+private:
+    QDBusConnection m_bus;
+    int m_ends[2] = {};
+    QString m_asked;
+};
+
 // On a bus of the test's own, where no file manager of the system can be started.
 class DesktopTest : public QObject
 {
@@ -78,6 +124,7 @@ private slots:
         const QByteArray address = m_bus.readLine().trimmed();
         m_address = QString::fromLatin1(address);
         qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", address);
         QVERIFY(QDBusConnection::sessionBus().isConnected());
         QDesktopServices::setUrlHandler(u"file"_s, this, "noteOpened");
     }
@@ -101,6 +148,18 @@ private slots:
         QTRY_COMPARE(manager.calls(), expected);
         QTRY_VERIFY(allAnswered());
         QCOMPARE(m_opened, QStringList());
+    }
+
+    /// A lock that is not taken, or that is never given back.
+    void keepsTheSystemAwake()
+    {
+        const SleepManager manager(m_address);
+        auto inhibitor = std::make_unique<SleepInhibitor>();
+        QTRY_COMPARE(manager.asked(), u"idle:sleep"_s);
+        QTRY_VERIFY(inhibitor->findChildren<QDBusPendingCallWatcher*>().isEmpty());
+        QVERIFY(!manager.isReleased());
+        inhibitor.reset();
+        QTRY_VERIFY(manager.isReleased());
     }
 
     void opensTheFoldersInstead()
