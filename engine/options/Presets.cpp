@@ -18,7 +18,7 @@ namespace pagestack {
 namespace {
 
     const QString folderName = u"Presets"_s;
-    constexpr qint64 mostBytes = 1024 * 1024;
+    constexpr qint64 mostBytes = qint64 { 1024 } * 1024;
 
     Preset shipped(const QString& name,
                    std::initializer_list<std::pair<const char16_t*, const char16_t*>> values)
