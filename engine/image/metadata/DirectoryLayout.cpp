@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
-#include <stdexcept>
 
 namespace pagestack {
 
@@ -46,10 +44,6 @@ std::uint64_t DirectoryLayout::reserve(std::uint64_t size)
     const qsizetype at = (m_bytes.size() + 1) / 2 * 2;
     m_bytes.resize(at);
     m_bytes.append(static_cast<qsizetype>(size), '\0');
-    if (!m_format.isBigTiff
-        && m_begin + static_cast<std::uint64_t>(m_bytes.size())
-            > std::numeric_limits<std::uint32_t>::max())
-        throw std::runtime_error("the file is full");
     return m_begin + static_cast<std::uint64_t>(at);
 }
 

@@ -33,8 +33,8 @@ public:
     {
     }
 
-    /// Adds the directory, then its values, then those below; returns its offset. Throws
-    /// std::runtime_error if offsets of the format do not reach so far.
+    /// Adds the directory, then its values, then those below; returns its offset. Whether offsets
+    /// of the format reach so far is for who writes it to see.
     std::uint64_t add(const MetadataDirectory& directory);
 
     const QByteArray& bytes() const { return m_bytes; }

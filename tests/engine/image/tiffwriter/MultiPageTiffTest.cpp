@@ -286,6 +286,25 @@ private slots:
         }
     }
 
+    // What is appended behind libtiff's directory could reach past 4 GB by itself.
+    void becomesBigTiffForWhatAPageSays()
+    {
+        const QByteArray text(5000, 't');
+        TestPage page;
+        page.moreTags = [&](tiff* to) { TIFFSetField(to, TIFFTAG_IMAGEDESCRIPTION, text.data()); };
+        writeTiff(m_source, { page });
+        // The same text as GDAL_METADATA, which libtiff does not copy.
+        putBytes(m_source, bytesOf(m_source).replace("\x0E\1\2\0"_ba, "\x80\xA4\2\0"_ba));
+        for (const std::uint64_t limit : { 20'000U, 4'000U }) {
+            MultiPageTiffWriter file(m_out, 0, 1, limit);
+            file.append(TiffDocument(m_source).page(0).sharedSource());
+            QVERIFY2(file.commit(), qPrintable(file.failureReason()));
+            QCOMPARE(bytesOf(m_out).at(2), limit == 4'000 ? 43 : 42);
+            QVERIFY(bytesOf(m_out).contains(text + '\0'));
+            QCOMPARE(readTiff(m_out).size(), 1);
+        }
+    }
+
     void becomesBigTiffWhenItCouldBeTooLarge()
     {
         // Far from it, foreseen, met at the last page, met at the first page.
