@@ -14,7 +14,7 @@ import sys
 from collections import Counter
 from pathlib import Path
 
-from trust import CONVERSIONS, Ground, digests, expect, finish, is_kept_together, logs, read_log, run
+from trust import CONVERSIONS, Ground, digests, expect, finish, is_kept_together, logs, read_log, run, troubles
 
 CALLS = ("open", "write", "close", "rename", "fsync", "ftruncate")
 REASONS = (errno.ENOSPC, errno.EIO, errno.EDQUOT)
@@ -62,7 +62,7 @@ def check(fault, name, in_place=False, **how):
     # What failed is on standard error and in the log.
     together = is_kept_together(name)
     failures = {re.fullmatch(r"([a-z]+)([0-9]*)\.[a-z]+", path).groups() for path in failed}
-    told = done.stderr.splitlines()
+    told = troubles(done)
     for stem, page in failures:
         lines = [line for line in told if f"/{stem}." in line and (together or f"[{page}]: " in line)]
         expect(len(lines) == 1 and os.strerror(fault.error) in lines[0], f"{what}: {stem} {page} is not told")
@@ -84,8 +84,7 @@ def check_verified(name, once):
         written, left = ground.written[name], digests(ground.output)
         wrong = {path for path in written if left.get(path) != written[path]}
         expect(hits and len(wrong) == (1 if once else len(written)), f"{what}: {wrong} are other files")
-        told = [line for line in done.stderr.splitlines() if ": warning: " not in line]
-        expect(done.returncode == bool(option) and len(told) == len(option) * len(wrong), what)
+        expect(done.returncode == bool(option) and len(troubles(done)) == len(option) * len(wrong), what)
         expect(not option or (not wrong & set(left) and done.stderr.count("read back") == len(wrong)), what)
 
 
