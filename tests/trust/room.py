@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Replaces each output on a disk that has room for one of them more, in a mount of its own.
 
-Pages that are prepared ahead must leave the page whose turn it is the room that one thread would have.
+Pages that are prepared ahead must leave the page whose turn it is the room that one thread would have. Where the outputs do not fit,
+that is told before the first of them, if their size is known.
 """
 
 import os
@@ -39,6 +40,14 @@ def main():
             done = run([*words, "--jobs", jobs], ground.home)
             expect(done.returncode == 0 and not done.stderr, f"{name}, jobs {jobs}: {done.stderr}")
             expect(digests(ground.output) == ground.written[name], f"{name}, jobs {jobs}: other files")
+        resize(disk, "64m")
+    # Where the size is known before, so is the want of room; that of compressed formats is not.
+    for name in CONVERSIONS:
+        words, _ = ground.prepare(name)
+        needed = sum(path.stat().st_size for path in (ground.folder / name).iterdir())
+        resize(disk, needed * 3 // 4)
+        done = run(words, ground.home)
+        expect(("the outputs can take" in done.stderr) == (name in ("bmp", "tiff")), f"{name}: {done.stderr}")
         resize(disk, "64m")
     finish("each output replaced with room for one more")
 
