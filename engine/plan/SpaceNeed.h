@@ -27,8 +27,8 @@ QString shortageText(const SpaceShortage& shortage);
 /// What lacks room of `outputs`, which are completed (see OutputNames), without those whose file is
 /// there and is refused by `isWanted`, if there is one. A file that is replaced gives its room
 /// back. Nothing for formats that are compressed, since their size is not known before. For BMP and
-/// for TIFF without compression it opens each source and reads the directories of its pages: some
-/// ten microseconds a page. Ends early, with nothing, when `goesOn` is false.
+/// for TIFF without compression it opens each source and reads the directories of its pages: about
+/// twenty microseconds a page. Ends early, with nothing, when `goesOn` is false.
 std::vector<SpaceShortage> spaceShortages(const QList<OutputFile>& outputs,
                                           const Settings& settings, const RunOptions& options,
                                           const std::function<bool(const QString& path)>& isWanted,

@@ -130,6 +130,26 @@ def never_another_file(odd, other):
             scene.check(made == {odd} if scene.code == 0 else not made, f"made {made}")
 
 
+def folders_keep_their_names():
+    """Folders that are mirrored come out under their own names, and nowhere outside of the output folder."""
+    folders = [name for name in NAMES if is_text(name) and name[:1] != b"."]
+    with Scene("mirrored") as scene:
+        for seed, name in enumerate(folders):
+            os.mkdir(b"in/" + name)
+            scene.make(b"in/" + name + b"/x.tif", [picture(seed)])
+        scene.run("-f", "png", "-r", "--mirror", ".", cwd="in")
+        scene.check(set(os.listdir(b"out")) == set(folders) and scene.code == 0, f"other folders; {scene.errors}")
+        for seed, name in enumerate(folders):
+            scene.check_outputs({b"x1.png": [[picture(seed)]]}, folder=f"out/{os.fsdecode(name)}")
+    with Scene("mirrored into a link", {"in/a.tif": 1}) as scene:
+        os.mkdir("in/sub")
+        scene.make("in/sub/b.tif", [picture(5)])
+        os.symlink("../tmp", "out/sub")
+        scene.run("-f", "png", "-r", "--mirror", ".", cwd="in")
+        scene.check(scene.code == 4 and "leads out of the output folder" in scene.errors, "it is not refused")
+        scene.check(os.listdir("tmp") == [] and os.listdir("out") == ["sub"], "something was written")
+
+
 def nothing_drives_the_terminal():
     """Names of sources, folders and lists, in results, troubles and the usage's message."""
     wild = "\x1b[2J\x07\x9b5m\x08\rx\n"
@@ -149,5 +169,6 @@ if __name__ == "__main__":
     every_way()
     for odd_name, other_name in TAKEN_FOR.items():
         never_another_file(odd_name, other_name)
+    folders_keep_their_names()
     nothing_drives_the_terminal()
     finish("names")
