@@ -2,6 +2,7 @@
 
 #include "engine/image/decode/TiffPage.h"
 #include "engine/support/Application.h"
+#include "engine/threads/StopScope.h"
 
 #include <QFileInfo>
 
@@ -40,6 +41,8 @@ FileDigest TiffDocument::digest() const
 {
     const OpenTiffFile& file = m_reader->document();
     return digestOf(file.sizeBytes(), [&](std::uint64_t offset, std::span<std::uint8_t> bytes) {
+        if (StopScope::isStopped()) // the file may be large and far away
+            throw std::runtime_error("stopped");
         file.readAt(offset, bytes);
     });
 }

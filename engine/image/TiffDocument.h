@@ -35,7 +35,8 @@ public:
     int pageCount() const;
     QString chainFault() const;
 
-    /// Of the bytes of the file. Throws std::runtime_error when they cannot be read.
+    /// Of the bytes of the file. Throws std::runtime_error when they cannot be read, or a StopScope
+    /// says so.
     FileDigest digest() const;
 
     /// Page `index`, from 0. Throws std::out_of_range, reason "index 3 beyond bounds [0 .. 2]".

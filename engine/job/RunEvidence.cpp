@@ -178,11 +178,11 @@ void RunEvidence::beginSource(const FileItem& item, const TiffDocument* document
         return;
     const QString path = item.filePath().toLocalFile();
     m_source = &record;
-    record.sourceDigest = sourceDigest(path, document);
+    m_sourceDigest = sourceDigest(path, document);
     if (!m_record)
         return;
     m_document = document ? document->clone() : nullptr;
-    QJsonObject members = fileMembers(path, record.sourceDigest);
+    QJsonObject members = fileMembers(path, m_sourceDigest);
     const std::optional<FileState> state
         = document ? std::optional(document->stateAtOpening()) : fileState(QFile::encodeName(path));
     if (state) {
@@ -215,6 +215,8 @@ void RunEvidence::addPage(const Page& page)
 {
     if (!m_isOn)
         return;
+    if (m_source)
+        m_source->sourceDigest = m_sourceDigest;
     const bool isWritten = page.outcome == Process::PageOutcome::Written;
     if (isWritten && page.isGathered)
         ++m_gatheredPages;
@@ -235,8 +237,8 @@ void RunEvidence::addPage(const Page& page)
                                                   : u"written"_s } };
     if (const QJsonObject kind = kindOf(page.number); !kind.isEmpty())
         members[u"kind"_s] = kind;
-    members[u"reasons"_s] = listOf(m_pageReasons);
-    members[u"warnings"_s] = listOf(m_pageWarnings);
+    members[u"reasons"_s] = listOf(m_toldOfPage.reasons);
+    members[u"warnings"_s] = listOf(m_toldOfPage.warnings);
     members[u"leftBehind"_s] = QJsonArray::fromStringList(page.leftBehind);
     m_record->addPage(members);
 }
@@ -256,13 +258,16 @@ void RunEvidence::endSource()
 {
     if (!m_isOn || !m_source)
         return;
+    // Where a stop came before the first page, the log shows nothing of the source.
+    if (!m_source->status.isEmpty() || !m_source->reason.isNull())
+        m_source->sourceDigest = m_sourceDigest;
     const GatheredFile gathered = m_source->gathered;
     (!m_gathered.isEmpty()                   ? m_pages.written
          : gathered == GatheredFile::Skipped ? m_pages.skipped
                                              : m_pages.notWritten)
         += std::exchange(m_gatheredPages, 0);
-    QJsonObject members { { u"reasons"_s, listOf(m_reasons) },
-                          { u"warnings"_s, listOf(m_warnings) } };
+    QJsonObject members { { u"reasons"_s, listOf(m_told.reasons) },
+                          { u"warnings"_s, listOf(m_told.warnings) } };
     if (!m_gathered.isEmpty())
         members[u"gathered"_s] = std::exchange(m_gathered, {});
     m_document.reset();
@@ -278,9 +283,9 @@ void RunEvidence::takeDiagnostic(const Diagnostic& diagnostic)
         return;
     const bool isError = diagnostic.severity == Diagnostic::Severity::Error;
     if (diagnostic.page > 0)
-        (isError ? m_pageReasons : m_pageWarnings).append(diagnostic.reason);
+        (isError ? m_toldOfPage.reasons : m_toldOfPage.warnings).append(diagnostic.reason);
     else
-        (isError ? m_reasons : m_warnings).append(diagnostic.reason);
+        (isError ? m_told.reasons : m_told.warnings).append(diagnostic.reason);
 }
 
 void RunEvidence::addChecksum(const QString& path, const FileDigest& digest)

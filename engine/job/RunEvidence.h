@@ -73,11 +73,15 @@ private:
 
     // Of the source in hand, and of its pages up to now.
     LogFiles* m_source = nullptr;
+    std::optional<FileDigest> m_sourceDigest;
     std::unique_ptr<TiffDocument> m_document; ///< with a reader of its own; null: not opened
-    QStringList m_reasons;
-    QStringList m_warnings;
-    QStringList m_pageReasons;
-    QStringList m_pageWarnings;
+    struct Told
+    {
+        QStringList reasons;
+        QStringList warnings;
+    };
+    Told m_told; ///< of the source as a whole
+    Told m_toldOfPage;
     QJsonObject m_gathered; ///< the file in place
     int m_gatheredPages = 0;
 
