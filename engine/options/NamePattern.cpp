@@ -3,6 +3,8 @@
 #include "engine/options/ConversionOptions.h"
 #include "engine/support/Paths.h"
 
+#include <QStringList>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;

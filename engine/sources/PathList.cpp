@@ -94,7 +94,7 @@ PathList parsePathList(QStringView text, const QString& allowedTypes)
 QString takePageChoice(QString& line)
 {
     const qsizetype tab = line.lastIndexOf(u'\t');
-    const QString pages = tab < 0 ? QString() : line.sliced(tab + 1).trimmed();
+    QString pages = tab < 0 ? QString() : line.sliced(tab + 1).trimmed();
     if (pages.isEmpty() || !isPageChoice(pages))
         return {};
     line.truncate(tab);
