@@ -204,6 +204,13 @@ void PagestackAppDelegate::quitAction()
         QCoreApplication::quit();
 }
 
+void PagestackAppDelegate::quitUnasked()
+{
+    m_hasQuit = m_hasQuit || applicationShouldTerminate();
+    if (m_hasQuit)
+        QCoreApplication::quit();
+}
+
 /// Closing the window ends the program, but not before the load or run under way has ended, or
 /// hides the window.
 bool PagestackAppDelegate::eventFilter(QObject* watched, QEvent* event)

@@ -64,6 +64,7 @@ public:
     bool applicationShouldTerminate();
     /// Ends the program, at once or by `readyToTerminate`.
     void quitAction();
+    void quitUnasked(); ///< also ends a run
     /// Whether closing the window ends the program, as it does everywhere but on macOS; else it
     /// hides the window, and applicationShouldHandleReopen() brings it back.
     void setEndsWithWindow(bool endsWithWindow) { m_endsWithWindow = endsWithWindow; }

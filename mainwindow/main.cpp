@@ -46,10 +46,10 @@ int main(int argc, char* argv[])
     PagestackAppDelegate controller({ defaults, workspace, alerts, chooser });
     QObject::connect(&controller, &PagestackAppDelegate::readyToTerminate, &controller,
                      &PagestackAppDelegate::quitAction, Qt::QueuedConnection);
-    // As by the menu: a run ends at its next check point, its log and the settings are written.
+    // As by the menu, but without a question: a run ends at its next check point, its log and the settings are written.
     const Signals terminationSignals;
     QObject::connect(&terminationSignals, &Signals::interrupted, &controller,
-                     &PagestackAppDelegate::quitAction);
+                     &PagestackAppDelegate::quitUnasked);
     controller.awakeFromNib();
     controller.openPaths(pathArguments(QCoreApplication::arguments()));
     const int code = QApplication::exec();

@@ -89,8 +89,9 @@ press Pagestack Return
 until_true has_windows Converting 1
 until_true grep -rq '</Log>' "$home/data"
 [ -f "$home/first1.jpg" ] && [ "$(images "$home/samples")" -eq 7 ] || fail "not every image is there"
-press Converting Return
-until_true has_windows Converting 0
+until_true has_windows Finished 1
+press Finished Return
+until_true has_windows Finished 0
 press Pagestack ctrl+q
 ends_with 0
 

@@ -98,6 +98,11 @@ def frames(path):
         return [(*frame.size, 1 if frame.mode == "1" else 8, frame.tobytes()) for frame in ImageSequence.Iterator(image)]
 
 
+def troubles(done):
+    """Lines of standard error, but for the remark that deep pages got no fax compression."""
+    return [line for line in done.stderr.splitlines() if "written without compression" not in line]
+
+
 def start(arguments, home, **options):
     """Starts the program with settings and data of its own below `home`."""
     surroundings = {**os.environ, "HOME": str(home), "LC_ALL": "C.UTF-8", "XDG_CONFIG_HOME": f"{home}/config",
