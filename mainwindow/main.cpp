@@ -46,7 +46,8 @@ int main(int argc, char* argv[])
     PagestackAppDelegate controller({ defaults, workspace, alerts, chooser });
     QObject::connect(&controller, &PagestackAppDelegate::readyToTerminate, &controller,
                      &PagestackAppDelegate::quitAction, Qt::QueuedConnection);
-    // As by the menu, but without a question: a run ends at its next check point, its log and the settings are written.
+    // As by the menu, but without a question: a run ends at its next check point, its log and the
+    // settings are written.
     const Signals terminationSignals;
     QObject::connect(&terminationSignals, &Signals::interrupted, &controller,
                      &PagestackAppDelegate::quitUnasked);

@@ -68,7 +68,9 @@ void PresetMenu::fill()
 void PresetMenu::addPresets(const QList<Preset>& presets)
 {
     const ConversionOptions current = m_choices.all();
-    for (const Preset& preset : presets) {
+    for (Preset preset : presets) {
+        // Whether a record is kept is a habit of the user.
+        preset.options.run.writesRecord = current.run.writesRecord;
         QAction* action = m_menu.addAction(menuText(preset.name), this, [this, preset] {
             m_choices.setAll(preset.options);
             m_services.synchronize(m_button.window());

@@ -17,6 +17,7 @@ RunChoices::RunChoices(Settings& settings, UserDefaults& store)
     : m_settings(settings)
     , m_store(store)
 {
+    m_options.writesRecord = true; // who does not want it unticks it
     const QVariantMap stored = store.objectForKey(choicesKey).toMap();
     ConversionOptions options = all();
     for (const ConversionOptionRow& row : conversionOptionTable()) {

@@ -761,7 +761,7 @@ private:
     QString logFile() const
     {
         const QDir logs(path(u"data/Corvanta/Pagestack1/Logs"_s));
-        const QStringList files = logs.entryList(QDir::Files);
+        const QStringList files = logs.entryList({ u"*.log"_s }, QDir::Files);
         return files.size() == 1 ? logs.filePath(files.first()) : QString();
     }
     /// What lies in the output folder; nothing when a page of it is not whole or all 60 are there.
