@@ -117,13 +117,13 @@ void ChecksumFiles::add(const QString& path, const FileDigest& digest)
     bool isEscaped = false;
     const QByteArray name = escaped(QFile::encodeName(lastPathComponent(path)), isEscaped);
     const QByteArray line = (isEscaped ? "\\" : "") + digest.hex().toLatin1() + "  " + name + '\n';
-    std::uint64_t& last = m_lastEntries[folderPart(path)];
+    const QString folder = folderPart(path);
     std::vector<std::uint8_t> entry(headBytes);
-    putHead(entry, last, static_cast<std::uint64_t>(line.size()));
+    putHead(entry, m_lastEntries.value(folder), static_cast<std::uint64_t>(line.size()));
     entry.insert(entry.end(), line.begin(), line.end());
     const std::uint64_t offset = std::max<std::uint64_t>(m_entries.size(), 1); // 0 is no entry
     m_entries.writeAt(offset, entry);
-    last = offset;
+    m_lastEntries.insert(folder, offset); // not before: without an entry there is nothing to write
 }
 
 /// The line, and where that of the output before it lies; 0: there is none.

@@ -1,16 +1,11 @@
 #include "engine/files/FileDigest.h"
 
 #include "engine/files/ByteFile.h"
-#include "engine/files/PosixFile.h"
 
-#include <QScopeGuard>
+#include <QByteArray>
 
 #include <algorithm>
-#include <fcntl.h>
 #include <nettle/sha2.h>
-#include <stdexcept>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <vector>
 
 namespace pagestack {
@@ -45,26 +40,6 @@ FileDigest digestOf(ByteFile& file)
     return digestOf(file.size(), [&](std::uint64_t offset, std::span<std::uint8_t> bytes) {
         file.readAt(offset, bytes);
     });
-}
-
-std::optional<FileDigest> digestOf(const QByteArray& path)
-{
-    // Without O_NONBLOCK a named pipe would wait for its writer.
-    const int file = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (file < 0)
-        return {};
-    const auto close = qScopeGuard([file] { ::close(file); });
-    struct stat status = {};
-    if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode))
-        return {};
-    try {
-        return digestOf(static_cast<std::uint64_t>(status.st_size),
-                        [file](std::uint64_t offset, std::span<std::uint8_t> bytes) {
-                            readFully(file, offset, bytes);
-                        });
-    } catch (const std::runtime_error&) {
-        return {};
-    }
 }
 
 } // namespace pagestack

@@ -1,12 +1,10 @@
 #pragma once
 
-#include <QByteArray>
 #include <QString>
 
 #include <array>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <span>
 
 namespace pagestack {
@@ -32,8 +30,5 @@ digestOf(std::uint64_t size,
 
 /// Of a complete file, as it is read back.
 FileDigest digestOf(ByteFile& file);
-
-/// Of the regular file at `path`, in the file system's encoding; none when it cannot be read.
-std::optional<FileDigest> digestOf(const QByteArray& path);
 
 } // namespace pagestack

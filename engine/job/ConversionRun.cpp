@@ -102,9 +102,9 @@ void ConversionRun::convertItem(const OutputFile& output, PlanPlace place, LogFi
     if (document && !m_job.isCombining())
         return; // with nothing said of the source, whose pages may not all have been searched for
     RunEvidence& evidence = *m_options.evidence;
-    evidence.beginSource(item, document.get(), record);
     const auto end = qScopeGuard([&] { evidence.endSource(); });
     try {
+        evidence.beginSource(item, document.get(), record);
         if (document) {
             const std::optional<FileIdentity> identity = fileIdentity(QFile::encodeName(path));
             convertDocument({ output, *document, record, identity }, item);

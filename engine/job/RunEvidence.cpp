@@ -89,9 +89,10 @@ namespace {
         return QJsonArray::fromStringList(std::exchange(texts, {}));
     }
 
-    std::optional<FileDigest> sourceDigest(const QString& path, const TiffDocument* document)
+    /// None of what is no TIFF file: it may be of any size, and no page comes from it.
+    std::optional<FileDigest> sourceDigest(const TiffDocument* document)
     try {
-        return document ? document->digest() : digestOf(QFile::encodeName(path));
+        return document ? std::optional(document->digest()) : std::nullopt;
     } catch (const std::runtime_error&) {
         return {};
     }
@@ -166,6 +167,8 @@ QJsonObject RunEvidence::end() const
                         { u"pagesFailed"_s, m_pages.failed },
                         { u"pagesSkipped"_s, m_pages.skipped },
                         { u"pagesNotWritten"_s, m_pages.notWritten } } },
+        { u"reasons"_s, QJsonArray::fromStringList(m_toldOfRun.reasons) },
+        { u"warnings"_s, QJsonArray::fromStringList(m_toldOfRun.warnings) },
     };
     if (!log.reason.isNull())
         members[u"reason"_s] = log.reason;
@@ -177,10 +180,11 @@ void RunEvidence::beginSource(const FileItem& item, const TiffDocument* document
     if (!m_isOn)
         return;
     const QString path = item.filePath().toLocalFile();
-    m_source = &record;
-    m_sourceDigest = sourceDigest(path, document);
-    if (!m_record)
+    m_sourceDigest = sourceDigest(document);
+    if (!m_record) {
+        m_source = &record;
         return;
+    }
     m_document = document ? document->clone() : nullptr;
     QJsonObject members = fileMembers(path, m_sourceDigest);
     const std::optional<FileState> state
@@ -194,6 +198,7 @@ void RunEvidence::beginSource(const FileItem& item, const TiffDocument* document
     if (document)
         members[u"pagesFound"_s] = document->pageCount();
     m_record->beginSource(members);
+    m_source = &record; // last: an exception leaves no source to end
 }
 
 /// By a reader of its own: the messages of the job's are not for here.
@@ -266,6 +271,9 @@ void RunEvidence::endSource()
          : gathered == GatheredFile::Skipped ? m_pages.skipped
                                              : m_pages.notWritten)
         += std::exchange(m_gatheredPages, 0);
+    // What an exception has kept from its page is of the source.
+    m_told.reasons += std::exchange(m_toldOfPage.reasons, {});
+    m_told.warnings += std::exchange(m_toldOfPage.warnings, {});
     QJsonObject members { { u"reasons"_s, listOf(m_told.reasons) },
                           { u"warnings"_s, listOf(m_told.warnings) } };
     if (!m_gathered.isEmpty())
@@ -276,13 +284,17 @@ void RunEvidence::endSource()
         m_record->endSource(members);
 }
 
-/// Of a page comes before the page itself does.
+/// What is of a page comes before the page itself does. Without a source in hand, as before the
+/// first and for checksums, it is of the run.
 void RunEvidence::takeDiagnostic(const Diagnostic& diagnostic)
 {
     if (!m_record)
         return;
     const bool isError = diagnostic.severity == Diagnostic::Severity::Error;
-    if (diagnostic.page > 0)
+    if (!m_source)
+        (isError ? m_toldOfRun.reasons : m_toldOfRun.warnings)
+            .append(diagnostic.sourcePath + u": "_s + diagnostic.reason);
+    else if (diagnostic.page > 0)
         (isError ? m_toldOfPage.reasons : m_toldOfPage.warnings).append(diagnostic.reason);
     else
         (isError ? m_told.reasons : m_told.warnings).append(diagnostic.reason);
@@ -321,8 +333,11 @@ void RunEvidence::writeRecord(const QString& chosenFile)
         return;
     m_record->end(end());
     const QString log = m_job.log()->logFilePath();
-    if (chosenFile.isEmpty() && log.isNull())
+    if (chosenFile.isEmpty() && log.isNull()) {
+        tellTrouble(u"record"_s,
+                    u"it could not be written, since there is no log to put it beside"_s);
         return;
+    }
     const QString path = chosenFile.isEmpty() ? log.chopped(4) + u".json"_s : chosenFile;
     m_job.removeLeftovers(folderPart(path));
     QString fault;

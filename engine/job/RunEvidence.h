@@ -82,6 +82,7 @@ private:
     };
     Told m_told; ///< of the source as a whole
     Told m_toldOfPage;
+    Told m_toldOfRun; ///< while no source was in hand
     QJsonObject m_gathered; ///< the file in place
     int m_gatheredPages = 0;
 

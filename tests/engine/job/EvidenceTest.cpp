@@ -134,8 +134,7 @@ private slots:
         int written = 0;
         int failed = 0;
         for (const auto& source : record[u"sources"_s].toArray()) {
-            if (source[u"path"_s].toString() != fixture.folder.path(u"in/gone.tif"_s))
-                QVERIFY(source[u"sha256"_s].isString());
+            QCOMPARE(source[u"sha256"_s].isString(), source[u"pagesFound"_s].isDouble());
             const bool isGathered = source[u"gathered"_s].isObject();
             look(source[u"gathered"_s].toObject());
             for (const auto& page : source[u"pages"_s].toArray()) {
@@ -158,6 +157,34 @@ private slots:
         const QByteArray log = bytesOf(fixture.job.log()->logFilePath());
         for (const QString& name : there)
             QVERIFY2(log.contains(hexOf(bytesOf(out + u'/' + name)).toLatin1()), qPrintable(name));
+    }
+
+    // What concerns no source would be said of the next one or of none.
+    void tellsOfTheRunAsAWhole()
+    {
+        JobFixture fixture(u"a.tif:W b.tif:W"_s,
+                           u"checksums=true keep-record=true out/SHA256SUMS/"_s);
+        fixture.onEvent = [&](const QString& met) {
+            if (met == u"file b.tif")
+                emit fixture.job.diagnosed({ Diagnostic::Severity::Warning, u"out"_s, 0, u"x"_s });
+        };
+        fixture.run();
+        const QString path = fixture.job.log()->logFilePath().chopped(4) + u".json"_s;
+        const QJsonObject record = QJsonDocument::fromJson(bytesOf(path)).object();
+        QCOMPARE(record[u"warnings"_s].toArray(), QJsonArray { u"out: x"_s });
+        const QJsonArray reasons = record[u"reasons"_s].toArray();
+        QCOMPARE(reasons.size(), 1);
+        QVERIFY(reasons.first().toString().contains(u"out/SHA256SUMS: "));
+        QCOMPARE(record[u"sources"_s].toArray().last()[u"warnings"_s].toArray(), QJsonArray());
+    }
+
+    // A record that was asked for and is nowhere must not go without a word.
+    void tellsOfARecordWithoutAPlace()
+    {
+        JobFixture fixture(u"a.tif:W"_s, u"keep-record=true"_s);
+        fixture.job.log()->setStored(false);
+        fixture.run();
+        QCOMPARE(fixture.events.filter(u"trouble record "_s).size(), 1);
     }
 };
 
