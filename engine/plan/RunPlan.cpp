@@ -15,6 +15,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -61,7 +62,7 @@ private:
     std::vector<Spot> spotsOf(qsizetype output);
     Spot spotOf(const PlannedTarget& target, const QString& folder, const QString& name);
     FolderTargets& folderAt(const QString& path);
-    QString folderKey(const QString& path) const;
+    QString folderKey(const QString& path);
     std::optional<qsizetype> replacedSource(const Spot& spot);
     bool makesSource(const FileItem& item);
     void shareFolders(qsizetype output);
@@ -74,6 +75,8 @@ private:
     const RunPlan::Numbering m_numbering;
     QHash<QString, std::shared_ptr<FolderTargets>> m_folders; ///< by key
     QHash<QString, FolderTargets*> m_known; ///< by path
+    std::map<QString, FolderTargets> m_missing; ///< folders to be made, by key of that above
+    qsizetype m_missingFolders = 0; ///< numbered in place of writers
     std::optional<QHash<QString, qsizetype>> m_sources; ///< by file; looked up when there is need
     QHash<QString, int> m_nextNumbers; ///< by the names that were numbered
 };
@@ -167,14 +170,23 @@ FolderTargets& Planner::folderAt(const QString& path)
 }
 
 /// The same for every path that leads to the folder; of one that is still to be made, by the folder
-/// above.
-QString Planner::folderKey(const QString& path) const
+/// above, in which its name leads to the same one as that of another such folder may.
+QString Planner::folderKey(const QString& path)
 {
     if (const auto identity = fileIdentity(QFile::encodeName(path)))
         return asText(*identity);
     const QString above = folderPart(path);
-    return above.isEmpty() || above == path ? path
-                                            : joinedPath(folderKey(above), lastPathComponent(path));
+    if (above.isEmpty() || above == path)
+        return path;
+    const QString keyAbove = folderKey(above);
+    FolderTargets& missing = m_missing.try_emplace(keyAbove, above).first->second;
+    const QString name = lastPathComponent(path);
+    std::optional<qsizetype> number = missing.writer(name);
+    if (!number) {
+        number = m_missingFolders++;
+        missing.add(name, *number);
+    }
+    return joinedPath(keyAbove, QString::number(*number));
 }
 
 std::optional<qsizetype> Planner::replacedSource(const Spot& spot)

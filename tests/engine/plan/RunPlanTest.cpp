@@ -154,6 +154,9 @@ private slots:
         row("case", u"a.tif:W A.tif:W \u00e4.tif:W a\u0308.tif:W"_s,
             u"outputFolderPath=case case/"_s, u"A1.png of 1 and 0"_s,
             u"[a1.png] [A1-2.png] [\u00e41.png] [a\u03081.png]"_s);
+        row("case of folders to be made", u"x/a.tif:W X/a.tif:W y/a.tif:W"_s,
+            u"mirror=true outputFolderPath=case case/"_s, u"X/a1.png of 1 and 0"_s,
+            u"[x/a1.png] [X/a1-2.png] [y/a1.png]"_s);
         row("normalization", u"\u00e4.tif:W a\u0308.tif:W a.tif:W A.tif:W"_s,
             u"outputFolderPath=form form/"_s, u"a\u03081.png of 1 and 0"_s,
             u"[\u00e41.png] [a\u03081-2.png] [a1.png] [A1.png]"_s);
