@@ -1,6 +1,8 @@
 #include "engine/files/PosixFile.h"
 #include "engine/files/StagedFile.h"
+#include "engine/support/SystemLog.h"
 
+#include <QFile>
 #include <QScopeGuard>
 
 #include <cstdio>
@@ -20,6 +22,8 @@
 #endif
 
 // How a staged file gets to its target. What is there is lost only once the new file is complete.
+
+using namespace Qt::StringLiterals;
 
 namespace pagestack {
 
@@ -131,6 +135,15 @@ namespace {
         return static_cast<std::uint64_t>(status.st_size);
     }
 
+    /// Only the owner of a file may set its date: who may write it all the same loses no page for
+    /// the date.
+    void keepDate(int file, const QByteArray& target, std::int64_t modifiedNs)
+    try {
+        setModificationTime(file, modifiedNs);
+    } catch (const std::runtime_error& error) {
+        systemLog(QFile::decodeName(target) + u": "_s + QString::fromUtf8(error.what()));
+    }
+
     /// Gives the file at `target`, which is no link, the first `size` bytes of the open file
     /// `from`: for folders that take no new file. The old content is kept aside and put back when
     /// that fails; a program that is killed in the middle leaves the file torn. `lastLook` is
@@ -157,7 +170,7 @@ namespace {
             copyBytes(from, to, 0, std::min(oldSize, size));
             resizeFile(to, size);
             if (modifiedNs)
-                setModificationTime(to, *modifiedNs);
+                keepDate(to, target, *modifiedNs);
             syncToDisk(to);
             checkAtClose(to);
         } catch (const std::exception& error) {
