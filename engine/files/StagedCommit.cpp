@@ -1,8 +1,6 @@
 #include "engine/files/PosixFile.h"
 #include "engine/files/StagedFile.h"
-#include "engine/support/SystemLog.h"
 
-#include <QFile>
 #include <QScopeGuard>
 
 #include <cstdio>
@@ -22,8 +20,6 @@
 #endif
 
 // How a staged file gets to its target. What is there is lost only once the new file is complete.
-
-using namespace Qt::StringLiterals;
 
 namespace pagestack {
 
@@ -135,20 +131,22 @@ namespace {
         return static_cast<std::uint64_t>(status.st_size);
     }
 
-    /// Only the owner of a file may set its date: who may write it all the same loses no page for
-    /// the date.
-    void keepDate(int file, const QByteArray& target, std::int64_t modifiedNs)
+    /// False when it cannot be set: only the owner of a file may, and who may write it all the same
+    /// is not to lose its content for that.
+    bool setDate(int file, std::int64_t modifiedNs)
     try {
         setModificationTime(file, modifiedNs);
-    } catch (const std::runtime_error& error) {
-        systemLog(QFile::decodeName(target) + u": "_s + QString::fromUtf8(error.what()));
+        return true;
+    } catch (const std::runtime_error&) {
+        return false;
     }
 
     /// Gives the file at `target`, which is no link, the first `size` bytes of the open file
     /// `from`: for folders that take no new file. The old content is kept aside and put back when
     /// that fails; a program that is killed in the middle leaves the file torn. `lastLook` is
-    /// called right before the file is touched, and may throw.
-    void replaceContent(const QByteArray& target, int from, std::uint64_t size,
+    /// called right before the file is touched, and may throw. False when the date could not be
+    /// set.
+    bool replaceContent(const QByteArray& target, int from, std::uint64_t size,
                         const std::function<void()>& lastLook,
                         const std::optional<std::int64_t>& modifiedNs)
     {
@@ -169,10 +167,10 @@ namespace {
             isTouched = true;
             copyBytes(from, to, 0, std::min(oldSize, size));
             resizeFile(to, size);
-            if (modifiedNs)
-                keepDate(to, target, *modifiedNs);
+            const bool isDated = !modifiedNs || setDate(to, *modifiedNs);
             syncToDisk(to);
             checkAtClose(to);
+            return isDated;
         } catch (const std::exception& error) {
             try {
                 copyBytes(old, to, 0, isTouched ? oldSize : 0);
@@ -224,6 +222,12 @@ namespace {
 
 } // namespace
 
+QString StagedFile::dateRemark()
+{
+    return QStringLiteral(
+        "the date is not kept, since the file that was replaced is another user's");
+}
+
 void StagedFile::commit(Existing existing, const std::optional<FileState>& expected)
 {
     flush();
@@ -233,7 +237,7 @@ void StagedFile::commit(Existing existing, const std::optional<FileState>& expec
     if (existing == Existing::Kept && m_replaces)
         throw NameTaken();
     if (m_inPlace) {
-        replaceContent(
+        m_isDateKept = replaceContent(
             m_target, m_file, m_size, [&] { checkUnchanged(m_target, expected); }, m_modifiedNs);
         return;
     }

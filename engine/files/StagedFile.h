@@ -94,6 +94,10 @@ public:
     void commit(Existing existing = Existing::Replaced,
                 const std::optional<FileState>& expected = std::nullopt);
 
+    /// False after a `commit` that could not set the date: who may only write a file may not.
+    bool isDateKept() const { return m_isDateKept; }
+    static QString dateRemark(); ///< says so
+
 private:
     void lookAtTarget();
     bool createBesideTarget();
@@ -113,6 +117,7 @@ private:
     bool m_replaces = false; ///< a file was at the target at the last look
     bool m_isBehindLink = false; ///< the target is not what was named
     bool m_inPlace = false;
+    bool m_isDateKept = true;
     std::optional<std::int64_t> m_modifiedNs; ///< none: as it comes
     unsigned m_permissions = 0; ///< of the file that is replaced, as are the two below
     unsigned m_owner = 0;

@@ -75,6 +75,8 @@ bool PageImage::write(const QString& path, OutputType type, const SaveOptions& o
             prepared.digest = digestOf(*prepared.file);
         }
         prepared.file->commit(options.existing);
+        if (const TiffPage* page = m_source->tiffPage(); page && !prepared.file->isDateKept())
+            page->messages().addRemark(StagedFile::dateRemark());
         m_digest = prepared.digest;
         return true;
     } catch (const std::exception& error) {

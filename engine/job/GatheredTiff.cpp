@@ -51,6 +51,8 @@ bool GatheredTiff::save(const QString& path, const QList<int>& range, const Tiff
         logFiles.gathered = GatheredFile::None;
         m_options.evidence->addGathered(path, m_digest);
         emit m_job.fileWritten(document.path(), path, file.pageCount());
+        if (!file.isDateKept())
+            m_found.tellWarning(StagedFile::dateRemark());
         m_found.tellRemarks();
         m_found.tellLeftOutTags();
         return true;

@@ -205,6 +205,30 @@ grep -c ' of 300 ' errors | grep -v '^..\?$'; rm -r out)"_s,
         }
     }
 
+    /// Who may write another's file may not set its date.
+    void losesNoPageForItsDate()
+    {
+        if (::geteuid() != 0)
+            QSKIP("only root can be two users");
+        for (const auto& [format, name] :
+             { std::pair(u"jpg"_s, u"a1.jpg"_s), { u"tiff"_s, u"a.tiff"_s } }) {
+            init();
+            m_folder->make(u"a.tif:W shut/ out/%1>../shut/%1"_s.arg(name));
+            putBytes(u"shut/"_s + name, "old");
+            QVERIFY(QFile::setPermissions(u"shut/"_s + name, QFile::Permissions(0x6666)));
+            QVERIFY(QFile::setPermissions(u"shut"_s, QFile::Permissions(0x5555)));
+            QVERIFY(QFile::setPermissions(m_folder->path({}), QFile::Permissions(0x7755)));
+            QVERIFY(QFile::setPermissions(u"out"_s, QFile::Permissions(0x7777)));
+            if (!startAsNobody(u"a.tif -q --no-log --keep-dates --on-exists overwrite -o out -f "_s
+                                   + format,
+                               false))
+                QSKIP("the program cannot be run by another user here");
+            const QString found = summary();
+            QVERIFY2(found.contains(u"the date is not kept"), qPrintable(found));
+            QVERIFY(found.contains(u"\n0"_s) && bytesOf(u"shut/"_s + name) != "old");
+        }
+    }
+
     void finishesThePageAfterASignal()
     {
         for (const int number : { SIGINT, SIGTERM, SIGHUP }) {

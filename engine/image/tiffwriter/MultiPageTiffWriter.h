@@ -53,6 +53,9 @@ public:
     bool commit(StagedFile::Existing existing = StagedFile::Existing::Replaced,
                 const std::optional<FileState>& expected = std::nullopt);
 
+    /// As StagedFile::isDateKept, of the file in place.
+    bool isDateKept() const { return !m_finished || m_finished->isDateKept(); }
+
     /// Why `commit` returned, or will return, false; empty after a success.
     QString failureReason() const { return m_failureReason; }
 
