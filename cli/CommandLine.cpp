@@ -7,6 +7,7 @@
 #include "cli/Options.h"
 #include "cli/SystemLogLines.h"
 #include "engine/files/PosixFile.h"
+#include "engine/options/Presets.h"
 #include "engine/support/Paths.h"
 
 #include <QCoreApplication>
@@ -44,11 +45,25 @@ namespace {
         return found;
     }
 
+    /// Those of the user, then the program's own. What of the user's cannot be read is a trouble.
+    QString presetsText(Console& console)
+    {
+        QStringList troubles;
+        QString text;
+        for (const Preset& preset : savedPresets(&troubles) + shippedPresets())
+            text += preset.name + u'\n';
+        for (const QString& trouble : troubles)
+            console.trouble(trouble);
+        return text;
+    }
+
     int carryOut(const Options& options, Console& console, SystemLogLines& systemLogLines,
                  int& argc, char* argv[])
     {
-        if (options.wantsHelp || options.wantsVersion) {
-            console.print(options.wantsHelp ? helpText() : versionText());
+        if (!options.converts()) {
+            console.print(options.wantsHelp          ? helpText()
+                              : options.wantsVersion ? versionText()
+                                                     : presetsText(console));
             return static_cast<int>(console.isBroken() ? ExitCode::SomeFailed
                                                        : ExitCode::AllWritten);
         }

@@ -179,6 +179,9 @@ namespace {
         const bool isRefused = found.refusals.count() > 0;
         for (const QString& line : (isRefused ? found.refusals : found.warnings).lines())
             m_console.trouble(line);
+        if (m_options.isVerbose && !isRefused)
+            for (const QString& remark : plan.remarks())
+                m_console.trouble(remark);
         if (isRefused)
             throw OutputRefused(u"nothing was written; --output and --on-exists may help"_s);
         const QString folder = m_settings.outputFolderPath();

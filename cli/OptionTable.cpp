@@ -38,7 +38,10 @@ namespace {
                 { row.name == u"format" ? u'f' : u'\0', row.name, row.value, row.meaning,
                   [](Options& options, Row option, Text value) {
                       const ConversionOptionRow& known = *conversionOption(option.longName);
-                      known.set(options.conversion, known, known.isFlag() ? u"true"_s : value);
+                      if (value.isEmpty() && !value.isNull() && !known.isFlag()
+                          && !known.mayBeEmpty)
+                          throw UsageError(u"the value of option --%1 is empty"_s.arg(known.name));
+                      known.set(options.conversion, known, value.isNull() ? u"true"_s : value);
                   } });
         return rows;
     }
@@ -56,7 +59,8 @@ namespace {
     {
         return {
             { 0, u"preset"_s, u"NAME|FILE"_s,
-              u"takes all options above from a preset, which those given besides override: one "
+              u"takes all options above from a preset, which those given besides override "
+              u"(--verify=false turns one off): one "
               u"that "
               u"was saved in the window, a JSON file, or one of the program's own: %1"_s.arg(
                   presetNames()),
@@ -102,7 +106,6 @@ namespace {
               "and outputs"_s,
               [](Options& options, Row, Text value) {
                   options.recordFile = named(value, u"record"_s);
-                  options.conversion.run.writesRecord = true;
               } },
             { 0, u"no-log"_s, u""_s, u"leaves no log in the folder %1/Logs"_s.arg(getAppPath()),
               [](Options& options, Row, Text) { options.leavesLog = false; } },
@@ -114,6 +117,8 @@ namespace {
               [](Options& options, Row row, Text value) {
                   options.progress = ProgressMode { choiceOf(value, row.value, u"progress"_s) };
               } },
+            { 0, u"list-presets"_s, u""_s, u"prints the names of the presets"_s,
+              &set<&Options::wantsPresets> },
             { u'h', u"help"_s, u""_s, u"prints this help"_s, &set<&Options::wantsHelp> },
             { u'V', u"version"_s, u""_s, u"prints the version, with those of the libraries"_s,
               &set<&Options::wantsVersion> },

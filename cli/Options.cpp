@@ -30,21 +30,40 @@ namespace {
             for (const auto& [row, value] : m_given)
                 if (conversionOption(row->longName) != nullptr) // which override the preset
                     row->apply(m_options, *row, value);
-            if (!m_options.wantsHelp && !m_options.wantsVersion)
+            settleRecord();
+            if (m_options.converts())
                 refuseIdleOptions();
             return m_options;
         }
 
     private:
-        /// Who gives an option expects something of it.
+        bool isGiven(QStringView name) const
+        {
+            return std::ranges::any_of(
+                m_given, [&](const auto& given) { return given.first->longName == name; });
+        }
+
+        /// One file of one's own, or one beside the log; a preset may ask for that where there is
+        /// none.
+        void settleRecord()
+        {
+            bool& isWritten = m_options.conversion.run.writesRecord;
+            const bool isBesideLog = isGiven(u"keep-record") && isWritten;
+            if (isBesideLog && !m_options.recordFile.isEmpty())
+                throw UsageError(u"options --keep-record and --record exclude each other"_s);
+            isWritten = !m_options.recordFile.isEmpty()
+                || (isWritten && (m_options.leavesLog || isBesideLog));
+        }
+
+        /// Who gives an option expects something of it; who turns one off does not.
         void refuseIdleOptions() const
         {
-            for (const auto& [row, value] : m_given)
-                if (row->longName == u"mirror" && m_options.outputFolder.isEmpty())
-                    throw UsageError(u"option --mirror has no effect without --output"_s);
+            if (m_options.conversion.run.mirrorsFolders && m_options.outputFolder.isEmpty())
+                throw UsageError(u"option --mirror has no effect without --output"_s);
             for (const auto& [row, value] : m_given)
                 if (const QString with = idleWith(m_options.conversion, row->longName);
-                    !with.isEmpty())
+                    !with.isEmpty() && value != u"false"
+                    && (value != u"none" || row->longName != u"bilevel"))
                     throw UsageError(
                         u"option --%1 has no effect with %2"_s.arg(row->longName, with));
         }
@@ -77,9 +96,9 @@ namespace {
             const OptionRow& row = find(u"--"_s + name, [&](const OptionRow& candidate) {
                 return candidate.longName == name;
             });
-            if (!row.takesValue() && equals >= 0)
+            if (!row.takesValue() && equals >= 0 && conversionOption(name) == nullptr)
                 throw UsageError(u"option --%1 takes no value"_s.arg(name));
-            if (!row.takesValue())
+            if (!row.takesValue() && equals < 0)
                 take(row, {});
             else
                 take(row, equals < 0 ? nextWord(u"--"_s + name) : word.mid(equals + 1));
@@ -146,8 +165,7 @@ Options parseOptions(const QStringList& words)
     if (options.conversion.run.writesRecord && options.recordFile.isEmpty() && !options.leavesLog)
         throw UsageError(
             u"option --keep-record has no effect with --no-log; --record names a file"_s);
-    const bool converts = !options.wantsHelp && !options.wantsVersion;
-    if (converts && options.sources.isEmpty() && options.pathLists.isEmpty())
+    if (options.converts() && options.sources.isEmpty() && options.pathLists.isEmpty())
         throw UsageError(u"no SOURCE is given"_s);
     return options;
 }

@@ -30,6 +30,9 @@ struct Options
 {
     bool wantsHelp = false;
     bool wantsVersion = false;
+    bool wantsPresets = false; ///< their names
+
+    bool converts() const { return !wantsHelp && !wantsVersion && !wantsPresets; }
 
     ConversionOptions conversion;
     QString outputFolder {}; ///< as given; empty: beside each source

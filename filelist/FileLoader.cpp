@@ -132,6 +132,7 @@ namespace {
         QList<FoundFile> findMore();
         Items itemsToDeliver(bool hasFoundMore);
         void deliver(const Items& items, QList<FoundFile>& found);
+        void takeOutListed(QList<FoundFile>& found);
         void addSome(const Items& items, qsizetype& next);
         /// On any thread. A file that is not wanted any more is given up.
         std::shared_ptr<FileItem> makeItem(const FoundFile& file) const
@@ -206,10 +207,22 @@ namespace {
                 m_isShutDown = false;
                 addSome(items, next);
                 if (std::exchange(isFirst, false))
-                    found.removeIf(
-                        [this](const FoundFile& file) { return m_target.contains(file.url); });
+                    takeOutListed(found);
             });
         }
+    }
+
+    void Load::takeOutListed(QList<FoundFile>& found)
+    {
+        QHash<QUrl, QString> choices;
+        found.removeIf([&](const FoundFile& file) {
+            const bool isListed = m_target.contains(file.url);
+            if (isListed && !file.pageChoice.isEmpty())
+                choices.insert(file.url, file.pageChoice);
+            return isListed;
+        });
+        if (!choices.isEmpty())
+            m_target.choosePages(choices);
     }
 
     void Load::addSome(const Items& items, qsizetype& next)

@@ -21,6 +21,8 @@ public:
     virtual bool contains(const QUrl& url) const = 0;
     /// Adds the item at the end; false when an equal one is there. Main thread.
     virtual bool append(const std::shared_ptr<FileItem>& item) = 0;
+    /// Gives the choice of pages to the items that the list has already. Main thread.
+    virtual void choosePages(const QHash<QUrl, QString>& choices) = 0;
     /// Follows each item that was added. Main thread.
     virtual void updateTotalPagesLabel() = 0;
 

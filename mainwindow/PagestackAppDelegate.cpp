@@ -191,7 +191,7 @@ bool PagestackAppDelegate::applicationShouldTerminate()
 bool PagestackAppDelegate::mayQuit()
 {
     if (!m_hasQuit && m_run->isUnderWay() && !m_worker->isTerminating()) {
-        m_run->askBeforeItEnds([this] { applicationShouldTerminate(); });
+        m_run->askBeforeItEnds([this] { quitUnasked(); });
         return false;
     }
     m_hasQuit = m_hasQuit || applicationShouldTerminate();

@@ -39,6 +39,8 @@ public:
     /// says so.
     FileDigest digest() const;
 
+    const PageTreatment& treatment() const { return m_treatment; }
+
     /// Page `index`, from 0. Throws std::out_of_range, reason "index 3 beyond bounds [0 .. 2]".
     /// Whether the page can be decoded shows only when it is read.
     PageImage page(int index) const;

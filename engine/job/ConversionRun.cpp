@@ -4,6 +4,7 @@
 #include "engine/job/GatheredTiff.h"
 #include "engine/job/RunEvidence.h"
 #include "engine/plan/ChosenPages.h"
+#include "engine/plan/ProfileLoss.h"
 #include "engine/plan/SpaceNeed.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/support/Paths.h"
@@ -47,7 +48,7 @@ void ConversionRun::convertOutputs()
 {
     const StopScope scope([this] { return !m_job.isCombining(); });
     const QList<OutputFile> plan = m_names.completed(m_job.outputFiles());
-    tellShortages(plan);
+    tellForesights(plan);
     m_supply.prepare(plan, [this](const QString& path) { return isWanted(path); });
     for (qsizetype i = 0; i < plan.size(); ++i) {
         if (i > 0 && m_job.gate().endsAfterSource())
@@ -61,13 +62,19 @@ void ConversionRun::convertOutputs()
     }
 }
 
-/// As warnings of the folders; the run goes on.
-void ConversionRun::tellShortages(const QList<OutputFile>& plan)
+/// What can be known before: as warnings of the folders; the run goes on.
+void ConversionRun::tellForesights(const QList<OutputFile>& plan)
 {
     const auto found = spaceShortages(plan, m_settings, m_options.choices, m_options.targetFilter,
                                       [this] { return m_job.isCombining(); });
     for (const SpaceShortage& shortage : found)
         tell(m_job, { Diagnostic::Severity::Warning, shortage.folder, 0, shortageText(shortage) });
+    const QStringList sources = sourcesLosingProfile(plan, m_settings, m_options.choices,
+                                                     [this] { return m_job.isCombining(); });
+    if (!sources.isEmpty())
+        tell(m_job,
+             { Diagnostic::Severity::Warning, m_names.folder(plan.first()), 0,
+               profileLossText(sources, m_settings) });
 }
 
 void ConversionRun::convertOutput(const OutputFile& output, qsizetype index)

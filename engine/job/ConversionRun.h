@@ -50,7 +50,7 @@ private:
         std::optional<FileIdentity> identity; ///< of the file that `document` reads
     };
 
-    void tellShortages(const QList<OutputFile>& plan);
+    void tellForesights(const QList<OutputFile>& plan);
     void convertOutput(const OutputFile& output, qsizetype index);
     void convertItem(const OutputFile& output, PlanPlace place, LogFiles& record);
     void convertDocument(const Source& source, const FileItem& item);

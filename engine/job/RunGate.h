@@ -23,6 +23,13 @@ public:
     void endAfterSource() { m_endsAfterSource = true; }
     bool endsAfterSource() const { return m_endsAfterSource; }
 
+    /// As at first. While nobody waits.
+    void reset()
+    {
+        setPaused(false);
+        m_endsAfterSource = false;
+    }
+
     /// Returns when the run is not paused, or is no longer `isRunning`, which is asked again after
     /// each `wake`.
     void wait(const std::function<bool()>& isRunning)

@@ -50,6 +50,9 @@ QString SourceFindings::lossOfPages(int pages, const QString& path) const
     if (m_changesPixels)
         return u"the file is kept as it is, since its pixels would be lost to the changed ones; "
                "an output folder may help"_s;
+    if (m_document.treatment().stripsMetadata)
+        return u"the file is kept as it is, since what its pages say of themselves would be lost; "
+               "an output folder may help"_s;
     if (!m_doubt.isNull())
         return u"the file is kept as it is, since not all of its pixels are sure: "_s + m_doubt;
     if (!m_leftOutTags.isEmpty())

@@ -3,6 +3,7 @@
 #include "engine/options/NamePattern.h"
 #include "engine/options/PageChoice.h"
 #include "engine/settings/Settings.h"
+#include "engine/support/Paths.h"
 
 #include <algorithm>
 
@@ -119,15 +120,24 @@ namespace {
             { u"split"_s, u""_s, u"TIFF: one file a page instead of one a source"_s, u""_s,
               [](Options& options, Row row, Text text) { options.isSplit = isOn(row, text); },
               [](const Options& options, Row) { return onOrOff(options.isSplit); } },
-            { u"separator"_s, u"TEXT"_s,
-              u"stands between name and page number, default empty; ':' becomes '-'"_s, u""_s,
+            { u"separator"_s,
+              u"TEXT"_s,
+              u"stands between name and page number, default empty; ':' becomes '-'"_s,
+              u""_s,
               [](Options& options, Row, Text text) {
                   // A slash would turn the base name into a folder.
                   if (text.contains(u'/'))
                       throw OptionError(u"separator '%1' holds a slash"_s.arg(text));
+                  if (!text.isEmpty() && !isPath(text))
+                      throw OptionError(u"separator '%1' is no UTF-8 text"_s.arg(
+                          QString(text).remove(QChar::Null)));
                   options.separator = text;
               },
-              [](const Options& options, Row) { return options.separator; } },
+              [](const Options& options, Row) { return options.separator; },
+              u""_s,
+              {},
+              u""_s,
+              true },
             flag<&RunOptions::mirrorsFolders>(
                 u"mirror"_s,
                 u"repeats the folders of the sources below the output folder: those below a folder "
@@ -158,7 +168,8 @@ namespace {
               [](const Options& options, Row) { return options.run.namePattern; },
               u"Folders and names"_s,
               {},
-              NamePattern::usual() },
+              NamePattern::usual(),
+              true },
             { u"pages"_s,
               u"LIST"_s,
               u"the pages of each source that are converted, from 1 on, such as 1,3-5,-1: 3- is "
@@ -306,6 +317,8 @@ QString idleWith(const ConversionOptions& options, const QString& name)
             : QString();
     if (name == u"bilevel")
         return options.outputType == OutputType::Jpeg ? format : QString();
+    if (name == u"threshold" && options.outputType == OutputType::Jpeg)
+        return format;
     if (name == u"threshold" && options.run.treatment.bilevel != Bilevel::Threshold)
         return format + u" without --bilevel threshold"_s;
     const QString& pattern = options.run.namePattern;

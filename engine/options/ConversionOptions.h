@@ -63,6 +63,7 @@ struct ConversionOptionRow
     /// A pop-up's texts and what it shows for them; empty: the option is typed.
     std::vector<std::pair<QString, QString>> choices {};
     QString placeholder {}; ///< for an empty text
+    bool mayBeEmpty = false; ///< on the command line, too
 
     bool isFlag() const { return value.isEmpty(); }
 };

@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -131,6 +132,8 @@ Preset readPreset(const QString& path)
 {
     const auto refuse
         = [&](const QString& reason) { throw OptionError(u"preset %1: %2"_s.arg(path, reason)); };
+    if (!QFileInfo(path).isFile()) // a named pipe would wait for its writer
+        refuse(u"it is no file"_s);
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         refuse(file.errorString());
@@ -186,6 +189,9 @@ Preset findPreset(const QString& nameOrFile)
     const QList<Preset> saved = savedPresets();
     if (const Preset* own = named(saved, nameOrFile))
         return *own;
+    // One of the user's that is damaged must not give way to another of its name.
+    if (const QString file = fileOf(nameOrFile); QFile::exists(file))
+        return readPreset(file);
     for (const Preset& preset : shippedPresets())
         if (preset.name == nameOrFile || shortName(preset) == nameOrFile)
             return preset;

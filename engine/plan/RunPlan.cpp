@@ -300,6 +300,24 @@ bool RunPlan::hasHazards() const
     return !m_shared.empty() || !m_replaced.empty() || m_makesSource;
 }
 
+QStringList RunPlan::remarks() const
+{
+    QStringList found;
+    const int type = m_settings.outputType();
+    if (m_options.mirrorsFolders && !m_outputs.isEmpty()) {
+        const OutputFile& first = m_outputs.first();
+        QString root = folderPart(first.filename);
+        if (!first.subfolder.isEmpty())
+            root.chop(first.subfolder.size());
+        found.append(u"folders are repeated from %1 on"_s.arg(root));
+    }
+    if (type == static_cast<int>(OutputType::Bmp) || type == static_cast<int>(OutputType::Gif))
+        found.append(
+            u"%1 files hold no texts, dates, XMP, Exif, GPS or IPTC data: what pages have of these "
+            "stays behind"_s.arg(fileExtension(type).mid(1).toUpper()));
+    return found;
+}
+
 QStringList RunPlan::folderFaults() const
 {
     const QString top = m_settings.outputFolderPath();

@@ -75,6 +75,9 @@ public:
     /// target, a replaced source, or a source that is still missing and that it makes.
     bool hasHazards() const;
 
+    /// What is to be known of the run though nothing is wrong with it, a clause each.
+    QStringList remarks() const;
+
     /// What is wrong with folders that outputs go to, a clause each: they are missing, cannot be
     /// written or, below an output folder, cannot be made or lead out of it.
     QStringList folderFaults() const;

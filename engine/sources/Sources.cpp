@@ -67,7 +67,8 @@ namespace {
 
         bool m_isRecursive;
         CollectedSources m_found;
-        QSet<FileKey> m_taken;
+        QHash<FileKey, QString> m_taken; ///< with the choice of its pages
+        QString m_pageChoice; ///< of the path in hand
         QHash<QString, std::optional<FileIdentity>> m_folders;
     };
 
@@ -104,12 +105,16 @@ namespace {
         // Qt shows the working folder, and what a link leads to, as text even where it is none.
         if (identityOf(path) != identityOf(shown))
             return report(shown, u"the name of its folder is no UTF-8 text"_s);
-        const qsizetype before = m_taken.size();
-        m_taken.insert(key(path));
-        if (m_taken.size() == before)
+        const FileKey file = key(path);
+        const auto taken = m_taken.constFind(file);
+        if (taken == m_taken.cend()) {
+            m_taken.insert(file, m_pageChoice);
+            m_found.files.append({ path, shown, foundIn, m_pageChoice });
+        } else if (*taken == m_pageChoice) {
             m_found.duplicates.append(shown);
-        else
-            m_found.files.append({ path, shown, foundIn });
+        } else {
+            report(shown, u"named twice with different pages; those named first are converted"_s);
+        }
     }
 
     /// One file by two ways through its folders is the same; a link to a file is a file of its own.
@@ -156,11 +161,9 @@ namespace {
                 addPath(path);
                 continue;
             }
-            const QString pages = takePageChoice(path);
-            const qsizetype before = m_found.files.size();
+            m_pageChoice = takePageChoice(path);
             addPath(path);
-            for (qsizetype i = before; i < m_found.files.size(); ++i)
-                m_found.files[i].pageChoice = pages;
+            m_pageChoice.clear();
         }
     }
 

@@ -167,6 +167,15 @@ bool LoadControl::append(const std::shared_ptr<FileItem>& item)
     return m_parts.model.append(item);
 }
 
+void LoadControl::choosePages(const QHash<QUrl, QString>& choices)
+{
+    const auto& items = m_parts.files.items();
+    for (int row = 0; row < items.size(); ++row)
+        if (const auto choice = choices.constFind(items.at(row)->filePath());
+            choice != choices.cend())
+            m_parts.model.choosePages({ row }, *choice);
+}
+
 void LoadControl::updateTotalPagesLabel() { m_parts.view.updateTotalPagesLabel(); }
 
 } // namespace pagestack

@@ -38,6 +38,7 @@ private:
     bool isProcessing() const override;
     bool contains(const QUrl& url) const override { return m_parts.files.contains(url); }
     bool append(const std::shared_ptr<FileItem>& item) override;
+    void choosePages(const QHash<QUrl, QString>& choices) override;
     void updateTotalPagesLabel() override;
     void ImportFilesWindowControllerDidFinish(ImportFilesWindowController& dialog) override;
 

@@ -5,6 +5,8 @@
 
 #include <QDir>
 
+#include <algorithm>
+
 namespace pagestack {
 
 namespace {
@@ -60,6 +62,14 @@ QString planQuestion(const RunPlan& plan, const RunPlan& numbered)
     text += RunControl::tr("With a number, %1 of %2 is written as %3.")
                 .arg(plan.name(example), sourceOf(plan, example.output), numbered.name(example));
     return text.join(u'\n');
+}
+
+bool hasOwnSource(const RunPlan& plan)
+{
+    return std::ranges::any_of(plan.existing(), [&](const PlannedTarget& target) {
+        const OutputFile& output = plan.outputs().at(target.output);
+        return plan.names().path(output, target.page) == output.filename;
+    });
 }
 
 QString existingQuestion(const RunPlan& plan)

@@ -13,6 +13,9 @@ bool isSolvedBy(const RunPlan& numbered);
 /// replace each other or sources: the first of them, and how one is named by the plan `numbered`.
 QString planQuestion(const RunPlan& plan, const RunPlan& numbered);
 
+/// Whether an output would replace its own source.
+bool hasOwnSource(const RunPlan& plan);
+
 /// What to ask about the files at the targets of a `plan`, of which there are some.
 QString existingQuestion(const RunPlan& plan);
 

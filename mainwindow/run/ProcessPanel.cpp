@@ -159,6 +159,7 @@ void ProcessPanel::showTime()
 void ProcessPanel::showEnd()
 {
     m_refresh.stop();
+    m_pause.invalidate();
     showCounts();
     showNames(false);
     const QString taken = m_job->timeTaken();

@@ -136,7 +136,7 @@ void RunControl::beginRun()
 }
 
 /// The outputs are planned by the run's thread, before anything is written.
-void RunControl::startRun(const QList<OutputFile>& outputs)
+void RunControl::startRun(const QList<OutputFile>& outputs, std::optional<ExistingFiles> decided)
 {
     if (m_parts.worker.isBusy() || !m_process)
         return; // something else has begun while the user was asked
@@ -155,9 +155,11 @@ void RunControl::startRun(const QList<OutputFile>& outputs)
     m_parts.ui.loadingIndicator->hide();
     m_parts.view.resetViewForProcess(false);
     const auto known = m_existing.constFind(m_settings.outputFolderPath());
-    const auto existing = known == m_existing.cend() ? std::nullopt : std::optional(*known);
-    m_parts.worker.start([this, job = m_process.get(), existing] {
-        if (isPlanClear(*job, existing))
+    const auto remembered = known == m_existing.cend() ? std::nullopt : std::optional(*known);
+    m_process->gate().reset();
+    m_isRunning = true;
+    m_parts.worker.start([this, job = m_process.get(), decided, remembered] {
+        if (isPlanClear(*job, decided, remembered))
             job->start();
     });
     m_panel->open();
@@ -165,7 +167,8 @@ void RunControl::startRun(const QList<OutputFile>& outputs)
 
 /// On the thread of the run. False when there is something to be asked first, which is left at
 /// `m_question`; a run that is cancelled meanwhile comes to its end as it would later.
-bool RunControl::isPlanClear(Process& job, std::optional<ExistingFiles> existing)
+bool RunControl::isPlanClear(Process& job, std::optional<ExistingFiles> decided,
+                             std::optional<ExistingFiles> remembered)
 {
     bool isClear = true;
     const bool isChecked = guarded(u"Split"_s, [&] {
@@ -175,7 +178,7 @@ bool RunControl::isPlanClear(Process& job, std::optional<ExistingFiles> existing
                            RunPlan::Numbering::None, {}, isWanted);
         if (!isWanted())
             return;
-        auto question = questionOf(plan, job, existing);
+        auto question = questionOf(plan, job, decided, remembered);
         if (!question || !isWanted())
             return;
         callOnMainThread([&] { m_question = std::move(question); });
@@ -188,20 +191,25 @@ bool RunControl::isPlanClear(Process& job, std::optional<ExistingFiles> existing
 
 /// None where the run can begin, with what is decided already.
 std::optional<RunControl::Question> RunControl::questionOf(const RunPlan& plan, Process& job,
-                                                           std::optional<ExistingFiles> existing)
+                                                           std::optional<ExistingFiles> decided,
+                                                           std::optional<ExistingFiles> remembered)
 {
     if (!plan.shared().empty() || !plan.replacedSources().empty())
         return clashQuestion(plan, job);
     if (plan.existing().empty())
         return std::nullopt;
-    if (existing) {
-        apply(*existing, job, m_settings);
+    if (!decided && !hasOwnSource(plan)) // about that nobody was asked before
+        decided = remembered;
+    if (decided) {
+        apply(*decided, job, m_settings);
         return std::nullopt;
     }
     const auto answer = [&](const QString& button, ExistingFiles choice) {
         return Question::Answer { button, [this, choice, outputs = job.outputFiles()] {
-                                     m_existing.insert(m_settings.outputFolderPath(), choice);
-                                     startRun(outputs);
+                                     // Beside the sources lie many folders.
+                                     if (!m_settings.outputFolderPath().isEmpty())
+                                         m_existing.insert(m_settings.outputFolderPath(), choice);
+                                     startRun(outputs, choice);
                                  } };
     };
     return Question { existingQuestion(plan),
@@ -278,27 +286,24 @@ void RunControl::ask()
                          });
 }
 
-bool RunControl::isUnderWay() const
-{
-    return m_parts.worker.isBusy() && m_process && m_process->isCombining();
-}
+bool RunControl::isUnderWay() const { return m_isRunning && m_process && m_process->isCombining(); }
 
-void RunControl::askBeforeItEnds(std::function<void()> end)
+void RunControl::askBeforeItEnds(const std::function<void()>& end)
 {
     askToStop(tr("A conversion is under way. Stop it and quit? Images that are written stay."),
-              tr("Stop and Quit"), std::move(end));
+              tr("Stop and Quit"), end);
 }
 
 /// One question at a time, however often the user closes the window.
-void RunControl::askToStop(const QString& text, const QString& button, std::function<void()> stop)
+void RunControl::askToStop(const QString& text, const QString& button,
+                           const std::function<void()>& stop)
 {
     if (std::exchange(m_isAsking, true))
         return;
     m_parts.services.ask(m_panel.get(), AlertPanel::Style::Critical, text,
-                         { button, tr("Keep Converting") },
-                         [this, stop = std::move(stop)](int answer) {
+                         { button, tr("Keep Converting") }, [this, stop](int answer) {
                              m_isAsking = false;
-                             if (answer == 0 && isUnderWay())
+                             if (answer == 0) // be the run at its end meanwhile
                                  stop();
                          });
 }
@@ -327,6 +332,7 @@ void RunControl::closeProcess()
 
 void RunControl::showEnd()
 {
+    m_isRunning = false;
     m_awake.reset();
     m_parts.model.setProblems(m_panel->problemsByFile());
     m_outcome.finish();
@@ -345,6 +351,7 @@ void RunControl::showFolder()
 
 void RunControl::leaveRun()
 {
+    m_isRunning = false;
     m_awake.reset();
     m_parts.view.resetViewForProcess(true);
     m_parts.view.stopProcess();

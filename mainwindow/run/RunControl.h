@@ -39,7 +39,7 @@ public:
     /// A job runs that nobody has asked to end.
     bool isUnderWay() const;
     /// Asks whether the run is to end with the program, and calls `end` then.
-    void askBeforeItEnds(std::function<void()> end);
+    void askBeforeItEnds(const std::function<void()>& end);
 
     void split();
     void cancelProcess();
@@ -75,14 +75,17 @@ private:
     void refuse(const QString& text);
     void refuseMissingFolder();
     void beginRun();
-    void startRun(const QList<OutputFile>& outputs);
-    bool isPlanClear(Process& job, std::optional<ExistingFiles> existing);
+    void startRun(const QList<OutputFile>& outputs,
+                  std::optional<ExistingFiles> decided = std::nullopt);
+    bool isPlanClear(Process& job, std::optional<ExistingFiles> decided,
+                     std::optional<ExistingFiles> remembered);
     std::optional<Question> questionOf(const RunPlan& plan, Process& job,
-                                       std::optional<ExistingFiles> existing);
+                                       std::optional<ExistingFiles> decided,
+                                       std::optional<ExistingFiles> remembered);
     Question clashQuestion(const RunPlan& plan, const Process& job);
     static void apply(ExistingFiles existing, Process& job, const Settings& settings);
     void ask();
-    void askToStop(const QString& text, const QString& button, std::function<void()> stop);
+    void askToStop(const QString& text, const QString& button, const std::function<void()>& stop);
     void leaveRun();
     void showEnd();
     void showFolder();
@@ -94,6 +97,7 @@ private:
     std::unique_ptr<ProcessPanel> m_panel;
     RunOutcome m_outcome;
     std::unique_ptr<SleepInhibitor> m_awake; ///< during a run
+    bool m_isRunning = false; ///< from the start of the plan to the end of the job
     bool m_isAsking = false; ///< whether the run is to end
     std::optional<Question> m_question; ///< to be asked when the worker has ended
     QHash<QString, ExistingFiles> m_existing; ///< by output folder

@@ -10,7 +10,11 @@ void RunOutcome::follow(Process& job)
     m_donePages.clear();
     m_converted.clear();
     m_failed.clear();
-    m_sources = static_cast<int>(job.outputFiles().size());
+    m_sourcePaths.clear();
+    const QList<OutputFile> outputs = job.outputFiles();
+    m_sources = static_cast<int>(outputs.size());
+    for (const OutputFile& output : outputs)
+        m_sourcePaths.insert(output.filename);
     connect(&job, &Process::pageDone, this,
             [this](const QString& source, int, const QString&, Process::PageOutcome outcome) {
                 if (outcome == Process::PageOutcome::Failed)
@@ -19,7 +23,9 @@ void RunOutcome::follow(Process& job)
                     ++m_donePages[source];
             });
     connect(&job, &Process::diagnosed, this, [this](const Diagnostic& diagnostic) {
-        if (diagnostic.severity == Diagnostic::Severity::Error)
+        // Logs and checksums may have troubles of their own.
+        if (diagnostic.severity == Diagnostic::Severity::Error
+            && m_sourcePaths.contains(diagnostic.sourcePath))
             m_failed.insert(diagnostic.sourcePath);
     });
 }

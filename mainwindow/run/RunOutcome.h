@@ -38,6 +38,7 @@ private:
     QHash<QString, int> m_donePages; ///< by source
     QSet<QString> m_converted;
     QSet<QString> m_failed;
+    QSet<QString> m_sourcePaths;
     int m_sources = 0;
 };
 

@@ -117,7 +117,7 @@ void MoreTab::follow()
     const ConversionOptions all = m_choices->all();
     for (const Field& field : m_fields) {
         show(field, field.row->text(all, *field.row));
-        const bool hasEffect = idleWith(all, field.row->name).isEmpty();
+        const bool hasEffect = m_choices->hasEffect(*field.row);
         field.control->setEnabled(hasEffect);
         if (field.caption != nullptr)
             field.caption->setEnabled(hasEffect);
@@ -127,6 +127,14 @@ void MoreTab::follow()
     } catch (const OptionError& error) {
         setExample(sentence(QString::fromUtf8(error.what())));
     }
+}
+
+void MoreTab::forgetFaults()
+{
+    for (const Field& field : m_fields)
+        if (field.fault != nullptr)
+            field.fault->hide();
+    follow();
 }
 
 void MoreTab::show(const Field& field, const QString& text) const
@@ -139,7 +147,7 @@ void MoreTab::show(const Field& field, const QString& text) const
             popup->addItem(text, text);
         popup->setCurrentIndex(popup->findData(text));
     } else if (auto* line = qobject_cast<QLineEdit*>(field.control);
-               line->text() != text && line != m_typedIn) {
+               line->text() != text && line != m_typedIn && field.fault->isHidden()) {
         line->setText(text);
         field.fault->hide();
     }
@@ -168,7 +176,7 @@ QString MoreTab::commit()
         const auto* line = qobject_cast<QLineEdit*>(field.control);
         if (line == nullptr || !line->isEnabled())
             continue;
-        if (const QString reason = take(field, line->text()); !reason.isEmpty()) {
+        if (QString reason = take(field, line->text()); !reason.isEmpty()) {
             field.control->setFocus();
             return reason;
         }

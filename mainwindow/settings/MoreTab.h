@@ -28,6 +28,9 @@ public:
     /// Shows the choices, and enables those that have an effect.
     void follow();
 
+    /// Shows the choices also where something else is typed that could not be taken.
+    void forgetFaults();
+
     /// Takes over what is typed but not committed yet. Returns what is wrong with the first field
     /// that holds what its option cannot take, which gets the keys; empty: all are well.
     QString commit();

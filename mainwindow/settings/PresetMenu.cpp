@@ -30,10 +30,12 @@ namespace {
 
 } // namespace
 
-PresetMenu::PresetMenu(QPushButton& button, RunChoices& choices, const Services& services)
+PresetMenu::PresetMenu(QPushButton& button, RunChoices& choices, const Services& services,
+                       std::function<QString()> commit)
     : m_button(button)
     , m_choices(choices)
     , m_services(services)
+    , m_commit(std::move(commit))
     , m_menu(*new QMenu(&button))
 {
     button.setMenu(&m_menu);
@@ -42,7 +44,7 @@ PresetMenu::PresetMenu(QPushButton& button, RunChoices& choices, const Services&
 
 void PresetMenu::fill()
 {
-    emit optionsWanted();
+    m_commit();
     m_menu.clear();
     addPresets(shippedPresets());
     m_menu.addSeparator();
@@ -73,6 +75,7 @@ void PresetMenu::addPresets(const QList<Preset>& presets)
         preset.options.run.writesRecord = current.run.writesRecord;
         QAction* action = m_menu.addAction(menuText(preset.name), this, [this, preset] {
             m_choices.setAll(preset.options);
+            emit presetTaken();
             m_services.synchronize(m_button.window());
         });
         action->setCheckable(true);
@@ -80,15 +83,34 @@ void PresetMenu::addPresets(const QList<Preset>& presets)
     }
 }
 
+/// False when the user was told what is wrong with what is typed.
+bool PresetMenu::isCommitted()
+{
+    const QString fault = m_commit();
+    if (!fault.isEmpty())
+        m_services.ask(m_button.window(), AlertPanel::Style::Critical, fault);
+    return fault.isEmpty();
+}
+
+/// Without the habit of keeping a record, which is not of a preset.
+ConversionOptions PresetMenu::current() const
+{
+    ConversionOptions options = m_choices.all();
+    options.run.writesRecord = false;
+    return options;
+}
+
 void PresetMenu::askForName()
 {
+    if (!isCommitted())
+        return;
     auto* dialog = new QInputDialog(m_button.window());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowTitle(tr("Save Preset"));
     dialog->setLabelText(tr("Name:"));
     dialog->setOkButtonText(tr("Save"));
     connect(dialog, &QInputDialog::textValueSelected, this, [this](const QString& text) {
-        const Preset preset { text.trimmed(), m_choices.all() };
+        const Preset preset { text.trimmed(), current() };
         if (!isSaved(preset.name))
             return save(preset);
         m_services.ask(m_button.window(), AlertPanel::Style::Critical,
@@ -127,13 +149,15 @@ void PresetMenu::importFile()
 
 void PresetMenu::exportFile()
 {
+    if (!isCommitted())
+        return;
     m_services.chooser.chooseSaveFile(
         m_button.window(), tr("Export the present options as a preset:"), extension,
         tr("Preset") + u'.' + extension, [this](const QList<QUrl>& urls) {
             if (!urls.isEmpty())
                 tellOfFaults([&] {
                     const QString path = urls.first().toLocalFile();
-                    writePreset({ u""_s, m_choices.all() }, path);
+                    writePreset({ u""_s, current() }, path);
                 });
         });
 }

@@ -11,6 +11,7 @@ class QPushButton;
 namespace pagestack {
 
 class RunChoices;
+struct ConversionOptions;
 struct Preset;
 struct Services;
 
@@ -22,11 +23,14 @@ class PresetMenu : public QObject
 
 public:
     /// Gives `button` its menu. All outlive it.
-    PresetMenu(QPushButton& button, RunChoices& choices, const Services& services);
+    /// `commit` takes over what is typed in the pane, and returns what is wrong with it; empty:
+    /// nothing.
+    PresetMenu(QPushButton& button, RunChoices& choices, const Services& services,
+               std::function<QString()> commit);
 
 signals:
-    /// What is typed in the pane is to be taken over first: the options are about to be saved.
-    void optionsWanted();
+    /// A preset was taken over, whatever was typed.
+    void presetTaken();
 
 private:
     void fill();
@@ -35,11 +39,14 @@ private:
     void save(const Preset& preset);
     void importFile();
     void exportFile();
+    bool isCommitted();
+    ConversionOptions current() const;
     bool tellOfFaults(const std::function<void()>& work);
 
     QPushButton& m_button;
     RunChoices& m_choices;
     const Services& m_services;
+    const std::function<QString()> m_commit;
     QMenu& m_menu;
 };
 

@@ -1,5 +1,6 @@
 #include "mainwindow/settings/RunChoices.h"
 
+#include "engine/settings/Settings.h"
 #include "engine/settings/UserDefaults.h"
 #include "engine/support/SystemLog.h"
 
@@ -34,6 +35,12 @@ RunChoices::RunChoices(Settings& settings, UserDefaults& store)
 }
 
 ConversionOptions RunChoices::all() const { return conversionOptions(m_settings, m_options); }
+
+bool RunChoices::hasEffect(const ConversionOptionRow& row) const
+{
+    const bool hasFolder = !m_settings.outputFolderPath().isEmpty();
+    return idleWith(all(), row.name).isEmpty() && (hasFolder || row.name != u"mirror");
+}
 
 void RunChoices::setAll(const ConversionOptions& options)
 {

@@ -24,6 +24,8 @@ public:
     ConversionOptions all() const;
     void setAll(const ConversionOptions& options);
 
+    /// As the settings are.
+    bool hasEffect(const ConversionOptionRow& row) const;
     QString text(const ConversionOptionRow& row) const { return row.text(all(), row); }
     /// Throws OptionError.
     void setText(const ConversionOptionRow& row, const QString& text);

@@ -47,8 +47,11 @@ void SettingsPane::bind(Settings& settings, const Services& services)
     m_settings = &settings;
     m_services = &services;
     m_choices = std::make_unique<RunChoices>(settings, services.defaults);
-    m_presets = std::make_unique<PresetMenu>(*m_ui->presetsBtn, *m_choices, services);
-    connect(m_presets.get(), &PresetMenu::optionsWanted, this, &SettingsPane::commitFields);
+    m_presets = std::make_unique<PresetMenu>(*m_ui->presetsBtn, *m_choices, services, [this] {
+        commitFields();
+        return commitChoices();
+    });
+    connect(m_presets.get(), &PresetMenu::presetTaken, m_ui->moreTab, &MoreTab::forgetFaults);
     m_ui->moreTab->bind(*m_choices);
     const auto bindPopup = [&](QComboBox* popup, auto get, auto set, auto changed) {
         bindControl(popup, &QComboBox::setCurrentIndex, &QComboBox::activated, settings, get, set,
@@ -80,6 +83,7 @@ void SettingsPane::bind(Settings& settings, const Services& services)
     connect(&settings, &Settings::separatorChanged, m_ui->fileNameSeparatorText,
             &QLineEdit::setText);
     connect(&settings, &Settings::separatorChanged, m_ui->moreTab, &MoreTab::follow);
+    connect(&settings, &Settings::outputFolderPathChanged, m_ui->moreTab, &MoreTab::follow);
     connect(&settings, &Settings::outputFolderPathChanged, m_ui->outputFolderPath,
             &QLineEdit::setText);
     for (QLineEdit* field : { m_ui->fileNameSeparatorText, m_ui->outputFolderPath }) {
@@ -96,6 +100,7 @@ void SettingsPane::setSplitOptions()
 {
     const auto type = static_cast<OutputType>(m_settings->outputType());
     const bool isTiff = type == OutputType::Tiff;
+    m_ui->formatNote->setVisible(type == OutputType::Bmp || type == OutputType::Gif);
     m_ui->jpegQualitySlider->setEnabled(type == OutputType::Jpeg);
     m_ui->splitTiffCheckbox->setEnabled(isTiff);
     m_ui->tiffCompressionPopup->setEnabled(isTiff);
@@ -126,7 +131,7 @@ void SettingsPane::commitFields()
 
 QString SettingsPane::commitChoices()
 {
-    const QString fault = m_ui->moreTab->commit();
+    QString fault = m_ui->moreTab->commit();
     if (!fault.isEmpty())
         m_ui->settingTabView->setCurrentWidget(m_ui->moreTab);
     return fault;

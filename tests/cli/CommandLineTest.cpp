@@ -125,7 +125,10 @@ private slots:
             --name .{sep} a            | name '.{sep}' would be empty, '.' or '..'; *
             --name {page} -f tiff a    | name '{page}' would be empty, '.' or '..'; *
             --pages 1,0 a              | pages '1,0' has '0', which is none of 3, 3-5, 3- and -1 *
-            --split=yes a              | option --split takes no value
+            --split=yes a              | split 'yes' is none of false*
+            --quiet=yes a              | option --quiet takes no value
+            --preset Web --srgb=false a              | quality=8 sources=a
+            --threshold= -f png a      | the value of option --threshold is empty
             -qv a                      | options -q and -v exclude each other
             -f png                     | no SOURCE is given
             --separator a/b a          | separator 'a/b' holds a slash

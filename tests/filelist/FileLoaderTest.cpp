@@ -36,6 +36,7 @@ public:
             onAppend();
         return model.append(item);
     }
+    void choosePages(const QHash<QUrl, QString>& choices) override { chosen.insert(choices); }
     void updateTotalPagesLabel() override { totals.append(files.totalPages()); }
 
     FileList files;
@@ -45,6 +46,7 @@ public:
     mutable int lookUps = 0;
     int appends = 0;
     QList<qint64> totals;
+    QHash<QUrl, QString> chosen;
     std::function<void()> onAppend;
 };
 

@@ -88,18 +88,15 @@ namespace {
     QString removeLargest(PageMetadata& page)
     {
         std::vector<MetadataEntry>* in = nullptr;
-        std::vector<MetadataEntry>::iterator largest;
-        for (auto* entries : { &page.tags, &page.exif, &page.interoperability, &page.gps }) {
-            const auto place = std::ranges::max_element(
-                *entries, {}, [](const MetadataEntry& entry) { return entry.bytes.size(); });
-            if (place != entries->end()
-                && (in == nullptr || place->bytes.size() > largest->bytes.size())) {
-                in = entries;
-                largest = place;
-            }
-        }
-        const unsigned tag = largest->tag;
-        in->erase(largest);
+        std::size_t largest = 0;
+        for (auto* entries : { &page.tags, &page.exif, &page.interoperability, &page.gps })
+            for (std::size_t i = 0; i < entries->size(); ++i)
+                if (in == nullptr || entries->at(i).bytes.size() > in->at(largest).bytes.size()) {
+                    in = entries;
+                    largest = i;
+                }
+        const unsigned tag = in->at(largest).tag;
+        in->erase(in->begin() + static_cast<std::ptrdiff_t>(largest));
         if (in == &page.tags)
             return metadataTag(tag) != nullptr ? metadataTag(tag)->name : u"tag %1"_s.arg(tag);
         if (in == &page.exif && tag == EXIFTAG_MAKERNOTE)

@@ -15,8 +15,9 @@ namespace {
     constexpr unsigned resolutionBlock = 0x03ED;
     constexpr unsigned iptcBlock = 0x0404;
     constexpr unsigned xmpBlock = 0x0424;
-    /// Thumbnails, profile and Exif data.
-    constexpr std::array<unsigned, 5> repeatedBlocks { 0x0409, 0x040C, 0x040F, 0x0422, 0x0423 };
+    /// Thumbnails and profile.
+    constexpr std::array<unsigned, 3> repeatedBlocks { 0x0409, 0x040C, 0x040F };
+    constexpr std::array<unsigned, 2> exifBlocks { 0x0422, 0x0423 };
 
     struct ResourceBlock
     {
@@ -58,7 +59,8 @@ namespace {
     bool isResourceWanted(const ResourceBlock& block, const PageMetadata& page)
     {
         if ((block.id == iptcBlock && !page.iptc.isEmpty())
-            || (block.id == xmpBlock && !page.xmp.isEmpty()))
+            || (block.id == xmpBlock && !page.xmp.isEmpty())
+            || (!page.exif.empty() && std::ranges::find(exifBlocks, block.id) != exifBlocks.end()))
             return false;
         // It repeats the density, which may have been rounded or turned, and its units on screen.
         return block.id != resolutionBlock

@@ -40,8 +40,8 @@ namespace {
     bool isMovableNote(const QByteArray& note)
     {
         static const std::array starts {
-            "Nikon\0\2"_ba,   "OLYMPUS\0"_ba, "OM SYSTEM\0"_ba, "FUJIFILM"_ba,
-            "Apple iOS\0"_ba, "PENTAX \0"_ba, "Ricoh"_ba,
+            "Nikon\0\2"_ba, "OLYMPUS\0"_ba,   "OM SYSTEM\0"_ba,
+            "FUJIFILM"_ba,  "Apple iOS\0"_ba, "PENTAX \0"_ba,
         };
         return std::ranges::any_of(starts,
                                    [&](const QByteArray& start) { return note.startsWith(start); });

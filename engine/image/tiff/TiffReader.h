@@ -26,6 +26,9 @@ public:
     /// Takes over what another reader of the file said of page `index`.
     void adopt(int index, const PageDiagnostics& found);
 
+    /// Nobody asks this reader what it has to say of the chain of pages.
+    void leaveChainUnsaid() { m_hasWalked = true; }
+
     /// Makes page `index` (from 0) the current one, for reading its tags. Throws std::runtime_error
     /// when its directory cannot be read, or announces more tag values than should be held.
     tiff* load(int index);

@@ -132,8 +132,9 @@ namespace {
     /// A page of the same file with a reader of its own.
     TiffPage apart(const TiffPage& page)
     {
-        return TiffPage(std::make_shared<TiffReader>(page.reader().sharedDocument()), page.index(),
-                        page.treatment());
+        auto reader = std::make_shared<TiffReader>(page.reader().sharedDocument());
+        reader->leaveChainUnsaid();
+        return TiffPage(std::move(reader), page.index(), page.treatment());
     }
 
     bool haveSameCoding(const TiffPage& one, const TiffPage& other)

@@ -65,7 +65,7 @@ namespace {
 
     bool isUtf8(const QByteArray& text)
     {
-        QStringDecoder decoder(QStringDecoder::Utf8);
+        QStringDecoder decoder(QStringDecoder::Utf8, QStringConverter::Flag::Stateless);
         const QString decoded = decoder(text);
         return !decoder.hasError() && !decoded.isNull();
     }
@@ -74,8 +74,8 @@ namespace {
     /// is no date stays as it is.
     QByteArray dateText(const QByteArray& text)
     {
-        const QDateTime date
-            = QDateTime::fromString(QString::fromLatin1(text), u"yyyy:MM:dd HH:mm:ss"_s);
+        QDateTime date
+            = QDateTime::fromString(QString::fromLatin1(text) + u'Z', u"yyyy:MM:dd HH:mm:sst"_s);
         return date.isValid()
             ? QLocale::c().toString(date, u"ddd, dd MMM yyyy HH:mm:ss"_s).toLatin1()
             : text;
