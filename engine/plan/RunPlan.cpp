@@ -309,7 +309,7 @@ QStringList RunPlan::remarks() const
         QString root = folderPart(first.filename);
         if (!first.subfolder.isEmpty())
             root.chop(first.subfolder.size());
-        found.append(u"folders are repeated from %1 on"_s.arg(root));
+        found.append(u"folders are repeated from this one on: %1"_s.arg(root));
     }
     if (type == static_cast<int>(OutputType::Bmp) || type == static_cast<int>(OutputType::Gif))
         found.append(

@@ -107,7 +107,7 @@ in/a1.jpg/b.tif:W in/a.tif:W | -r in -o out --mirror --on-exists number \
     | ! out/a1.jpg/b1.jpg is wanted by in/a.tif and by in/a1.jpg/b.tif / ! nothing was * / 4
 in/x/a.tif:W in/x/y/b.tif:W | - -v -o out --mirror < in/x/a.tif in/x/y/b.tif | out/a1.jpg \
     / in/x/a.tif: 1 page written / out/y/b1.jpg / in/x/y/b.tif: 1 page written \
-    / All files converted successfully. / 2 pages of 2 sources written / ! folders are repeated from * on \
+    / All files converted successfully. / 2 pages of 2 sources written / ! folders are repeated from this one on: * \
     / 0 LOG out/ out/a1.jpg out/y/ out/y/b1.jpg
 a.tif:WW b.tif:W | -q a.tif b.tif --name X{n:4} | 0 X0001.jpg X0002.jpg X0003.jpg LOG
 a.tif:WW | a.tif --name {stem} | ! a.jpg is wanted by several pages of a.tif; * / ! nothing * / 4
