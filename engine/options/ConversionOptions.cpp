@@ -305,7 +305,7 @@ const ConversionOptionRow* conversionOption(const QString& name)
 QString idleWith(const ConversionOptions& options, const QString& name)
 {
     const bool isTiff = options.outputType == OutputType::Tiff;
-    const QString format
+    QString format
         = u"the format "_s + formatNames().split(u'|').at(static_cast<int>(options.outputType));
     if (name == u"quality")
         return options.outputType == OutputType::Jpeg ? QString() : format;
