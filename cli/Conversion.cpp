@@ -226,10 +226,7 @@ namespace {
         job.setKeepsExisting(m_options.onExists != OnExists::Overwrite);
         job.setTotalFileSelected(static_cast<int>(m_outputs.size()));
         if (m_options.onExists == OnExists::Skip)
-            job.setTargetFilter([](const QString& path) {
-                const QFileInfo info(path);
-                return !info.exists() && !info.isSymLink();
-            });
+            job.setTargetFilter(Process::isFreeTarget);
         QObject::connect(&*m_signals, &Signals::interrupted, &job, &Process::stop);
         job.setIsCombining(Signals::received() == 0);
 

@@ -10,6 +10,7 @@
 #include "engine/threads/MainThread.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QScopeGuard>
 
 #include <exception>
@@ -80,6 +81,12 @@ void Process::convertOutputs()
         m_failure = QString::fromUtf8(error.what());
         systemLog(u"Error in (Process=>start) : "_s + m_failure);
     }
+}
+
+bool Process::isFreeTarget(const QString& outputPath)
+{
+    const QFileInfo info(outputPath);
+    return !info.exists() && !info.isSymLink();
 }
 
 void Process::stop()

@@ -125,6 +125,9 @@ public:
     /// well, so it must change nothing. To be set before the start.
     void setTargetFilter(TargetFilter filter) { m_options.targetFilter = std::move(filter); }
 
+    /// A target filter: false where there is something, be it a link that leads nowhere.
+    static bool isFreeTarget(const QString& outputPath);
+
     /// A file that is at a target when its output is put there is kept, and the output is a
     /// failure, or, should the target filter refuse the target by then, skipped. False, as at
     /// first: it is replaced. To be set before the start.

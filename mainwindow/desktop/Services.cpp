@@ -15,6 +15,11 @@ void Services::ask(QWidget* window, AlertPanel::Style style, const QString& text
     alerts.ask(window, style, getAppTitle(u""_s), text, buttons, std::move(done));
 }
 
+void Services::tell(QWidget* window, const QString& reason) const
+{
+    ask(window, AlertPanel::Style::Critical, reason.left(1).toUpper() + reason.mid(1));
+}
+
 void Services::tellTroubles(QWidget* window) const
 {
     const QStringList troubles = defaults.takeTroubles();

@@ -23,6 +23,8 @@ struct Services
     /// AlertPanel::ask under the title of the application.
     void ask(QWidget* window, AlertPanel::Style style, const QString& text,
              const QStringList& buttons = {}, AlertPanel::Done done = {}) const;
+    /// The same with a reason, which is a clause.
+    void tell(QWidget* window, const QString& reason) const;
     /// Shows what went wrong with the file of the settings since the last call, if anything.
     void tellTroubles(QWidget* window) const;
     /// Writes the settings that have changed to their file, and shows what went wrong.

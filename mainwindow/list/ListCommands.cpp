@@ -42,10 +42,8 @@ ListCommands::ListCommands(const WindowParts& parts, ListEditor& editor)
     });
     connect(&parts.model, &FileTableModel::checkMarksChanged, &parts.view,
             &ViewState::updateTotalLabel);
-    connect(&parts.model, &FileTableModel::pageChoiceRefused, this, [this](const QString& reason) {
-        m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical,
-                             reason.left(1).toUpper() + reason.mid(1));
-    });
+    connect(&parts.model, &FileTableModel::pageChoiceRefused, this,
+            [this](const QString& reason) { m_parts.services.tell(&m_parts.window, reason); });
     connect(&editor, &ListEditor::stepped, this, &ListCommands::showStep);
     connect(&editor, &ListEditor::sorted, table, &CustomTableView::setSortOrders);
 }

@@ -254,10 +254,7 @@ void RunControl::apply(ExistingFiles existing, Process& job, const Settings& set
                                .outputs());
         break;
     case ExistingFiles::Skipped:
-        job.setTargetFilter([](const QString& path) {
-            const QFileInfo info(path);
-            return !info.exists() && !info.isSymLink();
-        });
+        job.setTargetFilter(Process::isFreeTarget);
         break;
     case ExistingFiles::Replaced:
         job.setKeepsExisting(false);

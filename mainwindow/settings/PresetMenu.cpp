@@ -169,9 +169,7 @@ bool PresetMenu::tellOfFaults(const std::function<void()>& work)
         work();
         return true;
     } catch (const std::exception& error) {
-        const QString reason = QString::fromUtf8(error.what());
-        m_services.ask(m_button.window(), AlertPanel::Style::Critical,
-                       reason.left(1).toUpper() + reason.mid(1));
+        m_services.tell(m_button.window(), QString::fromUtf8(error.what()));
         return false;
     }
 }
