@@ -122,6 +122,7 @@ public:
             tenthsMs.append(sinceStart.elapsed());
         return m_model.append(item);
     }
+    void choosePages(const QHash<QUrl, QString>&) override { }
     void updateTotalPagesLabel() override
     {
         m_total.setText(u"Total Pages TIFF : %1"_s.arg(m_files.totalPages()));
