@@ -86,7 +86,7 @@ void CustomTableView::setDefaultWidths()
     setColumnWidth(FileTableModel::IsSelected, checkBox);
     const int digit = fontMetrics().horizontalAdvance(u'0');
     int column = FileTableModel::Name;
-    for (const int digits : { 28, 8, 16, 10, 7, 22, 22, 22, 40 }) // up to Location
+    for (const int digits : { 24, 14, 8, 17, 10, 7, 34, 22, 22, 22 })
         setColumnWidth(column++, digits * digit);
 }
 

@@ -65,11 +65,36 @@ void FileItem::setFilePath(const QUrl& url)
 {
     m_filePath = url;
     m_path = withoutEndingSlash(url.toLocalFile()).toString();
-    if (const std::optional<qint64> bytes = allocatedSize(url.toLocalFile()))
+    const std::optional<qint64> bytes = allocatedSize(url.toLocalFile());
+    if (bytes)
         m_size = saturated(*bytes);
     const CountedPages counted = countPages(url, u""_s);
     m_pages = saturated(counted.count);
-    m_reducedPages = counted.reduced;
+    const bool hasChoice = m_rare && !m_rare->pageChoice.isEmpty();
+    if (!hasChoice && counted.reduced.isEmpty() && counted.fault.isEmpty()) {
+        m_rare.reset();
+        return;
+    }
+    if (!m_rare)
+        m_rare = std::make_unique<Rare>();
+    m_rare->reducedPages = counted.reduced;
+    m_rare->fault = counted.fault;
+    m_rare->isMissing = m_pages == 0 && !bytes;
+}
+
+const FileItem::Rare& FileItem::rare() const
+{
+    static const Rare asByDefault;
+    return m_rare ? *m_rare : asByDefault;
+}
+
+void FileItem::setPageChoice(const QString& choice)
+{
+    if (!m_rare && choice.isEmpty())
+        return;
+    if (!m_rare)
+        m_rare = std::make_unique<Rare>();
+    m_rare->pageChoice = choice;
 }
 
 QString FileItem::name() const { return lastPathComponent(m_path); }

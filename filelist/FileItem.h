@@ -28,7 +28,8 @@ public:
     /// another file.
     static bool hasTextPath(const QUrl& url);
 
-    QUrl filePath() const { return m_filePath; }
+    const QUrl& filePath() const { return m_filePath; }
+    const QString& path() const { return m_path; } ///< of filePath(), without a slash at the end
     /// Takes size and page count anew; reads the file's directories. The size stays as it was when
     /// the file cannot be looked up.
     void setFilePath(const QUrl& url);
@@ -43,11 +44,14 @@ public:
 
     int pages() const { return m_pages; } ///< 0 when they could not be counted
     /// Those that are thumbnails or masks of others, counted from 1, ascending.
-    const QList<int>& reducedPages() const { return m_reducedPages; }
+    const QList<int>& reducedPages() const { return rare().reducedPages; }
+    /// Why there are no pages, or why some may be missing; empty when all is well.
+    const QString& fault() const { return rare().fault; }
+    bool isMissing() const { return rare().isMissing; } ///< nothing was at the path
 
     /// The pages that are to be converted, as PageChoice reads it; empty: as the run says.
-    QString pageChoice() const { return m_pageChoice; }
-    void setPageChoice(const QString& choice) { m_pageChoice = choice; }
+    QString pageChoice() const { return rare().pageChoice; }
+    void setPageChoice(const QString& choice);
 
     int size() const { return m_size; } ///< bytes allocated on disk, INT_MAX for all above it
 
@@ -76,14 +80,23 @@ public:
     static QString columnText(const QDateTime& date);
 
 private:
+    /// What few files of a list have.
+    struct Rare
+    {
+        QString pageChoice { QLatin1String("") };
+        QList<int> reducedPages;
+        QString fault;
+        bool isMissing = false;
+    };
+
     explicit FileItem(const QUrl& url);
+    const Rare& rare() const;
 
     bool m_isSelected = true;
     QUrl m_filePath;
     QString m_path; ///< of `m_filePath`, whose decoding would be most of the work of a sort
     QString m_foundIn;
-    QString m_pageChoice { QLatin1String("") };
-    QList<int> m_reducedPages;
+    std::unique_ptr<Rare> m_rare; ///< null: as by default
     int m_pages = 0;
     int m_size = 0;
 };

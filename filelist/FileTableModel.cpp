@@ -27,18 +27,19 @@ namespace {
     constexpr std::array<ColumnFacts, FileTableModel::ColumnCount> columns { {
         { u"isselected", u"isSelected", "" },
         { u"name", u"name", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Name") },
+        { u"status", u"status", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Status") },
         { u"pages", u"pages", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Pages") },
         { u"pagesToConvert", u"pageChoice",
           QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Pages to convert") },
         { u"sizeInKB", u"size", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Size") },
         { u"type", u"type", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Type") },
+        { u"location", u"location", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Location") },
         { u"dateModified", u"dateModified",
           QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Modified"), &FileDates::modified },
         { u"dateCreated", u"dateCreated", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Created"),
           &FileDates::created },
         { u"dateAccessed", u"dateAccessed",
           QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Accessed"), &FileDates::accessed },
-        { u"location", u"location", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Location") },
     } };
 
     const ColumnFacts* factsOf(int column)
@@ -106,11 +107,17 @@ FileTableModel::FileTableModel(FileList& files, const ReadDates& readDates)
     : m_files(files)
     , m_shownDates(readDates)
 {
-    connect(&m_shownDates, &ShownDates::changed, this, [this] {
-        if (m_files.count() > 0) // the file may have left the list
-            emit dataChanged(index(0, DateModified), index(m_files.count() - 1, DateAccessed),
-                             { Qt::DisplayRole });
+    connect(&m_shownDates, &ShownDates::changed, this,
+            [this] { announceColumns(DateModified, DateAccessed, { Qt::DisplayRole }); });
+    connect(&m_statuses, &RowStatuses::changed, this, [this] {
+        announceColumns(Status, Status, { Qt::DisplayRole, Qt::DecorationRole, Qt::ToolTipRole });
     });
+}
+
+void FileTableModel::announceColumns(Column first, Column last, const QList<int>& roles)
+{
+    if (m_files.count() > 0) // the files may have left the list
+        emit dataChanged(index(0, first), index(m_files.count() - 1, last), roles);
 }
 
 QString FileTableModel::identifier(int column)
@@ -248,7 +255,9 @@ bool FileTableModel::takePageChoice(int row, const QString& text)
 
 void FileTableModel::sort(int column, Qt::SortOrder order)
 {
-    reorder(sortedRows(m_files.items(), { sortOrder(column, order) }));
+    SortReading reading;
+    reading.stateOf = m_statuses.states();
+    reorder(sortedRows(m_files.items(), { sortOrder(column, order) }, reading));
 }
 
 void FileTableModel::reorder(const QList<int>& rows)
@@ -285,23 +294,38 @@ QVariant FileTableModel::data(const QModelIndex& index, int role) const
         return {};
     const FileItem& item = *m_files.at(index.row());
     if (role == Qt::ToolTipRole)
-        return toolTip(item);
+        return toolTip(index);
     if (index.column() == IsSelected)
         return checkMarkData(item, role);
     if (role == Qt::DisplayRole || (role == Qt::EditRole && index.column() == PagesToConvert))
         return shownText(index);
+    if (role == Qt::DecorationRole && index.column() == Status)
+        return statusIcon(item);
     if (role == Qt::TextAlignmentRole && index.column() == Size)
         return (Qt::AlignRight | Qt::AlignVCenter).toInt();
     return {};
 }
 
-QString FileTableModel::toolTip(const FileItem& item) const
+/// The path, and what is to be said of the status; that alone in the column of the status.
+QString FileTableModel::toolTip(const QModelIndex& index) const
 {
-    const QString path = item.filePath().toLocalFile();
-    QString text = item.pages() > 0 ? path : path + u'\n' + tr("No page of this file can be read.");
-    if (const QString problems = m_problems.value(path); !problems.isEmpty())
-        text += u'\n' + problems;
+    const FileItem& item = *m_files.at(index.row());
+    const RowStatus known = status(index.row());
+    QStringList lines { item.filePath().toLocalFile() };
+    if (index.column() == Status)
+        lines = { known.text() };
+    else if (item.pages() == 0)
+        lines.append(tr("No page of this file can be read."));
+    lines.append(known.reason);
+    lines.removeAll(QString());
+    const QString text = lines.join(u'\n');
     return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+}
+
+QVariant FileTableModel::statusIcon(const FileItem& item) const
+{
+    const RowStatus::State state = m_statuses.of(item).state;
+    return m_statusIcons && state != RowStatus::State::None ? m_statusIcons(state) : QVariant();
 }
 
 QVariant FileTableModel::shownText(const QModelIndex& index) const
@@ -309,6 +333,8 @@ QVariant FileTableModel::shownText(const QModelIndex& index) const
     const FileList::Item& item = m_files.at(index.row());
     if (QDateTime FileDates::*const date = factsOf(index.column())->date)
         return FileItem::columnText(m_shownDates.of(item).*date);
+    if (index.column() == Status)
+        return m_statuses.of(*item).text();
     return item->displayField(identifier(index.column()));
 }
 

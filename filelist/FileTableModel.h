@@ -1,11 +1,15 @@
 #pragma once
 
 #include "filelist/FileList.h"
+#include "filelist/RowStatus.h"
 #include "filelist/ShownDates.h"
 #include "filelist/SortOrder.h"
 
 #include <QAbstractTableModel>
 #include <QHash>
+#include <QIcon>
+
+#include <functional>
 
 namespace pagestack {
 
@@ -21,14 +25,15 @@ public:
     enum Column {
         IsSelected,
         Name,
+        Status,
         Pages,
         PagesToConvert,
         Size,
         Type,
+        Location,
         DateModified,
         DateCreated,
         DateAccessed,
-        Location,
         ColumnCount,
     };
 
@@ -40,8 +45,8 @@ public:
 
     explicit FileTableModel(FileList& files, const ReadDates& readDates = &FileItem::dates);
 
-    /// "isselected", "name", "pages", "pagesToConvert", "sizeInKB", "type", "dateModified",
-    /// "dateCreated", "dateAccessed", "location"; empty for no column.
+    /// "isselected", "name", "status", "pages", "pagesToConvert", "sizeInKB", "type", "location",
+    /// "dateModified", "dateCreated", "dateAccessed"; empty for no column.
     static QString identifier(int column);
     /// The order of a column by the property of FileItem that it shows; none for no column (-1).
     static SortOrder sortOrder(int column, Qt::SortOrder order);
@@ -61,8 +66,17 @@ public:
     void insertItems(const QList<FileList::Place>& places);
     void clear();
 
-    /// What the tool tips of the rows say besides the path: `problems` of a file by its path.
-    void setProblems(const QHash<QString, QString>& problems) { m_problems = problems; }
+    /// What the last run has made of the file at `path`. Views follow a moment later.
+    void setStatus(const QString& path, const RowStatus& status) { m_statuses.set(path, status); }
+    /// The same of all files, by path; takes back what was said before.
+    void setStatuses(const QHash<QString, RowStatus>& statuses) { m_statuses.replace(statuses); }
+    RowStatus status(int row) const { return m_statuses.of(*m_files.at(row)); }
+    const RowStatuses& statuses() const { return m_statuses; }
+    /// The picture beside the word; none without.
+    void setStatusIcons(const std::function<QIcon(RowStatus::State state)>& icons)
+    {
+        m_statusIcons = icons;
+    }
 
     int mark(const QList<int>& rows, Mark mark); ///< the number of rows changed
 
@@ -96,15 +110,18 @@ signals:
     void pageChoiceRefused(const QString& reason);
 
 private:
+    void announceColumns(Column first, Column last, const QList<int>& roles);
     QVariant shownText(const QModelIndex& index) const;
     QVariant checkMarkData(const FileItem& item, int role) const;
     void announceMarks(int first, int last);
     bool takePageChoice(int row, const QString& text);
 
-    QString toolTip(const FileItem& item) const;
+    QString toolTip(const QModelIndex& index) const;
+    QVariant statusIcon(const FileItem& item) const;
 
     FileList& m_files;
-    QHash<QString, QString> m_problems;
+    RowStatuses m_statuses;
+    std::function<QIcon(RowStatus::State state)> m_statusIcons;
     mutable ShownDates m_shownDates; ///< looks at files that are asked for
 };
 

@@ -125,13 +125,14 @@ namespace {
 
     // The file system is asked about several files at a time.
     void refineByDate(Ranking& ranking, bool isAscending, QDateTime FileDates::*date,
-                      const DateReading& dates)
+                      const SortReading& reading)
     {
         const Items items = ranking.tiedItems();
         std::vector<qint64> keys(static_cast<std::size_t>(items.size()));
         inParallel(static_cast<int>(items.size()), [&](int, int first, int end) {
-            for (int i = first; i < end && dates.isWanted(); ++i)
-                keys[static_cast<std::size_t>(i)] = milliseconds(dates.read(*items.at(i)).*date);
+            for (int i = first; i < end && reading.isWanted(); ++i)
+                keys[static_cast<std::size_t>(i)]
+                    = milliseconds(reading.readDates(*items.at(i)).*date);
         });
         ranking.refine(keys, isAscending);
     }
@@ -145,11 +146,13 @@ namespace {
         return key == u"dateAccessed"_s ? &FileDates::accessed : nullptr;
     }
 
-    void refineByOrder(Ranking& ranking, const SortOrder& order, const DateReading& dates)
+    void refineByOrder(Ranking& ranking, const SortOrder& order, const SortReading& reading)
     {
         const auto& [key, isAscending] = order;
         if (QDateTime FileDates::*const date = dateNamedBy(key))
-            refineByDate(ranking, isAscending, date, dates);
+            refineByDate(ranking, isAscending, date, reading);
+        else if (key == u"status"_s && reading.stateOf)
+            refineBy(ranking, isAscending, reading.stateOf);
         else if (key == u"isSelected"_s)
             refineBy(ranking, isAscending,
                      [](const FileItem& item) { return static_cast<int>(item.isSelected()); });
@@ -175,12 +178,12 @@ bool needsDates(const SortOrders& orders)
                        [](const SortOrder& order) { return dateNamedBy(order.key) != nullptr; });
 }
 
-QList<int> sortedRows(const Items& items, const SortOrders& orders, const DateReading& dates)
+QList<int> sortedRows(const Items& items, const SortOrders& orders, const SortReading& reading)
 {
     Ranking ranking(items);
     for (const SortOrder& order : orders) {
-        refineByOrder(ranking, order, dates);
-        if (!dates.isWanted())
+        refineByOrder(ranking, order, reading);
+        if (!reading.isWanted())
             return {};
     }
     const QList<int>& rows = ranking.rows();

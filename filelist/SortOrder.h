@@ -1,5 +1,6 @@
 #pragma once
 
+#include "filelist/RowStatus.h"
 #include "filelist/ShownDates.h"
 
 #include <QList>
@@ -10,8 +11,8 @@
 
 namespace pagestack {
 
-/// An order of the list. A `key` that does not name a property of FileItem, the empty one too, is
-/// ignored.
+/// An order of the list. A `key` that is not "status" and does not name a property of FileItem, the
+/// empty one too, is ignored.
 struct SortOrder
 {
     QString key; ///< "isSelected", "name", "pages", "size", "type", "dateModified", ...
@@ -23,12 +24,13 @@ struct SortOrder
 /// The first order decides, each further one among the files that are equal so far.
 using SortOrders = QList<SortOrder>;
 
-/// How a sort reads the dates of files, which takes long for files on another computer.
-struct DateReading
+/// How a sort learns what the items do not hold.
+struct SortReading
 {
-    ReadDates read = &FileItem::dates;
+    ReadDates readDates = &FileItem::dates; ///< takes long for files on another computer
     /// Asked before each file; false ends the sort without a result. Any thread.
     std::function<bool()> isWanted = [] { return true; };
+    std::function<RowStatus::State(const FileItem& item)> stateOf {}; ///< none: all are alike
 };
 
 /// Whether a sort may have to read dates.
@@ -44,6 +46,6 @@ bool needsDates(const SortOrders& orders);
 /// Any thread, as long as nobody changes the items meanwhile. Sorting by a date asks the file
 /// system about each file, on as many threads as there are processors.
 QList<int> sortedRows(const QList<std::shared_ptr<FileItem>>& items, const SortOrders& orders,
-                      const DateReading& dates = {});
+                      const SortReading& reading = {});
 
 } // namespace pagestack

@@ -51,20 +51,20 @@ std::uint32_t getTiffPageCount(const QUrl& url, const QString& password)
 CountedPages countPages(const QUrl& url, const QString& password)
 {
     if (!url.isLocalFile())
-        return {};
+        return { 0, {}, u"it is no file of this computer"_s };
     const QString path = url.toLocalFile();
     try {
         const OpenTiffFile file(path);
         const std::vector<int>& reduced = file.chain().reduced;
         return { static_cast<std::uint32_t>(file.pageCount()),
-                 QList<int>(reduced.begin(), reduced.end()) };
-    } catch (const std::runtime_error&) {
+                 QList<int>(reduced.begin(), reduced.end()), file.chainFault() };
+    } catch (const std::runtime_error& error) {
         if (QFileInfo(path).suffix().toUpper() != u"PDF"_s)
-            return {};
+            return { 0, {}, QString::fromUtf8(error.what()) };
     }
     const Pdf document = openPdf(path, password);
     if (!document)
-        return {};
+        return { 0, {}, u"it is no PDF document that can be opened"_s };
     return { static_cast<std::uint32_t>(std::max(0, qpdf_get_num_pages(document.get()))) };
 }
 

@@ -18,6 +18,8 @@ struct CountedPages
 {
     std::uint32_t count = 0;
     QList<int> reduced {}; ///< ascending
+    /// Why there are none, or why some may be missing. Empty when all is well.
+    QString fault {};
 };
 CountedPages countPages(const QUrl& url, const QString& password);
 

@@ -10,6 +10,7 @@
 #include "mainwindow/state/ViewState.h"
 #include "mainwindow/state/Worker.h"
 #include "mainwindow/widgets/FileChooser.h"
+#include "mainwindow/widgets/SymbolicIcon.h"
 #include "ui_MainWindow.h"
 
 #include <numeric>
@@ -27,6 +28,31 @@ namespace {
         return rows;
     }
 
+    QIcon statusIcon(RowStatus::State state)
+    {
+        switch (state) {
+        case RowStatus::State::None:
+            break;
+        case RowStatus::State::Missing:
+            return symbolicIcon(u"status-missing"_s);
+        case RowStatus::State::Unreadable:
+            return symbolicIcon(u"status-unreadable"_s);
+        case RowStatus::State::Waiting:
+            return symbolicIcon(u"status-waiting"_s);
+        case RowStatus::State::Converting:
+            return symbolicIcon(u"status-converting"_s);
+        case RowStatus::State::Done:
+            return symbolicIcon(u"status-done"_s);
+        case RowStatus::State::Warning:
+            return symbolicIcon(u"status-warning"_s);
+        case RowStatus::State::Failed:
+            return symbolicIcon(u"status-failed"_s);
+        case RowStatus::State::NotReached:
+            return symbolicIcon(u"status-not-reached"_s);
+        }
+        return {};
+    }
+
 } // namespace
 
 ListCommands::ListCommands(const WindowParts& parts, ListEditor& editor)
@@ -35,6 +61,11 @@ ListCommands::ListCommands(const WindowParts& parts, ListEditor& editor)
     , m_find(parts.ui, parts.files)
 {
     CustomTableView* table = parts.ui.mainTableView;
+    parts.model.setStatusIcons([icons = QHash<RowStatus::State, QIcon>()](auto state) mutable {
+        if (!icons.contains(state)) // each is read once
+            icons.insert(state, statusIcon(state));
+        return icons.value(state);
+    });
     connect(table, &CustomTableView::sortRequested, this, &ListCommands::sortDescriptorsDidChange);
     connect(table, &CustomTableView::invertRequested, this, [this](const QList<int>& rows) {
         m_editor.mark(rows, FileTableModel::Mark::Invert);
@@ -159,9 +190,10 @@ void ListCommands::scrollToRow(int row)
     m_parts.ui.mainTableView->scrollTo(m_parts.model.index(row, FileTableModel::Name));
 }
 
-DateReading ListCommands::dateReading() const
+SortReading ListCommands::sortReading() const
 {
-    return { m_parts.services.readDates, m_parts.worker.untilCancelled() };
+    return { m_parts.services.readDates, m_parts.worker.untilCancelled(),
+             m_parts.model.statuses().states() };
 }
 
 void ListCommands::sortDescriptorsDidChange(const SortOrders& oldOrders)
@@ -174,16 +206,16 @@ void ListCommands::sortDescriptorsDidChange(const SortOrders& oldOrders)
         return;
     }
     if (items.size() < 2 || !needsDates(orders)) {
-        m_editor.sort(sortedRows(items, orders), oldOrders, orders);
+        m_editor.sort(sortedRows(items, orders, sortReading()), oldOrders, orders);
         return;
     }
     // Dates may come from another computer. The window is busy until they are there.
-    m_parts.worker.startBusy([this, table, items, oldOrders, orders, dates = dateReading()] {
+    m_parts.worker.startBusy([this, table, items, oldOrders, orders, reading = sortReading()] {
         bool isDone = false;
         guarded(u"tableView:sortDescriptorsDidChange:"_s, [&] {
-            const QList<int> rows = sortedRows(items, orders, dates);
+            const QList<int> rows = sortedRows(items, orders, reading);
             callOnMainThread([&] {
-                isDone = dates.isWanted();
+                isDone = reading.isWanted();
                 if (isDone)
                     m_editor.sort(rows, oldOrders, orders);
             });
@@ -198,14 +230,15 @@ void ListCommands::sortAsTable()
     CustomTableView* table = m_parts.ui.mainTableView;
     SortOrders orders;
     FileList::Items items;
+    SortReading reading;
     callOnMainThread([&] {
         orders = table->currentSortOrders();
         items = m_parts.files.items();
+        reading = sortReading();
     });
-    const DateReading dates = dateReading();
-    const QList<int> rows = sortedRows(items, orders, dates);
+    const QList<int> rows = sortedRows(items, orders, reading);
     callOnMainThread([&] {
-        if (dates.isWanted())
+        if (reading.isWanted())
             m_parts.model.reorder(rows);
         else if (!m_parts.worker.isTerminating()) // the next start has the same columns
             table->setSortOrders({});

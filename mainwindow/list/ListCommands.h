@@ -63,7 +63,7 @@ private:
     void showStep(const QList<int>& rows);
     void followList();
     void scrollToRow(int row);
-    DateReading dateReading() const;
+    SortReading sortReading() const;
     QList<QUrl> highlightedUrls() const;
 
     const WindowParts m_parts;

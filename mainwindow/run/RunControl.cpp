@@ -331,8 +331,8 @@ void RunControl::showEnd()
 {
     m_isRunning = false;
     m_awake.reset();
-    m_parts.model.setProblems(m_panel->problemsByFile());
     m_outcome.finish();
+    m_parts.model.setStatuses(m_outcome.statuses(m_panel->problemsByFile()));
     m_panel->showOutcome(m_outcome.headline(m_process->totalFileCreated()),
                          !m_outcome.failed().isEmpty() || m_outcome.notReached() > 0);
 }

@@ -45,6 +45,21 @@ void RunOutcome::finish()
     m_job->disconnect(this);
 }
 
+QHash<QString, RowStatus> RunOutcome::statuses(const QHash<QString, QString>& problems) const
+{
+    using State = RowStatus::State;
+    QHash<QString, RowStatus> statuses;
+    for (const QString& path : m_sourcePaths) {
+        RowStatus status { State::NotReached, 0, 0, problems.value(path) };
+        if (m_failed.contains(path))
+            status.state = State::Failed;
+        else if (m_converted.contains(path))
+            status.state = status.reason.isEmpty() ? State::Done : State::Warning;
+        statuses.insert(path, status);
+    }
+    return statuses;
+}
+
 QString RunOutcome::headline(int images) const
 {
     QString text = images == 1 ? tr("1 image written") : tr("%1 images written").arg(images);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/job/Process.h"
+#include "filelist/RowStatus.h"
 
 #include <QHash>
 #include <QObject>
@@ -30,6 +31,8 @@ public:
     {
         return m_sources - static_cast<int>(m_converted.size() + m_failed.size());
     }
+    /// What became of each source, by path, with its `problems`.
+    QHash<QString, RowStatus> statuses(const QHash<QString, QString>& problems) const;
     /// "27 images written, 14 of 24 files failed".
     QString headline(int images) const;
 

@@ -194,8 +194,8 @@ private slots:
         const QMap<QString, FileDates> known { { u"B2.tif"_s, on(1, 3, 2) },
                                                { u"b10.tif"_s, on(2, 1, 3) },
                                                { u"a.TIF"_s, on(3, 2, 1) } };
-        DateReading dates;
-        dates.read = [&](const FileItem& item) { return known.value(item.name()); };
+        SortReading dates;
+        dates.readDates = [&](const FileItem& item) { return known.value(item.name()); };
         for (const bool isAscending : { true, false }) {
             FileList sorted = files;
             if (const auto rows = sortedRows(files.items(), { { key, isAscending } }, dates);
@@ -212,8 +212,8 @@ private slots:
         for (const auto* name : { "/b.tif", "/a.tiff", "/d.tif", "/c.tiff", "/e.tif", "/f.txt" })
             items.append(itemOf(QLatin1String(name)));
         QString asked;
-        DateReading dates;
-        dates.read = [&asked](const FileItem& item) {
+        SortReading dates;
+        dates.readDates = [&asked](const FileItem& item) {
             asked += item.name().first(1);
             FileDates answer;
             answer.modified = QDateTime({ 2020, 1, item.name().at(0).unicode() % 3 + 1 }, {});

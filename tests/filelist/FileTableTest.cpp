@@ -1,6 +1,7 @@
 #include "filelist/CustomTableView.h"
 #include "filelist/FileTableModel.h"
 #include "tests/filelist/TinyTiff.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/Testing.h"
 
 #include <QAbstractItemModelTester>
@@ -53,6 +54,46 @@ private slots:
             QCOMPARE(FileTableModel::columnSortedBy(order.key), column);
             QCOMPARE(needsDates({ order }), FileTableModel::identifier(column).startsWith(u"date"));
         }
+    }
+
+    // A file that gives nothing must not look like one that was just added.
+    void tellsTheStatusOfEachFile()
+    {
+        const TestFolder folder;
+        putBytes(folder.path(u"text.tif"_s), "no picture");
+        makeFile(folder.path(u"empty.tif"_s), 0);
+        putBytes(folder.path(u"ring.tif"_s), rawTiff({}, { { 256, 1 } }, { 0 }));
+        makeFile(folder.path(u"whole.tif"_s), 2);
+        for (const auto* name : { "text.tif", "empty.tif", "ring.tif", "whole.tif" })
+            m_model->append(itemOf(folder.path(QLatin1String(name))));
+        m_model->removeItems({ 1, 2, 3, 4 });
+        const auto shown = [this](int role) {
+            QStringList lines;
+            for (int row = 0; row < m_files.count(); ++row)
+                lines.append(m_model->index(row, FileTableModel::Status).data(role).toString());
+            return lines.join(u'|').replace(u'\n', u':');
+        };
+        QCOMPARE(shown(Qt::DisplayRole), u"Missing|Unreadable|Unreadable|Warning|"_s);
+        QCOMPARE(
+            shown(Qt::ToolTipRole),
+            u"Missing:cannot open the file: No such file or directory|Unreadable:it is no TIFF "
+            "file|Unreadable:the file is empty|Warning:the chain of pages leads back to page 1 "
+            "after page 1|"_s);
+        QSignalSpy changes(m_model.get(), &FileTableModel::dataChanged);
+        const QString whole = folder.path(u"whole.tif"_s);
+        for (int page = 1; page <= 50; ++page)
+            m_model->setStatus(whole, { RowStatus::State::Converting, page, 50 });
+        m_model->setStatus(u"/not/in/the/list.tif"_s, { RowStatus::State::Done });
+        QVERIFY(changes.wait());
+        QCOMPARE(changes.size(), 1); // a run with many pages would draw all the time
+        QCOMPARE(m_model->index(4, FileTableModel::Status).data(), QVariant(u"Page 50 of 50"_s));
+        QVERIFY(!m_model->statuses().isConverted(*m_files.at(4)));
+        m_model->setStatuses({ { m_files.at(0)->path(), { RowStatus::State::Failed } },
+                               { whole, { RowStatus::State::Done } } });
+        QVERIFY(m_model->statuses().isConverted(*m_files.at(4)));
+        QVERIFY(!m_model->statuses().isConverted(*m_files.at(3))); // its warning is none of a run's
+        m_model->sort(FileTableModel::Status, Qt::DescendingOrder);
+        QCOMPARE(shown(Qt::DisplayRole), u"Failed|Warning|Done|Unreadable|Unreadable"_s);
     }
 
     // The file is on a computer that answers when it is told to.

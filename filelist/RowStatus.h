@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QHash>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <functional>
+
+namespace pagestack {
+
+class FileItem;
+
+/// What is known of a source of the list: how it was met, and what the last run made of it.
+struct RowStatus
+{
+    enum class State {
+        None,
+        Missing,
+        Unreadable,
+        Waiting,
+        Converting,
+        Done,
+        Warning,
+        Failed,
+        NotReached,
+    };
+
+    State state = State::None;
+    int page = 0; ///< in hand, from 1; of `pages`; while Converting
+    int pages = 0;
+    QString reason {}; ///< a line each; empty where there is nothing to say
+
+    QString text() const; ///< "Done", "Page 3 of 7"; empty for None
+
+    friend bool operator==(const RowStatus&, const RowStatus&) = default;
+};
+
+/// The kinds of files that a list can be narrowed to.
+enum class RowGroup {
+    All,
+    Failed, ///< by a run, or since there is nothing to convert: missing and unreadable ones too
+    Warnings,
+    NotReached, ///< by a run that was cancelled
+};
+bool isInGroup(RowStatus::State state, RowGroup group);
+
+/// The statuses of the files of a list. Those of a run are kept by path and outlive the row, which
+/// may come back; the others follow from the file itself and take no room. Main thread.
+class RowStatuses : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit RowStatuses(QObject* parent = nullptr);
+
+    /// None takes back what a run has said.
+    void set(const QString& path, const RowStatus& status);
+    /// Replaces all that runs have said.
+    void replace(const QHash<QString, RowStatus>& statuses);
+
+    RowStatus of(const FileItem& item) const;
+    /// Whether the last run has written all that was wanted of the file.
+    bool isConverted(const FileItem& item) const;
+    /// The state of any item as it is now; any thread, as long as nobody changes the items.
+    std::function<RowStatus::State(const FileItem& item)> states() const;
+
+signals:
+    void changed(); ///< many changes are one, a moment later
+
+private:
+    QHash<QString, RowStatus> m_ofRun; ///< by path
+    QTimer m_pause;
+};
+
+} // namespace pagestack
