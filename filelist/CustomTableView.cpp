@@ -31,6 +31,8 @@ namespace {
         }
     };
 
+    constexpr int leastRowHeight = 24;
+    constexpr int rowMargins = 8;
     constexpr qint32 columnsFormat = 2; // 1 had the sort order of the header alone
 
 } // namespace
@@ -55,6 +57,7 @@ CustomTableView::CustomTableView(QWidget* parent)
     // Rows of one height: a long list is never measured row by row.
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->hide();
+    setRowHeight();
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setStretchLastSection(true);
     horizontalHeader()->setSectionsMovable(true);
@@ -88,6 +91,20 @@ void CustomTableView::setDefaultWidths()
     int column = FileTableModel::Name;
     for (const int digits : { 24, 14, 8, 17, 10, 7, 34, 22, 22, 22 })
         setColumnWidth(column++, digits * digit);
+}
+
+void CustomTableView::setRowHeight()
+{
+    const int height = std::max(leastRowHeight, fontMetrics().height() + rowMargins);
+    verticalHeader()->setMinimumSectionSize(height);
+    verticalHeader()->setDefaultSectionSize(height);
+}
+
+void CustomTableView::changeEvent(QEvent* event)
+{
+    QTableView::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        setRowHeight();
 }
 
 QList<int> CustomTableView::highlightedRows() const

@@ -69,6 +69,7 @@ signals:
     void filesDropped(const QList<QUrl>& urls);
 
 protected:
+    void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
@@ -83,6 +84,7 @@ private:
     void followSortIndicator();
     void setIsDropTarget(bool isDropTarget);
     void setDefaultWidths();
+    void setRowHeight();
 
     QPointer<QMenu> m_contextMenu;
     SortOrders m_sortOrders;

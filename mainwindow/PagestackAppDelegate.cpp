@@ -11,6 +11,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QScreen>
 
 namespace pagestack {
 
@@ -20,6 +21,7 @@ namespace {
 
     const QString showSettingsKey = u"SHOWSETTINGS"_s;
     const QString windowKey = u"WINDOW"_s;
+    constexpr QSize frame(16, 48); // what the desktop may put round a window, generously
 
     QString asText(const QByteArray& state) { return QString::fromLatin1(state.toBase64()); }
 
@@ -89,6 +91,7 @@ void PagestackAppDelegate::awakeFromNib()
     setupVersion();
     setupToolbarAndMenuItems();
     restoreWindowState();
+    m_ui->mainTableView->setFocus(); // not the first button of the tool bar
     openAppAction();
     m_services.tellTroubles(m_window.get());
 }
@@ -241,8 +244,9 @@ void PagestackAppDelegate::restoreWindowState()
 {
     const QVariantMap state = m_services.defaults.objectForKey(windowKey).toMap();
     // restoreGeometry brings a window back that would lie outside of all screens.
-    if (const QByteArray geometry = asState(state.value(u"geometry"_s)); !geometry.isEmpty())
-        m_window->restoreGeometry(geometry);
+    const QByteArray geometry = asState(state.value(u"geometry"_s));
+    if (geometry.isEmpty() || !m_window->restoreGeometry(geometry))
+        m_window->resize(m_window->size().boundedTo(m_window->screen()->availableSize() - frame));
     if (const QByteArray columns = asState(state.value(u"columns"_s)); !columns.isEmpty())
         m_ui->mainTableView->restoreColumns(columns);
 }

@@ -153,7 +153,8 @@ void ViewState::setProcessingLabelColor(const QColor& color)
     m_processingLabelColor = color;
     QPalette palette; // the other colours stay those of the window
     palette.setColor(QPalette::WindowText, color);
-    for (QLabel* label : { m_ui.labelTotalFiles, m_ui.labelTotalTIFFPages, m_ui.labelTimeTaken })
+    for (QWidget* label : std::initializer_list<QWidget*> {
+             m_ui.labelTotalFiles, m_ui.labelTotalTIFFPages, m_ui.labelTimeTaken })
         label->setPalette(palette);
     emit processingLabelColorChanged(color);
 }

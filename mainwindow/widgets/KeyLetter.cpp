@@ -17,6 +17,7 @@ namespace pagestack {
 namespace {
 
     constexpr const char* keyLetterProperty = "keyLetter";
+    constexpr int iconMargin = 3; // of a tool button
 
     struct KeyLetter
     {
@@ -55,8 +56,10 @@ namespace {
         {
             const bool isPush = element == CE_PushButtonLabel;
             const QAbstractButton* button = markedButton(widget);
+            const bool isTool = element == CE_ToolButtonLabel && hasIconBeside(option);
             if (button == nullptr
-                || !(isPush || element == CE_CheckBoxLabel || element == CE_RadioButtonLabel)) {
+                || !(isPush || isTool || element == CE_CheckBoxLabel
+                     || element == CE_RadioButtonLabel)) {
                 QProxyStyle::drawControl(element, option, painter, widget);
                 return;
             }
@@ -65,13 +68,14 @@ namespace {
                    button->isEnabled());
             const QTextLine line = layout.lineAt(0);
             const QSize size(qCeil(line.naturalTextWidth()), qCeil(line.height()));
+            const QRect room = isTool ? afterIcon(option, painter) : option->rect;
             QRect area = alignedRect(option->direction, isPush ? Qt::AlignCenter : Qt::AlignVCenter,
-                                     size, option->rect);
-            if (isPush && (option->state & (State_On | State_Sunken)) != 0)
+                                     size, room);
+            if ((isPush || isTool) && (option->state & (State_On | State_Sunken)) != 0)
                 area.translate(pixelMetric(PM_ButtonShiftHorizontal, option, widget),
                                pixelMetric(PM_ButtonShiftVertical, option, widget));
-            painter->setPen(
-                option->palette.color(isPush ? QPalette::ButtonText : QPalette::WindowText));
+            painter->setPen(option->palette.color(isPush || isTool ? QPalette::ButtonText
+                                                                   : QPalette::WindowText));
             layout.draw(painter, area.topLeft());
         }
 
@@ -86,6 +90,33 @@ namespace {
                 size.rwidth() += qMax(0, qCeil(layout.lineAt(0).naturalTextWidth()) - plain);
             }
             return QProxyStyle::sizeFromContents(type, option, size, widget);
+        }
+
+    private:
+        static bool hasIconBeside(const QStyleOption* option)
+        {
+            const auto* tool = qstyleoption_cast<const QStyleOptionToolButton*>(option);
+            return tool != nullptr && tool->toolButtonStyle == Qt::ToolButtonTextBesideIcon;
+        }
+
+        /// Draws the icon of a tool button, as the styles of Qt do, and returns the room that is
+        /// left for its text.
+        QRect afterIcon(const QStyleOption* option, QPainter* painter) const
+        {
+            const auto* tool = qstyleoption_cast<const QStyleOptionToolButton*>(option);
+            const bool isRaised = (option->state & (State_MouseOver | State_Sunken)) != 0;
+            const QIcon::Mode mode = (option->state & State_Enabled) == 0 ? QIcon::Disabled
+                : isRaised                                                ? QIcon::Active
+                                                                          : QIcon::Normal;
+            const QSize size = tool->iconSize + QSize(2 * iconMargin, 0);
+            const QRect icon = alignedRect(option->direction, Qt::AlignLeading | Qt::AlignVCenter,
+                                           size, option->rect);
+            proxy()->drawItemPixmap(
+                painter, icon, Qt::AlignCenter,
+                tool->icon.pixmap(tool->iconSize, painter->device()->devicePixelRatioF(), mode));
+            const int width = option->rect.width() - size.width() - iconMargin;
+            return alignedRect(option->direction, Qt::AlignTrailing | Qt::AlignVCenter,
+                               { width, option->rect.height() }, option->rect);
         }
     };
 

@@ -13,9 +13,10 @@ enum class Occurrence {
     LastInThisCase,
 };
 
-/// Shows the letter `key` of the title of `button`, a push button, check box or radio button, bold,
-/// underlined and in `color`, and makes Alt + that letter press the button (not on macOS, where Alt
-/// types characters). The title stays plain text; another title has no such letter.
+/// Shows the letter `key` of the title of `button`, a push or tool button, check box or radio
+/// button, bold, underlined and in `color`, and makes Alt + that letter press the button (not on
+/// macOS, where Alt types characters). The title stays plain text; another title has no such
+/// letter.
 ///
 /// A `color` equal to that of the button's text follows the palette. Nothing changes without a
 /// button, a letter or a valid colour, or when the title does not contain the letter.
