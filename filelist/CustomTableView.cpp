@@ -219,7 +219,7 @@ bool CustomTableView::restoreColumns(const QByteArray& state)
 bool CustomTableView::validateDrop(const QObject* source, const QMimeData* offer) const
 {
     const bool isOwnDrag = source && (source == this || source == viewport());
-    return !isOwnDrag && offer && offer->hasUrls();
+    return !m_isReadOnly && !isOwnDrag && offer && offer->hasUrls();
 }
 
 void CustomTableView::keyboardSearch(const QString& search)
@@ -232,6 +232,18 @@ void CustomTableView::keyboardSearch(const QString& search)
     selectionModel()->setCurrentIndex(model()->index(row, FileTableModel::Name),
                                       QItemSelectionModel::NoUpdate);
     QTableView::keyboardSearch(search);
+}
+
+void CustomTableView::setReadOnly(bool isReadOnly)
+{
+    m_isReadOnly = isReadOnly;
+    horizontalHeader()->setSectionsClickable(!isReadOnly);
+}
+
+/// Clicks on check boxes come here as well.
+bool CustomTableView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
+{
+    return !m_isReadOnly && QTableView::edit(index, trigger, event);
 }
 
 bool CustomTableView::endEditing()
@@ -251,7 +263,11 @@ void CustomTableView::keyPressEvent(QKeyEvent* event)
 {
     const bool isCommand = event->modifiers().testFlag(Qt::ControlModifier);
     const int key = event->key();
-    if (key == Qt::Key_Space)
+    const bool isChange = key == Qt::Key_Space || key == Qt::Key_Delete || key == Qt::Key_Backspace
+        || key == Qt::Key_F2 || (isCommand && (key == Qt::Key_Up || key == Qt::Key_Down));
+    if (m_isReadOnly && isChange)
+        event->ignore();
+    else if (key == Qt::Key_Space)
         emit invertRequested(highlightedRows());
     else if (key == Qt::Key_Delete || key == Qt::Key_Backspace)
         emit removeRequested();

@@ -52,6 +52,11 @@ public:
     /// Whether a drag may be dropped: it offers URLs and does not come from this table.
     bool validateDrop(const QObject* source, const QMimeData* offer) const;
 
+    using QTableView::edit;
+    /// Rows can be highlighted and scrolled, and nothing else: no check marks, editing, moving,
+    /// removing, sorting or drops.
+    void setReadOnly(bool isReadOnly);
+
     /// Takes over what is being typed into a row; false if it was refused.
     bool endEditing();
 
@@ -70,6 +75,7 @@ signals:
 
 protected:
     void changeEvent(QEvent* event) override;
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
@@ -88,6 +94,7 @@ private:
 
     QPointer<QMenu> m_contextMenu;
     SortOrders m_sortOrders;
+    bool m_isReadOnly = false;
     bool m_isDropTarget = false; ///< a drag that may be dropped is above the table
 };
 

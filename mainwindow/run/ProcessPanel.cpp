@@ -1,9 +1,14 @@
 #include "mainwindow/run/ProcessPanel.h"
 
 #include "engine/job/Process.h"
+#include "mainwindow/run/RunStrip.h"
 #include "ui_ProcessPanel.h"
 
-#include <QTime>
+#include <QAccessible>
+#include <QLocale>
+#include <QMainWindow>
+
+#include <cmath>
 
 namespace pagestack {
 
@@ -13,7 +18,6 @@ namespace {
 
     constexpr int refreshMs = 100;
     constexpr int barSteps = 1000;
-    constexpr qint64 earliestEstimateMs = 1500;
 
     QString clockText(qint64 milliseconds)
     {
@@ -23,15 +27,43 @@ namespace {
             .arg(seconds % 60, 2, 10, QChar(u'0'));
     }
 
+    /// For screen readers, which know a label by its name alone: with what stands before it.
+    void tell(QLabel& label, const QLabel& caption, const QString& text)
+    {
+        label.setText(text);
+        label.setAccessibleName(caption.text() + u' ' + text);
+    }
+
 } // namespace
 
-ProcessPanel::ProcessPanel(QWidget* parent)
-    : QDialog(parent, Qt::Sheet)
+ProcessPanel::ProcessPanel(QMainWindow* window)
+    : QDialog(window, Qt::Sheet)
     , m_ui(std::make_unique<Ui::ProcessPanel>())
+    , m_strip(new RunStrip(*window))
 {
     m_ui->setupUi(this);
     setWindowModality(Qt::WindowModal);
     showProblems(false);
+    connectButtons();
+    m_refresh.setInterval(refreshMs);
+    connect(&m_refresh, &QTimer::timeout, this, [this] {
+        m_progress.update();
+        showCounts();
+        showTime();
+        showStrip();
+        emit progressed(m_progress.fraction());
+    });
+    m_strip->addButton(u"runPauseBtn"_s, *m_ui->pauseProcessBtn);
+    m_strip->addButton(u"runCancelBtn"_s, *m_ui->cancelProcessBtn);
+    m_strip->addButton(u"runCloseBtn"_s, *m_ui->closeProcessBtn);
+    connect(m_strip, &RunStrip::detailsRequested, this, [this] { setSmall(false); });
+}
+
+ProcessPanel::~ProcessPanel() = default;
+
+void ProcessPanel::connectButtons()
+{
+    connect(m_ui->hideDetailsBtn, &QPushButton::clicked, this, [this] { setSmall(true); });
     connect(m_ui->showProblemsBtn, &QPushButton::toggled, this, &ProcessPanel::showProblems);
     connect(m_ui->problemList, &ProblemList::fileRequested, this, &ProcessPanel::fileRequested);
     connect(m_ui->viewLogBtn, &QPushButton::clicked, this, &ProcessPanel::viewLogRequested);
@@ -50,22 +82,15 @@ ProcessPanel::ProcessPanel(QWidget* parent)
     connect(m_ui->showFolderBtn, &QPushButton::clicked, this, &ProcessPanel::folderRequested);
     connect(m_ui->tickFailedBtn, &QPushButton::clicked, this, &ProcessPanel::tickingRequested);
     connect(m_ui->closeProcessBtn, &QPushButton::clicked, this, &ProcessPanel::closeRequested);
-    m_refresh.setInterval(refreshMs);
-    connect(&m_refresh, &QTimer::timeout, this, [this] {
-        showCounts();
-        showTime();
-    });
 }
-
-ProcessPanel::~ProcessPanel() = default;
 
 QHash<QString, QString> ProcessPanel::problemsByFile() const { return m_ui->problemList->byFile(); }
 
-void ProcessPanel::follow(Process& job, qint64 plannedPages)
+void ProcessPanel::follow(Process& job)
 {
     m_job = &job;
-    m_plannedPages = plannedPages;
-    m_donePages = 0;
+    m_progress.follow(job);
+    m_isSmall = false;
     m_ui->problemList->removeAll();
     m_ui->showProblemsBtn->setChecked(false);
     m_ui->showProblemsBtn->hide();
@@ -77,13 +102,11 @@ void ProcessPanel::follow(Process& job, qint64 plannedPages)
     m_ui->processMessageLabel->clear();
     showNames(true);
     m_ui->viewLogBtn->setEnabled(false);
-    m_pausedMs = 0;
-    m_pause.invalidate();
+    m_ui->processPlanLabel->hide();
     m_ui->pauseProcessBtn->setChecked(false);
     showButtons(true);
     m_ui->pauseProcessBtn->setFocus(); // no key that is pressed by chance ends the run
     // The job tells on its own thread; with this object as the receiver it arrives on the main one.
-    connect(&job, &Process::pageDone, this, [this] { ++m_donePages; });
     connect(&job, &Process::diagnosed, this,
             [this](const Diagnostic& diagnostic) { m_ui->problemList->add(diagnostic); });
     connect(&job, &Process::logTroubleMet, this,
@@ -94,10 +117,17 @@ void ProcessPanel::follow(Process& job, qint64 plannedPages)
         if (isCompleted)
             showEnd();
     });
-    m_elapsed.start();
     m_refresh.start();
     showCounts();
     showTime();
+}
+
+void ProcessPanel::setPlanned(const RunWork& planned, const QString& text)
+{
+    m_progress.setPlanned(planned);
+    m_ui->processPlanLabel->setText(text);
+    m_ui->processPlanLabel->show();
+    showCounts();
 }
 
 /// Nothing is in hand when the run has ended.
@@ -112,58 +142,87 @@ void ProcessPanel::showNames(bool isShown)
 void ProcessPanel::stopFollowing()
 {
     m_refresh.stop();
+    m_progress.stopFollowing();
     if (m_job != nullptr)
         m_job->disconnect(this);
     m_job = nullptr;
+    m_isSmall = false;
+    m_strip->setShown(false);
     hide();
+}
+
+void ProcessPanel::setSmall(bool isSmall)
+{
+    if (m_job == nullptr || isSmall == m_isSmall)
+        return;
+    m_isSmall = isSmall;
+    showStrip();
+    m_strip->setShown(isSmall);
+    if (isSmall)
+        hide();
+    else
+        open();
+    emit isSmallChanged(isSmall);
 }
 
 void ProcessPanel::showCounts()
 {
     if (m_job == nullptr)
         return;
-    m_ui->processFileLabel->setText(m_job->fileInProcess());
-    m_ui->processOutputLabel->setText(m_job->outputFileInProcess());
-    QString counts = tr("%1 written, page %2 of %3")
-                         .arg(m_job->totalFileCreated())
-                         .arg(m_donePages)
-                         .arg(m_plannedPages);
+    tell(*m_ui->processFileLabel, *m_ui->processFileCaption, m_job->fileInProcess());
+    tell(*m_ui->processOutputLabel, *m_ui->processOutputCaption, m_job->outputFileInProcess());
+    QString counts = tr("%1 written, %2")
+                         .arg(QLocale().toString(m_job->totalFileCreated()), m_progress.pageText());
     if (const qint64 problems = m_ui->problemList->count(); problems > 0)
         counts += tr(", %n problem(s)", nullptr, static_cast<int>(problems));
-    if (m_isCancelled && !m_job->isCompleted())
-        counts += tr(" - finishing the page in hand");
-    else if (!m_job->isCompleted() && m_job->gate().endsAfterSource())
-        counts += tr(" - finishing the file in hand");
-    else if (m_pause.isValid())
-        counts += tr(" - paused");
-    m_ui->processCountLabel->setText(counts);
-    if (m_plannedPages > 0)
-        m_ui->processProgressBar->setValue(
-            static_cast<int>(std::min<qint64>(barSteps, m_donePages * barSteps / m_plannedPages)));
+    tell(*m_ui->processCountLabel, *m_ui->processCountCaption, counts + stateText());
+    m_ui->processProgressBar->setValue(static_cast<int>(barSteps * m_progress.fraction()));
 }
 
-QString ProcessPanel::remainingText() const
+/// Why the run is not simply going on.
+QString ProcessPanel::stateText() const
 {
-    const qint64 elapsed = elapsedMs();
-    if (m_donePages == 0 || elapsed < earliestEstimateMs)
+    if (m_job->isCompleted())
         return {};
-    return tr(", about %1 left")
-        .arg(clockText(elapsed * (m_plannedPages - m_donePages) / m_donePages));
+    if (m_isCancelled)
+        return tr(" - finishing the page in hand");
+    if (m_job->gate().endsAfterSource())
+        return tr(" - finishing the file in hand");
+    return m_progress.isPaused() ? tr(" - paused") : QString();
 }
 
 void ProcessPanel::showTime()
 {
-    m_ui->processTimeLabel->setText(clockText(elapsedMs()) + remainingText());
+    const QString pace = m_progress.paceText();
+    tell(*m_ui->processTimeLabel, *m_ui->processTimeCaption,
+         clockText(m_progress.workedMs()) + (pace.isEmpty() ? QString() : u", "_s + pace));
+}
+
+/// What the sheet says, in a line.
+void ProcessPanel::showStrip()
+{
+    if (m_job == nullptr)
+        return;
+    QStringList parts { m_progress.pageText() };
+    if (const QString pace = m_progress.paceText(); !pace.isEmpty())
+        parts.append(pace);
+    if (const qint64 problems = m_ui->problemList->count(); problems > 0)
+        parts.append(tr("%n problem(s)", nullptr, static_cast<int>(problems)));
+    m_strip->update(m_job->isCompleted() ? m_ui->processHeadlineLabel->text()
+                                         : parts.join(u", "_s) + stateText(),
+                    m_ui->processProgressBar->value());
 }
 
 void ProcessPanel::showEnd()
 {
     m_refresh.stop();
-    m_pause.invalidate();
+    m_progress.setPaused(false);
+    m_progress.update();
     showCounts();
     showNames(false);
     const QString taken = m_job->timeTaken();
-    m_ui->processTimeLabel->setText(taken.isEmpty() ? tr("under a second") : taken.trimmed());
+    tell(*m_ui->processTimeLabel, *m_ui->processTimeCaption,
+         taken.isEmpty() ? tr("under a second") : taken.trimmed());
     m_ui->processMessageLabel->setText(m_job->message().replace(u"\r\n"_s, u"\n"_s));
     if (!m_isCancelled)
         m_ui->processProgressBar->setValue(barSteps);
@@ -184,6 +243,10 @@ void ProcessPanel::showOutcome(const QString& headline, bool hasLeft)
     m_ui->processHeadlineLabel->setText(windowTitle() + u": "_s + headline);
     m_ui->processHeadlineLabel->show();
     m_ui->tickFailedBtn->setVisible(hasLeft);
+    showStrip();
+    // The headline takes the place of what was there: nothing that has the keys says it.
+    QAccessibleEvent alert(m_ui->processHeadlineLabel, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
 }
 
 void ProcessPanel::showProblems(bool isShown)
@@ -202,6 +265,7 @@ void ProcessPanel::showButtons(bool isRunning)
     for (QWidget* button : std::initializer_list<QWidget*> {
              m_ui->cancelProcessBtn, m_ui->pauseProcessBtn, m_ui->stopAfterFileBtn })
         button->setEnabled(isRunning);
+    m_ui->hideDetailsBtn->setVisible(isRunning);
     m_ui->pauseProcessBtn->setVisible(isRunning);
     m_ui->stopAfterFileBtn->setVisible(isRunning);
     m_ui->cancelProcessBtn->setVisible(isRunning);
@@ -214,21 +278,10 @@ void ProcessPanel::showButtons(bool isRunning)
 void ProcessPanel::setPaused(bool isPaused)
 {
     m_ui->pauseProcessBtn->setText(isPaused ? tr("Resume") : tr("Pause"));
-    if (isPaused) {
-        m_pause.start();
-    } else if (m_pause.isValid()) {
-        m_pausedMs += m_pause.elapsed();
-        m_pause.invalidate();
-    }
+    m_progress.setPaused(isPaused);
     if (m_job != nullptr)
         m_job->gate().setPaused(isPaused);
     showCounts();
-}
-
-/// Without the pauses.
-qint64 ProcessPanel::elapsedMs() const
-{
-    return m_elapsed.elapsed() - m_pausedMs - (m_pause.isValid() ? m_pause.elapsed() : 0);
 }
 
 void ProcessPanel::cancel() { m_ui->cancelProcessBtn->click(); }

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "mainwindow/run/RunProgress.h"
+
 #include <QDialog>
-#include <QElapsedTimer>
 #include <QHash>
 #include <QTimer>
 
 #include <memory>
+
+class QMainWindow;
 
 namespace Ui {
 class ProcessPanel;
@@ -14,26 +17,34 @@ class ProcessPanel;
 namespace pagestack {
 
 class Process;
+class RunStrip;
 
 /// The sheet that covers the window during a run: current file and output, counts, time, a progress
 /// bar that knows its end from the first page on, and at the end the final message and a list of
-/// the problems. Main thread; it listens to a job that runs elsewhere.
+/// the problems. Made small it is hidden, and a line at the bottom of the window stands for it.
+/// Main thread; it listens to a job that runs elsewhere.
 class ProcessPanel : public QDialog
 {
     Q_OBJECT
 
 public:
-    explicit ProcessPanel(QWidget* parent);
+    explicit ProcessPanel(QMainWindow* window);
     ~ProcessPanel() override;
     ProcessPanel(const ProcessPanel&) = delete;
     ProcessPanel& operator=(const ProcessPanel&) = delete;
 
-    /// Shows the state of `job`, which has not started yet and has `plannedPages` pages to convert.
-    void follow(Process& job, qint64 plannedPages);
-    /// Hides the sheet, and looks at the job no more.
+    /// Shows the state of `job`, which has not started yet.
+    void follow(Process& job);
+    /// Says what the job has to do, and in a few words what comes of it.
+    void setPlanned(const RunWork& planned, const QString& text);
+    /// Hides the sheet and its line, and looks at the job no more.
     void stopFollowing();
     /// As the button; nothing when the run has ended.
     void cancel();
+    /// Whether the line at the bottom of the window stands for the sheet. Not for long: the next
+    /// run begins with the sheet.
+    bool isSmall() const { return m_isSmall; }
+    void setSmall(bool isSmall);
     /// The problems of each source, a line each, when the run has ended.
     QHash<QString, QString> problemsByFile() const;
 
@@ -41,6 +52,10 @@ public:
     void showOutcome(const QString& headline, bool hasLeft);
 
 signals:
+    /// The sheet has made way for the list, or has come back.
+    void isSmallChanged(bool isSmall);
+    /// A few times a second during the run: the part of it that is done, 0..1.
+    void progressed(double fraction);
     /// The folder of the outputs is to be opened.
     void folderRequested();
     /// Close, and only the files that were not converted stay ticked.
@@ -60,24 +75,23 @@ public slots:
     void reject() override;
 
 private:
+    void connectButtons();
     void showCounts();
     void showNames(bool isShown);
     void showTime();
+    void showStrip();
     void showEnd();
     void showButtons(bool isRunning);
     void showProblems(bool isShown);
     void setPaused(bool isPaused);
-    qint64 elapsedMs() const;
-    QString remainingText() const;
+    QString stateText() const;
 
     std::unique_ptr<Ui::ProcessPanel> m_ui;
+    RunStrip* m_strip; ///< the window's
     Process* m_job = nullptr; ///< not owned
-    qint64 m_plannedPages = 0;
-    qint64 m_donePages = 0;
+    RunProgress m_progress;
     bool m_isCancelled = false;
-    QElapsedTimer m_elapsed;
-    QElapsedTimer m_pause; ///< valid while the run is paused
-    qint64 m_pausedMs = 0; ///< by former pauses
+    bool m_isSmall = false;
     QTimer m_refresh; ///< labels follow at a readable pace, however fast pages go
 };
 

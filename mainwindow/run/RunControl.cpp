@@ -38,6 +38,10 @@ RunControl::RunControl(const WindowParts& parts, Settings& settings, ListCommand
             ask();
     });
     connect(m_panel.get(), &ProcessPanel::ended, this, &RunControl::showEnd);
+    connect(m_panel.get(), &ProcessPanel::isSmallChanged, this, [this](bool isSmall) {
+        if (isSmall)
+            m_parts.ui.mainTableView->setFocus();
+    });
     connect(m_panel.get(), &ProcessPanel::folderRequested, this, &RunControl::showFolder);
     connect(m_panel.get(), &ProcessPanel::tickingRequested, this, [this] {
         closeProcess();
@@ -143,14 +147,12 @@ void RunControl::startRun(const QList<OutputFile>& outputs, std::optional<Existi
     m_process->setRunOptions(m_parts.ui.rightBox->choices().options());
     m_process->setOutputFiles(outputs);
     m_process->setTotalFileSelected(static_cast<int>(outputs.size()));
-    qint64 pages = 0;
-    for (const OutputFile& output : outputs)
-        for (const std::shared_ptr<FileItem>& item : output.fileItems)
-            pages += chosenPageCount(*item, m_process->runOptions());
-    m_panel->follow(*m_process, pages);
+    m_panel->follow(*m_process);
+    m_panel->setPlanned(workOf(outputs, m_process->runOptions()), {});
     m_outcome.follow(*m_process);
     m_awake = std::make_unique<SleepInhibitor>();
     m_parts.view.resetView(false);
+    m_parts.view.setListReadable(true);
     m_parts.view.startProcess();
     m_parts.ui.loadingIndicator->hide();
     m_parts.view.resetViewForProcess(false);
@@ -297,7 +299,10 @@ void RunControl::askToStop(const QString& text, const QString& button,
 {
     if (std::exchange(m_isAsking, true))
         return;
-    m_parts.services.ask(m_panel.get(), AlertPanel::Style::Critical, text,
+    QWidget* front = m_panel.get();
+    if (m_panel->isSmall())
+        front = &m_parts.window;
+    m_parts.services.ask(front, AlertPanel::Style::Critical, text,
                          { button, tr("Keep Converting") }, [this, stop](int answer) {
                              m_isAsking = false;
                              if (answer == 0) // be the run at its end meanwhile
@@ -352,6 +357,7 @@ void RunControl::leaveRun()
     m_awake.reset();
     m_parts.view.resetViewForProcess(true);
     m_parts.view.stopProcess();
+    m_parts.view.setListReadable(false);
     m_parts.view.resetView(true);
     m_parts.ui.mainTableView->setFocus();
 }

@@ -54,6 +54,12 @@ void ViewState::resetView(bool enable)
     m_ui.rightBox->followSettings();
 }
 
+void ViewState::setListReadable(bool isReadable)
+{
+    m_isListReadable = isReadable;
+    follow();
+}
+
 /// Who is enabled when.
 void ViewState::follow()
 {
@@ -67,8 +73,10 @@ void ViewState::follow()
     // The pane is among them since it would change what a run reads.
     setEnabled(isIdle,
                { ui.importBtn, ui.addFilesBtn, ui.addFolderBtn, ui.searchBtn,
-                 ui.inculdeSubfoldersBtn, ui.mainTableView, ui.findBar, ui.rightBox },
+                 ui.inculdeSubfoldersBtn, ui.findBar, ui.rightBox },
                { ui.addFilesAction, ui.addFolderAction, ui.importAction, ui.toggleSettingsAction });
+    ui.mainTableView->setEnabled(isIdle || m_isListReadable);
+    ui.mainTableView->setReadOnly(!isIdle);
     setEnabled(hasFiles,
                { ui.removeBtn, ui.openFileButton, ui.getInfoButton, ui.openEnclosedFolderButton,
                  ui.selectAllButton, ui.deselectAllButton, ui.removeSelectedFilesButton,

@@ -31,6 +31,9 @@ public:
 
     /// Enables the controls, as far as they have something to act on, or disables them.
     void resetView(bool enable);
+    /// While the controls are disabled the list may be read all the same: highlighted and scrolled,
+    /// but not changed.
+    void setListReadable(bool isReadable);
     /// Enables or disables Convert and Cancel, whatever the list holds.
     void resetViewForProcess(bool enable);
     /// Shows that a load or a run is under way, or that none is.
@@ -63,6 +66,7 @@ private:
     const QUndoStack& m_history;
     std::atomic<bool> m_isProcessing = false; ///< written by the main thread
     bool m_isViewEnabled = true; ///< what resetView was last called with
+    bool m_isListReadable = false; ///< when it is disabled
     QPalette::ColorGroup m_labelGroup = QPalette::Active; ///< that the totals are shown in
     QColor m_processingLabelColor;
 };

@@ -1,0 +1,156 @@
+#include "mainwindow/run/RunProgress.h"
+
+#include "engine/job/Process.h"
+#include "engine/plan/ChosenPages.h"
+
+#include <QLocale>
+
+#include <algorithm>
+#include <cmath>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    constexpr double trustInNews = 0.25; ///< of a new estimate, against the one that is shown
+    constexpr qint64 newsMs = 500;
+    constexpr qint64 fewSecondsMs = 3500; ///< below which a number promises too much
+
+    RunWork workOf(const OutputFile& output, const RunOptions& options)
+    {
+        RunWork work;
+        for (const std::shared_ptr<FileItem>& item : output.fileItems) {
+            const double pages = chosenPageCount(*item, options);
+            work.pages += pages;
+            work.bytes += item->pages() > 0 ? item->size() * pages / item->pages() : 0;
+        }
+        return work;
+    }
+
+} // namespace
+
+RunWork workOf(const QList<OutputFile>& outputs, const RunOptions& options)
+{
+    RunWork all;
+    for (const OutputFile& output : outputs) {
+        const RunWork work = workOf(output, options);
+        all.pages += work.pages;
+        all.bytes += work.bytes;
+    }
+    return all;
+}
+
+QString shortClockText(qint64 milliseconds)
+{
+    const qint64 seconds = (milliseconds + 500) / 1000;
+    const QString minutes = u"%1:%2"_s.arg(seconds / 60 % 60).arg(seconds % 60, 2, 10, QChar(u'0'));
+    return seconds < 3600 ? minutes
+                          : u"%1:"_s.arg(seconds / 3600) + minutes.rightJustified(5, QChar(u'0'));
+}
+
+void RunProgress::follow(Process& job)
+{
+    stopFollowing();
+    m_job = &job;
+    m_passed = {};
+    m_sourcesPassed = 0;
+    m_inHand = 0;
+    m_pagesDone = 0;
+    m_shownMs.reset();
+    m_pause.invalidate();
+    setPlanned({});
+    // The job tells on its own thread; with this object as the receiver it arrives on the main one.
+    connect(&job, &Process::pageDone, this, [this] {
+        ++m_pagesDone;
+        ++m_inHand;
+    });
+    connect(&job, &Process::totalFileProcessedChanged, this, &RunProgress::passSources);
+}
+
+void RunProgress::setPlanned(const RunWork& planned)
+{
+    m_pagesPlanned = std::llround(planned.pages);
+    m_pace = RunPace(planned);
+    m_elapsed.start(); // what came before was no conversion
+    m_pausedMs = 0;
+    if (isPaused())
+        m_pause.start();
+}
+
+void RunProgress::stopFollowing()
+{
+    if (m_job != nullptr)
+        m_job->disconnect(this);
+    m_job = nullptr;
+}
+
+/// Also pages that could not be converted are done with.
+void RunProgress::passSources(int processed)
+{
+    const QList<OutputFile> outputs = m_job->outputFiles();
+    for (; m_sourcesPassed < std::min<qsizetype>(processed, outputs.size()); ++m_sourcesPassed) {
+        const RunWork work = workOf(outputs.at(m_sourcesPassed), m_job->runOptions());
+        m_passed.pages += work.pages;
+        m_passed.bytes += work.bytes;
+    }
+    m_inHand = 0;
+}
+
+void RunProgress::setPaused(bool isPaused)
+{
+    if (isPaused) {
+        m_pause.start();
+    } else if (m_pause.isValid()) {
+        m_pausedMs += m_pause.elapsed();
+        m_pause.invalidate();
+    }
+}
+
+qint64 RunProgress::workedMs() const
+{
+    return m_elapsed.elapsed() - m_pausedMs - (m_pause.isValid() ? m_pause.elapsed() : 0);
+}
+
+void RunProgress::update()
+{
+    if (m_job == nullptr)
+        return;
+    RunWork done = m_passed;
+    const QList<OutputFile> outputs = m_job->outputFiles();
+    if (m_inHand > 0 && m_sourcesPassed < outputs.size()) {
+        const RunWork work = workOf(outputs.at(m_sourcesPassed), m_job->runOptions());
+        done.pages += m_inHand;
+        done.bytes += work.pages > 0 ? work.bytes * std::min(1.0, m_inHand / work.pages) : 0;
+    }
+    const qint64 now = workedMs();
+    m_pace.take(done, now);
+    const std::optional<qint64> left = m_pace.remainingMs();
+    if (!left || (m_shownMs && now - m_shownAtMs < newsMs))
+        return;
+    const double expected = static_cast<double>(
+        m_shownMs ? std::max<qint64>(0, *m_shownMs - (now - m_shownAtMs)) : *left);
+    m_shownMs = std::llround(expected + trustInNews * (static_cast<double>(*left) - expected));
+    m_shownAtMs = now;
+}
+
+QString RunProgress::pageText() const
+{
+    return tr("page %1 of %2")
+        .arg(QLocale().toString(m_pagesDone), QLocale().toString(m_pagesPlanned));
+}
+
+QString RunProgress::paceText() const
+{
+    QStringList parts;
+    if (const double pages = m_pace.pagesPerSecond(); pages > 0)
+        parts.append(tr("%1 pages/s").arg(QLocale().toString(pages, 'f', pages < 10 ? 1 : 0)));
+    if (m_shownMs)
+        parts.append(*m_shownMs < fewSecondsMs
+                         ? tr("a few seconds left")
+                         : tr("about %1 left").arg(shortClockText(*m_shownMs)));
+    return parts.join(u", "_s);
+}
+
+} // namespace pagestack

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "engine/plan/OutputFile.h"
+#include "mainwindow/run/RunPace.h"
+
+#include <QElapsedTimer>
+#include <QList>
+#include <QObject>
+#include <QString>
+
+namespace pagestack {
+
+class Process;
+struct RunOptions;
+
+/// What `outputs` are to do together. Any thread that may read their items.
+RunWork workOf(const QList<OutputFile>& outputs, const RunOptions& options);
+
+/// "0:42" or "1:02:07".
+QString shortClockText(qint64 milliseconds);
+
+/// The figures of a run under way: pages, time without pauses, speed. Main thread; it listens to a
+/// job that runs elsewhere.
+class RunProgress : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Begins anew with `job`, which has not started.
+    void follow(Process& job);
+    /// Says what the job has to do, as soon as its outputs are there.
+    void setPlanned(const RunWork& planned);
+    void stopFollowing();
+    /// The clock stands still meanwhile.
+    void setPaused(bool isPaused);
+    bool isPaused() const { return m_pause.isValid(); }
+
+    /// Takes the time; to be called a few times a second.
+    void update();
+
+    qint64 pagesDone() const { return m_pagesDone; }
+    qint64 pagesPlanned() const { return m_pagesPlanned; }
+    qint64 workedMs() const;
+    /// Of the whole run, 0..1.
+    double fraction() { return m_pace.fraction(); }
+    /// "page 120 of 4,880"
+    QString pageText() const;
+    /// "85 pages/s, about 0:42 left", as far as it is known yet.
+    QString paceText() const;
+
+private:
+    void passSources(int processed);
+
+    Process* m_job = nullptr; ///< not owned
+    RunPace m_pace;
+    RunWork m_passed; ///< of the sources that are done, be it with failures
+    int m_sourcesPassed = 0;
+    double m_inHand = 0; ///< pages done of the next one
+    qint64 m_pagesDone = 0;
+    qint64 m_pagesPlanned = 0;
+    std::optional<qint64> m_shownMs; ///< time left, which does not jump to and fro
+    qint64 m_shownAtMs = 0;
+    QElapsedTimer m_elapsed;
+    QElapsedTimer m_pause; ///< valid while the run is paused
+    qint64 m_pausedMs = 0; ///< by former pauses
+};
+
+} // namespace pagestack

@@ -1,0 +1,128 @@
+#include "mainwindow/run/ProcessPanel.h"
+#include "mainwindow/run/RunPace.h"
+#include "tests/mainwindow/Session.h"
+#include "tests/support/TestFolder.h"
+
+#include <QHeaderView>
+#include <QMimeData>
+#include <QProgressBar>
+
+// A run as the window shows it: its sheet, the line that stands for it, the rows of the list.
+class RunTest : public WindowFixture
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        takeNewFolder();
+        start();
+    }
+
+    /// Files by "number x pages of KB" in their order, what a page and a megabyte take in
+    /// milliseconds, and the worst estimate of the whole in percent of the truth at 10, 25, 50 and
+    /// 75 % of the time.
+    void foreseesItsEnd_data()
+    {
+        addTextRows({ "files", "page", "megabyte", "worst" }, R"(
+            800x3x50           | 12 |  0 | 10 10 10 10
+            800x3x50           |  0 | 90 | 10 10 10 10
+            10x1x60000 500x1x40 | 15 |  8 | 40 40 40 10
+            500x1x40 10x1x60000 | 15 |  8 | 40 40 40 10
+            5x1x60000 100x5x40 5x1x60000 100x5x40 | 8 | 10 | 60 40 20 10
+            1x2000x60          |  5 |  5 | 10 10 10 10)");
+    }
+
+    /// Large files before small ones made a run of seconds look like one of minutes.
+    void foreseesItsEnd()
+    {
+        QFETCH(const QString, files);
+        QFETCH(const QString, page);
+        QFETCH(const QString, megabyte);
+        QFETCH(const QString, worst);
+        std::vector<double> pages; // bytes of each
+        for (const QString& part : files.split(u' ')) {
+            const QStringList numbers = part.split(u'x');
+            pages.insert(pages.end(), numbers.at(0).toULong() * numbers.at(1).toULong(),
+                         1000 * numbers.at(2).toDouble());
+        }
+        const auto costMs
+            = [&](double bytes) { return page.toDouble() + megabyte.toDouble() * bytes / 1e6; };
+        RunWork all;
+        double wholeMs = 0;
+        for (const double bytes : pages) {
+            all = { all.pages + 1, all.bytes + bytes };
+            wholeMs += costMs(bytes);
+        }
+        RunPace pace(all);
+        RunWork done;
+        double nowMs = 0;
+        double shown = 0;
+        QStringList found;
+        const std::array<double, 4> marks { 0.10, 0.25, 0.50, 0.75 };
+        std::size_t next = 0;
+        for (const double bytes : pages) {
+            nowMs += costMs(bytes);
+            done = { done.pages + 1, done.bytes + bytes };
+            pace.take(done, std::llround(nowMs));
+            QVERIFY(pace.fraction() >= shown && pace.fraction() <= 1); // the bar goes on
+            shown = pace.fraction();
+            if (next == marks.size() || nowMs < marks.at(next) * wholeMs)
+                continue;
+            const double foreseen = nowMs + static_cast<double>(pace.remainingMs().value_or(0));
+            const double off = std::abs(foreseen / wholeMs - 1) * 100;
+            found.append(QString::number(std::llround(off)));
+            const double most = worst.split(u' ').at(static_cast<qsizetype>(next++)).toDouble();
+            QVERIFY2(off <= most, qPrintable(found.join(u' ')));
+        }
+        QCOMPARE(next, marks.size());
+        QVERIFY(pace.fraction() > 0.999);
+    }
+
+    /// Made small a run leaves the list to be read, and changed by nothing: the job reads it.
+    void leavesTheListToBeRead()
+    {
+        const TestFolder folder;
+        folder.make(u"a.tif:WW b.tif:WWW c.tif:W"_s);
+        QVERIFY(open({ folder.path({}) }));
+        settings().setOutputFolderPath(outFolder());
+        QMimeData files;
+        files.setUrls(urlsOf({ folder.path(u"a.tif"_s) }));
+        const auto useTheList = [&] {
+            table().highlightRows({ 0 });
+            for (const Qt::Key key : { Qt::Key_Space, Qt::Key_Delete, Qt::Key_F2 })
+                QTest::keyClick(&table(), key);
+            QTest::keyClick(&table(), Qt::Key_Down, Qt::ControlModifier);
+            QTest::mouseClick(table().viewport(), Qt::LeftButton, {}, placeOf(2, 0));
+            QHeaderView& header = *table().horizontalHeader();
+            QTest::mouseClick(header.viewport(), Qt::LeftButton, {},
+                              { header.sectionViewportPosition(FileTableModel::Pages) + 5, 5 });
+            table().highlightRows({ 1 });
+            QTest::keyClick(&table(), Qt::Key_Down);
+            return order() + u' ' + QString::number(controller().files().checkedCount());
+        };
+        press("convertBtn");
+        press("pauseProcessBtn");
+        press("hideDetailsBtn");
+        const QWidget& panel = *controller().processViewPanel();
+        QVERIFY(!panel.isVisible() && find("runStrip").isVisible());
+        QVERIFY(table().isEnabled() && table().hasFocus());
+        QCOMPARE(useTheList(), u"a b c 3"_s);
+        QCOMPARE(table().highlightedRows(), QList<int> { 2 });
+        QVERIFY(!table().validateDrop(nullptr, &files) && !isEnabled("rightBox"));
+        QTRY_VERIFY(text("runStripLabel").endsWith(u"of 6 - paused"_s));
+
+        press("runPauseBtn");
+        QVERIFY(waitForRun());
+        QVERIFY(!panel.isVisible() && !find("runCancelBtn").isVisible());
+        QCOMPARE(text("runStripLabel"), u"Finished: 6 images written"_s);
+        press("runDetailsBtn");
+        QVERIFY(panel.isVisible() && !find("runStrip").isVisible());
+        press("runCloseBtn");
+        QVERIFY(!panel.isVisible() && table().validateDrop(nullptr, &files));
+        QCOMPARE(useTheList(), u"c b 2"_s); // removes and sorts again
+    }
+};
+
+QTEST_MAIN(RunTest)
+#include "RunTest.moc"
