@@ -4,12 +4,13 @@
 #include "engine/support/Application.h"
 #include "filelist/FileTableModel.h"
 #include "filelist/ListEditor.h"
+#include "mainwindow/ProgramText.h"
 #include "mainwindow/desktop/ApplicationEvents.h"
 #include "mainwindow/run/ProcessPanel.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 #include "ui_MainWindow.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QEvent>
 #include <QScreen>
 
@@ -47,7 +48,8 @@ PagestackAppDelegate::PagestackAppDelegate(const Services& services, QObject* pa
     m_ui->mainTableView->setContextMenu(m_ui->filesContextMenu);
     m_applicationEvents = std::make_unique<ApplicationEvents>(
         [this] { return mayQuit(); },
-        [this](bool hasVisibleWindows) { applicationShouldHandleReopen(hasVisibleWindows); });
+        [this](bool hasVisibleWindows) { applicationShouldHandleReopen(hasVisibleWindows); },
+        [this](const QUrl& url) { m_incoming->add({ url }); });
 }
 
 PagestackAppDelegate::~PagestackAppDelegate()
@@ -78,6 +80,12 @@ void PagestackAppDelegate::awakeFromNib()
     m_list = std::make_unique<ListCommands>(parts, *m_editor);
     m_load = std::make_unique<LoadControl>(parts, *m_list);
     m_run = std::make_unique<RunControl>(parts, *m_settings, *m_list);
+    m_incoming = std::make_unique<IncomingFiles>(
+        [this] {
+            return !m_worker->isBusy() && !m_run->isUnderWay()
+                && QApplication::activeModalWidget() == nullptr;
+        },
+        [this](const QList<QUrl>& urls) { m_load->openURLs(urls); });
     connectButtons();
     connectMenus();
     setSplitOptions(m_settings->outputType());
@@ -168,6 +176,17 @@ void PagestackAppDelegate::openAppAction()
     m_window->show();
     m_window->raise();
     m_window->activateWindow();
+}
+
+void PagestackAppDelegate::openPaths(const QStringList& paths)
+{
+    m_load->openURLs(fileURLs(paths));
+}
+
+void PagestackAppDelegate::openFromOutside(const QList<QUrl>& urls)
+{
+    openAppAction();
+    m_incoming->add(urls);
 }
 
 bool PagestackAppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)

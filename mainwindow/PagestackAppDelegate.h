@@ -4,6 +4,7 @@
 #include "filelist/FileList.h"
 #include "mainwindow/desktop/Services.h"
 #include "mainwindow/list/ListCommands.h"
+#include "mainwindow/load/IncomingFiles.h"
 #include "mainwindow/load/LoadControl.h"
 #include "mainwindow/run/RunControl.h"
 #include "mainwindow/settings/SettingsPane.h"
@@ -95,7 +96,9 @@ public:
     void setInculdeSubfolders(bool include) { m_load->setInculdeSubfolders(include); }
     void loadURLs(const Arguments& arguments) { m_load->loadURLs(arguments); }
     /// Paths of files and folders given to the program, loaded as if they were dropped.
-    void openPaths(const QStringList& paths) { m_load->openPaths(paths); }
+    void openPaths(const QStringList& paths);
+    /// Another start of the program wants these opened here, and the window in front.
+    void openFromOutside(const QList<QUrl>& urls);
     void importAction();
     void openImportFilesPanel() { m_load->openImportFilesPanel(); }
 
@@ -176,6 +179,7 @@ private:
     std::unique_ptr<ListCommands> m_list;
     std::unique_ptr<LoadControl> m_load;
     std::unique_ptr<RunControl> m_run;
+    std::unique_ptr<IncomingFiles> m_incoming;
     std::unique_ptr<ApplicationEvents> m_applicationEvents;
     bool m_hasQuit = false; ///< the window may close now
 #ifdef Q_OS_MACOS

@@ -3,6 +3,8 @@
 #include "engine/image/CodecVersions.h"
 #include "engine/support/Info.h"
 
+#include <QDir>
+
 namespace pagestack {
 
 using namespace Qt::StringLiterals;
@@ -12,9 +14,12 @@ namespace {
     const QString helpText = uR"(Usage: pagestack [FILE|FOLDER...]
 
 Opens the window, with these files, and the TIFF files in these folders, in its
-list. '--' ends the options. pagestack-convert converts without a window.
+list. A second start adds to the list of the first. '--' ends the options.
+pagestack-convert converts without a window.
 
 Options:
+  --new-window
+        opens a window of its own, beside one that is open already
   -h, --help
         prints this help
   --version
@@ -44,11 +49,27 @@ std::optional<QString> programText(const QStringList& arguments)
     return std::nullopt;
 }
 
-QStringList pathArguments(QStringList arguments)
+ProgramArguments programArguments(const QStringList& arguments)
 {
-    arguments.removeFirst(); // the program
-    arguments.removeOne(u"--"_s);
-    return arguments;
+    ProgramArguments result;
+    bool isOption = true;
+    for (const QString& argument : arguments.mid(1)) {
+        if (isOption && argument == u"--")
+            isOption = false;
+        else if (isOption && argument == u"--new-window")
+            result.wantsNewWindow = true;
+        else
+            result.paths.append(argument);
+    }
+    return result;
+}
+
+QList<QUrl> fileURLs(const QStringList& paths)
+{
+    QList<QUrl> urls;
+    for (const QString& path : paths)
+        urls.append(QUrl::fromLocalFile(QDir::current().absoluteFilePath(path)));
+    return urls;
 }
 
 } // namespace pagestack

@@ -4,6 +4,7 @@
 #include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/ProgramText.h"
 #include "mainwindow/desktop/DesktopWorkspace.h"
+#include "mainwindow/desktop/SingleInstance.h"
 #include "mainwindow/widgets/AlertPanel.h"
 #include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
@@ -13,6 +14,7 @@
 #include <cstdio>
 
 #include <csignal>
+#include <optional>
 
 namespace {
 
@@ -39,6 +41,13 @@ int main(int argc, char* argv[])
     QApplication::setApplicationVersion(version.toString());
     QApplication::setWindowIcon(applicationIcon());
     QApplication::setQuitOnLastWindowClosed(false); // the controller ends the program
+    const ProgramArguments given = programArguments(QCoreApplication::arguments());
+    std::optional<SingleInstance> instance;
+    if (!given.wantsNewWindow) {
+        instance.emplace();
+        if (instance->handOver(fileURLs(given.paths)))
+            return 0;
+    }
     UserDefaults defaults;
     DesktopWorkspace workspace;
     AlertPanel alerts;
@@ -52,7 +61,10 @@ int main(int argc, char* argv[])
     QObject::connect(&terminationSignals, &Signals::interrupted, &controller,
                      &PagestackAppDelegate::quitUnasked);
     controller.awakeFromNib();
-    controller.openPaths(pathArguments(QCoreApplication::arguments()));
+    if (instance)
+        QObject::connect(&*instance, &SingleInstance::opened, &controller,
+                         &PagestackAppDelegate::openFromOutside);
+    controller.openPaths(given.paths);
     const int code = QApplication::exec();
     return Signals::received() != 0 ? 128 + Signals::received() : code;
 }

@@ -1,6 +1,6 @@
 #include "mainwindow/desktop/ApplicationEvents.h"
 
-#include <QEvent>
+#include <QFileOpenEvent>
 #include <QGuiApplication>
 #include <QWindow>
 
@@ -22,8 +22,10 @@ namespace {
 
 // A click in the Dock arrives as this signal, also when the program is active already.
 ApplicationEvents::ApplicationEvents(std::function<bool()> mayQuit,
-                                     std::function<void(bool)> reopen)
+                                     std::function<void(bool)> reopen,
+                                     std::function<void(const QUrl&)> open)
     : m_mayQuit(std::move(mayQuit))
+    , m_open(std::move(open))
 {
     qApp->installEventFilter(this);
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
@@ -36,7 +38,13 @@ ApplicationEvents::ApplicationEvents(std::function<bool()> mayQuit,
 // Before Qt closes the windows, which one that only hides would refuse.
 bool ApplicationEvents::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched != qApp || event->type() != QEvent::Quit || m_mayQuit())
+    if (watched != qApp)
+        return false;
+    if (event->type() == QEvent::FileOpen) {
+        m_open(static_cast<const QFileOpenEvent*>(event)->url());
+        return true;
+    }
+    if (event->type() != QEvent::Quit || m_mayQuit())
         return false;
     event->ignore();
     return true;

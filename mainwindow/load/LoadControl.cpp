@@ -56,14 +56,6 @@ void LoadControl::addFolder()
                                            [this](const QList<QUrl>& urls) { load(urls, true); });
 }
 
-void LoadControl::openPaths(const QStringList& paths)
-{
-    QList<QUrl> urls;
-    for (const QString& path : paths)
-        urls.append(QUrl::fromLocalFile(QDir::current().absoluteFilePath(path)));
-    load(urls, true);
-}
-
 void LoadControl::openImportFilesPanel()
 {
     if (m_importPanel == nullptr) {

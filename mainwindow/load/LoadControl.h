@@ -27,7 +27,9 @@ public:
     void addFiles();
     void addFolder();
     void openImportFilesPanel();
-    void openPaths(const QStringList& paths);
+    /// Files, and folders with what the user wants of them, as if they were dropped. Refused while
+    /// a load or a run is under way.
+    void openURLs(const QList<QUrl>& urls) { load(urls, true); }
     bool inculdeSubfolders() const;
     void setInculdeSubfolders(bool include);
     /// Starts a load on a thread of its own; refused while a load or a run is under way.

@@ -6,6 +6,7 @@
 #include "tests/support/TestFolder.h"
 
 #include <QComboBox>
+#include <QFileOpenEvent>
 #include <QImage>
 #include <QMenuBar>
 #include <QProcess>
@@ -515,7 +516,7 @@ private slots:
         int ends = 0;
         end();
         // Sees what the session lets through, and keeps it from ending the tests.
-        ApplicationEvents system([&] { return ++ends < 0; }, [](bool) {});
+        ApplicationEvents system([&] { return ++ends < 0; }, [](bool) {}, [](const QUrl&) {});
         start();
         controller().setEndsWithWindow(false);
         QVERIFY(!controller().applicationShouldHandleReopen(true));
@@ -536,6 +537,21 @@ private slots:
         QCoreApplication::sendEvent(qApp, &quit);
         QCOMPARE(ends, 1);
         QCOMPARE(Settings(&defaults()).separator(), u"_q"_s);
+    }
+
+    // What is opened from outside during a load was dropped without a word.
+    void opensWhatTheSystemHandsItOnceItCan()
+    {
+        const QString first = makeFile(path(u"in/first.tif"_s));
+        const QString second = makeFile(path(u"in/second.tif"_s));
+        controller().openPaths({ manyFiles() });
+        QVERIFY(QTest::qWaitFor([&] { return controller().isProcessing(); }, longMs));
+        for (const QString& file : { first, second }) {
+            QFileOpenEvent event(file);
+            QCoreApplication::sendEvent(qApp, &event);
+        }
+        QVERIFY(QTest::qWaitFor([&] { return names().endsWith(u"second.tif"_s); }, longMs));
+        QVERIFY(names().contains(u"first.tif"_s));
     }
 
     void comesBackAsItWasLeft()
@@ -742,7 +758,10 @@ private slots:
         QVERIFY(program.readAllStandardOutput().startsWith("Usage: pagestack ["));
         QVERIFY(programText({ u"a"_s, u"--version"_s })->startsWith(u"pagestack "_s));
         QVERIFY(!programText({ u"--"_s, u"--help"_s }));
-        QCOMPARE(pathArguments({ u"pagestack"_s, u"a"_s, u"--"_s, u"-h"_s }).join(u' '), u"a -h"_s);
+        const ProgramArguments given
+            = programArguments({ u"pagestack"_s, u"a"_s, u"--new-window"_s, u"--"_s, u"-h"_s });
+        QCOMPARE(given.paths.join(u' '), u"a -h"_s);
+        QVERIFY(given.wantsNewWindow);
     }
 
 private:

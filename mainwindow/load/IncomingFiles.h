@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QTimer>
+#include <QUrl>
+
+#include <functional>
+
+namespace pagestack {
+
+/// Files and folders that come from outside, as by "Open with", the Dock or another start of the
+/// program. They are opened together, and kept while the window is busy. Main thread.
+class IncomingFiles : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `isIdle` says whether a load can begin; `open` begins it.
+    IncomingFiles(std::function<bool()> isIdle, std::function<void(const QList<QUrl>&)> open);
+
+    void add(const QList<QUrl>& urls);
+
+private:
+    void openWhenIdle();
+
+    std::function<bool()> m_isIdle;
+    std::function<void(const QList<QUrl>&)> m_open;
+    QList<QUrl> m_waiting;
+    QTimer m_timer;
+};
+
+} // namespace pagestack
