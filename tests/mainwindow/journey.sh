@@ -98,7 +98,6 @@ else
 fi
 until_true asks
 press Pagestack Return
-until_true has_windows Converting 1
 until_true grep -rq '</Log>' "$home/data"
 [ -f "$home/first1.jpg" ] && [ "$(images "$home/samples")" -eq 7 ] || fail "not every image is there"
 until_true has_windows Finished 1
