@@ -16,7 +16,7 @@ LAYERS = """
 engine/support < engine/threads < engine/files < engine/settings engine/log
 < engine/options < engine/image/pixels engine/image/deflate < engine/image/tiff
 < engine/image/metadata < engine/image/formats < engine/image/formats/png engine/image/formats/gif
-< engine/image/decode < engine/image/tiffwriter < engine/image/verify < engine/image < FileItem
+< engine/image/decode < engine/image/tiffwriter < engine/image/verify < engine/image < engine/preview FileItem
 < engine/sources < engine/plan < engine/job < filelist cli
 < mainwindow/widgets < mainwindow/desktop mainwindow/import < mainwindow/settings < mainwindow/state
 < mainwindow/list < mainwindow/load mainwindow/run < mainwindow

@@ -148,12 +148,13 @@ namespace {
     class DisplayRows : public RowByRow
     {
     public:
-        DisplayRows(const TiffPage& page, std::vector<RgbColor> palette, int shownBits)
+        DisplayRows(const TiffPage& page, std::vector<RgbColor> palette, int shownBits,
+                    const std::optional<PagePart>& part)
             : RowByRow(page.properties().widthPx, page.properties().heightPx,
                        layoutFor(page.tags(), palette))
             , m_messages(page.messages())
             , m_tags(page.tags())
-            , m_stored(page)
+            , m_stored(page, part)
             , m_unpacker(unpackerFor(m_tags))
             , m_alpha(alphaSample(m_tags))
             , m_range(m_tags.bitsPerSample, m_tags.sampleFormat, shownBits)
@@ -359,7 +360,8 @@ bool profileFitsDisplayRows(const TiffPageTags& tags)
             || tags.photometric == PHOTOMETRIC_YCBCR);
 }
 
-std::unique_ptr<RowSource> displayRows(const TiffPage& page, int shownBits)
+std::unique_ptr<RowSource> displayRows(const TiffPage& page, int shownBits,
+                                       const std::optional<PagePart>& part)
 {
     const TiffPageTags& tags = page.tags();
     if (needsRgbaInterface(tags))
@@ -368,7 +370,7 @@ std::unique_ptr<RowSource> displayRows(const TiffPage& page, int shownBits)
     std::vector<RgbColor> palette;
     if (tags.photometric == PHOTOMETRIC_PALETTE)
         palette = readPalette(page.load(), tags.bitsPerSample);
-    return std::make_unique<DisplayRows>(page, std::move(palette), shownBits);
+    return std::make_unique<DisplayRows>(page, std::move(palette), shownBits, part);
 }
 
 } // namespace pagestack

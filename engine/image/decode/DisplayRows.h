@@ -1,8 +1,10 @@
 #pragma once
 
+#include "engine/image/decode/StoredRows.h"
 #include "engine/image/pixels/RowSource.h"
 
 #include <memory>
+#include <optional>
 
 namespace pagestack {
 
@@ -14,7 +16,9 @@ struct TiffPageTags;
 /// alpha stays, other extra samples go. `shownBits` (8 or 16) is the depth of samples in the end;
 /// the page gets a warning if next to nothing is left of them. `page` must outlive the pass and
 /// stay the current one of its reader. Throws std::runtime_error for an unsupported kind of page.
-std::unique_ptr<RowSource> displayRows(const TiffPage& page, int shownBits);
+/// With a `part`, for a page that does not need the RGBA interface, the pass begins at its row.
+std::unique_ptr<RowSource> displayRows(const TiffPage& page, int shownBits,
+                                       const std::optional<PagePart>& part = {});
 
 /// True when libtiff's own conversion to RGBA is needed to interpret the page: old-style JPEG,
 /// LogLuv, and YCbCr that no JPEG decoder turns into RGB.

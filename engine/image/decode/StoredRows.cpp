@@ -32,21 +32,47 @@ namespace {
         return tags.isFax() || tags.compression == COMPRESSION_JPEG;
     }
 
+    /// Switching planes in mid-strip would decode the strip from its start again. JBIG has no rows.
+    bool isRowByRow(const TiffPageTags& tags)
+    {
+        const std::uint64_t rowBytes = tags.planeRowBytes() * static_cast<unsigned>(tags.planes());
+        return !tags.isTiled && !tags.planesAreSeparate && tags.compression != COMPRESSION_JBIG
+            && tags.rowsPerStrip * rowBytes > largestWholeStripBytes;
+    }
+
+    /// The samples lie in the file as they are, but for their byte order.
+    bool isPlain(const TiffPageTags& tags)
+    {
+        return tags.compression == COMPRESSION_NONE && tags.predictor == PREDICTOR_NONE
+            && tags.fillOrder == FILLORDER_MSB2LSB && !tags.isTiled && !tags.planesAreSeparate
+            && (tags.bitsPerSample <= 8 || tags.bitsPerSample == 16);
+    }
+
 } // namespace
 
-StoredRows::StoredRows(const TiffPage& page)
+std::uint32_t startRow(const TiffPageTags& tags, std::uint32_t row)
+{
+    if (isRowByRow(tags) && isPlain(tags))
+        return row;
+    const std::uint32_t step = tags.isTiled ? tags.tileHeightPx : tags.rowsPerStrip;
+    return row - row % step;
+}
+
+StoredRows::StoredRows(const TiffPage& page, const std::optional<PagePart>& part)
     : m_handle(page.restart())
+    , m_page(page)
     , m_tags(page.tags())
+    , m_part(part)
     , m_strideBytes(static_cast<qsizetype>(m_tags.planeRowBytes()))
 {
     const TiffPageTags& tags = m_tags;
     const std::uint64_t rowBytes = tags.planeRowBytes() * static_cast<unsigned>(tags.planes());
     const std::uint64_t pieceRows = tags.isTiled ? tags.tileHeightPx : tags.rowsPerStrip;
     std::uint64_t rows = std::min<std::uint64_t>(pieceRows, tags.heightPx);
-    // Switching planes in mid-strip would decode the strip from its start again. JBIG has no rows.
-    m_isRowByRow = !tags.isTiled && !tags.planesAreSeparate && tags.compression != COMPRESSION_JBIG
-        && rows * rowBytes > largestWholeStripBytes;
-    if (m_isRowByRow && isDecodedByLibtiff(tags) && hasLargeEncodedStrip()) {
+    m_isRowByRow = isRowByRow(tags);
+    if (m_part && m_isRowByRow && isPlain(tags) && hasAllPlainBytes())
+        m_plainOrder.emplace(tags, TIFFIsByteSwapped(m_handle) != 0);
+    if (m_isRowByRow && !m_plainOrder && isDecodedByLibtiff(tags) && hasLargeEncodedStrip()) {
         m_mappedCopy = std::make_unique<MappedTiffCopy>(page.reader(), page.index());
         m_handle = m_mappedCopy->handle();
         applyRowsPerStrip(m_handle, tags);
@@ -76,6 +102,17 @@ StoredRows::StoredRows(const TiffPage& page)
         m_tile.resize(static_cast<std::size_t>(tileBytes));
     }
     m_decoder.emplace(page, m_handle);
+    if (m_part)
+        begin(*m_part);
+}
+
+void StoredRows::begin(const PagePart& part)
+{
+    m_nextRow = part.firstRow;
+    if (m_plainOrder || !m_isRowByRow)
+        return;
+    for (m_nextRow -= part.firstRow % m_tags.rowsPerStrip; m_nextRow < part.firstRow; ++m_nextRow)
+        readRowByRow(1);
 }
 
 bool StoredRows::hasLargeEncodedStrip() const
@@ -101,7 +138,9 @@ StoredBand StoredRows::nextBand()
         return band;
     if (mayLeaveGaps(m_tags))
         std::fill(m_samples.begin(), m_samples.end(), std::uint8_t { 0 });
-    if (m_tags.isTiled)
+    if (m_plainOrder)
+        readPlain(rows);
+    else if (m_tags.isTiled)
         readTiles(rows);
     else if (m_isRowByRow)
         readRowByRow(rows);
@@ -146,19 +185,56 @@ void StoredRows::readRowByRow(int rows)
         m_mappedCopy->dropPages();
 }
 
+/// Whether every strip says that it has the bytes of its rows; where one does not, libtiff tells
+/// what is wrong.
+bool StoredRows::hasAllPlainBytes() const
+{
+    for (std::uint32_t strip = 0; strip < m_tags.stripsInPlane(); ++strip) {
+        const std::uint32_t rows
+            = std::min(m_tags.rowsPerStrip, m_tags.heightPx - strip * m_tags.rowsPerStrip);
+        if (TIFFGetStrileOffset(m_handle, strip) == 0
+            || TIFFGetStrileByteCount(m_handle, strip) < m_tags.planeRowBytes() * rows)
+            return false;
+    }
+    return true;
+}
+
+void StoredRows::readPlain(int rows)
+{
+    std::uint8_t* to = m_samples.data();
+    for (std::uint32_t done = 0; done < static_cast<std::uint32_t>(rows);) {
+        const std::uint32_t row = m_nextRow + done;
+        const std::uint32_t inStrip = row % m_tags.rowsPerStrip;
+        const std::uint32_t count
+            = std::min(m_tags.rowsPerStrip - inStrip, static_cast<std::uint32_t>(rows) - done);
+        const std::span<std::uint8_t> bytes(to, static_cast<std::size_t>(count * m_strideBytes));
+        m_page.document().readAt(TIFFGetStrileOffset(m_handle, row / m_tags.rowsPerStrip)
+                                     + m_tags.planeRowBytes() * inStrip,
+                                 bytes);
+        m_plainOrder->restore(bytes, static_cast<std::size_t>(m_strideBytes));
+        to += bytes.size();
+        done += count;
+    }
+}
+
 void StoredRows::readTiles(int rows)
 {
     const auto tileRowBytes = static_cast<qsizetype>(m_tags.bitsOf(m_tags.tileWidthPx) / 8);
+    const auto isWanted = [&](std::uint32_t x) {
+        return !m_part || (x < m_part->endColumn && m_part->firstColumn < x + m_tags.tileWidthPx);
+    };
     for (int plane = 0; plane < m_tags.planes(); ++plane) {
         qsizetype column = 0;
         for (std::uint32_t x = 0; x < m_tags.widthPx; x += m_tags.tileWidthPx) {
             const std::uint32_t tile
                 = TIFFComputeTile(m_handle, x, m_nextRow, 0, static_cast<std::uint16_t>(plane));
-            m_decoder->decode(tile, m_tile);
             const qsizetype bytes = std::min(tileRowBytes, m_strideBytes - column);
-            for (int i = 0; i < rows; ++i)
-                std::memcpy(planeStart(plane) + i * m_strideBytes + column,
-                            m_tile.data() + i * tileRowBytes, static_cast<std::size_t>(bytes));
+            if (isWanted(x)) {
+                m_decoder->decode(tile, m_tile);
+                for (int i = 0; i < rows; ++i)
+                    std::memcpy(planeStart(plane) + i * m_strideBytes + column,
+                                m_tile.data() + i * tileRowBytes, static_cast<std::size_t>(bytes));
+            }
             column += tileRowBytes;
             if (m_tags.widthPx - x <= m_tags.tileWidthPx)
                 break; // x would overflow

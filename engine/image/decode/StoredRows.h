@@ -5,6 +5,7 @@
 #include "engine/image/tiff/TiffPageTags.h"
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -26,6 +27,17 @@ struct StoredBand
     }
 };
 
+/// What of a page a pass is to read, for who looks at the page and does not convert it.
+struct PagePart
+{
+    std::uint32_t firstRow = 0; ///< as startRow() gives it; the pass goes on to the end of the page
+    std::uint32_t firstColumn = 0; ///< samples of tiles outside mean nothing
+    std::uint32_t endColumn = std::numeric_limits<std::uint32_t>::max();
+};
+
+/// The last row up to `row` at which a pass over such a page can begin without decoding others.
+std::uint32_t startRow(const TiffPageTags& tags, std::uint32_t row);
+
 /// One pass over the rows of a TIFF page in stored order, decoded but not interpreted: strips or
 /// tiles are put together to bands. Memory follows the strip or the row of tiles; a strip that is
 /// too large to be held is decoded row by row.
@@ -36,24 +48,30 @@ class StoredRows
 public:
     /// Starts at the top of `page`, which must outlive the pass and stay the current one of its
     /// reader. Throws std::runtime_error.
-    explicit StoredRows(const TiffPage& page);
+    explicit StoredRows(const TiffPage& page, const std::optional<PagePart>& part = {});
 
     /// The next rows. Throws std::runtime_error when they cannot be decoded completely.
     StoredBand nextBand();
 
 private:
     bool hasLargeEncodedStrip() const;
+    bool hasAllPlainBytes() const;
+    void begin(const PagePart& part);
+    void readPlain(int rows);
     void readStrips(int rows);
     void readRowByRow(int rows);
     void readTiles(int rows);
     std::uint8_t* planeStart(int plane);
 
     tiff* m_handle;
+    const TiffPage& m_page;
     const TiffPageTags& m_tags;
+    const std::optional<PagePart> m_part; ///< none: all of the page
     qsizetype m_strideBytes = 0;
     int m_rowsPerBand = 0;
     std::uint32_t m_nextRow = 0;
     bool m_isRowByRow = false;
+    std::optional<SampleOrder> m_plainOrder; ///< of uncompressed rows that are read as they lie
     std::unique_ptr<MappedTiffCopy> m_mappedCopy; ///< owns `m_handle` where it is needed
     std::optional<StripDecoder> m_decoder; ///< set by the constructor
     std::vector<std::uint8_t> m_samples; ///< of a band, plane after plane

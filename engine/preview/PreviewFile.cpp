@@ -1,0 +1,26 @@
+#include "engine/preview/PreviewFile.h"
+
+#include "engine/threads/StopScope.h"
+
+#include <QFile>
+
+#include <stdexcept>
+
+namespace pagestack {
+
+std::shared_ptr<const OpenTiffFile> PreviewFile::open(const IsStopped& isStopped)
+{
+    const std::lock_guard lock(m_mutex);
+    const std::optional<FileState> state = fileState(QFile::encodeName(m_path));
+    if (m_file && state && m_file->stateAtOpening() == *state)
+        return m_file;
+    m_file.reset();
+    const StopScope scope(isStopped);
+    auto opened = std::make_shared<const OpenTiffFile>(m_path);
+    if (isStopped()) // the chain of its pages may end too early
+        throw std::runtime_error("stopped");
+    m_file = std::move(opened);
+    return m_file;
+}
+
+} // namespace pagestack

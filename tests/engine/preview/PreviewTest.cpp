@@ -1,0 +1,310 @@
+#include "engine/preview/PageFacts.h"
+#include "engine/preview/PagePicture.h"
+#include "engine/preview/ResultSample.h"
+#include "tests/support/Testing.h"
+#include "tests/support/TiffBuilder.h"
+
+#include <tiffio.h>
+
+#include <atomic>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr QSize anySize(1'000'000, 1'000'000);
+const IsStopped never = [] { return false; };
+
+/// Where a pixel of the upright page lies in the file (TIFF 6.0, tag Orientation).
+QPoint storedPlace(QPoint at, QSize upright, int orientation)
+{
+    const int x = at.x();
+    const int y = at.y();
+    const int fromRight = upright.width() - 1 - x;
+    const int fromBottom = upright.height() - 1 - y;
+    const QPoint places[]
+        = { { x, y }, { fromRight, y }, { fromRight, fromBottom }, { x, fromBottom },
+            { y, x }, { y, fromRight }, { fromBottom, fromRight }, { fromBottom, x } };
+    return places[orientation - 1];
+}
+
+struct BoxOfPixels
+{
+    QPoint first;
+    QPoint last;
+};
+
+/// Of the file, for pixel `at` of a picture of `size` that shows `region` of the upright page.
+/// Boxes begin at whole pixels, counted along the file's rows and columns.
+BoxOfPixels boxOf(QPoint at, QSize size, QRect region, QSize upright, int orientation)
+{
+    const QPoint a = storedPlace(region.topLeft(), upright, orientation);
+    const QPoint b = storedPlace(region.bottomRight(), upright, orientation);
+    const QPoint from(std::min(a.x(), b.x()), std::min(a.y(), b.y()));
+    const QSize all(std::abs(a.x() - b.x()) + 1, std::abs(a.y() - b.y()) + 1);
+    const QSize to = orientation >= 5 ? size.transposed() : size;
+    const QPoint place = storedPlace(at, size, orientation);
+    const auto start = [](int i, int pixels, int boxes) { return i * pixels / boxes; };
+    return { from
+                 + QPoint(start(place.x(), all.width(), to.width()),
+                          start(place.y(), all.height(), to.height())),
+             from
+                 + QPoint(start(place.x() + 1, all.width(), to.width()) - 1,
+                          start(place.y() + 1, all.height(), to.height()) - 1) };
+}
+
+/// The sample of 8 bits that a pixel of the file is shown by.
+int shownSample(const TestPage& page, QPoint at, int channel)
+{
+    const auto value = static_cast<int>(page.at(at.x(), at.y(), page.samples == 3 ? channel : 0));
+    if (!page.colorMap.empty())
+        return page.colorMap[static_cast<std::size_t>(value + 256 * channel)] / 257;
+    const int top = static_cast<int>(page.top());
+    return (page.photometric == 0 ? top - value : value) * 255 / top;
+}
+
+/// What is wrong with the picture; null: nothing.
+QString faultOf(const PagePicture& picture, const TestPage& page, QSize upright)
+{
+    const int orientation = std::max(page.orientation, 1);
+    for (int y = 0; y < picture.size.height(); ++y)
+        for (int x = 0; x < picture.size.width(); ++x)
+            for (int c = 0; c < picture.channels; ++c) {
+                const BoxOfPixels box
+                    = boxOf({ x, y }, picture.size, picture.region, upright, orientation);
+                int sum = 0;
+                int count = 0;
+                for (int row = box.first.y(); row <= box.last.y(); ++row)
+                    for (int column = box.first.x(); column <= box.last.x(); ++column, ++count)
+                        sum += shownSample(page, { column, row }, c);
+                const int is = picture.samples.at(static_cast<std::size_t>(
+                    (y * picture.size.width() + x) * picture.channels + c));
+                if (const int wanted = (2 * sum + count) / (2 * count); is != wanted)
+                    return u"%1, %2, channel %3: %4, not %5"_s.arg(x).arg(y).arg(c).arg(is).arg(
+                        wanted);
+            }
+    return {};
+}
+
+class PreviewTest : public QObject
+{
+    Q_OBJECT
+
+    QString path(const QString& name) const { return m_folder.filePath(name); }
+    std::shared_ptr<const OpenTiffFile> open(const QString& name) const
+    {
+        return PreviewFile(path(name)).open(never);
+    }
+
+    QTemporaryDir m_folder;
+
+private slots:
+    void picturesAreTheMeansOfBoxes_data();
+    void picturesAreTheMeansOfBoxes();
+    void damagedPagesSayWhatIsWrong();
+    void aStopIsSeenBetweenBands();
+    void openFilesAreThoseOfNow();
+    void factsAreThoseOfTheUprightPage();
+    void resultsHaveTheBytesOfARun_data();
+    void resultsHaveTheBytesOfARun();
+    void partsOfLargePagesAreEstimated();
+};
+
+// Catches wrong strides, boxes, rows before the first one that is wanted, and sides changed about.
+void PreviewTest::picturesAreTheMeansOfBoxes_data()
+{
+    QTest::addColumn<TestPage>("page");
+    const auto add = [](const char* words) { QTest::newRow(words) << TestPage(words); };
+    for (const char* words :
+         { "rows=10", "bits=1", "fax", "bits=4 photometric=0", "rgb compression=5", "rgb planes=2",
+           "bits=8 tileWidth=16 tileHeight=16", "rgb compression=8 tileWidth=32 tileHeight=16",
+           "rgb compression=32773 rows=7", "width=2300 height=1900 rows=1900",
+           "width=2300 height=1900 rows=1900 compression=5", "width=2300 height=1900 rows=16" })
+        add(words);
+    for (int orientation = 1; orientation <= 8; ++orientation)
+        add(QByteArray("rgb orientation=" + QByteArray::number(orientation)).constData());
+    TestPage palette("photometric=3");
+    for (int i = 0; i < 3 * 256; ++i)
+        palette.colorMap.push_back(static_cast<std::uint16_t>((i * 37 + i / 256 * 50) % 256 * 257));
+    QTest::newRow("palette") << palette;
+}
+
+void PreviewTest::picturesAreTheMeansOfBoxes()
+{
+    QFETCH(const TestPage, page);
+    writeTiff(path(u"a.tif"_s), { page });
+    const auto file = open(u"a.tif"_s);
+    const QSize stored(page.width, page.height);
+    const QSize upright = page.orientation >= 5 ? stored.transposed() : stored;
+    const int w = upright.width();
+    const int h = upright.height();
+    const PictureWish wishes[] = { { 0, {}, { 17, 900 } },
+                                   { 0, { w / 3, h / 2, w / 2, h / 4 }, anySize },
+                                   { 0, { w / 2 - 3, h / 3, w / 2, h / 2 + 2 }, { 9, 7 } } };
+    for (const PictureWish& wish : wishes) {
+        const PagePicture picture = pictureOf(file, wish, never);
+        QCOMPARE(picture.pageSize, upright);
+        QCOMPARE(picture.region, wish.region.isEmpty() ? QRect(QPoint(), upright) : wish.region);
+        QCOMPARE(picture.size, reducedSize(picture.region.size(), wish.most));
+        QCOMPARE(picture.losses, QStringList());
+        QCOMPARE(faultOf(picture, page, upright), QString());
+    }
+    QCOMPARE(pictureOf(file, wishes[0], never).size.width(), 17);
+    QCOMPARE(pictureOf(file, wishes[1], never).size, QSize(w / 2, h / 4));
+}
+
+/// Catches a preview that says something else than the run, or shows less than there is as if it
+/// were all.
+void PreviewTest::damagedPagesSayWhatIsWrong()
+{
+    const std::pair<const char*, const char*> kinds[]
+        = { { "strips", "compression=5" },
+            { "plain strips", "rows=33" },
+            { "a large plain strip", "width=2300 height=1900 rows=1900" } };
+    for (const auto& [name, words] : kinds) {
+        writeTiff(path(u"b.tif"_s), { TestPage(words), TestPage(words) });
+        QByteArray bytes = bytesOf(path(u"b.tif"_s));
+        const auto file = open(u"b.tif"_s);
+        QVERIFY2(pictureOf(file, { 1, {}, anySize }, never).losses.isEmpty(), name);
+        // While it is open, as by another program.
+        QFile(path(u"b.tif"_s)).resize(bytes.size() / 3);
+        const QString told = reasonOf([&] { pictureOf(file, { 1, {}, { 10, 10 } }, never); });
+        QVERIFY2(!told.isEmpty(), name);
+    }
+    writeTiff(path(u"c.tif"_s), { TestPage("compression=5") });
+    QByteArray bytes = bytesOf(path(u"c.tif"_s));
+    bytes.replace(8, 200, QByteArray(200, '\x55'));
+    putBytes(path(u"c.tif"_s), bytes);
+    TiffDocument document(path(u"c.tif"_s));
+    PageImage image = document.page(0);
+    QVERIFY(!image.save(path(u"c.png"_s), Settings(nullptr)));
+    QCOMPARE(reasonOf([&] {
+                 pictureOf(open(u"c.tif"_s), { 0, {}, { 10, 10 } }, never);
+             }),
+             image.failureReason());
+    QVERIFY(!reasonOf([&] { pictureOf(open(u"c.tif"_s), { 1, {}, { 9, 9 } }, never); }).isEmpty());
+}
+
+/// Catches work that goes on for a page that nobody looks at any more.
+void PreviewTest::aStopIsSeenBetweenBands()
+{
+    writeTiff(path(u"a.tif"_s), { TestPage("width=3000 height=1500 rows=10 compression=5") });
+    const auto file = open(u"a.tif"_s);
+    std::atomic<int> asked = 0;
+    const auto soon = [&] { return ++asked > 3; };
+    QCOMPARE(reasonOf([&] { pictureOf(file, { 0, {}, { 50, 50 } }, soon); }), u"stopped"_s);
+    QVERIFY2(asked < 10, "each thread may ask once more");
+    ConversionOptions options;
+    asked = 0;
+    QCOMPARE(reasonOf([&] { resultSample(file, 0, options, {}, soon); }), u"stopped"_s);
+    QVERIFY(asked < 10);
+}
+
+/// Catches old pages of a file that was replaced, and waiting for a pipe's other end.
+void PreviewTest::openFilesAreThoseOfNow()
+{
+    PreviewFile file(path(u"a.tif"_s));
+    QFile::remove(path(u"a.tif"_s));
+    QVERIFY(reasonOf([&] { file.open(never); }).contains(u"cannot open the file"_s));
+    writeTiff(path(u"a.tif"_s), { TestPage() });
+    const auto one = file.open(never);
+    QCOMPARE(file.open(never), one);
+    writeTiff(path(u"b.tif"_s), { TestPage(), TestPage() });
+    QFile::remove(path(u"a.tif"_s));
+    QVERIFY(QFile::rename(path(u"b.tif"_s), path(u"a.tif"_s)));
+    QCOMPARE(file.open(never)->pageCount(), 2);
+    QCOMPARE(one->pageCount(), 1);
+    QCOMPARE(reasonOf([&] { file.open([] { return true; }); }), QString());
+    QCOMPARE(::mkfifo(QFile::encodeName(path(u"pipe.tif"_s)).constData(), 0600), 0);
+    QCOMPARE(reasonOf([&] { PreviewFile(path(u"pipe.tif"_s)).open(never); }),
+             u"it is no regular file"_s);
+}
+
+/// Catches sides or resolutions of the stored page, and texts that are cut or garbled.
+void PreviewTest::factsAreThoseOfTheUprightPage()
+{
+    TestPage page("rgb orientation=6 unit=2 xy=300,200 compression=5");
+    page.moreTags = [](tiff* to) {
+        TIFFSetField(to, TIFFTAG_ARTIST, "J\xc3\xb6rg");
+        TIFFSetField(to, TIFFTAG_IMAGEDESCRIPTION, "two\nlines");
+        TIFFSetField(to, TIFFTAG_XPOSITION, 2.0);
+    };
+    writeTiff(path(u"f.tif"_s), { TestPage("bits=1"), page });
+    const PageFacts facts = factsOf(open(u"f.tif"_s), 1);
+    QCOMPARE(facts.pages, 2);
+    QCOMPARE(facts.sizePx, QSize(page.height, page.width));
+    QCOMPARE(facts.resolution.x, 200.0);
+    QCOMPARE(facts.resolution.y, 300.0);
+    QCOMPARE(facts.samplesPerPixel, 3);
+    QCOMPARE(facts.compression, u"LZW"_s);
+    QCOMPARE(facts.color, u"RGB"_s);
+    const QList<std::pair<QString, QString>> texts
+        = { { u"ImageDescription"_s, u"two lines"_s }, { u"Artist"_s, u"J\u00f6rg"_s } };
+    QCOMPARE(facts.texts, texts);
+    QVERIFY(facts.others.contains(u"XPosition"_s));
+    QCOMPARE(factsOf(open(u"f.tif"_s), 0).color, u"black and white"_s);
+}
+
+void PreviewTest::resultsHaveTheBytesOfARun_data()
+{
+    QTest::addColumn<OutputType>("type");
+    QTest::newRow("jpg") << OutputType::Jpeg;
+    QTest::newRow("png") << OutputType::Png;
+    QTest::newRow("tiff") << OutputType::Tiff;
+    QTest::newRow("bmp") << OutputType::Bmp;
+    QTest::newRow("gif") << OutputType::Gif;
+}
+
+/// Catches options that the comparison forgets.
+void PreviewTest::resultsHaveTheBytesOfARun()
+{
+    QFETCH(const OutputType, type);
+    TestPage page("rgb smooth orientation=8 xy=72,72 width=200");
+    page.moreTags = [](tiff* to) { TIFFSetField(to, TIFFTAG_ARTIST, "somebody"); };
+    writeTiff(path(u"a.tif"_s), { page });
+    ConversionOptions options;
+    options.outputType = type;
+    options.jpegQuality = 3;
+    options.tiffCompression = TiffCompression::Lzw;
+    options.run.treatment.bilevel = Bilevel::Otsu;
+    options.run.treatment.stripsMetadata = type == OutputType::Jpeg;
+    Settings settings(nullptr);
+    applyTo(settings, options);
+    const QString target = path(u"a"_s + fileExtension(static_cast<int>(type)));
+    TiffDocument document(path(u"a.tif"_s), options.run.treatment);
+    QVERIFY(document.page(0).save(target, settings));
+
+    const ResultSample sample = resultSample(open(u"a.tif"_s), 0, options, {}, never);
+    QCOMPARE(sample.bytes, bytesOf(target).size());
+    QVERIFY(!sample.isEstimated);
+    QCOMPARE(sample.region, QRect(0, 0, page.height, page.width));
+    if (type == OutputType::Tiff)
+        QCOMPARE(sample.picture->size, sample.region.size());
+    else
+        QCOMPARE(sample.file, bytesOf(target));
+    QVERIFY(sample.losses.isEmpty());
+}
+
+/// Catches parts of the wrong place of a page that is turned, and packed pixels that are shifted.
+void PreviewTest::partsOfLargePagesAreEstimated()
+{
+    TestPage page("bits=1 orientation=6 width=5600 height=4100 rows=100");
+    page.sample = [](int x, int y, int) { return x > 3333 && y < 2222 ? 1U : 0U; };
+    writeTiff(path(u"l.tif"_s), { page });
+    ConversionOptions options;
+    options.outputType = OutputType::Tiff;
+    const auto file = open(u"l.tif"_s);
+    const ResultSample sample = resultSample(file, 0, options, { 1900, 3300 }, never);
+    QVERIFY(sample.isEstimated);
+    QVERIFY(sample.region.contains(QPoint(1900, 3300)));
+    QCOMPARE(sample.region.size(), QSize(2048, 2048));
+    const double wanted = 5600.0 * 4100 / 8;
+    QVERIFY(std::abs(static_cast<double>(sample.bytes) - wanted) < wanted / 100);
+    const PagePicture part = pictureOf(file, { 0, sample.region, anySize }, never);
+    QVERIFY(part.samples == sample.picture->samples);
+    QVERIFY(std::ranges::count(part.samples, 0) > 0 && std::ranges::count(part.samples, 255) > 0);
+}
+
+} // namespace
+
+QTEST_GUILESS_MAIN(PreviewTest)
+#include "PreviewTest.moc"
