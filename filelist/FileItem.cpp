@@ -61,6 +61,24 @@ std::shared_ptr<FileItem> FileItem::initWithURL(const QUrl& url)
 
 FileItem::FileItem(const QUrl& url) { setFilePath(url); }
 
+FileItem::FileItem(const FileItem& other)
+    : m_isSelected(other.m_isSelected)
+    , m_filePath(other.m_filePath)
+    , m_path(other.m_path)
+    , m_foundIn(other.m_foundIn)
+    , m_rare(other.m_rare ? std::make_unique<Rare>(*other.m_rare) : nullptr)
+    , m_pages(other.m_pages)
+    , m_size(other.m_size)
+{
+}
+
+FileItem::~FileItem() = default;
+
+std::shared_ptr<FileItem> FileItem::clone() const
+{
+    return std::shared_ptr<FileItem>(new FileItem(*this));
+}
+
 void FileItem::setFilePath(const QUrl& url)
 {
     m_filePath = url;

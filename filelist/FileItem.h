@@ -21,8 +21,14 @@ namespace pagestack {
 class FileItem
 {
 public:
+    ~FileItem();
+    FileItem& operator=(const FileItem&) = delete;
+
     /// A ticked item for the file, or null when `url` is missing or is not a file URL.
     static std::shared_ptr<FileItem> initWithURL(const QUrl& url);
+
+    /// The same as it is now, for another thread.
+    std::shared_ptr<FileItem> clone() const;
 
     /// False when the path of `url` has bytes that are not text: toLocalFile() would be the path of
     /// another file.
@@ -90,6 +96,7 @@ private:
     };
 
     explicit FileItem(const QUrl& url);
+    FileItem(const FileItem& other);
     const Rare& rare() const;
 
     bool m_isSelected = true;

@@ -128,9 +128,11 @@ namespace {
         QString folder;
         double taken = 0;
         double most = 0;
+        double all = 0;
 
         void add(double bytes, std::optional<FileState> replaced)
         {
+            all += bytes;
             most = std::max(most, taken + bytes);
             taken += bytes - (replaced ? static_cast<double>(replaced->sizeBytes) : 0);
         }
@@ -149,6 +151,54 @@ namespace {
         while (!fileIdentity(QFile::encodeName(folder)) && folder != u"/" && !folder.isEmpty())
             folder = folderPart(folder);
         return folder;
+    }
+
+    using Needs = std::map<std::uint64_t, Need>; // by device
+
+    /// Where `isKnownFor` the settings. None when `goesOn` is false.
+    Needs needsOf(const QList<OutputFile>& outputs, const Settings& settings,
+                  const RunOptions& options,
+                  const std::function<bool(const QString& path)>& isWanted,
+                  const std::function<bool()>& goesOn)
+    {
+        const OutputNames names(settings, options);
+        const bool isBilevel = options.treatment.bilevel != Bilevel::None;
+        const bool isBmp = settings.outputType() == static_cast<int>(OutputType::Bmp);
+        Needs needs;
+        for (const OutputFile& output : outputs) {
+            if (!goesOn())
+                return {};
+            const QString folder = nearestFolder(names.folder(output));
+            const auto identity = fileIdentity(QFile::encodeName(folder));
+            if (!identity || output.pages.isEmpty())
+                continue;
+            Need& need = needs.try_emplace(identity->device, Need { folder }).first->second;
+            const auto add = [&](int page, double bytes) {
+                const QString path = names.path(output, page);
+                const auto replaced = fileState(QFile::encodeName(path));
+                if (!replaced || !isWanted || isWanted(path))
+                    need.add(bytes, replaced);
+            };
+            try {
+                const OpenTiffFile file(output.filename);
+                double together = 0;
+                for (const int page : output.pages) {
+                    if (!goesOn() || page > file.pageCount())
+                        break;
+                    const PageOutline outline(file, page, isBilevel);
+                    const double bytes = isBmp ? outline.bmpBytes() : outline.tiffBytes();
+                    if (isKeptTogether(settings))
+                        together += bytes;
+                    else
+                        add(page, bytes);
+                }
+                if (isKeptTogether(settings))
+                    add(0, together);
+            } catch (const std::runtime_error&) {
+                // It is told when it is its turn.
+            }
+        }
+        return needs;
     }
 
     QString sizeText(quint64 bytes)
@@ -172,43 +222,7 @@ std::vector<SpaceShortage> spaceShortages(const QList<OutputFile>& outputs,
 {
     if (!isKnownFor(settings))
         return {};
-    const OutputNames names(settings, options);
-    const bool isBilevel = options.treatment.bilevel != Bilevel::None;
-    const bool isBmp = settings.outputType() == static_cast<int>(OutputType::Bmp);
-    std::map<std::uint64_t, Need> needs; // by device
-    for (const OutputFile& output : outputs) {
-        if (!goesOn())
-            return {};
-        const QString folder = nearestFolder(names.folder(output));
-        const auto identity = fileIdentity(QFile::encodeName(folder));
-        if (!identity || output.pages.isEmpty())
-            continue;
-        Need& need = needs.try_emplace(identity->device, Need { folder }).first->second;
-        const auto add = [&](int page, double bytes) {
-            const QString path = names.path(output, page);
-            const auto replaced = fileState(QFile::encodeName(path));
-            if (!replaced || !isWanted || isWanted(path))
-                need.add(bytes, replaced);
-        };
-        try {
-            const OpenTiffFile file(output.filename);
-            double together = 0;
-            for (const int page : output.pages) {
-                if (!goesOn() || page > file.pageCount())
-                    break;
-                const PageOutline outline(file, page, isBilevel);
-                const double bytes = isBmp ? outline.bmpBytes() : outline.tiffBytes();
-                if (isKeptTogether(settings))
-                    together += bytes;
-                else
-                    add(page, bytes);
-            }
-            if (isKeptTogether(settings))
-                add(0, together);
-        } catch (const std::runtime_error&) {
-            // It is told when it is its turn.
-        }
-    }
+    const Needs needs = needsOf(outputs, settings, options, isWanted, goesOn);
     std::vector<SpaceShortage> found;
     for (const auto& [device, need] : needs) {
         const qint64 available = QStorageInfo(need.folder).bytesAvailable();
@@ -217,6 +231,17 @@ std::vector<SpaceShortage> spaceShortages(const QList<OutputFile>& outputs,
                 { need.folder, static_cast<quint64>(need.most), static_cast<quint64>(available) });
     }
     return found;
+}
+
+std::optional<quint64> outputBytes(const QList<OutputFile>& outputs, const Settings& settings,
+                                   const RunOptions& options, const std::function<bool()>& goesOn)
+{
+    if (!isKnownFor(settings))
+        return std::nullopt;
+    double bytes = 0;
+    for (const auto& [device, need] : needsOf(outputs, settings, options, {}, goesOn))
+        bytes += need.all;
+    return goesOn() ? std::optional(static_cast<quint64>(bytes)) : std::nullopt;
 }
 
 } // namespace pagestack

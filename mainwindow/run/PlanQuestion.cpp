@@ -1,9 +1,11 @@
 #include "mainwindow/run/PlanQuestion.h"
 
 #include "engine/plan/RunPlan.h"
+#include "engine/settings/Settings.h"
 #include "mainwindow/run/RunControl.h"
 
 #include <QDir>
+#include <QLocale>
 
 #include <algorithm>
 
@@ -70,6 +72,36 @@ bool hasOwnSource(const RunPlan& plan)
         const OutputFile& output = plan.outputs().at(target.output);
         return plan.names().path(output, target.page) == output.filename;
     });
+}
+
+QString placeText(const Settings& settings)
+{
+    return settings.outputFolderPath().isEmpty()
+        ? RunControl::tr("beside their sources")
+        : RunControl::tr("in %1").arg(QDir::toNativeSeparators(settings.outputFolderPath()));
+}
+
+QString planSummary(const RunPlan& plan, const Settings& settings, const RunWork& work,
+                    std::optional<quint64> bytes)
+{
+    const auto files = static_cast<int>(plan.outputs().size());
+    const auto pages = static_cast<int>(work.pages);
+    const bool isTogether = isKeptTogether(settings);
+    QString text = RunControl::tr("%n file(s)", nullptr, files)
+        + RunControl::tr(", %n page(s)", nullptr, pages)
+        + RunControl::tr(": %n image(s) ", nullptr, isTogether ? files : pages)
+        + placeText(settings);
+    for (const OutputFile& output : plan.outputs())
+        if (!output.pages.isEmpty()) {
+            text += RunControl::tr(", such as %1")
+                        .arg(plan.names().name(output, isTogether ? 0 : output.pages.first()));
+            break;
+        }
+    if (bytes)
+        text += RunControl::tr(", %1 at most")
+                    .arg(QLocale().formattedDataSize(static_cast<qint64>(*bytes), 1,
+                                                     QLocale::DataSizeSIFormat));
+    return text;
 }
 
 QString existingQuestion(const RunPlan& plan)

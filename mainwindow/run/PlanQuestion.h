@@ -1,10 +1,15 @@
 #pragma once
 
+#include "mainwindow/run/RunPace.h"
+
 #include <QString>
+
+#include <optional>
 
 namespace pagestack {
 
 class RunPlan;
+class Settings;
 
 /// Whether numbers keep the outputs of a run apart; those of several pages of one source may not.
 bool isSolvedBy(const RunPlan& numbered);
@@ -15,6 +20,14 @@ QString planQuestion(const RunPlan& plan, const RunPlan& numbered);
 
 /// Whether an output would replace its own source.
 bool hasOwnSource(const RunPlan& plan);
+
+/// What a run is to write, in a few words: "12 files, 480 pages: 480 images in /out, such as
+/// scan01.jpg", with their bytes where these are known.
+QString planSummary(const RunPlan& plan, const Settings& settings, const RunWork& work,
+                    std::optional<quint64> bytes);
+
+/// "/out", or that each output goes beside its source.
+QString placeText(const Settings& settings);
 
 /// What to ask about the files at the targets of a `plan`, of which there are some.
 QString existingQuestion(const RunPlan& plan);

@@ -14,7 +14,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
     constexpr int pathRole = Qt::UserRole;
-    constexpr int mostLinesOfFile = 10;
 
     enum ProblemColumn { FileColumn, PageColumn, ReasonColumn };
 
@@ -67,26 +66,6 @@ void ProblemList::removeAll()
 {
     clear();
     m_count = 0;
-}
-
-QHash<QString, QString> ProblemList::byFile() const
-{
-    QHash<QString, QString> texts;
-    QHash<QString, int> lines;
-    for (int row = 0; row < topLevelItemCount(); ++row) {
-        const QTreeWidgetItem& item = *topLevelItem(row);
-        const QString path = item.data(FileColumn, pathRole).toString();
-        const int line = ++lines[path];
-        const QString page = item.text(PageColumn);
-        QString text = item.text(ReasonColumn);
-        if (line > mostLinesOfFile)
-            text = line == mostLinesOfFile + 1 ? tr("and more") : QString();
-        else if (!page.isEmpty())
-            text = tr("Page %1: %2").arg(page, text);
-        if (!text.isEmpty())
-            texts[path] += (line > 1 ? u"\n"_s : QString()) + text;
-    }
-    return texts;
 }
 
 void ProblemList::keyPressEvent(QKeyEvent* event)

@@ -2,7 +2,6 @@
 
 #include "engine/log/Diagnostic.h"
 
-#include <QHash>
 #include <QTreeWidget>
 
 namespace pagestack {
@@ -22,8 +21,6 @@ public:
     void removeAll();
     /// Of all problems, those that are not shown included.
     qint64 count() const { return m_count; }
-    /// The problems of each source, a line each, the first ones when there are many.
-    QHash<QString, QString> byFile() const;
 
 signals:
     /// The source at `path` is to be shown in the list of files.

@@ -6,7 +6,6 @@
 
 #include <QAccessible>
 #include <QLocale>
-#include <QMainWindow>
 
 #include <cmath>
 
@@ -36,10 +35,10 @@ namespace {
 
 } // namespace
 
-ProcessPanel::ProcessPanel(QMainWindow* window)
+ProcessPanel::ProcessPanel(QWidget* window, QWidget& strip)
     : QDialog(window, Qt::Sheet)
     , m_ui(std::make_unique<Ui::ProcessPanel>())
-    , m_strip(new RunStrip(*window))
+    , m_strip(new RunStrip(strip))
 {
     m_ui->setupUi(this);
     setWindowModality(Qt::WindowModal);
@@ -84,8 +83,6 @@ void ProcessPanel::connectButtons()
     connect(m_ui->closeProcessBtn, &QPushButton::clicked, this, &ProcessPanel::closeRequested);
 }
 
-QHash<QString, QString> ProcessPanel::problemsByFile() const { return m_ui->problemList->byFile(); }
-
 void ProcessPanel::follow(Process& job)
 {
     m_job = &job;
@@ -102,7 +99,7 @@ void ProcessPanel::follow(Process& job)
     m_ui->processMessageLabel->clear();
     showNames(true);
     m_ui->viewLogBtn->setEnabled(false);
-    m_ui->processPlanLabel->hide();
+    m_ui->processPlanLabel->setText(tr("Looking at what is there..."));
     m_ui->pauseProcessBtn->setChecked(false);
     showButtons(true);
     m_ui->pauseProcessBtn->setFocus(); // no key that is pressed by chance ends the run
@@ -126,7 +123,6 @@ void ProcessPanel::setPlanned(const RunWork& planned, const QString& text)
 {
     m_progress.setPlanned(planned);
     m_ui->processPlanLabel->setText(text);
-    m_ui->processPlanLabel->show();
     showCounts();
 }
 

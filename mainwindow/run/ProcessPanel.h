@@ -3,12 +3,9 @@
 #include "mainwindow/run/RunProgress.h"
 
 #include <QDialog>
-#include <QHash>
 #include <QTimer>
 
 #include <memory>
-
-class QMainWindow;
 
 namespace Ui {
 class ProcessPanel;
@@ -28,7 +25,8 @@ class ProcessPanel : public QDialog
     Q_OBJECT
 
 public:
-    explicit ProcessPanel(QMainWindow* window);
+    /// The line that stands for it fills `strip`, of the window.
+    ProcessPanel(QWidget* window, QWidget& strip);
     ~ProcessPanel() override;
     ProcessPanel(const ProcessPanel&) = delete;
     ProcessPanel& operator=(const ProcessPanel&) = delete;
@@ -45,8 +43,6 @@ public:
     /// run begins with the sheet.
     bool isSmall() const { return m_isSmall; }
     void setSmall(bool isSmall);
-    /// The problems of each source, a line each, when the run has ended.
-    QHash<QString, QString> problemsByFile() const;
 
     /// Says, when the run has ended, what came of it; `hasLeft`: some files were not converted.
     void showOutcome(const QString& headline, bool hasLeft);

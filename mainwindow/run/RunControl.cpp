@@ -1,7 +1,7 @@
 #include "mainwindow/run/RunControl.h"
 
-#include "engine/plan/ChosenPages.h"
 #include "engine/plan/RunPlan.h"
+#include "engine/plan/SpaceNeed.h"
 #include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/Workspace.h"
@@ -26,13 +26,37 @@ namespace pagestack {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+    constexpr double mostPagesMeasured = 5000; ///< for their bytes, which are read from each file
+
+    QList<OutputFile> tickedOutputs(const FileList::Items& items)
+    {
+        QList<OutputFile> outputs;
+        for (const FileList::Item& item : items)
+            if (item->isSelected())
+                outputs.append(
+                    { .filename = item->filePath().toLocalFile(), .fileItems = { item } });
+        return outputs;
+    }
+
+} // namespace
+
 RunControl::RunControl(const WindowParts& parts, Settings& settings, ListCommands& list)
     : m_parts(parts)
     , m_settings(settings)
     , m_list(list)
     , m_process(std::make_unique<Process>(&parts.services.workspace))
-    , m_panel(std::make_unique<ProcessPanel>(&parts.window))
+    , m_panel(std::make_unique<ProcessPanel>(&parts.window, *parts.ui.runBar))
+    , m_rows(parts)
 {
+    connect(&m_outcome, &RunOutcome::changed, this,
+            [this](const QHash<QString, RowStatus>& statuses, int inHand) {
+                m_rows.show(statuses);
+                const QList<OutputFile> outputs = m_process->outputFiles();
+                if (inHand < outputs.size())
+                    m_rows.follow(outputs.at(inHand));
+            });
     connect(&parts.worker, &Worker::ended, this, [this] {
         if (m_question)
             ask();
@@ -127,28 +151,20 @@ void RunControl::beginRun()
     if (m_parts.worker.isBusy())
         return; // a load has begun while the user was asked
     m_parts.ui.rightBox->showFormat();
-    QList<OutputFile> outputs;
-    for (const std::shared_ptr<FileItem>& item : m_parts.files.items()) {
-        if (!item->isSelected())
-            continue;
-        OutputFile output;
-        output.filename = item->filePath().toLocalFile();
-        output.fileItems = { item };
-        outputs.append(output);
-    }
-    startRun(outputs);
+    startRun(std::nullopt);
 }
 
-/// The outputs are planned by the run's thread, before anything is written.
-void RunControl::startRun(const QList<OutputFile>& outputs, std::optional<ExistingFiles> decided)
+/// The outputs, those of the ticked files unless they are given, are planned by the run's thread,
+/// before anything is written. Nobody changes the list meanwhile.
+void RunControl::startRun(const std::optional<QList<OutputFile>>& outputs,
+                          std::optional<ExistingFiles> decided)
 {
     if (m_parts.worker.isBusy() || !m_process)
         return; // something else has begun while the user was asked
     m_process->setRunOptions(m_parts.ui.rightBox->choices().options());
-    m_process->setOutputFiles(outputs);
-    m_process->setTotalFileSelected(static_cast<int>(outputs.size()));
+    m_process->setTotalFileSelected(static_cast<int>(m_parts.files.checkedCount()));
     m_panel->follow(*m_process);
-    m_panel->setPlanned(workOf(outputs, m_process->runOptions()), {});
+    m_rows.begin();
     m_outcome.follow(*m_process);
     m_awake = std::make_unique<SleepInhibitor>();
     m_parts.view.resetView(false);
@@ -160,10 +176,12 @@ void RunControl::startRun(const QList<OutputFile>& outputs, std::optional<Existi
     const auto remembered = known == m_existing.cend() ? std::nullopt : std::optional(*known);
     m_process->gate().reset();
     m_isRunning = true;
-    m_parts.worker.start([this, job = m_process.get(), decided, remembered] {
-        if (isPlanClear(*job, decided, remembered))
-            job->start();
-    });
+    m_parts.worker.start(
+        [this, job = m_process.get(), outputs, decided, remembered, items = m_parts.files.items()] {
+            job->setOutputFiles(outputs ? *outputs : tickedOutputs(items));
+            if (isPlanClear(*job, decided, remembered))
+                job->start();
+        });
     m_panel->open();
 }
 
@@ -180,6 +198,7 @@ bool RunControl::isPlanClear(Process& job, std::optional<ExistingFiles> decided,
                            RunPlan::Numbering::None, {}, isWanted);
         if (!isWanted())
             return;
+        showPlan(plan, job);
         auto question = questionOf(plan, job, decided, remembered);
         if (!question || !isWanted())
             return;
@@ -189,6 +208,18 @@ bool RunControl::isPlanClear(Process& job, std::optional<ExistingFiles> decided,
     if (!isChecked)
         job.stop(); // a run that nobody looked through writes nothing
     return isClear;
+}
+
+/// On the thread of the run.
+void RunControl::showPlan(const RunPlan& plan, Process& job)
+{
+    const RunWork work = workOf(plan.outputs(), job.runOptions());
+    std::optional<quint64> bytes;
+    if (work.pages <= mostPagesMeasured)
+        bytes = outputBytes(plan.outputs(), m_settings, job.runOptions(),
+                            [&job] { return job.isCombining(); });
+    const QString text = planSummary(plan, m_settings, work, bytes);
+    callOnMainThread([&] { m_panel->setPlanned(work, text); });
 }
 
 /// None where the run can begin, with what is decided already.
@@ -337,7 +368,6 @@ void RunControl::showEnd()
     m_isRunning = false;
     m_awake.reset();
     m_outcome.finish();
-    m_parts.model.setStatuses(m_outcome.statuses(m_panel->problemsByFile()));
     m_panel->showOutcome(m_outcome.headline(m_process->totalFileCreated()),
                          !m_outcome.failed().isEmpty() || m_outcome.notReached() > 0);
 }

@@ -2,6 +2,7 @@
 
 #include "engine/job/Process.h"
 #include "mainwindow/run/RunOutcome.h"
+#include "mainwindow/run/RunRows.h"
 #include "mainwindow/state/WindowParts.h"
 
 #include <QHash>
@@ -75,8 +76,9 @@ private:
     void refuse(const QString& text);
     void refuseMissingFolder();
     void beginRun();
-    void startRun(const QList<OutputFile>& outputs,
+    void startRun(const std::optional<QList<OutputFile>>& outputs,
                   std::optional<ExistingFiles> decided = std::nullopt);
+    void showPlan(const RunPlan& plan, Process& job);
     bool isPlanClear(Process& job, std::optional<ExistingFiles> decided,
                      std::optional<ExistingFiles> remembered);
     std::optional<Question> questionOf(const RunPlan& plan, Process& job,
@@ -96,6 +98,7 @@ private:
     std::unique_ptr<Process> m_process;
     std::unique_ptr<ProcessPanel> m_panel;
     RunOutcome m_outcome;
+    RunRows m_rows;
     std::unique_ptr<SleepInhibitor> m_awake; ///< during a run
     bool m_isRunning = false; ///< from the start of the plan to the end of the job
     bool m_isAsking = false; ///< whether the run is to end

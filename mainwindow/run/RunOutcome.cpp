@@ -1,63 +1,131 @@
 #include "mainwindow/run/RunOutcome.h"
 
+#include "engine/plan/ChosenPages.h"
+
+#include <algorithm>
+#include <utility>
+
 namespace pagestack {
+
+namespace {
+
+    constexpr int announcementMs = 200;
+    constexpr qsizetype mostReasons = 10;
+
+    int pagesOf(const OutputFile& output, const RunOptions& options)
+    {
+        int pages = 0;
+        for (const std::shared_ptr<FileItem>& item : output.fileItems)
+            pages += chosenPageCount(*item, options);
+        return pages;
+    }
+
+} // namespace
+
+RunOutcome::RunOutcome()
+{
+    m_announcement.setInterval(announcementMs);
+    connect(&m_announcement, &QTimer::timeout, this, &RunOutcome::announce);
+}
 
 void RunOutcome::follow(Process& job)
 {
     if (m_job)
         m_job->disconnect(this);
     m_job = &job;
-    m_donePages.clear();
+    m_inHand = 0;
+    m_source = {};
+    m_changed.clear();
     m_converted.clear();
     m_failed.clear();
-    m_sourcePaths.clear();
-    const QList<OutputFile> outputs = job.outputFiles();
-    m_sources = static_cast<int>(outputs.size());
-    for (const OutputFile& output : outputs)
-        m_sourcePaths.insert(output.filename);
+    m_sources = job.totalFileSelected();
     connect(&job, &Process::pageDone, this,
-            [this](const QString& source, int, const QString&, Process::PageOutcome outcome) {
+            [this](const QString&, int, const QString&, Process::PageOutcome outcome) {
+                ++m_source.pagesDone;
                 if (outcome == Process::PageOutcome::Failed)
-                    m_failed.insert(source);
-                else
-                    ++m_donePages[source];
+                    m_source.hasFailed = true;
             });
-    connect(&job, &Process::diagnosed, this, [this](const Diagnostic& diagnostic) {
-        // Logs and checksums may have troubles of their own.
-        if (diagnostic.severity == Diagnostic::Severity::Error
-            && m_sourcePaths.contains(diagnostic.sourcePath))
-            m_failed.insert(diagnostic.sourcePath);
-    });
+    connect(&job, &Process::diagnosed, this, &RunOutcome::takeDiagnostic);
+    connect(&job, &Process::totalFileProcessedChanged, this, &RunOutcome::passSources);
+    m_announcement.start();
+}
+
+void RunOutcome::takeDiagnostic(const Diagnostic& diagnostic)
+{
+    const QList<OutputFile> outputs = m_job->outputFiles();
+    // Logs, checksums and folders may have troubles of their own.
+    if (m_inHand >= outputs.size() || diagnostic.sourcePath != outputs.at(m_inHand).filename)
+        return;
+    const bool isError = diagnostic.severity == Diagnostic::Severity::Error;
+    m_source.hasFailed = m_source.hasFailed || isError;
+    QString text = isError ? diagnostic.reason : tr("Warning: %1").arg(diagnostic.reason);
+    if (diagnostic.page > 0)
+        text = tr("Page %1: %2").arg(diagnostic.page).arg(text);
+    if (m_source.reasons.size() < mostReasons)
+        m_source.reasons.append(text);
+    else if (m_source.reasons.size() == mostReasons)
+        m_source.reasons.append(tr("and more"));
+}
+
+void RunOutcome::passSources(int processed)
+{
+    const QList<OutputFile> outputs = m_job->outputFiles();
+    while (m_inHand < std::min<qsizetype>(processed, outputs.size()))
+        pass(outputs.at(m_inHand++));
+}
+
+void RunOutcome::pass(const OutputFile& output)
+{
+    const Source source = std::exchange(m_source, {});
+    const int pages = pagesOf(output, m_job->runOptions());
+    RowStatus& status = m_changed[output.filename];
+    status = { .state = RowStatus::State::NotReached,
+               .pages = pages,
+               .reason = source.reasons.join(u'\n') };
+    if (source.hasFailed) {
+        m_failed.insert(output.filename);
+        status.state = RowStatus::State::Failed;
+    } else if (source.pagesDone > 0 && source.pagesDone >= pages) {
+        m_converted.insert(output.filename);
+        status.state
+            = source.reasons.isEmpty() ? RowStatus::State::Done : RowStatus::State::Warning;
+    } else if (source.pagesDone > 0) {
+        status.reason
+            = tr("Cancelled when %1 of %2 pages were done.").arg(source.pagesDone).arg(pages);
+    }
+}
+
+void RunOutcome::announce()
+{
+    if (!m_job)
+        return;
+    const QList<OutputFile> outputs = m_job->outputFiles();
+    if (m_inHand < outputs.size() && m_job->isCombining()) {
+        const OutputFile& output = outputs.at(m_inHand);
+        const int pages = pagesOf(output, m_job->runOptions());
+        m_changed.insert(output.filename,
+                         { .state = RowStatus::State::Converting,
+                           .page = std::min(m_source.pagesDone + 1, pages),
+                           .pages = pages,
+                           .reason = m_source.reasons.join(u'\n') });
+    }
+    if (!m_changed.isEmpty())
+        emit changed(std::exchange(m_changed, {}), m_inHand);
 }
 
 void RunOutcome::finish()
 {
+    m_announcement.stop();
     if (!m_job)
         return;
-    for (const OutputFile& output : m_job->outputFiles())
-        for (const std::shared_ptr<FileItem>& item : output.fileItems) {
-            const QString path = item->filePath().toLocalFile();
-            const auto pages = m_donePages.value(path);
-            if (pages > 0 && !m_failed.contains(path)
-                && pages >= m_job->getPageRanges(item.get()).size())
-                m_converted.insert(path);
-        }
+    const QList<OutputFile> outputs = m_job->outputFiles();
+    // Where a cancel was noticed between two sources, or an exception ended the run.
+    if (m_inHand < outputs.size() && (m_source.pagesDone > 0 || m_source.hasFailed))
+        pass(outputs.at(m_inHand++));
+    for (qsizetype i = m_inHand; i < outputs.size(); ++i)
+        m_changed.insert(outputs.at(i).filename, { .state = RowStatus::State::NotReached });
     m_job->disconnect(this);
-}
-
-QHash<QString, RowStatus> RunOutcome::statuses(const QHash<QString, QString>& problems) const
-{
-    using State = RowStatus::State;
-    QHash<QString, RowStatus> statuses;
-    for (const QString& path : m_sourcePaths) {
-        RowStatus status { State::NotReached, 0, 0, problems.value(path) };
-        if (m_failed.contains(path))
-            status.state = State::Failed;
-        else if (m_converted.contains(path))
-            status.state = status.reason.isEmpty() ? State::Done : State::Warning;
-        statuses.insert(path, status);
-    }
-    return statuses;
+    emit changed(std::exchange(m_changed, {}), m_inHand);
 }
 
 QString RunOutcome::headline(int images) const

@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QSet>
 #include <QString>
+#include <QTimer>
 
 namespace pagestack {
 
@@ -17,7 +18,9 @@ class RunOutcome : public QObject
     Q_OBJECT
 
 public:
-    /// Forgets the run before, and listens to `job`, which has its outputs and has not started.
+    RunOutcome();
+
+    /// Forgets the run before, and listens to `job`, which has not started.
     void follow(Process& job);
     /// To be called when the job has ended: sees which sources are done.
     void finish();
@@ -31,17 +34,35 @@ public:
     {
         return m_sources - static_cast<int>(m_converted.size() + m_failed.size());
     }
-    /// What became of each source, by path, with its `problems`.
-    QHash<QString, RowStatus> statuses(const QHash<QString, QString>& problems) const;
     /// "27 images written, 14 of 24 files failed".
     QString headline(int images) const;
 
+signals:
+    /// Of sources, by their paths: a few times a second, and all that is left at the end. `inHand`
+    /// is the place of the one that is being converted among the outputs of the job.
+    void changed(const QHash<QString, pagestack::RowStatus>& statuses, int inHand);
+
 private:
+    /// The source in hand.
+    struct Source
+    {
+        int pagesDone = 0;
+        bool hasFailed = false;
+        QStringList reasons {}; ///< the first ones, and that there are more
+    };
+
+    void takeDiagnostic(const Diagnostic& diagnostic);
+    void passSources(int processed);
+    void pass(const OutputFile& output);
+    void announce();
+
     QPointer<Process> m_job;
-    QHash<QString, int> m_donePages; ///< by source
+    QTimer m_announcement;
+    int m_inHand = 0;
+    Source m_source;
+    QHash<QString, RowStatus> m_changed; ///< since the last announcement
     QSet<QString> m_converted;
     QSet<QString> m_failed;
-    QSet<QString> m_sourcePaths;
     int m_sources = 0;
 };
 

@@ -3,10 +3,8 @@
 #include "mainwindow/widgets/ElidedLabel.h"
 
 #include <QHBoxLayout>
-#include <QMainWindow>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QStatusBar>
 
 namespace pagestack {
 
@@ -18,8 +16,8 @@ namespace {
 
 } // namespace
 
-RunStrip::RunStrip(QMainWindow& window)
-    : m_window(window)
+RunStrip::RunStrip(QWidget& bar)
+    : m_place(bar)
     , m_layout(new QHBoxLayout(this))
     , m_bar(new QProgressBar(this))
     , m_label(new ElidedLabel(this))
@@ -33,14 +31,13 @@ RunStrip::RunStrip(QMainWindow& window)
     m_label->setObjectName(u"runStripLabel"_s);
     m_details->setObjectName(u"runDetailsBtn"_s);
     m_details->setToolTip(tr("Brings the sheet of the conversion back"));
-    m_layout->setContentsMargins(8, 2, 8, 2);
+    m_layout->setContentsMargins(0, 0, 0, 0);
     m_layout->addWidget(m_bar);
     m_layout->addWidget(m_label, 1);
     m_layout->addWidget(m_details);
     connect(m_details, &QAbstractButton::clicked, this, &RunStrip::detailsRequested);
-    window.statusBar()->setSizeGripEnabled(false);
-    window.statusBar()->addPermanentWidget(this, 1); // that no status tip covers
-    window.statusBar()->hide();
+    bar.layout()->addWidget(this);
+    bar.hide();
 }
 
 void RunStrip::addButton(const QString& name, QAbstractButton& original)
@@ -64,7 +61,7 @@ void RunStrip::follow(QAbstractButton& button, const QAbstractButton& original) 
     button.setVisible(!original.isHidden() && original.isEnabled());
 }
 
-void RunStrip::setShown(bool isShown) { m_window.statusBar()->setVisible(isShown); }
+void RunStrip::setShown(bool isShown) { m_place.setVisible(isShown); }
 
 void RunStrip::update(const QString& text, int permille)
 {

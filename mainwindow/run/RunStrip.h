@@ -1,11 +1,13 @@
 #pragma once
 
+#include <QList>
 #include <QWidget>
+
+#include <utility>
 
 class QAbstractButton;
 class QHBoxLayout;
 class QLabel;
-class QMainWindow;
 class QProgressBar;
 
 namespace pagestack {
@@ -17,14 +19,13 @@ class RunStrip : public QWidget
     Q_OBJECT
 
 public:
-    /// Lies hidden in the status bar of `window`.
-    explicit RunStrip(QMainWindow& window);
+    /// Fills `bar`, which has a layout, and which is hidden until setShown().
+    explicit RunStrip(QWidget& bar);
 
     /// Adds a button, called `name`, which does what `original` does and says what it says, and
     /// is there when that can be pressed. `original` outlives the strip.
     void addButton(const QString& name, QAbstractButton& original);
 
-    /// With the status bar.
     void setShown(bool isShown);
     /// As of now: `permille` of the run.
     void update(const QString& text, int permille);
@@ -36,7 +37,7 @@ signals:
 private:
     void follow(QAbstractButton& button, const QAbstractButton& original) const;
 
-    QMainWindow& m_window;
+    QWidget& m_place;
     QHBoxLayout* m_layout;
     QProgressBar* m_bar;
     QLabel* m_label;

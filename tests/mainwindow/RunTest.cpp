@@ -122,6 +122,64 @@ private slots:
         QVERIFY(!panel.isVisible() && table().validateDrop(nullptr, &files));
         QCOMPARE(useTheList(), u"c b 2"_s); // removes and sorts again
     }
+
+    /// A list that forgets with the sheet which files have failed, and why.
+    void saysAtEachRowWhatBecameOfIt()
+    {
+        using State = RowStatus::State;
+        const TestFolder folder;
+        folder.make(u"in/a.tif:WBW in/b.tif:W in/c.tif:WF out/"_s);
+        QVERIFY(open({ folder.path(u"in"_s) }));
+        settings().setOutputType(1);
+        settings().setOutputFolderPath(folder.path(u"out"_s));
+        const auto status = [&](int row) { return controller().tableModel().status(row); };
+        const auto states = [&] {
+            return QList<State> { status(0).state, status(1).state, status(2).state };
+        };
+        press("convertBtn");
+        press("pauseProcessBtn");
+        QTRY_COMPARE(
+            text("processPlanLabel"),
+            u"3 file(s), 6 page(s): 6 image(s) in %1, such as a1.png"_s.arg(folder.path(u"out"_s)));
+        QTRY_COMPARE(status(0).text(), u"Page 1 of 3"_s);
+        press("pauseProcessBtn");
+        QVERIFY(waitForRun());
+        press("closeProcessBtn");
+        QCOMPARE(states(), (QList<State> { State::Failed, State::Done, State::Warning }));
+        QVERIFY(status(0).reason.startsWith(u"Page 2: "_s) && !status(0).reason.contains(u'\n'));
+        QVERIFY(status(2).reason.startsWith(u"Page 2: Warning: 1 row"_s));
+
+        alerts().setNextAnswer(1); // Skip
+        press("convertBtn");
+        QCOMPARE(states(), QList<State>(3, State::None)); // of the run before
+        press("pauseProcessBtn");
+        press("cancelProcessBtn");
+        QVERIFY(waitForRun());
+        press("closeProcessBtn");
+        QCOMPARE(states(), QList<State>(3, State::NotReached));
+        QCOMPARE(controller().files().checkedCount(), 3);
+    }
+
+    void namesTheFirstProblemsOfAFile()
+    {
+        Process job;
+        job.setOutputFiles({ { .filename = u"/in/a.tif"_s, .fileItems = {} } });
+        RunOutcome outcome;
+        outcome.follow(job);
+        for (int page = 1; page <= 50; ++page)
+            emit job.diagnosed({ .sourcePath = u"/in/a.tif"_s, .page = page, .reason = u"no"_s });
+        emit job.diagnosed({ .sourcePath = u"/logs/1.log"_s, .reason = u"not a source"_s });
+        QStringList reasons;
+        connect(&outcome, &RunOutcome::changed, &outcome,
+                [&](const QHash<QString, RowStatus>& statuses) {
+                    QCOMPARE(statuses.size(), 1);
+                    reasons = statuses.value(u"/in/a.tif"_s).reason.split(u'\n');
+                });
+        outcome.finish();
+        QCOMPARE(reasons.size(), 11);
+        QVERIFY(reasons.first() == u"Page 1: no"_s && reasons.last() == u"and more"_s);
+        QCOMPARE(outcome.failed(), QSet<QString> { u"/in/a.tif"_s });
+    }
 };
 
 QTEST_MAIN(RunTest)

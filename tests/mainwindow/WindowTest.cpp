@@ -437,8 +437,6 @@ private slots:
         press("showProblemsBtn");
         QCOMPARE(find<QTreeWidget>("problemList").topLevelItemCount(), 1000);
         QCOMPARE(text("problemsLeftLabel"), u"234 more are in the log only."_s);
-        QCOMPARE(panel.problemsByFile().value(u"/in/a.tif"_s).count(u'\n'), 10);
-        QVERIFY(panel.problemsByFile().value(u"/in/a.tif"_s).endsWith(u"\nand more"_s));
         panel.stopFollowing();
     }
 
