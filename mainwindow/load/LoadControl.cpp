@@ -30,7 +30,11 @@ namespace {
 LoadControl::LoadControl(const WindowParts& parts, ListCommands& list)
     : m_parts(parts)
     , m_list(list)
+    , m_recentFolders(parts.services.defaults, *parts.ui.menuRecentFolders,
+                      *parts.ui.addFolderAction)
 {
+    connect(&m_recentFolders, &RecentFolders::chosen, this,
+            [this](const QUrl& folder) { load({ folder }, true); });
     parts.ui.inculdeSubfoldersBtn->setChecked(inculdeSubfolders());
     connect(parts.ui.inculdeSubfoldersBtn, &QCheckBox::toggled, this,
             &LoadControl::setInculdeSubfolders);
@@ -87,8 +91,11 @@ void LoadControl::setInculdeSubfolders(bool include)
 /// With what is below the folders, if the user wants that.
 void LoadControl::load(const QList<QUrl>& urls, bool areFolders)
 {
-    if (!urls.isEmpty())
-        startLoading({ urls, areFolders, m_parts.ui.inculdeSubfoldersBtn->isChecked() });
+    if (urls.isEmpty())
+        return;
+    if (areFolders)
+        m_recentFolders.note(urls);
+    startLoading({ urls, areFolders, m_parts.ui.inculdeSubfoldersBtn->isChecked() });
 }
 
 void LoadControl::startLoading(const Arguments& arguments)

@@ -537,6 +537,27 @@ private slots:
         QCOMPARE(Settings(&defaults()).separator(), u"_q"_s);
     }
 
+    // An ampersand in a name marked a key; the order of use was that of the first time.
+    void offersTheFoldersThatWereAddedLast()
+    {
+        const QString first = path(u"salt & lime"_s);
+        const QString second = path(u"second"_s);
+        makeFile(first + u"/a.tif"_s);
+        makeFile(second + u"/b.tif"_s);
+        for (const QString& folder : { first, second, first })
+            QVERIFY(open({ folder }));
+        start();
+        auto& menu = find<QMenu>("menuRecentFolders");
+        QVERIFY(menu.menuAction()->isEnabled());
+        emit menu.aboutToShow();
+        QCOMPARE(menu.actions().size(), 4); // with a separator and Clear
+        QCOMPARE(menu.actions().at(1)->text(), second);
+        QVERIFY(load([&] { menu.actions().first()->trigger(); }));
+        QCOMPARE(order(), u"a"_s);
+        menu.actions().last()->trigger();
+        QVERIFY(!menu.menuAction()->isEnabled());
+    }
+
     // What is opened from outside during a load was dropped without a word.
     void opensWhatTheSystemHandsItOnceItCan()
     {
@@ -665,7 +686,8 @@ private slots:
                 QVERIFY2(key.isEmpty() || !keys.contains(key), qPrintable(owner.objectName()));
                 keys.insert(key);
             };
-            for (const QMenu* menu : window().menuBar()->findChildren<QMenu*>())
+            for (const QMenu* menu :
+                 window().menuBar()->findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly))
                 take(QKeySequence::mnemonic(menu->title()).toString(), *menu);
             for (const auto* label : window().findChildren<QLabel*>())
                 if (label->buddy() != nullptr && label->buddy()->isVisible())
