@@ -7,6 +7,7 @@
 #include "mainwindow/ProgramText.h"
 #include "mainwindow/desktop/ApplicationEvents.h"
 #include "mainwindow/run/ProcessPanel.h"
+#include "mainwindow/widgets/ReadingOrder.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 #include "ui_MainWindow.h"
 
@@ -86,6 +87,7 @@ void PagestackAppDelegate::awakeFromNib()
                 && QApplication::activeModalWidget() == nullptr;
         },
         [this](const QList<QUrl>& urls) { m_load->openURLs(urls); });
+    pane().showExampleOf(m_files, *m_tableModel);
     connectButtons();
     connectMenus();
     setSplitOptions(m_settings->outputType());
@@ -99,6 +101,7 @@ void PagestackAppDelegate::awakeFromNib()
     setupVersion();
     setupToolbarAndMenuItems();
     restoreWindowState();
+    setTabOrder(controlsAsRead(*m_window));
     m_ui->mainTableView->setFocus(); // not the first button of the tool bar
     openAppAction();
     m_services.tellTroubles(m_window.get());

@@ -150,6 +150,7 @@ void RunControl::beginRun()
 {
     if (m_parts.worker.isBusy())
         return; // a load has begun while the user was asked
+    m_parts.ui.rightBox->rememberOutputFolder();
     m_parts.ui.rightBox->showFormat();
     startRun(std::nullopt);
 }

@@ -5,11 +5,12 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QGroupBox>
+#include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QScopedValueRollback>
-#include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace pagestack {
 
@@ -17,60 +18,65 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+    constexpr int sectionGap = 8;
+
     QString sentence(const QString& text) { return text.left(1).toUpper() + text.mid(1); }
 
     /// A mark for a key beside others of the pane would be taken by chance.
     QString withoutKey(QString text) { return text.replace(u'&', u"&&"_s); }
 
-    QLabel* noteBelow(QVBoxLayout& layout)
+    QLabel* noteBelow(QGridLayout& grid)
     {
         auto* note = new QLabel;
         note->setWordWrap(true);
         note->setTextFormat(Qt::PlainText);
         note->hide();
-        layout.addWidget(note);
+        grid.addWidget(note, grid.rowCount(), 0, 1, 2);
         return note;
+    }
+
+    void addHeading(QGridLayout& grid, const QString& text)
+    {
+        if (grid.rowCount() > 1) // a grid begins with a row that holds nothing
+            grid.setRowMinimumHeight(grid.rowCount(), sectionGap);
+        auto* heading = new QLabel(text);
+        QFont font = heading->font();
+        font.setBold(true);
+        heading->setFont(font);
+        grid.addWidget(heading, grid.rowCount(), 0, 1, 2);
     }
 
 } // namespace
 
-MoreTab::MoreTab(QWidget* parent)
-    : QScrollArea(parent)
-{
-    setWidgetResizable(true);
-    setFrameShape(QFrame::NoFrame);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-}
-
-void MoreTab::bind(RunChoices& choices)
+void MoreTab::bind(RunChoices& choices, const Elsewhere& elsewhere)
 {
     m_choices = &choices;
     auto* page = new QWidget;
-    auto* layout = new QVBoxLayout(page);
+    auto* own = new QGridLayout(page);
+    own->setColumnStretch(1, 1);
     setWidget(page);
-    // The tab's own colour.
-    viewport()->setAutoFillBackground(false);
-    page->setAutoFillBackground(false);
-    QGroupBox* box = nullptr;
+    QString section;
     for (const ConversionOptionRow& row : conversionOptionTable()) {
         if (row.label.isEmpty())
             continue;
-        if (box == nullptr || box->title() != row.section) {
-            box = new QGroupBox(row.section);
-            new QVBoxLayout(box);
-            layout->addWidget(box);
+        QGridLayout* grid = elsewhere(row);
+        if (grid == nullptr && section != row.section) {
+            addHeading(*own, row.section);
+            section = row.section;
+        } else if (grid != nullptr && grid->isEmpty()) {
+            addHeading(*grid, row.section);
         }
-        auto& inner = *static_cast<QVBoxLayout*>(box->layout());
-        m_fields.push_back(makeField(row, inner));
+        grid = grid == nullptr ? own : grid;
+        m_fields.push_back(makeField(row, *grid));
         if (row.name == u"name")
-            m_example = noteBelow(inner);
+            m_nameFault = noteBelow(*grid);
     }
-    layout->addStretch();
+    own->setRowStretch(own->rowCount(), 1);
     connect(&choices, &RunChoices::changed, this, &MoreTab::follow);
     follow();
 }
 
-MoreTab::Field MoreTab::makeField(const ConversionOptionRow& row, QVBoxLayout& layout)
+MoreTab::Field MoreTab::makeField(const ConversionOptionRow& row, QGridLayout& grid)
 {
     Field field { &row, nullptr, nullptr, nullptr };
     const QString label = withoutKey(row.label);
@@ -80,9 +86,10 @@ MoreTab::Field MoreTab::makeField(const ConversionOptionRow& row, QVBoxLayout& l
             m_choices->setText(row, isOn ? u"true"_s : u"false"_s);
         });
         field.control = box;
+        grid.addWidget(box, grid.rowCount(), 0, 1, 2);
     } else {
         field.caption = new QLabel(label + u':');
-        layout.addWidget(field.caption);
+        grid.addWidget(field.caption, grid.rowCount(), 0);
         if (!row.choices.empty()) {
             auto* popup = new QComboBox;
             for (const auto& [text, shown] : row.choices)
@@ -96,12 +103,12 @@ MoreTab::Field MoreTab::makeField(const ConversionOptionRow& row, QVBoxLayout& l
             field.control = line;
         }
         field.caption->setBuddy(field.control);
+        grid.addWidget(field.control, grid.rowCount() - 1, 1);
     }
     field.control->setObjectName(row.name);
     field.control->setToolTip(sentence(row.meaning));
-    layout.addWidget(field.control);
     if (auto* line = qobject_cast<QLineEdit*>(field.control)) {
-        field.fault = noteBelow(layout);
+        field.fault = noteBelow(grid);
         field.fault->setObjectName(row.name + u"-fault"_s);
         connect(line, &QLineEdit::textChanged, this,
                 [this, field](const QString& text) { take(field, text); });
@@ -118,14 +125,19 @@ void MoreTab::follow()
     for (const Field& field : m_fields) {
         show(field, field.row->text(all, *field.row));
         const bool hasEffect = m_choices->hasEffect(*field.row);
-        field.control->setEnabled(hasEffect);
-        if (field.caption != nullptr)
-            field.caption->setEnabled(hasEffect);
+        const bool isOfFormat = idleWith(all, field.row->name).isEmpty();
+        for (QWidget* part : { field.control, static_cast<QWidget*>(field.caption) }) {
+            if (part == nullptr)
+                continue;
+            part->setEnabled(hasEffect);
+            part->setVisible(isOfFormat);
+        }
     }
     try {
-        setExample(tr("Example: %1").arg(exampleName(all)));
+        exampleName(all);
+        showNameFault({});
     } catch (const OptionError& error) {
-        setExample(sentence(QString::fromUtf8(error.what())));
+        showNameFault(sentence(QString::fromUtf8(error.what())));
     }
 }
 
@@ -172,12 +184,13 @@ QString MoreTab::take(const Field& field, const QString& text)
 
 QString MoreTab::commit()
 {
+    m_faulty = nullptr;
     for (const Field& field : m_fields) {
         const auto* line = qobject_cast<QLineEdit*>(field.control);
         if (line == nullptr || !line->isEnabled())
             continue;
         if (QString reason = take(field, line->text()); !reason.isEmpty()) {
-            field.control->setFocus();
+            m_faulty = field.control;
             return reason;
         }
     }
@@ -185,16 +198,17 @@ QString MoreTab::commit()
         exampleName(m_choices->all());
         return {};
     } catch (const OptionError& error) {
+        const auto field = std::ranges::find(m_fields, u"name"_s,
+                                             [](const Field& each) { return each.row->name; });
+        m_faulty = field == m_fields.end() ? nullptr : field->control;
         return sentence(QString::fromUtf8(error.what()));
     }
 }
 
-void MoreTab::setExample(const QString& text)
+void MoreTab::showNameFault(const QString& text)
 {
-    if (m_example == nullptr)
-        return;
-    m_example->setText(text);
-    m_example->setVisible(!text.isEmpty());
+    m_nameFault->setText(text);
+    m_nameFault->setVisible(!text.isEmpty());
 }
 
 } // namespace pagestack

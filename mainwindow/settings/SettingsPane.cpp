@@ -3,10 +3,14 @@
 #include "engine/settings/OutputCodes.h"
 #include "engine/settings/Settings.h"
 #include "mainwindow/desktop/Services.h"
+#include "mainwindow/settings/NameExample.h"
 #include "mainwindow/settings/PresetMenu.h"
+#include "mainwindow/settings/RecentFolders.h"
 #include "mainwindow/settings/RunChoices.h"
 #include "mainwindow/widgets/FileChooser.h"
 #include "ui_SettingsPane.h"
+
+#include <QEvent>
 
 #include <algorithm>
 
@@ -38,6 +42,7 @@ SettingsPane::SettingsPane(QWidget* parent)
 {
     m_ui->setupUi(this);
     connect(m_ui->helpHyperlink, &QPushButton::clicked, this, &SettingsPane::helpRequested);
+    connect(m_ui->restoreDefaultsBtn, &QPushButton::clicked, this, &SettingsPane::restoreDefaults);
 }
 
 SettingsPane::~SettingsPane() = default;
@@ -52,7 +57,18 @@ void SettingsPane::bind(Settings& settings, const Services& services)
         return commitChoices();
     });
     connect(m_presets.get(), &PresetMenu::presetTaken, m_ui->moreTab, &MoreTab::forgetFaults);
-    m_ui->moreTab->bind(*m_choices);
+    m_recent
+        = std::make_unique<RecentFolders>(*m_ui->recentFoldersBtn, settings, services.defaults);
+    m_ui->moreTab->bind(*m_choices, [this](const ConversionOptionRow& row) -> QGridLayout* {
+        if (row.name == u"mirror")
+            return m_ui->folderOptions;
+        if (row.name == u"digits" || row.name == u"name")
+            return m_ui->fileNameLayout;
+        if (row.section == conversionOption(u"srgb"_s)->section)
+            return m_ui->coloursLayout;
+        return nullptr;
+    });
+    alignLabels();
     const auto bindPopup = [&](QComboBox* popup, auto get, auto set, auto changed) {
         bindControl(popup, &QComboBox::setCurrentIndex, &QComboBox::activated, settings, get, set,
                     changed);
@@ -96,11 +112,67 @@ void SettingsPane::bind(Settings& settings, const Services& services)
     connect(&settings, &Settings::jpegQualityChanged, this, &SettingsPane::followSettings);
 }
 
+void SettingsPane::showExampleOf(const FileList& files, const QAbstractItemModel& model)
+{
+    m_example = std::make_unique<NameExample>(*m_ui->outputExampleLabel, files, model, *m_settings,
+                                              *m_choices);
+}
+
+/// The boxes of the formats are laid out one by one; their fields begin at one edge.
+void SettingsPane::alignLabels()
+{
+    QList<QWidget*> labels;
+    for (const QGridLayout* grid : { m_ui->formatLayout, m_ui->jpegLayout, m_ui->tiffLayout,
+                                     m_ui->fileNameLayout, m_ui->coloursLayout }) {
+        for (int row = 0; row < grid->rowCount(); ++row) {
+            const QLayoutItem* first = grid->itemAtPosition(row, 0);
+            if (first != nullptr && first != grid->itemAtPosition(row, 1))
+                labels.append(first->widget());
+        }
+    }
+    labels.removeAll(nullptr);
+    int width = 0;
+    for (const QWidget* label : labels)
+        width = std::max(width, label->sizeHint().width());
+    for (QWidget* label : labels)
+        label->setMinimumWidth(width);
+    // One width for all formats, whichever is shown.
+    const QMargins margins = m_ui->formatTabLayout->contentsMargins();
+    for (const QLayout* box : std::initializer_list<const QLayout*> {
+             m_ui->jpegLayout, m_ui->tiffLayout, m_ui->fileNameLayout, m_ui->coloursLayout })
+        width = std::max(width, box->minimumSize().width());
+    m_ui->formatPage->setMinimumWidth(width + margins.left() + margins.right());
+}
+
+void SettingsPane::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::LanguageChange)
+        alignLabels();
+}
+
+void SettingsPane::restoreDefaults()
+{
+    m_services->ask(window(), AlertPanel::Style::Informational,
+                    tr("Set the options of all tabs to their defaults? The output folder stays."),
+                    { tr("Restore Defaults"), tr("Cancel") }, [this](int button) {
+                        if (button != 0)
+                            return;
+                        ConversionOptions options;
+                        options.run.writesRecord = true; // as at the first start
+                        m_choices->setAll(options);
+                        m_ui->moreTab->forgetFaults();
+                        m_services->synchronize(window());
+                    });
+}
+
 void SettingsPane::setSplitOptions()
 {
     const auto type = static_cast<OutputType>(m_settings->outputType());
     const bool isTiff = type == OutputType::Tiff;
     m_ui->formatNote->setVisible(type == OutputType::Bmp || type == OutputType::Gif);
+    m_ui->jpegBox->setVisible(type == OutputType::Jpeg);
+    m_ui->tiffBox->setVisible(isTiff);
     m_ui->jpegQualitySlider->setEnabled(type == OutputType::Jpeg);
     m_ui->splitTiffCheckbox->setEnabled(isTiff);
     m_ui->tiffCompressionPopup->setEnabled(isTiff);
@@ -132,8 +204,12 @@ void SettingsPane::commitFields()
 QString SettingsPane::commitChoices()
 {
     QString fault = m_ui->moreTab->commit();
-    if (!fault.isEmpty())
-        m_ui->settingTabView->setCurrentWidget(m_ui->moreTab);
+    QWidget* control = m_ui->moreTab->faultyControl();
+    for (int tab = 0; control != nullptr && tab < m_ui->settingTabView->count(); ++tab)
+        if (m_ui->settingTabView->widget(tab)->isAncestorOf(control))
+            m_ui->settingTabView->setCurrentIndex(tab);
+    if (control != nullptr)
+        control->setFocus();
     return fault;
 }
 
@@ -151,10 +227,13 @@ void SettingsPane::chooseOutputFolder()
                                          if (urls.isEmpty())
                                              return;
                                          m_settings->setOutputFolderPath(urls.last().toLocalFile());
+                                         rememberOutputFolder();
                                          m_settings->synchronize();
                                          m_services->tellTroubles(window());
                                      });
 }
+
+void SettingsPane::rememberOutputFolder() { m_recent->remember(); }
 
 void SettingsPane::showFormat() { m_ui->settingTabView->setCurrentWidget(m_ui->formatTab); }
 

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+class QAbstractItemModel;
 class QLineEdit;
 
 namespace Ui {
@@ -12,7 +13,10 @@ class SettingsPane;
 
 namespace pagestack {
 
+class FileList;
+class NameExample;
 class PresetMenu;
+class RecentFolders;
 class RunChoices;
 class Settings;
 struct Services;
@@ -31,21 +35,25 @@ public:
 
     /// Connects the controls to `settings`. To be called once; both outlive the pane.
     void bind(Settings& settings, const Services& services);
+    /// Shows what the first of the ticked files will become. To be called once, after bind(); both
+    /// outlive the pane.
+    void showExampleOf(const FileList& files, const QAbstractItemModel& model);
 
     /// The choices of a run beside the settings. To be asked after `bind`.
     RunChoices& choices() const { return *m_choices; }
 
-    /// Enables what the output type has options for.
+    /// Shows and enables what the output type has options for.
     void setSplitOptions();
     /// Enables the options of the output folder, if there is one, and shows the quality.
     void followSettings();
-    /// What is wrong with what was typed in the tab of more options, which is shown then; empty:
-    /// nothing.
+    /// What is wrong with what was typed for an option, whose tab is shown then; empty: nothing.
     QString commitChoices();
     /// Takes over what is typed but not committed yet, and ends the selection in whatever field of
     /// the window has the keys.
     void endEditing();
     void chooseOutputFolder();
+    /// Offers the present output folder from now on.
+    void rememberOutputFolder();
     void showFormat();
     /// Shows the output folder and gives the button that chooses one the keys.
     void showOutputFolder();
@@ -59,14 +67,21 @@ public:
 signals:
     void helpRequested();
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     void commitFields();
+    void alignLabels();
+    void restoreDefaults();
 
     std::unique_ptr<Ui::SettingsPane> m_ui;
     Settings* m_settings = nullptr;
     const Services* m_services = nullptr;
     std::unique_ptr<RunChoices> m_choices;
     std::unique_ptr<PresetMenu> m_presets;
+    std::unique_ptr<RecentFolders> m_recent;
+    std::unique_ptr<NameExample> m_example;
 };
 
 } // namespace pagestack

@@ -103,6 +103,56 @@ private slots:
         QVERIFY(alerts().lastText().endsWith(u"b.json: there is no option 'qualty'"_s));
     }
 
+    /// Options of another format that are offered, and a name that the run does not give.
+    void showsWhatTheFormatMakes_data()
+    {
+        addTextRows(R"(
+            0 | jpegQualitySlider fileNameSeparatorText digits | b1.jpg
+            1 | fileNameSeparatorText digits bilevel           | b1.png
+            2 | tiffCompressionPopup splitTiffCheckbox bilevel | b.tiff
+            3 | fileNameSeparatorText digits bilevel           | b1.bmp)");
+    }
+
+    void showsWhatTheFormatMakes()
+    {
+        const auto [format, controls, example] = textRow<3>();
+        QVERIFY(openFiles({ { "a.tif", 1 }, { "b.tif", 1 } }));
+        settings().setOutputType(format.toInt());
+        controller().tableModel().mark({ 0 }, FileTableModel::Mark::Uncheck);
+        QStringList shown;
+        for (const char* name : { "jpegQualitySlider", "tiffCompressionPopup", "splitTiffCheckbox",
+                                  "fileNameSeparatorText", "digits", "bilevel" })
+            if (find(name).isVisible() && isEnabled(name))
+                shown.append(QLatin1StringView(name));
+        QCOMPARE(shown.join(u' '), controls);
+        QTRY_COMPARE(text("outputExampleLabel"), u"b.tif \u2192 "_s + example);
+    }
+
+    /// A folder that is not offered again, and defaults that leave something behind.
+    void offersFoldersAndDefaults()
+    {
+        for (const QString& name : { u"one"_s, u"t&wo"_s }) {
+            QDir().mkpath(path(name));
+            chooser().setNextChoice(urlsOf({ path(name) }));
+            press("chooseOutputFolderBtn");
+        }
+        auto& button = find<QPushButton>("recentFoldersBtn");
+        emit button.menu()->aboutToShow();
+        QCOMPARE(button.menu()->actions().value(0)->isChecked(), true);
+        button.menu()->actions().value(1)->trigger();
+        QCOMPARE(settings().outputFolderPath(), path(u"one"_s));
+
+        choose(u"Legal production (G4, 300 dpi, one file a page, numbered)"_s);
+        find<QLineEdit>("pages").setText(u"x"_s);
+        alerts().setNextAnswer(0);
+        press("restoreDefaultsBtn");
+        QCOMPARE(settings().outputType(), 0);
+        QCOMPARE(settings().outputFolderPath(), path(u"one"_s));
+        for (const char* name : { "expect-dpi", "pages", "name" })
+            QCOMPARE(find<QLineEdit>(name).text(), u""_s);
+        QVERIFY(find<QAbstractButton>("keep-record").isChecked());
+    }
+
 private:
     QMenu& menu() const
     {
