@@ -5,7 +5,7 @@
 #include "mainwindow/desktop/Services.h"
 #include "mainwindow/settings/NameExample.h"
 #include "mainwindow/settings/PresetMenu.h"
-#include "mainwindow/settings/RecentFolders.h"
+#include "mainwindow/settings/RecentOutputFolders.h"
 #include "mainwindow/settings/RunChoices.h"
 #include "mainwindow/widgets/FileChooser.h"
 #include "ui_SettingsPane.h"
@@ -57,8 +57,8 @@ void SettingsPane::bind(Settings& settings, const Services& services)
         return commitChoices();
     });
     connect(m_presets.get(), &PresetMenu::presetTaken, m_ui->moreTab, &MoreTab::forgetFaults);
-    m_recent
-        = std::make_unique<RecentFolders>(*m_ui->recentFoldersBtn, settings, services.defaults);
+    m_recent = std::make_unique<RecentOutputFolders>(*m_ui->recentFoldersBtn, settings,
+                                                     services.defaults);
     m_ui->moreTab->bind(*m_choices, [this](const ConversionOptionRow& row) -> QGridLayout* {
         if (row.name == u"mirror")
             return m_ui->folderOptions;

@@ -12,13 +12,13 @@ class UserDefaults;
 
 /// The menu of the output folders that were used last, the latest first. Kept in the store under
 /// "RECENTOUTPUTFOLDERS". Main thread.
-class RecentFolders : public QObject
+class RecentOutputFolders : public QObject
 {
     Q_OBJECT
 
 public:
     /// Gives `button` its menu, which changes the folder of `settings`. All outlive it.
-    RecentFolders(QPushButton& button, Settings& settings, UserDefaults& store);
+    RecentOutputFolders(QPushButton& button, Settings& settings, UserDefaults& store);
 
     /// Puts the folder of the settings, if there is one, at the top.
     void remember();

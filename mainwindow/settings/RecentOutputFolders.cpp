@@ -1,4 +1,4 @@
-#include "mainwindow/settings/RecentFolders.h"
+#include "mainwindow/settings/RecentOutputFolders.h"
 
 #include "engine/settings/Settings.h"
 #include "engine/settings/UserDefaults.h"
@@ -19,7 +19,8 @@ namespace {
 
 } // namespace
 
-RecentFolders::RecentFolders(QPushButton& button, Settings& settings, UserDefaults& store)
+RecentOutputFolders::RecentOutputFolders(QPushButton& button, Settings& settings,
+                                         UserDefaults& store)
     : m_button(button)
     , m_settings(settings)
     , m_store(store)
@@ -27,15 +28,15 @@ RecentFolders::RecentFolders(QPushButton& button, Settings& settings, UserDefaul
     auto* menu = new QMenu(&button);
     button.setMenu(menu);
     button.setEnabled(!folders().isEmpty());
-    connect(menu, &QMenu::aboutToShow, this, &RecentFolders::fill);
+    connect(menu, &QMenu::aboutToShow, this, &RecentOutputFolders::fill);
 }
 
-QStringList RecentFolders::folders() const
+QStringList RecentOutputFolders::folders() const
 {
     return m_store.objectForKey(foldersKey).toStringList();
 }
 
-void RecentFolders::remember()
+void RecentOutputFolders::remember()
 {
     const QString folder = m_settings.outputFolderPath();
     if (folder.isEmpty())
@@ -47,7 +48,7 @@ void RecentFolders::remember()
     m_button.setEnabled(true);
 }
 
-void RecentFolders::fill()
+void RecentOutputFolders::fill()
 {
     QMenu& menu = *m_button.menu();
     menu.clear();
