@@ -33,6 +33,18 @@ int chosenPageCount(const FileItem& item, const RunOptions& options)
     return isEvery ? item.pages() : static_cast<int>(chosenPages(item, options).size());
 }
 
+int ChosenPageCounter::count(const FileItem& item)
+{
+    const bool isOwn = !item.pageChoice().isEmpty()
+        || (m_options.skipsReduced && !item.reducedPages().isEmpty());
+    if (isOwn || m_options.pages.isEmpty())
+        return chosenPageCount(item, m_options);
+    auto known = m_known.constFind(item.pages());
+    if (known == m_known.cend())
+        known = m_known.insert(item.pages(), chosenPageCount(item, m_options));
+    return *known;
+}
+
 QString missingPages(const FileItem& item, const RunOptions& options)
 {
     return choiceFor(item, options).missing(item.pages());

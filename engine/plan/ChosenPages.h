@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 
 namespace pagestack {
@@ -14,6 +15,22 @@ QList<int> chosenPages(const FileItem& item, const RunOptions& options);
 
 /// How many.
 int chosenPageCount(const FileItem& item, const RunOptions& options);
+
+/// The same for many items, quickly, also where pages are chosen for the run.
+class ChosenPageCounter
+{
+public:
+    /// `options` are borrowed.
+    explicit ChosenPageCounter(const RunOptions& options)
+        : m_options(options)
+    {
+    }
+    int count(const FileItem& item);
+
+private:
+    const RunOptions& m_options;
+    QHash<int, int> m_known; ///< by the pages of an item without a choice of its own
+};
 
 /// What is asked of `item` that it lacks, see PageChoice::missing.
 QString missingPages(const FileItem& item, const RunOptions& options);

@@ -10,6 +10,7 @@
 #include "mainwindow/desktop/Services.h"
 #include "mainwindow/desktop/SleepInhibitor.h"
 #include "mainwindow/list/ListCommands.h"
+#include "mainwindow/run/PlanLine.h"
 #include "mainwindow/run/PlanQuestion.h"
 #include "mainwindow/run/ProcessPanel.h"
 #include "mainwindow/settings/RunChoices.h"
@@ -48,6 +49,7 @@ RunControl::RunControl(const WindowParts& parts, Settings& settings, ListCommand
     , m_list(list)
     , m_process(std::make_unique<Process>(&parts.services.workspace))
     , m_panel(std::make_unique<ProcessPanel>(&parts.window, *parts.ui.runBar))
+    , m_planLine(std::make_unique<PlanLine>(parts, settings))
     , m_rows(parts)
 {
     connect(&m_outcome, &RunOutcome::changed, this,

@@ -16,6 +16,7 @@
 namespace pagestack {
 
 class ListCommands;
+class PlanLine;
 class ProcessPanel;
 class RunPlan;
 class SleepInhibitor;
@@ -97,6 +98,7 @@ private:
     ListCommands& m_list;
     std::unique_ptr<Process> m_process;
     std::unique_ptr<ProcessPanel> m_panel;
+    std::unique_ptr<PlanLine> m_planLine;
     RunOutcome m_outcome;
     RunRows m_rows;
     std::unique_ptr<SleepInhibitor> m_awake; ///< during a run

@@ -1,7 +1,9 @@
 #include "mainwindow/state/ViewState.h"
 
+#include "engine/plan/ChosenPages.h"
 #include "engine/support/Dates.h"
-#include "filelist/FileList.h"
+#include "filelist/FileTableModel.h"
+#include "mainwindow/settings/RunChoices.h"
 #include "ui_MainWindow.h"
 
 #include <QUndoStack>
@@ -42,6 +44,14 @@ ViewState::ViewState(QMainWindow& window, Ui::MainWindow& ui, const FileList& fi
     connect(ui.mainTableView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ViewState::follow);
     connect(&history, &QUndoStack::indexChanged, this, &ViewState::follow);
+    connect(model, &QAbstractItemModel::dataChanged, this,
+            [this](const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {
+                if (first.column() <= FileTableModel::PagesToConvert
+                    && last.column() >= FileTableModel::PagesToConvert
+                    && roles.contains(Qt::EditRole))
+                    showTotals();
+            });
+    connect(&ui.rightBox->choices(), &RunChoices::changed, this, &ViewState::showTotals);
 }
 
 void ViewState::resetView(bool enable)
@@ -132,12 +142,23 @@ void ViewState::updateTotalLabel()
 {
     updateTotalPagesLabel();
     followTotals();
+    showTotals();
+    updateTimeTakenLabel(QString());
+}
+
+void ViewState::showTotals()
+{
+    const RunOptions& options = m_ui.rightBox->choices().options();
+    ChosenPageCounter counter(options);
+    qint64 pages = 0;
+    for (const FileList::Item& item : m_files.items())
+        if (item->isSelected())
+            pages += counter.count(*item);
     m_ui.labelTotalFiles->setText(
         tr("%1 Total file(s); %2 file selected; Total page count of selected TIFF file(s): %3")
             .arg(m_files.count())
             .arg(m_files.checkedCount())
-            .arg(m_files.checkedPages()));
-    updateTimeTakenLabel(QString());
+            .arg(pages));
 }
 
 void ViewState::updateTotalPagesLabel()

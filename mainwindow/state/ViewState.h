@@ -40,6 +40,7 @@ public:
     void startProcess();
     void stopProcess();
 
+    /// Counts the pages of ticked files that are chosen to be converted.
     void updateTotalLabel();
     void updateTotalPagesLabel();
     void updateTimeTakenLabel(const QString& text); ///< null: the text for no time at all
@@ -59,6 +60,7 @@ signals:
 private:
     void follow();
     void followTotals();
+    void showTotals();
 
     QMainWindow& m_window;
     Ui::MainWindow& m_ui;

@@ -123,6 +123,41 @@ private slots:
         QCOMPARE(useTheList(), u"c b 2"_s); // removes and sorts again
     }
 
+    /// A line that is not told of a change, or that goes on about the list before.
+    void saysBeforehandWhatARunWouldWrite()
+    {
+        const TestFolder folder;
+        folder.make(u"in/a.tif:WW in/b.tif:WWW in/c/a.tif:W out/"_s);
+        const QString out = folder.path(u"out"_s);
+        const auto line = [&] { return text("planLabel"); };
+        const auto tip = [&] { return find("convertBtn").toolTip().section(u": "_s, 1); };
+        QTRY_COMPARE(tip(), u"there are no files in the list"_s);
+        press("inculdeSubfoldersBtn");
+        QVERIFY(open({ folder.path(u"in"_s) }));
+        QTRY_COMPARE(line(), u"6 image(s) \u2192 beside the sources"_s);
+        settings().setOutputFolderPath(out);
+        QTRY_COMPARE(line(), u"6 image(s) \u2192 %1, 1 clash"_s.arg(out));
+        QCOMPARE(tip(), line());
+        makeFile(out + u"/b2.jpg"_s);
+        makeFile(out + u"/a1.jpg"_s);
+        settings().setSeparator(u"-"_s);
+        QTRY_COMPARE(line(), u"6 image(s) \u2192 %1, 1 clash"_s.arg(out));
+        settings().setSeparator(u""_s);
+        QTRY_COMPARE(line(), u"6 image(s) \u2192 %1, 2 exist, 1 clash"_s.arg(out));
+        table().model()->setData(table().model()->index(1, FileTableModel::PagesToConvert),
+                                 u"2-3"_s, Qt::EditRole);
+        QTRY_COMPARE(line(), u"5 image(s) \u2192 %1, 2 exist, 1 clash"_s.arg(out));
+        QCOMPARE(totals(), u"3, 3, 5, 6"_s);
+        settings().setOutputType(2); // the pages of a file together
+        QTRY_COMPARE(line(), u"3 image(s) \u2192 %1, 1 clash"_s.arg(out));
+        controller().tableModel().mark({ 0, 1, 2 }, FileTableModel::Mark::Uncheck);
+        QTRY_COMPARE(tip(), u"no file is ticked"_s);
+        QCOMPARE(line(), u""_s);
+        controller().tableModel().mark({ 1 }, FileTableModel::Mark::Check);
+        settings().setOutputFolderPath(out + u"/none"_s);
+        QTRY_COMPARE(line(), u"1 image(s) \u2192 %1/none, the folder is missing"_s.arg(out));
+    }
+
     /// A list that forgets with the sheet which files have failed, and why.
     void saysAtEachRowWhatBecameOfIt()
     {

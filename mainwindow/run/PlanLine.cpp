@@ -1,0 +1,194 @@
+#include "mainwindow/run/PlanLine.h"
+
+#include "engine/options/ConversionOptions.h"
+#include "engine/plan/ChosenPages.h"
+#include "engine/plan/RunPlan.h"
+#include "engine/settings/Settings.h"
+#include "engine/support/SystemLog.h"
+#include "engine/threads/MainThread.h"
+#include "engine/threads/WorkerThread.h"
+#include "filelist/FileTableModel.h"
+#include "mainwindow/run/PlanQuestion.h"
+#include "mainwindow/settings/RunChoices.h"
+#include "mainwindow/state/ViewState.h"
+#include "ui_MainWindow.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QLocale>
+#include <QSet>
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    constexpr int restMs = 300;
+
+    QString counted(qsizetype count) { return QLocale().toString(count); }
+
+    /// Without those that two outputs come to: the file is there once.
+    qsizetype existingFiles(const RunPlan& plan)
+    {
+        QSet<std::pair<qsizetype, int>> shared;
+        for (const RunPlan::Shared& found : plan.shared())
+            shared.insert({ found.target.output, found.target.page });
+        return std::ranges::count_if(plan.existing(), [&](const PlannedTarget& target) {
+            return !shared.contains({ target.output, target.page });
+        });
+    }
+
+    /// What stands in the way of `outputs`. Any thread.
+    QString findingsOf(const QList<OutputFile>& outputs, const Settings& settings,
+                       const RunOptions& options, const std::function<bool()>& isWanted)
+    {
+        const RunPlan plan(outputs, settings, options, RunPlan::Numbering::None, {}, isWanted);
+        QString text;
+        const QString folder = settings.outputFolderPath();
+        if (!folder.isEmpty() && !QFileInfo::exists(folder))
+            text += PlanLine::tr(", the folder is missing");
+        if (const qsizetype count = existingFiles(plan); count > 0)
+            text
+                += PlanLine::tr(", %1 exist", nullptr, static_cast<int>(count)).arg(counted(count));
+        if (const auto count = plan.shared().size() + plan.replacedSources().size(); count > 0)
+            text += PlanLine::tr(", %1 clash", nullptr, static_cast<int>(count))
+                        .arg(counted(static_cast<qsizetype>(count)));
+        return text;
+    }
+
+} // namespace
+
+PlanLine::PlanLine(const WindowParts& parts, Settings& settings)
+    : m_parts(parts)
+    , m_settings(settings)
+{
+    m_rest.setSingleShot(true);
+    m_rest.setInterval(restMs);
+    connect(&m_rest, &QTimer::timeout, this, &PlanLine::count);
+    const FileTableModel& model = parts.model;
+    connect(&model, &QAbstractItemModel::rowsInserted, this, &PlanLine::follow);
+    connect(&model, &QAbstractItemModel::rowsRemoved, this, &PlanLine::follow);
+    connect(&model, &QAbstractItemModel::modelReset, this, &PlanLine::follow);
+    connect(&model, &QAbstractItemModel::layoutChanged, this, &PlanLine::follow);
+    connect(&model, &FileTableModel::checkMarksChanged, this, &PlanLine::follow);
+    connect(&model, &FileTableModel::pageChoiceEdited, this, &PlanLine::follow);
+    connect(&settings, &Settings::outputTypeChanged, this, &PlanLine::follow);
+    connect(&settings, &Settings::outputFolderPathChanged, this, &PlanLine::follow);
+    connect(&settings, &Settings::separatorChanged, this, &PlanLine::follow);
+    connect(&settings, &Settings::isSplitTIFFIntoSinglePagesChanged, this, &PlanLine::follow);
+    connect(&parts.ui.rightBox->choices(), &RunChoices::changed, this, &PlanLine::follow);
+    connect(&parts.view, &ViewState::isProcessingChanged, this, &PlanLine::follow);
+    parts.ui.planLabel->show();
+    follow();
+}
+
+PlanLine::~PlanLine()
+{
+    m_isWanted = false;
+    if (m_thread)
+        joinWorker(*m_thread);
+}
+
+/// What was looked up is of no more use. While the window is busy, its end comes here again.
+void PlanLine::follow()
+{
+    m_isWanted = false;
+    m_rest.start();
+    if (m_parts.view.isProcessing())
+        show(0, {});
+}
+
+void PlanLine::count()
+{
+    if (m_parts.view.isProcessing())
+        return;
+    if (m_thread && m_thread->isRunning()) { // it looks at a file that is slow to reach
+        m_rest.start();
+        return;
+    }
+    const RunOptions& options = m_parts.ui.rightBox->choices().options();
+    const bool isTogether = isKeptTogether(m_settings);
+    ChosenPageCounter counter(options);
+    FileList::Items ticked;
+    qint64 images = 0;
+    for (const FileList::Item& item : m_parts.files.items()) {
+        if (!item->isSelected())
+            continue;
+        const int pages = counter.count(*item);
+        images += isTogether ? std::min(pages, 1) : pages;
+        if (m_parts.files.checkedCount() <= mostFiles)
+            ticked.append(item);
+    }
+    show(images, {});
+    if (images == 0 || images > mostImages || ticked.isEmpty())
+        return;
+    QList<OutputFile> outputs;
+    outputs.reserve(ticked.size());
+    for (const FileList::Item& item : std::as_const(ticked))
+        outputs.append({ .filename = item->path(), .fileItems = { item->clone() } });
+    lookUp(outputs);
+}
+
+void PlanLine::lookUp(const QList<OutputFile>& outputs)
+{
+    const ConversionOptions all = m_parts.ui.rightBox->choices().all();
+    m_isWanted = true;
+    m_thread = std::make_unique<WorkerThread>(
+        [this, outputs, all, folder = m_settings.outputFolderPath()] {
+            guarded(u"PlanLine"_s, [&] {
+                Settings settings(nullptr);
+                applyTo(settings, all);
+                settings.setOutputFolderPath(folder);
+                const QString findings
+                    = findingsOf(outputs, settings, all.run, [this] { return m_isWanted.load(); });
+                callOnMainThread([&] {
+                    if (m_isWanted)
+                        show(m_images, findings);
+                });
+            });
+        });
+    m_thread->start(QThread::LowPriority);
+}
+
+void PlanLine::show(qint64 images, const QString& findings)
+{
+    m_images = images;
+    QString text;
+    if (images > 0)
+        text = tr("%1 image(s) \u2192 %2", nullptr, static_cast<int>(images))
+                   .arg(counted(images),
+                        m_settings.outputFolderPath().isEmpty()
+                            ? tr("beside the sources")
+                            : QDir::toNativeSeparators(m_settings.outputFolderPath()))
+            + findings;
+    m_parts.ui.planLabel->setText(text);
+    const QString against = reasonAgainst();
+    const QString tip
+        = tr("Convert Files (%1): %2")
+              .arg(m_parts.ui.convertMenuAction->shortcut().toString(QKeySequence::NativeText),
+                   against.isEmpty() ? text : against);
+    m_parts.ui.convertBtn->setToolTip(tip);
+    m_parts.ui.convertMenuAction->setToolTip(tip);
+}
+
+/// Why there is nothing to convert now; empty when there is.
+QString PlanLine::reasonAgainst() const
+{
+    if (m_parts.view.isProcessing())
+        return tr("not before what is under way has ended");
+    if (m_parts.files.count() == 0)
+        return tr("there are no files in the list");
+    if (m_parts.files.checkedCount() == 0)
+        return tr("no file is ticked");
+    if (m_parts.files.checkedPages() == 0)
+        return tr("no page of the ticked files can be read");
+    return m_images == 0 ? tr("the options leave no page of the ticked files to convert")
+                         : QString();
+}
+
+} // namespace pagestack
