@@ -1,6 +1,7 @@
 #include "engine/settings/UserDefaults.h"
 #include "engine/support/Info.h"
 #include "engine/support/Signals.h"
+#include "mainwindow/Languages.h"
 #include "mainwindow/PagestackAppDelegate.h"
 #include "mainwindow/ProgramText.h"
 #include "mainwindow/desktop/DesktopWorkspace.h"
@@ -39,6 +40,7 @@ int main(int argc, char* argv[])
     QApplication application(argc, argv);
     QApplication::setApplicationName(displayName.toString());
     QApplication::setApplicationVersion(version.toString());
+    installTranslations();
     QApplication::setWindowIcon(applicationIcon());
     QApplication::setQuitOnLastWindowClosed(false); // the controller ends the program
     const ProgramArguments given = programArguments(QCoreApplication::arguments());

@@ -171,14 +171,14 @@ void Process::saveLog()
 QString Process::finalMessage() const
 {
     if (m_hasFailed)
-        return u"Pagestack unable able to convert some of the files!\r\n"
-               "Please check log for more information."_s;
+        return tr("Pagestack unable able to convert some of the files!\r\n"
+                  "Please check log for more information.");
     if (log()->isCancelled) // what comes while the log is written is too late
-        return u"Process cancelled!"_s;
+        return tr("Process cancelled!");
     // Planned sources are compared with files created: three pages of one source are no "all".
     if (outputFiles().size() == totalFileCreated())
-        return u"All files converted successfully."_s;
-    return u"Total %1 files converted successfully."_s.arg(totalFileCreated());
+        return tr("All files converted successfully.");
+    return tr("Total %1 files converted successfully.").arg(totalFileCreated());
 }
 
 void Process::showTimeTaken()

@@ -5,6 +5,8 @@
 #include "engine/settings/Settings.h"
 #include "engine/support/Paths.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -14,6 +16,12 @@ namespace pagestack {
 namespace {
 
     constexpr int mostDpi = 100'000;
+
+    /// What users read, in the language that is in force when the table is made.
+    struct Texts
+    {
+        Q_DECLARE_TR_FUNCTIONS(pagestack::ConversionOptions)
+    };
 
     using Options = ConversionOptions;
     using Row = const ConversionOptionRow&;
@@ -45,7 +53,7 @@ namespace {
     std::vector<std::pair<QString, QString>> digitChoices()
     {
         std::vector<std::pair<QString, QString>> choices {
-            { u"1"_s, u"1, 2 ... 10"_s }, { u"auto"_s, u"As many as the last page has"_s }
+            { u"1"_s, u"1, 2 ... 10"_s }, { u"auto"_s, Texts::tr("As many as the last page has") }
         };
         for (int count = 2; count <= 9; ++count)
             choices.emplace_back(QString::number(count),
@@ -96,7 +104,7 @@ namespace {
     {
         return {
             { u"format"_s, formatNames(),
-              u"output format, default jpeg; also jpg and tif, in any case"_s, u""_s,
+              Texts::tr("output format, default jpeg; also jpg and tif, in any case"), u""_s,
               [](Options& options, Row row, Text text) {
                   options.outputType
                       = OutputType { choiceOf(formatName(text), row.value, row.name) };
@@ -104,25 +112,25 @@ namespace {
               [](const Options& options, Row row) {
                   return row.value.split(u'|').at(int(options.outputType));
               } },
-            { u"quality"_s, u"0..10"_s, u"JPEG quality in tenths, default 10"_s, u""_s,
+            { u"quality"_s, u"0..10"_s, Texts::tr("JPEG quality in tenths, default 10"), u""_s,
               [](Options& options, Row row, Text text) {
                   options.jpegQuality = numberOf(text, 0, 10, row.name);
               },
               [](const Options& options, Row) { return QString::number(options.jpegQuality); } },
-            { u"compression"_s, u"none|g3|g4|lzw|packbits"_s, u"TIFF compression, default none"_s,
-              u""_s,
+            { u"compression"_s, u"none|g3|g4|lzw|packbits"_s,
+              Texts::tr("TIFF compression, default none"), u""_s,
               [](Options& options, Row row, Text text) {
                   options.tiffCompression = TiffCompression { choiceOf(text, row.value, row.name) };
               },
               [](const Options& options, Row row) {
                   return row.value.split(u'|').at(int(options.tiffCompression));
               } },
-            { u"split"_s, u""_s, u"TIFF: one file a page instead of one a source"_s, u""_s,
+            { u"split"_s, u""_s, Texts::tr("TIFF: one file a page instead of one a source"), u""_s,
               [](Options& options, Row row, Text text) { options.isSplit = isOn(row, text); },
               [](const Options& options, Row) { return onOrOff(options.isSplit); } },
             { u"separator"_s,
               u"TEXT"_s,
-              u"stands between name and page number, default empty; ':' becomes '-'"_s,
+              Texts::tr("stands between name and page number, default empty; ':' becomes '-'"),
               u""_s,
               [](Options& options, Row, Text text) {
                   // A slash would turn the base name into a folder.
@@ -140,65 +148,68 @@ namespace {
               true },
             flag<&RunOptions::mirrorsFolders>(
                 u"mirror"_s,
-                u"repeats the folders of the sources below the output folder: those below a folder "
-                "that is given, or below the deepest one that holds all that is given"_s,
-                u"Keep folder structure"_s, u"Folders and names"_s),
+                Texts::tr(
+                    "repeats the folders of the sources below the output folder: those below a "
+                    "folder that is given, or below the deepest one that holds all that is given"),
+                Texts::tr("Keep folder structure"), Texts::tr("Folders and names")),
             { u"digits"_s, u"auto|1..9"_s,
-              u"page numbers have at least so many digits, default 1; auto: as many as that of the "
-              "source's last page"_s,
-              u"Digits of page numbers"_s,
+              Texts::tr("page numbers have at least so many digits, default 1; auto: as many as "
+                        "that of the source's last page"),
+              Texts::tr("Digits of page numbers"),
               [](Options& options, Row, Text text) { options.run.digits = digits(text); },
               [](const Options& options, Row) {
                   return options.run.digits == 0 ? u"auto"_s : QString::number(options.run.digits);
               },
-              u"Folders and names"_s, digitChoices() },
+              Texts::tr("Folders and names"), digitChoices() },
             { u"name"_s,
               u"PATTERN"_s,
-              u"what outputs are called, without the extension, default '%1'; also {pages} the "
-              "source has, {folder} of the source, {parent} of that folder and {n}, the running "
-              "number of the output; {n:6}, {page:6} and {pages:6} have at least six digits; {sep} "
-              "and {page} are empty in a file that keeps all pages together; ':' becomes '-'"_s.arg(
-                  NamePattern::usual()),
-              u"Names of outputs"_s,
+              Texts::tr("what outputs are called, without the extension, default '%1'; also "
+                        "{pages} the source has, {folder} of the source, {parent} of that folder "
+                        "and {n}, the running number of the output; {n:6}, {page:6} and {pages:6} "
+                        "have at least six digits; {sep} and {page} are empty in a file that keeps "
+                        "all pages together; ':' becomes '-'")
+                  .arg(NamePattern::usual()),
+              Texts::tr("Names of outputs"),
               [](Options& options, Row, Text text) {
                   if (!text.isEmpty())
                       const NamePattern checked(text);
                   options.run.namePattern = text;
               },
               [](const Options& options, Row) { return options.run.namePattern; },
-              u"Folders and names"_s,
+              Texts::tr("Folders and names"),
               {},
               NamePattern::usual(),
               true },
             { u"pages"_s,
               u"LIST"_s,
-              u"the pages of each source that are converted, from 1 on, such as 1,3-5,-1: 3- is "
-              "the third and all behind it, -1 the last, -3- the last three, 2--2 all but the "
-              "first and the last; a page that a source lacks is an error of that source"_s,
-              u"Pages to convert"_s,
+              Texts::tr(
+                  "the pages of each source that are converted, from 1 on, such as 1,3-5,-1: 3- is "
+                  "the third and all behind it, -1 the last, -3- the last three, 2--2 all but the "
+                  "first and the last; a page that a source lacks is an error of that source"),
+              Texts::tr("Pages to convert"),
               [](Options& options, Row, Text text) {
                   const PageChoice checked(text);
                   options.run.pages = text.trimmed();
               },
               [](const Options& options, Row) { return options.run.pages; },
-              u"Pages"_s,
+              Texts::tr("Pages"),
               {},
-              u"all; 1,3-5,-1"_s },
+              Texts::tr("all; 1,3-5,-1") },
             flag<&RunOptions::skipsReduced>(
                 u"skip-reduced"_s,
-                u"leaves out thumbnails and masks, pages whose SubfileType says so; page numbers stay"_s,
-                u"Leave out thumbnails and masks"_s, u"Pages"_s),
+                Texts::tr("leaves out thumbnails and masks, pages whose SubfileType says so; page "
+                          "numbers stay"),
+                Texts::tr("Leave out thumbnails and masks"), Texts::tr("Pages")),
             treatmentFlag<&PageTreatment::stripsMetadata>(
                 u"strip-metadata"_s,
-                u"JPEG, PNG, TIFF: leaves out what pages say of themselves (texts, dates, XMP, "
-                "Exif, GPS, IPTC); colour profile and resolution stay"_s,
-                u"Leave out metadata"_s, u"Pages"_s),
+                Texts::tr("JPEG, PNG, TIFF: leaves out what pages say of themselves (texts, dates, "
+                          "XMP, Exif, GPS, IPTC); colour profile and resolution stay"),
+                Texts::tr("Leave out metadata"), Texts::tr("Pages")),
             { u"expect-dpi"_s,
               u"N"_s,
-              u"warns of pages whose resolution is not N pixels an inch; they are converted as "
-              u"they "
-              "are"_s,
-              u"Expected resolution"_s,
+              Texts::tr("warns of pages whose resolution is not N pixels an inch; they are "
+                        "converted as they are"),
+              Texts::tr("Expected resolution"),
               [](Options& options, Row row, Text text) {
                   options.run.treatment.expectedDpi
                       = text.isEmpty() ? 0 : numberOf(text, 1, mostDpi, row.name);
@@ -207,28 +218,29 @@ namespace {
                   const int dpi = options.run.treatment.expectedDpi;
                   return dpi == 0 ? u""_s : QString::number(dpi);
               },
-              u"Pages"_s,
+              Texts::tr("Pages"),
               {},
-              u"any; 300 for 300 dpi"_s },
+              Texts::tr("any; 300 for 300 dpi") },
             { u"bilevel"_s,
               u"none|threshold|otsu|dither"_s,
-              u"makes gray and colour black and white, as fax compressions need: white from a "
-              "threshold of luminance on ('threshold=140' sets it), from the one that parts the "
-              "levels of a page best, or by error diffusion; pages one bit deep stay as they are"_s,
-              u"Black and white"_s,
+              Texts::tr("makes gray and colour black and white, as fax compressions need: white "
+                        "from a threshold of luminance on ('threshold=140' sets it), from the one "
+                        "that parts the levels of a page best, or by error diffusion; pages one "
+                        "bit deep stay as they are"),
+              Texts::tr("Black and white"),
               setBilevel,
               [](const Options& options, Row row) {
                   return row.value.split(u'|').at(static_cast<int>(options.run.treatment.bilevel));
               },
-              u"Colours"_s,
-              { { u"none"_s, u"Off"_s },
-                { u"threshold"_s, u"By a threshold"_s },
-                { u"otsu"_s, u"By the best threshold of each page"_s },
-                { u"dither"_s, u"By dithering"_s } } },
+              Texts::tr("Colours"),
+              { { u"none"_s, Texts::tr("Off") },
+                { u"threshold"_s, Texts::tr("By a threshold") },
+                { u"otsu"_s, Texts::tr("By the best threshold of each page") },
+                { u"dither"_s, Texts::tr("By dithering") } } },
             { u"threshold"_s,
               u"1..255"_s,
-              u"the threshold of --bilevel threshold, default 128"_s,
-              u"Threshold"_s,
+              Texts::tr("the threshold of --bilevel threshold, default 128"),
+              Texts::tr("Threshold"),
               [](Options& options, Row row, Text text) {
                   options.run.treatment.threshold = text.isEmpty()
                       ? PageTreatment().threshold
@@ -239,29 +251,30 @@ namespace {
                   return threshold == PageTreatment().threshold ? u""_s
                                                                 : QString::number(threshold);
               },
-              u"Colours"_s,
+              Texts::tr("Colours"),
               {},
-              u"128, of 1 to 255"_s },
+              Texts::tr("128, of 1 to 255") },
             treatmentFlag<&PageTreatment::convertsToSrgb>(
                 u"srgb"_s,
-                u"converts colours to sRGB through the page's profile, which is then left out"_s,
-                u"Convert colours to sRGB"_s, u"Colours"_s),
+                Texts::tr(
+                    "converts colours to sRGB through the page's profile, which is then left out"),
+                Texts::tr("Convert colours to sRGB"), Texts::tr("Colours")),
             treatmentFlag<&PageTreatment::keepsDate>(
-                u"keep-dates"_s, u"gives outputs the modification time of their source"_s,
-                u"Keep file dates"_s, u"Files"_s),
-            flag<&RunOptions::verifies>(
-                u"verify"_s,
-                u"reads each output back before it gets its name; one that does not show its page "
-                "is not saved"_s,
-                u"Verify outputs"_s, u"Proof"_s),
-            flag<&RunOptions::writesChecksums>(u"checksums"_s,
-                                               u"writes a file SHA256SUMS beside the outputs, as "
-                                               u"'sha256sum -c' reads it; one that is "
-                                               "there keeps its lines of other files"_s,
-                                               u"Write SHA256SUMS"_s, u"Proof"_s),
+                u"keep-dates"_s, Texts::tr("gives outputs the modification time of their source"),
+                Texts::tr("Keep file dates"), Texts::tr("Files")),
+            flag<&RunOptions::verifies>(u"verify"_s,
+                                        Texts::tr("reads each output back before it gets its name; "
+                                                  "one that does not show its page is not saved"),
+                                        Texts::tr("Verify outputs"), Texts::tr("Proof")),
+            flag<&RunOptions::writesChecksums>(
+                u"checksums"_s,
+                Texts::tr("writes a file SHA256SUMS beside the outputs, as 'sha256sum -c' reads "
+                          "it; one that is there keeps its lines of other files"),
+                Texts::tr("Write SHA256SUMS"), Texts::tr("Proof")),
             flag<&RunOptions::writesRecord>(
-                u"keep-record"_s, u"writes a record of the run, a JSON document, beside its log"_s,
-                u"Write a record of the run"_s, u"Proof"_s),
+                u"keep-record"_s,
+                Texts::tr("writes a record of the run, a JSON document, beside its log"),
+                Texts::tr("Write a record of the run"), Texts::tr("Proof")),
         };
     }
 

@@ -1,5 +1,6 @@
 #include "engine/support/Dates.h"
 
+#include <QCoreApplication>
 #include <QLocale>
 
 #include <cstdio>
@@ -62,10 +63,13 @@ QString timeTakenString(const QDateTime& start, const QDateTime& end)
 
 QString totalTimeTakenText(const QString& timeText, int processed, int planned)
 {
-    return u"Total Time Taken : %1 %2/%3"_s.arg(timeText, QString::number(processed),
-                                                QString::number(planned));
+    return QCoreApplication::translate("pagestack::Dates", "Total Time Taken : %1 %2/%3")
+        .arg(timeText, QString::number(processed), QString::number(planned));
 }
 
-QString zeroTotalTimeTakenText() { return totalTimeTakenText(u"0 sec(s)"_s, 0, 0); }
+QString zeroTotalTimeTakenText()
+{
+    return totalTimeTakenText(QCoreApplication::translate("pagestack::Dates", "0 sec(s)"), 0, 0);
+}
 
 } // namespace pagestack

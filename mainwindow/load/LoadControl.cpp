@@ -33,7 +33,7 @@ LoadControl::LoadControl(const WindowParts& parts, ListCommands& list)
     , m_recentFolders(parts.services.defaults, *parts.ui.menuRecentFolders,
                       *parts.ui.addFolderAction)
 {
-    connect(&m_recentFolders, &RecentFolders::chosen, this,
+    connect(&m_recentFolders, &RecentSourceFolders::chosen, this,
             [this](const QUrl& folder) { load({ folder }, true); });
     parts.ui.inculdeSubfoldersBtn->setChecked(inculdeSubfolders());
     connect(parts.ui.inculdeSubfoldersBtn, &QCheckBox::toggled, this,
@@ -116,7 +116,7 @@ void LoadControl::loadURLs(const Arguments& arguments)
             view.startProcess();
             if (m_parts.worker.isTerminating()) // asked for before the thread came here
                 m_parts.worker.cancel();
-            view.updateTimeTakenLabel(totalTimeTakenText(u"In Process..."_s, 0, 0));
+            view.updateTimeTakenLabel(totalTimeTakenText(tr("In Process..."), 0, 0));
         });
         FileLoader loader(*this);
         const bool isChanged = arguments.isFolders

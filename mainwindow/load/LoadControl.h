@@ -4,7 +4,7 @@
 #include "filelist/FileList.h"
 #include "filelist/FileLoader.h"
 #include "mainwindow/import/ImportFilesWindowController.h"
-#include "mainwindow/load/RecentFolders.h"
+#include "mainwindow/load/RecentSourceFolders.h"
 #include "mainwindow/state/WindowParts.h"
 
 #include <QObject>
@@ -51,7 +51,7 @@ private:
 
     const WindowParts m_parts;
     ListCommands& m_list;
-    RecentFolders m_recentFolders;
+    RecentSourceFolders m_recentFolders;
     ImportFilesWindowController* m_importPanel = nullptr; ///< the window's; made when first used
 };
 

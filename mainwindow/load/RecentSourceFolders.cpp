@@ -1,4 +1,4 @@
-#include "mainwindow/load/RecentFolders.h"
+#include "mainwindow/load/RecentSourceFolders.h"
 
 #include "engine/settings/UserDefaults.h"
 
@@ -22,28 +22,28 @@ namespace {
 
 } // namespace
 
-RecentFolders::RecentFolders(UserDefaults& defaults, QMenu& menu, const QAction& adding)
+RecentSourceFolders::RecentSourceFolders(UserDefaults& defaults, QMenu& menu, const QAction& adding)
     : m_defaults(defaults)
     , m_menu(menu)
     , m_adding(adding)
 {
-    connect(&menu, &QMenu::aboutToShow, this, &RecentFolders::fill);
+    connect(&menu, &QMenu::aboutToShow, this, &RecentSourceFolders::fill);
     menu.menuAction()->setEnabled(!paths().isEmpty());
 }
 
-QStringList RecentFolders::paths() const
+QStringList RecentSourceFolders::paths() const
 {
     return m_defaults.objectForKey(recentFoldersKey).toStringList();
 }
 
-void RecentFolders::keep(const QStringList& paths)
+void RecentSourceFolders::keep(const QStringList& paths)
 {
     m_defaults.setObject(recentFoldersKey, paths);
     m_defaults.synchronize();
     m_menu.menuAction()->setEnabled(!paths.isEmpty());
 }
 
-void RecentFolders::note(const QList<QUrl>& urls)
+void RecentSourceFolders::note(const QList<QUrl>& urls)
 {
     if (urls.size() > most) // a drop of many is one of files
         return;
@@ -59,7 +59,7 @@ void RecentFolders::note(const QList<QUrl>& urls)
 }
 
 /// One that is gone is shown too: its disk may come back, and to look for it may take long.
-void RecentFolders::fill()
+void RecentSourceFolders::fill()
 {
     m_menu.clear();
     for (const QString& path : paths()) {

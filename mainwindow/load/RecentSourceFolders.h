@@ -12,7 +12,7 @@ namespace pagestack {
 class UserDefaults;
 
 /// The folders that were added last, as a menu, for this start and the next. Main thread.
-class RecentFolders : public QObject
+class RecentSourceFolders : public QObject
 {
     Q_OBJECT
 
@@ -21,7 +21,7 @@ public:
 
     /// Fills `menu` whenever it is about to be shown, with items that are enabled while `adding`
     /// is. All outlive this.
-    RecentFolders(UserDefaults& defaults, QMenu& menu, const QAction& adding);
+    RecentSourceFolders(UserDefaults& defaults, QMenu& menu, const QAction& adding);
 
     /// Puts those of `urls` that are folders first.
     void note(const QList<QUrl>& urls);
