@@ -223,6 +223,8 @@ namespace {
         job.setJobs(m_options.jobs);
         job.setRunOptions(m_options.conversion.run);
         job.setRecordFile(m_options.recordFile);
+        if (!m_options.reportFile.isEmpty())
+            job.setReport(m_options.reportFile);
         job.setKeepsExisting(m_options.onExists != OnExists::Overwrite);
         job.setTotalFileSelected(static_cast<int>(m_outputs.size()));
         if (m_options.onExists == OnExists::Skip)
@@ -266,10 +268,13 @@ namespace {
             m_logCopy.emplace(m_options.logFile, m_console);
             fault = m_logCopy->tryOut();
         }
-        if (fault.isNull() && !m_options.recordFile.isEmpty()) {
-            what = u"record %1"_s.arg(m_options.recordFile);
+        for (const auto& [name, file] : { std::pair(u"record"_s, m_options.recordFile),
+                                          std::pair(u"report"_s, m_options.reportFile) }) {
+            if (!fault.isNull() || file.isEmpty())
+                continue;
+            what = name + u' ' + file;
             try {
-                const StagedFile file(m_options.recordFile); // goes again
+                const StagedFile staged(file); // goes again
             } catch (const std::runtime_error& error) {
                 fault = QString::fromUtf8(error.what());
             }

@@ -100,6 +100,13 @@ namespace {
               u"also writes the XML log of the run to FILE; '-' is standard output, which then "
               "holds nothing else"_s,
               [](Options& options, Row, Text value) { options.logFile = named(value, u"log"_s); } },
+            { 0, u"report"_s, u"FILE"_s,
+              u"writes a report of the run to FILE, an HTML page with totals, problems and links "
+              u"to "
+              "the outputs"_s,
+              [](Options& options, Row, Text value) {
+                  options.reportFile = named(value, u"report"_s);
+              } },
             { 0, u"record"_s, u"FILE"_s,
               u"writes a record of the run to FILE, a JSON document with size and SHA-256 of "
               u"sources "

@@ -159,9 +159,10 @@ Options parseOptions(const QStringList& words)
         options.isQuiet = true; // what is read by another program holds the log alone
     }
     exampleName(options.conversion); // refuses a pattern that gives none
-    if (LogCopy::isStandardOutput(options.recordFile))
-        throw UsageError(
-            u"option --record takes no '%1': the record is a file"_s.arg(options.recordFile));
+    for (const auto& [what, file] :
+         { std::pair(u"record"_s, options.recordFile), std::pair(u"report"_s, options.reportFile) })
+        if (LogCopy::isStandardOutput(file))
+            throw UsageError(u"option --%1 takes no '%2': the %1 is a file"_s.arg(what, file));
     if (options.conversion.run.writesRecord && options.recordFile.isEmpty() && !options.leavesLog)
         throw UsageError(
             u"option --keep-record has no effect with --no-log; --record names a file"_s);

@@ -47,6 +47,7 @@ struct Options
     QString logFile {}; ///< a copy of the log; empty: none
     QString
         recordFile {}; ///< the record of the run; empty: only where `conversion.run` asks for it
+    QString reportFile {}; ///< the HTML report of the run; empty: none
     bool leavesLog = true; ///< in the application data folder
     bool isQuiet = false;
     bool isVerbose = false;

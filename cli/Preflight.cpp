@@ -35,6 +35,7 @@ QList<ReportFile> reportFiles(const Options& options)
         }
     };
     add(u"log"_s, options.logFile);
+    add(u"report"_s, options.reportFile);
     add(u"record"_s, options.recordFile);
     return files;
 }

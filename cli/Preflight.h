@@ -31,7 +31,7 @@ struct ReportFile
     QString target; ///< what is written to, whatever links lead there
 };
 
-/// The log and the record, as far as `options` ask for them in files.
+/// The log, the report and the record, as far as `options` ask for them in files.
 QList<ReportFile> reportFiles(const Options& options);
 
 /// The absolute path of the output folder `folder`. Throws OutputRefused when it is not writable,

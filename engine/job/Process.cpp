@@ -143,6 +143,7 @@ void Process::endRun()
     m_evidence->writeChecksums();
     saveLog();
     m_evidence->writeRecord(m_recordFile);
+    m_evidence->writeReport();
     setMessage(finalMessage());
     const std::shared_ptr<Log> runLog = log();
     setTimeTaken(timeTakenString(runLog->startTime, runLog->endTime));

@@ -33,6 +33,9 @@ struct RunSetup
     std::function<void()> showTimeTaken {}; ///< called after each output
     RunEvidence* evidence = nullptr; ///< outlives the run
 
+    /// File of the HTML report; empty: beside the log. None: there is none.
+    std::optional<QString> report {};
+
     bool isWanted(const QString& outputPath) const
     {
         return !targetFilter || targetFilter(outputPath);
@@ -157,6 +160,10 @@ public:
 
     /// The record of the run goes to the file at `path` instead of one beside the log.
     void setRecordFile(const QString& path) { m_recordFile = path; }
+
+    /// An HTML report of the run goes to the file at `path`, replacing it, or to a new one beside
+    /// the log. To be set before the start.
+    void setReport(const QString& path = {}) { m_options.report = path; }
 
     bool isCombining() const { return m_isCombining; }
     void setIsCombining(bool value)

@@ -5,6 +5,7 @@
 #include "engine/image/TiffDocument.h"
 #include "engine/image/decode/TiffPage.h"
 #include "engine/job/SourceFindings.h"
+#include "engine/log/RunReport.h"
 #include "engine/options/ConversionOptions.h"
 #include "engine/support/Info.h"
 #include "engine/support/Paths.h"
@@ -333,23 +334,40 @@ void RunEvidence::writeRecord(const QString& chosenFile)
         return;
     m_record->end(end());
     const QString log = m_job.log()->logFilePath();
-    if (chosenFile.isEmpty() && log.isNull()) {
-        tellTrouble(u"record"_s,
-                    u"it could not be written, since there is no log to put it beside"_s);
+    const QString beside = log.isNull() ? QString() : log.chopped(4) + u".json"_s;
+    write(u"record"_s, chosenFile.isEmpty() ? beside : chosenFile, !chosenFile.isEmpty(),
+          [this](const QString& path, StagedFile::Existing existing) {
+              return m_record->saveTo(path, existing);
+          });
+}
+
+void RunEvidence::writeReport()
+{
+    if (!m_options.report)
+        return;
+    const bool isChosen = !m_options.report->isEmpty();
+    write(u"report"_s, isChosen ? *m_options.report : reportPathBeside(m_job.log()->logFilePath()),
+          isChosen, [this](const QString& path, StagedFile::Existing existing) {
+              return saveReport(*m_job.log(), m_job.outputFiles().size(), path, existing);
+          });
+}
+
+/// `what` replaces a file that the user has chosen, and no other. An empty `path`: there is no log.
+void RunEvidence::write(const QString& what, const QString& path, bool isChosen, const Save& save)
+{
+    if (path.isEmpty()) {
+        tellTrouble(what, u"it could not be written, since there is no log to put it beside"_s);
         return;
     }
-    const QString path = chosenFile.isEmpty() ? log.chopped(4) + u".json"_s : chosenFile;
     m_job.removeLeftovers(folderPart(path));
     QString fault;
     try {
-        fault = m_record->saveTo(path,
-                                 chosenFile.isEmpty() ? StagedFile::Existing::Kept
-                                                      : StagedFile::Existing::Replaced);
+        fault = save(path, isChosen ? StagedFile::Existing::Replaced : StagedFile::Existing::Kept);
     } catch (const StagedFile::NameTaken& taken) {
         fault = reasonOf(taken);
     }
     if (!fault.isNull())
-        tellTrouble(path, u"the record could not be written: "_s + fault);
+        tellTrouble(path, u"the %1 could not be written: "_s.arg(what) + fault);
 }
 
 } // namespace pagestack

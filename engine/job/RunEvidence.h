@@ -8,6 +8,7 @@
 #include <QJsonObject>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -56,7 +57,12 @@ public:
     /// Writes the record to its file, or beside the log, if there is one.
     void writeRecord(const QString& chosenFile);
 
+    /// The same with the report.
+    void writeReport();
+
 private:
+    using Save = std::function<QString(const QString& path, StagedFile::Existing existing)>;
+    void write(const QString& what, const QString& path, bool isChosen, const Save& save);
     void takeDiagnostic(const Diagnostic& diagnostic);
     void addChecksum(const QString& path, const FileDigest& digest);
     QJsonObject kindOf(int page) const;

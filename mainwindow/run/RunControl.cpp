@@ -1,5 +1,6 @@
 #include "mainwindow/run/RunControl.h"
 
+#include "engine/log/RunReport.h"
 #include "engine/plan/RunPlan.h"
 #include "engine/plan/SpaceNeed.h"
 #include "engine/support/Paths.h"
@@ -165,6 +166,7 @@ void RunControl::startRun(const std::optional<QList<OutputFile>>& outputs,
     if (m_parts.worker.isBusy() || !m_process)
         return; // something else has begun while the user was asked
     m_process->setRunOptions(m_parts.ui.rightBox->choices().options());
+    m_process->setReport();
     m_process->setTotalFileSelected(static_cast<int>(m_parts.files.checkedCount()));
     m_panel->follow(*m_process);
     m_rows.begin();
@@ -350,10 +352,17 @@ void RunControl::cancelProcess()
         m_process->setIsCombining(false);
 }
 
+/// As the page for people, if there is one.
 void RunControl::viewLog()
 {
-    if (m_process)
+    if (!m_process)
+        return;
+    const QString report = reportPathBeside(m_process->log()->logFilePath());
+    if (report.isEmpty() || !QFileInfo::exists(report))
         m_process->viewLog();
+    else
+        guarded(u"Process=>viewLog"_s,
+                [&] { m_parts.services.workspace.openURL(QUrl::fromLocalFile(report)); });
 }
 
 void RunControl::closeProcess()

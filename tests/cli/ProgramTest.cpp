@@ -46,6 +46,9 @@ a.tif:W | a.tif --checksums --record SHA256SUMS \
     | ! SHA256SUMS has the name of checksums, which the record would replace / 4
 a.tif:W | a.tif -o new --record none/r | ! the record none/r cannot be written: * / 4
 a.tif:W | -q a.tif --no-log --record r.json | 0 a1.jpg r.json
+a.tif:W | -o new a.tif --report none/r | ! the report none/r cannot be written: * / 4
+a.tif:W | a.tif --report a.tif | ! a.tif is a source, which the report would replace / 4
+a.tif:W | -q a.tif --no-log --report r.html | 0 a1.jpg r.html
 a.tif:W SHA256SUMS | sh '%1' -q a.tif --no-log --checksums 2>o; echo $?; sed 's,.*/,,' o; rm o \
     | 1 / SHA256SUMS: the file is kept as it is, since its line 1 is none of sha256sum / 0 a1.jpg
 a.tif:W log>a1.jpg | a.tif --log log \

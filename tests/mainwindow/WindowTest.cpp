@@ -344,6 +344,10 @@ private slots:
         desktop().isRefusing = false;
         press("viewLogBtn");
         QVERIFY(!logFile().isEmpty());
+        const QString page = logFile().chopped(4) + u".html"_s;
+        QCOMPARE(desktop().opened.last().toLocalFile(), page);
+        QVERIFY(QFile::remove(page));
+        press("viewLogBtn");
         QCOMPARE(desktop().opened.last().toLocalFile(), logFile());
         press("closeProcessBtn");
         QVERIFY(!controller().processViewPanel()->isVisible());
