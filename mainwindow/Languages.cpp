@@ -11,20 +11,24 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    void install(const QString& name, const QString& folder)
+    const QString ourTexts = u":/pagestack/translations"_s;
+
+    bool install(const QLocale& locale, const QString& name, const QString& folder)
     {
         auto* translator = new QTranslator(QCoreApplication::instance());
-        if (translator->load(QLocale(), name, u"_"_s, folder))
-            QCoreApplication::installTranslator(translator);
+        return translator->load(locale, name, u"_"_s, folder)
+            && QCoreApplication::installTranslator(translator);
     }
 
 } // namespace
 
 void installTranslations()
 {
-    // Those of Qt's own dialogs first: the last one is asked first.
-    install(u"qtbase"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath));
-    install(u"pagestack"_s, u":/pagestack/translations"_s);
+    // Those of Qt's own dialogs only where the window speaks the same language.
+    if (install(QLocale(), u"pagestack"_s, ourTexts))
+        install(QLocale(), u"qtbase"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath));
+    else
+        install(QLocale::English, u"pagestack"_s, ourTexts);
 }
 
 } // namespace pagestack

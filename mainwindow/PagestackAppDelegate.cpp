@@ -25,6 +25,12 @@ namespace {
     const QString windowKey = u"WINDOW"_s;
     constexpr QSize frame(16, 48); // what the desktop may put round a window, generously
 
+    struct KeyLetterOfButton
+    {
+        const char* letter;
+        const char* button;
+    };
+
     QString asText(const QByteArray& state) { return QString::fromLatin1(state.toBase64()); }
 
     QByteArray asState(const QVariant& text)
@@ -156,20 +162,23 @@ void PagestackAppDelegate::connectButtons()
 void PagestackAppDelegate::markTheKeyLetters()
 {
     const QColor color = m_window->palette().color(QPalette::ButtonText);
-    const std::pair<const char*, const char*> letters[]
-        = { { "removeBtn", "r" },
-            { "importBtn", "i" },
-            { "addFilesBtn", "f" },
-            { "addFolderBtn", "o" },
-            { "inculdeSubfoldersBtn", "u" },
-            { "convertBtn", "s" },
-            { "setCurrentAsDefaultOutputFolderPathBtn", "d" },
-            { "openFolderAfterConversionBtn", "p" },
-            { "viewLogBtn", "l" },
-            { "cancelProcessBtn", "c" } };
-    for (const auto& [name, letter] : letters)
+    constexpr auto context = "pagestack::KeyLetter";
+    // A letter of the button's text in the language of the window; no two in the window are equal.
+    const KeyLetterOfButton letters[] = {
+        QT_TRANSLATE_NOOP3("pagestack::KeyLetter", "r", "removeBtn"),
+        QT_TRANSLATE_NOOP3("pagestack::KeyLetter", "i", "importBtn"),
+        QT_TRANSLATE_NOOP3("pagestack::KeyLetter", "f", "addFilesBtn"),
+        QT_TRANSLATE_NOOP3("pagestack::KeyLetter", "o", "addFolderBtn"),
+        QT_TRANSLATE_NOOP3("pagestack::KeyLetter", "u", "inculdeSubfoldersBtn"),
+        QT_TRANSLATE_NOOP3("pagestack::KeyLetter", "s", "convertBtn"),
+        QT_TRANSLATE_NOOP3("pagestack::KeyLetter", "d", "setCurrentAsDefaultOutputFolderPathBtn"),
+        QT_TRANSLATE_NOOP3("pagestack::KeyLetter", "p", "openFolderAfterConversionBtn"),
+        QT_TRANSLATE_NOOP3("pagestack::KeyLetter", "l", "viewLogBtn"),
+        QT_TRANSLATE_NOOP3("pagestack::KeyLetter", "c", "cancelProcessBtn"),
+    };
+    for (const auto& [letter, name] : letters)
         setButtonKeyCharacter(m_window->findChild<QAbstractButton*>(QLatin1StringView(name)),
-                              QLatin1StringView(letter), color);
+                              QCoreApplication::translate(context, letter, name), color);
 }
 
 void PagestackAppDelegate::openAppAction()

@@ -46,9 +46,7 @@ void PagestackAppDelegate::setupVersion()
     const auto beginsWithName = [](const QString& title) { return title.startsWith(productName); };
     renameItems(items.first()->menu(),
                 [](const QString& title) { return title.endsWith(productName); });
-    for (const QAction* item : items)
-        if (item->text() == u"Window"_s)
-            renameItems(item->menu(), beginsWithName);
+    renameItems(m_ui->menuWindow, beginsWithName);
     renameItems(items.last()->menu(), beginsWithName);
 }
 
