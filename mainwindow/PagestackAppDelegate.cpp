@@ -7,6 +7,8 @@
 #include "mainwindow/ProgramText.h"
 #include "mainwindow/desktop/ApplicationEvents.h"
 #include "mainwindow/run/ProcessPanel.h"
+#include "mainwindow/state/AppearanceMenu.h"
+#include "mainwindow/state/CommandTips.h"
 #include "mainwindow/widgets/ReadingOrder.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 #include "ui_MainWindow.h"
@@ -107,6 +109,8 @@ void PagestackAppDelegate::awakeFromNib()
     setupVersion();
     setupToolbarAndMenuItems();
     restoreWindowState();
+    new AppearanceMenu(*m_ui, m_services.defaults, m_window.get());
+    new CommandTips(*m_window, *m_ui, *m_view, m_view.get());
     setTabOrder(controlsAsRead(*m_window));
     m_ui->mainTableView->setFocus(); // not the first button of the tool bar
     openAppAction();

@@ -50,6 +50,7 @@ public:
     void websiteAction();
     void helpAction();
     void toggleSettings();
+    void preferencesAction(); ///< shows the settings and gives them the keys
     void setupVersion();
     void setupToolbarAndMenuItems();
     void setButtonKeyCharacter(QAbstractButton* button, const QString& keyChar, const QColor& color)

@@ -75,6 +75,7 @@ void PagestackAppDelegate::connectMenus()
     on(m_ui->helpAction, &Self::helpAction);
     on(m_ui->websiteAction, &Self::websiteAction);
     on(m_ui->toggleSettingsAction, &Self::toggleSettings);
+    on(m_ui->preferencesAction, &Self::preferencesAction);
     for (const QAction* action :
          { m_ui->checkAllAction, m_ui->uncheckAllAction, m_ui->invertCheckAction })
         connect(action, &QAction::triggered, this,
@@ -90,6 +91,13 @@ void PagestackAppDelegate::connectMenus()
     showTableKey(m_ui->moveDownAction, Qt::CTRL | Qt::Key_Down);
     showTableKey(m_ui->invertSelectionAction, Qt::Key_Space);
     showTableKey(m_ui->removeSelectedAction, Qt::Key_Delete);
+}
+
+void PagestackAppDelegate::preferencesAction()
+{
+    if (pane().isHidden())
+        toggleSettings();
+    pane().takeKeys();
 }
 
 void PagestackAppDelegate::websiteAction() { m_services.workspace.openURL(QUrl(productPage)); }

@@ -42,6 +42,7 @@ SettingsPane::SettingsPane(QWidget* parent)
 {
     m_ui->setupUi(this);
     connect(m_ui->helpHyperlink, &QPushButton::clicked, this, &SettingsPane::helpRequested);
+    colourLink();
     connect(m_ui->restoreDefaultsBtn, &QPushButton::clicked, this, &SettingsPane::restoreDefaults);
 }
 
@@ -149,6 +150,16 @@ void SettingsPane::changeEvent(QEvent* event)
     QWidget::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::LanguageChange)
         alignLabels();
+    else if (event->type() == QEvent::PaletteChange)
+        colourLink();
+}
+
+void SettingsPane::colourLink()
+{
+    QPalette colours; // the others stay those of the window
+    for (const auto group : { QPalette::Active, QPalette::Inactive, QPalette::Disabled })
+        colours.setColor(group, QPalette::ButtonText, palette().color(group, QPalette::Link));
+    m_ui->helpHyperlink->setPalette(colours);
 }
 
 void SettingsPane::restoreDefaults()
@@ -236,6 +247,12 @@ void SettingsPane::chooseOutputFolder()
 void SettingsPane::rememberOutputFolder() { m_recent->remember(); }
 
 void SettingsPane::showFormat() { m_ui->settingTabView->setCurrentWidget(m_ui->formatTab); }
+
+void SettingsPane::takeKeys()
+{
+    showFormat();
+    m_ui->outputType->setFocus();
+}
 
 void SettingsPane::showOutputFolder()
 {

@@ -55,6 +55,8 @@ public:
     /// Offers the present output folder from now on.
     void rememberOutputFolder();
     void showFormat();
+    /// Shows the format and gives it the keys.
+    void takeKeys();
     /// Shows the output folder and gives the button that chooses one the keys.
     void showOutputFolder();
 
@@ -73,6 +75,7 @@ protected:
 private:
     void commitFields();
     void alignLabels();
+    void colourLink();
     void restoreDefaults();
 
     std::unique_ptr<Ui::SettingsPane> m_ui;

@@ -84,7 +84,8 @@ void ViewState::follow()
     setEnabled(isIdle,
                { ui.importBtn, ui.addFilesBtn, ui.addFolderBtn, ui.searchBtn,
                  ui.inculdeSubfoldersBtn, ui.findBar, ui.rightBox },
-               { ui.addFilesAction, ui.addFolderAction, ui.importAction, ui.toggleSettingsAction });
+               { ui.addFilesAction, ui.addFolderAction, ui.importAction, ui.toggleSettingsAction,
+                 ui.preferencesAction });
     ui.mainTableView->setEnabled(isIdle || m_isListReadable);
     ui.mainTableView->setReadOnly(!isIdle);
     setEnabled(hasFiles,
@@ -105,6 +106,24 @@ void ViewState::follow()
     ui.undoAction->setText(tr("&Undo %1").arg(m_history.undoText()).trimmed());
     ui.redoAction->setText(tr("&Redo %1").arg(m_history.redoText()).trimmed());
     ui.lableDragAndDrop->setVisible(m_files.count() == 0);
+}
+
+QString ViewState::whyDisabled(const QWidget& control) const
+{
+    if (m_ui.rightBox->isAncestorOf(&control) && m_ui.rightBox->isEnabled())
+        return {}; // the pane knows
+    if (!m_isViewEnabled)
+        return tr("Not while files are being added, sorted or converted.");
+    if (m_files.count() == 0)
+        return tr("The list is empty.");
+    if (&control == m_ui.convertBtn)
+        return tr("No page is ticked.");
+    if (&control != m_ui.moveUpButton && &control != m_ui.moveDownButton)
+        return {};
+    if (m_ui.mainTableView->highlightedSpan().first < 0)
+        return tr("No row is highlighted.");
+    return &control == m_ui.moveUpButton ? tr("The first row is among those highlighted.")
+                                         : tr("The last row is among those highlighted.");
 }
 
 void ViewState::resetViewForProcess(bool enable)

@@ -8,6 +8,7 @@
 
 class QMainWindow;
 class QUndoStack;
+class QWidget;
 
 namespace Ui {
 class MainWindow;
@@ -39,6 +40,9 @@ public:
     /// Shows that a load or a run is under way, or that none is.
     void startProcess();
     void stopProcess();
+
+    /// Why `control`, which is disabled, cannot be used; empty: what it belongs to says so.
+    QString whyDisabled(const QWidget& control) const;
 
     /// Counts the pages of ticked files that are chosen to be converted.
     void updateTotalLabel();

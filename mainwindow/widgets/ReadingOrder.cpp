@@ -4,7 +4,6 @@
 #include <QMainWindow>
 #include <QScrollArea>
 #include <QSplitter>
-#include <QTabBar>
 #include <QTabWidget>
 #include <QToolBar>
 
@@ -40,7 +39,7 @@ namespace {
         if (const auto* window = qobject_cast<QMainWindow*>(widget)) {
             collectWindow(*window, found);
         } else if (const auto* tabs = qobject_cast<QTabWidget*>(widget)) {
-            found.append(tabs->tabBar());
+            found.append(widget); // hands the keys on to its bar
             for (int i = 0; i < tabs->count(); ++i)
                 collect(tabs->widget(i), found);
         } else if (const auto* splitter = qobject_cast<QSplitter*>(widget)) {

@@ -1,0 +1,44 @@
+#include "mainwindow/state/AppearanceMenu.h"
+
+#include "engine/settings/UserDefaults.h"
+#include "mainwindow/widgets/Theme.h"
+#include "ui_MainWindow.h"
+
+namespace pagestack {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+    const QString appearanceKey = u"APPEARANCE"_s;
+
+} // namespace
+
+AppearanceMenu::AppearanceMenu(Ui::MainWindow& ui, UserDefaults& store, QObject* parent)
+    : QObject(parent)
+{
+#ifdef Q_OS_MACOS
+    ui.menuAppearance->menuAction()->setVisible(
+        false); // the system's own controls have its colours
+#else
+    offer(ui.systemThemeAction, Theme::System, store);
+    offer(ui.lightThemeAction, Theme::Light, store);
+    offer(ui.darkThemeAction, Theme::Dark, store);
+#endif
+}
+
+void AppearanceMenu::offer(QAction* action, Theme theme, UserDefaults& store)
+{
+    const int code = static_cast<int>(theme);
+    connect(action, &QAction::triggered, this, [theme, code, &store] {
+        store.setObject(appearanceKey, code);
+        showTheme(theme);
+    });
+    if (store.objectForKey(appearanceKey).toInt() == code) {
+        action->setChecked(true);
+        if (theme != Theme::System)
+            showTheme(theme);
+    }
+}
+
+} // namespace pagestack

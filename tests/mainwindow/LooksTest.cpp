@@ -1,0 +1,255 @@
+#include "mainwindow/run/ProcessPanel.h"
+#include "mainwindow/widgets/ReadingOrder.h"
+#include "mainwindow/widgets/Theme.h"
+#include "tests/mainwindow/Session.h"
+
+#include <QAccessible>
+#include <QComboBox>
+#include <QHelpEvent>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QScreen>
+#include <QTreeWidget>
+
+#include <cmath>
+
+namespace {
+
+double luminance(const QColor& color)
+{
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF())
+        + 0.0722 * linear(color.blueF());
+}
+
+double contrast(const QColor& one, const QColor& other)
+{
+    const auto [low, high] = std::minmax({ luminance(one), luminance(other) });
+    return (high + 0.05) / (low + 0.05);
+}
+
+/// A half-transparent colour as it looks on `ground`.
+QColor shown(const QColor& color, const QColor& ground)
+{
+    const auto mix = [&](double top, double bottom) {
+        return static_cast<float>(top * color.alphaF() + bottom * (1 - color.alphaF()));
+    };
+    return QColor::fromRgbF(mix(color.redF(), ground.redF()), mix(color.greenF(), ground.greenF()),
+                            mix(color.blueF(), ground.blueF()));
+}
+
+} // namespace
+
+/// What the window looks like, and what it is for those who do not see it or have no mouse.
+class LooksTest : public WindowFixture
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        takeNewFolder();
+        start();
+    }
+    void cleanup() { showTheme(Theme::System); }
+
+    void canBeRead_data()
+    {
+        QTest::addColumn<QPalette>("palette");
+        QTest::newRow("light") << paletteOf(Theme::Light);
+        QTest::newRow("dark") << paletteOf(Theme::Dark);
+    }
+
+    void canBeRead()
+    {
+        QFETCH(const QPalette, palette);
+        using P = QPalette;
+        const std::pair<P::ColorRole, P::ColorRole> pairs[]
+            = { { P::WindowText, P::Window },
+                { P::Text, P::Base },
+                { P::Text, P::AlternateBase },
+                { P::ButtonText, P::Button },
+                { P::WindowText, P::Base },
+                { P::HighlightedText, P::Highlight },
+                { P::PlaceholderText, P::Base },
+                { P::Link, P::Window },
+                { P::Link, P::Base },
+                { P::ToolTipText, P::ToolTipBase } };
+        for (const auto group : { P::Active, P::Inactive, P::Disabled })
+            for (const auto& [text, ground] : pairs) {
+                const QColor below = palette.color(group, ground);
+                const double found = contrast(shown(palette.color(group, text), below), below);
+                const double least = group == P::Disabled ? 2.5 : 4.5;
+                const QString what = u"%1 on %2 (%3): %4"_s.arg(int(text))
+                                         .arg(int(ground))
+                                         .arg(int(group))
+                                         .arg(found);
+                QVERIFY2(found >= least, qPrintable(what));
+            }
+        QVERIFY(contrast(palette.color(P::Disabled, P::WindowText), palette.color(P::Window))
+                < contrast(palette.color(P::Active, P::WindowText), palette.color(P::Window)));
+    }
+
+    /// Black totals, links and icons on dark.
+    void changesItsColoursWhileItRuns()
+    {
+        QVERIFY(fill());
+        for (const auto& [action, theme] : { std::pair("darkThemeAction", Theme::Dark),
+                                             std::pair("lightThemeAction", Theme::Light) }) {
+            press(action);
+            QCoreApplication::sendPostedEvents();
+            const QPalette colours = paletteOf(theme);
+            const QColor text = colours.color(QPalette::WindowText);
+            for (const char* name : { "labelTotalFiles", "labelTimeTaken", "planLabel",
+                                      "lableDragAndDrop", "outputExampleLabel" })
+                QCOMPARE(find(name).palette().color(QPalette::WindowText), text);
+            QCOMPARE(find("helpHyperlink").palette().color(QPalette::ButtonText),
+                     colours.color(QPalette::Link));
+            const QIcon icon = find<QAbstractButton>("removeBtn").icon();
+            const auto colourOf = [&](QIcon::Mode mode) {
+                return icon.pixmap(QSize(24, 24), 1, mode).toImage().pixelColor(12, 12).green() / 4;
+            };
+            QCOMPARE(colourOf(QIcon::Normal), text.green() / 4);
+            QCOMPARE(colourOf(QIcon::Disabled),
+                     colours.color(QPalette::Disabled, QPalette::WindowText).green() / 4);
+        }
+        press("darkThemeAction");
+        window().close();
+        showTheme(Theme::System);
+        start();
+        QVERIFY(find<QAction>("darkThemeAction").isChecked());
+        QTRY_COMPARE(window().palette().color(QPalette::Window),
+                     paletteOf(Theme::Dark).color(QPalette::Window));
+    }
+
+    void saysWhatItsButtonsDo_data()
+    {
+        addTextRows(R"(
+            addFilesBtn       | Add Files (Ctrl+O)         |                                |
+            removeBtn         | Remove (Del)               | The list is empty.             |
+            moveUpButton      | Move Up (Ctrl+Up)          | The list is empty.             | The first row is among
+            openFileButton    | Open File                  | The list is empty.             |
+            convertBtn        | Convert Files (Ctrl+Return) | The list is empty.            |
+            recentFoldersBtn  | Recent                     |                                |
+            inculdeSubfoldersBtn | Include sub-folders (Alt+U) |                            |)");
+    }
+
+    void saysWhatItsButtonsDo()
+    {
+        const auto [name, beginning, empty, first] = textRow<4>();
+        QWidget& button = find(qPrintable(name));
+        const auto lines = [&] {
+            QHelpEvent asked(QEvent::ToolTip, {}, {});
+            QCoreApplication::sendEvent(&button, &asked);
+            return button.toolTip().split(u'\n');
+        };
+        QCOMPARE(lines().first(), beginning);
+        QCOMPARE(lines().value(2), empty);
+        QVERIFY(fill());
+        table().highlightRows({ 0 });
+        QCOMPARE(lines().value(2).left(first.size()), first);
+        QCOMPARE(lines().size() > 2, !first.isEmpty());
+    }
+
+    /// Of two commands with one letter neither is reached at once.
+    void givesEachLetterOfAMenuToOneCommand()
+    {
+#ifdef Q_OS_MACOS
+        QSKIP("menus have no letters here");
+#endif
+        QVERIFY(fill());
+        int count = 0;
+        for (const QMenu* menu : window().findChildren<QMenu*>()) {
+            QStringList letters;
+            for (const QAction* action : menu->actions()) {
+                const QString letter = QKeySequence::mnemonic(action->text()).toString();
+                if (letter.isEmpty() || !action->isVisible())
+                    continue;
+                QVERIFY2(!letters.contains(letter),
+                         qPrintable(menu->objectName() + u": "_s + action->text()));
+                letters.append(letter);
+                ++count;
+            }
+        }
+        QVERIFY2(count > 30, qPrintable(QString::number(count)));
+    }
+
+    void showsThePreferences()
+    {
+        press("toggleSettingsAction");
+        find<QTabWidget>("settingTabView").setCurrentIndex(1);
+        for (int i = 0; i < 2; ++i) {
+            press("preferencesAction");
+            QVERIFY(find("rightBox").isVisible());
+            QCOMPARE(window().focusWidget(), &find("outputType"));
+        }
+    }
+
+    /// Controls drawn over rows, or a window that is larger than the screen.
+    void fitsSmallScreens_data()
+    {
+        addTextRows(R"(
+            large font   | 1.5 | pane
+            usual        | 1   | pane
+            usual        | 1   |)");
+    }
+
+    void fitsSmallScreens()
+    {
+        const auto [name, factor, pane] = textRow<3>();
+        QFont font = QApplication::font();
+        const QFont usual = font;
+        font.setPointSizeF(font.pointSizeF() * factor.toDouble());
+        QApplication::setFont(font);
+        const auto atEnd = qScopeGuard([&] { QApplication::setFont(usual); });
+        start();
+        QVERIFY(fill());
+        if (pane.isEmpty())
+            press("toggleSettingsAction");
+        QCoreApplication::sendPostedEvents();
+        window().resize(100, 100);
+        QCoreApplication::sendPostedEvents();
+        const QSize least = factor == u"1"_s ? QSize(667, 336) : QSize(960, 540);
+        QVERIFY2(window().width() <= least.width() && window().height() <= least.height(),
+                 qPrintable(u"%1 x %2"_s.arg(window().width()).arg(window().height())));
+        const char* const parts[]
+            = { "buttonBar",           "mainTableView",  "labelTotalFiles", "planLabel",
+                "labelTotalTIFFPages", "labelTimeTaken", "cancelBtn",       "convertBtn" };
+        for (const char* one : parts)
+            for (const char* other : parts) {
+                const auto place = [this](const char* part) {
+                    const QWidget& widget = find(part);
+                    return QRect(widget.mapTo(&window(), QPoint()), widget.size());
+                };
+                QVERIFY2(one == other || !place(one).intersects(place(other)), one);
+                QVERIFY2(window().rect().contains(place(one)), one);
+            }
+    }
+
+    /// Controls that Tab does not come to, or comes to out of turn.
+    void goesThroughTheWindowAsItIsRead()
+    {
+        QVERIFY(fill());
+        table().highlightRows({ 2 });
+        find("addFilesBtn").setFocus();
+        QVERIFY(QTest::qWaitForWindowActive(&window()));
+        QStringList expected;
+        for (const QWidget* control : controlsAsRead(window()))
+            if (control->isVisible() && control->isEnabled())
+                expected.append(
+                    (control->focusProxy() ? control->focusProxy() : control)->objectName());
+        QStringList reached;
+        for (qsizetype i = 0; i < expected.size(); ++i) {
+            reached.append(window().focusWidget()->objectName());
+            QTest::keyClick(window().focusWidget(), Qt::Key_Tab);
+        }
+        QCOMPARE(reached, expected);
+        QCOMPARE(window().focusWidget(), &find("addFilesBtn"));
+        QVERIFY(expected.size() > 25 && expected.indexOf(u"mainTableView"_s) > 5);
+    }
+};
+
+QTEST_MAIN(LooksTest)
+#include "LooksTest.moc"
