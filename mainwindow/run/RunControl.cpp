@@ -8,8 +8,8 @@
 #include "engine/support/Workspace.h"
 #include "engine/threads/MainThread.h"
 #include "filelist/FileTableModel.h"
+#include "mainwindow/desktop/DesktopRun.h"
 #include "mainwindow/desktop/Services.h"
-#include "mainwindow/desktop/SleepInhibitor.h"
 #include "mainwindow/list/ListCommands.h"
 #include "mainwindow/run/PlanLine.h"
 #include "mainwindow/run/PlanQuestion.h"
@@ -171,7 +171,9 @@ void RunControl::startRun(const std::optional<QList<OutputFile>>& outputs,
     m_panel->follow(*m_process);
     m_rows.begin();
     m_outcome.follow(*m_process);
-    m_awake = std::make_unique<SleepInhibitor>();
+    m_desktopRun = std::make_unique<DesktopRun>();
+    connect(m_desktopRun.get(), &DesktopRun::folderRequested, this, &RunControl::showFolder);
+    connect(m_panel.get(), &ProcessPanel::progressed, m_desktopRun.get(), &DesktopRun::setProgress);
     m_parts.view.resetView(false);
     m_parts.view.setListReadable(true);
     m_parts.view.startProcess();
@@ -308,6 +310,7 @@ void RunControl::ask()
         return;
     }
     m_panel->stopFollowing();
+    m_desktopRun.reset();
     leaveRun();
     QStringList buttons;
     for (const Question::Answer& answer : question.answers)
@@ -378,25 +381,25 @@ void RunControl::closeProcess()
 void RunControl::showEnd()
 {
     m_isRunning = false;
-    m_awake.reset();
     m_outcome.finish();
-    m_panel->showOutcome(m_outcome.headline(m_process->totalFileCreated()),
-                         !m_outcome.failed().isEmpty() || m_outcome.notReached() > 0);
+    const QString headline = m_outcome.headline(m_process->totalFileCreated());
+    m_panel->showOutcome(headline, !m_outcome.failed().isEmpty() || m_outcome.notReached() > 0);
+    m_outputFolder = m_settings.outputFolderPath();
+    if (m_outputFolder.isEmpty() && !m_process->outputFiles().isEmpty())
+        m_outputFolder = folderPart(m_process->outputFiles().first().filename);
+    if (m_desktopRun)
+        m_desktopRun->end(m_panel->windowTitle(), headline, m_process->totalFileCreated() > 0);
 }
 
-/// That of the first output where each goes beside its source.
 void RunControl::showFolder()
 {
-    QString folder = m_settings.outputFolderPath();
-    if (folder.isEmpty() && !m_process->outputFiles().isEmpty())
-        folder = folderPart(m_process->outputFiles().first().filename);
-    guarded(u"Split"_s, [&] { m_parts.services.workspace.openURL(QUrl::fromLocalFile(folder)); });
+    guarded(u"Split"_s,
+            [&] { m_parts.services.workspace.openURL(QUrl::fromLocalFile(m_outputFolder)); });
 }
 
 void RunControl::leaveRun()
 {
     m_isRunning = false;
-    m_awake.reset();
     m_parts.view.resetViewForProcess(true);
     m_parts.view.stopProcess();
     m_parts.view.setListReadable(false);

@@ -15,11 +15,11 @@
 
 namespace pagestack {
 
+class DesktopRun;
 class ListCommands;
 class PlanLine;
 class ProcessPanel;
 class RunPlan;
-class SleepInhibitor;
 
 /// One conversion run as the window sees it: the checks before it, the job on a thread of its own,
 /// the sheet that covers the window, and what is left to do when the user closes that. Main thread.
@@ -101,7 +101,9 @@ private:
     std::unique_ptr<PlanLine> m_planLine;
     RunOutcome m_outcome;
     RunRows m_rows;
-    std::unique_ptr<SleepInhibitor> m_awake; ///< during a run
+    std::unique_ptr<DesktopRun> m_desktopRun; ///< of the run under way, or of the last one
+    QString
+        m_outputFolder; ///< of the last run; that of the first output where they go beside sources
     bool m_isRunning = false; ///< from the start of the plan to the end of the job
     bool m_isAsking = false; ///< whether the run is to end
     std::optional<Question> m_question; ///< to be asked when the worker has ended

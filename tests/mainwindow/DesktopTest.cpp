@@ -1,3 +1,4 @@
+#include "mainwindow/desktop/DesktopRun.h"
 #include "mainwindow/desktop/DesktopWorkspace.h"
 #include "mainwindow/desktop/SleepInhibitor.h"
 #include "tests/support/Testing.h"
@@ -12,6 +13,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QThread>
+#include <QWidget>
 
 #include <poll.h>
 #include <unistd.h>
@@ -96,6 +98,57 @@ private:
     QString m_asked;
 };
 
+/// A desktop that shows notifications, and progress at the icons of programs.
+class NotificationServer : public QDBusVirtualObject
+{
+    Q_OBJECT
+
+public:
+    explicit NotificationServer(const QString& address)
+        : m_bus(QDBusConnection::connectToBus(address, u"desktop"_s))
+    {
+        if (!m_bus.registerVirtualObject(u"/org/freedesktop/Notifications"_s, this)
+            || !m_bus.registerService(u"org.freedesktop.Notifications"_s)
+            || !m_bus.connect({}, {}, u"com.canonical.Unity.LauncherEntry"_s, u"Update"_s, this,
+                              SLOT(takeProgress(QString, QVariantMap))))
+            qFatal("The test's bus takes no desktop");
+    }
+    ~NotificationServer() override { QDBusConnection::disconnectFromBus(m_bus.name()); }
+    Q_DISABLE_COPY_MOVE(NotificationServer)
+
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override
+    {
+        const QVariantList call = message.arguments();
+        shown.append(u"%1 %2: %3 (%4)"_s.arg(message.signature(), call.at(3).toString(),
+                                             call.at(4).toString(),
+                                             call.at(5).toStringList().join(u'/')));
+        bus.send(message.createReply(7U));
+        return true;
+    }
+    void answer(uint number, const QString& action) const
+    {
+        QDBusMessage signal
+            = QDBusMessage::createSignal(u"/org/freedesktop/Notifications"_s,
+                                         u"org.freedesktop.Notifications"_s, u"ActionInvoked"_s);
+        m_bus.send(signal << number << action);
+    }
+
+    QStringList shown;
+    QStringList progress;
+
+public slots:
+    void takeProgress(const QString& program, const QVariantMap& state)
+    {
+        const bool isVisible = state.value(u"progress-visible"_s).toBool();
+        progress.append(program.section(u'/', -1) + u' '
+                        + (isVisible ? state.value(u"progress"_s).toString() : u"none"_s));
+    }
+
+private:
+    QDBusConnection m_bus;
+};
+
 // On a bus of the test's own, where no file manager of the system can be started.
 class DesktopTest : public QObject
 {
@@ -160,6 +213,42 @@ private slots:
         QVERIFY(!manager.isReleased());
         inhibitor.reset();
         QTRY_VERIFY(manager.isReleased());
+    }
+
+    /// A notification for each file or while the user looks on, answers to those of others, a
+    /// progress that stays at the icon.
+    void tellsTheDesktopOfARun()
+    {
+        NotificationServer desktop(m_address);
+        int folders = 0;
+        DesktopRun run;
+        connect(&run, &DesktopRun::folderRequested, &run, [&] { ++folders; });
+        for (const double fraction : { 0.0, 0.251, 0.258, 0.5, 1.0 })
+            run.setProgress(fraction);
+        run.end(u"Finished"_s, u"2 images written"_s, true);
+        QTRY_COMPARE(desktop.shown.join(u'|'),
+                     u"susssasa{sv}i Finished: 2 images written (default/Open folder/folder/Open "
+                     "folder)"_s);
+        QTRY_COMPARE(desktop.progress.join(u'|'),
+                     u"pagestack.desktop 0|pagestack.desktop 0.25|pagestack.desktop 0.5|"
+                     "pagestack.desktop 1|pagestack.desktop none"_s);
+        desktop.answer(8, u"folder"_s); // to another program's
+        desktop.answer(7, u"close"_s);
+        desktop.answer(7, u"folder"_s);
+        QTRY_COMPARE(folders, 1);
+
+        QWidget front;
+        front.show();
+        QVERIFY(QTest::qWaitForWindowActive(&front));
+        auto watched = std::make_unique<DesktopRun>();
+        watched->setProgress(0.1);
+        watched->end(u"Finished"_s, u"seen"_s, true);
+        watched = std::make_unique<DesktopRun>();
+        watched->setProgress(0.2);
+        watched.reset(); // a run that is not begun after all
+        QTRY_COMPARE(desktop.progress.size(), 9);
+        QCOMPARE(desktop.progress.last(), u"pagestack.desktop none"_s);
+        QCOMPARE(desktop.shown.size(), 1);
     }
 
     void opensTheFoldersInstead()
