@@ -55,6 +55,9 @@ void PagestackAppDelegate::setupToolbarAndMenuItems()
     m_ui->mainToolBar->setMovable(false);
     m_ui->mainToolBar->setContextMenuPolicy(Qt::PreventContextMenu);
     m_window->setContextMenuPolicy(Qt::NoContextMenu);
+    // Tool bars leave their own buttons to the mouse.
+    for (QAction* action : { m_ui->exportToolbarItem, m_ui->preferencesToolbarItem })
+        m_ui->mainToolBar->widgetForAction(action)->setFocusPolicy(Qt::TabFocus);
 }
 
 /// The other items of the menus press the buttons that do the same: see the description of the

@@ -228,6 +228,25 @@ private slots:
             }
     }
 
+    /// Controls that a screen reader meets without a name.
+    void namesAllControls()
+    {
+        QVERIFY(fill());
+        press("searchBtn");
+        controller().processViewPanel()->show();
+        controller().openImportFilesPanel();
+        int named = 0;
+        QStringList nameless;
+        QList<QWidget*> all = window().findChildren<QWidget*>();
+        all.append(&window());
+        for (QWidget* top : all)
+            if (top->isWindow() && top->isVisible())
+                countNames(QAccessible::queryAccessibleInterface(top), named, nameless);
+        QVERIFY2(nameless.isEmpty(), qPrintable(nameless.join(u' ')));
+        QVERIFY2(named > 45, qPrintable(QString::number(named)));
+        qInfo("%d controls have names", named);
+    }
+
     /// Controls that Tab does not come to, or comes to out of turn.
     void goesThroughTheWindowAsItIsRead()
     {
@@ -240,6 +259,10 @@ private slots:
             if (control->isVisible() && control->isEnabled())
                 expected.append(
                     (control->focusProxy() ? control->focusProxy() : control)->objectName());
+        for (const auto* button : window().findChildren<QAbstractButton*>())
+            if (button->isVisible() && button->isEnabled() && !button->objectName().isEmpty()
+                && !button->objectName().startsWith(u"qt_"_s))
+                QVERIFY2(expected.contains(button->objectName()), qPrintable(button->objectName()));
         QStringList reached;
         for (qsizetype i = 0; i < expected.size(); ++i) {
             reached.append(window().focusWidget()->objectName());
@@ -248,6 +271,27 @@ private slots:
         QCOMPARE(reached, expected);
         QCOMPARE(window().focusWidget(), &find("addFilesBtn"));
         QVERIFY(expected.size() > 25 && expected.indexOf(u"mainTableView"_s) > 5);
+    }
+
+private:
+    void countNames(QAccessibleInterface* control, int& named, QStringList& nameless) const
+    {
+        if (control == nullptr || control->state().invisible
+            || control->role() == QAccessible::Cell)
+            return;
+        const QString name = control->text(QAccessible::Name);
+        if (!control->state().focusable || control->role() == QAccessible::Window
+            || control->role() == QAccessible::StaticText) {
+            // what it consists of
+        } else if (!name.isEmpty() && !name.contains(u'<')) {
+            ++named;
+        } else {
+            nameless.append(control->object()->objectName() + u'/'
+                            + QLatin1StringView(control->object()->metaObject()->className()));
+        }
+        if (control->role() != QAccessible::Table && control->role() != QAccessible::ComboBox)
+            for (int i = 0; i < control->childCount(); ++i)
+                countNames(control->child(i), named, nameless);
     }
 };
 
