@@ -275,7 +275,6 @@ void FileTableModel::reorder(const QList<int>& rows)
     for (const QModelIndex& old : before)
         after.append(index(newRows.at(old.row()), old.column()));
     changePersistentIndexList(before, after);
-    emit reordered(rows);
     emit layoutChanged({}, VerticalSortHint);
 }
 

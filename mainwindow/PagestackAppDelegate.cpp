@@ -89,6 +89,7 @@ void PagestackAppDelegate::awakeFromNib()
     m_list = std::make_unique<ListCommands>(parts, *m_editor);
     m_load = std::make_unique<LoadControl>(parts, *m_list);
     m_run = std::make_unique<RunControl>(parts, *m_settings, *m_list);
+    m_preview = std::make_unique<PreviewControl>(parts, *m_settings);
     m_incoming = std::make_unique<IncomingFiles>(
         [this] {
             return !m_worker->isBusy() && !m_run->isUnderWay()
@@ -108,6 +109,7 @@ void PagestackAppDelegate::awakeFromNib()
     resetView(true);
     setupVersion();
     setupToolbarAndMenuItems();
+    m_preview->restore();
     restoreWindowState();
     new AppearanceMenu(*m_ui, m_services.defaults, m_window.get());
     new CommandTips(*m_window, *m_ui, *m_view, m_view.get());
@@ -271,6 +273,7 @@ void PagestackAppDelegate::saveWindowState()
     m_services.defaults.setObject(
         windowKey,
         QVariantMap { { u"geometry"_s, asText(m_window->saveGeometry()) },
+                      { u"sides"_s, asText(m_ui->mainSplitView->saveState()) },
                       { u"columns"_s, asText(m_ui->mainTableView->saveColumns()) } });
     m_services.defaults.synchronize();
 }
@@ -282,6 +285,8 @@ void PagestackAppDelegate::restoreWindowState()
     const QByteArray geometry = asState(state.value(u"geometry"_s));
     if (geometry.isEmpty() || !m_window->restoreGeometry(geometry))
         m_window->resize(m_window->size().boundedTo(m_window->screen()->availableSize() - frame));
+    if (const QByteArray sides = asState(state.value(u"sides"_s)); !sides.isEmpty())
+        m_ui->mainSplitView->restoreState(sides);
     if (const QByteArray columns = asState(state.value(u"columns"_s)); !columns.isEmpty())
         m_ui->mainTableView->restoreColumns(columns);
 }

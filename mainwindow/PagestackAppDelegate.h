@@ -6,6 +6,7 @@
 #include "mainwindow/list/ListCommands.h"
 #include "mainwindow/load/IncomingFiles.h"
 #include "mainwindow/load/LoadControl.h"
+#include "mainwindow/preview/PreviewControl.h"
 #include "mainwindow/run/RunControl.h"
 #include "mainwindow/settings/SettingsPane.h"
 #include "mainwindow/state/ViewState.h"
@@ -180,6 +181,7 @@ private:
     std::unique_ptr<ListCommands> m_list;
     std::unique_ptr<LoadControl> m_load;
     std::unique_ptr<RunControl> m_run;
+    std::unique_ptr<PreviewControl> m_preview;
     std::unique_ptr<IncomingFiles> m_incoming;
     std::unique_ptr<ApplicationEvents> m_applicationEvents;
     bool m_hasQuit = false; ///< the window may close now

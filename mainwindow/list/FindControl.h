@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QList>
 #include <QObject>
 
 namespace Ui {
@@ -30,7 +29,7 @@ private:
     void find();
     void showMatch(bool isNext);
     void close();
-    QList<int> matches() const; ///< none of them hidden
+    void scrollToRow(int row);
 
     Ui::MainWindow& m_ui;
     const FileList& m_files;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "engine/job/Process.h"
-#include "mainwindow/run/OutputFolderCheck.h"
 #include "mainwindow/run/RunOutcome.h"
 #include "mainwindow/run/RunRows.h"
 #include "mainwindow/state/WindowParts.h"
@@ -74,6 +73,9 @@ private:
         QList<Answer> answers; ///< but Cancel; none: there is nothing to be done about it
     };
 
+    void checkOutputFolder();
+    void refuse(const QString& text);
+    void refuseMissingFolder();
     void beginRun();
     void startRun(const std::optional<QList<OutputFile>>& outputs,
                   std::optional<ExistingFiles> decided = std::nullopt);
@@ -90,12 +92,10 @@ private:
     void leaveRun();
     void showEnd();
     void showFolder();
-    void saveProblems();
 
     const WindowParts m_parts;
     Settings& m_settings;
     ListCommands& m_list;
-    OutputFolderCheck m_folderCheck;
     std::unique_ptr<Process> m_process;
     std::unique_ptr<ProcessPanel> m_panel;
     std::unique_ptr<PlanLine> m_planLine;

@@ -19,7 +19,7 @@ engine/support < engine/threads < engine/files < engine/settings engine/log
 < engine/image/decode < engine/image/tiffwriter < engine/image/verify < engine/image < engine/preview FileItem
 < engine/sources < engine/plan < engine/job < filelist cli
 < mainwindow/widgets < mainwindow/desktop mainwindow/import < mainwindow/settings < mainwindow/state
-< mainwindow/list < mainwindow/load mainwindow/run < mainwindow
+< mainwindow/list mainwindow/preview < mainwindow/load mainwindow/run < mainwindow
 """
 LEVEL = {part: level for level, row in enumerate(LAYERS.split("<")) for part in row.split()}
 INCLUDE = re.compile(r'\s*#\s*(?:include|import)\s*[<"]([^>"]+)')

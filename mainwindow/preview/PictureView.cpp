@@ -1,0 +1,339 @@
+#include "mainwindow/preview/PictureView.h"
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace pagestack {
+
+namespace {
+
+    constexpr int pauseMs = 40;
+    constexpr int patienceMs = 250;
+    constexpr double largestZoom = 16;
+    constexpr double zoomStep = 1.25;
+    constexpr double wheelStep = 120; ///< eighths of a degree
+    constexpr double clearZoom = 2; ///< from here on pixels are shown as squares
+    constexpr double goodEnough = 1.02; ///< what a picture may be enlarged
+    constexpr double tooLarge = 1.25; ///< and reduced
+    constexpr int margin = 8;
+    constexpr double keyStep = 60;
+    constexpr int far = std::numeric_limits<int>::max() / 2;
+
+} // namespace
+
+PictureView::PictureView(QThreadPool& threads, QWidget* parent)
+    : QWidget(parent)
+    , m_wholeWork(threads, nullptr)
+    , m_partWork(threads, nullptr)
+{
+    setFocusPolicy(Qt::StrongFocus);
+    setMinimumSize(120, 120);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    m_pause.setSingleShot(true);
+    m_pause.setInterval(pauseMs);
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(patienceMs);
+    connect(&m_pause, &QTimer::timeout, this, &PictureView::want);
+    connect(&m_patience, &QTimer::timeout, this, [this] {
+        forget();
+        m_text = tr("Reading the page...");
+        update();
+    });
+}
+
+void PictureView::showPage(int page, MakeImage make)
+{
+    m_page = page;
+    m_make = std::move(make);
+    m_partWork.cancel();
+    m_wholeWork.cancel();
+    m_patience.start();
+    wantWhole();
+}
+
+void PictureView::showText(const QString& text)
+{
+    m_make = nullptr;
+    m_wholeWork.cancel();
+    m_partWork.cancel();
+    m_patience.stop();
+    forget();
+    m_text = text;
+    setAccessibleDescription(text);
+    update();
+}
+
+void PictureView::forget()
+{
+    m_whole = {};
+    m_part = {};
+}
+
+QSize PictureView::devicePixels() const
+{
+    const QSize room = size() - QSize(2 * margin, 2 * margin);
+    return (QSizeF(room) * devicePixelRatioF()).toSize().expandedTo(QSize(1, 1));
+}
+
+double PictureView::fittingZoom() const
+{
+    const QSize room = devicePixels();
+    return std::min({ 1.0, static_cast<double>(room.width()) / pageSize().width(),
+                      static_cast<double>(room.height()) / pageSize().height() });
+}
+
+double PictureView::shownZoom() const
+{
+    if (!hasPage())
+        return 1;
+    return m_zoom > 0 ? m_zoom : fittingZoom();
+}
+
+double PictureView::pointsAPixel() const { return shownZoom() / devicePixelRatioF(); }
+
+QRectF PictureView::placeOf(const QRect& region) const
+{
+    const double scale = pointsAPixel();
+    const QPointF middle(width() / 2.0, height() / 2.0);
+    return { middle + (QPointF(region.topLeft()) - m_center) * scale,
+             QSizeF(region.size()) * scale };
+}
+
+QPointF PictureView::pageAt(QPointF point) const
+{
+    return m_center + (point - QPointF(width() / 2.0, height() / 2.0)) / pointsAPixel();
+}
+
+QRect PictureView::visibleRegion() const
+{
+    const QRectF seen(pageAt({}), pageAt(QPointF(width(), height())));
+    return seen.toAlignedRect().intersected(QRect(QPoint(), pageSize()));
+}
+
+void PictureView::setZoom(double zoom) { zoomAt(zoom, QPointF(width() / 2.0, height() / 2.0)); }
+
+void PictureView::zoomBy(double factor) { setZoom(shownZoom() * factor); }
+
+/// What of the page is at `point` stays there.
+void PictureView::zoomAt(double zoom, QPointF point)
+{
+    if (!hasPage())
+        return;
+    const QPointF held = pageAt(point);
+    m_zoom = zoom < fittingZoom() ? 0 : std::min(zoom, largestZoom);
+    m_center += held - pageAt(point);
+    keepInside();
+    m_pause.start();
+    update();
+    emit placeChanged();
+}
+
+void PictureView::setPlace(double zoom, QPointF center)
+{
+    m_zoom = zoom;
+    m_center = center;
+    keepInside();
+    m_pause.start();
+    update();
+}
+
+void PictureView::moveBy(QPointF points)
+{
+    m_center -= points / pointsAPixel();
+    keepInside();
+    m_pause.start();
+    update();
+    emit placeChanged();
+}
+
+/// A page that is smaller than the view stays in its middle.
+void PictureView::keepInside()
+{
+    if (!hasPage())
+        return;
+    const auto kept = [&](double middle, int pixels, int points) {
+        const double half = std::min(points / pointsAPixel(), static_cast<double>(pixels)) / 2;
+        return std::clamp(middle, half, std::max(half, pixels - half));
+    };
+    m_center = { kept(m_center.x(), pageSize().width(), width()),
+                 kept(m_center.y(), pageSize().height(), height()) };
+}
+
+void PictureView::want()
+{
+    if (!m_make || !hasPage())
+        return;
+    const double has = m_whole.region.isEmpty()
+        ? 1
+        : static_cast<double>(m_whole.image.width()) / m_whole.region.width();
+    // What is far too large is shown with pixels left out.
+    const bool isFitting = has * goodEnough >= fittingZoom() && has < fittingZoom() * tooLarge;
+    if (!isFitting && !m_wholeWork.isUnderWay())
+        wantWhole();
+    if (std::min(1.0, shownZoom()) > has * goodEnough)
+        wantPart();
+    else
+        m_part = {};
+}
+
+void PictureView::wantWhole()
+{
+    m_wholeWork.start([make = m_make, wish = PictureWish { m_page, {}, devicePixels() }](
+                          const IsStopped& isStopped) { return make(wish, isStopped); },
+                      [this](std::optional<ShownImage>& made, const QString& reason) {
+                          m_patience.stop();
+                          if (made) {
+                              take(std::move(*made));
+                              return;
+                          }
+                          forget();
+                          m_text = reason;
+                          setAccessibleDescription(reason);
+                          update();
+                          emit failed(reason);
+                      });
+}
+
+void PictureView::take(ShownImage whole)
+{
+    const bool isOther = whole.pageSize != pageSize();
+    m_text.clear();
+    setAccessibleDescription({});
+    m_part = {};
+    m_whole = std::move(whole);
+    if (isOther) // else the pages may be compared, so that the place stays
+        m_center = QPointF(0, 0);
+    keepInside();
+    m_pause.start();
+    update();
+    emit shown(m_whole.losses);
+}
+
+void PictureView::wantPart()
+{
+    const QRect seen = visibleRegion();
+    const double zoom = std::min(1.0, shownZoom());
+    const bool isThere = !m_part.image.isNull() && m_part.region.contains(seen)
+        && m_part.image.width() * goodEnough >= m_part.region.width() * zoom;
+    if (isThere || seen.isEmpty())
+        return;
+    const int moreX = seen.width() / 4;
+    const int moreY = seen.height() / 4;
+    const QRect region
+        = seen.adjusted(-moreX, -moreY, moreX, moreY).intersected(QRect(QPoint(), pageSize()));
+    const QSize most((QSizeF(region.size()) * zoom).toSize().expandedTo(QSize(1, 1)));
+    m_partWork.start([make = m_make, wish = PictureWish { m_page, region, most }](
+                         const IsStopped& isStopped) { return make(wish, isStopped); },
+                     [this](std::optional<ShownImage>& made, const QString&) {
+                         if (!made) // the page has been read before, but now the file has changed
+                             return;
+                         m_part = std::move(*made);
+                         update();
+                         want(); // the view may have moved on
+                     });
+}
+
+void PictureView::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().color(QPalette::Mid));
+    if (!hasPage()) {
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.fillRect(rect(), palette().color(QPalette::Window));
+        painter.drawText(rect().adjusted(margin, margin, -margin, -margin),
+                         Qt::AlignCenter | Qt::TextWordWrap, m_text);
+    } else {
+        painter.fillRect(placeOf(m_whole.region), Qt::white);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform, shownZoom() < clearZoom);
+        if (!m_whole.image.isNull())
+            painter.drawImage(placeOf(m_whole.region), m_whole.image);
+        if (!m_part.image.isNull())
+            painter.drawImage(placeOf(m_part.region), m_part.image);
+    }
+    if (hasFocus()) {
+        painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+        painter.drawRect(rect().adjusted(1, 1, -1, -1));
+    }
+}
+
+void PictureView::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    keepInside();
+    m_pause.start();
+}
+
+void PictureView::wheelEvent(QWheelEvent* event)
+{
+    event->accept();
+    const double steps = event->angleDelta().y() / wheelStep;
+    if (event->modifiers().testFlag(Qt::ControlModifier))
+        zoomAt(shownZoom() * std::pow(zoomStep, steps), event->position());
+    else if (m_zoom > 0)
+        moveBy(QPointF(event->angleDelta()) / 2);
+}
+
+void PictureView::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton || m_zoom <= 0)
+        return;
+    m_dragged = event->position();
+    setCursor(Qt::ClosedHandCursor);
+}
+
+void PictureView::mouseMoveEvent(QMouseEvent* event)
+{
+    if (!event->buttons().testFlag(Qt::LeftButton) || m_zoom <= 0)
+        return;
+    moveBy(event->position() - std::exchange(m_dragged, event->position()));
+}
+
+void PictureView::mouseReleaseEvent(QMouseEvent*) { unsetCursor(); }
+
+void PictureView::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    zoomAt(m_zoom > 0 ? 0 : 1, event->position());
+}
+
+void PictureView::keyPressEvent(QKeyEvent* event)
+{
+    const bool isMoved = m_zoom > 0;
+    switch (event->key()) {
+    case Qt::Key_PageDown:
+        return emit pageRequested(1);
+    case Qt::Key_PageUp:
+        return emit pageRequested(-1);
+    case Qt::Key_Home:
+        return emit pageRequested(-far);
+    case Qt::Key_End:
+        return emit pageRequested(far);
+    case Qt::Key_Right:
+        return isMoved ? moveBy({ -keyStep, 0 }) : emit pageRequested(1);
+    case Qt::Key_Left:
+        return isMoved ? moveBy({ keyStep, 0 }) : emit pageRequested(-1);
+    case Qt::Key_Down:
+        return isMoved ? moveBy({ 0, -keyStep }) : emit pageRequested(1);
+    case Qt::Key_Up:
+        return isMoved ? moveBy({ 0, keyStep }) : emit pageRequested(-1);
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+        return zoomBy(zoomStep);
+    case Qt::Key_Minus:
+        return zoomBy(1 / zoomStep);
+    case Qt::Key_0:
+        return setZoom(0);
+    case Qt::Key_1:
+        return setZoom(1);
+    default:
+        QWidget::keyPressEvent(event);
+    }
+}
+
+} // namespace pagestack

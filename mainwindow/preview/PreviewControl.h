@@ -1,0 +1,37 @@
+#pragma once
+
+#include "mainwindow/state/WindowParts.h"
+
+#include <QObject>
+#include <QTimer>
+
+namespace pagestack {
+
+class Settings;
+
+/// Shows and hides the preview, and has it show the file that is highlighted. Main thread.
+class PreviewControl : public QObject
+{
+    Q_OBJECT
+
+public:
+    PreviewControl(const WindowParts& parts, Settings& settings);
+
+    /// As it was when the program ended; to be called once the window has its size.
+    void restore();
+    void toggle();
+
+private:
+    void show(bool show);
+    void makeRoom();
+    void giveRoomBack();
+    bool hasOwnWidth() const;
+    void follow();
+    QString highlightedPath() const;
+
+    const WindowParts m_parts;
+    int m_widthBefore = 0; ///< of the window, in points; 0: it was not widened
+    QTimer m_rest; ///< of the highlight, which keys may move fast
+};
+
+} // namespace pagestack

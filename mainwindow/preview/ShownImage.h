@@ -1,0 +1,35 @@
+#pragma once
+
+#include "engine/preview/PagePicture.h"
+#include "engine/preview/ResultSample.h"
+
+#include <QImage>
+
+#include <functional>
+
+namespace pagestack {
+
+/// What a view shows: a page, or a part of it, as an image.
+struct ShownImage
+{
+    QImage image {};
+    QRect region {}; ///< of the upright page
+    QSize pageSize {};
+    QStringList losses {};
+};
+
+/// Makes the image of what is wanted of a page; throws the std::runtime_error of its reason. Any
+/// thread.
+using MakeImage = std::function<ShownImage(const PictureWish& wish, const IsStopped& isStopped)>;
+
+/// Takes over the samples.
+ShownImage shownImage(PagePicture picture);
+
+/// All that a sample of a result shows, in sRGB; throws std::runtime_error where the file cannot be
+/// read. Any thread.
+ShownImage decodedSample(const ResultSample& sample);
+
+/// Reduces `whole` to what is wanted. Any thread.
+ShownImage partOf(const ShownImage& whole, const PictureWish& wish);
+
+} // namespace pagestack
