@@ -1,6 +1,6 @@
 #include "engine/image/CodecVersions.h"
 
-#include <qpdf/qpdf-c.h>
+#include "engine/image/PdfDocument.h"
 
 #include <cstdio>
 #include <gif_lib.h>
@@ -26,7 +26,7 @@ QStringList codecVersions()
     const QString tiff
         = QString::fromLatin1(TIFFGetVersion()).section(u'\n', 0, 0).section(u' ', -1);
     const int lcms = cmsGetEncodedCMMversion();
-    return {
+    QStringList versions {
         u"libtiff "_s + tiff,
         u"libjpeg-turbo " PAGESTACK_VALUE_TEXT(LIBJPEG_TURBO_VERSION) ""_s,
         u"libpng "_s + QString::fromLatin1(png_get_libpng_ver(nullptr)),
@@ -35,8 +35,10 @@ QStringList codecVersions()
         u"nettle " PAGESTACK_VALUE_TEXT(NETTLE_VERSION_MAJOR) "." PAGESTACK_VALUE_TEXT(
             NETTLE_VERSION_MINOR) ""_s,
         u"lcms2 %1.%2"_s.arg(lcms / 1000).arg(lcms % 1000 / 10),
-        u"qpdf "_s + QString::fromLatin1(qpdf_get_qpdf_version()),
     };
+    if (const QString pdf = pdfLibrary(); !pdf.isEmpty())
+        versions.append(pdf);
+    return versions;
 }
 
 } // namespace pagestack
