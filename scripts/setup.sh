@@ -10,7 +10,7 @@ take_lock() {
     mkdir -p "$root/build" || return 1
     exec 9>"$root/build/.$1.lock" || return 1
     if command -v flock >/dev/null; then
-        flock 9
+        flock -n 9 || { say "Waiting until another start has ended its work here" && flock 9; }
     else
         perl -MFcntl=:flock -e 'open(my $lock, ">&=", 9) or die "lock: $!\n";
             flock($lock, LOCK_EX) or die "lock: $!\n"'
@@ -60,6 +60,10 @@ missing_tools() {
 complain_missing() {
     say "These packages are missing and cannot be installed from here ($1):"
     printf '%s\n' "$2" | sed 's/^/    /' >&2
+    command -v apt-get >/dev/null || return 0
+    say "Whoever may install packages here can do it by"
+    # shellcheck disable=SC2086
+    say "    apt-get install --no-install-recommends" $2
 }
 
 # Runs $@ as root, quietly; fd 9 stays with us so that no service started by a package keeps the lock.
@@ -75,8 +79,16 @@ as_root() {
 }
 
 apt_install() {
+    local ticker status
+    # Hundreds of packages take minutes on a bare system.
+    (while sleep 20; do say "  still installing, after $SECONDS s"; done) 9>&- &
+    ticker=$!
     as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends \
         -o DPkg::Lock::Timeout=300 "$@"
+    status=$?
+    kill "$ticker" 2>/dev/null
+    wait "$ticker" 2>/dev/null
+    return "$status"
 }
 
 # Sees to it that every package of the lists $@ is installed.
@@ -137,16 +149,49 @@ werror() {
     case ${CI:-} in '' | 0 | false | no) echo OFF ;; *) echo ON ;; esac
 }
 
+# Copies what ninja says, and shows on standard error how far it is: in one line of a terminal, elsewhere in
+# a line now and then.
+with_steps() {
+    local line step last=$SECONDS shown=no
+    while IFS= read -r line; do
+        printf '%s\n' "$line"
+        case $line in
+        \[[0-9]*/[0-9]*\]*)
+            step=${line%%]*}
+            step=${step#[}
+            if [ -t 2 ]; then
+                printf '\r  %s of %s ' "${step%/*}" "${step#*/}" >&2
+                shown=yes
+            elif [ $((SECONDS - last)) -ge 20 ]; then
+                say "  ${step%/*} of ${step#*/}"
+                last=$SECONDS
+            fi
+            ;;
+        esac
+    done
+    [ "$shown" = no ] || printf '\r                    \r' >&2
+}
+
+# What a configuration is made of; another one is configured anew.
+configuration() { printf '%s -DPAGESTACK_WERROR=%s\n' "$root" "$(werror)"; }
+
+# is_built PRESET TARGET...: there is nothing to be done.
+is_built() {
+    local folder=$root/build/$1
+    [ "$(cat "$folder/.configured" 2>/dev/null)" = "$(configuration)" ] &&
+        [ ! "$root/CMakePresets.json" -nt "$folder/.configured" ] &&
+        ninja -C "$folder" -n "${@:2}" 2>/dev/null | grep -q 'no work to do'
+}
+
 # build_preset PRESET [TARGET...]: configures where needed and builds. Says nothing when all is well,
 # shows the log of the step that failed.
 build_preset() {
-    local preset=$1 folder=$root/build/$1 wanted log
+    local preset=$1 folder=$root/build/$1 log
     shift
     mkdir -p "$folder" || return 1
     log=$folder/build.log
-    wanted="$root -DPAGESTACK_WERROR=$(werror)"
     # ninja itself configures again when a CMakeLists.txt changes, but knows nothing of presets.
-    if [ "$(cat "$folder/.configured" 2>/dev/null)" != "$wanted" ] ||
+    if [ "$(cat "$folder/.configured" 2>/dev/null)" != "$(configuration)" ] ||
         [ "$root/CMakePresets.json" -nt "$folder/.configured" ]; then
         say "Building Pagestack ($preset), which takes a few minutes the first time"
         rm -f "$folder/.configured"
@@ -156,9 +201,10 @@ build_preset() {
             say "Configuring failed ($preset)."
             return 1
         fi
-        printf '%s\n' "$wanted" >"$folder/.configured"
+        configuration >"$folder/.configured"
     fi
-    if ! cmake --build "$folder" --target "${@:-all}" -- -k 0 >"$log" 2>&1 </dev/null 9>&-; then
+    cmake --build "$folder" --target "${@:-all}" -- -k 0 2>&1 </dev/null 9>&- | with_steps >"$log"
+    if [ "${PIPESTATUS[0]}" != 0 ]; then
         grep -v '^\[[0-9]*/[0-9]*\] ' "$log" >&2
         say "Building failed ($preset)."
         return 1
