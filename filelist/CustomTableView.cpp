@@ -1,14 +1,9 @@
 #include "filelist/CustomTableView.h"
 
-#include "filelist/FileTableModel.h"
+#include "filelist/SortHeader.h"
 
-#include <QDataStream>
-#include <QDragEnterEvent>
 #include <QHeaderView>
-#include <QIODevice>
 #include <QKeyEvent>
-#include <QMimeData>
-#include <QPainter>
 #include <QStyledItemDelegate>
 
 #include <algorithm>
@@ -33,13 +28,16 @@ namespace {
 
     constexpr int leastRowHeight = 24;
     constexpr int rowMargins = 8;
-    constexpr qint32 columnsFormat = 2; // 1 had the sort order of the header alone
 
 } // namespace
 
 CustomTableView::CustomTableView(QWidget* parent)
     : QTableView(parent)
+    , m_shown(new ShownRows(this))
+    , m_header(new SortHeader(this))
 {
+    setHorizontalHeader(m_header);
+    connect(m_header, &SortHeader::ordersChanged, this, &CustomTableView::sortRequested);
     setSelectionBehavior(SelectRows);
     setSelectionMode(ExtendedSelection);
     setEditTriggers(DoubleClicked); // and F2, in any column
@@ -58,15 +56,6 @@ CustomTableView::CustomTableView(QWidget* parent)
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->hide();
     setRowHeight();
-    horizontalHeader()->setHighlightSections(false);
-    horizontalHeader()->setStretchLastSection(true);
-    horizontalHeader()->setSectionsMovable(true);
-    // The table tells what was clicked; its own sorting would be no step of the history.
-    horizontalHeader()->setSectionsClickable(true);
-    horizontalHeader()->setSortIndicatorShown(true);
-    horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
-    connect(horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
-            &CustomTableView::followSortIndicator);
 
     auto* path = new PathDelegate(this);
     setItemDelegateForColumn(FileTableModel::Name, path);
@@ -75,22 +64,33 @@ CustomTableView::CustomTableView(QWidget* parent)
 
 void CustomTableView::setModel(QAbstractItemModel* model)
 {
-    QTableView::setModel(model);
-    setDefaultWidths();
+    m_shown->setFiles(qobject_cast<FileTableModel*>(model));
+    QTableView::setModel(model != nullptr ? m_shown : nullptr);
+    m_header->resetColumns();
 }
 
-void CustomTableView::setDefaultWidths()
+void CustomTableView::showRows(const std::vector<int>& rows, const ShownRows::Accepts& accepts)
 {
-    if (!model() || model()->columnCount() != FileTableModel::ColumnCount)
-        return;
-    const int checkBox = style()->pixelMetric(QStyle::PM_IndicatorWidth)
-        + 4 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1);
-    horizontalHeader()->setMinimumSectionSize(checkBox);
-    setColumnWidth(FileTableModel::IsSelected, checkBox);
-    const int digit = fontMetrics().horizontalAdvance(u'0');
-    int column = FileTableModel::Name;
-    for (const int digits : { 24, 14, 8, 17, 10, 7, 34, 22, 22, 22 })
-        setColumnWidth(column++, digits * digit);
+    if (!m_shown->isFiltered() || m_shown->shown() != rows)
+        changeShownRows([&] { m_shown->show(rows, accepts); });
+    else
+        m_shown->accept(accepts);
+}
+
+void CustomTableView::showAllRows()
+{
+    if (m_shown->isFiltered())
+        changeShownRows([&] { m_shown->showAll(); });
+}
+
+void CustomTableView::changeShownRows(const std::function<void()>& change)
+{
+    const QList<int> highlighted = highlightedRows();
+    const int current = currentRow();
+    change();
+    highlightRows(highlighted);
+    setCurrentRow(current);
+    scrollToRow(current);
 }
 
 void CustomTableView::setRowHeight()
@@ -114,8 +114,8 @@ QList<int> CustomTableView::highlightedRows() const
         return rows;
     const QItemSelection selection = selectionModel()->selection();
     for (const QItemSelectionRange& range : selection) {
-        for (int row = range.top(); row <= range.bottom(); ++row)
-            rows.append(row);
+        for (int place = range.top(); place <= range.bottom(); ++place)
+            rows.append(m_shown->rowAt(place));
     }
     return ascending(rows);
 }
@@ -131,7 +131,7 @@ std::pair<int, int> CustomTableView::highlightedSpan() const
         first = first < 0 ? range.top() : std::min(first, range.top());
         last = std::max(last, range.bottom());
     }
-    return { first, last };
+    return { m_shown->rowAt(first), m_shown->rowAt(last) };
 }
 
 // A selection of very many ranges that another one replaces is compared with it range by range;
@@ -145,82 +145,50 @@ void CustomTableView::selectAll()
 void CustomTableView::highlightRows(const QList<int>& rows)
 {
     clearSelection();
+    QList<int> places;
+    places.reserve(rows.size());
+    for (const int row : rows)
+        if (const int place = m_shown->placeOf(row); place >= 0)
+            places.append(place);
     QItemSelection selection;
-    for (qsizetype i = 0; i < rows.size(); ++i) {
-        const int first = rows.at(i);
-        while (i + 1 < rows.size() && rows.at(i + 1) == rows.at(i) + 1)
+    for (qsizetype i = 0; i < places.size(); ++i) {
+        const int first = places.at(i);
+        while (i + 1 < places.size() && places.at(i + 1) == places.at(i) + 1)
             ++i;
         // As wide as the table: ranges that had to be widened would be compared with each other.
         selection.append(QItemSelectionRange(
-            model()->index(first, 0), model()->index(rows.at(i), model()->columnCount() - 1)));
+            model()->index(first, 0), model()->index(places.at(i), model()->columnCount() - 1)));
     }
-    if (!rows.isEmpty())
-        selectionModel()->setCurrentIndex(model()->index(rows.first(), FileTableModel::Name),
-                                          QItemSelectionModel::NoUpdate);
+    if (places.isEmpty())
+        return;
+    selectionModel()->setCurrentIndex(model()->index(places.first(), FileTableModel::Name),
+                                      QItemSelectionModel::NoUpdate);
     selectionModel()->select(selection, QItemSelectionModel::Select);
 }
 
-void CustomTableView::followSortIndicator()
+int CustomTableView::currentRow() const { return m_shown->rowAt(currentIndex().row()); }
+
+void CustomTableView::setCurrentRow(int row)
 {
-    const SortOrders before = m_sortOrders;
-    const SortOrder newest = FileTableModel::sortOrder(horizontalHeader()->sortIndicatorSection(),
-                                                       horizontalHeader()->sortIndicatorOrder());
-    m_sortOrders.removeIf([&](const SortOrder& order) { return order.key == newest.key; });
-    m_sortOrders.prepend(newest);
-    if (newest.key.isEmpty())
-        m_sortOrders.clear();
-    emit sortRequested(before);
+    const QModelIndex current = m_shown->index(m_shown->placeOf(row), FileTableModel::Name);
+    if (current.isValid())
+        selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
 }
 
-void CustomTableView::setSortOrders(const SortOrders& orders)
+void CustomTableView::scrollToRow(int row)
 {
-    m_sortOrders = orders;
-    const SortOrder shown = orders.value(0);
-    const QSignalBlocker silence(horizontalHeader());
-    horizontalHeader()->setSortIndicator(FileTableModel::columnSortedBy(shown.key),
-                                         shown.isAscending ? Qt::AscendingOrder
-                                                           : Qt::DescendingOrder);
+    scrollTo(m_shown->index(m_shown->placeOf(row), FileTableModel::Name));
 }
 
-QByteArray CustomTableView::saveColumns() const
-{
-    QByteArray state;
-    QDataStream stream(&state, QIODevice::WriteOnly);
-    stream << columnsFormat << qint32 { horizontalHeader()->count() }
-           << horizontalHeader()->saveState();
-    stream << static_cast<qint32>(m_sortOrders.size());
-    for (const SortOrder& order : m_sortOrders)
-        stream << order.key << order.isAscending;
-    return state;
-}
+const SortOrders& CustomTableView::currentSortOrders() const { return m_header->orders(); }
 
-bool CustomTableView::restoreColumns(const QByteArray& state)
-{
-    QDataStream stream(state);
-    qint32 format = 0;
-    qint32 count = 0;
-    QByteArray header;
-    stream >> format >> count >> header;
-    if (stream.status() != QDataStream::Ok || format < 1 || format > columnsFormat
-        || count != horizontalHeader()->count() || !horizontalHeader()->restoreState(header))
-        return false;
-    qint32 orderCount = 0;
-    SortOrders orders;
-    for (stream >> orderCount; orders.size() < std::min(orderCount, count);) {
-        SortOrder order;
-        stream >> order.key >> order.isAscending;
-        orders.append(order);
-    }
-    if (stream.status() == QDataStream::Ok)
-        setSortOrders(orders);
-    return true;
-}
+void CustomTableView::setSortOrders(const SortOrders& orders) { m_header->setOrders(orders); }
 
-bool CustomTableView::validateDrop(const QObject* source, const QMimeData* offer) const
-{
-    const bool isOwnDrag = source && (source == this || source == viewport());
-    return !m_isReadOnly && !isOwnDrag && offer && offer->hasUrls();
-}
+QByteArray CustomTableView::saveColumns() const { return m_header->save(); }
+
+bool CustomTableView::restoreColumns(const QByteArray& state) { return m_header->restore(state); }
+
+void CustomTableView::fillColumnMenu(QMenu& menu) { m_header->fillMenu(menu); }
 
 void CustomTableView::keyboardSearch(const QString& search)
 {
@@ -248,7 +216,7 @@ bool CustomTableView::edit(const QModelIndex& index, EditTrigger trigger, QEvent
 
 bool CustomTableView::endEditing()
 {
-    auto* files = qobject_cast<FileTableModel*>(model());
+    FileTableModel* files = m_shown->files();
     if (state() != EditingState || files == nullptr)
         return true;
     bool isRefused = false;
@@ -273,12 +241,30 @@ void CustomTableView::keyPressEvent(QKeyEvent* event)
         emit removeRequested();
     else if (key == Qt::Key_F2 && currentIndex().isValid())
         edit(currentIndex().siblingAtColumn(FileTableModel::PagesToConvert));
+    else if (isCommand && (key == Qt::Key_Home || key == Qt::Key_End))
+        pressWithoutControl(*event);
     else if (isCommand && key == Qt::Key_Up)
         emit moveUpRequested();
     else if (isCommand && key == Qt::Key_Down)
         emit moveDownRequested();
     else
         QTableView::keyPressEvent(event);
+}
+
+/// With Control it would move the frame of the current row alone.
+void CustomTableView::pressWithoutControl(const QKeyEvent& event)
+{
+    QKeyEvent plain(event.type(), event.key(), event.modifiers() & ~Qt::ControlModifier);
+    QTableView::keyPressEvent(&plain);
+}
+
+// The base class would go to the first and the last column.
+QModelIndex CustomTableView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
+{
+    if ((action != MoveHome && action != MoveEnd) || m_shown->rowCount() == 0)
+        return QTableView::moveCursor(action, modifiers);
+    const int column = currentIndex().isValid() ? currentIndex().column() : FileTableModel::Name;
+    return m_shown->index(action == MoveHome ? 0 : m_shown->rowCount() - 1, column);
 }
 
 void CustomTableView::mousePressEvent(QMouseEvent* event)
@@ -293,57 +279,5 @@ void CustomTableView::mousePressEvent(QMouseEvent* event)
 
 // The press has been answered already; no other way leads to the menu.
 void CustomTableView::contextMenuEvent(QContextMenuEvent* event) { event->accept(); }
-
-void CustomTableView::dragEnterEvent(QDragEnterEvent* event) { answerDrag(*event); }
-
-void CustomTableView::dragMoveEvent(QDragMoveEvent* event) { answerDrag(*event); }
-
-void CustomTableView::answerDrag(QDragMoveEvent& event)
-{
-    const bool isWelcome = validateDrop(event.source(), event.mimeData());
-    setIsDropTarget(isWelcome);
-    if (!isWelcome)
-        return event.ignore();
-    event.setDropAction(Qt::CopyAction);
-    event.accept();
-}
-
-void CustomTableView::dragLeaveEvent(QDragLeaveEvent* event)
-{
-    setIsDropTarget(false);
-    QTableView::dragLeaveEvent(event);
-}
-
-void CustomTableView::dropEvent(QDropEvent* event)
-{
-    setIsDropTarget(false);
-    if (!validateDrop(event->source(), event->mimeData()))
-        return event->ignore();
-    QList<QUrl> files = event->mimeData()->urls();
-    files.removeIf([](const QUrl& url) { return !url.isLocalFile(); });
-    if (files.isEmpty())
-        return event->ignore();
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    emit filesDropped(files);
-}
-
-void CustomTableView::setIsDropTarget(bool isDropTarget)
-{
-    if (isDropTarget == m_isDropTarget)
-        return;
-    m_isDropTarget = isDropTarget;
-    viewport()->update();
-}
-
-void CustomTableView::paintEvent(QPaintEvent* event)
-{
-    QTableView::paintEvent(event);
-    if (!m_isDropTarget)
-        return;
-    QPainter painter(viewport());
-    painter.setPen(QPen(palette().highlight(), 2));
-    painter.drawRect(viewport()->rect().adjusted(1, 1, -1, -1));
-}
 
 } // namespace pagestack

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "filelist/ShownRows.h"
 #include "filelist/SortOrder.h"
 
 #include <QList>
@@ -14,8 +15,13 @@ class QMimeData;
 
 namespace pagestack {
 
+class SortHeader;
+
 /// The table of the file list: highlighting of whole rows, keys, context menu, files dragged in and
 /// out. It changes no file itself; its signals say what the user asks for.
+///
+/// It shows a FileTableModel through ShownRows. Rows are those of the list, whatever is hidden; an
+/// index of model() has the place where a row is shown.
 class CustomTableView : public QTableView
 {
     Q_OBJECT
@@ -28,18 +34,29 @@ public:
     QMenu* contextMenu() const { return m_contextMenu; }
     void setContextMenu(QMenu* menu) { m_contextMenu = menu; }
 
+    /// `model` is a FileTableModel, or null.
     void setModel(QAbstractItemModel* model) override;
 
-    /// The highlighted rows, ascending.
+    /// Shows `rows` alone, which ascend, and of the files that come later those that are accepted.
+    /// What is highlighted stays so as far as it is shown.
+    void showRows(const std::vector<int>& rows, const ShownRows::Accepts& accepts);
+    void showAllRows();
+    const ShownRows& shownRows() const { return *m_shown; }
+
+    /// The highlighted rows, ascending; none is hidden.
     QList<int> highlightedRows() const;
     /// The first and the last highlighted row; -1 and -1 when there is none.
     std::pair<int, int> highlightedSpan() const;
-    /// Highlights exactly these rows, which ascend, and makes the first one current.
+    /// Highlights exactly those of these rows that are shown; they ascend. Makes the first one
+    /// current.
     void highlightRows(const QList<int>& rows);
     void selectAll() override;
+    int currentRow() const; ///< -1 when there is none
+    void setCurrentRow(int row); ///< highlights nothing; not one that is hidden
+    void scrollToRow(int row);
 
     /// The orders that clicks on column headers asked for, the last click first; each column once.
-    const SortOrders& currentSortOrders() const { return m_sortOrders; }
+    const SortOrders& currentSortOrders() const;
     /// Shows `orders` in the header, without sortRequested().
     void setSortOrders(const SortOrders& orders);
 
@@ -48,9 +65,12 @@ public:
     /// False, with the columns left as they are, if saveColumns did not make `state` for as many
     /// columns.
     bool restoreColumns(const QByteArray& state);
+    void fillColumnMenu(QMenu& menu); ///< with what the header's own menu has
 
-    /// Whether a drag may be dropped: it offers URLs and does not come from this table.
+    /// Whether a drag may bring files: it offers URLs and does not come from this table.
     bool validateDrop(const QObject* source, const QMimeData* offer) const;
+    /// What is dropped anywhere on `area`, which outlives the table, is dropped on the table.
+    void setDropArea(QWidget& area);
 
     using QTableView::edit;
     /// Rows can be highlighted and scrolled, and nothing else: no check marks, editing, moving,
@@ -70,6 +90,8 @@ signals:
     void sortRequested(const QList<pagestack::SortOrder>& before);
     void moveUpRequested();
     void moveDownRequested();
+    /// The highlighted rows were dragged to come before row `row`, at the end for the row count.
+    void dragRequested(int row);
     /// Files and folders of this computer, in the order of the drag, one at least.
     void filesDropped(const QList<QUrl>& urls);
 
@@ -84,18 +106,28 @@ protected:
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
 
 private:
     void answerDrag(QDragMoveEvent& event);
-    void followSortIndicator();
-    void setIsDropTarget(bool isDropTarget);
-    void setDefaultWidths();
+    void takeDrop(QDropEvent& event);
+    bool isOwnDrag(const QObject* source) const;
+    bool canBeReordered() const { return !m_isReadOnly && !m_shown->isFiltered(); }
+    int placeOfDrop(const QPoint& position) const;
+    void showDropTarget(bool isTarget, int place = -1);
+    void changeShownRows(const std::function<void()>& change);
+    void pressWithoutControl(const QKeyEvent& event);
     void setRowHeight();
 
     QPointer<QMenu> m_contextMenu;
-    SortOrders m_sortOrders;
+    ShownRows* m_shown;
+    SortHeader* m_header;
+    QPointer<QWidget> m_dropArea;
+    bool m_isUsefulDrag = false; ///< it brings something to be added
     bool m_isReadOnly = false;
     bool m_isDropTarget = false; ///< a drag that may be dropped is above the table
+    int m_dropPlace = -1; ///< rows of this table would come before it
 };
 
 } // namespace pagestack

@@ -10,12 +10,15 @@
 #include "filelist/Arguments.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
-#include <QScopeGuard>
 #include <QThread>
 
 #include <algorithm>
+#include <filesystem>
 #include <optional>
+#include <system_error>
+#include <tuple>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -56,8 +59,9 @@ namespace {
     class FileSearch
     {
     public:
-        explicit FileSearch(Arguments request)
+        FileSearch(Arguments request, Addition& addition)
             : m_request(std::move(request))
+            , m_addition(addition)
         {
         }
 
@@ -78,19 +82,37 @@ namespace {
         {
             const QUrl url = plainUrl(given);
             const QString path = url.toLocalFile();
+            if (!url.isLocalFile() || path.isEmpty())
+                return m_addition.refuse(url.toString(), u"it is no file of this computer"_s);
             if (isSidecar(path))
                 return;
-            if (!m_request.isFolders
-                || (!QFileInfo(path).isDir() && hasAllowedFileType(url.path())))
+            if (!FileItem::hasTextPath(url))
+                m_addition.refuse(path, u"the name is no UTF-8 text"_s);
+            const bool isFolder = m_request.isFolders && QFileInfo(path).isDir();
+            if (!m_request.isFolders || (!isFolder && hasAllowedFileType(url.path())))
                 found.append({ url, {}, m_request.pageChoices.value(given, u""_s) });
-            else if (!path.isEmpty())
+            else if (isFolder)
                 enter(path);
+            else if (!FileItem::hasTextPath(url))
+                return;
+            else if (QFileInfo::exists(path))
+                ++m_addition.notTiff;
+            else
+                m_addition.refuse(path, whyUnseen(path));
+        }
+
+        /// Missing, or kept from this program.
+        static QString whyUnseen(const QString& path)
+        {
+            std::error_code error;
+            std::ignore = std::filesystem::status(QFile::encodeName(path).toStdString(), error);
+            return QString::fromLocal8Bit(error.message().c_str());
         }
 
         void enter(const QString& folder)
         {
             m_folder = absolutePath(folder);
-            m_walk.emplace(folder, FolderWalk::Order::Listed, m_request.isIncludeSubdirectories);
+            m_walk.emplace(folder, FolderWalk::Links::Left, m_request.isIncludeSubdirectories);
         }
 
         void stepInFolder(QList<FoundFile>& found)
@@ -98,13 +120,25 @@ namespace {
             const std::optional<FolderWalk::Entry> entry = m_walk->next();
             if (!entry)
                 m_walk.reset();
-            else if (!isPath(entry->path) && !entry->fault.isEmpty())
-                systemLog(u"The name is no UTF-8 text, so it is left out: "_s + entry->path);
-            else if (isPath(entry->path) && !entry->isFolder && hasAllowedFileType(entry->path))
+            else if (!entry->fault.isEmpty())
+                leaveOut(*entry);
+            else if (entry->isFolder)
+                m_addition.unsearched += m_request.isIncludeSubdirectories ? 0 : 1;
+            else if (hasAllowedFileType(entry->path))
                 found.append({ QUrl::fromLocalFile(entry->path), m_folder });
+            else
+                ++m_addition.notTiff;
+        }
+
+        void leaveOut(const FolderWalk::Entry& entry)
+        {
+            if (!isPath(entry.path))
+                systemLog(u"The name is no UTF-8 text, so it is left out: "_s + entry.path);
+            m_addition.refuse(entry.path, entry.fault);
         }
 
         Arguments m_request;
+        Addition& m_addition;
         qsizetype m_next = 0;
         std::optional<FolderWalk> m_walk; ///< through the folder in hand
         QString m_folder; ///< that one
@@ -117,15 +151,15 @@ namespace {
     class Load
     {
     public:
-        Load(LoaderTarget& target, const Arguments& request)
+        Load(LoaderTarget& target, const Arguments& request, Addition& addition)
             : m_target(target)
-            , m_search(request)
+            , m_addition(addition)
+            , m_search(request, addition)
             , m_ahead(threadCount())
         {
         }
 
         void run();
-        bool hasAdded() const { return m_hasAdded; }
 
     private:
         bool isWanted() const { return !m_isShutDown && m_target.isProcessing(); }
@@ -147,11 +181,11 @@ namespace {
         }
 
         LoaderTarget& m_target;
+        Addition& m_addition;
         FileSearch m_search;
         WorkQueue<std::shared_ptr<FileItem>> m_ahead;
         bool m_isAtEnd = false; ///< of the search
         bool m_isShutDown = false;
-        bool m_hasAdded = false;
         std::exception_ptr m_failure; ///< of the item behind those that are delivered
     };
 
@@ -170,6 +204,7 @@ namespace {
     QList<FoundFile> Load::findMore()
     {
         QList<FoundFile> found;
+        const StopScope scope([this] { return !m_target.isProcessing(); });
         if (m_ahead.pending() >= mostPending)
             return found;
         QElapsedTimer elapsed;
@@ -217,6 +252,7 @@ namespace {
         QHash<QUrl, QString> choices;
         found.removeIf([&](const FoundFile& file) {
             const bool isListed = m_target.contains(file.url);
+            m_addition.listed += isListed ? 1 : 0;
             if (isListed && !file.pageChoice.isEmpty())
                 choices.insert(file.url, file.pageChoice);
             return isListed;
@@ -233,34 +269,36 @@ namespace {
             if (!m_target.isProcessing())
                 return;
             const std::shared_ptr<FileItem>& item = items.at(next++);
-            if (!item || !m_target.append(item))
+            if (!item)
                 continue;
-            m_hasAdded = true;
+            if (!m_target.append(item)) {
+                ++m_addition.listed;
+                continue;
+            }
+            ++m_addition.added;
             m_target.updateTotalPagesLabel();
         }
     }
 
-    bool load(LoaderTarget& target, const Arguments& request, const QString& operation)
+    Addition load(LoaderTarget& target, const Arguments& request, const QString& operation)
     {
-        bool hasAdded = false;
-        guarded(operation, [&] {
-            Load load(target, request);
-            const auto keep = qScopeGuard([&] { hasAdded = load.hasAdded(); });
-            load.run();
-        });
-        return hasAdded;
+        Addition addition;
+        guarded(operation, [&] { Load(target, request, addition).run(); });
+        return addition;
     }
 
 } // namespace
 
 bool FileLoader::addFilesToList(const QList<QUrl>& urls, const QHash<QUrl, QString>& pageChoices)
 {
-    return load(m_target, { urls, false, false, pageChoices }, u"addFilesToList:"_s);
+    m_addition = load(m_target, { urls, false, false, pageChoices }, u"addFilesToList:"_s);
+    return m_addition.added > 0;
 }
 
 bool FileLoader::addFolderToList(const QList<QUrl>& urls, bool includeSubdirectories)
 {
-    return load(m_target, { urls, true, includeSubdirectories }, u"addFolderToList:"_s);
+    m_addition = load(m_target, { urls, true, includeSubdirectories }, u"addFolderToList:"_s);
+    return m_addition.added > 0;
 }
 
 } // namespace pagestack

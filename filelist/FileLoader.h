@@ -1,5 +1,6 @@
 #pragma once
 
+#include "filelist/Addition.h"
 #include "filelist/FileItem.h"
 
 #include <QList>
@@ -55,12 +56,16 @@ public:
     bool addFilesToList(const QList<QUrl>& urls, const QHash<QUrl, QString>& pageChoices = {});
 
     /// Adds the files of allowed types in these folders, without sub-folders or with all of them,
-    /// in the order of the file system. A URL that is no folder but has an allowed type is added
-    /// itself. True when the list has grown.
+    /// by name, digits as numbers. A URL that is no folder but has an allowed type is added itself.
+    /// True when the list has grown.
     bool addFolderToList(const QList<QUrl>& urls, bool includeSubdirectories);
+
+    /// What the last of these calls has done.
+    const Addition& addition() const { return m_addition; }
 
 private:
     LoaderTarget& m_target;
+    Addition m_addition;
 };
 
 } // namespace pagestack

@@ -275,6 +275,7 @@ void FileTableModel::reorder(const QList<int>& rows)
     for (const QModelIndex& old : before)
         after.append(index(newRows.at(old.row()), old.column()));
     changePersistentIndexList(before, after);
+    emit reordered(rows);
     emit layoutChanged({}, VerticalSortHint);
 }
 

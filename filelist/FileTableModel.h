@@ -102,6 +102,8 @@ public:
 signals:
     /// After one check mark or many have changed, once an operation.
     void checkMarksChanged();
+    /// The item of row i was in row rows[i]; comes before layoutChanged.
+    void reordered(const QList<int>& rows);
     /// The user has set the check mark of this row in a view; comes before checkMarksChanged.
     void checkMarkEdited(int row);
     /// The user has chosen the pages of this row in a view; they were `before`.

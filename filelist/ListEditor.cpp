@@ -134,6 +134,21 @@ void ListEditor::mark(const QList<int>& rows, Mark mark)
     pushMarks(checked, unchecked);
 }
 
+void ListEditor::tickOnly(const QList<int>& rows)
+{
+    Items checked;
+    Items unchecked;
+    auto next = rows.cbegin();
+    for (int row = 0; row < m_model.files().count(); ++row) {
+        const bool isWanted = next != rows.cend() && *next == row;
+        next += isWanted ? 1 : 0;
+        const FileList::Item& item = m_model.files().at(row);
+        if (item->isSelected() != isWanted)
+            (isWanted ? checked : unchecked).append(item);
+    }
+    pushMarks(checked, unchecked);
+}
+
 /// The mark is as the user set it already; pushing the step sets it once more.
 void ListEditor::rememberEdit(int row)
 {
@@ -191,6 +206,31 @@ bool ListEditor::move(const QList<int>& rows, bool isUp)
              m_model.reorder(moved(files.rowsOf(items), isForward == isUp, files.count()));
          });
     return true;
+}
+
+void ListEditor::moveTo(const QList<int>& rows, int target, const SortOrders& before)
+{
+    const FileList& files = m_model.files();
+    QList<int> order;
+    order.reserve(files.count());
+    auto next = rows.cbegin();
+    for (int row = 0; row <= files.count(); ++row) {
+        if (row == target)
+            order += rows;
+        const bool isMoved = next != rows.cend() && *next == row;
+        next += isMoved ? 1 : 0;
+        if (!isMoved && row < files.count())
+            order.append(row);
+    }
+    if (std::ranges::is_sorted(order))
+        return;
+    const Items items = itemsAt(files, rows);
+    push(tr("Move %n File(s)", nullptr, static_cast<int>(rows.size())), items,
+         [=, this, &files, oldItems = files.items(),
+          newItems = itemsAt(files, order)](bool isForward) {
+             m_model.reorder(orderLike(isForward ? newItems : oldItems, files.items()));
+             emit sorted(isForward ? SortOrders() : before);
+         });
 }
 
 void ListEditor::sort(const QList<int>& rows, const SortOrders& before, const SortOrders& after)

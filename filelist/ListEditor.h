@@ -25,12 +25,17 @@ public:
     QUndoStack& history() { return m_history; }
 
     void mark(const QList<int>& rows, FileTableModel::Mark mark);
+    /// Ticks these rows, which ascend, and no others.
+    void tickOnly(const QList<int>& rows);
     /// `text` names the step, as "Remove 3 Files".
     void remove(const QList<int>& rows, const QString& text);
     /// Moves the rows, which ascend, by one place. False, with none moved, if one of them has no
     /// place to go to.
     bool moveUp(const QList<int>& rows) { return move(rows, true); }
     bool moveDown(const QList<int>& rows) { return move(rows, false); }
+    /// Moves the rows, which ascend, before row `target`, or to the end for the row count. The list
+    /// is sorted by `before` until then and by nothing afterwards.
+    void moveTo(const QList<int>& rows, int target, const SortOrders& before);
     /// Brings the list into the order that sortedRows() gave for `after`; `before` are the orders
     /// until now.
     void sort(const QList<int>& rows, const SortOrders& before, const SortOrders& after);

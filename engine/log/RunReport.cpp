@@ -49,7 +49,7 @@ a { color: var(--link); }
 }
 )";
 
-    using Attributes = QXmlStreamAttributes;
+    using LogAttributes = QXmlStreamAttributes;
 
     /// Told of the elements of a log, one after the other.
     class LogReader
@@ -74,9 +74,9 @@ a { color: var(--link); }
         }
 
     protected:
-        virtual void beginRun(const Attributes& /*run*/) { }
-        virtual void beginSource(const Attributes& /*source*/) { }
-        virtual void addPage(const Attributes& /*page*/) { }
+        virtual void beginRun(const LogAttributes& /*run*/) { }
+        virtual void beginSource(const LogAttributes& /*source*/) { }
+        virtual void addPage(const LogAttributes& /*page*/) { }
         virtual void endSource() { }
 
     private:
@@ -98,12 +98,12 @@ a { color: var(--link); }
 
     enum class Fate { Written, Changed, Skipped, NotWritten, Failed };
 
-    QString valueOf(const Attributes& attributes, QLatin1StringView name)
+    QString valueOf(const LogAttributes& attributes, QLatin1StringView name)
     {
         return attributes.value(name).toString();
     }
 
-    Fate fateOf(const Attributes& page)
+    Fate fateOf(const LogAttributes& page)
     {
         const QStringView status = page.value("Status"_L1);
         if (status == u"Skipped")
@@ -124,7 +124,7 @@ a { color: var(--link); }
             + shown(text) + "</a>";
     }
 
-    QString fateText(Fate fate, const Attributes& page)
+    QString fateText(Fate fate, const LogAttributes& page)
     {
         const QString reason = valueOf(page, "Reason"_L1);
         const QString behind = reason.isEmpty() ? QString() : u": "_s + reason;
@@ -144,7 +144,7 @@ a { color: var(--link); }
     }
 
     /// Why the file of many pages is not in place is said of the source, once.
-    bool isProblem(Fate fate, const Attributes& page)
+    bool isProblem(Fate fate, const LogAttributes& page)
     {
         return fate == Fate::Changed || fate == Fate::Failed
             || (fate == Fate::NotWritten && page.hasAttribute("Reason"_L1));
@@ -157,7 +157,7 @@ a { color: var(--link); }
         return fate == Fate::Changed ? " class=\"odd\"" : "";
     }
 
-    QString sourceProblem(const Attributes& source)
+    QString sourceProblem(const LogAttributes& source)
     {
         const QString reason = valueOf(source, "Reason"_L1);
         return reason.isEmpty() ? valueOf(source, "Status"_L1) : reason;
@@ -180,20 +180,20 @@ a { color: var(--link); }
         QString end;
 
     protected:
-        void beginRun(const Attributes& run) override
+        void beginRun(const LogAttributes& run) override
         {
             runReason = valueOf(run, "Reason"_L1);
             isCancelled = run.hasAttribute("Cancelled"_L1);
             start = valueOf(run, "Start"_L1);
             end = valueOf(run, "End"_L1);
         }
-        void beginSource(const Attributes& source) override
+        void beginSource(const LogAttributes& source) override
         {
             ++sources;
             problems += sourceProblem(source).isEmpty() ? 0 : 1;
             m_lastFile.clear();
         }
-        void addPage(const Attributes& page) override
+        void addPage(const LogAttributes& page) override
         {
             const Fate fate = fateOf(page);
             const bool isWritten = fate == Fate::Written || fate == Fate::Changed;
@@ -224,13 +224,13 @@ a { color: var(--link); }
         }
 
     protected:
-        void beginSource(const Attributes& source) override
+        void beginSource(const LogAttributes& source) override
         {
             m_file = joinedPath(valueOf(source, "SourcePath"_L1), valueOf(source, "FileName"_L1));
             if (const QString problem = sourceProblem(source); !problem.isEmpty())
                 addRow({}, problem, Fate::Failed);
         }
-        void addPage(const Attributes& page) override
+        void addPage(const LogAttributes& page) override
         {
             const Fate fate = fateOf(page);
             if (isProblem(fate, page))
@@ -259,7 +259,7 @@ a { color: var(--link); }
         }
 
     protected:
-        void beginSource(const Attributes& source) override
+        void beginSource(const LogAttributes& source) override
         {
             const QString folder = valueOf(source, "SourcePath"_L1);
             const QString name = valueOf(source, "FileName"_L1);
@@ -274,7 +274,7 @@ a { color: var(--link); }
                 m_output("<p>Left behind, since the format has no place for it: " + shown(left)
                          + "</p>\n");
         }
-        void addPage(const Attributes& page) override
+        void addPage(const LogAttributes& page) override
         {
             if (!std::exchange(m_hasPages, true))
                 m_output("<table><thead><tr><th class=\"number\">Page</th><th>Image</th>"

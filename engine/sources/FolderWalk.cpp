@@ -1,6 +1,7 @@
 #include "engine/sources/FolderWalk.h"
 
 #include "engine/support/Paths.h"
+#include "engine/threads/StopScope.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -17,12 +18,12 @@ namespace {
 
     namespace fs = std::filesystem;
 
-    bool isHidden(const fs::path& path, [[maybe_unused]] FolderWalk::Order order)
+    bool isHidden(const fs::path& path, [[maybe_unused]] FolderWalk::Links links)
     {
         if (path.filename().native().starts_with('.'))
             return true;
 #ifdef Q_OS_MACOS
-        return order == FolderWalk::Order::Listed
+        return links == FolderWalk::Links::Left
             && QFileInfo(QFile::decodeName(path.c_str())).isHidden();
 #else
         return false;
@@ -36,11 +37,6 @@ namespace {
 #else
         return false;
 #endif
-    }
-
-    bool isListedBefore(const FolderWalk::Entry& a, const FolderWalk::Entry& b)
-    {
-        return a.isFolder != b.isFolder ? b.isFolder : naturallyLess(a.path, b.path);
     }
 
     bool isDigit(QChar character) { return character >= u'0' && character <= u'9'; }
@@ -66,56 +62,55 @@ namespace {
 
 } // namespace
 
-FolderWalk::FolderWalk(const QString& folder, Order order, bool isRecursive)
-    : m_order(order)
+FolderWalk::FolderWalk(const QString& folder, Links links, bool isRecursive)
+    : m_linkRule(links)
     , m_isRecursive(isRecursive)
 {
     enter(folder);
 }
 
-// Not with QDir, whose listings leave out names that are not text.
 void FolderWalk::enter(const QString& path)
 {
-    const QByteArray bytes = QFile::encodeName(path);
-    if (m_order == Order::Natural) {
-        const std::optional<FileIdentity> identity = fileIdentity(bytes);
+    if (m_linkRule == Links::Followed) {
+        const std::optional<FileIdentity> identity = fileIdentity(QFile::encodeName(path));
         if (identity && m_entered.contains(*identity))
             return;
         if (identity)
             m_entered.insert(*identity);
     }
-    std::error_code error;
-    Folder& folder = m_open.emplace_back();
-    folder.path = path;
-    folder.unread = fs::directory_iterator(bytes.toStdString(), error);
-    if (error)
-        folder.read.push_back(
-            { path, true, false, QString::fromLocal8Bit(error.message().c_str()) });
+    read(m_open.emplace_back(Folder { path, {} }));
 }
 
-/// Reads the next entry, or all of them where they have to be sorted.
+bool FolderWalk::isListedBefore(const Name& a, const Name& b)
+{
+    return a.isFolder != b.isFolder ? b.isFolder : naturallyLess(a.text, b.text);
+}
+
+// Not with QDir, whose listings leave out names that are not text.
 void FolderWalk::read(Folder& folder) const
 {
     std::error_code error;
-    while (folder.unread != fs::directory_iterator()
-           && (m_order == Order::Natural || folder.read.empty())) {
-        const fs::directory_entry entry = *folder.unread;
-        folder.unread.increment(error); // to the end when it fails
-        if (isHidden(entry.path(), m_order))
+    fs::directory_iterator unread(QFile::encodeName(folder.path).toStdString(), error);
+    while (unread != fs::directory_iterator() && !StopScope::isStopped()) {
+        const fs::directory_entry entry = *unread;
+        unread.increment(error); // to the end when it fails
+        if (isHidden(entry.path(), m_linkRule))
             continue;
         std::error_code ignored;
-        const QString name = pathFromBytes(entry.path().filename().c_str());
         const bool isFolder = entry.is_directory(ignored);
-        const bool isOfUse = isPath(name) || (isFolder && !m_isRecursive);
-        folder.read.push_back({ joinedPath(folder.path, name), isFolder,
-                                isFolder && entry.is_symlink(ignored),
-                                isOfUse ? QString() : u"the name is no UTF-8 text"_s });
+        folder.names.push_back({ pathFromBytes(entry.path().filename().c_str()), isFolder,
+                                 isFolder && entry.is_symlink(ignored) });
     }
-    if (m_order == Order::Natural)
-        std::sort(folder.read.begin(), folder.read.end(), isListedBefore);
+    std::ranges::sort(folder.names, isListedBefore);
     if (error)
-        folder.read.push_back(
-            { folder.path, true, false, QString::fromLocal8Bit(error.message().c_str()) });
+        folder.fault = QString::fromLocal8Bit(error.message().c_str());
+}
+
+FolderWalk::Entry FolderWalk::entryOf(const Folder& folder, const Name& name) const
+{
+    const bool isOfUse = isPath(name.text) || (name.isFolder && !m_isRecursive);
+    return { joinedPath(folder.path, name.text), name.isFolder, name.isLink,
+             isOfUse ? QString() : u"the name is no UTF-8 text"_s };
 }
 
 std::optional<FolderWalk::Entry> FolderWalk::next()
@@ -127,24 +122,23 @@ std::optional<FolderWalk::Entry> FolderWalk::next()
             continue;
         }
         Folder& folder = m_open.back();
-        if (folder.read.empty())
-            read(folder);
-        if (folder.read.empty()) {
-            m_open.pop_back();
-            continue;
+        if (folder.next < folder.names.size()) {
+            const Entry entry = entryOf(folder, folder.names.at(folder.next++));
+            if (m_isRecursive && entry.isFolder && entry.fault.isEmpty())
+                follow(entry);
+            return entry;
         }
-        Entry entry = std::move(folder.read.front());
-        folder.read.pop_front();
-        if (m_isRecursive && entry.isFolder && entry.fault.isEmpty())
-            follow(entry);
-        return entry;
+        if (folder.fault.isEmpty())
+            m_open.pop_back();
+        else
+            return Entry { folder.path, true, false, std::exchange(folder.fault, {}) };
     }
     return std::nullopt;
 }
 
 void FolderWalk::follow(const Entry& folder)
 {
-    if (m_order == Order::Listed && (folder.isLink || isPackage(folder.path)))
+    if (m_linkRule == Links::Left && (folder.isLink || isPackage(folder.path)))
         return;
     if (folder.isLink)
         m_links.push_back(folder.path);

@@ -12,18 +12,21 @@
 
 namespace pagestack {
 
-/// The visible entries of a folder, one a call; a folder comes before its entries. A name with a
-/// leading dot is hidden. One thread.
+/// The visible entries of a folder, one a call, by name, with naturallyLess(); files before
+/// folders, a folder before its entries. A name with a leading dot is hidden. One thread.
+///
+/// The names of the folder in hand, and of those that lead to it, are held. A StopScope of the
+/// thread ends the reading of a long folder.
 class FolderWalk
 {
 public:
-    enum class Order {
-        /// As the file system lists them. Links to folders are not entered. On macOS, packages are
-        /// not entered either, and what is marked as hidden is left out.
-        Listed,
-        /// By name, with naturallyLess(); files before folders. Links to folders are entered too,
-        /// after all that is reached without them, but no folder is entered twice.
-        Natural,
+    enum class Links {
+        /// Links to folders are not entered. On macOS, packages are not entered either, and what is
+        /// marked as hidden is left out.
+        Left,
+        /// Links to folders are entered too, after all that is reached without them, but no folder
+        /// is entered twice.
+        Followed,
     };
 
     struct Entry
@@ -37,24 +40,33 @@ public:
         QString fault {};
     };
 
-    FolderWalk(const QString& folder, Order order, bool isRecursive);
+    FolderWalk(const QString& folder, Links links, bool isRecursive);
 
     /// None at the end.
     std::optional<Entry> next();
 
 private:
+    struct Name
+    {
+        QString text;
+        bool isFolder;
+        bool isLink;
+    };
     struct Folder
     {
         QString path;
-        std::filesystem::directory_iterator unread;
-        std::deque<Entry> read;
+        std::vector<Name> names; ///< in order
+        std::size_t next = 0;
+        QString fault {}; ///< told at the end
     };
 
     void enter(const QString& path);
     void follow(const Entry& folder);
     void read(Folder& folder) const;
+    Entry entryOf(const Folder& folder, const Name& name) const;
+    static bool isListedBefore(const Name& a, const Name& b);
 
-    Order m_order;
+    Links m_linkRule;
     bool m_isRecursive;
     std::vector<Folder> m_open; ///< the innermost folder last
     std::deque<QString> m_links; ///< to folders, not entered yet

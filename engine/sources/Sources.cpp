@@ -130,7 +130,7 @@ namespace {
     void Collector::addFolder(const QString& shown)
     {
         const QString folder = absolutePath(shown);
-        FolderWalk walk(shown, FolderWalk::Order::Natural, m_isRecursive);
+        FolderWalk walk(shown, FolderWalk::Links::Followed, m_isRecursive);
         while (const auto entry = walk.next()) {
             const bool isFile = !entry->isFolder;
             if (isFile && !hasAllowedFileType(entry->path)) {

@@ -64,11 +64,11 @@ void FindControl::close()
 void FindControl::find()
 {
     const QString text = m_ui.searchField->text();
-    const QList<int> rows = rowsWithName(m_files.items(), text);
+    const QList<int> rows = matches();
     m_ui.mainTableView->highlightRows(rows);
     if (!rows.isEmpty()) {
         m_ui.foundLabel->setText(tr("%1 of %2").arg(1).arg(rows.size()));
-        scrollToRow(rows.first());
+        m_ui.mainTableView->scrollToRow(rows.first());
     } else {
         m_ui.foundLabel->setText(text.isEmpty() ? QString() : tr("No file has it"));
     }
@@ -77,28 +77,29 @@ void FindControl::find()
 /// Makes the next or the previous match the current row; from the last one to the first.
 void FindControl::showMatch(bool isNext)
 {
-    const QList<int> rows = rowsWithName(m_files.items(), m_ui.searchField->text());
+    const QList<int> rows = matches();
     if (rows.isEmpty()) {
         find();
         return;
     }
-    const int current = m_ui.mainTableView->currentIndex().row();
+    const int current = m_ui.mainTableView->currentRow();
     qsizetype place = 0;
     if (isNext)
         place = std::upper_bound(rows.cbegin(), rows.cend(), current) - rows.cbegin();
     else
         place = std::lower_bound(rows.cbegin(), rows.cend(), current) - rows.cbegin() - 1;
     place = (place + rows.size()) % rows.size();
-    m_ui.mainTableView->selectionModel()->setCurrentIndex(
-        m_ui.mainTableView->model()->index(rows.at(place), FileTableModel::Name),
-        QItemSelectionModel::NoUpdate);
+    m_ui.mainTableView->setCurrentRow(rows.at(place));
     m_ui.foundLabel->setText(tr("%1 of %2").arg(place + 1).arg(rows.size()));
-    scrollToRow(rows.at(place));
+    m_ui.mainTableView->scrollToRow(rows.at(place));
 }
 
-void FindControl::scrollToRow(int row)
+QList<int> FindControl::matches() const
 {
-    m_ui.mainTableView->scrollTo(m_ui.mainTableView->model()->index(row, FileTableModel::Name));
+    QList<int> rows = rowsWithName(m_files.items(), m_ui.searchField->text());
+    const ShownRows& shown = m_ui.mainTableView->shownRows();
+    rows.removeIf([&](int row) { return shown.placeOf(row) < 0; });
+    return rows;
 }
 
 } // namespace pagestack

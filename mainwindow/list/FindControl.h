@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 
 namespace Ui {
@@ -29,7 +30,7 @@ private:
     void find();
     void showMatch(bool isNext);
     void close();
-    void scrollToRow(int row);
+    QList<int> matches() const; ///< none of them hidden
 
     Ui::MainWindow& m_ui;
     const FileList& m_files;

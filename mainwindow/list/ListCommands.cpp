@@ -6,12 +6,18 @@
 #include "engine/threads/MainThread.h"
 #include "filelist/ListEditor.h"
 #include "filelist/ListExport.h"
+#include "filelist/PathClipboard.h"
 #include "mainwindow/desktop/Services.h"
 #include "mainwindow/state/ViewState.h"
 #include "mainwindow/state/Worker.h"
 #include "mainwindow/widgets/FileChooser.h"
 #include "mainwindow/widgets/SymbolicIcon.h"
 #include "ui_MainWindow.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QMimeData>
 
 #include <numeric>
 
@@ -59,6 +65,7 @@ ListCommands::ListCommands(const WindowParts& parts, ListEditor& editor)
     : m_parts(parts)
     , m_editor(editor)
     , m_find(parts.ui, parts.files)
+    , m_filter(parts)
 {
     CustomTableView* table = parts.ui.mainTableView;
     parts.model.setStatusIcons([icons = QHash<RowStatus::State, QIcon>()](auto state) mutable {
@@ -77,6 +84,27 @@ ListCommands::ListCommands(const WindowParts& parts, ListEditor& editor)
             [this](const QString& reason) { m_parts.services.tell(&m_parts.window, reason); });
     connect(&editor, &ListEditor::stepped, this, &ListCommands::showStep);
     connect(&editor, &ListEditor::sorted, table, &CustomTableView::setSortOrders);
+    connect(table, &CustomTableView::dragRequested, this, [this, table](int row) {
+        if (!m_parts.worker.isBusy())
+            m_editor.moveTo(table->highlightedRows(), row, table->currentSortOrders());
+    });
+    connectActions();
+}
+
+void ListCommands::connectActions()
+{
+    const Ui::MainWindow& ui = m_parts.ui;
+    connect(ui.filterAction, &QAction::triggered, &m_filter, &FilterControl::begin);
+    connect(ui.copyAction, &QAction::triggered, this, &ListCommands::copyPaths);
+    connect(ui.cutAction, &QAction::triggered, this, [this] {
+        copyPaths();
+        removeFiles();
+    });
+    connect(ui.removeConvertedAction, &QAction::triggered, this, &ListCommands::removeFinished);
+    connect(ui.tickFailedAction, &QAction::triggered, this, &ListCommands::tickFailedOnly);
+    const auto fillColumns = [&ui] { ui.mainTableView->fillColumnMenu(*ui.menuColumns); };
+    connect(ui.menuColumns, &QMenu::aboutToShow, this, fillColumns);
+    fillColumns(); // a menu without entries is not opened everywhere
 }
 
 void ListCommands::checkUncheckInvertSelection(int tag)
@@ -108,8 +136,8 @@ void ListCommands::selectDeselectRemoveAll(int tag)
     if (tag == 1) {
         table->selectAll();
     } else if (tag == 2) {
-        if (m_parts.files.count() > 0)
-            table->highlightRows({ 0 });
+        if (const int first = table->shownRows().rowAt(0); first >= 0)
+            table->highlightRows({ first });
     } else if (tag == 3) {
         m_parts.services.ask(&m_parts.window, AlertPanel::Style::Informational,
                              tr("Are you sure to remove all file(s)?"), { tr("Yes"), tr("No") },
@@ -128,21 +156,52 @@ void ListCommands::removeFiles()
         selectDeselectRemoveAll(4);
 }
 
-QList<int> ListCommands::rowsOf(const QSet<QString>& paths) const
+template <typename Condition>
+QList<int> ListCommands::rowsWhere(Condition condition) const
 {
     QList<int> rows;
     for (int row = 0; row < m_parts.files.count(); ++row)
-        if (paths.contains(m_parts.files.at(row)->filePath().toLocalFile()))
+        if (condition(*m_parts.files.at(row)))
             rows.append(row);
     return rows;
 }
 
+QList<int> ListCommands::rowsOf(const QSet<QString>& paths) const
+{
+    return rowsWhere([&](const FileItem& item) { return paths.contains(item.path()); });
+}
+
 void ListCommands::untick(const QSet<QString>& paths) { mark(rowsOf(paths), 2); }
 
-void ListCommands::removeConverted(const QSet<QString>& paths)
+void ListCommands::removeConverted(const QSet<QString>& paths) { removeConverted(rowsOf(paths)); }
+
+void ListCommands::removeFinished()
 {
-    const QList<int> rows = rowsOf(paths);
+    const RowStatuses& statuses = m_parts.model.statuses();
+    removeConverted(rowsWhere([&](const FileItem& item) { return statuses.isConverted(item); }));
+}
+
+void ListCommands::removeConverted(const QList<int>& rows)
+{
     remove(rows, tr("Remove %n Converted File(s)", nullptr, static_cast<int>(rows.size())));
+}
+
+void ListCommands::tickFailedOnly()
+{
+    if (m_parts.worker.isBusy())
+        return;
+    m_editor.tickOnly(rowsWhere([stateOf = m_parts.model.statuses().states()](const auto& item) {
+        const RowStatus::State state = stateOf(item);
+        return isInGroup(state, RowGroup::Failed) || isInGroup(state, RowGroup::NotReached);
+    }));
+    followList();
+}
+
+void ListCommands::copyPaths()
+{
+    const QList<QUrl> urls = highlightedUrls();
+    if (!urls.isEmpty())
+        QGuiApplication::clipboard()->setMimeData(clipboardData(urls).release());
 }
 
 /// Takes rows off the list; the files stay where they are.
@@ -162,7 +221,8 @@ void ListCommands::moveDown() { move(&ListEditor::moveDown, false); }
 void ListCommands::move(bool (ListEditor::*step)(const QList<int>& rows), bool isUp)
 {
     CustomTableView* table = m_parts.ui.mainTableView;
-    if (m_parts.worker.isBusy() || !(m_editor.*step)(table->highlightedRows()))
+    if (m_parts.worker.isBusy() || table->shownRows().isFiltered()
+        || !(m_editor.*step)(table->highlightedRows()))
         return;
     table->setFocus();
     const auto [first, last] = table->highlightedSpan();
@@ -185,10 +245,7 @@ void ListCommands::followList()
     m_parts.view.updateTotalLabel();
 }
 
-void ListCommands::scrollToRow(int row)
-{
-    m_parts.ui.mainTableView->scrollTo(m_parts.model.index(row, FileTableModel::Name));
-}
+void ListCommands::scrollToRow(int row) { m_parts.ui.mainTableView->scrollToRow(row); }
 
 SortReading ListCommands::sortReading() const
 {

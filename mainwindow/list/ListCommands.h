@@ -1,6 +1,7 @@
 #pragma once
 
 #include "filelist/SortOrder.h"
+#include "mainwindow/list/FilterControl.h"
 #include "mainwindow/list/FindControl.h"
 #include "mainwindow/state/WindowParts.h"
 
@@ -34,6 +35,11 @@ public:
     void removeConverted(const QSet<QString>& paths);
     /// Unticks the files at these paths.
     void untick(const QSet<QString>& paths);
+    /// Removes the files that the last run has converted.
+    void removeFinished();
+    /// Ticks the files that failed or were not reached, and no others.
+    void tickFailedOnly();
+    void copyPaths(); ///< of the highlighted files, to the clipboard
     void moveUp();
     void moveDown();
 
@@ -56,9 +62,13 @@ public:
     void highlightFile(const QString& path);
 
 private:
+    void connectActions();
     QList<int> rowsOf(const QSet<QString>& paths) const;
+    template <typename Condition>
+    QList<int> rowsWhere(Condition condition) const;
     void mark(const QList<int>& rows, int tag);
     void remove(const QList<int>& rows, const QString& text);
+    void removeConverted(const QList<int>& rows);
     void move(bool (ListEditor::*step)(const QList<int>& rows), bool isUp);
     void showStep(const QList<int>& rows);
     void followList();
@@ -69,6 +79,7 @@ private:
     const WindowParts m_parts;
     ListEditor& m_editor;
     FindControl m_find;
+    FilterControl m_filter;
 };
 
 } // namespace pagestack

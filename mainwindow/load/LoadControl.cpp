@@ -6,6 +6,7 @@
 #include "engine/support/SystemLog.h"
 #include "engine/threads/MainThread.h"
 #include "filelist/FileTableModel.h"
+#include "filelist/PathClipboard.h"
 #include "mainwindow/desktop/Services.h"
 #include "mainwindow/list/ListCommands.h"
 #include "mainwindow/state/ViewState.h"
@@ -13,8 +14,10 @@
 #include "mainwindow/widgets/FileChooser.h"
 #include "ui_MainWindow.h"
 
+#include <QClipboard>
 #include <QDateTime>
-#include <QDir>
+#include <QGuiApplication>
+#include <QTextDocument>
 
 namespace pagestack {
 
@@ -44,6 +47,26 @@ LoadControl::LoadControl(const WindowParts& parts, ListCommands& list)
                 m_parts.ui.rightBox->endEditing();
                 load(urls, true);
             });
+    parts.ui.mainTableView->setDropArea(parts.window);
+    connect(parts.ui.pasteAction, &QAction::triggered, this, &LoadControl::paste);
+    connect(&parts.view, &ViewState::isProcessingChanged, this, [this](bool isProcessing) {
+        if (isProcessing)
+            tellAddition({}, {});
+    });
+    const FileTableModel& model = parts.model;
+    connect(&model, &FileTableModel::checkMarksChanged, this, &LoadControl::forgetAddition);
+    connect(&model, &FileTableModel::rowsRemoved, this, &LoadControl::forgetAddition);
+    connect(&model, &FileTableModel::reordered, this, &LoadControl::forgetAddition);
+}
+
+/// Adds what the clipboard has: files, or their paths as text.
+void LoadControl::paste()
+{
+    const QList<QUrl> urls = filesIn(QGuiApplication::clipboard()->mimeData());
+    if (urls.isEmpty())
+        tellAddition(tr("The clipboard has no files and no paths of files"), {});
+    else
+        load(urls, true);
 }
 
 void LoadControl::addFiles()
@@ -109,6 +132,7 @@ void LoadControl::loadURLs(const Arguments& arguments)
     const QDateTime start = QDateTime::currentDateTime();
     ViewState& view = m_parts.view;
     FileList::Items highlight;
+    Addition addition;
     guarded(u"loadURLs:"_s, [&] {
         callOnMainThread([&] {
             highlight = takeScatteredHighlight();
@@ -122,6 +146,7 @@ void LoadControl::loadURLs(const Arguments& arguments)
         const bool isChanged = arguments.isFolders
             ? loader.addFolderToList(arguments.urls, arguments.isIncludeSubdirectories)
             : loader.addFilesToList(arguments.urls, arguments.pageChoices);
+        addition = loader.addition();
         if (isChanged)
             m_list.sortAsTable();
     });
@@ -132,7 +157,23 @@ void LoadControl::loadURLs(const Arguments& arguments)
         view.resetView(true);
         m_parts.ui.mainTableView->setFocus();
         view.updateTimeTakenLabel(totalTimeTakenText(taken, 0, 0));
+        tellAddition(addition.text(), addition.reasons());
     });
+}
+
+/// Until the next change of the list.
+void LoadControl::tellAddition(const QString& text, const QString& reasons)
+{
+    m_parts.ui.additionLabel->setText(text);
+    m_parts.ui.additionLabel->setToolTip(
+        Qt::mightBeRichText(reasons) ? Qt::convertFromPlainText(reasons) : reasons);
+    m_parts.ui.additionLabel->setVisible(!text.isEmpty());
+}
+
+void LoadControl::forgetAddition()
+{
+    if (!m_parts.worker.isBusy())
+        tellAddition({}, {});
 }
 
 /// Each file that is added is compared with every range of the highlight; so one of many ranges is
@@ -154,9 +195,9 @@ void LoadControl::putHighlightBack(const FileList::Items& items)
     if (items.isEmpty())
         return;
     CustomTableView* table = m_parts.ui.mainTableView;
-    const QPersistentModelIndex current = table->currentIndex();
+    const int current = table->currentRow();
     table->highlightRows(m_parts.files.rowsOf(items));
-    table->selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+    table->setCurrentRow(current);
 }
 
 bool LoadControl::isProcessing() const { return m_parts.view.isProcessing(); }

@@ -27,6 +27,7 @@ public:
 
     void addFiles();
     void addFolder();
+    void paste();
     void openImportFilesPanel();
     /// Files, and folders with what the user wants of them, as if they were dropped. Refused while
     /// a load or a run is under way.
@@ -46,6 +47,8 @@ private:
     void ImportFilesWindowControllerDidFinish(ImportFilesWindowController& dialog) override;
 
     void load(const QList<QUrl>& urls, bool areFolders);
+    void tellAddition(const QString& text, const QString& reasons);
+    void forgetAddition();
     FileList::Items takeScatteredHighlight();
     void putHighlightBack(const FileList::Items& items);
 

@@ -22,7 +22,7 @@ namespace {
 ProblemList::ProblemList(QWidget* parent)
     : QTreeWidget(parent)
 {
-    setHeaderLabels({ tr("File"), tr("Page"), tr("Problem") });
+    setHeaderLabels({ tr("File"), tr("Page"), tr("What happened") });
     setColumnWidth(FileColumn, 24 * fontMetrics().horizontalAdvance(u'0'));
     setColumnWidth(PageColumn, 6 * fontMetrics().horizontalAdvance(u'0'));
     setRootIsDecorated(false);
@@ -76,19 +76,34 @@ void ProblemList::keyPressEvent(QKeyEvent* event)
         QTreeWidget::keyPressEvent(event);
 }
 
-/// A line for each row, path, page and reason parted by tabs.
-void ProblemList::copy(bool onlySelected) const
+QStringList ProblemList::lines(bool onlySelected) const
 {
     QStringList lines;
     for (int row = 0; row < topLevelItemCount(); ++row) {
         const QTreeWidgetItem& item = *topLevelItem(row);
-        if (!onlySelected || item.isSelected())
-            lines.append(QStringList { item.data(FileColumn, pathRole).toString(),
-                                       item.text(PageColumn), item.text(ReasonColumn) }
-                             .join(u'\t'));
+        if (onlySelected && !item.isSelected())
+            continue;
+        QStringList fields { item.data(FileColumn, pathRole).toString(), item.text(PageColumn),
+                             item.text(ReasonColumn) };
+        for (QString& field : fields) // names may hold what parts fields and lines
+            field.replace(u'\t', u' ').replace(u'\n', u' ');
+        lines.append(fields.join(u'\t'));
     }
-    if (!lines.isEmpty())
-        QGuiApplication::clipboard()->setText(lines.join(u'\n'));
+    return lines;
+}
+
+void ProblemList::copy(bool onlySelected) const
+{
+    if (const QStringList text = lines(onlySelected); !text.isEmpty())
+        QGuiApplication::clipboard()->setText(text.join(u'\n'));
+}
+
+QString ProblemList::allText() const
+{
+    QStringList text = lines(false);
+    if (const qint64 left = m_count - mostRows; left > 0)
+        text.append(tr("%n more are in the log only.", nullptr, static_cast<int>(left)));
+    return text.join(u'\n') + u'\n';
 }
 
 } // namespace pagestack

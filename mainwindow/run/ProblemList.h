@@ -19,6 +19,9 @@ public:
 
     void add(const Diagnostic& diagnostic);
     void removeAll();
+    /// A line for each row, path, page and reason parted by tabs, and a last one when there are
+    /// more problems.
+    QString allText() const;
     /// Of all problems, those that are not shown included.
     qint64 count() const { return m_count; }
 
@@ -31,6 +34,7 @@ protected:
 
 private:
     void copy(bool onlySelected) const;
+    QStringList lines(bool onlySelected) const;
 
     qint64 m_count = 0;
 };

@@ -78,6 +78,7 @@ void ProcessPanel::connectButtons()
         m_ui->stopAfterFileBtn->setEnabled(false);
         showCounts();
     });
+    connect(m_ui->saveProblemsBtn, &QPushButton::clicked, this, &ProcessPanel::savingRequested);
     connect(m_ui->showFolderBtn, &QPushButton::clicked, this, &ProcessPanel::folderRequested);
     connect(m_ui->tickFailedBtn, &QPushButton::clicked, this, &ProcessPanel::tickingRequested);
     connect(m_ui->closeProcessBtn, &QPushButton::clicked, this, &ProcessPanel::closeRequested);
@@ -252,6 +253,7 @@ void ProcessPanel::showProblems(bool isShown)
         tr("%n more are in the log only.", nullptr, static_cast<int>(left)));
     m_ui->problemList->setVisible(isShown);
     m_ui->problemsLeftLabel->setVisible(isShown && left > 0);
+    m_ui->saveProblemsBtn->setVisible(isShown);
     adjustSize();
 }
 
@@ -279,6 +281,8 @@ void ProcessPanel::setPaused(bool isPaused)
         m_job->gate().setPaused(isPaused);
     showCounts();
 }
+
+QString ProcessPanel::problems() const { return m_ui->problemList->allText(); }
 
 void ProcessPanel::cancel() { m_ui->cancelProcessBtn->click(); }
 

@@ -44,6 +44,9 @@ public:
     bool isSmall() const { return m_isSmall; }
     void setSmall(bool isSmall);
 
+    /// The problems as text, a line each.
+    QString problems() const;
+
     /// Says, when the run has ended, what came of it; `hasLeft`: some files were not converted.
     void showOutcome(const QString& headline, bool hasLeft);
 
@@ -54,6 +57,8 @@ signals:
     void progressed(double fraction);
     /// The folder of the outputs is to be opened.
     void folderRequested();
+    /// The problems are to be saved in a file.
+    void savingRequested();
     /// Close, and only the files that were not converted stay ticked.
     void tickingRequested();
     /// The run has ended; the sheet stays until Close.

@@ -8,6 +8,7 @@
 #include "engine/support/Workspace.h"
 #include "engine/threads/MainThread.h"
 #include "filelist/FileTableModel.h"
+#include "filelist/ListExport.h"
 #include "mainwindow/desktop/DesktopRun.h"
 #include "mainwindow/desktop/Services.h"
 #include "mainwindow/list/ListCommands.h"
@@ -17,9 +18,9 @@
 #include "mainwindow/settings/RunChoices.h"
 #include "mainwindow/state/ViewState.h"
 #include "mainwindow/state/Worker.h"
+#include "mainwindow/widgets/FileChooser.h"
 #include "ui_MainWindow.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 #include <utility>
@@ -48,6 +49,7 @@ RunControl::RunControl(const WindowParts& parts, Settings& settings, ListCommand
     : m_parts(parts)
     , m_settings(settings)
     , m_list(list)
+    , m_folderCheck(parts, settings)
     , m_process(std::make_unique<Process>(&parts.services.workspace))
     , m_panel(std::make_unique<ProcessPanel>(&parts.window, *parts.ui.runBar))
     , m_planLine(std::make_unique<PlanLine>(parts, settings))
@@ -60,6 +62,8 @@ RunControl::RunControl(const WindowParts& parts, Settings& settings, ListCommand
                 if (inHand < outputs.size())
                     m_rows.follow(outputs.at(inHand));
             });
+    connect(&m_folderCheck, &OutputFolderCheck::folderWanted, this,
+            &RunControl::outputFolderWanted);
     connect(&parts.worker, &Worker::ended, this, [this] {
         if (m_question)
             ask();
@@ -70,6 +74,7 @@ RunControl::RunControl(const WindowParts& parts, Settings& settings, ListCommand
             m_parts.ui.mainTableView->setFocus();
     });
     connect(m_panel.get(), &ProcessPanel::folderRequested, this, &RunControl::showFolder);
+    connect(m_panel.get(), &ProcessPanel::savingRequested, this, &RunControl::saveProblems);
     connect(m_panel.get(), &ProcessPanel::tickingRequested, this, [this] {
         closeProcess();
         m_list.untick(m_outcome.converted());
@@ -101,52 +106,8 @@ void RunControl::split()
               });
         m_process->setIsCombining(true);
         m_process->setSettings(&m_settings);
-        checkOutputFolder();
+        m_folderCheck.check([this] { guarded(u"Split"_s, [this] { beginRun(); }); });
     });
-}
-
-void RunControl::checkOutputFolder()
-{
-    const QString folder = m_settings.outputFolderPath();
-    if (folder.isEmpty())
-        m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical,
-                             tr("No output folder selected, file(s) will be saved in source "
-                                "folder.\nDo you want to continue?"),
-                             { tr("Yes"), tr("No") }, [this](int button) {
-                                 if (button == 0)
-                                     guarded(u"Split"_s, [this] { beginRun(); });
-                                 else
-                                     emit outputFolderWanted();
-                             });
-    else if (!QFileInfo::exists(folder))
-        refuseMissingFolder();
-    else if (!QFileInfo(folder).isWritable())
-        refuse(tr("Output folder is non-writable!\r\nPlease select writable output folder."));
-    else
-        beginRun();
-}
-
-/// It can be made where there is one to make it in.
-void RunControl::refuseMissingFolder()
-{
-    const QString text
-        = tr("Output folder missing or invalid path!\r\nPlease select valid output folder.");
-    const QString folder = m_settings.outputFolderPath();
-    if (!QFileInfo(folder).isAbsolute() || !QFileInfo(folderPart(folder)).isDir())
-        return refuse(text);
-    m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical, text,
-                         { tr("Create Folder"), tr("Cancel") }, [this, folder](int button) {
-                             if (button != 0 || !QDir().mkdir(folder))
-                                 emit outputFolderWanted();
-                             else
-                                 guarded(u"Split"_s, [this] { checkOutputFolder(); });
-                         });
-}
-
-void RunControl::refuse(const QString& text)
-{
-    m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical, text, {},
-                         [this](int) { emit outputFolderWanted(); });
 }
 
 void RunControl::beginRun()
@@ -366,6 +327,20 @@ void RunControl::viewLog()
     else
         guarded(u"Process=>viewLog"_s,
                 [&] { m_parts.services.workspace.openURL(QUrl::fromLocalFile(report)); });
+}
+
+void RunControl::saveProblems()
+{
+    m_parts.services.chooser.chooseSaveFile(
+        m_panel.get(), tr("Save the list of problems as a text with tabs:"), u"txt"_s,
+        tr("Problems.txt"), [this](const QList<QUrl>& urls) {
+            try {
+                if (!urls.isEmpty())
+                    writeExport(urls.first().toLocalFile(), m_panel->problems().toUtf8());
+            } catch (const std::runtime_error& error) {
+                m_parts.services.tell(&m_parts.window, QString::fromUtf8(error.what()));
+            }
+        });
 }
 
 void RunControl::closeProcess()

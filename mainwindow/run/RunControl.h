@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/job/Process.h"
+#include "mainwindow/run/OutputFolderCheck.h"
 #include "mainwindow/run/RunOutcome.h"
 #include "mainwindow/run/RunRows.h"
 #include "mainwindow/state/WindowParts.h"
@@ -73,9 +74,6 @@ private:
         QList<Answer> answers; ///< but Cancel; none: there is nothing to be done about it
     };
 
-    void checkOutputFolder();
-    void refuse(const QString& text);
-    void refuseMissingFolder();
     void beginRun();
     void startRun(const std::optional<QList<OutputFile>>& outputs,
                   std::optional<ExistingFiles> decided = std::nullopt);
@@ -92,10 +90,12 @@ private:
     void leaveRun();
     void showEnd();
     void showFolder();
+    void saveProblems();
 
     const WindowParts m_parts;
     Settings& m_settings;
     ListCommands& m_list;
+    OutputFolderCheck m_folderCheck;
     std::unique_ptr<Process> m_process;
     std::unique_ptr<ProcessPanel> m_panel;
     std::unique_ptr<PlanLine> m_planLine;

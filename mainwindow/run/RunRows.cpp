@@ -33,7 +33,7 @@ void RunRows::follow(const OutputFile& output)
     while (m_row < m_parts.files.count() && m_parts.files.at(m_row) != output.fileItems.first())
         ++m_row;
     if (m_row < m_parts.files.count())
-        table.scrollTo(m_parts.model.index(m_row, FileTableModel::Name));
+        table.scrollToRow(m_row);
     m_scrolled = bar.value();
 }
 

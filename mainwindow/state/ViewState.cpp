@@ -41,6 +41,7 @@ ViewState::ViewState(QMainWindow& window, Ui::MainWindow& ui, const FileList& fi
     connect(model, &QAbstractItemModel::rowsInserted, this, &ViewState::follow);
     connect(model, &QAbstractItemModel::rowsRemoved, this, &ViewState::follow);
     connect(model, &QAbstractItemModel::layoutChanged, this, &ViewState::follow);
+    connect(model, &QAbstractItemModel::modelReset, this, &ViewState::follow);
     connect(ui.mainTableView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ViewState::follow);
     connect(&history, &QUndoStack::indexChanged, this, &ViewState::follow);
@@ -85,7 +86,7 @@ void ViewState::follow()
                { ui.importBtn, ui.addFilesBtn, ui.addFolderBtn, ui.searchBtn,
                  ui.inculdeSubfoldersBtn, ui.findBar, ui.rightBox },
                { ui.addFilesAction, ui.addFolderAction, ui.importAction, ui.toggleSettingsAction,
-                 ui.preferencesAction });
+                 ui.preferencesAction, ui.pasteAction });
     ui.mainTableView->setEnabled(isIdle || m_isListReadable);
     ui.mainTableView->setReadOnly(!isIdle);
     setEnabled(hasFiles,
@@ -94,18 +95,25 @@ void ViewState::follow()
                  ui.removeAllFilesButton },
                { ui.exportToolbarItem, ui.exportAction, ui.selectAllRowsAction,
                  ui.deselectAllRowsAction, ui.checkAllAction, ui.uncheckAllAction,
-                 ui.invertCheckAction, ui.removeAllAction, ui.findAction });
+                 ui.invertCheckAction, ui.tickFailedAction, ui.removeConvertedAction,
+                 ui.removeAllAction, ui.findAction });
     setEnabled(hasHighlight, {},
-               { ui.openFileAction, ui.revealAction, ui.getInfoAction, ui.checkSelectionAction,
-                 ui.uncheckSelectionAction, ui.invertSelectionAction, ui.removeSelectedAction });
-    setEnabled(first > 0, { ui.moveUpButton }, { ui.moveUpAction });
-    setEnabled(hasHighlight && last != m_files.count() - 1, { ui.moveDownButton },
+               { ui.cutAction, ui.copyAction, ui.openFileAction, ui.revealAction, ui.getInfoAction,
+                 ui.checkSelectionAction, ui.uncheckSelectionAction, ui.invertSelectionAction,
+                 ui.removeSelectedAction });
+    const bool isWhole = !ui.mainTableView->shownRows().isFiltered();
+    setEnabled(isWhole && first > 0, { ui.moveUpButton }, { ui.moveUpAction });
+    setEnabled(isWhole && hasHighlight && last != m_files.count() - 1, { ui.moveDownButton },
                { ui.moveDownAction });
     setEnabled(isIdle && m_history.canUndo(), {}, { ui.undoAction });
     setEnabled(isIdle && m_history.canRedo(), {}, { ui.redoAction });
     ui.undoAction->setText(tr("&Undo %1").arg(m_history.undoText()).trimmed());
     ui.redoAction->setText(tr("&Redo %1").arg(m_history.redoText()).trimmed());
     ui.lableDragAndDrop->setVisible(m_files.count() == 0);
+    for (QPushButton* button : { ui.emptyAddFilesButton, ui.emptyAddFolderButton }) {
+        button->setVisible(m_files.count() == 0);
+        button->setEnabled(isIdle);
+    }
 }
 
 QString ViewState::whyDisabled(const QWidget& control) const
@@ -122,6 +130,8 @@ QString ViewState::whyDisabled(const QWidget& control) const
         return {};
     if (m_ui.mainTableView->highlightedSpan().first < 0)
         return tr("No row is highlighted.");
+    if (m_ui.mainTableView->shownRows().isFiltered())
+        return tr("Not while the filter hides rows.");
     return &control == m_ui.moveUpButton ? tr("The first row is among those highlighted.")
                                          : tr("The last row is among those highlighted.");
 }

@@ -1,11 +1,15 @@
 #include "filelist/FileList.h"
 
+#include "filelist/ListFilter.h"
+#include "filelist/PathClipboard.h"
 #include "filelist/SortOrder.h"
 #include "tests/filelist/TinyTiff.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/Testing.h"
 #include "tests/support/TextRows.h"
 
 #include <QDateTime>
+#include <QMimeData>
 
 #include <random>
 
@@ -115,6 +119,64 @@ private slots:
                      + u"|03-Feb-2021 4:05 PM|31-Dec-2022 12:01 AM||||"_s);
         const QDateTime created = item->dateCreated(); // not every file system keeps it
         QVERIFY(!created.isValid() || qAbs(created.secsTo(QDateTime::currentDateTime())) <= 2);
+    }
+
+    void narrowsTheListToWhatIsTyped_data()
+    {
+        addTextRows(R"(
+                              | box.TIF invoice 1.tif invoice 2.tif old.tiff
+            INV               | invoice 1.tif invoice 2.tif
+            inv 2             | invoice 2.tif
+            "e 1"             | invoice 1.tif
+            -inv              | box.TIF old.tiff
+            inv -"e 1"        | invoice 2.tif
+            deep/             | old.tiff
+            deep              |
+            pages>1           | invoice 1.tif old.tiff
+            pages>=3 PAGES<4  | old.tiff
+            -pages=1 pages<9  | invoice 1.tif old.tiff
+            type=tif          | box.TIF invoice 1.tif invoice 2.tif
+            size>8KB          | old.tiff
+            size<=0.008mb     | box.TIF invoice 1.tif invoice 2.tif
+            pages> size<x inv | invoice 1.tif invoice 2.tif
+            pages=1x          | box.TIF invoice 1.tif invoice 2.tif old.tiff)");
+    }
+    void narrowsTheListToWhatIsTyped()
+    {
+        const auto [typed, left] = textRow<2>();
+        const TestFolder folder;
+        FileList files;
+        for (const auto& [name, pages] :
+             { std::pair("box.TIF", 1), std::pair("invoice 1.tif", 2),
+               std::pair("invoice 2.tif", 1), std::pair("deep/old.tiff", 3) }) {
+            const QString path = makeFile(folder.path(QLatin1String(name)), pages);
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::Append));
+            file.write(QByteArray(pages == 3 ? 9000 : 0, ' ')); // a block is 4 KB at least
+            file.close();
+            files.append(itemOf(path));
+        }
+        const ListFilter filter(typed, RowGroup::All);
+        QStringList names;
+        for (const auto& item : files.items())
+            if (filter.accepts(*item, RowStatus::State::None))
+                names.append(item->name());
+        QCOMPARE(names.join(u' '), left);
+        QVERIFY(!ListFilter(typed, RowGroup::Failed).accepts(*files.at(0), {}));
+    }
+
+    void readsPathsFromTheClipboard()
+    {
+        QMimeData text;
+        text.setText(u"/a b.tif\r\n \"/q.tif\"\nfile:///c%20d.tif\nrelative.tif\n\n~/h.tif\n"_s);
+        QStringList paths;
+        for (const QUrl& url : filesIn(&text))
+            paths.append(url.toLocalFile());
+        QCOMPARE(paths.join(u'|'), u"/a b.tif|/q.tif|/c d.tif|"_s + QDir::homePath() + u"/h.tif"_s);
+        const auto copied = clipboardData(filesIn(&text));
+        QCOMPARE(copied->text().split(u'\n'), paths);
+        QCOMPARE(filesIn(copied.get()), filesIn(&text));
+        QVERIFY(filesIn(nullptr).isEmpty());
     }
 
     void keepsItsTotalsThroughAnyChange()

@@ -75,36 +75,40 @@ private slots:
         m_folder = std::make_unique<TestFolder>();
         m_folder->make(u"a.tif b.TIFF c.Tif d.txt noextension .hidden.tif tif sub/e.TIF "
                        "sub/deep/f.tiff .hiddenfolder/g.tif folder.tif/h.tif sub/circle>@ "
-                       "linked.tif>@/sub sub/aside>@/folder.tif"_s);
+                       "linked.tif>@/sub sub/aside>@/folder.tif .own/scan10.tif .own/scan2.tif "
+                       ".own/scan1.tif .up/deep/i.tif"_s);
         putBytes(path(u"._side.tif"_s), QByteArray("\x00\x05\x16\x07", 4));
     }
 
     void findsTheFilesOfFolders_data()
     {
         // "." is the folder. Behind a link ".." leads out of the folder that the link leads to.
-        addTextRows({ "given", "below", "found" }, R"(
-            .                                             |     | a.tif b.TIFF
-            .                                             | yes | a.tif b.TIFF e.TIF f.tiff h.tif
-            d.txt sub a.tif gone.tif c.Tif                |     | a.tif e.TIF gone.tif
-            sub/e.TIF sub sub/deep sub                    | yes | e.TIF f.tiff
-            sub/../a.tif ./a.tif sub//./e.TIF sub/e.TIF   |     | a.tif e.TIF
-            ._side.tif a.tif                              |     | a.tif
-            sub/aside/../a.tif a.tif none/../b.TIFF       |     | a.tif b.TIFF
-            none d.txt                                    | yes |)");
+        addTextRows({ "given", "below", "found", "told" }, R"(
+            .                             |     | a.tif b.TIFF                   | 2 added, 4 left out
+            .                             | yes | a.tif b.TIFF h.tif e.TIF f.tiff | 5 added, 4 left out
+            .own                          |     | scan1.tif scan2.tif scan10.tif | 3 added
+            d.txt sub a.tif gone.tif      |     | e.TIF a.tif gone.tif           | 3 added, 1 left out
+            sub/e.TIF sub sub/deep sub    | yes | e.TIF f.tiff                   | 2 added, 4 already there
+            sub/../a.tif ./a.tif sub//./e.TIF | | a.tif e.TIF                    | 2 added, 1 already there
+            ._side.tif a.tif              |     | a.tif                          | 1 added
+            sub/aside/../a.tif a.tif none/../b.TIFF | | a.tif b.TIFF             | 2 added, 1 already there
+            .up                           |     |                                | 0 added, 1 sub-folder(s) not searched
+            none                          | yes |                                | 0 added, 1 left out - @/none: No such file or directory
+            none d.txt                    | yes |                                | 0 added, 2 left out - @/none: No such file or directory)");
     }
     void findsTheFilesOfFolders()
     {
         QFETCH(const QString, given);
         QFETCH(const QString, below);
         QFETCH(const QString, found);
+        QFETCH(QString, told);
         Target target;
-        const auto load = [&] {
-            return FileLoader(target).addFolderToList(urls(given.split(u' ')), !below.isEmpty());
-        };
+        FileLoader loader(target);
+        const auto load
+            = [&] { return loader.addFolderToList(urls(given.split(u' ')), !below.isEmpty()); };
         QCOMPARE(inBackground(load), !found.isEmpty());
-        QStringList names = namesOf(target.files);
-        names.sort();
-        QCOMPARE(names.join(u' '), found);
+        QCOMPARE(namesOf(target.files).join(u' '), found); // scan10 not before scan2
+        QCOMPARE(loader.addition().text(), told.replace(u"@"_s, m_folder->path({})));
         QVERIFY(!inBackground(load)); // all there already
     }
 

@@ -7,8 +7,12 @@
 #include <QAbstractItemModelTester>
 #include <QDropEvent>
 #include <QHeaderView>
+#include <QMenu>
 #include <QMimeData>
 #include <QSemaphore>
+
+#include <numeric>
+#include <random>
 
 class FileTableTest : public QObject
 {
@@ -166,13 +170,108 @@ private slots:
             enter.setDropAction(
                 Qt::MoveAction); // after which the other side would delete the files
             QCoreApplication::sendEvent(m_table->viewport(), &enter);
-            QCOMPARE(enter.isAccepted(), offer != &text);
+            QCOMPARE(enter.isAccepted(), offer == &files); // no other has a file
             QVERIFY(!enter.isAccepted() || enter.dropAction() == Qt::CopyAction);
             QDropEvent drop({ 5, 5 }, Qt::CopyAction, offer, Qt::LeftButton, {});
             QCoreApplication::sendEvent(m_table->viewport(), &drop);
         }
         QCOMPARE(drops.size(), 1);
         QCOMPARE(drops.first().first().value<QList<QUrl>>(), files.urls().sliced(1));
+        QWidget window; // which a file may miss the table in
+        m_table->setDropArea(window);
+        QDragEnterEvent enter({ 5, 5 }, Qt::CopyAction, &files, Qt::LeftButton, {});
+        QDropEvent drop({ 5, 5 }, Qt::CopyAction, &files, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&window, &enter);
+        QVERIFY(enter.isAccepted());
+        QCoreApplication::sendEvent(&window, &drop);
+        QCOMPARE(drops.size(), 2);
+        m_table->setReadOnly(true);
+        QCoreApplication::sendEvent(&window, &enter);
+        QVERIFY(!enter.isAccepted());
+        m_table->setDropArea(*m_table->viewport());
+    }
+
+    // Whatever happens to the list, the table must show what the filter leaves and keep the
+    // highlight with its files: a command would else act on others.
+    void showsWhatAFilterLeaves()
+    {
+        const ShownRows& shown = m_table->shownRows();
+        const QAbstractItemModelTester tester(
+            m_table->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+        std::mt19937 random(7);
+        const auto below = [&random](int limit) {
+            return static_cast<int>(random() % static_cast<unsigned>(std::max(1, limit)));
+        };
+        const auto passes = [](const FileItem& item) { return item.name().contains(u'7'); };
+        for (int i = 0; i < 150; ++i)
+            m_model->append(itemOf(u"/many/%1.tif"_s.arg(i)));
+        bool isFiltered = false;
+        for (int step = 0; step < 300; ++step) {
+            FileList::Items highlighted;
+            for (const int row : m_table->highlightedRows())
+                highlighted.append(m_files.at(row));
+            const int act = below(6);
+            if (act == 0) {
+                m_model->append(itemOf(u"/more/%1.tif"_s.arg(step)));
+            } else if (act == 1) {
+                QList<int> rows;
+                for (int i = 0; i < 3 && i < m_files.count(); ++i)
+                    rows.append(below(m_files.count()));
+                for (const int row : std::as_const(rows))
+                    highlighted.removeAll(m_files.at(row));
+                m_model->removeItems(rows);
+            } else if (act == 2) {
+                QList<int> order(m_files.count());
+                std::iota(order.begin(), order.end(), 0);
+                std::shuffle(order.begin(), order.end(), random);
+                m_model->reorder(order);
+            } else if (act == 3 && isFiltered) {
+                m_table->showAllRows();
+                isFiltered = false;
+            } else if (act == 3) {
+                std::vector<int> rows;
+                for (int row = 0; row < m_files.count(); ++row)
+                    if (passes(*m_files.at(row)))
+                        rows.push_back(row);
+                highlighted.removeIf([&](const auto& item) { return !passes(*item); });
+                m_table->showRows(rows, passes);
+                isFiltered = true;
+            } else {
+                const QList<int> rows
+                    = ascending({ below(m_files.count()), below(m_files.count()) });
+                m_table->highlightRows(rows);
+                highlighted.clear();
+                for (const int row : rows)
+                    if (!isFiltered || passes(*m_files.at(row)))
+                        highlighted.append(m_files.at(row));
+            }
+            QStringList names;
+            QStringList expected;
+            for (int place = 0; place < shown.rowCount(); ++place)
+                names.append(shown.index(place, FileTableModel::Name).data().toString());
+            for (const auto& item : m_files.items())
+                if (!isFiltered || passes(*item))
+                    expected.append(item->name());
+            QCOMPARE(names, expected);
+            QCOMPARE(m_table->highlightedRows(), m_files.rowsOf(highlighted));
+        }
+        m_table->showRows({}, passes);
+        QCOMPARE(m_table->model()->headerData(1, Qt::Horizontal), QVariant(u"Name"_s));
+    }
+
+    void goesToTheEndsOfTheList()
+    {
+        const auto press = [this](int key, Qt::KeyboardModifiers keys) {
+            QTest::keyClick(m_table.get(), static_cast<Qt::Key>(key), keys);
+            return m_table->currentRow();
+        };
+        m_table->highlightRows({ 2 });
+        QCOMPARE(press(Qt::Key_End, {}), 4);
+        QCOMPARE(m_table->highlightedRows(), QList<int> { 4 });
+        QCOMPARE(press(Qt::Key_Home, Qt::ControlModifier), 0);
+        QCOMPARE(m_table->highlightedRows(), QList<int> { 0 });
+        QCOMPARE(press(Qt::Key_End, Qt::ShiftModifier | Qt::ControlModifier), 4);
+        QCOMPARE(m_table->highlightedRows().size(), 5);
     }
 
     void offersTheHighlightedFilesToOthers()
@@ -194,12 +293,30 @@ private slots:
         QCOMPARE(
             orders,
             (SortOrders { { u"name"_s, false }, { u"pages"_s, false }, { u"type"_s, false } }));
+        auto& header = *m_table->horizontalHeader();
+        const auto click = [&header](int column, Qt::KeyboardModifiers keys) {
+            const int x = header.sectionViewportPosition(column) + header.sectionSize(column) / 2;
+            QTest::mouseClick(header.viewport(), Qt::LeftButton, keys, { x, 5 });
+        };
+        click(FileTableModel::Pages, Qt::ControlModifier); // turned round where it is
+        click(FileTableModel::Size, Qt::ShiftModifier); // comes last
+        QCOMPARE(header.sortIndicatorSection(), int { FileTableModel::Name });
+        SortOrders longer = orders;
+        longer[1].isAscending = true;
+        longer.append({ u"size"_s, true });
+        QCOMPARE(m_table->currentSortOrders(), longer);
+        m_table->setSortOrders(orders);
+        QMenu menu;
+        m_table->fillColumnMenu(menu);
+        menu.actions().first()->setChecked(false);
+        QVERIFY(header.isSectionHidden(FileTableModel::Status));
         const QByteArray state = m_table->saveColumns();
         CustomTableView other;
         other.setModel(m_model.get());
         QVERIFY(!other.restoreColumns("nonsense") && !other.restoreColumns(state.first(30)));
         QVERIFY(other.restoreColumns(state));
         QCOMPARE(other.columnWidth(FileTableModel::Name), 321);
+        QVERIFY(other.isColumnHidden(FileTableModel::Status));
         QCOMPARE(other.currentSortOrders(), orders);
         QVERIFY(!other.restoreColumns(QByteArray(state).replace(3, 1, "\3"))); // a later version's
     }

@@ -221,6 +221,116 @@ private slots:
                  QVariant(u"1,-1"_s));
     }
 
+    // A row that nobody sees must not be touched, and whoever does not see it must be told that it
+    // is converted.
+    void leavesAloneWhatTheFilterHides_data()
+    {
+        // After typing pages>2 the files 3, 4 and 5 are shown, of which 4 and 5 are highlighted.
+        addTextRows(R"(
+            selectAllRowsAction uncheckSelectionAction | 0 1 2 3- 4- 5- | 3 4 5
+            deselectAllRowsAction removeSelectedAction | 0 1 2 4 5      |
+            Del                                        | 0 1 2 3        |
+            Space                                      | 0 1 2 3 4- 5-  | 4 5
+            uncheckAllAction                           | 0- 1- 2- 3- 4- 5- | 4 5
+            moveUpAction                               | 0 1 2 3 4 5    | 4 5
+            cutAction pasteAction                      | 0 1 2 3 4 5    |)");
+    }
+    void leavesAloneWhatTheFilterHides()
+    {
+        const auto [ways, after, highlightedAfter] = textRow<3>();
+        QVERIFY(fill());
+        table().highlightRows({ 0, 4, 5 });
+        press("filterAction");
+        auto& field = find<QLineEdit>("filterField");
+        QCOMPARE(window().focusWidget(), &field);
+        QTest::keyClicks(&field, u"pages>2"_s);
+        QTRY_COMPARE(table().model()->rowCount(), 3);
+        QCOMPARE(text("shownLabel"), u"3 of 6 shown; all ticked ones convert"_s);
+        QCOMPARE(highlightedText(), u"4 5"_s);
+        const QStringList steps = ways.split(u' ');
+        if (ways.startsWith(u"cut"_s)) {
+            press("cutAction");
+            QCOMPARE(state(), u"0 1 2 3"_s);
+            QVERIFY(load([this] { press("pasteAction"); }));
+        } else {
+            for (const QString& way : steps)
+                pressOrType(way);
+        }
+        QCOMPARE(state(), after);
+        QCOMPARE(highlightedText(), highlightedAfter);
+        QTest::keyClick(&table(), Qt::Key_Escape);
+        QCOMPARE(table().model()->rowCount(), int(after.split(u' ').size()));
+        QCOMPARE(field.text() + text("shownLabel"), QString());
+        press("undoAction");
+        if (isEnabled("redoAction"))
+            QCOMPARE(state(), u"0 1 2 3 4 5"_s);
+    }
+
+    void narrowsTheListToWhatFailed()
+    {
+        QVERIFY(open(sixFiles() + QStringList { path(u"gone.tif"_s), sample(u"turned.tif"_s) }));
+        const auto hasButton = [this](const char* name) { return find(name).isVisible(); };
+        QTRY_COMPARE(find<QAbstractButton>("filterFailedButton").text(), u"Failed (2)"_s);
+        QVERIFY(hasButton("filterAllButton") && !hasButton("filterNotReachedButton"));
+        press("filterFailedButton");
+        QTRY_COMPARE(table().model()->rowCount(), 2);
+        QHash<QString, RowStatus> statuses;
+        using State = RowStatus::State;
+        const State states[] { State::Failed, State::Done, State::Warning, State::NotReached };
+        for (int row = 1; row < 5; ++row)
+            statuses.insert(controller().files().at(row)->path(), { states[row - 1] });
+        controller().tableModel().setStatuses(statuses);
+        QTRY_COMPARE(table().model()->rowCount(), 3); // follows the run
+        QVERIFY(hasButton("filterNotReachedButton") && hasButton("filterWarningsButton"));
+        press("tickFailedAction");
+        QCOMPARE(state(), u"0 1 2- 3- 4 5- gone turned-"_s);
+        press("removeConvertedAction");
+        QCOMPARE(state(), u"0 1 4 5- gone turned-"_s);
+        press("undoAction");
+        press("undoAction");
+        QCOMPARE(state(), u"0 1 2 3 4 5 gone turned"_s);
+        alerts().setNextAnswer(0);
+        press("removeAllFilesButton");
+        QTRY_VERIFY(!hasButton("filterFailedButton")); // nothing is left to be narrowed to
+        QVERIFY(open({ sample(u"turned.tif"_s) }));
+        QCOMPARE(table().model()->rowCount(), 1);
+    }
+
+    void tellsWhatALoadHasAdded()
+    {
+        auto& line = find<QLabel>("additionLabel");
+        QVERIFY(fill());
+        QCOMPARE(line.text(), u"6 added"_s);
+        putBytes(path(u"in/readme.txt"_s), "");
+        QVERIFY(load([this] { emit table().filesDropped(urlsOf({ path(u"in"_s) })); }));
+        QCOMPARE(line.text(), u"0 added, 6 already there, 1 left out"_s);
+        QVERIFY(line.isVisible() && line.toolTip().contains(u"not named .tif"_s));
+        press("checkAllAction"); // changes nothing
+        QVERIFY(line.isVisible());
+        press("uncheckAllAction");
+        QVERIFY(!line.isVisible());
+        QGuiApplication::clipboard()->setText(u"no path"_s);
+        press("pasteAction");
+        QCOMPARE(line.text(), u"The clipboard has no files and no paths of files"_s);
+    }
+
+    void movesDraggedRowsAndBack()
+    {
+        QVERIFY(fill());
+        sort(FileTableModel::Name, Qt::DescendingOrder);
+        table().highlightRows({ 0, 3 }); // 5 and 2
+        for (const auto& [target, after] :
+             { std::pair(0, "5 2 4 3 1 0"), std::pair(2, "4 5 2 3 1 0"),
+               std::pair(4, "4 3 5 2 1 0"), std::pair(6, "4 3 1 0 5 2") }) {
+            emit table().dragRequested(target);
+            QCOMPARE(order(), QLatin1String(after));
+            QVERIFY(table().currentSortOrders().isEmpty()); // the next load would undo it
+            press("undoAction");
+            QCOMPARE(order(), u"5 4 3 2 1 0"_s);
+            QCOMPARE(table().currentSortOrders().size(), 1);
+        }
+    }
+
     void exportsTheList()
     {
         QVERIFY(fill());

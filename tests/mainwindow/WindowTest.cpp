@@ -410,6 +410,15 @@ private slots:
         QCOMPARE(toolTip(0), damaged + u"\nPage 2: "_s + lines.first().section(u'\t', 2));
         QVERIFY(toolTip(2).startsWith(fax + u"\nPage 2: Warning: 1 row"_s));
 
+        chooser().setNextChoice(urlsOf({ path(u"problems.txt"_s) }));
+        press("saveProblemsBtn");
+        QFile saved(path(u"problems.txt"_s));
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(saved.readAll()), lines.join(u'\n') + u'\n');
+        chooser().setNextChoice(urlsOf({ path(u"none/problems.txt"_s) }));
+        press("saveProblemsBtn");
+        QVERIFY(!alerts().lastText().isEmpty());
+
         const QRect row = list.visualItemRect(list.topLevelItem(1));
         QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, row.center());
         QTest::mouseDClick(list.viewport(), Qt::LeftButton, {}, row.center());
@@ -441,6 +450,7 @@ private slots:
         press("showProblemsBtn");
         QCOMPARE(find<QTreeWidget>("problemList").topLevelItemCount(), 1000);
         QCOMPARE(text("problemsLeftLabel"), u"234 more are in the log only."_s);
+        QVERIFY(panel.problems().endsWith(u"\t1000\tno\n234 more are in the log only.\n"_s));
         panel.stopFollowing();
     }
 

@@ -1,0 +1,157 @@
+#include "filelist/SortHeader.h"
+
+#include "filelist/FileTableModel.h"
+
+#include <QContextMenuEvent>
+#include <QDataStream>
+#include <QIODevice>
+#include <QMouseEvent>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace pagestack {
+
+namespace {
+
+    constexpr qint32 columnsFormat = 2; // 1 had the sort order of the header alone
+
+} // namespace
+
+SortHeader::SortHeader(QWidget* parent)
+    : QHeaderView(Qt::Horizontal, parent)
+{
+    setHighlightSections(false);
+    setStretchLastSection(true);
+    setSectionsMovable(true);
+    // It tells what was clicked; the table's own sorting would be no step of the history.
+    setSectionsClickable(true);
+    setSortIndicatorShown(true);
+    setSortIndicator(-1, Qt::AscendingOrder);
+    connect(this, &QHeaderView::sortIndicatorChanged, this, &SortHeader::followIndicator);
+}
+
+void SortHeader::resetColumns()
+{
+    if (count() != FileTableModel::ColumnCount)
+        return;
+    const int checkBox = style()->pixelMetric(QStyle::PM_IndicatorWidth)
+        + 4 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1);
+    setMinimumSectionSize(checkBox);
+    resizeSection(FileTableModel::IsSelected, checkBox);
+    const int digit = fontMetrics().horizontalAdvance(u'0');
+    int column = FileTableModel::Name;
+    for (const int digits : { 24, 14, 8, 17, 10, 7, 34, 22, 22, 22 })
+        resizeSection(column++, digits * digit);
+    for (column = 0; column < count(); ++column) {
+        showSection(column);
+        moveSection(visualIndex(column), column);
+    }
+}
+
+void SortHeader::fillMenu(QMenu& menu)
+{
+    menu.clear();
+    for (int column = FileTableModel::Name + 1; column < count(); ++column) {
+        QAction* action = menu.addAction(model()->headerData(column, Qt::Horizontal).toString());
+        action->setCheckable(true);
+        action->setChecked(!isSectionHidden(column));
+        connect(action, &QAction::toggled, this,
+                [this, column](bool isShown) { setSectionHidden(column, !isShown); });
+    }
+    menu.addSeparator();
+    connect(menu.addAction(tr("Reset Columns")), &QAction::triggered, this,
+            &SortHeader::resetColumns);
+}
+
+void SortHeader::contextMenuEvent(QContextMenuEvent* event)
+{
+    QMenu* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    fillMenu(*menu);
+    menu->popup(event->globalPos());
+}
+
+void SortHeader::mouseReleaseEvent(QMouseEvent* event)
+{
+    m_isAdding = (event->modifiers() & (Qt::ControlModifier | Qt::ShiftModifier)) != 0;
+    QHeaderView::mouseReleaseEvent(event);
+    m_isAdding = false;
+}
+
+void SortHeader::followIndicator()
+{
+    const SortOrders before = m_orders;
+    const SortOrder newest
+        = FileTableModel::sortOrder(sortIndicatorSection(), sortIndicatorOrder());
+    const auto known = std::ranges::find(m_orders, newest.key, &SortOrder::key);
+    if (newest.key.isEmpty()) {
+        m_orders.clear();
+    } else if (!m_isAdding) {
+        if (known != m_orders.end())
+            m_orders.erase(known);
+        m_orders.prepend(newest);
+    } else if (known == m_orders.end()) {
+        m_orders.append({ newest.key, true });
+    } else {
+        known->isAscending = !known->isAscending;
+    }
+    setOrders(SortOrders(m_orders));
+    emit ordersChanged(before);
+}
+
+void SortHeader::setOrders(const SortOrders& orders)
+{
+    m_orders = orders;
+    const SortOrder shown = orders.value(0);
+    const QSignalBlocker silence(this);
+    setSortIndicator(FileTableModel::columnSortedBy(shown.key),
+                     shown.isAscending ? Qt::AscendingOrder : Qt::DescendingOrder);
+    viewport()->update();
+}
+
+/// The columns that the list is sorted by after the first one have their number.
+void SortHeader::initStyleOptionForIndex(QStyleOptionHeader* option, int logicalIndex) const
+{
+    QHeaderView::initStyleOptionForIndex(option, logicalIndex);
+    for (qsizetype i = 1; i < m_orders.size(); ++i)
+        if (FileTableModel::columnSortedBy(m_orders.at(i).key) == logicalIndex)
+            option->text
+                += (m_orders.at(i).isAscending ? u" \u2191%1"_s : u" \u2193%1"_s).arg(i + 1);
+}
+
+QByteArray SortHeader::save() const
+{
+    QByteArray state;
+    QDataStream stream(&state, QIODevice::WriteOnly);
+    stream << columnsFormat << qint32 { count() } << saveState();
+    stream << static_cast<qint32>(m_orders.size());
+    for (const SortOrder& order : m_orders)
+        stream << order.key << order.isAscending;
+    return state;
+}
+
+bool SortHeader::restore(const QByteArray& state)
+{
+    QDataStream stream(state);
+    qint32 format = 0;
+    qint32 columns = 0;
+    QByteArray header;
+    stream >> format >> columns >> header;
+    if (stream.status() != QDataStream::Ok || format < 1 || format > columnsFormat
+        || columns != count() || !restoreState(header))
+        return false;
+    qint32 orderCount = 0;
+    SortOrders orders;
+    for (stream >> orderCount; orders.size() < std::min(orderCount, columns);) {
+        SortOrder order;
+        stream >> order.key >> order.isAscending;
+        orders.append(order);
+    }
+    if (stream.status() == QDataStream::Ok)
+        setOrders(orders);
+    return true;
+}
+
+} // namespace pagestack
