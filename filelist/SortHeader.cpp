@@ -42,7 +42,7 @@ void SortHeader::resetColumns()
     resizeSection(FileTableModel::IsSelected, checkBox);
     const int digit = fontMetrics().horizontalAdvance(u'0');
     int column = FileTableModel::Name;
-    for (const int digits : { 24, 14, 8, 17, 10, 7, 34, 22, 22, 22 })
+    for (const int digits : { 20, 13, 7, 15, 9, 5, 30, 20, 20, 20 })
         resizeSection(column++, digits * digit);
     for (column = 0; column < count(); ++column) {
         showSection(column);

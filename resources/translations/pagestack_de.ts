@@ -143,7 +143,7 @@
         <translation>Nach unten</translation>
     </message>
     <message>
-        <source>Remove Selected Files</source>
+        <source>Remove Highlighted Files</source>
         <translation>Markierte Dateien entfernen</translation>
     </message>
     <message>
@@ -427,19 +427,19 @@
         <translation>Ctrl+Shift+I</translation>
     </message>
     <message>
-        <source>Ti&amp;ck Selected Files</source>
+        <source>Ti&amp;ck Highlighted Files</source>
         <translation>Markierte an&amp;haken</translation>
     </message>
     <message>
-        <source>Unti&amp;ck Selected Files</source>
+        <source>Untic&amp;k Highlighted Files</source>
         <translation>Haken der Markierten en&amp;tfernen</translation>
     </message>
     <message>
-        <source>In&amp;vert Ticks of Selected Files</source>
+        <source>In&amp;vert Ticks of Highlighted Files</source>
         <translation>Haken der Markierten umke&amp;hren</translation>
     </message>
     <message>
-        <source>Re&amp;move Selected Files</source>
+        <source>Re&amp;move Highlighted Files</source>
         <translation>Markierte &amp;entfernen</translation>
     </message>
     <message>

@@ -17,7 +17,7 @@ INNER = ("list", "list item", "table cell", "table column header")  # of a contr
 COMMANDS = (
     "Add Files...", "Add Folder...", "Include sub-folders", "Import List...", "Export List", "Settings",
     "Remove", "Open File", "Show in Folder", "File Information", "Select All", "Deselect All", "Move Up",
-    "Move Down", "Remove Selected Files", "Remove All Files", "Find", "Files", "Cancel", "Convert Files",
+    "Move Down", "Remove Highlighted Files", "Remove All Files", "Find", "Files", "Cancel", "Convert Files",
     "JPEG quality", "Separator:", "Presets", "Restore Defaults")
 
 
