@@ -122,7 +122,7 @@ QString PreviewControl::highlightedPath() const
     const CustomTableView& table = *m_parts.ui.mainTableView;
     const QModelIndex current = table.currentIndex();
     const int row = table.selectionModel()->isRowSelected(current.row())
-        ? current.row()
+        ? table.currentRow()
         : table.highlightedSpan().first;
     if (row < 0 || row >= m_parts.files.count())
         return {};
