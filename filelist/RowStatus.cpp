@@ -20,7 +20,7 @@ namespace {
         return item.isMissing() ? State::Missing : State::Unreadable;
     }
 
-    QString translated(const char* text)
+    QString wordFor(const char* text)
     {
         return QCoreApplication::translate("pagestack::RowStatus", text);
     }
@@ -33,25 +33,25 @@ QString RowStatus::text() const
     case State::None:
         break;
     case State::Missing:
-        return translated(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Missing"));
+        return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Missing"));
     case State::Unreadable:
-        return translated(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Unreadable"));
+        return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Unreadable"));
     case State::Waiting:
-        return translated(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Waiting"));
+        return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Waiting"));
     case State::Converting:
         if (pages > 0)
-            return translated(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Page %1 of %2"))
+            return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Page %1 of %2"))
                 .arg(page)
                 .arg(pages);
-        return translated(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Converting"));
+        return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Converting"));
     case State::Done:
-        return translated(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Done"));
+        return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Done"));
     case State::Warning:
-        return translated(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Warning"));
+        return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Warning"));
     case State::Failed:
-        return translated(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Failed"));
+        return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Failed"));
     case State::NotReached:
-        return translated(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Not reached"));
+        return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Not reached"));
     }
     return {};
 }

@@ -15,8 +15,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    constexpr int typingPauseMs = 120;
-    constexpr int refreshMs = 400; // in a run
+    constexpr int filterPauseMs = 120;
+    constexpr int statusRefreshMs = 400; // in a run
     constexpr qint64 longestTurnMs = 8;
     constexpr int rowsBetweenLooksAtTheClock = 256;
 
@@ -31,7 +31,7 @@ FilterControl::FilterControl(const WindowParts& parts)
                      QT_TR_NOOP("Not reached (%1)") } } }
 {
     m_pause.setSingleShot(true);
-    m_pause.setInterval(typingPauseMs);
+    m_pause.setInterval(filterPauseMs);
     connect(&m_pause, &QTimer::timeout, this, &FilterControl::choose);
     connect(&m_turn, &QTimer::timeout, this, &FilterControl::look);
     connect(parts.ui.filterField, &QLineEdit::textChanged, &m_pause, qOverload<>(&QTimer::start));
@@ -46,7 +46,7 @@ FilterControl::FilterControl(const WindowParts& parts)
     connect(&model, &FileTableModel::layoutChanged, this, &FilterControl::lookAgain);
     connect(&model, &FileTableModel::modelReset, this, &FilterControl::lookAgain);
     m_refresh.setSingleShot(true);
-    m_refresh.setInterval(refreshMs);
+    m_refresh.setInterval(statusRefreshMs);
     connect(&model.statuses(), &RowStatuses::changed, this, [this] {
         if (!m_refresh.isActive())
             m_refresh.start();

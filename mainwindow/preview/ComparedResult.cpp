@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    constexpr int restMs = 300;
+    constexpr int compareRestMs = 300;
 
     QString sizeOf(std::int64_t bytes)
     {
@@ -26,7 +26,7 @@ ComparedResult::ComparedResult(QThreadPool& threads, Options options)
     , m_work(threads, nullptr)
 {
     m_rest.setSingleShot(true);
-    m_rest.setInterval(restMs);
+    m_rest.setInterval(compareRestMs);
     connect(&m_rest, &QTimer::timeout, this, &ComparedResult::begin);
 }
 
