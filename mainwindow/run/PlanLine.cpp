@@ -159,13 +159,11 @@ void PlanLine::show(qint64 images, const QString& findings)
 {
     m_images = images;
     QString text;
+    const QString folder = QDir::toNativeSeparators(m_settings.outputFolderPath());
+    const QString place = folder.isEmpty() ? tr("beside their sources") : u"\u2192 "_s + folder;
     if (images > 0)
-        text = tr("%1 image(s) \u2192 %2", nullptr, static_cast<int>(images))
-                   .arg(counted(images),
-                        m_settings.outputFolderPath().isEmpty()
-                            ? tr("beside the sources")
-                            : QDir::toNativeSeparators(m_settings.outputFolderPath()))
-            + findings;
+        text = tr("%1 image(s)", nullptr, static_cast<int>(images)).arg(counted(images)) + u' '
+            + place + findings;
     m_parts.ui.planLabel->setText(text);
     const QString against = reasonAgainst();
     const QString tip

@@ -33,6 +33,14 @@ namespace {
         return text;
     }
 
+    /// Where outputs go.
+    QString placeText(const Settings& settings)
+    {
+        return settings.outputFolderPath().isEmpty()
+            ? RunControl::tr("beside their sources")
+            : RunControl::tr("in %1").arg(QDir::toNativeSeparators(settings.outputFolderPath()));
+    }
+
 } // namespace
 
 bool isSolvedBy(const RunPlan& numbered)
@@ -74,27 +82,20 @@ bool hasOwnSource(const RunPlan& plan)
     });
 }
 
-QString placeText(const Settings& settings)
+QString planSummary(const QList<OutputFile>& outputs, const OutputNames& names,
+                    const Settings& settings, const RunWork& work, std::optional<quint64> bytes)
 {
-    return settings.outputFolderPath().isEmpty()
-        ? RunControl::tr("beside their sources")
-        : RunControl::tr("in %1").arg(QDir::toNativeSeparators(settings.outputFolderPath()));
-}
-
-QString planSummary(const RunPlan& plan, const Settings& settings, const RunWork& work,
-                    std::optional<quint64> bytes)
-{
-    const auto files = static_cast<int>(plan.outputs().size());
+    const auto files = static_cast<int>(outputs.size());
     const auto pages = static_cast<int>(work.pages);
     const bool isTogether = isKeptTogether(settings);
     QString text = RunControl::tr("%n file(s)", nullptr, files)
         + RunControl::tr(", %n page(s)", nullptr, pages)
         + RunControl::tr(": %n image(s) ", nullptr, isTogether ? files : pages)
         + placeText(settings);
-    for (const OutputFile& output : plan.outputs())
+    for (const OutputFile& output : outputs)
         if (!output.pages.isEmpty()) {
             text += RunControl::tr(", such as %1")
-                        .arg(plan.names().name(output, isTogether ? 0 : output.pages.first()));
+                        .arg(names.name(output, isTogether ? 0 : output.pages.first()));
             break;
         }
     if (bytes)

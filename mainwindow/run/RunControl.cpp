@@ -166,8 +166,10 @@ bool RunControl::isPlanClear(Process& job, std::optional<ExistingFiles> decided,
                            RunPlan::Numbering::None, {}, isWanted);
         if (!isWanted())
             return;
-        showPlan(plan, job);
+        job.setOutputFiles(plan.outputs());
         auto question = questionOf(plan, job, decided, remembered);
+        if (!question && isWanted())
+            showPlan(plan.names(), job);
         if (!question || !isWanted())
             return;
         callOnMainThread([&] { m_question = std::move(question); });
@@ -179,14 +181,15 @@ bool RunControl::isPlanClear(Process& job, std::optional<ExistingFiles> decided,
 }
 
 /// On the thread of the run.
-void RunControl::showPlan(const RunPlan& plan, Process& job)
+void RunControl::showPlan(const OutputNames& names, Process& job)
 {
-    const RunWork work = workOf(plan.outputs(), job.runOptions());
+    const QList<OutputFile> outputs = job.outputFiles();
+    const RunWork work = workOf(outputs, job.runOptions());
     std::optional<quint64> bytes;
     if (work.pages <= mostPagesMeasured)
-        bytes = outputBytes(plan.outputs(), m_settings, job.runOptions(),
+        bytes = outputBytes(outputs, m_settings, job.runOptions(),
                             [&job] { return job.isCombining(); });
-    const QString text = planSummary(plan, m_settings, work, bytes);
+    const QString text = planSummary(outputs, names, m_settings, work, bytes);
     callOnMainThread([&] { m_panel->setPlanned(work, text); });
 }
 

@@ -18,6 +18,7 @@ namespace pagestack {
 
 class DesktopRun;
 class ListCommands;
+class OutputNames;
 class PlanLine;
 class ProcessPanel;
 class RunPlan;
@@ -77,7 +78,7 @@ private:
     void beginRun();
     void startRun(const std::optional<QList<OutputFile>>& outputs,
                   std::optional<ExistingFiles> decided = std::nullopt);
-    void showPlan(const RunPlan& plan, Process& job);
+    void showPlan(const OutputNames& names, Process& job);
     bool isPlanClear(Process& job, std::optional<ExistingFiles> decided,
                      std::optional<ExistingFiles> remembered);
     std::optional<Question> questionOf(const RunPlan& plan, Process& job,

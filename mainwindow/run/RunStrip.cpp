@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    constexpr int barDigits = 24; ///< its width
+    constexpr int barDigits = 12; ///< its width
 
 } // namespace
 

@@ -134,7 +134,7 @@ private slots:
         QTRY_COMPARE(tip(), u"there are no files in the list"_s);
         press("inculdeSubfoldersBtn");
         QVERIFY(open({ folder.path(u"in"_s) }));
-        QTRY_COMPARE(line(), u"6 image(s) \u2192 beside the sources"_s);
+        QTRY_COMPARE(line(), u"6 image(s) beside their sources"_s);
         settings().setOutputFolderPath(out);
         QTRY_COMPARE(line(), u"6 image(s) \u2192 %1, 1 clash"_s.arg(out));
         QCOMPARE(tip(), line());
