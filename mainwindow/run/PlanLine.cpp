@@ -15,7 +15,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QLocale>
 #include <QSet>
 
 #include <algorithm>
@@ -29,8 +28,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
     constexpr int restMs = 300;
-
-    QString counted(qsizetype count) { return QLocale().toString(count); }
 
     /// Without those that two outputs come to: the file is there once.
     qsizetype existingFiles(const RunPlan& plan)
@@ -53,11 +50,9 @@ namespace {
         if (!folder.isEmpty() && !QFileInfo::exists(folder))
             text += PlanLine::tr(", the folder is missing");
         if (const qsizetype count = existingFiles(plan); count > 0)
-            text
-                += PlanLine::tr(", %1 exist", nullptr, static_cast<int>(count)).arg(counted(count));
+            text += PlanLine::tr(", %Ln exist", nullptr, static_cast<int>(count));
         if (const auto count = plan.shared().size() + plan.replacedSources().size(); count > 0)
-            text += PlanLine::tr(", %1 clash", nullptr, static_cast<int>(count))
-                        .arg(counted(static_cast<qsizetype>(count)));
+            text += PlanLine::tr(", %Ln clash", nullptr, static_cast<int>(count));
         return text;
     }
 
@@ -162,8 +157,7 @@ void PlanLine::show(qint64 images, const QString& findings)
     const QString folder = QDir::toNativeSeparators(m_settings.outputFolderPath());
     const QString place = folder.isEmpty() ? tr("beside their sources") : u"\u2192 "_s + folder;
     if (images > 0)
-        text = tr("%1 image(s)", nullptr, static_cast<int>(images)).arg(counted(images)) + u' '
-            + place + findings;
+        text = tr("%Ln image(s)", nullptr, static_cast<int>(images)) + u' ' + place + findings;
     m_parts.ui.planLabel->setText(text);
     const QString against = reasonAgainst();
     const QString tip

@@ -88,9 +88,9 @@ QString planSummary(const QList<OutputFile>& outputs, const OutputNames& names,
     const auto files = static_cast<int>(outputs.size());
     const auto pages = static_cast<int>(work.pages);
     const bool isTogether = isKeptTogether(settings);
-    QString text = RunControl::tr("%n file(s)", nullptr, files)
-        + RunControl::tr(", %n page(s)", nullptr, pages)
-        + RunControl::tr(": %n image(s) ", nullptr, isTogether ? files : pages)
+    QString text = RunControl::tr("%Ln file(s)", nullptr, files)
+        + RunControl::tr(", %Ln page(s)", nullptr, pages)
+        + RunControl::tr(": %Ln image(s) ", nullptr, isTogether ? files : pages)
         + placeText(settings);
     for (const OutputFile& output : outputs)
         if (!output.pages.isEmpty()) {

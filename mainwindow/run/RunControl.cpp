@@ -130,7 +130,6 @@ void RunControl::startRun(const std::optional<QList<OutputFile>>& outputs,
     m_process->setReport();
     m_process->setTotalFileSelected(static_cast<int>(m_parts.files.checkedCount()));
     m_panel->follow(*m_process);
-    m_rows.begin();
     m_outcome.follow(*m_process);
     m_desktopRun = std::make_unique<DesktopRun>();
     connect(m_desktopRun.get(), &DesktopRun::folderRequested, this, &RunControl::showFolder);
@@ -190,7 +189,10 @@ void RunControl::showPlan(const OutputNames& names, Process& job)
         bytes = outputBytes(outputs, m_settings, job.runOptions(),
                             [&job] { return job.isCombining(); });
     const QString text = planSummary(outputs, names, m_settings, work, bytes);
-    callOnMainThread([&] { m_panel->setPlanned(work, text); });
+    callOnMainThread([&] {
+        m_rows.begin();
+        m_panel->setPlanned(work, text);
+    });
 }
 
 /// None where the run can begin, with what is decided already.
@@ -274,6 +276,7 @@ void RunControl::ask()
         return;
     }
     m_panel->stopFollowing();
+    m_outcome.stopFollowing();
     m_desktopRun.reset();
     leaveRun();
     QStringList buttons;

@@ -30,8 +30,7 @@ RunOutcome::RunOutcome()
 
 void RunOutcome::follow(Process& job)
 {
-    if (m_job)
-        m_job->disconnect(this);
+    stopFollowing();
     m_job = &job;
     m_inHand = 0;
     m_source = {};
@@ -48,6 +47,14 @@ void RunOutcome::follow(Process& job)
     connect(&job, &Process::diagnosed, this, &RunOutcome::takeDiagnostic);
     connect(&job, &Process::totalFileProcessedChanged, this, &RunOutcome::passSources);
     m_announcement.start();
+}
+
+void RunOutcome::stopFollowing()
+{
+    m_announcement.stop();
+    if (m_job)
+        m_job->disconnect(this);
+    m_job.clear();
 }
 
 void RunOutcome::takeDiagnostic(const Diagnostic& diagnostic)
@@ -100,7 +107,7 @@ void RunOutcome::announce()
     if (!m_job)
         return;
     const QList<OutputFile> outputs = m_job->outputFiles();
-    if (m_inHand < outputs.size() && m_job->isCombining()) {
+    if (m_inHand < outputs.size() && m_job->isCombining() && !m_job->fileInProcess().isEmpty()) {
         const OutputFile& output = outputs.at(m_inHand);
         const int pages = pagesOf(output, m_job->runOptions());
         m_changed.insert(output.filename,
@@ -115,7 +122,6 @@ void RunOutcome::announce()
 
 void RunOutcome::finish()
 {
-    m_announcement.stop();
     if (!m_job)
         return;
     const QList<OutputFile> outputs = m_job->outputFiles();
@@ -124,7 +130,7 @@ void RunOutcome::finish()
         pass(outputs.at(m_inHand++));
     for (qsizetype i = m_inHand; i < outputs.size(); ++i)
         m_changed.insert(outputs.at(i).filename, { .state = RowStatus::State::NotReached });
-    m_job->disconnect(this);
+    stopFollowing();
     emit changed(std::exchange(m_changed, {}), m_inHand);
 }
 

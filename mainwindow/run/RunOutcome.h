@@ -22,6 +22,8 @@ public:
 
     /// Forgets the run before, and listens to `job`, which has not started.
     void follow(Process& job);
+    /// Looks at the job no more, which has not begun after all.
+    void stopFollowing();
     /// To be called when the job has ended: sees which sources are done.
     void finish();
 

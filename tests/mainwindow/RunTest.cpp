@@ -176,7 +176,6 @@ private slots:
         QTRY_COMPARE(
             text("processPlanLabel"),
             u"3 file(s), 6 page(s): 6 image(s) in %1, such as a1.png"_s.arg(folder.path(u"out"_s)));
-        QTRY_COMPARE(status(0).text(), u"Page 1 of 3"_s);
         press("pauseProcessBtn");
         QVERIFY(waitForRun());
         press("closeProcessBtn");
@@ -184,9 +183,12 @@ private slots:
         QVERIFY(status(0).reason.startsWith(u"Page 2: "_s) && !status(0).reason.contains(u'\n'));
         QVERIFY(status(2).reason.startsWith(u"Page 2: Warning: 1 row"_s));
 
+        alerts().setNextAnswer(3); // Cancel: no run
+        press("convertBtn");
+        QTRY_VERIFY(isEnabled("convertBtn"));
+        QCOMPARE(status(0).text(), u"Failed"_s);
         alerts().setNextAnswer(1); // Skip
         press("convertBtn");
-        QCOMPARE(states(), QList<State>(3, State::None)); // of the run before
         press("pauseProcessBtn");
         press("cancelProcessBtn");
         QVERIFY(waitForRun());
@@ -195,25 +197,38 @@ private slots:
         QCOMPARE(controller().files().checkedCount(), 3);
     }
 
-    void namesTheFirstProblemsOfAFile()
+    /// What the rows are told: nothing before the first file is begun, and not of logs.
+    void tellsOfTheFileInHand()
     {
+        const QString file = makeFile(path(u"a.tif"_s), 3);
         Process job;
-        job.setOutputFiles({ { .filename = u"/in/a.tif"_s, .fileItems = {} } });
+        job.setOutputFiles(
+            { { .filename = file,
+                .fileItems = { FileItem::initWithURL(QUrl::fromLocalFile(file)) } } });
+        job.setIsCombining(true);
         RunOutcome outcome;
-        outcome.follow(job);
-        for (int page = 1; page <= 50; ++page)
-            emit job.diagnosed({ .sourcePath = u"/in/a.tif"_s, .page = page, .reason = u"no"_s });
-        emit job.diagnosed({ .sourcePath = u"/logs/1.log"_s, .reason = u"not a source"_s });
-        QStringList reasons;
+        RowStatus status;
+        int others = 0;
         connect(&outcome, &RunOutcome::changed, &outcome,
                 [&](const QHash<QString, RowStatus>& statuses) {
-                    QCOMPARE(statuses.size(), 1);
-                    reasons = statuses.value(u"/in/a.tif"_s).reason.split(u'\n');
+                    status = statuses.value(file);
+                    others += statuses.size() == 1 ? 0 : 1;
                 });
+        outcome.follow(job);
+        QVERIFY(!QSignalSpy(&outcome, &RunOutcome::changed).wait(500));
+        job.setFileInProcess(u"a.tif"_s);
+        QTRY_COMPARE(status.text(), u"Page 1 of 3"_s);
+        emit job.pageDone(file, 1, u"a1.jpg"_s, Process::PageOutcome::Written);
+        for (int page = 1; page <= 50; ++page)
+            emit job.diagnosed({ .sourcePath = file, .page = page, .reason = u"no"_s });
+        emit job.diagnosed({ .sourcePath = u"/logs/1.log"_s, .reason = u"not a source"_s });
+        QTRY_COMPARE(status.text(), u"Page 2 of 3"_s);
         outcome.finish();
+        QCOMPARE(status.state, RowStatus::State::Failed);
+        const QStringList reasons = status.reason.split(u'\n');
         QCOMPARE(reasons.size(), 11);
         QVERIFY(reasons.first() == u"Page 1: no"_s && reasons.last() == u"and more"_s);
-        QCOMPARE(outcome.failed(), QSet<QString> { u"/in/a.tif"_s });
+        QVERIFY(outcome.failed() == QSet<QString> { file } && others == 0);
     }
 };
 
