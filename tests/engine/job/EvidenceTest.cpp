@@ -111,11 +111,16 @@ private slots:
             u"sha256sum"_s, { u"--check"_s, u"--strict"_s, u"--quiet"_s, u"SHA256SUMS"_s }, out);
         QVERIFY2(trouble.isNull() || trouble == u"skipped", qPrintable(trouble));
 
+        const QString docs = qEnvironmentVariable("PAGESTACK_SOURCE_DIR") + u"/docs/"_s;
+        const QString logFault = complaintOf(
+            u"xmllint"_s,
+            { u"--noout"_s, u"--schema"_s, docs + u"log.xsd"_s, fixture.job.log()->logFilePath() });
+        QVERIFY2(logFault.isNull() || logFault == u"skipped", qPrintable(logFault));
+
         const QString path = fixture.job.log()->logFilePath().chopped(4) + u".json"_s;
         const QJsonObject record = QJsonDocument::fromJson(bytesOf(path)).object();
         QCOMPARE(record[u"state"_s].toString(), state);
-        const QString schema
-            = qEnvironmentVariable("PAGESTACK_SOURCE_DIR") + u"/docs/record.schema.json"_s;
+        const QString schema = docs + u"record.schema.json"_s;
         const QString fault = complaintOf(u"python3"_s, { u"-c"_s, validator, path, schema });
         if (fault.contains(u"skipped"))
             qInfo("the record is not validated: python3 has no jsonschema");
