@@ -17,6 +17,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 namespace pagestack {
@@ -33,6 +34,17 @@ namespace {
         return [file](const PictureWish& wish, const IsStopped& isStopped) {
             return shownImage(pictureOf(file->open(isStopped), wish, isStopped));
         };
+    }
+
+    /// The number of pages alone for a page that says nothing sensible: others may.
+    PageFacts factsOrPages(const std::shared_ptr<const OpenTiffFile>& file, int page)
+    try {
+        return factsOf(file, std::min(page, file->pageCount() - 1));
+    } catch (const std::runtime_error&) {
+        PageFacts facts;
+        facts.pages = file->pageCount();
+        facts.chainFault = file->chainFault();
+        return facts;
     }
 
 } // namespace
@@ -170,8 +182,7 @@ void PreviewPane::readFacts()
 {
     m_factsWork->start(
         [file = m_file, page = m_page](const IsStopped& isStopped) {
-            const auto opened = file->open(isStopped);
-            return factsOf(opened, std::min(page, opened->pageCount() - 1));
+            return factsOrPages(file->open(isStopped), page);
         },
         [this](const std::optional<PageFacts>& facts, const QString&) {
             if (facts)
@@ -187,7 +198,7 @@ void PreviewPane::takeFacts(const PageFacts& facts)
         showNotes();
     if (facts.pages != m_pages)
         setPages(facts.pages);
-    const QString text = PageFactsText::of(facts);
+    const QString text = facts.sizePx.isEmpty() ? QString() : PageFactsText::of(facts);
     if (m_controls->factsText->toPlainText() != text)
         m_controls->factsText->setPlainText(text);
 }
