@@ -170,13 +170,16 @@ void PictureView::want()
 {
     if (!m_make || !hasPage())
         return;
-    const double has = m_whole.region.isEmpty()
-        ? 1
-        : static_cast<double>(m_whole.image.width()) / m_whole.region.width();
+    const QSize room = devicePixels();
+    const bool isLarger = room.width() > m_room.width() || room.height() > m_room.height();
     // What is far too large is shown with pixels left out.
-    const bool isFitting = has * goodEnough >= fittingZoom() && has < fittingZoom() * tooLarge;
-    if (!isFitting && !m_wholeWork.isUnderWay())
+    const bool isFarSmaller
+        = room.width() * tooLarge < m_room.width() || room.height() * tooLarge < m_room.height();
+    if ((isLarger || isFarSmaller) && !m_wholeWork.isUnderWay())
         wantWhole();
+    const double has = std::max(
+        static_cast<double>(m_whole.image.width()) / std::max(m_whole.region.width(), 1),
+        static_cast<double>(m_whole.image.height()) / std::max(m_whole.region.height(), 1));
     if (std::min(1.0, shownZoom()) > has * goodEnough)
         wantPart();
     else
@@ -185,7 +188,8 @@ void PictureView::want()
 
 void PictureView::wantWhole()
 {
-    m_wholeWork.start([make = m_make, wish = PictureWish { m_page, {}, devicePixels() }](
+    m_room = devicePixels();
+    m_wholeWork.start([make = m_make, wish = PictureWish { m_page, {}, m_room }](
                           const IsStopped& isStopped) { return make(wish, isStopped); },
                       [this](std::optional<ShownImage>& made, const QString& reason) {
                           m_patience.stop();
@@ -218,17 +222,17 @@ void PictureView::take(ShownImage whole)
 
 void PictureView::wantPart()
 {
-    const QRect seen = visibleRegion();
+    const QRect seen = visibleRegion().intersected(m_whole.region);
     const double zoom = std::min(1.0, shownZoom());
-    const bool isThere = !m_part.image.isNull() && m_part.region.contains(seen)
-        && m_part.image.width() * goodEnough >= m_part.region.width() * zoom;
+    const bool isThere = m_part.region.contains(seen)
+        && m_part.image.width() + 1 >= m_part.region.width() * zoom / goodEnough;
     if (isThere || seen.isEmpty())
         return;
     const int moreX = seen.width() / 4;
     const int moreY = seen.height() / 4;
-    const QRect region
-        = seen.adjusted(-moreX, -moreY, moreX, moreY).intersected(QRect(QPoint(), pageSize()));
-    const QSize most((QSizeF(region.size()) * zoom).toSize().expandedTo(QSize(1, 1)));
+    const QRect region = seen.adjusted(-moreX, -moreY, moreX, moreY).intersected(m_whole.region);
+    const QSize most(static_cast<int>(std::ceil(region.width() * zoom)),
+                     static_cast<int>(std::ceil(region.height() * zoom)));
     m_partWork.start([make = m_make, wish = PictureWish { m_page, region, most }](
                          const IsStopped& isStopped) { return make(wish, isStopped); },
                      [this](std::optional<ShownImage>& made, const QString&) {
@@ -236,7 +240,6 @@ void PictureView::wantPart()
                              return;
                          m_part = std::move(*made);
                          update();
-                         want(); // the view may have moved on
                      });
 }
 

@@ -77,6 +77,7 @@ private:
     QPointF m_center;
     QPointF m_dragged; ///< where the mouse was last, while it moves the page
     QString m_text;
+    QSize m_room; ///< that `m_whole` was made for, in pixels of the screen
     ShownImage m_whole;
     ShownImage m_part; ///< none where the other one is good enough
     LatestWork m_wholeWork;

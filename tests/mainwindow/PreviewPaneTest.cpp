@@ -54,6 +54,7 @@ private slots:
     void whatCannotBeShownIsSaid();
     void zoomKeepsThePlaceUnderTheMouse();
     void resultsAreThoseOfARun();
+    void viewsReadOnceWhatTheyNeed();
 };
 
 // Catches a preview that reads while it is hidden, forgets its state, or shows another file.
@@ -206,6 +207,36 @@ void PreviewPaneTest::resultsAreThoseOfARun()
     QCOMPARE(resultView().center(), view().center());
     find<QCheckBox>("previewCompareBox").setChecked(false);
     QVERIFY(!resultView().isVisible());
+}
+
+// Catches views that are never content with what they get, and so read on and on.
+void PreviewPaneTest::viewsReadOnceWhatTheyNeed()
+{
+    const std::pair<QSize, QRect> pages[] = { { { 3000, 1 }, { 0, 0, 3000, 1 } },
+                                              { { 1, 3000 }, { 0, 0, 1, 3000 } },
+                                              { { 5000, 4000 }, { 0, 0, 5000, 4000 } },
+                                              { { 9000, 8000 }, { 4000, 4000, 600, 400 } } };
+    for (const auto& [size, made] : pages) {
+        std::atomic<int> reads = 0;
+        QThreadPool threads;
+        PictureView shown(threads, nullptr);
+        const auto waiting = qScopeGuard([&] { threads.waitForDone(); });
+        shown.resize(200, 300);
+        shown.show();
+        shown.showPage(
+            0, [&, whole = made, page = size](const PictureWish& wish, const IsStopped&) {
+                ++reads;
+                const QRect region = regionInPage(wish.region, page).intersected(whole);
+                QImage image(reducedSize(region.size(), wish.most), QImage::Format_Grayscale8);
+                return ShownImage { image, region, page, {} };
+            });
+        QVERIFY(QTest::qWaitFor([&] { return shown.hasPage(); }, longMs));
+        QVERIFY(!QTest::qWaitFor([&] { return reads > 1; }, 150));
+        shown.setZoom(0.4);
+        QVERIFY(!QTest::qWaitFor([&] { return reads > 2; }, 150));
+        shown.resize(400, 500);
+        QVERIFY(!QTest::qWaitFor([&] { return reads > 4; }, 150));
+    }
 }
 
 } // namespace
