@@ -263,6 +263,10 @@ bool PagestackAppDelegate::eventFilter(QObject* watched, QEvent* event)
             m_window->hide();
         return true;
     }
+    // A click beside a sheet would leave the keys with a window that takes none.
+    if (QWidget* sheet = QApplication::activeModalWidget();
+        event->type() == QEvent::WindowActivate && sheet != nullptr && sheet->isVisible())
+        QMetaObject::invokeMethod(sheet, &QWidget::activateWindow, Qt::QueuedConnection);
     if (event->type() == QEvent::PaletteChange && m_view)
         m_view->followPalette();
     return QObject::eventFilter(watched, event);

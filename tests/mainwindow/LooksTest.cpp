@@ -228,6 +228,18 @@ private slots:
             }
     }
 
+    /// A click beside the sheet that leaves the keys with a window that takes none.
+    void keepsTheKeysInTheSheet()
+    {
+        ProcessPanel& sheet = *controller().processViewPanel();
+        sheet.open();
+        QTRY_COMPARE(QApplication::activeWindow(), &sheet);
+        QSignalSpy changes(qGuiApp, &QGuiApplication::focusWindowChanged);
+        window().activateWindow();
+        QTRY_COMPARE(changes.size(), 2); // there and back
+        QTRY_COMPARE(QApplication::activeWindow(), &sheet);
+    }
+
     /// Controls that a screen reader meets without a name.
     void namesAllControls()
     {
