@@ -26,8 +26,9 @@ trap finish EXIT
 export HOME=$home XDG_CONFIG_HOME=$home/config XDG_DATA_HOME=$home/data XDG_RUNTIME_DIR=$home/run
 export QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8 QT_FONT_DPI=96
 unset WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS
-mkdir -m 700 "$home"/{config,data,run,scans,many,a,b}
+mkdir -m 700 "$home"/{config,data,run,good,scans,many,a,b}
 cp "$samples"/*.tif "$home/scans"
+cp "$samples"/*.tif "$home/good"
 for copy in $(seq 600); do
     ln "$home/scans/text-page.tif" "$home/many/page $copy.tif"
 done
@@ -61,7 +62,7 @@ sources_of() { # STATE
     empty | import | about) ;;
     question) printf '%s\n' "$home/a/scan.tif" "$home/b/scan.tif" ;;
     run | small) echo "$home/many" ;;
-    finished) echo "$samples" ;;
+    finished) echo "$home/good" ;;
     *) echo "$home/scans" ;;
     esac
 }
@@ -82,7 +83,7 @@ bring_about() { # STATE
         sleep 1
         ;;
     run) convert_files && sleep 1.5 ;;
-    small) convert_files && sleep 0.5 && keys Tab Tab Tab Tab && press_hide && sleep 1 ;;
+    small) convert_files && sleep 0.5 && keys shift+Tab space && sleep 1 ;;
     finished) convert_files && until_window Finished ;;
     problems) convert_files && until_window Finished && keys alt+p && sleep 0.5 ;;
     preview) keys Down F3 && sleep 1.5 ;;
@@ -92,7 +93,6 @@ bring_about() { # STATE
     narrow) xdotool windowsize "$(windows Pagestack | tail -1)" 640 440 && keys F9 && sleep 0.5 ;;
     esac
 }
-press_hide() { keys alt+e; }
 
 take() { # STATE SCALE THEME
     local state=$1 scale=$2 theme=$3 sources
