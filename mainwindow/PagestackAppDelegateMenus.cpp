@@ -4,6 +4,7 @@
 #include "engine/support/Workspace.h"
 #include "filelist/ListEditor.h"
 #include "mainwindow/PagestackAppDelegate.h"
+#include "mainwindow/widgets/SymbolicIcon.h"
 #include "ui_MainWindow.h"
 
 #include <QMenu>
@@ -58,6 +59,11 @@ void PagestackAppDelegate::setupToolbarAndMenuItems()
     // Tool bars leave their own buttons to the mouse.
     for (QAction* action : { m_ui->exportToolbarItem, m_ui->preferencesToolbarItem })
         m_ui->mainToolBar->widgetForAction(action)->setFocusPolicy(Qt::TabFocus);
+    // Qt's own icon for what has no room is black on black.
+    if (auto* more = m_ui->mainToolBar->findChild<QToolButton*>(u"qt_toolbar_ext_button"_s)) {
+        more->setIcon(symbolicIcon(u"more"_s));
+        more->setAccessibleName(tr("More"));
+    }
 }
 
 /// The other items of the menus press the buttons that do the same: see the description of the

@@ -1,6 +1,7 @@
 #include "mainwindow/state/AppearanceMenu.h"
 
 #include "engine/settings/UserDefaults.h"
+#include "mainwindow/widgets/OutlinedStyle.h"
 #include "mainwindow/widgets/Theme.h"
 #include "ui_MainWindow.h"
 
@@ -17,6 +18,7 @@ namespace {
 AppearanceMenu::AppearanceMenu(Ui::MainWindow& ui, UserDefaults& store, QObject* parent)
     : QObject(parent)
 {
+    outlineIndicators();
 #ifdef Q_OS_MACOS
     ui.menuAppearance->menuAction()->setVisible(
         false); // the system's own controls have its colours

@@ -1,11 +1,12 @@
 #include "mainwindow/widgets/KeyLetter.h"
 
+#include "mainwindow/widgets/OutlinedStyle.h"
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QKeySequence>
 #include <QPainter>
 #include <QPointer>
-#include <QProxyStyle>
 #include <QStyleOptionButton>
 #include <QTextLayout>
 #include <QtMath>
@@ -48,7 +49,7 @@ namespace {
     }
 
     /// The style of the program, but for the labels of buttons with a key letter.
-    class KeyLetterStyle : public QProxyStyle
+    class KeyLetterStyle : public OutlinedStyle
     {
     public:
         void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,

@@ -15,7 +15,7 @@ namespace {
                               0xff101214, 0xff8b8f94, 0xffb4b8bc, 0xff8c9094,
                               0xff1b6aa5, 0xff0b57a4, 0xfffdfdf4 };
     constexpr Colours dark { 0xff202225, 0xff2b2e32, 0xff303338, 0xff2e3135, 0xffeceef0, 0xff83888e,
-                             0xff5a5e65, 0xff121315, 0xff1f6fab, 0xff7db9f0, 0xff3a3d41 };
+                             0xff8a8f96, 0xff121315, 0xff1f6fab, 0xff7db9f0, 0xff3a3d41 };
 
     QPalette paletteFrom(const Colours& colours, const QColor& raised)
     {
@@ -32,12 +32,12 @@ namespace {
         set(QPalette::Button, colours.button, colours.window);
         set(QPalette::ToolTipBase, colours.tip, colours.tip);
         set(QPalette::ToolTipText, colours.text, colours.text);
-        set(QPalette::Highlight, colours.highlight, colours.mid);
+        set(QPalette::Highlight, colours.highlight, colours.button);
         set(QPalette::HighlightedText, 0xffffffff, colours.text);
         set(QPalette::Link, colours.link, colours.dimmed);
         set(QPalette::LinkVisited, colours.link, colours.dimmed);
         set(QPalette::BrightText, 0xffffffff, 0xffffffff);
-        set(QPalette::Mid, colours.mid, colours.mid);
+        set(QPalette::Mid, colours.mid, colours.dark);
         set(QPalette::Dark, colours.dark, colours.dark);
         set(QPalette::Shadow, 0xff000000, 0xff000000);
         palette.setColor(QPalette::Light, raised);
