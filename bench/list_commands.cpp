@@ -114,6 +114,12 @@ public:
             m_controller.searchAction();
             m_controller.window()->findChild<QLineEdit*>(u"searchField"_s)->setText(u"3.tif"_s);
         });
+        auto& filter = *m_controller.window()->findChild<QLineEdit*>(u"filterField"_s);
+        measure(u"filter what a tenth of the names has"_s, [&] { filter.setText(u"3.tif"_s); });
+        measure(u"show all again"_s, [&] {
+            action("filterAction").trigger();
+            filter.clear();
+        });
         QList<int> half;
         for (int row = 0; row < count; row += 2)
             half.append(row);
@@ -153,10 +159,12 @@ private:
         // What runs beside the window, and what typing waits for, belongs to the command.
         const bool isLoad = command == u"load"_s;
         const bool isTyped = command.startsWith(u"find"_s);
+        const bool isFilter = command.startsWith(u"filter"_s);
         do {
             QApplication::processEvents(QEventLoop::AllEvents, 5);
         } while (m_controller.isProcessing() || (isLoad && m_controller.files().count() == 0)
-                 || (isTyped && table().highlightedSpan().first < 0));
+                 || (isTyped && table().highlightedSpan().first < 0)
+                 || (isFilter && !table().shownRows().isFiltered()));
         table().viewport()->repaint();
         m_timings.append({ command, static_cast<double>(elapsed.nsecsElapsed()) / 1e6 });
         QThread::msleep(20); // the thread beside the window ends

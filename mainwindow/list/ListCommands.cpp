@@ -27,6 +27,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+    constexpr qsizetype mostSortedAtOnce = 10000; // a longer list would hold up the window
+
     QList<int> allRows(const FileList& files)
     {
         QList<int> rows(files.count());
@@ -262,11 +264,11 @@ void ListCommands::sortDescriptorsDidChange(const SortOrders& oldOrders)
         table->setSortOrders(oldOrders);
         return;
     }
-    if (items.size() < 2 || !needsDates(orders)) {
+    if (items.size() < 2 || (items.size() <= mostSortedAtOnce && !needsDates(orders))) {
         m_editor.sort(sortedRows(items, orders, sortReading()), oldOrders, orders);
         return;
     }
-    // Dates may come from another computer. The window is busy until they are there.
+    // Dates may come from another computer. The window is busy until the rows are sorted.
     m_parts.worker.startBusy([this, table, items, oldOrders, orders, reading = sortReading()] {
         bool isDone = false;
         guarded(u"tableView:sortDescriptorsDidChange:"_s, [&] {
