@@ -40,6 +40,8 @@ namespace {
           &FileDates::created },
         { u"dateAccessed", u"dateAccessed",
           QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Accessed"), &FileDates::accessed },
+        // Nothing sorts by it: all files would have to be read.
+        { u"pixels", u"pixels", QT_TRANSLATE_NOOP("pagestack::FileTableModel", "Pixels") },
     } };
 
     const ColumnFacts* factsOf(int column)
@@ -109,6 +111,8 @@ FileTableModel::FileTableModel(FileList& files, const ReadDates& readDates)
 {
     connect(&m_shownDates, &ShownDates::changed, this,
             [this] { announceColumns(DateModified, DateAccessed, { Qt::DisplayRole }); });
+    connect(&m_shownPixels, &ShownPixels::changed, this,
+            [this] { announceColumns(Pixels, Pixels, { Qt::DisplayRole }); });
     connect(&m_statuses, &RowStatuses::changed, this, [this] {
         announceColumns(Status, Status, { Qt::DisplayRole, Qt::DecorationRole, Qt::ToolTipRole });
     });
@@ -336,6 +340,8 @@ QVariant FileTableModel::shownText(const QModelIndex& index) const
         return FileItem::columnText(m_shownDates.of(item).*date);
     if (index.column() == Status)
         return m_statuses.of(*item).text();
+    if (index.column() == Pixels)
+        return m_shownPixels.of(item);
     return item->displayField(identifier(index.column()));
 }
 

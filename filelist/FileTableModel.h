@@ -34,6 +34,7 @@ public:
         DateModified,
         DateCreated,
         DateAccessed,
+        Pixels, ///< of the first page
         ColumnCount,
     };
 
@@ -46,7 +47,7 @@ public:
     explicit FileTableModel(FileList& files, const ReadDates& readDates = &FileItem::dates);
 
     /// "isselected", "name", "status", "pages", "pagesToConvert", "sizeInKB", "type", "location",
-    /// "dateModified", "dateCreated", "dateAccessed"; empty for no column.
+    /// "dateModified", "dateCreated", "dateAccessed", "pixels"; empty for no column.
     static QString identifier(int column);
     /// The order of a column by the property of FileItem that it shows; none for no column (-1).
     static SortOrder sortOrder(int column, Qt::SortOrder order);
@@ -124,7 +125,8 @@ private:
     FileList& m_files;
     RowStatuses m_statuses;
     std::function<QIcon(RowStatus::State state)> m_statusIcons;
-    mutable ShownDates m_shownDates; ///< looks at files that are asked for
+    mutable ShownDates m_shownDates; ///< looks at files that are asked for, as does the next
+    mutable ShownPixels m_shownPixels;
 };
 
 } // namespace pagestack

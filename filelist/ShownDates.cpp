@@ -1,64 +1,50 @@
 #include "filelist/ShownDates.h"
 
+#include "engine/preview/PageFacts.h"
+
 #include <utility>
 
 namespace pagestack {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-    constexpr int mostFilesKept = 10000; // more than a window has rows
-    constexpr int mostFilesAtATime = 4;
-    constexpr qint64 shortestPauseMs = 1000;
+    constexpr qint64 pauseOfDatesMs = 1000;
+    constexpr qint64 pauseOfPixelsMs = 10000;
+
+    QString dpiText(const PageExtent& extent)
+    {
+        constexpr double cmAnInch = 2.54;
+        const Resolution& resolution = extent.resolution;
+        if (resolution.x <= 0 || resolution.y <= 0 || resolution.unit == ResolutionUnit::None)
+            return {};
+        const double scale = resolution.unit == ResolutionUnit::Centimeter ? cmAnInch : 1;
+        const int dpiX = qRound(resolution.x * scale);
+        const int dpiY = qRound(resolution.y * scale);
+        return dpiX == dpiY ? ShownPixels::tr(", %1 dpi").arg(dpiX)
+                            : ShownPixels::tr(", %1 x %2 dpi").arg(dpiX).arg(dpiY);
+    }
+
+    QString pixelsText(const FileItem& item)
+    try {
+        const PageExtent extent = extentOf(item.filePath().toLocalFile());
+        return ShownPixels::tr("%1 x %2").arg(extent.sizePx.width()).arg(extent.sizePx.height())
+            + dpiText(extent);
+    } catch (const std::exception&) {
+        return {}; // what is wrong with the file is told by its status
+    }
 
 } // namespace
 
 ShownDates::ShownDates(ReadDates read)
-    : m_read(std::move(read))
-    , m_looks(mostFilesKept)
+    : m_looks(std::move(read), pauseOfDatesMs, [this] { emit changed(); })
 {
-    m_clock.start();
-    m_threads.setMaxThreadCount(mostFilesAtATime);
 }
 
-ShownDates::~ShownDates()
+ShownPixels::ShownPixels()
+    : m_looks(&pixelsText, pauseOfPixelsMs, [this] { emit changed(); })
 {
-    m_threads.clear();
-    m_threads.waitForDone();
-}
-
-FileDates ShownDates::of(const std::shared_ptr<FileItem>& item)
-{
-    const QUrl url = item->filePath();
-    if (!m_looks.contains(url))
-        m_looks.insert(url, new Look);
-    Look& last = *m_looks.object(url);
-    if (!last.isUnderWay && m_clock.elapsed() >= last.nextMs) {
-        last.isUnderWay = true;
-        look(item);
-    }
-    return last.dates;
-}
-
-void ShownDates::look(const std::shared_ptr<FileItem>& item)
-{
-    const auto read = [this, item] {
-        const FileDates dates = m_read(*item);
-        QMetaObject::invokeMethod(
-            this, [this, url = item->filePath(), dates] { take(url, dates); },
-            Qt::QueuedConnection);
-    };
-    m_threads.start(read, ++m_lookCount); // the rows in view were asked for last
-}
-
-void ShownDates::take(const QUrl& url, const FileDates& dates)
-{
-    Look* const last = m_looks.object(url);
-    if (last == nullptr)
-        return;
-    last->isUnderWay = false;
-    last->nextMs = m_clock.elapsed() + shortestPauseMs;
-    if (std::exchange(last->dates, dates) != dates)
-        emit changed();
 }
 
 } // namespace pagestack

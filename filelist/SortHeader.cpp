@@ -42,10 +42,10 @@ void SortHeader::resetColumns()
     resizeSection(FileTableModel::IsSelected, checkBox);
     const int digit = fontMetrics().horizontalAdvance(u'0');
     int column = FileTableModel::Name;
-    for (const int digits : { 20, 13, 7, 15, 9, 5, 30, 20, 20, 20 })
+    for (const int digits : { 20, 13, 7, 15, 9, 5, 30, 20, 20, 20, 22 })
         resizeSection(column++, digits * digit);
     for (column = 0; column < count(); ++column) {
-        showSection(column);
+        setSectionHidden(column, column == FileTableModel::Pixels);
         moveSection(visualIndex(column), column);
     }
 }
@@ -82,6 +82,8 @@ void SortHeader::mouseReleaseEvent(QMouseEvent* event)
 
 void SortHeader::followIndicator()
 {
+    if (sortIndicatorSection() == FileTableModel::Pixels)
+        return setOrders(SortOrders(m_orders)); // the arrow stays where it was
     const SortOrders before = m_orders;
     const SortOrder newest
         = FileTableModel::sortOrder(sortIndicatorSection(), sortIndicatorOrder());

@@ -24,7 +24,8 @@ public:
     QByteArray save() const;
     /// False, with the columns left as they are, if save() did not make `state` for as many.
     bool restore(const QByteArray& state);
-    /// All columns in the order of the model, as wide as their contents commonly are.
+    /// The columns in the order of the model, as wide as their contents commonly are; that of the
+    /// pixels, which files are read for, is hidden.
     void resetColumns();
 
     /// Fills `menu` with a check mark for each column that can be hidden.

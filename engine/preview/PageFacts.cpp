@@ -105,6 +105,14 @@ namespace {
 
 } // namespace
 
+PageExtent extentOf(const QString& path)
+{
+    const TiffPage page(std::make_shared<TiffReader>(std::make_shared<const OpenTiffFile>(path)),
+                        0);
+    const PageProperties upright = uprightProperties(page.properties());
+    return { QSize(upright.widthPx, upright.heightPx), upright.resolution };
+}
+
 PageFacts factsOf(const std::shared_ptr<const OpenTiffFile>& file, int index)
 {
     const TiffPage page(std::make_shared<TiffReader>(file), index);

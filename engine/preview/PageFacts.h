@@ -11,6 +11,16 @@
 
 namespace pagestack {
 
+/// How large a page is, upright.
+struct PageExtent
+{
+    QSize sizePx {};
+    Resolution resolution {};
+};
+
+/// Of the first page of the file at `path`. Throws std::runtime_error with the reason.
+PageExtent extentOf(const QString& path);
+
 /// What a page is and says of itself, for people to read. Names of compressions, colour models and
 /// tags are those of their standards.
 struct PageFacts

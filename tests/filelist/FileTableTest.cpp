@@ -103,6 +103,24 @@ private slots:
         m_model->disconnect(this);
     }
 
+    // Files are read for those who want to see it only, and never to sort by it.
+    void showsThePixelsOfFirstPages()
+    {
+        const QString photo
+            = qEnvironmentVariable("PAGESTACK_SOURCE_DIR") + u"/samples/gray-photo.tif"_s;
+        m_model->append(itemOf(photo));
+        const int row = m_files.count() - 1;
+        QTRY_COMPARE(m_model->index(row, FileTableModel::Pixels).data().toString(),
+                     u"240 x 160, 150 dpi"_s);
+        QCOMPARE(m_model->index(0, FileTableModel::Pixels).data(), QVariant(QString()));
+        QVERIFY(m_table->isColumnHidden(FileTableModel::Pixels));
+        QSignalSpy sorts(m_table.get(), &CustomTableView::sortRequested);
+        m_table->horizontalHeader()->setSortIndicator(FileTableModel::Name, Qt::AscendingOrder);
+        m_table->horizontalHeader()->setSortIndicator(FileTableModel::Pixels, Qt::AscendingOrder);
+        QCOMPARE(sorts.size(), 1);
+        QCOMPARE(m_table->horizontalHeader()->sortIndicatorSection(), int(FileTableModel::Name));
+    }
+
     // The file is on a computer that answers when it is told to.
     void waitsForNoDate()
     {
