@@ -52,6 +52,7 @@ void PictureView::showPage(int page, MakeImage make)
 {
     m_page = page;
     m_make = std::move(make);
+    m_isNew = true;
     m_partWork.cancel();
     m_wholeWork.cancel();
     m_patience.start();
@@ -168,7 +169,7 @@ void PictureView::keepInside()
 
 void PictureView::want()
 {
-    if (!m_make || !hasPage())
+    if (!m_make || !hasPage() || m_isNew)
         return;
     const QSize room = devicePixels();
     const bool isLarger = room.width() > m_room.width() || room.height() > m_room.height();
@@ -210,7 +211,8 @@ void PictureView::take(ShownImage whole)
     const bool isOther = whole.pageSize != pageSize();
     m_text.clear();
     setAccessibleDescription({});
-    m_part = {};
+    if (std::exchange(m_isNew, false))
+        m_part = {};
     m_whole = std::move(whole);
     if (isOther) // else the pages may be compared, so that the place stays
         m_center = QPointF(0, 0);

@@ -75,6 +75,7 @@ private:
     MakeImage m_make; ///< null: there is no page
     double m_zoom = 0;
     QPointF m_center;
+    bool m_isNew = true; ///< what is shown is still another page
     QPointF m_dragged; ///< where the mouse was last, while it moves the page
     QString m_text;
     QSize m_room; ///< that `m_whole` was made for, in pixels of the screen

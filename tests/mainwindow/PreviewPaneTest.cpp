@@ -235,7 +235,7 @@ void PreviewPaneTest::viewsReadOnceWhatTheyNeed()
         shown.setZoom(0.4);
         QVERIFY(!QTest::qWaitFor([&] { return reads > 2; }, 150));
         shown.resize(400, 500);
-        QVERIFY(!QTest::qWaitFor([&] { return reads > 4; }, 150));
+        QVERIFY(!QTest::qWaitFor([&] { return reads > 6; }, 300));
     }
 }
 
