@@ -6,7 +6,9 @@
 
 #include <QAccessible>
 #include <QLocale>
+#include <QScreen>
 
+#include <algorithm>
 #include <cmath>
 
 namespace pagestack {
@@ -17,6 +19,8 @@ namespace {
 
     constexpr int refreshMs = 100;
     constexpr int barSteps = 1000;
+    constexpr int listWidth = 760; ///< of the sheet with the list of problems
+    constexpr int listMargin = 16;
 
     QString clockText(qint64 milliseconds)
     {
@@ -255,6 +259,8 @@ void ProcessPanel::showProblems(bool isShown)
     m_ui->problemsLeftLabel->setVisible(isShown && left > 0);
     m_ui->saveProblemsBtn->setVisible(isShown);
     adjustSize();
+    if (isShown) // not as narrow as adjustSize() leaves a window on a small screen
+        resize(std::min(listWidth, screen()->availableSize().width() - 2 * listMargin), height());
 }
 
 /// Those of a run under way, or those of its end.
