@@ -58,8 +58,10 @@ RunControl::RunControl(const WindowParts& parts, Settings& settings, ListCommand
     connect(&m_outcome, &RunOutcome::changed, this,
             [this](const QHash<QString, RowStatus>& statuses, int inHand) {
                 m_rows.show(statuses);
+                if (!m_process)
+                    return; // of a run that is closed already
                 const QList<OutputFile> outputs = m_process->outputFiles();
-                if (inHand < outputs.size())
+                if (m_process->isCombining() && inHand < outputs.size())
                     m_rows.follow(outputs.at(inHand));
             });
     connect(&m_folderCheck, &OutputFolderCheck::folderWanted, this,
@@ -356,7 +358,9 @@ void RunControl::closeProcess()
     if (m_settings.isClearProcessedFiles())
         m_list.removeConverted(m_outcome.converted());
     leaveRun();
+    QList<OutputFile> outputs = m_process->outputFiles();
     m_process.reset();
+    freeElsewhere(std::move(outputs));
 }
 
 void RunControl::showEnd()

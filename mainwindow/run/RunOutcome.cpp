@@ -2,6 +2,8 @@
 
 #include "engine/plan/ChosenPages.h"
 
+#include <QThreadPool>
+
 #include <algorithm>
 #include <utility>
 
@@ -11,6 +13,7 @@ namespace {
 
     constexpr int announcementMs = 200;
     constexpr qsizetype mostReasons = 10;
+    constexpr qsizetype mostAtOnce = 1000;
 
     int pagesOf(const OutputFile& output, const RunOptions& options)
     {
@@ -21,6 +24,12 @@ namespace {
     }
 
 } // namespace
+
+void freeElsewhere(QList<OutputFile>&& outputs)
+{
+    if (outputs.size() > mostAtOnce)
+        QThreadPool::globalInstance()->start([kept = std::move(outputs)] {});
+}
 
 RunOutcome::RunOutcome()
 {
@@ -55,6 +64,7 @@ void RunOutcome::stopFollowing()
     if (m_job)
         m_job->disconnect(this);
     m_job.clear();
+    freeElsewhere(std::exchange(m_rest, {}));
 }
 
 void RunOutcome::takeDiagnostic(const Diagnostic& diagnostic)
@@ -128,10 +138,25 @@ void RunOutcome::finish()
     // Where a cancel was noticed between two sources, or an exception ended the run.
     if (m_inHand < outputs.size() && (m_source.pagesDone > 0 || m_source.hasFailed))
         pass(outputs.at(m_inHand++));
-    for (qsizetype i = m_inHand; i < outputs.size(); ++i)
-        m_changed.insert(outputs.at(i).filename, { .state = RowStatus::State::NotReached });
     stopFollowing();
+    m_rest = outputs;
+    announceRest();
+}
+
+/// Some at a time: the window is not to stand still for it.
+void RunOutcome::announceRest()
+{
+    const auto end = static_cast<int>(std::min(m_rest.size(), m_inHand + mostAtOnce));
+    for (; m_inHand < end; ++m_inHand)
+        m_changed.insert(m_rest.at(m_inHand).filename, { .state = RowStatus::State::NotReached });
     emit changed(std::exchange(m_changed, {}), m_inHand);
+    if (m_inHand < m_rest.size())
+        QTimer::singleShot(0, this, [this] {
+            if (!m_rest.isEmpty())
+                announceRest();
+        });
+    else
+        freeElsewhere(std::exchange(m_rest, {}));
 }
 
 QString RunOutcome::headline(int images) const

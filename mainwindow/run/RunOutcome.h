@@ -12,6 +12,9 @@
 
 namespace pagestack {
 
+/// Gives back the memory of very many outputs, which takes its time, on a thread of its own.
+void freeElsewhere(QList<OutputFile>&& outputs);
+
 /// What becomes of the sources of a run. Main thread; it listens to a job that runs elsewhere.
 class RunOutcome : public QObject
 {
@@ -24,7 +27,8 @@ public:
     void follow(Process& job);
     /// Looks at the job no more, which has not begun after all.
     void stopFollowing();
-    /// To be called when the job has ended: sees which sources are done.
+    /// To be called when the job has ended: sees which sources are done. Where very many were not
+    /// reached, their announcements go on for a moment.
     void finish();
 
     /// Paths of sources all of whose pages are written, or were skipped since they exist.
@@ -57,9 +61,12 @@ private:
     void passSources(int processed);
     void pass(const OutputFile& output);
     void announce();
+    void announceRest();
 
     QPointer<Process> m_job;
     QTimer m_announcement;
+    QList<OutputFile>
+        m_rest; ///< outputs of a job that has ended, from `m_inHand` on to be announced
     int m_inHand = 0;
     Source m_source;
     QHash<QString, RowStatus> m_changed; ///< since the last announcement

@@ -4,6 +4,7 @@
 #include "engine/plan/ChosenPages.h"
 
 #include <QLocale>
+#include <QThread>
 
 #include <algorithm>
 #include <cmath>
@@ -14,7 +15,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    constexpr double trustInNews = 0.25; ///< of a new estimate, against the one that is shown
+    constexpr double trustInNews = 0.3; ///< of a new estimate, against the one that is shown
+    constexpr double partPrepared = 0.6; ///< of the pages that other threads have in hand
     constexpr qint64 newsMs = 500;
     constexpr qint64 fewSecondsMs = 3500; ///< below which a number promises too much
 
@@ -118,11 +120,17 @@ void RunProgress::update()
     if (m_job == nullptr)
         return;
     RunWork done = m_passed;
+    double pages = m_inHand;
+    // Others are being prepared, and come as soon as it is their turn.
+    if (m_pagesDone > 0)
+        pages += partPrepared * (QThread::idealThreadCount() - 1);
     const QList<OutputFile> outputs = m_job->outputFiles();
-    if (m_inHand > 0 && m_sourcesPassed < outputs.size()) {
-        const RunWork work = workOf(outputs.at(m_sourcesPassed), m_job->runOptions());
-        done.pages += m_inHand;
-        done.bytes += work.pages > 0 ? work.bytes * std::min(1.0, m_inHand / work.pages) : 0;
+    for (qsizetype i = m_sourcesPassed; pages > 0 && i < outputs.size(); ++i) {
+        const RunWork work = workOf(outputs.at(i), m_job->runOptions());
+        const double part = std::min(pages, work.pages);
+        pages -= part;
+        done.pages += part;
+        done.bytes += work.pages > 0 ? work.bytes * part / work.pages : 0;
     }
     const qint64 now = workedMs();
     m_pace.take(done, now);

@@ -230,6 +230,30 @@ private slots:
         QVERIFY(reasons.first() == u"Page 1: no"_s && reasons.last() == u"and more"_s);
         QVERIFY(outcome.failed() == QSet<QString> { file } && others == 0);
     }
+
+    /// A long list whose end is forgotten, or that goes on into the next run.
+    void tellsOfVeryManyFiles()
+    {
+        Process job;
+        QList<OutputFile> outputs;
+        for (int i = 0; i < 2500; ++i)
+            outputs.append({ .filename = u"/in/%1.tif"_s.arg(i), .fileItems = {} });
+        job.setOutputFiles(outputs);
+        RunOutcome outcome;
+        qsizetype told = 0;
+        connect(&outcome, &RunOutcome::changed, &outcome,
+                [&](const QHash<QString, RowStatus>& statuses) { told += statuses.size(); });
+        outcome.follow(job);
+        outcome.finish();
+        QVERIFY(told > 0 && told < 2500);
+        QTRY_COMPARE(told, 2500);
+        outcome.follow(job);
+        outcome.finish();
+        outcome.stopFollowing();
+        const qsizetype until = told;
+        QVERIFY(!QSignalSpy(&outcome, &RunOutcome::changed).wait(100));
+        QCOMPARE(told, until);
+    }
 };
 
 QTEST_MAIN(RunTest)
