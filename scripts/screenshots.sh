@@ -87,7 +87,7 @@ bring_about() { # STATE
     finished) convert_files && until_window Finished ;;
     problems) convert_files && until_window Finished && keys alt+p && sleep 0.5 ;;
     preview) keys Down F3 && sleep 1.5 ;;
-    compare) keys Down F3 && sleep 1 && keys F4 && sleep 1.5 ;;
+    compare) keys Down F3 && sleep 1 && keys Tab Tab Tab space && sleep 1.5 ;;
     import) keys ctrl+i ;;
     about) keys alt+h Up Return && sleep 0.5 ;;
     narrow) xdotool windowsize "$(windows Pagestack | tail -1)" 640 440 && keys F9 && sleep 0.5 ;;

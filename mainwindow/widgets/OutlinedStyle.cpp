@@ -27,8 +27,8 @@ void OutlinedStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* 
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     const bool isEnabled = option->state.testFlag(State_Enabled);
-    painter->setPen(
-        option->palette.color(isEnabled ? QPalette::Active : QPalette::Disabled, QPalette::Mid));
+    painter->setPen(isEnabled ? option->palette.color(QPalette::Disabled, QPalette::WindowText)
+                              : option->palette.color(QPalette::Mid));
     painter->setBrush(Qt::NoBrush);
     const QRectF outline = QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5);
     if (isBox)

@@ -15,7 +15,7 @@ namespace {
                               0xff101214, 0xff8b8f94, 0xffb4b8bc, 0xff8c9094,
                               0xff1b6aa5, 0xff0b57a4, 0xfffdfdf4 };
     constexpr Colours dark { 0xff202225, 0xff2b2e32, 0xff303338, 0xff2e3135, 0xffeceef0, 0xff83888e,
-                             0xff8a8f96, 0xff121315, 0xff1f6fab, 0xff7db9f0, 0xff3a3d41 };
+                             0xff5a5e65, 0xff121315, 0xff1f6fab, 0xff7db9f0, 0xff3a3d41 };
 
     QPalette paletteFrom(const Colours& colours, const QColor& raised)
     {
