@@ -55,6 +55,7 @@ LoadControl::LoadControl(const WindowParts& parts, ListCommands& list)
     });
     const FileTableModel& model = parts.model;
     connect(&model, &FileTableModel::checkMarksChanged, this, &LoadControl::forgetAddition);
+    connect(&model, &FileTableModel::rowsInserted, this, &LoadControl::forgetAddition);
     connect(&model, &FileTableModel::rowsRemoved, this, &LoadControl::forgetAddition);
     connect(&model, &FileTableModel::reordered, this, &LoadControl::forgetAddition);
 }
@@ -155,7 +156,8 @@ void LoadControl::loadURLs(const Arguments& arguments)
     callOnMainThread([&] {
         putHighlightBack(highlight);
         view.resetView(true);
-        m_parts.ui.mainTableView->setFocus();
+        if (!m_parts.ui.filterField->hasFocus()) // which can be used meanwhile
+            m_parts.ui.mainTableView->setFocus();
         view.updateTimeTakenLabel(totalTimeTakenText(taken, 0, 0));
         tellAddition(addition.text(), addition.reasons());
     });
