@@ -62,7 +62,7 @@ void PreviewControl::toggle()
     if (isShown)
         makeRoom();
     else
-        giveRoomBack();
+        giveKeysAndRoomBack();
     show(isShown);
 }
 
@@ -100,9 +100,11 @@ void PreviewControl::makeRoom()
     window.resize(window.width() + added, window.height());
 }
 
-void PreviewControl::giveRoomBack()
+void PreviewControl::giveKeysAndRoomBack()
 {
     QMainWindow& window = m_parts.window;
+    if (m_parts.ui.previewBox->isAncestorOf(window.focusWidget()))
+        m_parts.ui.mainTableView->setFocus();
     const int before = std::exchange(m_widthBefore, 0);
     if (before == 0 || !hasOwnWidth() || window.width() <= before)
         return;

@@ -24,7 +24,7 @@ public:
 private:
     void show(bool show);
     void makeRoom();
-    void giveRoomBack();
+    void giveKeysAndRoomBack();
     bool hasOwnWidth() const;
     void follow();
     QString highlightedPath() const;

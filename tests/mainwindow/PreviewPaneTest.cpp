@@ -81,8 +81,10 @@ void PreviewPaneTest::theKeyShowsTheHighlightedFile()
     QVERIFY(!view().hasPage());
 
     QVERIFY(window().width() >= width); // as far as the screen has room
+    view().setFocus();
     press("togglePreviewAction");
     QVERIFY(find("previewBox").isHidden());
+    QCOMPARE(window().focusWidget(), &table());
     QCOMPARE(window().width(), width);
     press("togglePreviewAction");
     start();
