@@ -35,6 +35,8 @@ void RunRows::follow(const OutputFile& output)
     if (m_row < m_parts.files.count())
         table.scrollToRow(m_row);
     m_scrolled = bar.value();
+    // What is scrolled is not painted anew: rows would differ in age.
+    table.viewport()->update();
 }
 
 } // namespace pagestack
