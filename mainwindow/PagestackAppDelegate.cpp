@@ -159,6 +159,10 @@ void PagestackAppDelegate::connectButtons()
             toggleSettings();
         pane().showOutputFolder();
     });
+    connect(m_ui->togglePreviewAction, &QAction::triggered, this, [this] {
+        if (!m_ui->previewBox->isHidden())
+            leaveRoom(pane(), *m_ui->toggleSettingsAction);
+    });
     connect(m_view.get(), &ViewState::isProcessingChanged, this, &Self::isProcessingChanged);
     connect(m_view.get(), &ViewState::processingLabelColorChanged, this,
             &Self::processingLabelColorChanged);
@@ -301,6 +305,25 @@ void PagestackAppDelegate::toggleSettings()
     m_services.defaults.setBool(showSettingsKey, show);
     m_services.synchronize(m_window.get());
     showSettings(show);
+    if (show)
+        leaveRoom(*m_ui->previewBox, *m_ui->togglePreviewAction);
+}
+
+/// Hides `other` by its action where the screen has no room for all sides of the window.
+void PagestackAppDelegate::leaveRoom(const QWidget& other, QAction& action)
+{
+    const QSize screen = m_window->screen()->availableSize();
+    const auto layOut = [this] {
+        m_ui->mainSplitView->refresh();
+        m_ui->centralLayout->activate();
+        m_window->layout()->activate();
+    };
+    layOut();
+    if (other.isHidden() || m_window->minimumSizeHint().width() <= screen.width())
+        return;
+    action.trigger();
+    layOut();
+    m_window->resize(m_window->size().boundedTo(screen - frame));
 }
 
 void PagestackAppDelegate::showSettings(bool show)

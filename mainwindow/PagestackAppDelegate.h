@@ -163,6 +163,7 @@ private:
     void connectButtons();
     void connectMenus();
     void markTheKeyLetters();
+    void leaveRoom(const QWidget& other, QAction& action);
     void aboutAction();
     void saveWindowState();
     void restoreWindowState();

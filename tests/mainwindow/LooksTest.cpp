@@ -259,6 +259,21 @@ private slots:
         qInfo("%d controls have names", named);
     }
 
+    /// All sides at once on a screen that has no room for them.
+    void showsNoMoreSidesThanTheScreenHasRoomFor()
+    {
+        QVERIFY(window().screen()->availableSize().width() < 900);
+        const auto isShown = [this](const char* side) { return find(side).isVisible(); };
+        for (int i = 0; i < 2; ++i) {
+            if (!isShown("previewBox"))
+                press("togglePreviewAction");
+            QVERIFY(isShown("previewBox") && !isShown("rightBox"));
+            QVERIFY(window().width() <= window().screen()->availableSize().width());
+            press("toggleSettingsAction");
+            QVERIFY(!isShown("previewBox") && isShown("rightBox"));
+        }
+    }
+
     /// Controls that Tab does not come to, or comes to out of turn.
     void goesThroughTheWindowAsItIsRead()
     {
