@@ -15,6 +15,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QPushButton>
 #include <QSet>
 
 #include <algorithm>
@@ -61,6 +62,7 @@ namespace {
 PlanLine::PlanLine(const WindowParts& parts, Settings& settings)
     : m_parts(parts)
     , m_settings(settings)
+    , m_purpose(parts.ui.convertBtn->toolTip())
 {
     m_rest.setSingleShot(true);
     m_rest.setInterval(restMs);
@@ -158,29 +160,13 @@ void PlanLine::show(qint64 images, const QString& findings)
     const QString place = folder.isEmpty() ? tr("beside their sources") : u"\u2192 "_s + folder;
     if (images > 0)
         text = tr("%Ln image(s)", nullptr, static_cast<int>(images)) + u' ' + place + findings;
+    else if (m_parts.files.checkedPages() > 0 && !m_parts.view.isProcessing())
+        text = tr("The options leave no page of the ticked files to convert.");
     m_parts.ui.planLabel->setText(text);
-    const QString against = reasonAgainst();
-    const QString tip
-        = tr("Convert Files (%1): %2")
-              .arg(m_parts.ui.convertMenuAction->shortcut().toString(QKeySequence::NativeText),
-                   against.isEmpty() ? text : against);
-    m_parts.ui.convertBtn->setToolTip(tip);
-    m_parts.ui.convertMenuAction->setToolTip(tip);
-}
-
-/// Why there is nothing to convert now; empty when there is.
-QString PlanLine::reasonAgainst() const
-{
-    if (m_parts.view.isProcessing())
-        return tr("not before what is under way has ended");
-    if (m_parts.files.count() == 0)
-        return tr("there are no files in the list");
-    if (m_parts.files.checkedCount() == 0)
-        return tr("no file is ticked");
-    if (m_parts.files.checkedPages() == 0)
-        return tr("no page of the ticked files can be read");
-    return m_images == 0 ? tr("the options leave no page of the ticked files to convert")
-                         : QString();
+    QPushButton& button = *m_parts.ui.convertBtn;
+    button.setProperty("purpose", // which CommandTips shows
+                       (m_purpose + u'\n' + text).trimmed());
+    button.setAccessibleDescription(button.isEnabled() ? text : m_parts.view.whyDisabled(button));
 }
 
 } // namespace pagestack

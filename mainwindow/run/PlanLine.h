@@ -40,7 +40,6 @@ private:
     void count();
     void lookUp(const QList<OutputFile>& outputs);
     void show(qint64 images, const QString& findings);
-    QString reasonAgainst() const;
 
     const WindowParts m_parts;
     Settings& m_settings;
@@ -48,6 +47,7 @@ private:
     std::unique_ptr<WorkerThread> m_thread; ///< null when nothing is looked up
     std::atomic<bool> m_isWanted = false; ///< written here, read by the thread
     qint64 m_images = 0;
+    const QString m_purpose; ///< what Convert does, whatever the list holds
 };
 
 } // namespace pagestack
