@@ -28,15 +28,17 @@ QString Addition::text() const
     const int leftOut = notTiff + refused;
     if (added + listed + leftOut + unsearched == 0)
         return {};
-    QStringList parts { translated(QT_TRANSLATE_NOOP("pagestack::Addition", "%Ln added"), added) };
+    QStringList parts { translated(QT_TRANSLATE_N_NOOP("pagestack::Addition", "%Ln added"),
+                                   added) };
     if (listed > 0)
         parts.append(
-            translated(QT_TRANSLATE_NOOP("pagestack::Addition", "%Ln already there"), listed));
+            translated(QT_TRANSLATE_N_NOOP("pagestack::Addition", "%Ln already there"), listed));
     if (leftOut > 0)
-        parts.append(translated(QT_TRANSLATE_NOOP("pagestack::Addition", "%Ln left out"), leftOut));
+        parts.append(
+            translated(QT_TRANSLATE_N_NOOP("pagestack::Addition", "%Ln left out"), leftOut));
     if (added + listed == 0 && unsearched > 0)
         parts.append(
-            translated(QT_TRANSLATE_NOOP("pagestack::Addition", "%Ln sub-folder(s) not searched"),
+            translated(QT_TRANSLATE_N_NOOP("pagestack::Addition", "%Ln sub-folder(s) not searched"),
                        unsearched));
     const QString text = parts.join(u", "_s);
     return refused == 1 ? text + u" - "_s + refusals.first() : text;
@@ -47,15 +49,15 @@ QString Addition::reasons() const
     QStringList lines;
     if (notTiff > 0)
         lines.append(translated(
-            QT_TRANSLATE_NOOP("pagestack::Addition", "%Ln file(s) not named .tif or .tiff"),
+            QT_TRANSLATE_N_NOOP("pagestack::Addition", "%Ln file(s) not named .tif or .tiff"),
             notTiff));
     lines += refusals;
     if (refused > refusals.size())
-        lines.append(translated(QT_TRANSLATE_NOOP("pagestack::Addition", "and %Ln more"),
+        lines.append(translated(QT_TRANSLATE_N_NOOP("pagestack::Addition", "and %Ln more"),
                                 refused - static_cast<int>(refusals.size())));
     if (unsearched > 0)
         lines.append(
-            translated(QT_TRANSLATE_NOOP("pagestack::Addition", "%Ln sub-folder(s) not searched"),
+            translated(QT_TRANSLATE_N_NOOP("pagestack::Addition", "%Ln sub-folder(s) not searched"),
                        unsearched));
     return lines.join(u'\n');
 }
