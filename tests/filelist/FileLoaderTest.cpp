@@ -130,6 +130,27 @@ private slots:
         QCOMPARE(namesOf(target.files), (QStringList { u"a.tif"_s }));
     }
 
+    // Whoever drops a thousand things that are none must learn why, without a page of it.
+    void saysWhyFilesAreLeftOut()
+    {
+        QList<QUrl> given { QUrl(u"https://example.com/a.tif"_s) };
+        for (int i = 0; i < 15; ++i)
+            given.append(QUrl::fromLocalFile(path(u"none %1"_s.arg(i))));
+        Target target;
+        FileLoader loader(target);
+        QVERIFY(!inBackground([&] { return loader.addFolderToList(given + given, true); }));
+        QCOMPARE(loader.addition().text(), u"0 added, 32 left out"_s);
+        const QStringList reasons = loader.addition().reasons().split(u'\n');
+        QCOMPARE(reasons.size(), 11);
+        QCOMPARE(reasons.first(), u"https://example.com/a.tif: it is no file of this computer"_s);
+        QVERIFY(reasons.at(1).endsWith(u"/none 0: No such file or directory"_s));
+        QCOMPARE(reasons.last(), u"and 22 more"_s);
+        QVERIFY(inBackground([&] { return loader.addFilesToList(given); })); // missing ones, too
+        QCOMPARE(
+            loader.addition().text(),
+            u"15 added, 1 left out - https://example.com/a.tif: it is no file of this computer"_s);
+    }
+
     // Files wait behind the first one, whose pages take long to count.
     void takesNoMoreThanItsBoundAhead()
     {
