@@ -59,7 +59,7 @@ namespace {
     {
         const int firstRow = reduction.firstRowOf(first);
         const auto rows = shownRows(page, reduction, firstRow);
-        const PixelLayout layout = rows->layout();
+        PixelLayout layout = rows->layout();
         const int channels = layout.channels();
         const qsizetype skipped = qsizetype { reduction.from.x() } * channels;
         const bool isWhole = reduction.from.size() == QSize(rows->widthPx(), rows->heightPx());
@@ -168,10 +168,9 @@ namespace {
     }
 
     /// The stored picture, upright and in sRGB.
-    void finish(PagePicture& picture, std::shared_ptr<Bitmap> stored,
-                const PageProperties& properties)
+    void finish(PagePicture& picture, const Bitmap& stored, const PageProperties& properties)
     {
-        auto rows = stored->rowsShownIn(8);
+        auto rows = stored.rowsShownIn(8);
         if (!properties.iccProfile.isEmpty()
             && profileKind(properties.iccProfile, rows->layout().model) == ProfileKind::Other)
             rows = srgbRows(std::move(rows), properties.iccProfile);
@@ -210,7 +209,7 @@ PagePicture pictureOf(const std::shared_ptr<const OpenTiffFile>& file, const Pic
 {
     auto first = std::make_shared<TiffReader>(file);
     const TiffPage page(first, wish.page);
-    const PageProperties properties = page.properties();
+    const PageProperties& properties = page.properties();
     const PageProperties upright = uprightProperties(properties);
     PagePicture picture;
     picture.pageSize = QSize(upright.widthPx, upright.heightPx);
@@ -231,10 +230,9 @@ PagePicture pictureOf(const std::shared_ptr<const OpenTiffFile>& file, const Pic
             if (!picture.losses.contains(loss))
                 picture.losses.append(loss);
     }
-    finish(picture,
-           std::make_shared<Bitmap>(reduction.to.width(), reduction.to.height(),
-                                    shares.front().layout, std::move(samples)),
-           properties);
+    const Bitmap stored(reduction.to.width(), reduction.to.height(), shares.front().layout,
+                        std::move(samples));
+    finish(picture, stored, properties);
     return picture;
 }
 
