@@ -17,7 +17,7 @@ cmake --install "$build" --prefix "$tree" --strip > /dev/null
 cp "$root/LICENSE" "$root/packaging/third-party.md" "$tree/"
 mkdir -p "$tree/lib/plugins" "$tree/licences"
 
-systems='^(linux-vdso|ld-linux[^/]*|libc|libm|libdl|libpthread|librt|libresolv|libstdc[+][+]|libgcc_s|libGL|libEGL|libGLX|libGLdispatch|libOpenGL|libX11|libX11-xcb|libxcb|libfontconfig|libfreetype|libdrm|libgbm)[.]so'
+systems='^(linux-vdso|ld-linux[^/]*|libc|libm|libdl|libpthread|librt|libresolv|libstdc[+][+]|libgcc_s|libGL|libEGL|libGLX|libGLdispatch|libX11|libX11-xcb|libxcb|libfontconfig|libfreetype|libdrm|libgbm)[.]so'
 
 # The libraries of the programs and plug-ins $@, found by the loader, that are not there yet.
 take_libraries() {
