@@ -1,5 +1,5 @@
 // preview_scroll FILE: scrolls through the thumbnails of a file and turns its pages for some
-// seconds, with the comparison on, and prints the longest time that the main thread was not free.
+// seconds, and prints the longest time that the main thread was not free.
 #include "engine/options/ConversionOptions.h"
 #include "mainwindow/preview/PreviewPane.h"
 

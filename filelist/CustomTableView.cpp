@@ -23,6 +23,10 @@ namespace {
         {
             QStyledItemDelegate::initStyleOption(option, index);
             option->textElideMode = Qt::ElideMiddle;
+            // A path runs from left to right in every language.
+            constexpr QChar leftToRight(0x200E);
+            if (option->direction == Qt::RightToLeft)
+                option->text = leftToRight + option->text + leftToRight;
         }
     };
 

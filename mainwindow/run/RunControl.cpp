@@ -286,7 +286,9 @@ void RunControl::ask()
         buttons.append(answer.button);
     if (!buttons.isEmpty())
         buttons.append(tr("Cancel"));
-    m_parts.services.ask(&m_parts.window, AlertPanel::Style::Critical, question.text, buttons,
+    const auto style
+        = buttons.isEmpty() ? AlertPanel::Style::Critical : AlertPanel::Style::Question;
+    m_parts.services.ask(&m_parts.window, style, question.text, buttons,
                          [this, question](int button) {
                              if (button < question.answers.size())
                                  guarded(u"Split"_s, question.answers.at(button).take);
@@ -310,8 +312,8 @@ void RunControl::askToStop(const QString& text, const QString& button,
     QWidget* front = m_panel.get();
     if (m_panel->isSmall())
         front = &m_parts.window;
-    m_parts.services.ask(front, AlertPanel::Style::Critical, text,
-                         { button, tr("Keep Converting") }, [this, stop](int answer) {
+    m_parts.services.ask(front, AlertPanel::Style::Warning, text, { button, tr("Keep Converting") },
+                         [this, stop](int answer) {
                              m_isAsking = false;
                              if (answer == 0) // be the run at its end meanwhile
                                  stop();

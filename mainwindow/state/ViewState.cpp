@@ -125,7 +125,7 @@ QString ViewState::whyDisabled(const QWidget& control) const
     if (m_files.count() == 0)
         return tr("The list is empty.");
     if (&control == m_ui.convertBtn)
-        return tr("No page is ticked.");
+        return tr("No page that can be read is ticked.");
     if (&control != m_ui.moveUpButton && &control != m_ui.moveDownButton)
         return {};
     if (m_ui.mainTableView->highlightedSpan().first < 0)

@@ -9,6 +9,21 @@ namespace pagestack {
 
 namespace {
 
+    QMessageBox::Icon iconOf(AlertPanel::Style style)
+    {
+        switch (style) {
+        case AlertPanel::Style::Critical:
+            return QMessageBox::Critical;
+        case AlertPanel::Style::Question:
+            return QMessageBox::Question;
+        case AlertPanel::Style::Warning:
+            return QMessageBox::Warning;
+        case AlertPanel::Style::Informational:
+            break;
+        }
+        return QMessageBox::Information;
+    }
+
     QMessageBox::ButtonRole roleOf(qsizetype index, qsizetype count)
     {
         if (index == 0)
@@ -33,15 +48,14 @@ void AlertPanel::ask(QWidget* window, Style style, const QString& title, const Q
         return;
     }
 
-    auto* const box = new QMessageBox(style == Style::Critical ? QMessageBox::Critical
-                                                               : QMessageBox::Information,
-                                      title, text, QMessageBox::NoButton, window);
+    auto* const box = new QMessageBox(iconOf(style), title, text, QMessageBox::NoButton, window);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setTextFormat(Qt::PlainText);
     QList<QAbstractButton*> made;
     for (const QString& each : titles)
         made.append(box->addButton(each, roleOf(made.size(), titles.size())));
-    box->setDefaultButton(qobject_cast<QPushButton*>(made.constFirst()));
+    box->setDefaultButton(
+        qobject_cast<QPushButton*>(style == Style::Warning ? made.constLast() : made.constFirst()));
     box->setEscapeButton(made.constLast());
     connect(box, &QMessageBox::finished, this, [box, made, done = std::move(done)] {
         const qsizetype pressed = made.indexOf(box->clickedButton());

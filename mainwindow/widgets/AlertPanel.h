@@ -21,6 +21,8 @@ public:
     enum class Style {
         Critical,
         Informational,
+        Question, ///< there is something to be chosen
+        Warning, ///< of what ends something; Return presses the last button, which does not
     };
     /// Takes the index of the pressed button.
     using Done = std::function<void(int button)>;
