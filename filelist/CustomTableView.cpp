@@ -23,6 +23,9 @@ namespace {
         {
             QStyledItemDelegate::initStyleOption(option, index);
             option->textElideMode = Qt::ElideMiddle;
+            // Names stand below each other, whatever the shape of the pages.
+            if (option->features.testFlag(QStyleOptionViewItem::HasDecoration))
+                option->decorationSize = { ShownThumbnails::side, ShownThumbnails::side };
             // A path runs from left to right in every language.
             constexpr QChar leftToRight(0x200E);
             if (option->direction == Qt::RightToLeft)
@@ -99,9 +102,18 @@ void CustomTableView::changeShownRows(const std::function<void()>& change)
 
 void CustomTableView::setRowHeight()
 {
-    const int height = std::max(leastRowHeight, fontMetrics().height() + rowMargins);
+    const int contents
+        = std::max(fontMetrics().height(), m_showsThumbnails ? ShownThumbnails::side : 0);
+    const int height = std::max(leastRowHeight, contents + rowMargins);
     verticalHeader()->setMinimumSectionSize(height);
     verticalHeader()->setDefaultSectionSize(height);
+}
+
+void CustomTableView::showThumbnails(bool isShown)
+{
+    m_showsThumbnails = isShown;
+    setRowHeight();
+    m_shown->files()->showThumbnails(isShown, devicePixelRatioF());
 }
 
 void CustomTableView::changeEvent(QEvent* event)

@@ -77,6 +77,9 @@ public:
     /// removing, sorting or drops.
     void setReadOnly(bool isReadOnly);
 
+    /// Small pictures of first pages in higher rows.
+    void showThumbnails(bool isShown);
+
     /// Takes over what is being typed into a row; false if it was refused.
     bool endEditing();
 
@@ -126,6 +129,7 @@ private:
     QPointer<QWidget> m_dropArea;
     bool m_isUsefulDrag = false; ///< it brings something to be added
     bool m_isReadOnly = false;
+    bool m_showsThumbnails = false;
     bool m_isDropTarget = false; ///< a drag that may be dropped is above the table
     int m_dropPlace = -1; ///< rows of this table would come before it
 };

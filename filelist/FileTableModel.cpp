@@ -124,6 +124,15 @@ void FileTableModel::announceColumns(Column first, Column last, const QList<int>
         emit dataChanged(index(0, first), index(m_files.count() - 1, last), roles);
 }
 
+void FileTableModel::showThumbnails(bool isShown, double ratio)
+{
+    m_thumbnails = isShown ? std::make_unique<ShownThumbnails>(ratio) : nullptr;
+    const auto announce = [this] { announceColumns(Name, Name, { Qt::DecorationRole }); };
+    if (m_thumbnails)
+        connect(m_thumbnails.get(), &ShownThumbnails::changed, this, announce);
+    announce();
+}
+
 QString FileTableModel::identifier(int column)
 {
     const ColumnFacts* facts = factsOf(column);
@@ -306,6 +315,8 @@ QVariant FileTableModel::data(const QModelIndex& index, int role) const
         return shownText(index);
     if (role == Qt::DecorationRole && index.column() == Status)
         return statusIcon(item);
+    if (role == Qt::DecorationRole && index.column() == Name && m_thumbnails)
+        return m_thumbnails->of(m_files.at(index.row()));
     if (role == Qt::TextAlignmentRole && index.column() == Size)
         return (Qt::AlignRight | Qt::AlignVCenter).toInt();
     return {};

@@ -3,6 +3,7 @@
 #include "filelist/FileList.h"
 #include "filelist/RowStatus.h"
 #include "filelist/ShownDates.h"
+#include "filelist/ShownThumbnails.h"
 #include "filelist/SortOrder.h"
 
 #include <QAbstractTableModel>
@@ -79,6 +80,9 @@ public:
         m_statusIcons = icons;
     }
 
+    /// Small pictures of the first pages beside the names; `ratio` as ShownThumbnails takes it.
+    void showThumbnails(bool isShown, double ratio);
+
     int mark(const QList<int>& rows, Mark mark); ///< the number of rows changed
 
     /// Chooses the pages of these rows; `choice` is as FileItem::setPageChoice takes it.
@@ -127,6 +131,7 @@ private:
     std::function<QIcon(RowStatus::State state)> m_statusIcons;
     mutable ShownDates m_shownDates; ///< looks at files that are asked for, as does the next
     mutable ShownPixels m_shownPixels;
+    std::unique_ptr<ShownThumbnails> m_thumbnails; ///< null: none are shown
 };
 
 } // namespace pagestack

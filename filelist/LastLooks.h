@@ -22,9 +22,13 @@ public:
     /// Any thread, several at a time; throws nothing.
     using Look = std::function<Value(const FileItem& item)>;
 
+    static constexpr int manyFiles = 10000; // more than a window has rows
+
     /// `changed` is called, on the main thread, when of() returns another value of some file. A
-    /// file is not looked at again within `pauseMs`.
-    LastLooks(Look look, qint64 pauseMs, std::function<void()> changed)
+    /// file is not looked at again within `pauseMs`. The values of `mostFilesKept` files are kept,
+    /// which are more than the rows in view.
+    LastLooks(Look look, qint64 pauseMs, std::function<void()> changed,
+              int mostFilesKept = manyFiles)
         : m_look(std::move(look))
         , m_pauseMs(pauseMs)
         , m_changed(std::move(changed))
@@ -56,7 +60,6 @@ public:
     }
 
 private:
-    static constexpr int mostFilesKept = 10000; // more than a window has rows
     static constexpr int mostFilesAtATime = 4;
 
     struct Known

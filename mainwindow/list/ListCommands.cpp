@@ -1,5 +1,6 @@
 #include "mainwindow/list/ListCommands.h"
 
+#include "engine/settings/UserDefaults.h"
 #include "engine/support/Dates.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/Workspace.h"
@@ -26,6 +27,8 @@ namespace pagestack {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+    const QString thumbnailsKey = u"LISTTHUMBNAILS"_s;
 
     constexpr qsizetype mostSortedAtOnce = 10000; // a longer list would hold up the window
 
@@ -104,6 +107,12 @@ void ListCommands::connectActions()
     });
     connect(ui.removeConvertedAction, &QAction::triggered, this, &ListCommands::removeFinished);
     connect(ui.tickFailedAction, &QAction::triggered, this, &ListCommands::tickFailedOnly);
+    connect(ui.thumbnailsAction, &QAction::toggled, this, [this](bool isShown) {
+        m_parts.services.defaults.setBool(thumbnailsKey, isShown);
+        m_parts.services.synchronize(&m_parts.window);
+        m_parts.ui.mainTableView->showThumbnails(isShown);
+    });
+    ui.thumbnailsAction->setChecked(m_parts.services.defaults.boolForKey(thumbnailsKey));
     const auto fillColumns = [&ui] { ui.mainTableView->fillColumnMenu(*ui.menuColumns); };
     connect(ui.menuColumns, &QMenu::aboutToShow, this, fillColumns);
     fillColumns(); // a menu without entries is not opened everywhere

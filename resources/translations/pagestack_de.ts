@@ -638,6 +638,10 @@
             <source>F9</source>
             <translation>F9</translation>
         </message>
+        <message>
+            <source>&amp;Thumbnails in the List</source>
+            <translation>Vorschau&amp;bilder in der Liste</translation>
+        </message>
     </context>
     <context>
         <name>PageFactsText</name>
@@ -2335,10 +2339,6 @@ Das Protokoll sagt mehr.</translation>
             <translation>Die Liste ist leer.</translation>
         </message>
         <message>
-            <source>No page is ticked.</source>
-            <translation>Keine Seite ist angehakt.</translation>
-        </message>
-        <message>
             <source>No row is highlighted.</source>
             <translation>Keine Zeile ist markiert.</translation>
         </message>
@@ -2353,6 +2353,10 @@ Das Protokoll sagt mehr.</translation>
         <message>
             <source>The last row is among those highlighted.</source>
             <translation>Die letzte Zeile ist unter den markierten.</translation>
+        </message>
+        <message>
+            <source>No page that can be read is ticked.</source>
+            <translation>Keine lesbare Seite ist angehakt.</translation>
         </message>
     </context>
 </TS>

@@ -514,6 +514,25 @@ private slots:
         QVERIFY(!isSafeInScript(u"/folder\\/a.tif"_s)); // would take the closing quote along
     }
 
+    // Pictures are asked for again at the next start, and one that cannot be made is no hole in the
+    // row.
+    void showsThumbnailsInTheRows()
+    {
+        QVERIFY(openFiles({ { "a.tif", 2 } }));
+        const int height = table().rowHeight(0);
+        press("thumbnailsAction");
+        start();
+        QVERIFY(openFiles({ { "a.tif", 2 } }));
+        QVERIFY(table().rowHeight(0) > height);
+        const QModelIndex name = table().model()->index(0, FileTableModel::Name);
+        const auto picture = [&] { return name.data(Qt::DecorationRole).value<QImage>(); };
+        QTRY_VERIFY(!picture().isNull());
+        QVERIFY(picture().width() <= 40 && picture().height() <= 40);
+        press("thumbnailsAction");
+        QVERIFY(!name.data(Qt::DecorationRole).isValid());
+        QCOMPARE(table().rowHeight(0), height);
+    }
+
 private:
     /// A control, or a key on the table.
     void pressOrType(const QString& way) const
