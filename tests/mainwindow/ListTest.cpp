@@ -518,11 +518,11 @@ private slots:
     // row.
     void showsThumbnailsInTheRows()
     {
-        QVERIFY(openFiles({ { "a.tif", 2 } }));
+        QVERIFY(open({ sample(u"gray-photo.tif"_s) }));
         const int height = table().rowHeight(0);
         press("thumbnailsAction");
         start();
-        QVERIFY(openFiles({ { "a.tif", 2 } }));
+        QVERIFY(open({ sample(u"gray-photo.tif"_s) }));
         QVERIFY(table().rowHeight(0) > height);
         const QModelIndex name = table().model()->index(0, FileTableModel::Name);
         const auto picture = [&] { return name.data(Qt::DecorationRole).value<QImage>(); };
