@@ -159,8 +159,9 @@ namespace {
         QStringList others;
         for (const ReportFile& file : reportFiles(m_options)) {
             refuseInPlaceOfInput(file); // They are written after a signal, too.
-            if (others.contains(file.target))
-                throw OutputRefused(u"%1 cannot hold both the log and the record"_s.arg(file.name));
+            if (const qsizetype other = others.indexOf(file.target); other >= 0)
+                throw OutputRefused(u"%1 cannot hold both the %2 and the %3"_s.arg(
+                    file.name, reportFiles(m_options).at(other).what, file.what));
             if (m_options.conversion.run.writesChecksums
                 && lastPathComponent(file.target) == u"SHA256SUMS")
                 throw OutputRefused(

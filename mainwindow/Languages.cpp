@@ -13,11 +13,14 @@ namespace {
 
     const QString ourTexts = u":/pagestack/translations"_s;
 
-    bool install(const QLocale& locale, const QString& name, const QString& folder)
+    /// The language of the texts that were found; empty for none.
+    QString install(const QLocale& locale, const QString& name, const QString& folder)
     {
         auto* translator = new QTranslator(QCoreApplication::instance());
-        return translator->load(locale, name, u"_"_s, folder)
-            && QCoreApplication::installTranslator(translator);
+        if (!translator->load(locale, name, u"_"_s, folder)
+            || !QCoreApplication::installTranslator(translator))
+            return {};
+        return translator->language();
     }
 
 } // namespace
@@ -25,10 +28,11 @@ namespace {
 void installTranslations()
 {
     // Those of Qt's own dialogs only where the window speaks the same language.
-    if (install(QLocale(), u"pagestack"_s, ourTexts))
-        install(QLocale(), u"qtbase"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath));
-    else
+    const QString language = install(QLocale(), u"pagestack"_s, ourTexts);
+    if (language.isEmpty())
         install(QLocale::English, u"pagestack"_s, ourTexts);
+    else
+        install(QLocale(language), u"qtbase"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath));
 }
 
 } // namespace pagestack

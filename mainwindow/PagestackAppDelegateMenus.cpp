@@ -1,5 +1,6 @@
 #include "engine/image/CodecVersions.h"
 #include "engine/support/Application.h"
+#include "engine/support/Info.h"
 #include "engine/support/SystemLog.h"
 #include "engine/support/Workspace.h"
 #include "filelist/ListEditor.h"
@@ -15,9 +16,6 @@ namespace pagestack {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-    /// The product's page, opened by Help > Pagestack on the Web.
-    const QString productPage = u"https://pagestack.example/"_s;
 
     const QString productName = u"Pagestack"_s;
 
@@ -83,6 +81,7 @@ void PagestackAppDelegate::connectMenus()
     on(m_ui->openAppAction, &Self::openAppAction);
     on(m_ui->helpAction, &Self::helpAction);
     on(m_ui->websiteAction, &Self::websiteAction);
+    m_ui->websiteAction->setVisible(!website.isEmpty());
     on(m_ui->toggleSettingsAction, &Self::toggleSettings);
     on(m_ui->preferencesAction, &Self::preferencesAction);
     for (const QAction* action :
@@ -109,7 +108,10 @@ void PagestackAppDelegate::preferencesAction()
     pane().takeKeys();
 }
 
-void PagestackAppDelegate::websiteAction() { m_services.workspace.openURL(QUrl(productPage)); }
+void PagestackAppDelegate::websiteAction()
+{
+    m_services.workspace.openURL(QUrl(website.toString()));
+}
 
 void PagestackAppDelegate::helpAction()
 {

@@ -50,7 +50,7 @@ find "$tree/lib/plugins" -name '*.so' -exec patchelf --set-rpath "\$ORIGIN/../..
 # The licence of each library, as its package tells it.
 if command -v dpkg > /dev/null; then
     for file in "$tree"/lib/*.so*; do
-        package=$(dpkg -S "*/$(basename "$file")" 2> /dev/null | head -n 1 | cut -d: -f1)
+        package=$(dpkg -S "*/$(basename "$file")" 2> /dev/null | head -n 1 | cut -d: -f1 || true)
         [ -z "$package" ] || cp -nL "/usr/share/doc/$package/copyright" "$tree/licences/$package" 2> /dev/null || true
     done
 fi

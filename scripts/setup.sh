@@ -36,12 +36,13 @@ missing_packages() {
 # The missing tools or libraries, for systems that do not use dpkg. Libraries are looked for once there
 # are the tools to find them with.
 missing_tools() {
-    local tool module missing=no
+    local tool module pdf missing=no
     for tool in c++ cmake ninja pkg-config; do
         command -v "$tool" >/dev/null || { echo "$tool" && missing=yes; }
     done
     [ "$missing" = no ] || return 0
-    for module in libtiff-4 libjpeg libdeflate libpng nettle zlib lcms2 libqpdf; do
+    case " $* " in *" window "* | *" test "*) pdf=libqpdf ;; esac
+    for module in libtiff-4 libjpeg libdeflate libpng nettle zlib lcms2 ${pdf-}; do
         pkg-config --exists "$module" 2>/dev/null || echo "$module"
     done
     command -v qmake6 >/dev/null || command -v qtpaths6 >/dev/null ||
@@ -81,7 +82,9 @@ as_root() {
 apt_install() {
     local ticker status
     # Hundreds of packages take minutes on a bare system.
-    (while sleep 20; do say "  still installing, after $SECONDS s"; done) 9>&- &
+    (while sleep 20 >/dev/null 2>&1 && kill -0 $$ 2>/dev/null; do
+        say "  still installing, after $SECONDS s"
+    done) 9>&- >/dev/null &
     ticker=$!
     as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends \
         -o DPkg::Lock::Timeout=300 "$@"
@@ -102,7 +105,7 @@ ensure_packages() {
             complain_missing "no apt on this system" "$missing"
             return 1
         fi
-        : >"$root/build/.tools-$*"
+        mkdir -p "$root/build" && : >"$root/build/.tools-$*"
         return 0
     fi
     # Package names have no spaces and are split into words on purpose.
