@@ -24,7 +24,7 @@ public:
     using QAbstractProxyModel::QAbstractProxyModel;
 
     void setFiles(FileTableModel* model); ///< null: none
-    FileTableModel* files() const { return m_files; }
+    FileTableModel* files() const { return m_files.data(); }
 
     bool isFiltered() const { return static_cast<bool>(m_accepts); }
     /// Shows `rows`, which ascend, and of the files that come later those that are accepted.

@@ -57,7 +57,8 @@ a { color: var(--link); }
     public:
         LogReader() = default;
         virtual ~LogReader() = default;
-        Q_DISABLE_COPY_MOVE(LogReader)
+        LogReader(const LogReader&) = delete;
+        LogReader& operator=(const LogReader&) = delete;
 
         void read(const Log& log)
         {

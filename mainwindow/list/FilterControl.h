@@ -31,9 +31,9 @@ public:
 private:
     struct Group
     {
-        RowGroup group;
-        QAbstractButton* button;
-        const char* text; ///< with its number
+        RowGroup group {};
+        QAbstractButton* button = nullptr;
+        const char* text = nullptr; ///< with its number
         int count = 0;
     };
 

@@ -23,6 +23,9 @@ struct PreviewControls
 
 public:
     PreviewControls(QWidget& pane, QThreadPool& threads);
+    ~PreviewControls() = default;
+    PreviewControls(const PreviewControls&) = delete;
+    PreviewControls& operator=(const PreviewControls&) = delete;
 
     /// Shows the two pages side by side, else one above the other.
     void setSideBySide(bool isSideBySide);
