@@ -6,8 +6,10 @@
 #include "engine/image/pixels/Bitmap.h"
 #include "engine/image/pixels/RowConversions.h"
 #include "engine/image/pixels/UprightRows.h"
+#include "engine/preview/BandRoom.h"
 #include "engine/preview/BoxReducer.h"
 #include "engine/preview/StoredRegion.h"
+#include "engine/threads/StopScope.h"
 
 #include <tiffio.h>
 
@@ -105,7 +107,8 @@ namespace {
         const auto middle
             = static_cast<std::uint32_t>(reduction.from.y() + reduction.from.height() / 2);
         const bool isDivisible = middle - startRow(tags, middle)
-            < static_cast<std::uint32_t>(reduction.from.height()) / 16U;
+                < static_cast<std::uint32_t>(reduction.from.height()) / 16U
+            && heldBytes(tags) * static_cast<unsigned>(std::max(most, 1)) <= BandRoom::mostBytes;
         return isDivisible ? std::max(most, 1) : 1;
     }
 
@@ -121,6 +124,7 @@ namespace {
 
         void read(int index, const Reduction& reduction, const IsStopped& isStopped) noexcept
         try {
+            const StopScope scope(isStopped, StopScope::Reach::PagesToo);
             const TiffPage page(reader, index);
             layout = reduceRows(page, reduction, first, end, isStopped,
                                 [this](int, const std::vector<std::uint8_t>& row) {
@@ -207,6 +211,7 @@ QSize reducedSize(const QSize& region, const QSize& most)
 PagePicture pictureOf(const std::shared_ptr<const OpenTiffFile>& file, const PictureWish& wish,
                       const IsStopped& isStopped)
 {
+    checkPage(*file, wish.page);
     auto first = std::make_shared<TiffReader>(file);
     const TiffPage page(first, wish.page);
     const PageProperties& properties = page.properties();
@@ -219,6 +224,9 @@ PagePicture pictureOf(const std::shared_ptr<const OpenTiffFile>& file, const Pic
     if (isTurned(properties.orientation))
         reduction.to.transpose();
 
+    picture.hasParts = !isReadFromCopy(page);
+
+    const BandRoom room(heldBytes(page.tags()), isStopped);
     std::vector<Share> shares
         = sharesOf(file, readersFor(page.tags(), reduction), reduction.to.height());
     readAll(shares, wish.page, reduction, isStopped);

@@ -28,6 +28,8 @@ struct PagePicture
     int channels = 1; ///< 1 (gray) or 3 (RGB), of 8 bits
     std::vector<std::uint8_t> samples {}; ///< rows from the top, without gaps
     QStringList losses {}; ///< what a run would warn of; of a whole page only
+    /// False for a page whose parts take as long as all of it, and a copy of it on the disk.
+    bool hasParts = true;
 };
 
 /// Reads the page in bands, with the help of other threads where it is large, and reduces it by a

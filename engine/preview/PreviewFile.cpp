@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include <stdexcept>
+#include <utility>
 
 namespace pagestack {
 
@@ -12,6 +13,9 @@ std::shared_ptr<const OpenTiffFile> PreviewFile::open(const IsStopped& isStopped
 {
     const std::lock_guard lock(m_mutex);
     const std::optional<FileState> state = fileState(QFile::encodeName(m_path));
+    const auto before = std::exchange(m_known, state);
+    if (before && *before != state && m_changed)
+        m_changed();
     if (m_file && state && m_file->stateAtOpening() == *state)
         return m_file;
     m_file.reset();
@@ -21,6 +25,14 @@ std::shared_ptr<const OpenTiffFile> PreviewFile::open(const IsStopped& isStopped
         throw std::runtime_error("stopped");
     m_file = std::move(opened);
     return m_file;
+}
+
+void checkPage(const OpenTiffFile& file, int index)
+{
+    const int pages = file.pageCount();
+    if (index >= pages)
+        throw std::out_of_range("the file has no page " + std::to_string(index + 1)
+                                + " any more, its last one is " + std::to_string(pages));
 }
 
 } // namespace pagestack

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace pagestack {
 
@@ -18,9 +19,12 @@ using IsStopped = std::function<bool()>;
 class PreviewFile
 {
 public:
-    /// Opens nothing yet.
-    explicit PreviewFile(QString path)
+    /// Opens nothing yet. `changed` is called, on the thread of the `open` that has noticed it and
+    /// before anything is read of the new file, when it is not the file of the last `open` any
+    /// more.
+    explicit PreviewFile(QString path, std::function<void()> changed = {})
         : m_path(std::move(path))
+        , m_changed(std::move(changed))
     {
     }
 
@@ -32,8 +36,14 @@ public:
 
 private:
     const QString m_path;
-    std::mutex m_mutex; ///< guards the one below
+    const std::function<void()> m_changed;
+    std::mutex m_mutex; ///< guards those below
     std::shared_ptr<const OpenTiffFile> m_file;
+    std::optional<std::optional<FileState>>
+        m_known; ///< at the last `open`; none for a missing file
 };
+
+/// Throws std::out_of_range, with a sentence, unless the file has page `index`, from 0.
+void checkPage(const OpenTiffFile& file, int index);
 
 } // namespace pagestack

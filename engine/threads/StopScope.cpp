@@ -1,5 +1,6 @@
 #include "engine/threads/StopScope.h"
 
+#include <stdexcept>
 #include <utility>
 
 namespace pagestack {
@@ -10,14 +11,22 @@ namespace {
 
 } // namespace
 
-StopScope::StopScope(std::function<bool()> isStopped)
+StopScope::StopScope(std::function<bool()> isStopped, Reach reach)
     : m_isStopped(std::move(isStopped))
+    , m_reach(reach)
+    , m_outer(scopeOfThread)
 {
     scopeOfThread = this;
 }
 
-StopScope::~StopScope() { scopeOfThread = nullptr; }
+StopScope::~StopScope() { scopeOfThread = m_outer; }
 
 bool StopScope::isStopped() { return scopeOfThread && scopeOfThread->m_isStopped(); }
+
+void StopScope::leavePageIfStopped()
+{
+    if (scopeOfThread && scopeOfThread->m_reach == Reach::PagesToo && scopeOfThread->m_isStopped())
+        throw std::runtime_error("stopped");
+}
 
 } // namespace pagestack

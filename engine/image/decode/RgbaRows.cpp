@@ -3,6 +3,7 @@
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/pixels/RowByRow.h"
 #include "engine/image/tiff/TiffLimits.h"
+#include "engine/threads/StopScope.h"
 
 #include <tiffio.h>
 
@@ -54,6 +55,7 @@ namespace {
         const std::uint32_t count = piecesOf(handle);
         std::vector<std::uint8_t> piece;
         for (std::uint32_t number = 0; number < count; ++number) {
+            StopScope::leavePageIfStopped();
             const std::uint64_t bytes = plainBytes(handle, tags, number);
             if (bytes > mostRasterBytes)
                 throw std::runtime_error("its strips or tiles are too large");

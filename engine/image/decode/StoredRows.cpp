@@ -1,6 +1,7 @@
 #include "engine/image/decode/StoredRows.h"
 
 #include "engine/image/decode/TiffPage.h"
+#include "engine/threads/StopScope.h"
 
 #include <tiffio.h>
 
@@ -48,7 +49,32 @@ namespace {
             && (tags.bitsPerSample <= 8 || tags.bitsPerSample == 16);
     }
 
+    bool hasLargeEncodedStrip(tiff* handle)
+    {
+        const std::uint32_t strips = TIFFNumberOfStrips(handle);
+        for (std::uint32_t strip = 0; strip < strips; ++strip)
+            if (TIFFGetStrileByteCount(handle, strip) > largestEncodedStripBytes)
+                return true;
+        return false;
+    }
+
 } // namespace
+
+std::uint64_t heldBytes(const TiffPageTags& tags)
+{
+    const std::uint64_t rowBytes = tags.planeRowBytes() * static_cast<unsigned>(tags.planes());
+    const std::uint64_t rows = tags.isTiled ? tags.tileHeightPx : tags.rowsPerStrip;
+    const std::uint64_t pieces = std::min<std::uint64_t>(rows, tags.heightPx) * rowBytes;
+    return isRowByRow(tags) ? std::max(rowBytes, wantedBandBytes)
+                            : std::max(pieces, wantedBandBytes);
+}
+
+bool isReadFromCopy(const TiffPage& page)
+{
+    const TiffPageTags& tags = page.tags();
+    return isRowByRow(tags) && !isPlain(tags) && isDecodedByLibtiff(tags)
+        && hasLargeEncodedStrip(page.load());
+}
 
 std::uint32_t startRow(const TiffPageTags& tags, std::uint32_t row)
 {
@@ -72,7 +98,8 @@ StoredRows::StoredRows(const TiffPage& page, const std::optional<PagePart>& part
     m_isRowByRow = isRowByRow(tags);
     if (m_part && m_isRowByRow && isPlain(tags) && hasAllPlainBytes())
         m_plainOrder.emplace(tags, TIFFIsByteSwapped(m_handle) != 0);
-    if (m_isRowByRow && !m_plainOrder && isDecodedByLibtiff(tags) && hasLargeEncodedStrip()) {
+    if (m_isRowByRow && !m_plainOrder && isDecodedByLibtiff(tags)
+        && hasLargeEncodedStrip(m_handle)) {
         m_mappedCopy = std::make_unique<MappedTiffCopy>(page.reader(), page.index());
         m_handle = m_mappedCopy->handle();
         applyRowsPerStrip(m_handle, tags);
@@ -111,17 +138,10 @@ void StoredRows::begin(const PagePart& part)
     m_nextRow = part.firstRow;
     if (m_plainOrder || !m_isRowByRow)
         return;
-    for (m_nextRow -= part.firstRow % m_tags.rowsPerStrip; m_nextRow < part.firstRow; ++m_nextRow)
+    for (m_nextRow -= part.firstRow % m_tags.rowsPerStrip; m_nextRow < part.firstRow; ++m_nextRow) {
+        StopScope::leavePageIfStopped();
         readRowByRow(1);
-}
-
-bool StoredRows::hasLargeEncodedStrip() const
-{
-    const std::uint32_t strips = TIFFNumberOfStrips(m_handle);
-    for (std::uint32_t strip = 0; strip < strips; ++strip)
-        if (TIFFGetStrileByteCount(m_handle, strip) > largestEncodedStripBytes)
-            return true;
-    return false;
+    }
 }
 
 std::uint8_t* StoredRows::planeStart(int plane)
@@ -159,6 +179,7 @@ void StoredRows::readStrips(int rows)
     for (int plane = 0; plane < m_tags.planes(); ++plane) {
         std::uint8_t* to = planeStart(plane);
         for (std::uint32_t done = 0; done < static_cast<std::uint32_t>(rows);) {
+            StopScope::leavePageIfStopped();
             const std::uint32_t row = m_nextRow + done;
             const std::uint32_t count = std::min(m_tags.rowsPerStrip, m_tags.heightPx - row);
             const auto bytes = static_cast<std::size_t>(count * m_strideBytes);
@@ -230,6 +251,7 @@ void StoredRows::readTiles(int rows)
                 = TIFFComputeTile(m_handle, x, m_nextRow, 0, static_cast<std::uint16_t>(plane));
             const qsizetype bytes = std::min(tileRowBytes, m_strideBytes - column);
             if (isWanted(x)) {
+                StopScope::leavePageIfStopped();
                 m_decoder->decode(tile, m_tile);
                 for (int i = 0; i < rows; ++i)
                     std::memcpy(planeStart(plane) + i * m_strideBytes + column,

@@ -38,6 +38,13 @@ struct PagePart
 /// The last row up to `row` at which a pass over such a page can begin without decoding others.
 std::uint32_t startRow(const TiffPageTags& tags, std::uint32_t row);
 
+/// About what a pass over such a page holds of its samples at a time.
+std::uint64_t heldBytes(const TiffPageTags& tags);
+
+/// Whether every pass over the page copies its strips to a temporary file first, since they are
+/// large and the decoder would hold them.
+bool isReadFromCopy(const TiffPage& page);
+
 /// One pass over the rows of a TIFF page in stored order, decoded but not interpreted: strips or
 /// tiles are put together to bands. Memory follows the strip or the row of tiles; a strip that is
 /// too large to be held is decoded row by row.
@@ -54,7 +61,6 @@ public:
     StoredBand nextBand();
 
 private:
-    bool hasLargeEncodedStrip() const;
     bool hasAllPlainBytes() const;
     void begin(const PagePart& part);
     void readPlain(int rows);

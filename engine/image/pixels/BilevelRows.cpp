@@ -2,6 +2,7 @@
 
 #include "engine/image/pixels/ErrorDiffusion.h"
 #include "engine/image/pixels/RowConversions.h"
+#include "engine/threads/StopScope.h"
 
 #include <array>
 #include <cstddef>
@@ -46,10 +47,12 @@ namespace {
     std::array<std::uint64_t, levels> countLevels(RowSource& rows)
     {
         std::array<std::uint64_t, levels> counts {};
-        for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
+        for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand()) {
+            StopScope::leavePageIfStopped();
             for (int i = 0; i < band.rows; ++i)
                 for (qsizetype x = 0; x < rows.widthPx(); ++x)
                     ++counts[band.row(i)[x]];
+        }
         return counts;
     }
 

@@ -3,6 +3,7 @@
 #include "engine/files/PosixFile.h"
 #include "engine/image/pixels/ByteOrder.h"
 #include "engine/image/tiff/TiffReader.h"
+#include "engine/threads/StopScope.h"
 
 #include <QScopeGuard>
 
@@ -51,6 +52,7 @@ namespace {
         std::uint64_t done = 0;
         for (const FileRange& range : ranges)
             for (done = std::max(done, range.begin); done < range.end; done += buffer.size()) {
+                StopScope::leavePageIfStopped();
                 buffer.resize(std::min(copyBytes, range.end - done));
                 from.readAt(done, buffer);
                 writeFully(to, done, buffer);

@@ -8,6 +8,7 @@
 #include "engine/image/tiff/TiffLimits.h"
 #include "engine/image/tiffwriter/EncodedPieces.h"
 #include "engine/image/tiffwriter/TiffTagCopy.h"
+#include "engine/threads/StopScope.h"
 
 #include <tiffio.h>
 
@@ -252,6 +253,7 @@ namespace {
             const OpenTiffFile& file = m_page.document();
             const std::uint32_t count = piecesOf(m_from);
             for (std::uint32_t i = 0; i < count; ++i) {
+                StopScope::leavePageIfStopped();
                 const std::uint64_t bytes = TIFFGetStrileByteCount(m_from, i);
                 const std::uint64_t offset = TIFFGetStrileOffset(m_from, i);
                 if (bytes == 0 || offset >= file.sizeBytes() || bytes > file.sizeBytes() - offset)
@@ -293,6 +295,7 @@ namespace {
             std::vector<std::uint8_t> piece;
             const std::uint32_t count = piecesOf(m_from);
             for (std::uint32_t i = 0; i < count; ++i) {
+                StopScope::leavePageIfStopped();
                 const auto size = static_cast<tmsize_t>(plainBytes(m_from, m_tags, i));
                 piece.assign(static_cast<std::size_t>(size), 0);
                 decoder.decode(i, piece);
@@ -309,6 +312,7 @@ namespace {
             std::vector<std::vector<std::uint8_t>> strips(planes);
             std::uint32_t row = 0;
             for (StoredBand band = rows.nextBand(); band.rows > 0; band = rows.nextBand()) {
+                StopScope::leavePageIfStopped();
                 for (int i = 0; i < band.rows; ++i, ++row) {
                     for (std::size_t p = 0; p < planes; ++p) {
                         const std::uint8_t* from = band.row(static_cast<int>(p), i);
