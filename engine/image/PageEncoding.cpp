@@ -136,11 +136,14 @@ std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>&
     // Before any row is made: turning a page upright takes time and memory.
     if (std::max(page.properties.widthPx, page.properties.heightPx) > encoding.mostSidePx)
         throwTooLarge(page.properties, encoding.name);
-    const TiffPage* tiffPage = source->tiffPage();
+    const TiffPage* tiffPage = options.whole != nullptr ? options.whole : source->tiffPage();
     if (encoding.holdsMetadata)
         page.metadata = source->metadata();
-    if (tiffPage != nullptr)
-        page.leftOut = leftOutTags(*tiffPage, page.metadata.get());
+    if (tiffPage != nullptr) {
+        const bool isPart = encoding.holdsMetadata && options.whole != nullptr;
+        const auto held = isPart ? options.whole->metadata() : page.metadata;
+        page.leftOut = leftOutTags(*tiffPage, held.get());
+    }
     auto file = std::make_unique<StagedFile>(path);
     ImageProof written;
     page.startPass = [&] {

@@ -10,6 +10,7 @@
 
 namespace pagestack {
 
+class TiffPage;
 enum class OutputType : int;
 
 /// How a page is saved, as far as the format does not say it.
@@ -21,6 +22,8 @@ struct SaveOptions
     StagedFile::Existing existing = StagedFile::Existing::Replaced; ///< not for `encodedPage`
     bool verifies = false; ///< the complete file is read back and must show the page
     bool needsDigest = false; ///< not for `encodedPage`
+    /// The page that the source is a part of, which is told what the file lacks of it; null: none.
+    const TiffPage* whole = nullptr;
 };
 
 /// A format that a page can be saved in.

@@ -3,6 +3,7 @@
 #include "engine/image/TiffDocument.h"
 #include "engine/job/GatheredTiff.h"
 #include "engine/job/RunEvidence.h"
+#include "engine/options/ConversionOptions.h"
 #include "engine/plan/ChosenPages.h"
 #include "engine/plan/ProfileLoss.h"
 #include "engine/plan/SpaceNeed.h"
@@ -23,11 +24,10 @@ namespace pagestack {
 
 namespace {
 
-    /// What a format has no use for is not done: black and white gains nothing in JPEG.
-    RunSetup withoutIdleTreatment(RunSetup options, const Settings& settings)
+    RunSetup withoutIdleChoices(RunSetup options, const Settings& settings)
     {
-        if (settings.outputType() == static_cast<int>(OutputType::Jpeg))
-            options.choices.treatment.bilevel = Bilevel::None;
+        PageTreatment& treatment = options.choices.treatment;
+        treatment = withoutIdleTreatment(treatment, static_cast<OutputType>(settings.outputType()));
         return options;
     }
 
@@ -36,7 +36,7 @@ namespace {
 ConversionRun::ConversionRun(Process& job, RunSetup options)
     : m_job(job)
     , m_settings(*job.settings())
-    , m_options(withoutIdleTreatment(std::move(options), *job.settings()))
+    , m_options(withoutIdleChoices(std::move(options), *job.settings()))
     , m_names(m_settings, m_options.choices)
     , m_supply(m_job, m_options)
 {

@@ -315,6 +315,13 @@ const ConversionOptionRow* conversionOption(const QString& name)
     return row == conversionOptionTable().end() ? nullptr : &*row;
 }
 
+PageTreatment withoutIdleTreatment(PageTreatment treatment, OutputType type)
+{
+    if (type == OutputType::Jpeg)
+        treatment.bilevel = Bilevel::None;
+    return treatment;
+}
+
 QString idleWith(const ConversionOptions& options, const QString& name)
 {
     const bool isTiff = options.outputType == OutputType::Tiff;

@@ -78,6 +78,9 @@ const ConversionOptionRow* conversionOption(const QString& name);
 /// one.
 QString idleWith(const ConversionOptions& options, const QString& name);
 
+/// What of `treatment` a run to `type` does: black and white gains nothing in JPEG.
+PageTreatment withoutIdleTreatment(PageTreatment treatment, OutputType type);
+
 /// The names of the output formats by their codes: "jpeg|png".
 const QString& formatNames();
 

@@ -76,7 +76,9 @@ namespace {
 
     QString textOf(const QByteArray& bytes)
     {
-        const QByteArray text = bytes.left(bytes.indexOf('\0'));
+        // What a damaged file says may have no end mark.
+        const qsizetype end = bytes.indexOf('\0');
+        const QByteArray text = end < 0 ? bytes : bytes.left(end);
         const QString shown = QString::fromUtf8(text).simplified();
         return shown.size() <= longestText ? shown : shown.left(longestText) + u'\u2026';
     }

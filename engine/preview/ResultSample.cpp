@@ -1,15 +1,22 @@
 #include "engine/preview/ResultSample.h"
 
 #include "engine/image/PageEncoding.h"
+#include "engine/image/decode/StoredRows.h"
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/pixels/UprightRows.h"
+#include "engine/image/tiffwriter/LeftOutTags.h"
+#include "engine/image/tiffwriter/TiffPageWriter.h"
+#include "engine/preview/BandRoom.h"
 #include "engine/preview/PartOfPage.h"
 #include "engine/preview/StoredRegion.h"
+#include "engine/threads/StopScope.h"
 
 #include <QDir>
-#include <QUuid>
+#include <QTemporaryDir>
 
 #include <algorithm>
+#include <limits>
+#include <stdexcept>
 
 namespace pagestack {
 
@@ -19,7 +26,9 @@ namespace {
 
     /// A page of 300 dpi up to A3 is looked at as a whole.
     constexpr std::int64_t mostPixels = 20'000'000;
+    constexpr std::uint64_t mostPageBytes = std::uint64_t { 128 } * 1024 * 1024;
     constexpr int partSidePx = 2048;
+    constexpr std::int64_t mostBmpBytes = std::numeric_limits<std::uint32_t>::max();
     constexpr int packedStep = 8; ///< a part begins with a whole byte
 
     /// The part around `center`, of the page as it is stored.
@@ -35,10 +44,13 @@ namespace {
         return { x, y, width, height };
     }
 
-    QString temporaryName(OutputType type)
+    /// The file is made in a folder of its own, which nobody else may enter.
+    QString nameIn(const QTemporaryDir& folder, OutputType type)
     {
-        return QDir::temp().filePath(u"pagestack-"_s + QUuid::createUuid().toString(QUuid::Id128)
-                                     + fileExtension(static_cast<int>(type)));
+        if (!folder.isValid())
+            throw std::runtime_error("cannot make a temporary folder: "
+                                     + folder.errorString().toStdString());
+        return folder.filePath(u"page"_s + fileExtension(static_cast<int>(type)));
     }
 
     QByteArray bytesOf(StagedFile& file)
@@ -48,22 +60,59 @@ namespace {
         return bytes;
     }
 
+    /// Before a part of it is encoded, which might fit.
+    void checkSides(const PageProperties& upright, const PageEncoding& encoding)
+    {
+        if (encoding.encode != nullptr
+            && std::max(upright.widthPx, upright.heightPx) > encoding.mostSidePx)
+            throwTooLarge(upright, encoding.name);
+    }
+
+    QStringList lossesOf(const PageDiagnostics& found)
+    {
+        constexpr qsizetype mostNames = 5;
+        QStringList losses = found.warnings + found.remarks;
+        if (!found.leftOutTags.isEmpty())
+            losses.append(leftOutText(found.leftOutTags, mostNames));
+        return losses;
+    }
+
+    /// How many times as large as that of its part the file of a page is.
+    double growth(const TiffPage& page, const QSize& part,
+                  const std::shared_ptr<const OpenTiffFile>& result)
+    {
+        const PageProperties& whole = page.properties();
+        // A TIFF file holds the samples as they are stored, of the part those that are shown.
+        if (result != nullptr && keepsSamples(page)) {
+            const TiffPage written(std::make_shared<TiffReader>(result), 0);
+            return static_cast<double>(page.decodedBytes())
+                / static_cast<double>(written.decodedBytes());
+        }
+        return static_cast<double>(whole.widthPx) * whole.heightPx
+            / (static_cast<double>(part.width()) * part.height());
+    }
+
 } // namespace
 
 ResultSample resultSample(const std::shared_ptr<const OpenTiffFile>& file, int index,
                           const ConversionOptions& options, const QPoint& center,
                           const IsStopped& isStopped)
 {
-    const auto page = std::make_shared<const TiffPage>(std::make_shared<TiffReader>(file), index,
-                                                       options.run.treatment);
-    const PageProperties& stored = page->properties();
+    const StopScope scope(isStopped, StopScope::Reach::PagesToo);
+    checkPage(*file, index);
+    const PageEncoding& encoding = pageEncoding(options.outputType);
+    const auto page = std::make_shared<const TiffPage>(
+        std::make_shared<TiffReader>(file), index,
+        withoutIdleTreatment(options.run.treatment, options.outputType));
+    const PageProperties stored = page->properties();
     const PageProperties upright = uprightProperties(stored);
+    checkSides(upright, encoding);
     ResultSample sample;
     sample.type = options.outputType;
     sample.pageSize = QSize(upright.widthPx, upright.heightPx);
     sample.region = QRect(QPoint(), sample.pageSize);
     const std::int64_t pixels = std::int64_t { stored.widthPx } * stored.heightPx;
-    sample.isEstimated = pixels > mostPixels;
+    sample.isEstimated = pixels > mostPixels || page->decodedBytes() > mostPageBytes;
     std::shared_ptr<const PageSource> source = std::make_shared<PartOfPage>(page, isStopped);
     if (sample.isEstimated) {
         const QSize size(stored.widthPx, stored.heightPx);
@@ -73,25 +122,31 @@ ResultSample resultSample(const std::shared_ptr<const OpenTiffFile>& file, int i
         source = std::make_shared<PartOfPage>(page, part, isStopped);
         sample.region = uprightRegion(part, sample.pageSize, stored.orientation);
     }
-    const QString name = temporaryName(options.outputType);
-    const auto made
-        = encodedPage(source, name, pageEncoding(options.outputType),
-                      { .jpegQuality = options.jpegQuality,
-                        .tiffCompressionIndex = static_cast<int>(options.tiffCompression) });
+    const QTemporaryDir folder(QDir::temp().filePath(u"pagestack-XXXXXX"_s));
+    const QString name = nameIn(folder, options.outputType);
+    const auto made = [&] {
+        const BandRoom room(heldBytes(page->tags()), isStopped);
+        return encodedPage(source, name, encoding,
+                           { .jpegQuality = options.jpegQuality,
+                             .tiffCompressionIndex = static_cast<int>(options.tiffCompression),
+                             .whole = sample.isEstimated ? page.get() : nullptr });
+    }();
+    std::shared_ptr<const OpenTiffFile> result;
+    if (options.outputType == OutputType::Tiff) {
+        made->settle();
+        result = std::make_shared<const OpenTiffFile>(name, *made);
+    }
     sample.bytes = static_cast<std::int64_t>(made->size());
     if (sample.isEstimated)
-        sample.bytes = static_cast<std::int64_t>(
-            static_cast<double>(sample.bytes) * static_cast<double>(pixels)
-            / (static_cast<double>(sample.region.width()) * sample.region.height()));
-    const PageDiagnostics found = page->messages().takeDiagnostics();
-    sample.losses = found.warnings + found.remarks;
-    if (options.outputType != OutputType::Tiff) {
+        sample.bytes = static_cast<std::int64_t>(static_cast<double>(sample.bytes)
+                                                 * growth(*page, sample.region.size(), result));
+    if (options.outputType == OutputType::Bmp && sample.bytes > mostBmpBytes)
+        throwTooLarge(upright, encoding.name);
+    sample.losses = lossesOf(page->messages().takeDiagnostics());
+    if (result)
+        sample.picture = pictureOf(result, { 0, {}, sample.region.size() }, isStopped);
+    else
         sample.file = bytesOf(*made);
-        return sample;
-    }
-    made->settle();
-    const auto result = std::make_shared<const OpenTiffFile>(name, *made);
-    sample.picture = pictureOf(result, { 0, {}, sample.region.size() }, isStopped);
     return sample;
 }
 

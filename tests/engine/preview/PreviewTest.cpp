@@ -187,6 +187,10 @@ void PreviewTest::damagedPagesSayWhatIsWrong()
 /// Catches work that goes on for a page that nobody looks at any more.
 void PreviewTest::aStopIsSeenBetweenBands()
 {
+    QVERIFY(QDir().mkpath(path(u"tmp"_s)));
+    const QByteArray temporary = qgetenv("TMPDIR");
+    qputenv("TMPDIR", QFile::encodeName(path(u"tmp"_s)));
+    const auto back = qScopeGuard([&] { qputenv("TMPDIR", temporary); });
     writeTiff(path(u"a.tif"_s), { TestPage("width=3000 height=1500 rows=10 compression=5") });
     const auto file = open(u"a.tif"_s);
     std::atomic<int> asked = 0;
@@ -197,21 +201,43 @@ void PreviewTest::aStopIsSeenBetweenBands()
     asked = 0;
     QCOMPARE(reasonOf([&] { resultSample(file, 0, options, {}, soon); }), u"stopped"_s);
     QVERIFY(asked < 10);
+
+    // Where rows before those that are wanted, or all of the page, are read first.
+    writeTiff(path(u"b.tif"_s), { TestPage("width=3000 height=1500 rows=1500 compression=5") });
+    const auto single = open(u"b.tif"_s);
+    asked = 0;
+    QCOMPARE(reasonOf([&] {
+                 pictureOf(single, { 0, { 0, 1400, 9, 9 }, anySize }, soon);
+             }),
+             u"stopped"_s);
+    options.outputType = OutputType::Tiff;
+    for (const Bilevel bilevel : { Bilevel::None, Bilevel::Otsu }) {
+        options.run.treatment.bilevel = bilevel;
+        asked = 0;
+        QCOMPARE(reasonOf([&] { resultSample(file, 0, options, {}, soon); }), u"stopped"_s);
+        QVERIFY(asked < 10);
+    }
+    QCOMPARE(namesIn(path(u"tmp"_s)), QStringList());
 }
 
 /// Catches old pages of a file that was replaced, and waiting for a pipe's other end.
 void PreviewTest::openFilesAreThoseOfNow()
 {
-    PreviewFile file(path(u"a.tif"_s));
+    int changes = 0;
+    PreviewFile file(path(u"a.tif"_s), [&] { ++changes; });
     QFile::remove(path(u"a.tif"_s));
     QVERIFY(reasonOf([&] { file.open(never); }).contains(u"cannot open the file"_s));
     writeTiff(path(u"a.tif"_s), { TestPage() });
     const auto one = file.open(never);
     QCOMPARE(file.open(never), one);
+    QCOMPARE(changes, 1);
     writeTiff(path(u"b.tif"_s), { TestPage(), TestPage() });
     QFile::remove(path(u"a.tif"_s));
     QVERIFY(QFile::rename(path(u"b.tif"_s), path(u"a.tif"_s)));
     QCOMPARE(file.open(never)->pageCount(), 2);
+    QCOMPARE(changes, 2);
+    const QString told = reasonOf([&] { pictureOf(file.open(never), { 2, {}, anySize }, never); });
+    QCOMPARE(told, u"the file has no page 3 any more, its last one is 2"_s);
     QCOMPARE(one->pageCount(), 1);
     QCOMPARE(reasonOf([&] { file.open([] { return true; }); }), QString());
     QCOMPARE(::mkfifo(QFile::encodeName(path(u"pipe.tif"_s)).constData(), 0600), 0);
@@ -242,6 +268,9 @@ void PreviewTest::factsAreThoseOfTheUprightPage()
     QCOMPARE(facts.texts, texts);
     QVERIFY(facts.others.contains(u"XPosition"_s));
     QCOMPARE(factsOf(open(u"f.tif"_s), 0).color, u"black and white"_s);
+    QByteArray bytes = bytesOf(path(u"f.tif"_s));
+    putBytes(path(u"f.tif"_s), bytes.replace(QByteArray("J\xc3\xb6rg\0", 6), "J\xc3\xb6rg!"));
+    QCOMPARE(factsOf(open(u"f.tif"_s), 1).texts.last().second, u"J\u00f6rg!"_s);
 }
 
 void PreviewTest::resultsHaveTheBytesOfARun_data()
@@ -270,7 +299,10 @@ void PreviewTest::resultsHaveTheBytesOfARun()
     Settings settings(nullptr);
     applyTo(settings, options);
     const QString target = path(u"a"_s + fileExtension(static_cast<int>(type)));
-    TiffDocument document(path(u"a.tif"_s), options.run.treatment);
+    PageTreatment treatment = options.run.treatment;
+    if (type == OutputType::Jpeg) // which black and white is idle for
+        treatment.bilevel = Bilevel::None;
+    TiffDocument document(path(u"a.tif"_s), treatment);
     QVERIFY(document.page(0).save(target, settings));
 
     const ResultSample sample = resultSample(open(u"a.tif"_s), 0, options, {}, never);
@@ -302,6 +334,20 @@ void PreviewTest::partsOfLargePagesAreEstimated()
     const PagePicture part = pictureOf(file, { 0, sample.region, anySize }, never);
     QVERIFY(part.samples == sample.picture->samples);
     QVERIFY(std::ranges::count(part.samples, 0) > 0 && std::ranges::count(part.samples, 255) > 0);
+
+    // CMYK is kept in TIFF, and the part of it shown in three colours.
+    TestPage cmyk("photometric=5 samples=4 width=5600 height=4100 rows=100");
+    cmyk.encoded = QList<QByteArray>(41, QByteArray(5600 * 100 * 4, 'c'));
+    TestPage wide("bits=1 width=70000 height=300 rows=300");
+    wide.encoded = { QByteArray(8750 * 300, '\0') };
+    writeTiff(path(u"c.tif"_s), { cmyk, wide });
+    const auto others = open(u"c.tif"_s);
+    const auto bytesOfWhole
+        = static_cast<double>(resultSample(others, 0, options, {}, never).bytes);
+    QVERIFY(std::abs(bytesOfWhole / (5600.0 * 4100 * 4) - 1) < 0.01);
+    options.outputType = OutputType::Jpeg;
+    const QString told = reasonOf([&] { resultSample(others, 1, options, {}, never); });
+    QVERIFY(told.contains(u"70000"_s));
 }
 
 } // namespace
