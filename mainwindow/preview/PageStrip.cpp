@@ -126,10 +126,26 @@ QVariant PageThumbnails::data(const QModelIndex& index, int role) const
     return {};
 }
 
+void PageThumbnails::hold(bool isHeld)
+{
+    m_isHeld = isHeld;
+    read();
+}
+
+void PageThumbnails::put(int page, const QImage& image)
+{
+    if (page >= m_pages || image.isNull())
+        return;
+    m_wanted.removeAll(page);
+    m_images.insert(
+        page, new QImage(image.scaled(m_size, Qt::KeepAspectRatio, Qt::SmoothTransformation)));
+    emit dataChanged(index(page), index(page), { Qt::DecorationRole });
+}
+
 /// The next that is wanted, one at a time; those that have been scrolled away are not any more.
 void PageThumbnails::read()
 {
-    if (m_work.isUnderWay())
+    if (m_isHeld || m_work.isUnderWay())
         return;
     while (!m_wanted.isEmpty() && !m_isInView(m_wanted.last()))
         m_wanted.removeLast();

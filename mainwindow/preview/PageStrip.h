@@ -21,6 +21,10 @@ public:
     /// `isInView` are read.
     void setPages(int pages, QSize size, MakeImage make, std::function<bool(int page)> isInView);
     QSize size() const { return m_size; } ///< of a thumbnail, in pixels of the screen, at most
+    /// While it is held, nothing is read.
+    void hold(bool isHeld);
+    /// A thumbnail that need not be read; `image` may be larger.
+    void put(int page, const QImage& image);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -31,6 +35,7 @@ private:
     int m_pages = 0;
     QSize m_size;
     MakeImage m_make;
+    bool m_isHeld = false;
     std::function<bool(int page)> m_isInView;
     mutable QCache<int, QImage> m_images; ///< null images for pages that cannot be read
     mutable QList<int> m_wanted; ///< the last that was asked for at the end
@@ -47,6 +52,7 @@ public:
 
     void setPages(int pages, MakeImage make);
     void setPage(int page); ///< from 0; without pageChosen()
+    PageThumbnails& thumbnails() { return m_thumbnails; }
 
 signals:
     void pageChosen(int page);

@@ -44,19 +44,29 @@ PictureView::PictureView(QThreadPool& threads, QWidget* parent)
     connect(&m_patience, &QTimer::timeout, this, [this] {
         forget();
         m_text = tr("Reading the page...");
+        setAccessibleDescription(m_text);
         update();
     });
 }
 
 void PictureView::showPage(int page, MakeImage make)
 {
+    expectPage();
     m_page = page;
     m_make = std::move(make);
+    wantWhole();
+}
+
+void PictureView::expectPage()
+{
+    m_make = nullptr;
     m_isNew = true;
     m_partWork.cancel();
     m_wholeWork.cancel();
     m_patience.start();
-    wantWhole();
+    m_text.clear();
+    setAccessibleDescription({});
+    update();
 }
 
 void PictureView::showText(const QString& text)
@@ -176,12 +186,12 @@ void PictureView::want()
     // What is far too large is shown with pixels left out.
     const bool isFarSmaller
         = room.width() * tooLarge < m_room.width() || room.height() * tooLarge < m_room.height();
-    if ((isLarger || isFarSmaller) && !m_wholeWork.isUnderWay())
+    if ((isLarger || (isFarSmaller && m_whole.hasParts)) && !m_wholeWork.isUnderWay())
         wantWhole();
     const double has = std::max(
         static_cast<double>(m_whole.image.width()) / std::max(m_whole.region.width(), 1),
         static_cast<double>(m_whole.image.height()) / std::max(m_whole.region.height(), 1));
-    if (std::min(1.0, shownZoom()) > has * goodEnough)
+    if (m_whole.hasParts && std::min(1.0, shownZoom()) > has * goodEnough)
         wantPart();
     else
         m_part = {};

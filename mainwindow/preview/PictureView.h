@@ -22,12 +22,15 @@ public:
     /// Shows a page that `make` gives the images of; what was shown before stays until it is there,
     /// but not for long.
     void showPage(int page, MakeImage make);
+    /// The page of before is shown for a moment yet: what takes its place is being made.
+    void expectPage();
     /// Shows `text` in place of a page.
     void showText(const QString& text);
     QString text() const { return m_text; } ///< empty while a page is shown
 
     bool hasPage() const { return !m_whole.pageSize.isEmpty(); }
     QSize pageSize() const { return m_whole.pageSize; }
+    const ShownImage& whole() const { return m_whole; }
     /// What is in view, in pixels of the page.
     QRect visibleRegion() const;
 

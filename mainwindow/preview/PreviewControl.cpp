@@ -6,6 +6,7 @@
 #include "filelist/FileTableModel.h"
 #include "mainwindow/desktop/Services.h"
 #include "mainwindow/settings/RunChoices.h"
+#include "mainwindow/state/ViewState.h"
 #include "ui_MainWindow.h"
 
 #include <QLayout>
@@ -50,6 +51,8 @@ PreviewControl::PreviewControl(const WindowParts& parts, Settings& settings)
     connect(rows, &QItemSelectionModel::currentRowChanged, this, later);
     connect(&parts.model, &QAbstractItemModel::rowsRemoved, this, later);
     connect(&parts.model, &QAbstractItemModel::modelReset, this, later);
+    // A run may have replaced what is shown.
+    connect(&parts.view, &ViewState::isProcessingChanged, this, later);
 }
 
 void PreviewControl::restore() { show(m_parts.services.defaults.boolForKey(showPreviewKey)); }

@@ -77,8 +77,8 @@ void PreviewPane::bind(std::function<ConversionOptions()> options)
                 showNotes();
             });
     connect(m_result.get(), &ComparedResult::failed, this, [this](const QString& reason) {
+        expectResult();
         m_controls->resultView->showText(reason);
-        m_controls->resultLabel->setText({});
     });
 }
 
@@ -99,9 +99,11 @@ void PreviewPane::connectControls()
     connect(c.compareBox, &QCheckBox::toggled, this, &PreviewPane::compare);
     connect(c.view, &PictureView::shown, this, [this](const QStringList& losses) {
         m_losses = losses;
+        endReading();
         showNotes();
         followPlace(*m_controls->view, *m_controls->resultView);
     });
+    connect(c.view, &PictureView::failed, this, &PreviewPane::endReading);
     connect(c.resultView, &PictureView::shown, this,
             [this] { followPlace(*m_controls->view, *m_controls->resultView); });
     for (PictureView* view : { c.view, c.resultView })
@@ -120,7 +122,9 @@ void PreviewPane::showFile(const QString& path)
         return readFacts();
     release();
     m_path = path;
-    m_file = std::make_shared<PreviewFile>(path);
+    m_file = std::make_shared<PreviewFile>(path, [this] { // on the threads of this pane
+        QMetaObject::invokeMethod(this, &PreviewPane::readAnew, Qt::QueuedConnection);
+    });
     m_controls->fileLabel->setText(QFileInfo(path).fileName());
     showPage(0);
 }
@@ -143,13 +147,34 @@ void PreviewPane::release()
     m_losses.clear();
     m_resultNotes.clear();
     showNotes();
+    c.strip->thumbnails().hold(false);
     setPages(0);
+}
+
+/// Nothing of the file of before is shown any more. Only what is read from now on counts.
+void PreviewPane::readAnew()
+{
+    if (!m_file)
+        return;
+    setPages(m_pages);
+    showPage(m_page);
+}
+
+/// The page comes first, and thumbnails take turns behind it.
+void PreviewPane::endReading()
+{
+    const PreviewControls& c = *m_controls;
+    if (!c.view->whole().hasParts) // it takes too long to be read for its thumbnail, too
+        c.strip->thumbnails().put(m_page, c.view->whole().image);
+    c.strip->thumbnails().hold(false);
 }
 
 void PreviewPane::refreshResult()
 {
-    if (m_result && isVisible() && m_controls->compareBox->isChecked())
-        m_result->refresh();
+    if (!m_result || !m_file || !isVisible() || !m_controls->compareBox->isChecked())
+        return;
+    expectResult();
+    m_result->refresh();
 }
 
 void PreviewPane::showPage(int page)
@@ -166,6 +191,7 @@ void PreviewPane::showPage(int page)
     c.previousButton->setEnabled(m_page > 0);
     c.nextButton->setEnabled(m_page + 1 < m_pages);
     m_losses.clear();
+    c.strip->thumbnails().hold(true);
     c.view->showPage(m_page, imagesOf(m_file));
     readFacts();
     compare();
@@ -245,8 +271,9 @@ void PreviewPane::compare()
     const bool isCompared = c.compareBox->isChecked();
     c.resultSide->setVisible(isCompared);
     c.viewLabel->setVisible(isCompared);
-    m_resultNotes.clear();
-    showNotes();
+    expectResult();
+    if (!isCompared || !m_file)
+        c.resultView->showText({});
     if (!m_result)
         return;
     if (isCompared && m_file)
@@ -254,6 +281,15 @@ void PreviewPane::compare()
     else
         m_result->stop();
     followShape();
+}
+
+/// What is known of the result before is not said any more.
+void PreviewPane::expectResult()
+{
+    m_controls->resultView->expectPage();
+    m_controls->resultLabel->setText({});
+    m_resultNotes.clear();
+    showNotes();
 }
 
 /// The two pages are where both are larger.

@@ -58,7 +58,10 @@ private:
     void takeFacts(const PageFacts& facts);
     void setPages(int pages);
     void showNotes();
+    void readAnew();
+    void endReading();
     void compare();
+    void expectResult();
     void followShape();
     void followPlace(const PictureView& moved, PictureView& other);
 

@@ -19,7 +19,7 @@ ShownImage shownImage(PagePicture picture)
         qsizetype { picture.size.width() } * picture.channels, format,
         [](void* vector) { delete static_cast<std::vector<std::uint8_t>*>(vector); },
         samples.release());
-    return { image, picture.region, picture.pageSize, std::move(picture.losses) };
+    return { image, picture.region, picture.pageSize, std::move(picture.losses), picture.hasParts };
 }
 
 ShownImage decodedSample(const ResultSample& sample)

@@ -16,6 +16,7 @@ struct ShownImage
     QRect region {}; ///< of the upright page
     QSize pageSize {};
     QStringList losses {};
+    bool hasParts = true; ///< see PagePicture
 };
 
 /// Makes the image of what is wanted of a page; throws the std::runtime_error of its reason. Any

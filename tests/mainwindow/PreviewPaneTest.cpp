@@ -1,3 +1,5 @@
+#include "mainwindow/preview/PreviewPane.h"
+
 #include "mainwindow/preview/PageStrip.h"
 #include "mainwindow/preview/PictureView.h"
 #include "tests/mainwindow/Session.h"
@@ -144,6 +146,12 @@ void PreviewPaneTest::whatCannotBeShownIsSaid()
     QVERIFY(QFile::remove(bad));
     highlight(u"good.tif"_s);
     QTRY_VERIFY_WITH_TIMEOUT(view().hasPage(), longMs);
+    // Replaced while it is shown.
+    const QSize before = view().pageSize();
+    QVERIFY(QFile::remove(good));
+    QVERIFY(QFile::copy(sample(u"text-page.tif"_s), good));
+    find<PreviewPane>("previewBox").showFile(good);
+    QTRY_VERIFY_WITH_TIMEOUT(view().hasPage() && view().pageSize() != before, longMs);
     highlight(u"bad.tif"_s);
     QTRY_VERIFY_WITH_TIMEOUT(view().text().contains(u"cannot open the file"_s), longMs);
     QCOMPARE(facts(), QString());
