@@ -111,6 +111,8 @@ void PagestackAppDelegate::awakeFromNib()
     setupToolbarAndMenuItems();
     m_preview->restore();
     restoreWindowState();
+    if (!pane().isHidden()) // the screen may have become another one
+        leaveRoom(*m_ui->previewBox, *m_ui->togglePreviewAction, *m_ui->toggleSettingsAction);
     new AppearanceMenu(*m_ui, m_services.defaults, m_window.get());
     new CommandTips(*m_window, *m_ui, *m_view, m_view.get());
     setTabOrder(controlsAsRead(*m_window));
@@ -161,7 +163,7 @@ void PagestackAppDelegate::connectButtons()
     });
     connect(m_ui->togglePreviewAction, &QAction::triggered, this, [this] {
         if (!m_ui->previewBox->isHidden())
-            leaveRoom(pane(), *m_ui->toggleSettingsAction);
+            leaveRoom(pane(), *m_ui->toggleSettingsAction, *m_ui->togglePreviewAction);
     });
     connect(m_view.get(), &ViewState::isProcessingChanged, this, &Self::isProcessingChanged);
     connect(m_view.get(), &ViewState::processingLabelColorChanged, this,
@@ -306,11 +308,12 @@ void PagestackAppDelegate::toggleSettings()
     m_services.synchronize(m_window.get());
     showSettings(show);
     if (show)
-        leaveRoom(*m_ui->previewBox, *m_ui->togglePreviewAction);
+        leaveRoom(*m_ui->previewBox, *m_ui->togglePreviewAction, *m_ui->toggleSettingsAction);
 }
 
-/// Hides `other` by its action where the screen has no room for all sides of the window.
-void PagestackAppDelegate::leaveRoom(const QWidget& other, QAction& action)
+/// Hides `other` by its action where the screen has no room for all sides of the window; while that
+/// cannot be, the side that has just come.
+void PagestackAppDelegate::leaveRoom(const QWidget& other, QAction& action, QAction& newcomer)
 {
     const QSize screen = m_window->screen()->availableSize();
     const auto layOut = [this] {
@@ -321,7 +324,7 @@ void PagestackAppDelegate::leaveRoom(const QWidget& other, QAction& action)
     layOut();
     if (other.isHidden() || m_window->minimumSizeHint().width() <= screen.width())
         return;
-    action.trigger();
+    (action.isEnabled() ? action : newcomer).trigger();
     layOut();
     m_window->resize(m_window->size().boundedTo(screen - frame));
 }

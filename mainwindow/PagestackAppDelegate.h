@@ -163,7 +163,7 @@ private:
     void connectButtons();
     void connectMenus();
     void markTheKeyLetters();
-    void leaveRoom(const QWidget& other, QAction& action);
+    void leaveRoom(const QWidget& other, QAction& action, QAction& newcomer);
     void aboutAction();
     void saveWindowState();
     void restoreWindowState();

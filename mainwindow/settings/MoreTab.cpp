@@ -132,6 +132,8 @@ void MoreTab::follow()
             part->setEnabled(hasEffect);
             part->setVisible(isOfFormat);
         }
+        if (field.fault != nullptr)
+            field.fault->setVisible(isOfFormat && !field.fault->text().isEmpty());
     }
     try {
         exampleName(all);
@@ -145,7 +147,7 @@ void MoreTab::forgetFaults()
 {
     for (const Field& field : m_fields)
         if (field.fault != nullptr)
-            field.fault->hide();
+            field.fault->clear();
     follow();
 }
 
@@ -159,9 +161,8 @@ void MoreTab::show(const Field& field, const QString& text) const
             popup->addItem(text, text);
         popup->setCurrentIndex(popup->findData(text));
     } else if (auto* line = qobject_cast<QLineEdit*>(field.control);
-               line->text() != text && line != m_typedIn && field.fault->isHidden()) {
+               line->text() != text && line != m_typedIn && field.fault->text().isEmpty()) {
         line->setText(text);
-        field.fault->hide();
     }
 }
 

@@ -85,7 +85,8 @@ void CommandTips::follow(QAbstractButton& button) const
     const QString key = keyOf(button, actionOf(&button, m_ui));
     const QString name = nameOf(button);
     QStringList lines { key.isEmpty() ? name : tr("%1 (%2)").arg(name, key) };
-    lines.append(button.property(purposeProperty).toString());
+    if (const QString purpose = button.property(purposeProperty).toString(); purpose != name)
+        lines.append(purpose);
     if (!button.isEnabled())
         lines.append(m_view.whyDisabled(button));
     lines.removeAll(QString());

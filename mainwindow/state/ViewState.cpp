@@ -120,6 +120,8 @@ QString ViewState::whyDisabled(const QWidget& control) const
 {
     if (m_ui.rightBox->isAncestorOf(&control) && m_ui.rightBox->isEnabled())
         return {}; // the pane knows
+    if (m_ui.previewBox->isAncestorOf(&control))
+        return {}; // works all the time
     if (!m_isViewEnabled)
         return tr("Not while files are being added, sorted or converted.");
     if (m_files.count() == 0)
