@@ -32,7 +32,8 @@ if [ -e "$tree/bin/pagestack" ]; then
     plugins=$(qtpaths6 --query QT_INSTALL_PLUGINS 2> /dev/null || qmake6 -query QT_INSTALL_PLUGINS)
     for plugin in platforms/libqxcb.so platforms/libqoffscreen.so platforms/libqwayland-generic.so \
         wayland-shell-integration/libxdg-shell.so xcbglintegrations/libqxcb-egl-integration.so \
-        platforminputcontexts/libcomposeplatforminputcontextplugin.so imageformats/libqsvg.so; do
+        platforminputcontexts/libcomposeplatforminputcontextplugin.so imageformats/libqsvg.so \
+        imageformats/libqjpeg.so imageformats/libqgif.so; do
         [ -e "$plugins/$plugin" ] || { echo "portable: without $plugin" >&2; continue; }
         mkdir -p "$tree/lib/plugins/$(dirname "$plugin")"
         cp -L "$plugins/$plugin" "$tree/lib/plugins/$plugin"
