@@ -25,8 +25,8 @@ void Addition::refuse(const QString& path, const QString& reason)
 
 QString Addition::text() const
 {
-    const int leftOut = notTiff + refused;
-    if (added + listed + leftOut + unsearched == 0)
+    const int leftOut = notTiff + refused + unreadLines;
+    if (added + listed + leftOut + unsearched == 0 && end == End::Reached)
         return {};
     QStringList parts { translated(QT_TRANSLATE_N_NOOP("pagestack::Addition", "%Ln added"),
                                    added) };
@@ -40,6 +40,11 @@ QString Addition::text() const
         parts.append(
             translated(QT_TRANSLATE_N_NOOP("pagestack::Addition", "%Ln sub-folder(s) not searched"),
                        unsearched));
+    if (end == End::Cancelled)
+        parts.append(translated(QT_TRANSLATE_NOOP("pagestack::Addition", "then cancelled"), -1));
+    if (end == End::Failed)
+        parts.append(
+            translated(QT_TRANSLATE_NOOP("pagestack::Addition", "then ended by an error"), -1));
     const QString text = parts.join(u", "_s);
     return refused == 1 ? text + u" - "_s + refusals.first() : text;
 }
@@ -51,6 +56,10 @@ QString Addition::reasons() const
         lines.append(translated(
             QT_TRANSLATE_N_NOOP("pagestack::Addition", "%Ln file(s) not named .tif or .tiff"),
             notTiff));
+    if (unreadLines > 0)
+        lines.append(translated(
+            QT_TRANSLATE_N_NOOP("pagestack::Addition", "%Ln line(s) that are no path of a file"),
+            unreadLines));
     lines += refusals;
     if (refused > refusals.size())
         lines.append(translated(QT_TRANSLATE_N_NOOP("pagestack::Addition", "and %Ln more"),

@@ -14,6 +14,7 @@ struct Arguments
     bool isFolders = false; ///< search the URLs as folders; false: add them as they are
     bool isIncludeSubdirectories = false; ///< of folders: all folders below them too
     QHash<QUrl, QString> pageChoices {}; ///< of some files that are added as they are
+    int unreadLines = 0; ///< of the text that names the files: those that name none
 };
 
 } // namespace pagestack

@@ -12,17 +12,20 @@ namespace pagestack {
 
 namespace {
 
-    constexpr qsizetype mostUrlsLookedAt = 1000; // a drag has to be answered at once
+    constexpr qsizetype mostUrlsLookedAt = 20; // a drag has to be answered at once
 
-    /// Whether any of what is dragged may be added to the list.
+    /// Whether any of what is dragged may be added to the list. Of many it is not known: the load
+    /// says what was left out.
     bool hasUsefulFile(const QMimeData& offer)
     {
-        const QList<QUrl> urls
-            = offer.urls().first(std::min(offer.urls().size(), mostUrlsLookedAt));
-        return std::ranges::any_of(urls, [](const QUrl& url) {
-            return url.isLocalFile()
-                && (hasAllowedFileType(url.path()) || QFileInfo(url.toLocalFile()).isDir());
-        });
+        const QList<QUrl> urls = offer.urls();
+        const auto isNamedSo
+            = [](const QUrl& url) { return url.isLocalFile() && hasAllowedFileType(url.path()); };
+        const auto isFolder = [](const QUrl& url) {
+            return url.isLocalFile() && QFileInfo(url.toLocalFile()).isDir();
+        };
+        return urls.size() > mostUrlsLookedAt || std::ranges::any_of(urls, isNamedSo)
+            || std::ranges::any_of(urls, isFolder);
     }
 
 } // namespace

@@ -112,22 +112,22 @@ namespace {
         void enter(const QString& folder)
         {
             m_folder = absolutePath(folder);
-            m_walk.emplace(folder, FolderWalk::Links::Left, m_request.isIncludeSubdirectories);
+            m_walk.emplace(folder, FolderWalk::Links::Left, m_request.isIncludeSubdirectories,
+                           &hasAllowedFileType);
         }
 
         void stepInFolder(QList<FoundFile>& found)
         {
             const std::optional<FolderWalk::Entry> entry = m_walk->next();
+            m_addition.notTiff += m_walk->takeUnwanted();
             if (!entry)
                 m_walk.reset();
             else if (!entry->fault.isEmpty())
                 leaveOut(*entry);
             else if (entry->isFolder)
                 m_addition.unsearched += m_request.isIncludeSubdirectories ? 0 : 1;
-            else if (hasAllowedFileType(entry->path))
-                found.append({ QUrl::fromLocalFile(entry->path), m_folder });
             else
-                ++m_addition.notTiff;
+                found.append({ QUrl::fromLocalFile(entry->path), m_folder });
         }
 
         void leaveOut(const FolderWalk::Entry& entry)
@@ -199,6 +199,8 @@ namespace {
             for (const FoundFile& file : std::as_const(found))
                 m_ahead.add([this, file] { return makeItem(file); });
         }
+        if (!isWanted())
+            m_addition.end = Addition::End::Cancelled;
     }
 
     QList<FoundFile> Load::findMore()
@@ -283,7 +285,8 @@ namespace {
     Addition load(LoaderTarget& target, const Arguments& request, const QString& operation)
     {
         Addition addition;
-        guarded(operation, [&] { Load(target, request, addition).run(); });
+        if (!guarded(operation, [&] { Load(target, request, addition).run(); }))
+            addition.end = Addition::End::Failed;
         return addition;
     }
 

@@ -242,11 +242,36 @@ void FileTableModel::announceMarks(int first, int last)
 
 void FileTableModel::choosePages(const QList<int>& rows, const QString& choice)
 {
-    for (const int row : rows) {
+    if (rows.isEmpty())
+        return;
+    for (const int row : rows)
         m_files.at(row)->setPageChoice(choice);
-        emit dataChanged(index(row, PagesToConvert), index(row, PagesToConvert),
-                         { Qt::DisplayRole, Qt::EditRole });
+    const auto [first, last] = std::ranges::minmax(rows);
+    announceChoices(first, last);
+}
+
+void FileTableModel::choosePages(const QHash<QUrl, QString>& choices)
+{
+    if (choices.isEmpty())
+        return;
+    int first = m_files.count();
+    int last = -1;
+    for (int row = 0; row < m_files.count(); ++row) {
+        const auto choice = choices.constFind(m_files.at(row)->filePath());
+        if (choice == choices.cend())
+            continue;
+        m_files.at(row)->setPageChoice(*choice);
+        first = std::min(first, row);
+        last = row;
     }
+    if (last >= 0)
+        announceChoices(first, last);
+}
+
+void FileTableModel::announceChoices(int first, int last)
+{
+    emit dataChanged(index(first, PagesToConvert), index(last, PagesToConvert),
+                     { Qt::DisplayRole, Qt::EditRole });
 }
 
 bool FileTableModel::takePageChoice(int row, const QString& text)

@@ -87,6 +87,8 @@ public:
 
     /// Chooses the pages of these rows; `choice` is as FileItem::setPageChoice takes it.
     void choosePages(const QList<int>& rows, const QString& choice);
+    /// The same for the files with these URLs, as far as they are in the list.
+    void choosePages(const QHash<QUrl, QString>& choices);
 
     /// Selections and the current row stay with their items.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
@@ -121,6 +123,7 @@ private:
     QVariant shownText(const QModelIndex& index) const;
     QVariant checkMarkData(const FileItem& item, int role) const;
     void announceMarks(int first, int last);
+    void announceChoices(int first, int last);
     bool takePageChoice(int row, const QString& text);
 
     QString toolTip(const QModelIndex& index) const;

@@ -9,17 +9,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    QUrl fileIn(QString line)
+    constexpr qsizetype mostCharacters = 4'000'000; // the window stands still meanwhile
+
+    QUrl fileIn(QStringView line)
     {
-        line = line.trimmed();
         for (const QChar mark : { u'"', u'\'' })
             if (line.size() > 1 && line.startsWith(mark) && line.endsWith(mark))
                 line = line.sliced(1, line.size() - 2);
-        if (line.startsWith(u"file:"_s, Qt::CaseInsensitive))
-            return QUrl(line);
-        if (line.startsWith(u"~/"_s))
-            line.replace(0, 1, QDir::homePath());
-        return QDir::isAbsolutePath(line) ? QUrl::fromLocalFile(line) : QUrl();
+        if (line.startsWith(u"file:", Qt::CaseInsensitive))
+            return QUrl(line.toString());
+        if (line.startsWith(u"~/"))
+            return QUrl::fromLocalFile(QDir::homePath() + line.sliced(1).toString());
+        return line.startsWith(u'/') ? QUrl::fromLocalFile(line.toString()) : QUrl();
     }
 
 } // namespace
@@ -35,16 +36,29 @@ std::unique_ptr<QMimeData> clipboardData(const QList<QUrl>& urls)
     return data;
 }
 
-QList<QUrl> filesIn(const QMimeData* data)
+ClipboardFiles filesIn(const QMimeData* data)
 {
     if (data == nullptr)
         return {};
-    QList<QUrl> urls = data->urls();
-    if (!data->hasUrls())
-        for (const QString& line : data->text().split(u'\n'))
-            urls.append(fileIn(line));
-    urls.removeIf([](const QUrl& url) { return !url.isLocalFile(); });
-    return urls;
+    if (data->hasUrls()) {
+        QList<QUrl> urls = data->urls();
+        urls.removeIf([](const QUrl& url) { return !url.isLocalFile(); });
+        return { .urls = urls };
+    }
+    const QString text = data->text();
+    if (text.size() > mostCharacters)
+        return { .isTooLong = true };
+    ClipboardFiles files;
+    for (const QStringView part : qTokenize(text, u'\n')) {
+        const QStringView line = part.trimmed();
+        if (line.isEmpty())
+            continue;
+        if (const QUrl url = fileIn(line); url.isLocalFile())
+            files.urls.append(url);
+        else
+            ++files.unreadLines;
+    }
+    return files;
 }
 
 } // namespace pagestack

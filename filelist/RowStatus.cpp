@@ -81,10 +81,10 @@ RowStatuses::RowStatuses(QObject* parent)
 
 void RowStatuses::set(const QString& path, const RowStatus& status)
 {
-    if (status.state == State::None)
-        m_ofRun.remove(path);
-    else
+    if (status.state != State::None)
         m_ofRun.insert(path, status);
+    else if (!m_ofRun.remove(path))
+        return; // as for nearly all files of a load
     if (!m_pause.isActive())
         m_pause.start();
 }

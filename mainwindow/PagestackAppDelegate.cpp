@@ -92,10 +92,14 @@ void PagestackAppDelegate::awakeFromNib()
     m_preview = std::make_unique<PreviewControl>(parts, *m_settings);
     m_incoming = std::make_unique<IncomingFiles>(
         [this] {
-            return !m_worker->isBusy() && !m_run->isUnderWay()
+            return m_view->isViewEnabled() && !m_worker->isBusy()
                 && QApplication::activeModalWidget() == nullptr;
         },
         [this](const QList<QUrl>& urls) { m_load->openURLs(urls); });
+    connect(m_incoming.get(), &IncomingFiles::kept, this, [this](int count) {
+        if (m_run->isOpen())
+            m_load->tellWaiting(count);
+    });
     pane().showExampleOf(m_files, *m_tableModel);
     connectButtons();
     connectMenus();

@@ -70,6 +70,8 @@ public:
     void quitUnasked(); ///< also ends a run
     /// Whether closing the window ends the program, as it does everywhere but on macOS; else it
     /// hides the window, and applicationShouldHandleReopen() brings it back.
+    /// Nothing that comes from now on would be opened.
+    bool isEnding() const { return m_hasQuit || (m_worker && m_worker->isTerminating()); }
     void setEndsWithWindow(bool endsWithWindow) { m_endsWithWindow = endsWithWindow; }
 
     // The run: see RunControl and ViewState.

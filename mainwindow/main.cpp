@@ -63,9 +63,11 @@ int main(int argc, char* argv[])
     QObject::connect(&terminationSignals, &Signals::interrupted, &controller,
                      &PagestackAppDelegate::quitUnasked);
     controller.awakeFromNib();
-    if (instance)
+    if (instance) {
+        instance->setIsEnding([&controller] { return controller.isEnding(); });
         QObject::connect(&*instance, &SingleInstance::opened, &controller,
                          &PagestackAppDelegate::openFromOutside);
+    }
     controller.openPaths(given.paths);
     const int code = QApplication::exec();
     return Signals::received() != 0 ? 128 + Signals::received() : code;

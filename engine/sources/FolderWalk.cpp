@@ -62,9 +62,10 @@ namespace {
 
 } // namespace
 
-FolderWalk::FolderWalk(const QString& folder, Links links, bool isRecursive)
+FolderWalk::FolderWalk(const QString& folder, Links links, bool isRecursive, Wanted wanted)
     : m_linkRule(links)
     , m_isRecursive(isRecursive)
+    , m_isWanted(std::move(wanted))
 {
     enter(folder);
 }
@@ -87,7 +88,7 @@ bool FolderWalk::isListedBefore(const Name& a, const Name& b)
 }
 
 // Not with QDir, whose listings leave out names that are not text.
-void FolderWalk::read(Folder& folder) const
+void FolderWalk::read(Folder& folder)
 {
     std::error_code error;
     fs::directory_iterator unread(QFile::encodeName(folder.path).toStdString(), error);
@@ -98,9 +99,15 @@ void FolderWalk::read(Folder& folder) const
             continue;
         std::error_code ignored;
         const bool isFolder = entry.is_directory(ignored);
-        folder.names.push_back({ pathFromBytes(entry.path().filename().c_str()), isFolder,
-                                 isFolder && entry.is_symlink(ignored) });
+        QString name = pathFromBytes(entry.path().filename().c_str());
+        if (!isFolder && isPath(name) && !m_isWanted(name))
+            ++m_unwanted;
+        else
+            folder.names.push_back(
+                { std::move(name), isFolder, isFolder && entry.is_symlink(ignored) });
     }
+    if (StopScope::isStopped())
+        folder.names.clear(); // a long folder takes its time to be sorted, too
     std::ranges::sort(folder.names, isListedBefore);
     if (error)
         folder.fault = QString::fromLocal8Bit(error.message().c_str());

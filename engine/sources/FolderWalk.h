@@ -7,7 +7,9 @@
 
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace pagestack {
@@ -15,8 +17,8 @@ namespace pagestack {
 /// The visible entries of a folder, one a call, by name, with naturallyLess(); files before
 /// folders, a folder before its entries. A name with a leading dot is hidden. One thread.
 ///
-/// The names of the folder in hand, and of those that lead to it, are held. A StopScope of the
-/// thread ends the reading of a long folder.
+/// The wanted names of the folder in hand, and of those that lead to it, are held. A StopScope of
+/// the thread ends the reading of a long folder.
 class FolderWalk
 {
 public:
@@ -40,10 +42,16 @@ public:
         QString fault {};
     };
 
-    FolderWalk(const QString& folder, Links links, bool isRecursive);
+    /// By the name of a file.
+    using Wanted = std::function<bool(const QString& name)>;
+
+    /// Files that are not `wanted` are counted alone, unless their names are no text.
+    FolderWalk(const QString& folder, Links links, bool isRecursive, Wanted wanted);
 
     /// None at the end.
     std::optional<Entry> next();
+    /// The number of files left out since the last call.
+    int takeUnwanted() { return std::exchange(m_unwanted, 0); }
 
 private:
     struct Name
@@ -62,12 +70,14 @@ private:
 
     void enter(const QString& path);
     void follow(const Entry& folder);
-    void read(Folder& folder) const;
+    void read(Folder& folder);
     Entry entryOf(const Folder& folder, const Name& name) const;
     static bool isListedBefore(const Name& a, const Name& b);
 
     Links m_linkRule;
     bool m_isRecursive;
+    Wanted m_isWanted;
+    int m_unwanted = 0;
     std::vector<Folder> m_open; ///< the innermost folder last
     std::deque<QString> m_links; ///< to folders, not entered yet
     QSet<FileIdentity> m_entered;

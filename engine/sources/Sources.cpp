@@ -130,7 +130,9 @@ namespace {
     void Collector::addFolder(const QString& shown)
     {
         const QString folder = absolutePath(shown);
-        FolderWalk walk(shown, FolderWalk::Links::Followed, m_isRecursive);
+        FolderWalk walk(shown, FolderWalk::Links::Followed, m_isRecursive, [](const QString& name) {
+            return hasAllowedFileType(name) || hasOddFileType(name);
+        });
         while (const auto entry = walk.next()) {
             const bool isFile = !entry->isFolder;
             if (isFile && !hasAllowedFileType(entry->path)) {

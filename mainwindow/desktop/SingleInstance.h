@@ -4,6 +4,9 @@
 #include <QObject>
 #include <QUrl>
 
+#include <functional>
+#include <utility>
+
 namespace pagestack {
 
 /// Makes the program one of its kind in a session of the desktop: a second one hands its files to
@@ -24,12 +27,18 @@ public:
     /// other does not answer.
     bool handOver(const QList<QUrl>& urls);
 
+    /// From the time when `isEnding` is true files are refused: they would be opened no more, and
+    /// the other start of the program opens them itself.
+    void setIsEnding(std::function<bool()> isEnding) { m_isEnding = std::move(isEnding); }
+    bool isEnding() const { return m_isEnding && m_isEnding(); }
+
 signals:
     /// Another start of the program wants these opened, and the window in front; maybe none.
     void opened(const QList<QUrl>& urls);
 
 private:
     bool m_isFirst = true;
+    std::function<bool()> m_isEnding;
 };
 
 } // namespace pagestack

@@ -36,9 +36,18 @@ public:
     }
 
 public slots:
-    void Activate(const QVariantMap& platformData) { Open({}, platformData); }
-    void Open(const QStringList& uris, const QVariantMap& platformData)
+    void Activate(const QVariantMap& platformData, const QDBusMessage& call)
     {
+        Open({}, platformData, call);
+    }
+    void Open(const QStringList& uris, const QVariantMap& platformData, const QDBusMessage& call)
+    {
+        if (m_instance.isEnding()) {
+            call.setDelayedReply(true); // there is one already
+            QDBusConnection::sessionBus().send(
+                call.createErrorReply(QDBusError::Failed, u"it is about to end"_s));
+            return;
+        }
         // With it a Wayland desktop lets the window come to the front.
         if (const QByteArray token = platformData.value(u"activation-token"_s).toByteArray();
             !token.isEmpty())

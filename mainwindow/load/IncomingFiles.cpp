@@ -1,8 +1,12 @@
 #include "mainwindow/load/IncomingFiles.h"
 
+#include "engine/support/SystemLog.h"
+
 #include <utility>
 
 namespace pagestack {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -20,6 +24,12 @@ IncomingFiles::IncomingFiles(std::function<bool()> isIdle,
     connect(&m_timer, &QTimer::timeout, this, &IncomingFiles::openWhenIdle);
 }
 
+IncomingFiles::~IncomingFiles()
+{
+    for (const QUrl& url : std::as_const(m_waiting))
+        systemLog(u"The program ended before this file was opened: "_s + url.toLocalFile());
+}
+
 void IncomingFiles::add(const QList<QUrl>& urls)
 {
     if (urls.isEmpty())
@@ -31,9 +41,9 @@ void IncomingFiles::add(const QList<QUrl>& urls)
 void IncomingFiles::openWhenIdle()
 {
     if (m_isIdle())
-        m_open(std::exchange(m_waiting, {}));
-    else
-        m_timer.start(busyMs);
+        return m_open(std::exchange(m_waiting, {}));
+    emit kept(static_cast<int>(m_waiting.size()));
+    m_timer.start(busyMs);
 }
 
 } // namespace pagestack

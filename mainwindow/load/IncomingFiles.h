@@ -19,7 +19,16 @@ public:
     /// `isIdle` says whether a load can begin; `open` begins it.
     IncomingFiles(std::function<bool()> isIdle, std::function<void(const QList<QUrl>&)> open);
 
+    /// What still waits is named in the system log.
+    ~IncomingFiles() override;
+    IncomingFiles(const IncomingFiles&) = delete;
+    IncomingFiles& operator=(const IncomingFiles&) = delete;
+
     void add(const QList<QUrl>& urls);
+
+signals:
+    /// `count` files cannot be opened yet.
+    void kept(int count);
 
 private:
     void openWhenIdle();

@@ -19,6 +19,8 @@
 #include <QGuiApplication>
 #include <QTextDocument>
 
+#include <utility>
+
 namespace pagestack {
 
 using namespace Qt::StringLiterals;
@@ -63,11 +65,14 @@ LoadControl::LoadControl(const WindowParts& parts, ListCommands& list)
 /// Adds what the clipboard has: files, or their paths as text.
 void LoadControl::paste()
 {
-    const QList<QUrl> urls = filesIn(QGuiApplication::clipboard()->mimeData());
-    if (urls.isEmpty())
+    const ClipboardFiles files = filesIn(QGuiApplication::clipboard()->mimeData());
+    if (files.isTooLong)
+        tellAddition(tr("The text on the clipboard is too long; save it as a file to import it"),
+                     {});
+    else if (files.urls.isEmpty())
         tellAddition(tr("The clipboard has no files and no paths of files"), {});
     else
-        load(urls, true);
+        load(files.urls, true, files.unreadLines);
 }
 
 void LoadControl::addFiles()
@@ -113,18 +118,21 @@ void LoadControl::setInculdeSubfolders(bool include)
 }
 
 /// With what is below the folders, if the user wants that.
-void LoadControl::load(const QList<QUrl>& urls, bool areFolders)
+void LoadControl::load(const QList<QUrl>& urls, bool areFolders, int unreadLines)
 {
     if (urls.isEmpty())
         return;
     if (areFolders)
         m_recentFolders.note(urls);
-    startLoading({ urls, areFolders, m_parts.ui.inculdeSubfoldersBtn->isChecked() });
+    startLoading({ .urls = urls,
+                   .isFolders = areFolders,
+                   .isIncludeSubdirectories = m_parts.ui.inculdeSubfoldersBtn->isChecked(),
+                   .unreadLines = unreadLines });
 }
 
 void LoadControl::startLoading(const Arguments& arguments)
 {
-    if (!m_parts.worker.isBusy())
+    if (m_parts.view.isViewEnabled() && !m_parts.worker.isBusy())
         m_parts.worker.start([this, arguments] { loadURLs(arguments); });
 }
 
@@ -148,6 +156,8 @@ void LoadControl::loadURLs(const Arguments& arguments)
             ? loader.addFolderToList(arguments.urls, arguments.isIncludeSubdirectories)
             : loader.addFilesToList(arguments.urls, arguments.pageChoices);
         addition = loader.addition();
+        addition.unreadLines = arguments.unreadLines;
+        callOnMainThread([&] { m_parts.model.choosePages(std::exchange(m_choices, {})); });
         if (isChanged)
             m_list.sortAsTable();
     });
@@ -161,6 +171,11 @@ void LoadControl::loadURLs(const Arguments& arguments)
         view.updateTimeTakenLabel(totalTimeTakenText(taken, 0, 0));
         tellAddition(addition.text(), addition.reasons());
     });
+}
+
+void LoadControl::tellWaiting(int count)
+{
+    tellAddition(tr("%n file(s) wait until the conversion is closed", nullptr, count), {});
 }
 
 /// Until the next change of the list.
@@ -206,16 +221,15 @@ bool LoadControl::isProcessing() const { return m_parts.view.isProcessing(); }
 
 bool LoadControl::append(const std::shared_ptr<FileItem>& item)
 {
-    return m_parts.model.append(item);
+    if (!m_parts.model.append(item))
+        return false;
+    m_parts.model.setStatus(item->path(), {}); // the last run had another file there, maybe
+    return true;
 }
 
 void LoadControl::choosePages(const QHash<QUrl, QString>& choices)
 {
-    const auto& items = m_parts.files.items();
-    for (int row = 0; row < items.size(); ++row)
-        if (const auto choice = choices.constFind(items.at(row)->filePath());
-            choice != choices.cend())
-            m_parts.model.choosePages({ row }, *choice);
+    m_choices.insert(choices); // at the end at once: a long list would be looked through each time
 }
 
 void LoadControl::updateTotalPagesLabel() { m_parts.view.updateTotalPagesLabel(); }

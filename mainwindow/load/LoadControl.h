@@ -7,6 +7,7 @@
 #include "mainwindow/load/RecentSourceFolders.h"
 #include "mainwindow/state/WindowParts.h"
 
+#include <QHash>
 #include <QObject>
 
 namespace pagestack {
@@ -32,9 +33,12 @@ public:
     /// Files, and folders with what the user wants of them, as if they were dropped. Refused while
     /// a load or a run is under way.
     void openURLs(const QList<QUrl>& urls) { load(urls, true); }
+    /// Says that `count` files from outside will be loaded after the run.
+    void tellWaiting(int count);
     bool inculdeSubfolders() const;
     void setInculdeSubfolders(bool include);
-    /// Starts a load on a thread of its own; refused while a load or a run is under way.
+    /// Starts a load on a thread of its own; refused until the last load or run is over and
+    /// closed.
     void startLoading(const Arguments& arguments);
     void loadURLs(const Arguments& arguments);
 
@@ -46,7 +50,7 @@ private:
     void updateTotalPagesLabel() override;
     void ImportFilesWindowControllerDidFinish(ImportFilesWindowController& dialog) override;
 
-    void load(const QList<QUrl>& urls, bool areFolders);
+    void load(const QList<QUrl>& urls, bool areFolders, int unreadLines = 0);
     void tellAddition(const QString& text, const QString& reasons);
     void forgetAddition();
     FileList::Items takeScatteredHighlight();
@@ -55,6 +59,7 @@ private:
     const WindowParts m_parts;
     ListCommands& m_list;
     RecentSourceFolders m_recentFolders;
+    QHash<QUrl, QString> m_choices; ///< of pages, for files that the list had before the load
     ImportFilesWindowController* m_importPanel = nullptr; ///< the window's; made when first used
 };
 

@@ -3,6 +3,7 @@
 #include "mainwindow/run/RunProgress.h"
 
 #include <QDialog>
+#include <QPointer>
 #include <QTimer>
 
 #include <memory>
@@ -42,6 +43,7 @@ public:
     /// Whether the line at the bottom of the window stands for the sheet. Not for long: the next
     /// run begins with the sheet.
     bool isSmall() const { return m_isSmall; }
+    bool isFollowing() const { return !m_job.isNull(); } ///< from follow() to stopFollowing()
     void setSmall(bool isSmall);
 
     /// The problems as text, a line each.
@@ -89,7 +91,7 @@ private:
 
     std::unique_ptr<Ui::ProcessPanel> m_ui;
     RunStrip* m_strip; ///< the window's
-    Process* m_job = nullptr; ///< not owned
+    QPointer<Process> m_job; ///< null when it is gone, too
     RunProgress m_progress;
     bool m_isCancelled = false;
     bool m_isSmall = false;

@@ -36,10 +36,14 @@ namespace {
     QList<OutputFile> tickedOutputs(const FileList::Items& items)
     {
         QList<OutputFile> outputs;
-        for (const FileList::Item& item : items)
-            if (item->isSelected())
-                outputs.append(
-                    { .filename = item->filePath().toLocalFile(), .fileItems = { item } });
+        for (const FileList::Item& item : items) {
+            if (!item->isSelected())
+                continue;
+            const QString path = item->filePath().toLocalFile();
+            // The item's own where it is the same: statuses are kept by it.
+            outputs.append(
+                { .filename = path == item->path() ? item->path() : path, .fileItems = { item } });
+        }
         return outputs;
     }
 
@@ -296,6 +300,8 @@ void RunControl::ask()
 }
 
 bool RunControl::isUnderWay() const { return m_isRunning && m_process && m_process->isCombining(); }
+
+bool RunControl::isOpen() const { return m_panel->isFollowing(); }
 
 void RunControl::askBeforeItEnds(const std::function<void()>& end)
 {

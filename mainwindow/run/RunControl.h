@@ -42,6 +42,8 @@ public:
 
     /// A job runs that nobody has asked to end.
     bool isUnderWay() const;
+    /// A run is under way, or has ended and is not closed yet.
+    bool isOpen() const;
     /// Asks whether the run is to end with the program, and calls `end` then.
     void askBeforeItEnds(const std::function<void()>& end);
 

@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 
 namespace pagestack {
@@ -51,7 +52,7 @@ public:
 private:
     void passSources(int processed);
 
-    Process* m_job = nullptr; ///< not owned
+    QPointer<Process> m_job; ///< null when it is gone, too
     RunPace m_pace;
     RunWork m_passed; ///< of the sources that are done, be it with failures
     int m_sourcesPassed = 0;

@@ -50,8 +50,10 @@ ViewState::ViewState(QMainWindow& window, Ui::MainWindow& ui, const FileList& fi
                 if (first.column() <= FileTableModel::PagesToConvert
                     && last.column() >= FileTableModel::PagesToConvert
                     && roles.contains(Qt::EditRole))
-                    showTotals();
+                    m_totals.start(0);
             });
+    m_totals.setSingleShot(true);
+    connect(&m_totals, &QTimer::timeout, this, &ViewState::showTotals);
     connect(&ui.rightBox->choices(), &RunChoices::changed, this, &ViewState::showTotals);
 }
 
@@ -179,6 +181,7 @@ void ViewState::updateTotalLabel()
 
 void ViewState::showTotals()
 {
+    m_totals.stop();
     const RunOptions& options = m_ui.rightBox->choices().options();
     ChosenPageCounter counter(options);
     qint64 pages = 0;

@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QObject>
 #include <QPalette>
+#include <QTimer>
 
 #include <atomic>
 
@@ -32,6 +33,8 @@ public:
 
     /// Enables the controls, as far as they have something to act on, or disables them.
     void resetView(bool enable);
+    /// False from the start of a load, a sort or a run to its end; that of a run is its Close.
+    bool isViewEnabled() const { return m_isViewEnabled; }
     /// While the controls are disabled the list may be read all the same: highlighted and scrolled,
     /// but not changed.
     void setListReadable(bool isReadable);
@@ -75,6 +78,7 @@ private:
     bool m_isListReadable = false; ///< when it is disabled
     QPalette::ColorGroup m_labelGroup = QPalette::Active; ///< that the totals are shown in
     QColor m_processingLabelColor;
+    QTimer m_totals; ///< many changes of chosen pages are counted once
 };
 
 } // namespace pagestack

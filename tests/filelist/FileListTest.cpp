@@ -170,13 +170,17 @@ private slots:
         QMimeData text;
         text.setText(u"/a b.tif\r\n \"/q.tif\"\nfile:///c%20d.tif\nrelative.tif\n\n~/h.tif\n"_s);
         QStringList paths;
-        for (const QUrl& url : filesIn(&text))
+        const ClipboardFiles read = filesIn(&text);
+        for (const QUrl& url : read.urls)
             paths.append(url.toLocalFile());
         QCOMPARE(paths.join(u'|'), u"/a b.tif|/q.tif|/c d.tif|"_s + QDir::homePath() + u"/h.tif"_s);
-        const auto copied = clipboardData(filesIn(&text));
+        QCOMPARE(read.unreadLines, 1);
+        const auto copied = clipboardData(read.urls);
         QCOMPARE(copied->text().split(u'\n'), paths);
-        QCOMPARE(filesIn(copied.get()), filesIn(&text));
-        QVERIFY(filesIn(nullptr).isEmpty());
+        QCOMPARE(filesIn(copied.get()).urls, read.urls);
+        QVERIFY(filesIn(nullptr).urls.isEmpty());
+        text.setText(QString(5'000'000, u'/'));
+        QVERIFY(filesIn(&text).isTooLong);
     }
 
     void keepsItsTotalsThroughAnyChange()

@@ -115,6 +115,7 @@ private slots:
     void logsWhatIsThrownAndKeepsWhatIsThere()
     {
         Target target;
+        FileLoader loader(target);
         target.onAppend = [&target] {
             if (target.appends == 2)
                 throw std::runtime_error("the list is full");
@@ -125,8 +126,8 @@ private slots:
         }));
         target.appends = 1;
         QTest::ignoreMessage(QtWarningMsg, "Error in (addFolderToList:) : the list is full");
-        QVERIFY(!inBackground(
-            [&] { return FileLoader(target).addFolderToList(urls({ u"sub"_s }), true); }));
+        QVERIFY(!inBackground([&] { return loader.addFolderToList(urls({ u"sub"_s }), true); }));
+        QCOMPARE(loader.addition().text(), u"0 added, then ended by an error"_s);
         QCOMPARE(namesOf(target.files), (QStringList { u"a.tif"_s }));
     }
 
@@ -201,7 +202,8 @@ private slots:
             Target target;
             for (const bool isFirst : { true, false }) {
                 target.processing = true;
-                const auto load = [&] { FileLoader(target).addFilesToList(given); };
+                FileLoader loader(target);
+                const auto load = [&] { loader.addFilesToList(given); };
                 WorkerThread worker(load);
                 QEventLoop loop;
                 connect(&worker, &QThread::finished, &loop, &QEventLoop::quit);
@@ -216,7 +218,9 @@ private slots:
                 joinWorker(worker);
                 canceller.join();
                 const QStringList names = namesOf(target.files);
-                stopped += names.size() < expected.size() ? 1 : 0;
+                const bool isStopped = names.size() < expected.size();
+                stopped += isStopped ? 1 : 0;
+                QVERIFY(!isStopped || loader.addition().text().contains(u", then cancelled"_s));
                 QVERIFY2(names == expected.first(isFirst ? names.size() : 123)
                              && target.totals.size() == names.size() && target.isOnMainThread,
                          qPrintable(told));

@@ -1,5 +1,6 @@
 #include "mainwindow/desktop/DesktopRun.h"
 #include "mainwindow/desktop/DesktopWorkspace.h"
+#include "mainwindow/desktop/SingleInstance.h"
 #include "mainwindow/desktop/SleepInhibitor.h"
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
@@ -201,6 +202,31 @@ private slots:
         QTRY_COMPARE(manager.calls(), expected);
         QTRY_VERIFY(allAnswered());
         QCOMPARE(m_opened, QStringList());
+    }
+
+    /// Files that are taken over by a program that ends, and opened by nobody.
+    void takesNoFilesWhileItEnds()
+    {
+        SingleInstance instance;
+        QSignalSpy opened(&instance, &SingleInstance::opened);
+        bool isEnding = false;
+        instance.setIsEnding([&] { return isEnding; });
+        const QDBusConnection other = QDBusConnection::connectToBus(m_address, u"another start"_s);
+        const auto answer = [&] {
+            QDBusMessage call = QDBusMessage::createMethodCall(
+                u"com.corvanta.Pagestack1"_s, u"/com/corvanta/Pagestack1"_s,
+                u"org.freedesktop.Application"_s, u"Open"_s);
+            call << QStringList(u"file:///a.tif"_s) << QVariantMap();
+            QDBusPendingCallWatcher watcher(other.asyncCall(call));
+            QSignalSpy finished(&watcher, &QDBusPendingCallWatcher::finished);
+            finished.wait(10000);
+            return QDBusMessage(watcher.reply()).type();
+        };
+        QCOMPARE(answer(), QDBusMessage::ReplyMessage);
+        isEnding = true;
+        QCOMPARE(answer(), QDBusMessage::ErrorMessage);
+        QCOMPARE(opened.size(), 1);
+        QDBusConnection::disconnectFromBus(other.name());
     }
 
     /// A lock that is not taken, or that is never given back.

@@ -116,9 +116,13 @@ private slots:
         QVERIFY(waitForRun());
         QVERIFY(!panel.isVisible() && !find("runCancelBtn").isVisible());
         QCOMPARE(text("runStripLabel"), u"Finished: 6 images written"_s);
+        // A load that began before the Close would be waited for by that.
+        controller().openFromOutside(files.urls());
+        QTRY_COMPARE(text("additionLabel"), u"1 file(s) wait until the conversion is closed"_s);
         press("runDetailsBtn");
         QVERIFY(panel.isVisible() && !find("runStrip").isVisible());
         press("runCloseBtn");
+        QTRY_COMPARE(text("additionLabel"), u"0 added, 1 already there"_s);
         QVERIFY(!panel.isVisible() && table().validateDrop(nullptr, &files));
         QCOMPARE(useTheList(), u"c b 2"_s); // removes and sorts again
     }
