@@ -4,6 +4,7 @@
 
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
 
 #include <algorithm>
@@ -76,12 +77,20 @@ void CustomTableView::setModel(QAbstractItemModel* model)
     m_header->resetColumns();
 }
 
-void CustomTableView::showRows(const std::vector<int>& rows, const ShownRows::Accepts& accepts)
+void CustomTableView::showRows(const std::vector<int>& rows, const ShownRows::Accepts& accepts,
+                               InView inView)
 {
-    if (!m_shown->isFiltered() || m_shown->shown() != rows)
-        changeShownRows([&] { m_shown->show(rows, accepts); });
-    else
-        m_shown->accept(accepts);
+    if (m_shown->isFiltered() && m_shown->shown() == rows)
+        return m_shown->accept(accepts);
+    const int top = m_shown->rowAt(std::max(0, QTableView::rowAt(0)));
+    const int left = horizontalScrollBar()->value();
+    changeShownRows([&] { m_shown->show(rows, accepts); });
+    if (inView == InView::CurrentRow)
+        return;
+    const auto place = static_cast<int>(std::ranges::lower_bound(rows, top) - rows.begin());
+    scrollTo(m_shown->index(std::min(place, m_shown->rowCount() - 1), FileTableModel::Name),
+             PositionAtTop);
+    horizontalScrollBar()->setValue(left);
 }
 
 void CustomTableView::showAllRows()
@@ -255,7 +264,8 @@ void CustomTableView::keyPressEvent(QKeyEvent* event)
         emit invertRequested(highlightedRows());
     else if (key == Qt::Key_Delete || key == Qt::Key_Backspace)
         emit removeRequested();
-    else if (key == Qt::Key_F2 && currentIndex().isValid())
+    else if (key == Qt::Key_F2 && currentIndex().isValid()
+             && !isColumnHidden(FileTableModel::PagesToConvert))
         edit(currentIndex().siblingAtColumn(FileTableModel::PagesToConvert));
     else if (isCommand && (key == Qt::Key_Home || key == Qt::Key_End))
         pressWithoutControl(*event);

@@ -37,9 +37,12 @@ public:
     /// `model` is a FileTableModel, or null.
     void setModel(QAbstractItemModel* model) override;
 
+    enum class InView { CurrentRow, TopRow };
     /// Shows `rows` alone, which ascend, and of the files that come later those that are accepted.
-    /// What is highlighted stays so as far as it is shown.
-    void showRows(const std::vector<int>& rows, const ShownRows::Accepts& accepts);
+    /// What is highlighted stays so as far as it is shown. `inView` is the row that stays in view,
+    /// or the one behind it.
+    void showRows(const std::vector<int>& rows, const ShownRows::Accepts& accepts,
+                  InView inView = InView::CurrentRow);
     void showAllRows();
     const ShownRows& shownRows() const { return *m_shown; }
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <numeric>
 #include <utility>
 
@@ -68,6 +69,35 @@ namespace {
         std::stable_sort(rows.begin(), rows.end(),
                          [&keys](int a, int b) { return keys.at(a) < keys.at(b); });
         return rows;
+    }
+
+    /// The order of `files` in which those of `items` that it has are at their `places`, which
+    /// ascend, and the others around them as before.
+    QList<int> orderWith(const Items& items, const QList<int>& places, const FileList& files)
+    {
+        QHash<const FileItem*, int> placeOf;
+        for (int i = 0; i < items.size(); ++i)
+            placeOf.insert(items.at(i).get(), places.at(i));
+        QList<std::pair<int, int>> moved; // place and row
+        QList<int> order;
+        order.reserve(files.count());
+        for (int row = 0; row < files.count(); ++row) {
+            if (const auto place = placeOf.constFind(files.at(row).get()); place != placeOf.cend())
+                moved.append({ *place, row });
+            else
+                order.append(row);
+        }
+        std::ranges::sort(moved);
+        QList<int> merged;
+        merged.reserve(files.count());
+        auto other = order.cbegin();
+        for (const auto& [place, row] : std::as_const(moved)) {
+            while (merged.size() < place && other != order.cend())
+                merged.append(*other++);
+            merged.append(row);
+        }
+        std::copy(other, order.cend(), std::back_inserter(merged));
+        return merged;
     }
 
     QString markText(qsizetype checked, qsizetype unchecked)
@@ -193,7 +223,7 @@ void ListEditor::remove(const QList<int>& rows, const QString& text)
     });
 }
 
-bool ListEditor::move(const QList<int>& rows, bool isUp)
+bool ListEditor::move(const QList<int>& rows, bool isUp, const SortOrders& before)
 {
     const FileList& files = m_model.files();
     if (!canMove(rows, isUp, files.count()))
@@ -204,6 +234,7 @@ bool ListEditor::move(const QList<int>& rows, bool isUp)
               : tr("Move %n File(s) Down", nullptr, count),
          items, [=, this, &files](bool isForward) {
              m_model.reorder(moved(files.rowsOf(items), isForward == isUp, files.count()));
+             emit sorted(isForward ? SortOrders() : before);
          });
     return true;
 }
@@ -211,24 +242,15 @@ bool ListEditor::move(const QList<int>& rows, bool isUp)
 void ListEditor::moveTo(const QList<int>& rows, int target, const SortOrders& before)
 {
     const FileList& files = m_model.files();
-    QList<int> order;
-    order.reserve(files.count());
-    auto next = rows.cbegin();
-    for (int row = 0; row <= files.count(); ++row) {
-        if (row == target)
-            order += rows;
-        const bool isMoved = next != rows.cend() && *next == row;
-        next += isMoved ? 1 : 0;
-        if (!isMoved && row < files.count())
-            order.append(row);
-    }
-    if (std::ranges::is_sorted(order))
+    const auto movedAbove = std::ranges::lower_bound(rows, target) - rows.cbegin();
+    QList<int> places(rows.size());
+    std::iota(places.begin(), places.end(), target - static_cast<int>(movedAbove));
+    if (places == rows)
         return;
     const Items items = itemsAt(files, rows);
     push(tr("Move %n File(s)", nullptr, static_cast<int>(rows.size())), items,
-         [=, this, &files, oldItems = files.items(),
-          newItems = itemsAt(files, order)](bool isForward) {
-             m_model.reorder(orderLike(isForward ? newItems : oldItems, files.items()));
+         [=, this, &files](bool isForward) {
+             m_model.reorder(orderWith(items, isForward ? places : rows, files));
              emit sorted(isForward ? SortOrders() : before);
          });
 }

@@ -29,12 +29,12 @@ public:
     void tickOnly(const QList<int>& rows);
     /// `text` names the step, as "Remove 3 Files".
     void remove(const QList<int>& rows, const QString& text);
-    /// Moves the rows, which ascend, by one place. False, with none moved, if one of them has no
-    /// place to go to.
-    bool moveUp(const QList<int>& rows) { return move(rows, true); }
-    bool moveDown(const QList<int>& rows) { return move(rows, false); }
-    /// Moves the rows, which ascend, before row `target`, or to the end for the row count. The list
-    /// is sorted by `before` until then and by nothing afterwards.
+    /// Moves the rows, which ascend, by one place up or down. False, with none moved, if one of
+    /// them has no place to go to. The list is sorted by `before` until then and by nothing
+    /// afterwards.
+    bool move(const QList<int>& rows, bool isUp, const SortOrders& before);
+    /// Moves the rows, which ascend, before row `target`, or to the end for the row count; `before`
+    /// as above.
     void moveTo(const QList<int>& rows, int target, const SortOrders& before);
     /// Brings the list into the order that sortedRows() gave for `after`; `before` are the orders
     /// until now.
@@ -54,7 +54,6 @@ private:
     /// `concerned`: the files to be told of by stepped().
     void push(const QString& text, const Items& concerned, const Step& step);
     void pushMarks(const Items& checked, const Items& unchecked);
-    bool move(const QList<int>& rows, bool isUp);
     void rememberEdit(int row);
     void rememberPageChoice(int row, const QString& before);
 

@@ -5,6 +5,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <limits>
 
 namespace pagestack {
 
@@ -37,6 +38,14 @@ namespace {
         for (qsizetype i = 0; i <= units.indexOf(name.left(1).toUpper()) && !name.isEmpty(); ++i)
             unit *= 1000;
         return unit;
+    }
+
+    /// Above every number where the item does not know it.
+    double sizeOf(const FileItem& item)
+    {
+        return item.size() == std::numeric_limits<int>::max()
+            ? std::numeric_limits<double>::infinity()
+            : item.size();
     }
 
     bool isRelated(double value, const QString& relation, double number)
@@ -103,7 +112,7 @@ bool ListFilter::holds(const Term& term, const FileItem& item)
     case Subject::Pages:
         return isRelated(item.pages(), term.relation, term.number);
     case Subject::Size:
-        return isRelated(item.size(), term.relation, term.number);
+        return isRelated(sizeOf(item), term.relation, term.number);
     }
     return true;
 }

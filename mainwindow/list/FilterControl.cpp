@@ -105,6 +105,7 @@ void FilterControl::choose()
     m_filter = ListFilter(m_parts.ui.filterField->text(),
                           chosen == m_groups.end() ? RowGroup::All : chosen->group);
     m_isApplied = m_filter.isEmpty();
+    m_isChosenAnew = !m_isApplied;
     if (m_isApplied) {
         m_parts.ui.mainTableView->showAllRows();
         showNumber();
@@ -171,9 +172,12 @@ void FilterControl::count(RowStatus::State state)
 void FilterControl::apply()
 {
     m_parts.ui.mainTableView->showRows(
-        m_found, [filter = m_filter, model = &m_parts.model](const FileItem& item) {
+        m_found,
+        [filter = m_filter, model = &m_parts.model](const FileItem& item) {
             return filter.accepts(item, model->statuses().of(item).state);
-        });
+        },
+        std::exchange(m_isChosenAnew, false) ? CustomTableView::InView::CurrentRow
+                                             : CustomTableView::InView::TopRow);
     std::vector<int>().swap(m_found);
 }
 

@@ -56,6 +56,7 @@ private:
     QTimer m_turn;
     int m_next = 0; ///< the row that is looked at next
     std::vector<int> m_found; ///< rows before that, of a filter that is not applied yet
+    bool m_isChosenAnew = false; ///< since it was last applied
     bool m_isApplied = true; ///< the table keeps to the filter by itself
 };
 

@@ -225,15 +225,15 @@ void ListCommands::remove(const QList<int>& rows, const QString& text)
     followList();
 }
 
-void ListCommands::moveUp() { move(&ListEditor::moveUp, true); }
+void ListCommands::moveUp() { move(true); }
 
-void ListCommands::moveDown() { move(&ListEditor::moveDown, false); }
+void ListCommands::moveDown() { move(false); }
 
-void ListCommands::move(bool (ListEditor::*step)(const QList<int>& rows), bool isUp)
+void ListCommands::move(bool isUp)
 {
     CustomTableView* table = m_parts.ui.mainTableView;
     if (m_parts.worker.isBusy() || table->shownRows().isFiltered()
-        || !(m_editor.*step)(table->highlightedRows()))
+        || !m_editor.move(table->highlightedRows(), isUp, table->currentSortOrders()))
         return;
     table->setFocus();
     const auto [first, last] = table->highlightedSpan();
@@ -374,6 +374,8 @@ void ListCommands::highlightFile(const QString& path)
     for (int row = 0; row < items.size(); ++row) {
         if (items.at(row)->filePath().toLocalFile() != path)
             continue;
+        if (m_parts.ui.mainTableView->shownRows().placeOf(row) < 0)
+            m_filter.clear();
         m_parts.ui.mainTableView->highlightRows({ row });
         scrollToRow(row);
         return;

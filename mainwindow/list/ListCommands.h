@@ -69,7 +69,7 @@ private:
     void mark(const QList<int>& rows, int tag);
     void remove(const QList<int>& rows, const QString& text);
     void removeConverted(const QList<int>& rows);
-    void move(bool (ListEditor::*step)(const QList<int>& rows), bool isUp);
+    void move(bool isUp);
     void showStep(const QList<int>& rows);
     void followList();
     void scrollToRow(int row);

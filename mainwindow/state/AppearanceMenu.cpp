@@ -5,6 +5,8 @@
 #include "mainwindow/widgets/Theme.h"
 #include "ui_MainWindow.h"
 
+#include <QGuiApplication>
+
 namespace pagestack {
 
 using namespace Qt::StringLiterals;
@@ -19,14 +21,13 @@ AppearanceMenu::AppearanceMenu(Ui::MainWindow& ui, UserDefaults& store, QObject*
     : QObject(parent)
 {
     outlineIndicators();
-#ifdef Q_OS_MACOS
-    ui.menuAppearance->menuAction()->setVisible(
-        false); // the system's own controls have its colours
-#else
+    if (QGuiApplication::platformName() == u"cocoa"_s) { // whose own controls have its colours
+        ui.menuAppearance->menuAction()->setVisible(false);
+        return;
+    }
     offer(ui.systemThemeAction, Theme::System, store);
     offer(ui.lightThemeAction, Theme::Light, store);
     offer(ui.darkThemeAction, Theme::Dark, store);
-#endif
 }
 
 void AppearanceMenu::offer(QAction* action, Theme theme, UserDefaults& store)

@@ -9,6 +9,7 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QMimeData>
+#include <QScrollBar>
 #include <QSemaphore>
 
 #include <numeric>
@@ -206,6 +207,11 @@ private slots:
         QVERIFY(enter.isAccepted());
         QCoreApplication::sendEvent(&window, &drop);
         QCOMPARE(drops.size(), 2);
+        QMimeData many; // to look at all would take long, and the last may be a folder
+        many.setUrls(QList<QUrl>(2000, QUrl::fromLocalFile(u"/none.txt"_s)));
+        QDragEnterEvent unseen({ 5, 5 }, Qt::CopyAction, &many, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&window, &unseen);
+        QVERIFY(unseen.isAccepted());
         m_table->setReadOnly(true);
         QCoreApplication::sendEvent(&window, &enter);
         QVERIFY(!enter.isAccepted());
@@ -278,6 +284,40 @@ private slots:
         }
         m_table->showRows({}, passes);
         QCOMPARE(m_table->model()->headerData(1, Qt::Horizontal), QVariant(u"Name"_s));
+    }
+
+    // Rows that come into a group in a run must not move what the user reads.
+    void keepsThePlaceWhileTheFilterFollows()
+    {
+        for (int i = 0; i < 300; ++i)
+            m_model->append(itemOf(u"/many/%1.tif"_s.arg(i)));
+        std::vector<int> rows;
+        for (int row = 100; row < 300; ++row)
+            rows.push_back(row);
+        const auto all = [](const FileItem&) { return true; };
+        m_table->showRows(rows, all);
+        m_table->highlightRows({ 110 });
+        m_table->verticalScrollBar()->setValue(80);
+        const auto top = [this] { return m_table->shownRows().rowAt(m_table->rowAt(1)); };
+        QCOMPARE(top(), 180);
+        rows.insert(rows.begin(), { 20, 21, 22 });
+        m_table->showRows(rows, all, CustomTableView::InView::TopRow);
+        QCOMPARE(top(), 180);
+        QCOMPARE(m_table->highlightedRows(), QList<int> { 110 });
+    }
+
+    // Each signal has the pages of the whole list counted.
+    void choosesPagesOfManyFilesAtOnce()
+    {
+        QSignalSpy changes(m_model.get(), &FileTableModel::dataChanged);
+        m_model->choosePages({ { m_files.at(1)->filePath(), u"1"_s },
+                               { m_files.at(3)->filePath(), u"2-3"_s },
+                               { QUrl::fromLocalFile(u"/none"_s), u"4"_s } });
+        QCOMPARE(changes.size(), 1);
+        QStringList choices;
+        for (const auto& item : m_files.items())
+            choices.append(item->pageChoice());
+        QCOMPARE(choices.join(u'|'), u"|1||2-3|"_s);
     }
 
     void goesToTheEndsOfTheList()

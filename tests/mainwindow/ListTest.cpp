@@ -1,6 +1,7 @@
 #include "filelist/NameSearch.h"
 #include "mainwindow/desktop/InformationScript.h"
 #include "mainwindow/import/ImportFilesWindowController.h"
+#include "mainwindow/run/ProcessPanel.h"
 #include "tests/mainwindow/Session.h"
 
 #include <QHeaderView>
@@ -163,6 +164,12 @@ private slots:
         QCOMPARE(order(), u"0 1 2 3 5 9 4"_s);
         press("undoAction");
         QCOMPARE(order(), u"0 1 2 3 5 9 4 turned"_s);
+        const auto status = [this] { return controller().tableModel().status(7).text(); };
+        QCOMPARE(status(), u"Done"_s);
+        table().highlightRows({ 7 });
+        press("removeBtn");
+        QVERIFY(open({ sample(u"turned.tif"_s) })); // which may be another file by now
+        QCOMPARE(order() + status(), u"0 1 2 3 5 9 4 turned"_s);
     }
 
     void opensTheContextMenu()
@@ -202,6 +209,10 @@ private slots:
         type(u" 1,-1 "_s);
         QVERIFY(table().endEditing()); // as Convert does
         QCOMPARE(cell.data(), QVariant(u"1,-1"_s));
+        table().hideColumn(FileTableModel::PagesToConvert);
+        QTest::keyClick(&table(), Qt::Key_F2);
+        QTRY_VERIFY(table().viewport()->findChild<QLineEdit*>() == nullptr); // typed unseen
+        table().showColumn(FileTableModel::PagesToConvert);
         chooser().setNextChoice(urlsOf({ path(u"list.txt"_s) }));
         QVERIFY(load([this] { press("exportAction"); }));
         const QString list = QString::fromUtf8(bytesOf(path(u"list.txt"_s)));
@@ -282,6 +293,9 @@ private slots:
         controller().tableModel().setStatuses(statuses);
         QTRY_COMPARE(table().model()->rowCount(), 3); // follows the run
         QVERIFY(hasButton("filterNotReachedButton") && hasButton("filterWarningsButton"));
+        // One that a run tells of may be hidden.
+        emit controller().processViewPanel()->fileRequested(controller().files().at(2)->path());
+        QCOMPARE(highlightedText() + u' ' + QString::number(table().model()->rowCount()), u"2 8"_s);
         press("tickFailedAction");
         QCOMPARE(state(), u"0 1 2- 3- 4 5- gone turned-"_s);
         press("removeConvertedAction");
@@ -329,6 +343,10 @@ private slots:
             QCOMPARE(order(), u"5 4 3 2 1 0"_s);
             QCOMPARE(table().currentSortOrders().size(), 1);
         }
+        press("moveDownAction"); // by hand as well
+        QVERIFY(table().currentSortOrders().isEmpty());
+        press("undoAction");
+        QCOMPARE(table().currentSortOrders().size(), 1);
     }
 
     void exportsTheList()
