@@ -123,6 +123,8 @@ private slots:
         QVERIFY(panel.isVisible() && !find("runStrip").isVisible());
         press("runCloseBtn");
         QTRY_COMPARE(text("additionLabel"), u"0 added, 1 already there"_s);
+        QSignalSpy ended(&controller(), &PagestackAppDelegate::readyToTerminate);
+        QVERIFY(controller().applicationShouldTerminate() || ended.wait(longMs)); // of the load
         QVERIFY(!panel.isVisible() && table().validateDrop(nullptr, &files));
         QCOMPARE(useTheList(), u"c b 2"_s); // removes and sorts again
     }
@@ -158,7 +160,7 @@ private slots:
         settings().setOutputType(2); // the pages of a file together
         QTRY_COMPARE(line(), u"3 image(s) \u2192 %1, 1 clash"_s.arg(out));
         controller().tableModel().mark({ 0, 1, 2 }, FileTableModel::Mark::Uncheck);
-        QTRY_COMPARE(said(), u"No page is ticked."_s);
+        QTRY_COMPARE(said(), u"No page that can be read is ticked."_s);
         QCOMPARE(line(), u""_s);
         controller().tableModel().mark({ 1 }, FileTableModel::Mark::Check);
         settings().setOutputFolderPath(out + u"/none"_s);
