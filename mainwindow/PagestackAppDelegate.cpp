@@ -151,7 +151,8 @@ void PagestackAppDelegate::connectButtons()
     connect(table, &CustomTableView::removeRequested, this, &Self::removeAction);
     connect(table, &CustomTableView::moveUpRequested, m_ui->moveUpButton, &QToolButton::click);
     connect(table, &CustomTableView::moveDownRequested, m_ui->moveDownButton, &QToolButton::click);
-    const ProcessPanel* sheet = processViewPanel();
+    ProcessPanel* sheet = processViewPanel();
+    sheet->addAction(m_ui->quitAction); // whose key the sheet would keep from the window
     connect(sheet, &ProcessPanel::viewLogRequested, this, &Self::viewLogAction);
     connect(sheet, &ProcessPanel::cancelRequested, this, &Self::cancelProcessAction);
     connect(sheet, &ProcessPanel::closeRequested, this, &Self::closeProcessAction);
@@ -274,12 +275,19 @@ bool PagestackAppDelegate::eventFilter(QObject* watched, QEvent* event)
         return true;
     }
     // A click beside a sheet would leave the keys with a window that takes none.
-    if (QWidget* sheet = QApplication::activeModalWidget();
+    if (QWidget* sheet = sheetInFront();
         event->type() == QEvent::WindowActivate && sheet != nullptr && sheet->isVisible())
         QMetaObject::invokeMethod(sheet, &QWidget::activateWindow, Qt::QueuedConnection);
     if (event->type() == QEvent::PaletteChange && m_view)
         m_view->followPalette();
     return QObject::eventFilter(watched, event);
+}
+
+/// That of a run is not modal; a question is in front of it.
+QWidget* PagestackAppDelegate::sheetInFront() const
+{
+    QWidget* modal = QApplication::activeModalWidget();
+    return modal == nullptr && m_run ? processViewPanel() : modal;
 }
 
 void PagestackAppDelegate::saveWindowState()

@@ -171,6 +171,7 @@ private:
     void restoreWindowState();
     bool mayQuit();
     bool eventFilter(QObject* watched, QEvent* event) override;
+    QWidget* sheetInFront() const;
 
     const Services m_services;
     std::unique_ptr<Settings> m_settings;

@@ -54,7 +54,7 @@ void Process::start()
 {
     Q_ASSERT(settings());
     setIsCompleted(false);
-    m_hasFailed = false;
+    m_hasFailed = !m_failure.isNull();
     if (settings()->separator().isNull())
         settings()->setSeparator(u""_s);
     log()->startTime = QDateTime::currentDateTime();
@@ -87,6 +87,12 @@ bool Process::isFreeTarget(const QString& outputPath)
 {
     const QFileInfo info(outputPath);
     return !info.exists() && !info.isSymLink();
+}
+
+void Process::giveUp(const QString& reason)
+{
+    m_failure = reason;
+    stop();
 }
 
 void Process::stop()

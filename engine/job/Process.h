@@ -106,6 +106,10 @@ public:
     /// std::exception leaves it, after the run has been brought to its end.
     void start();
 
+    /// The run cannot be begun for `reason`: start() will write nothing and be over, as when it
+    /// has given up. On the thread that runs start(), before it.
+    void giveUp(const QString& reason);
+
     /// Asks the run to end at its next check point. Any thread.
     void stop();
 
@@ -126,6 +130,7 @@ public:
     /// Called on the job's thread before each target is written; on false the target is left alone
     /// and its pages are recorded as "Skipped". It may be called for a target some time ahead as
     /// well, so it must change nothing. To be set before the start.
+    const TargetFilter& targetFilter() const { return m_options.targetFilter; }
     void setTargetFilter(TargetFilter filter) { m_options.targetFilter = std::move(filter); }
 
     /// A target filter: false where there is something, be it a link that leads nowhere.

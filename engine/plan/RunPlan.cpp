@@ -37,13 +37,15 @@ namespace {
 class Planner
 {
 public:
-    Planner(RunPlan& plan, RunPlan::Numbering numbering)
+    /// `isWanted` is borrowed.
+    Planner(RunPlan& plan, RunPlan::Numbering numbering, const std::function<bool()>& isWanted)
         : m_plan(plan)
         , m_numbering(numbering)
+        , m_isWanted(isWanted)
     {
     }
 
-    void carryOut(const QStringList& others, const std::function<bool()>& isWanted);
+    void carryOut(const QStringList& others);
 
 private:
     /// Where a target is, links followed.
@@ -73,6 +75,7 @@ private:
 
     RunPlan& m_plan;
     const RunPlan::Numbering m_numbering;
+    const std::function<bool()>& m_isWanted;
     QHash<QString, std::shared_ptr<FolderTargets>> m_folders; ///< by key
     QHash<QString, FolderTargets*> m_known; ///< by path
     std::map<QString, FolderTargets> m_missing; ///< folders to be made, by key of that above
@@ -81,13 +84,13 @@ private:
     QHash<QString, int> m_nextNumbers; ///< by the names that were numbered
 };
 
-void Planner::carryOut(const QStringList& others, const std::function<bool()>& isWanted)
+void Planner::carryOut(const QStringList& others)
 {
     for (qsizetype i = 0; i < others.size(); ++i)
         folderAt(folderPart(others.at(i)))
             .add(lastPathComponent(others.at(i)), RunPlan::otherFile - i);
     std::vector<qsizetype> later;
-    for (qsizetype output = 0; output < m_plan.m_outputs.size() && isWanted(); ++output) {
+    for (qsizetype output = 0; output < m_plan.m_outputs.size() && m_isWanted(); ++output) {
         const std::vector<Spot> spots = spotsOf(output);
         if (m_numbering != RunPlan::Numbering::None && clash(spots))
             later.push_back(output);
@@ -96,13 +99,13 @@ void Planner::carryOut(const QStringList& others, const std::function<bool()>& i
     }
     // Last, so that nobody has to give way to a number.
     for (const qsizetype output : later)
-        if (isWanted())
+        if (m_isWanted())
             number(output);
-    for (qsizetype output = 0; output < m_plan.m_outputs.size() && isWanted(); ++output)
+    for (qsizetype output = 0; output < m_plan.m_outputs.size() && m_isWanted(); ++output)
         shareFolders(output);
     for (const OutputFile& output : m_plan.m_outputs)
         for (const std::shared_ptr<FileItem>& item : output.fileItems)
-            m_plan.m_makesSource = m_plan.m_makesSource || (isWanted() && makesSource(*item));
+            m_plan.m_makesSource = m_plan.m_makesSource || (m_isWanted() && makesSource(*item));
 }
 
 std::vector<PlannedTarget> Planner::targetsOf(qsizetype output) const
@@ -121,12 +124,17 @@ std::vector<PlannedTarget> Planner::targetsOf(qsizetype output) const
     return targets;
 }
 
+/// Each one is looked for on the disk, which may be slow to answer: those that are left when the
+/// plan is not wanted any more are missing.
 std::vector<Planner::Spot> Planner::spotsOf(qsizetype output)
 {
     const QString folder = m_plan.m_names.folder(m_plan.m_outputs.at(output));
     std::vector<Spot> spots;
-    for (const PlannedTarget& target : targetsOf(output))
+    for (const PlannedTarget& target : targetsOf(output)) {
+        if (!m_isWanted())
+            break;
         spots.push_back(spotOf(target, folder, m_plan.name(target)));
+    }
     return spots;
 }
 
@@ -195,7 +203,7 @@ std::optional<qsizetype> Planner::replacedSource(const Spot& spot)
         return std::nullopt;
     if (!m_sources) {
         m_sources.emplace();
-        for (qsizetype output = 0; output < m_plan.m_outputs.size(); ++output)
+        for (qsizetype output = 0; output < m_plan.m_outputs.size() && m_isWanted(); ++output)
             for (const std::shared_ptr<FileItem>& item : m_plan.m_outputs.at(output).fileItems)
                 if (const auto identity
                     = fileIdentity(QFile::encodeName(item->filePath().toLocalFile())))
@@ -287,7 +295,7 @@ RunPlan::RunPlan(const QList<OutputFile>& outputs, const Settings& settings,
     , m_names(settings, options)
     , m_outputs(m_names.completed(outputs))
 {
-    Planner(*this, numbering).carryOut(others, isWanted);
+    Planner(*this, numbering, isWanted).carryOut(others);
 }
 
 QString RunPlan::name(const PlannedTarget& target) const

@@ -234,12 +234,14 @@ std::vector<SpaceShortage> spaceShortages(const QList<OutputFile>& outputs,
 }
 
 std::optional<quint64> outputBytes(const QList<OutputFile>& outputs, const Settings& settings,
-                                   const RunOptions& options, const std::function<bool()>& goesOn)
+                                   const RunOptions& options,
+                                   const std::function<bool(const QString& path)>& isWanted,
+                                   const std::function<bool()>& goesOn)
 {
     if (!isKnownFor(settings))
         return std::nullopt;
     double bytes = 0;
-    for (const auto& [device, need] : needsOf(outputs, settings, options, {}, goesOn))
+    for (const auto& [device, need] : needsOf(outputs, settings, options, isWanted, goesOn))
         bytes += need.all;
     return goesOn() ? std::optional(static_cast<quint64>(bytes)) : std::nullopt;
 }

@@ -35,10 +35,12 @@ std::vector<SpaceShortage> spaceShortages(const QList<OutputFile>& outputs,
                                           const std::function<bool(const QString& path)>& isWanted,
                                           const std::function<bool()>& goesOn);
 
-/// How many bytes `outputs`, which are completed, take at most, with those that are there already.
-/// None for formats that are compressed, and when `goesOn` is false. Reads what spaceShortages()
-/// reads.
+/// How many bytes `outputs`, which are completed, take at most, without those that spaceShortages()
+/// leaves out. None for formats that are compressed, and when `goesOn` is false. Reads what
+/// spaceShortages() reads.
 std::optional<quint64> outputBytes(const QList<OutputFile>& outputs, const Settings& settings,
-                                   const RunOptions& options, const std::function<bool()>& goesOn);
+                                   const RunOptions& options,
+                                   const std::function<bool(const QString& path)>& isWanted,
+                                   const std::function<bool()>& goesOn);
 
 } // namespace pagestack

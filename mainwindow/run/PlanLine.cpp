@@ -5,7 +5,6 @@
 #include "engine/plan/RunPlan.h"
 #include "engine/settings/Settings.h"
 #include "engine/support/SystemLog.h"
-#include "engine/threads/MainThread.h"
 #include "engine/threads/WorkerThread.h"
 #include "filelist/FileTableModel.h"
 #include "mainwindow/run/PlanQuestion.h"
@@ -13,6 +12,7 @@
 #include "mainwindow/state/ViewState.h"
 #include "ui_MainWindow.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
 #include <QPushButton>
@@ -29,6 +29,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
     constexpr int restMs = 300;
+    constexpr int mostWaitMs = 300; ///< at the end of the program
 
     /// Without those that two outputs come to: the file is there once.
     qsizetype existingFiles(const RunPlan& plan)
@@ -86,15 +87,24 @@ PlanLine::PlanLine(const WindowParts& parts, Settings& settings)
 
 PlanLine::~PlanLine()
 {
-    m_isWanted = false;
-    if (m_thread)
-        joinWorker(*m_thread);
+    forget();
+    // A folder on another computer may take minutes to answer. Nobody waits for that: what the
+    // thread uses is its own, and it ends with the program.
+    if (m_thread && !m_thread->QThread::wait(QDeadlineTimer(mostWaitMs)))
+        static_cast<void>(m_thread.release());
+}
+
+void PlanLine::forget()
+{
+    if (m_lookUp)
+        m_lookUp->isWanted = false;
+    m_lookUp.reset();
 }
 
 /// What was looked up is of no more use. While the window is busy, its end comes here again.
 void PlanLine::follow()
 {
-    m_isWanted = false;
+    forget();
     m_rest.start();
     if (m_parts.view.isProcessing())
         show(0, {});
@@ -109,7 +119,6 @@ void PlanLine::count()
         return;
     }
     const RunOptions& options = m_parts.ui.rightBox->choices().options();
-    const bool isTogether = isKeptTogether(m_settings);
     ChosenPageCounter counter(options);
     FileList::Items ticked;
     qint64 images = 0;
@@ -117,7 +126,7 @@ void PlanLine::count()
         if (!item->isSelected())
             continue;
         const int pages = counter.count(*item);
-        images += isTogether ? std::min(pages, 1) : pages;
+        images += imagesOf(pages, m_settings);
         if (m_parts.files.checkedCount() <= mostFiles)
             ticked.append(item);
     }
@@ -133,22 +142,22 @@ void PlanLine::count()
 
 void PlanLine::lookUp(const QList<OutputFile>& outputs)
 {
-    const ConversionOptions all = m_parts.ui.rightBox->choices().all();
-    m_isWanted = true;
-    m_thread = std::make_unique<WorkerThread>(
-        [this, outputs, all, folder = m_settings.outputFolderPath()] {
-            guarded(u"PlanLine"_s, [&] {
-                Settings settings(nullptr);
-                applyTo(settings, all);
-                settings.setOutputFolderPath(folder);
-                const QString findings
-                    = findingsOf(outputs, settings, all.run, [this] { return m_isWanted.load(); });
-                callOnMainThread([&] {
-                    if (m_isWanted)
-                        show(m_images, findings);
-                });
-            });
+    m_lookUp = std::make_shared<LookUp>();
+    m_thread = std::make_unique<WorkerThread>([lookUp = m_lookUp, outputs,
+                                               all = m_parts.ui.rightBox->choices().all(),
+                                               folder = m_settings.outputFolderPath()] {
+        guarded(u"PlanLine"_s, [&] {
+            Settings settings(nullptr);
+            applyTo(settings, all);
+            settings.setOutputFolderPath(folder);
+            lookUp->findings
+                = findingsOf(outputs, settings, all.run, [&] { return lookUp->isWanted.load(); });
         });
+    });
+    connect(m_thread.get(), &QThread::finished, this, [this, lookUp = m_lookUp] {
+        if (lookUp->isWanted)
+            show(m_images, lookUp->findings);
+    });
     m_thread->start(QThread::LowPriority);
 }
 

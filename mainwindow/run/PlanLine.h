@@ -36,7 +36,15 @@ public:
     PlanLine& operator=(const PlanLine&) = delete;
 
 private:
+    /// What its thread and it share.
+    struct LookUp
+    {
+        std::atomic<bool> isWanted = true; ///< written here, read by the thread
+        QString findings; ///< written by the thread before it ends
+    };
+
     void follow();
+    void forget();
     void count();
     void lookUp(const QList<OutputFile>& outputs);
     void show(qint64 images, const QString& findings);
@@ -45,7 +53,7 @@ private:
     Settings& m_settings;
     QTimer m_rest;
     std::unique_ptr<WorkerThread> m_thread; ///< null when nothing is looked up
-    std::atomic<bool> m_isWanted = false; ///< written here, read by the thread
+    std::shared_ptr<LookUp> m_lookUp; ///< null: the last one is not wanted any more
     qint64 m_images = 0;
     const QString m_purpose; ///< what Convert does, whatever the list holds
 };

@@ -6,8 +6,10 @@
 
 #include <QDir>
 #include <QLocale>
+#include <QSet>
 
 #include <algorithm>
+#include <utility>
 
 namespace pagestack {
 
@@ -82,22 +84,35 @@ bool hasOwnSource(const RunPlan& plan)
     });
 }
 
-QString planSummary(const QList<OutputFile>& outputs, const OutputNames& names,
+int imagesOf(int pages, const Settings& settings)
+{
+    return isKeptTogether(settings) ? std::min(pages, 1) : pages;
+}
+
+QString planSummary(const RunPlan& plan, const QList<OutputFile>& outputs, bool skipsExisting,
                     const Settings& settings, const RunWork& work, std::optional<quint64> bytes)
 {
-    const auto files = static_cast<int>(outputs.size());
-    const auto pages = static_cast<int>(work.pages);
+    QSet<std::pair<qsizetype, int>> left;
+    if (skipsExisting)
+        for (const PlannedTarget& target : plan.existing())
+            left.insert({ target.output, target.page });
     const bool isTogether = isKeptTogether(settings);
-    QString text = RunControl::tr("%Ln file(s)", nullptr, files)
-        + RunControl::tr(", %Ln page(s)", nullptr, pages)
-        + RunControl::tr(": %Ln image(s) ", nullptr, isTogether ? files : pages)
+    qsizetype images = -left.size();
+    QString example;
+    for (qsizetype i = 0; i < outputs.size(); ++i) {
+        const OutputFile& output = outputs.at(i);
+        images += imagesOf(static_cast<int>(output.pages.size()), settings);
+        for (auto page = output.pages.begin(); page != output.pages.end() && example.isNull();
+             ++page)
+            if (const int shown = isTogether ? 0 : *page; !left.contains({ i, shown }))
+                example = plan.names().name(output, shown);
+    }
+    QString text = RunControl::tr("%Ln file(s)", nullptr, static_cast<int>(outputs.size()))
+        + RunControl::tr(", %Ln page(s)", nullptr, static_cast<int>(work.pages))
+        + RunControl::tr(": %Ln image(s) ", nullptr, static_cast<int>(images))
         + placeText(settings);
-    for (const OutputFile& output : outputs)
-        if (!output.pages.isEmpty()) {
-            text += RunControl::tr(", such as %1")
-                        .arg(names.name(output, isTogether ? 0 : output.pages.first()));
-            break;
-        }
+    if (!example.isNull())
+        text += RunControl::tr(", such as %1").arg(example);
     if (bytes)
         text += RunControl::tr(", %1 at most")
                     .arg(QLocale().formattedDataSize(static_cast<qint64>(*bytes), 1,

@@ -10,7 +10,6 @@
 
 namespace pagestack {
 
-class OutputNames;
 class RunPlan;
 class Settings;
 
@@ -24,9 +23,13 @@ QString planQuestion(const RunPlan& plan, const RunPlan& numbered);
 /// Whether an output would replace its own source.
 bool hasOwnSource(const RunPlan& plan);
 
-/// What a run is to write, whose `outputs` are completed, in a few words: "12 files, 480 pages: 480
-/// images in /out, such as scan01.jpg", with their bytes where these are known.
-QString planSummary(const QList<OutputFile>& outputs, const OutputNames& names,
+/// How many images `pages` of a source become.
+int imagesOf(int pages, const Settings& settings);
+
+/// What a run is to write in a few words: "12 files, 480 pages: 480 images in /out, such as
+/// scan01.jpg", with their bytes where these are known. `outputs` are those of `plan`, maybe with
+/// other numbers. `skipsExisting`: it leaves alone what the plan has found.
+QString planSummary(const RunPlan& plan, const QList<OutputFile>& outputs, bool skipsExisting,
                     const Settings& settings, const RunWork& work, std::optional<quint64> bytes);
 
 /// What to ask about the files at the targets of a `plan`, of which there are some.

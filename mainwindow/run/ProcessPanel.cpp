@@ -45,7 +45,6 @@ ProcessPanel::ProcessPanel(QWidget* window, QWidget& strip)
     , m_strip(new RunStrip(strip))
 {
     m_ui->setupUi(this);
-    setWindowModality(Qt::WindowModal);
     showProblems(false);
     connectButtons();
     m_refresh.setInterval(refreshMs);
@@ -162,7 +161,7 @@ void ProcessPanel::setSmall(bool isSmall)
     if (isSmall)
         hide();
     else
-        open();
+        show();
     emit isSmallChanged(isSmall);
 }
 
@@ -230,15 +229,19 @@ void ProcessPanel::showEnd()
     m_ui->viewLogBtn->setEnabled(!m_job->log()->logFilePath().isNull());
     showButtons(false);
     m_ui->closeProcessBtn->setFocus();
+    if (const QString reason = m_job->log()->reason; !reason.isNull())
+        m_ui->problemList->add({ .reason = reason });
     m_ui->showProblemsBtn->setVisible(m_ui->problemList->count() > 0);
     emit ended();
 }
 
 void ProcessPanel::showOutcome(const QString& headline, bool hasLeft)
 {
+    const bool isEarly = !m_job->log()->reason.isNull();
     const bool isCancelled = m_job->log()->isCancelled;
     const bool hasProblems = hasLeft || m_ui->problemList->count() > 0;
-    setWindowTitle(isCancelled       ? tr("Cancelled")
+    setWindowTitle(isEarly           ? tr("Ended early")
+                       : isCancelled ? tr("Cancelled")
                        : hasProblems ? tr("Finished with problems")
                                      : tr("Finished"));
     m_ui->processHeadlineLabel->setText(windowTitle() + u": "_s + headline);

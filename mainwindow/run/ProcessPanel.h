@@ -17,9 +17,10 @@ namespace pagestack {
 class Process;
 class RunStrip;
 
-/// The sheet that covers the window during a run: current file and output, counts, time, a progress
+/// The sheet over the window during a run: current file and output, counts, time, a progress
 /// bar that knows its end from the first page on, and at the end the final message and a list of
 /// the problems. Made small it is hidden, and a line at the bottom of the window stands for it.
+/// It is not modal, since the desktop closes no window that is behind a modal one.
 /// Main thread; it listens to a job that runs elsewhere.
 class ProcessPanel : public QDialog
 {

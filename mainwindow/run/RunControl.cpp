@@ -155,7 +155,7 @@ void RunControl::startRun(const std::optional<QList<OutputFile>>& outputs,
             if (isPlanClear(*job, decided, remembered))
                 job->start();
         });
-    m_panel->open();
+    m_panel->show();
 }
 
 /// On the thread of the run. False when there is something to be asked first, which is left at
@@ -164,37 +164,41 @@ bool RunControl::isPlanClear(Process& job, std::optional<ExistingFiles> decided,
                              std::optional<ExistingFiles> remembered)
 {
     bool isClear = true;
-    const bool isChecked = guarded(u"Split"_s, [&] {
+    try {
         job.setKeepsExisting(true); // of what comes to a target later
         const auto isWanted = [&job] { return job.isCombining(); };
         const RunPlan plan(job.outputFiles(), m_settings, job.runOptions(),
                            RunPlan::Numbering::None, {}, isWanted);
         if (!isWanted())
-            return;
+            return true;
         job.setOutputFiles(plan.outputs());
         auto question = questionOf(plan, job, decided, remembered);
         if (!question && isWanted())
-            showPlan(plan.names(), job);
+            showPlan(plan, job);
         if (!question || !isWanted())
-            return;
+            return true;
         callOnMainThread([&] { m_question = std::move(question); });
         isClear = false;
-    });
-    if (!isChecked)
-        job.stop(); // a run that nobody looked through writes nothing
+    } catch (const std::exception& error) { // a run that nobody looked through writes nothing
+        systemLogError(u"Split"_s, error);
+        job.giveUp(u"the run could not be planned: "_s + QString::fromUtf8(error.what()));
+    }
     return isClear;
 }
 
 /// On the thread of the run.
-void RunControl::showPlan(const OutputNames& names, Process& job)
+void RunControl::showPlan(const RunPlan& plan, Process& job)
 {
     const QList<OutputFile> outputs = job.outputFiles();
     const RunWork work = workOf(outputs, job.runOptions());
     std::optional<quint64> bytes;
     if (work.pages <= mostPagesMeasured)
-        bytes = outputBytes(outputs, m_settings, job.runOptions(),
-                            [&job] { return job.isCombining(); });
-    const QString text = planSummary(outputs, names, m_settings, work, bytes);
+        guarded(u"outputBytes"_s, [&] { // the run does without it
+            bytes = outputBytes(outputs, m_settings, job.runOptions(), job.targetFilter(),
+                                [&job] { return job.isCombining(); });
+        });
+    const bool skipsExisting = static_cast<bool>(job.targetFilter());
+    const QString text = planSummary(plan, outputs, skipsExisting, m_settings, work, bytes);
     callOnMainThread([&] {
         m_rows.begin();
         m_panel->setPlanned(work, text);

@@ -18,7 +18,6 @@ namespace pagestack {
 
 class DesktopRun;
 class ListCommands;
-class OutputNames;
 class PlanLine;
 class ProcessPanel;
 class RunPlan;
@@ -80,7 +79,7 @@ private:
     void beginRun();
     void startRun(const std::optional<QList<OutputFile>>& outputs,
                   std::optional<ExistingFiles> decided = std::nullopt);
-    void showPlan(const OutputNames& names, Process& job);
+    void showPlan(const RunPlan& plan, Process& job);
     bool isPlanClear(Process& job, std::optional<ExistingFiles> decided,
                      std::optional<ExistingFiles> remembered);
     std::optional<Question> questionOf(const RunPlan& plan, Process& job,

@@ -232,7 +232,7 @@ private slots:
     void keepsTheKeysInTheSheet()
     {
         ProcessPanel& sheet = *controller().processViewPanel();
-        sheet.open();
+        sheet.show();
         QTRY_COMPARE(QApplication::activeWindow(), &sheet);
         QSignalSpy changes(qGuiApp, &QGuiApplication::focusWindowChanged);
         window().activateWindow();

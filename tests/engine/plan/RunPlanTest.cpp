@@ -179,6 +179,17 @@ private slots:
         QCOMPARE(fixture.folder.changes(), QString());
     }
 
+    /// A plan of one long file that goes on when nobody wants it: its folder may be slow.
+    void endsWithinAFile()
+    {
+        JobFixture fixture(u"a.tif:WWWWWWWW"_s, u"out/a1.png out/a2.png out/a8.png"_s);
+        int asked = 0;
+        const RunPlan plan(fixture.job.outputFiles(), fixture.settings, {},
+                           RunPlan::Numbering::None, {}, [&] { return ++asked <= 4; });
+        QCOMPARE(plan.existing().size(), 2U);
+        QVERIFY(asked < 12);
+    }
+
     // Pages are prepared ahead where one output cannot change another: if it could, and it were
     // not noticed, old pages would be written; if it were noticed without need, all would be slow.
     void knowsItsHazards()
