@@ -178,8 +178,10 @@ QJsonObject RunEvidence::end() const
 
 void RunEvidence::beginSource(const FileItem& item, const TiffDocument* document, LogFiles& record)
 {
-    if (!m_isOn)
+    if (!m_isOn) {
+        m_source = &record;
         return;
+    }
     const QString path = item.filePath().toLocalFile();
     m_sourceDigest = sourceDigest(document);
     if (!m_record) {
@@ -262,7 +264,9 @@ void RunEvidence::addGathered(const QString& path, const std::optional<FileDiges
 
 void RunEvidence::endSource()
 {
-    if (!m_isOn || !m_source)
+    if (!m_isOn)
+        m_source = nullptr;
+    if (!m_source)
         return;
     // Where a stop came before the first page, the log shows nothing of the source.
     if (!m_source->status.isEmpty() || !m_source->reason.isNull())
@@ -289,7 +293,7 @@ void RunEvidence::endSource()
 /// first and for checksums, it is of the run.
 void RunEvidence::takeDiagnostic(const Diagnostic& diagnostic)
 {
-    if (!m_record)
+    if (!m_record && (!m_options.report || m_source))
         return;
     const bool isError = diagnostic.severity == Diagnostic::Severity::Error;
     if (!m_source)
@@ -319,9 +323,9 @@ void RunEvidence::tellTrouble(const QString& path, const QString& reason)
 
 void RunEvidence::writeChecksums()
 {
+    endSource(); // that an exception may have left open
     if (!m_isOn)
         return;
-    endSource(); // that an exception may have left open
     if (!m_checksumFault.isNull())
         tellTrouble(u"SHA256SUMS"_s, m_checksumFault);
     for (const ChecksumFiles::Trouble& trouble : m_checksums.write())
@@ -345,10 +349,14 @@ void RunEvidence::writeReport()
 {
     if (!m_options.report)
         return;
+    const Log& log = *m_job.log();
+    RunTroubles troubles = m_toldOfRun;
+    if (const QString fault = log.saveFault(); !fault.isNull())
+        troubles.reasons.append(u"the log could not be written: "_s + fault);
     const bool isChosen = !m_options.report->isEmpty();
-    write(u"report"_s, isChosen ? *m_options.report : reportPathBeside(m_job.log()->logFilePath()),
-          isChosen, [this](const QString& path, StagedFile::Existing existing) {
-              return saveReport(*m_job.log(), m_job.outputFiles().size(), path, existing);
+    write(u"report"_s, isChosen ? *m_options.report : reportPathBeside(log.logFilePath()), isChosen,
+          [&](const QString& path, StagedFile::Existing existing) {
+              return saveReport(log, m_job.outputFiles().size(), troubles, path, existing);
           });
 }
 

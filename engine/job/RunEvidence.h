@@ -4,6 +4,7 @@
 #include "engine/files/FileDigest.h"
 #include "engine/job/Process.h"
 #include "engine/log/RunRecord.h"
+#include "engine/log/RunReport.h"
 
 #include <QJsonObject>
 #include <QStringList>
@@ -81,14 +82,9 @@ private:
     LogFiles* m_source = nullptr;
     std::optional<FileDigest> m_sourceDigest;
     std::unique_ptr<TiffDocument> m_document; ///< with a reader of its own; null: not opened
-    struct Told
-    {
-        QStringList reasons;
-        QStringList warnings;
-    };
-    Told m_told; ///< of the source as a whole
-    Told m_toldOfPage;
-    Told m_toldOfRun; ///< while no source was in hand
+    RunTroubles m_told; ///< of the source as a whole
+    RunTroubles m_toldOfPage;
+    RunTroubles m_toldOfRun; ///< while no source was in hand
     QJsonObject m_gathered; ///< the file in place
     int m_gatheredPages = 0;
 

@@ -21,6 +21,8 @@ void tell(Process& job, const Diagnostic& diagnostic)
         LogFiles& source = *runLog->files.back();
         const bool isOfPage = diagnostic.page > 0 && !source.logFiles.empty()
             && source.logFiles.back().sourcePageNo == diagnostic.page;
+        if (!isOfPage && diagnostic.severity == Diagnostic::Severity::Error)
+            source.hasErrors = true;
         QString& told = isOfPage ? source.logFiles.back().reason : source.reason;
         told = told.isNull() ? diagnostic.reason : told + u"; "_s + diagnostic.reason;
     }

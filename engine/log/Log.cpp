@@ -213,7 +213,15 @@ void Log::spill()
     }
     m_pages = pages;
     last.logFiles.clear();
+    for (std::size_t i = 0; i + 1 < files.size(); ++i)
+        m_finishedErrors.push_back(files.at(i)->hasErrors);
     files.erase(files.begin(), files.end() - 1);
+}
+
+bool Log::hasErrors(std::size_t number) const
+{
+    const std::size_t finished = m_finishedErrors.size();
+    return number < finished ? m_finishedErrors.at(number) : files.at(number - finished)->hasErrors;
 }
 
 bool Log::save()

@@ -47,6 +47,7 @@ struct LogFiles
     int pages = 0; ///< pages written from this file
     std::deque<LogFile> logFiles; ///< in the order written; appending moves no entry
     QString reason {}; ///< everything that went wrong with the file as a whole; null: nothing
+    bool hasErrors = false; ///< among the reasons; else they are warnings; not in the XML file
     GatheredFile gathered = GatheredFile::None;
     QString leftBehind {}; ///< what its pages say that the format has no place for; null: nothing
     std::optional<FileDigest> sourceDigest {}; ///< where they are asked for
@@ -97,6 +98,9 @@ public:
     /// False: save() writes no file, logFilePath() stays null. True at the beginning.
     void setStored(bool isStored) { m_isStored = isStored; }
 
+    /// Whether the `number`th source, from 0 on in the order processed, has errors as a whole.
+    bool hasErrors(std::size_t number) const;
+
     using Output = std::function<void(const QByteArray& text)>;
 
     /// Hands the run to `output`, some of the text at a time: an XML document in UTF-8, one element
@@ -118,6 +122,7 @@ private:
         = 500; ///< in memory: a hundred kilobytes, and no files for short runs
     std::unique_ptr<ByteSpool> m_finished; ///< elements of the sources before `files`; may be null
     std::uint64_t m_finishedBytes = 0;
+    std::vector<bool> m_finishedErrors; ///< `hasErrors` of the sources before `files`
     std::shared_ptr<ByteSpool> m_pages; ///< elements of files.front(), before its own; may be null
 };
 

@@ -51,6 +51,8 @@ a { color: var(--link); }
 
     using LogAttributes = QXmlStreamAttributes;
 
+    enum class Fate { Written, Changed, Skipped, NotWritten, Failed };
+
     /// Told of the elements of a log, one after the other.
     class LogReader
     {
@@ -62,6 +64,8 @@ a { color: var(--link); }
 
         void read(const Log& log)
         {
+            m_log = &log;
+            m_sources = 0;
             QXmlStreamReader xml;
             log.writeTo([&](const QByteArray& text) {
                 xml.addData(text);
@@ -80,6 +84,16 @@ a { color: var(--link); }
         virtual void addPage(const LogAttributes& /*page*/) { }
         virtual void endSource() { }
 
+        /// How bad the `problem` of the source in hand is. Where its text does not say it, the
+        /// record does.
+        Fate fateOfSource(const LogAttributes& source) const
+        {
+            const bool isRead = source.value("Status"_L1).isEmpty();
+            const bool isWritten = !source.hasAttribute("Written"_L1);
+            return isRead && isWritten && !m_log->hasErrors(m_sources - 1) ? Fate::Changed
+                                                                           : Fate::Failed;
+        }
+
     private:
         void take(const QXmlStreamReader& xml)
         {
@@ -88,16 +102,18 @@ a { color: var(--link); }
                 endSource();
             if (!xml.isStartElement())
                 return;
-            if (isSource)
+            if (isSource) {
+                ++m_sources;
                 beginSource(xml.attributes());
-            else if (xml.name() == u"File")
+            } else if (xml.name() == u"File")
                 addPage(xml.attributes());
             else
                 beginRun(xml.attributes());
         }
-    };
 
-    enum class Fate { Written, Changed, Skipped, NotWritten, Failed };
+        const Log* m_log = nullptr;
+        std::size_t m_sources = 0; ///< that have begun
+    };
 
     QString valueOf(const LogAttributes& attributes, QLatin1StringView name)
     {
@@ -172,6 +188,7 @@ a { color: var(--link); }
         qint64 files = 0;
         qint64 written = 0;
         qint64 changed = 0;
+        qint64 warned = 0; ///< sources
         qint64 skipped = 0;
         qint64 failed = 0;
         qint64 problems = 0;
@@ -191,7 +208,10 @@ a { color: var(--link); }
         void beginSource(const LogAttributes& source) override
         {
             ++sources;
-            problems += sourceProblem(source).isEmpty() ? 0 : 1;
+            if (!sourceProblem(source).isEmpty()) {
+                ++problems;
+                warned += fateOfSource(source) == Fate::Changed ? 1 : 0;
+            }
             m_lastFile.clear();
         }
         void addPage(const LogAttributes& page) override
@@ -229,7 +249,7 @@ a { color: var(--link); }
         {
             m_file = joinedPath(valueOf(source, "SourcePath"_L1), valueOf(source, "FileName"_L1));
             if (const QString problem = sourceProblem(source); !problem.isEmpty())
-                addRow({}, problem, Fate::Failed);
+                addRow({}, problem, fateOfSource(source));
         }
         void addPage(const LogAttributes& page) override
         {
@@ -270,7 +290,7 @@ a { color: var(--link); }
                      + (m_target == folder ? QByteArray() : " \u2192 " + link(m_target, m_target))
                      + "</p>\n");
             if (const QString problem = sourceProblem(source); !problem.isEmpty())
-                m_output("<p class=\"bad\">" + shown(problem) + "</p>\n");
+                m_output("<p" + classOf(fateOfSource(source)) + ">" + shown(problem) + "</p>\n");
             if (const QString left = valueOf(source, "LeftBehind"_L1); !left.isEmpty())
                 m_output("<p>Left behind, since the format has no place for it: " + shown(left)
                          + "</p>\n");
@@ -299,6 +319,14 @@ a { color: var(--link); }
         QString m_target;
         bool m_hasPages = false;
     };
+
+    /// Rows for what is of no source.
+    void addTroubles(const QStringList& troubles, Fate fate, const Output& output)
+    {
+        for (const QString& trouble : troubles)
+            output("<tr><td></td><td></td><td" + classOf(fate) + ">" + shown(trouble)
+                   + "</td></tr>\n");
+    }
 
     QByteArray head(const Totals& totals, qsizetype sources)
     {
@@ -332,6 +360,8 @@ a { color: var(--link); }
         if (totals.skipped > 0)
             add("Pages skipped", totals.skipped);
         add("Source files", sources);
+        if (totals.warned > 0)
+            add("of these with a warning", totals.warned, " class=\"odd\"");
         if (totals.sources < sources)
             add("of these not reached", sources - totals.sources, " class=\"bad\"");
         return text + "</tbody></table>\n";
@@ -339,7 +369,8 @@ a { color: var(--link); }
 
 } // namespace
 
-void writeReport(const Log& log, qsizetype sources, const Output& output)
+void writeReport(const Log& log, qsizetype sources, const RunTroubles& troubles,
+                 const Output& output)
 {
     constexpr qsizetype mostWaiting = 65536;
     QByteArray waiting;
@@ -350,10 +381,13 @@ void writeReport(const Log& log, qsizetype sources, const Output& output)
     };
     Totals totals;
     totals.read(log);
+    totals.problems += troubles.reasons.size() + troubles.warnings.size();
     add(head(totals, sources));
     if (totals.problems > 0) {
         add("<h2>Problems</h2>\n<table><thead><tr><th>File</th><th class=\"number\">Page</th>"
             "<th>What happened</th></tr></thead><tbody>\n");
+        addTroubles(troubles.reasons, Fate::Failed, add);
+        addTroubles(troubles.warnings, Fate::Changed, add);
         Problems(add).read(log);
         add("</tbody></table>\n");
     }
@@ -363,11 +397,11 @@ void writeReport(const Log& log, qsizetype sources, const Output& output)
     output(waiting);
 }
 
-QString saveReport(const Log& log, qsizetype sources, const QString& path,
-                   StagedFile::Existing existing)
+QString saveReport(const Log& log, qsizetype sources, const RunTroubles& troubles,
+                   const QString& path, StagedFile::Existing existing)
 try {
     StagedFile file(path);
-    writeReport(log, sources, [&](const QByteArray& text) {
+    writeReport(log, sources, troubles, [&](const QByteArray& text) {
         file.write({ reinterpret_cast<const std::uint8_t*>(text.constData()),
                      static_cast<std::size_t>(text.size()) });
     });

@@ -80,6 +80,24 @@ private slots:
         QTEST(read(1).titles.first(), "title");
     }
 
+    /// A warning in the colour of failures, or counted as nothing; what is of no source left out.
+    void tellsWarningsFromFailures()
+    {
+        QCOMPARE(read(0, { {}, { u"/out: little room"_s } }).titles.value(0),
+                 u"Finished with problems"_s);
+        for (int i = 0; i < 600; ++i) { // some of them are put aside
+            addSource(u"%1.tif"_s.arg(i)).reason = i < 2 ? u"lost"_s : QString();
+            m_log->files.back()->hasErrors = i == 1;
+            m_log->putAside();
+        }
+        const Page page = read(600, { { u"no log"_s }, { u"/out: little room"_s } });
+        QVERIFY(page.tables.value(0).contains(u"of these with a warning|1"_s));
+        QCOMPARE(page.tables.value(1).join(u' '),
+                 u"File|Page|What happened ||no log ||/out: little room 0.tif||lost 1.tif||lost"_s);
+        QCOMPARE(page.text.count(u"class=\"odd\""), 4); // the total, twice of 0.tif, the room
+        QCOMPARE(page.text.count(u"class=\"bad\""), 3);
+    }
+
     /// A report that is put together in memory: here of eight megabytes.
     void goesOutAsItIsMade()
     {
@@ -91,7 +109,7 @@ private slots:
         }
         qint64 rows = 0;
         qsizetype most = 0;
-        writeReport(*m_log, 1, [&](const QByteArray& text) {
+        writeReport(*m_log, 1, {}, [&](const QByteArray& text) {
             rows += text.count("<tr>");
             most = std::max(most, text.size());
         });
@@ -104,12 +122,12 @@ private slots:
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"1.html"_s);
         QCOMPARE(reportPathBeside(folder.filePath(u"1.log"_s)), path);
-        QCOMPARE(saveReport(*m_log, 0, path, StagedFile::Existing::Kept), QString());
-        QVERIFY_EXCEPTION_THROWN((void)saveReport(*m_log, 0, path, StagedFile::Existing::Kept),
+        QCOMPARE(saveReport(*m_log, 0, {}, path, StagedFile::Existing::Kept), QString());
+        QVERIFY_EXCEPTION_THROWN((void)saveReport(*m_log, 0, {}, path, StagedFile::Existing::Kept),
                                  StagedFile::NameTaken);
-        QVERIFY(
-            !saveReport(*m_log, 0, folder.filePath(u"none/1.html"_s), StagedFile::Existing::Kept)
-                 .isNull());
+        QVERIFY(!saveReport(*m_log, 0, {}, folder.filePath(u"none/1.html"_s),
+                            StagedFile::Existing::Kept)
+                     .isNull());
     }
 
 private:
@@ -140,10 +158,10 @@ private:
     }
 
     /// The report as a reader of XML sees it, to which nothing may be odd.
-    Page read(qsizetype sources) const
+    Page read(qsizetype sources, const RunTroubles& troubles = {}) const
     {
         QByteArray html;
-        writeReport(*m_log, sources, [&](const QByteArray& text) { html += text; });
+        writeReport(*m_log, sources, troubles, [&](const QByteArray& text) { html += text; });
         Page page;
         page.text = QString::fromUtf8(html);
         QXmlStreamReader xml(html);
