@@ -107,7 +107,7 @@ bool RowStatuses::isConverted(const FileItem& item) const
 {
     const auto known = m_ofRun.constFind(item.path());
     return known != m_ofRun.cend()
-        && (known->state == State::Done || known->state == State::Warning);
+        && (known->state == State::Done || (known->state == State::Warning && known->pages > 0));
 }
 
 std::function<State(const FileItem&)> RowStatuses::states() const

@@ -28,7 +28,7 @@ struct RowStatus
 
     State state = State::None;
     int page = 0; ///< in hand, from 1; of `pages`; while Converting
-    int pages = 0;
+    int pages = 0; ///< none where the options of the run have left all of them out
     QString reason {}; ///< a line each; empty where there is nothing to say
 
     QString text() const; ///< "Done", "Page 3 of 7"; empty for None

@@ -46,6 +46,7 @@ void RunOutcome::follow(Process& job)
     m_changed.clear();
     m_converted.clear();
     m_failed.clear();
+    m_leftOut = 0;
     m_sources = job.totalFileSelected();
     connect(&job, &Process::pageDone, this,
             [this](const QString&, int, const QString&, Process::PageOutcome outcome) {
@@ -106,6 +107,9 @@ void RunOutcome::pass(const OutputFile& output)
         m_converted.insert(output.filename);
         status.state
             = source.reasons.isEmpty() ? RowStatus::State::Done : RowStatus::State::Warning;
+    } else if (pages == 0 && !source.reasons.isEmpty()) {
+        ++m_leftOut;
+        status.state = RowStatus::State::Warning;
     } else if (source.pagesDone > 0) {
         status.reason
             = tr("Cancelled when %1 of %2 pages were done.").arg(source.pagesDone).arg(pages);
@@ -136,7 +140,7 @@ void RunOutcome::finish()
         return;
     const QList<OutputFile> outputs = m_job->outputFiles();
     // Where a cancel was noticed between two sources, or an exception ended the run.
-    if (m_inHand < outputs.size() && (m_source.pagesDone > 0 || m_source.hasFailed))
+    if (m_inHand < outputs.size() && (m_source.pagesDone > 0 || !m_source.reasons.isEmpty()))
         pass(outputs.at(m_inHand++));
     stopFollowing();
     m_rest = outputs;
@@ -164,6 +168,8 @@ QString RunOutcome::headline(int images) const
     QString text = images == 1 ? tr("1 image written") : tr("%1 images written").arg(images);
     if (!m_failed.isEmpty())
         text += tr(", %1 of %2 files failed").arg(m_failed.size()).arg(m_sources);
+    if (m_leftOut > 0)
+        text += tr(", %1 of %2 files left out").arg(m_leftOut).arg(m_sources);
     if (const int left = notReached(); left > 0)
         text += tr(", %1 of %2 files not finished").arg(left).arg(m_sources);
     return text;

@@ -35,10 +35,11 @@ public:
     const QSet<QString>& converted() const { return m_converted; }
     /// Paths of sources of which a page, or all, could not be written.
     const QSet<QString>& failed() const { return m_failed; }
-    /// Neither, since the run was cancelled before.
+    /// Neither, since the run was cancelled before. Sources of which the options leave no page are
+    /// none of the three.
     int notReached() const
     {
-        return m_sources - static_cast<int>(m_converted.size() + m_failed.size());
+        return m_sources - m_leftOut - static_cast<int>(m_converted.size() + m_failed.size());
     }
     /// "27 images written, 14 of 24 files failed".
     QString headline(int images) const;
@@ -72,6 +73,7 @@ private:
     QHash<QString, RowStatus> m_changed; ///< since the last announcement
     QSet<QString> m_converted;
     QSet<QString> m_failed;
+    int m_leftOut = 0;
     int m_sources = 0;
 };
 

@@ -59,8 +59,9 @@ void NameExample::show()
 QString NameExample::text() const
 {
     const FileList::Items& items = m_files.items();
-    const auto first = std::find_if(items.begin(), items.end(), [](const FileList::Item& item) {
-        return item->isSelected() && item->pages() > 0;
+    ChosenPageCounter counter(m_choices.options());
+    const auto first = std::find_if(items.begin(), items.end(), [&](const FileList::Item& item) {
+        return item->isSelected() && counter.count(*item) > 0;
     });
     const QString line = u"%1 \u2192 %2"_s;
     if (first == items.end())
@@ -71,7 +72,7 @@ QString NameExample::text() const
     const OutputNames names(m_settings, m_choices.options());
     output = names.completed({ output }).first();
     const int page
-        = isKeptTogether(m_settings) ? 0 : chosenPages(**first, m_choices.options()).value(0, 1);
+        = isKeptTogether(m_settings) ? 0 : chosenPages(**first, m_choices.options()).first();
     return line.arg((*first)->name(), names.name(output, page));
 }
 

@@ -206,6 +206,34 @@ private slots:
         QCOMPARE(controller().files().checkedCount(), 3);
     }
 
+    /// Images of the sheet's summary that nobody writes, and a file without a page to convert that
+    /// is told as not reached, or taken off the list as converted.
+    void countsWhatItWrites()
+    {
+        const TestFolder folder;
+        folder.make(u"in/a.tif:WW in/b.tif:T out/"_s);
+        const QString out = folder.path(u"out"_s);
+        makeFile(out + u"/a.tiff"_s);
+        QVERIFY(open({ folder.path(u"in"_s) }));
+        settings().setOutputFolderPath(out);
+        settings().setOutputType(2);
+        press("skip-reduced");
+        alerts().setNextAnswer(1); // Skip
+        press("convertBtn");
+        press("pauseProcessBtn");
+        QTRY_COMPARE(text("processPlanLabel"),
+                     u"2 file(s), 2 page(s): 0 image(s) in %1, 0 bytes at most"_s.arg(out));
+        press("pauseProcessBtn");
+        QVERIFY(waitForRun());
+        QCOMPARE(text("processHeadlineLabel"),
+                 u"Finished with problems: 0 images written, 1 of 2 files left out"_s);
+        press("closeProcessBtn");
+        QCOMPARE(controller().tableModel().status(1).state, RowStatus::State::Warning);
+        press("removeConvertedAction");
+        QCOMPARE(order(), u"b"_s);
+        QTRY_VERIFY(!text("outputExampleLabel").startsWith(u'b')); // which has no output
+    }
+
     /// What the rows are told: nothing before the first file is begun, and not of logs.
     void tellsOfTheFileInHand()
     {
