@@ -289,7 +289,8 @@ private slots:
         using State = RowStatus::State;
         const State states[] { State::Failed, State::Done, State::Warning, State::NotReached };
         for (int row = 1; row < 5; ++row)
-            statuses.insert(controller().files().at(row)->path(), { states[row - 1] });
+            statuses.insert(controller().files().at(row)->path(),
+                            { states[row - 1], 0, 1 }); // of one page
         controller().tableModel().setStatuses(statuses);
         QTRY_COMPARE(table().model()->rowCount(), 3); // follows the run
         QVERIFY(hasButton("filterNotReachedButton") && hasButton("filterWarningsButton"));
