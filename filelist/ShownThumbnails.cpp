@@ -31,7 +31,7 @@ try {
     wish.most = QSize(side, side) * m_ratio;
     const PagePicture picture = pictureOf(file.open(isStopped), wish, isStopped);
     const QImage image(picture.samples.data(), picture.size.width(), picture.size.height(),
-                       picture.size.width() * picture.channels,
+                       qsizetype(picture.size.width()) * picture.channels,
                        picture.channels == 1 ? QImage::Format_Grayscale8 : QImage::Format_RGB888);
     QImage own = image.convertToFormat(QImage::Format_RGB32);
     own.setDevicePixelRatio(m_ratio);
