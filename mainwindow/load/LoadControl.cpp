@@ -16,6 +16,8 @@
 
 #include <QClipboard>
 #include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QTextDocument>
 
@@ -35,11 +37,13 @@ namespace {
 LoadControl::LoadControl(const WindowParts& parts, ListCommands& list)
     : m_parts(parts)
     , m_list(list)
-    , m_recentFolders(parts.services.defaults, *parts.ui.menuRecentFolders,
-                      *parts.ui.addFolderAction)
+    , m_recentFolders(parts.services.defaults, u"RECENTFOLDERS"_s, *parts.ui.menuRecentFolders,
+                      [adding = parts.ui.addFolderAction](QAction& item, const QString&) {
+                          item.setEnabled(adding->isEnabled());
+                      })
 {
-    connect(&m_recentFolders, &RecentSourceFolders::chosen, this,
-            [this](const QUrl& folder) { load({ folder }, true); });
+    connect(&m_recentFolders, &RecentFolders::chosen, this,
+            [this](const QString& folder) { load({ QUrl::fromLocalFile(folder) }, true); });
     parts.ui.inculdeSubfoldersBtn->setChecked(inculdeSubfolders());
     connect(parts.ui.inculdeSubfoldersBtn, &QCheckBox::toggled, this,
             &LoadControl::setInculdeSubfolders);
@@ -117,13 +121,26 @@ void LoadControl::setInculdeSubfolders(bool include)
     m_parts.services.synchronize(&m_parts.window);
 }
 
+/// For the menu of recent ones; a drop of many is one of files.
+void LoadControl::noteFolders(const QList<QUrl>& urls)
+{
+    if (urls.size() > RecentFolders::most)
+        return;
+    QStringList folders;
+    for (const QUrl& url : urls)
+        if (QFileInfo(url.toLocalFile()).isDir())
+            folders.append(QDir::cleanPath(url.toLocalFile()));
+    if (!folders.isEmpty())
+        m_recentFolders.note(folders);
+}
+
 /// With what is below the folders, if the user wants that.
 void LoadControl::load(const QList<QUrl>& urls, bool areFolders, int unreadLines)
 {
     if (urls.isEmpty())
         return;
     if (areFolders)
-        m_recentFolders.note(urls);
+        noteFolders(urls);
     startLoading({ .urls = urls,
                    .isFolders = areFolders,
                    .isIncludeSubdirectories = m_parts.ui.inculdeSubfoldersBtn->isChecked(),

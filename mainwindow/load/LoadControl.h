@@ -4,7 +4,7 @@
 #include "filelist/FileList.h"
 #include "filelist/FileLoader.h"
 #include "mainwindow/import/ImportFilesWindowController.h"
-#include "mainwindow/load/RecentSourceFolders.h"
+#include "mainwindow/settings/RecentFolders.h"
 #include "mainwindow/state/WindowParts.h"
 
 #include <QHash>
@@ -51,6 +51,7 @@ private:
     void ImportFilesWindowControllerDidFinish(ImportFilesWindowController& dialog) override;
 
     void load(const QList<QUrl>& urls, bool areFolders, int unreadLines = 0);
+    void noteFolders(const QList<QUrl>& urls);
     void tellAddition(const QString& text, const QString& reasons);
     void forgetAddition();
     FileList::Items takeScatteredHighlight();
@@ -58,7 +59,7 @@ private:
 
     const WindowParts m_parts;
     ListCommands& m_list;
-    RecentSourceFolders m_recentFolders;
+    RecentFolders m_recentFolders;
     QHash<QUrl, QString> m_choices; ///< of pages, for files that the list had before the load
     ImportFilesWindowController* m_importPanel = nullptr; ///< the window's; made when first used
 };

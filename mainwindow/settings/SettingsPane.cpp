@@ -5,12 +5,13 @@
 #include "mainwindow/desktop/Services.h"
 #include "mainwindow/settings/NameExample.h"
 #include "mainwindow/settings/PresetMenu.h"
-#include "mainwindow/settings/RecentOutputFolders.h"
+#include "mainwindow/settings/RecentFolders.h"
 #include "mainwindow/settings/RunChoices.h"
 #include "mainwindow/widgets/FileChooser.h"
 #include "ui_SettingsPane.h"
 
 #include <QEvent>
+#include <QMenu>
 
 #include <algorithm>
 
@@ -58,8 +59,18 @@ void SettingsPane::bind(Settings& settings, const Services& services)
         return commitChoices();
     });
     connect(m_presets.get(), &PresetMenu::presetTaken, m_ui->moreTab, &MoreTab::forgetFaults);
-    m_recent = std::make_unique<RecentOutputFolders>(*m_ui->recentFoldersBtn, settings,
-                                                     services.defaults);
+    auto* recent = new QMenu(m_ui->recentFoldersBtn);
+    m_ui->recentFoldersBtn->setMenu(recent);
+    m_recent = std::make_unique<RecentFolders>(services.defaults, u"RECENTOUTPUTFOLDERS"_s, *recent,
+                                               [&settings](QAction& item, const QString& folder) {
+                                                   item.setCheckable(true);
+                                                   item.setChecked(folder
+                                                                   == settings.outputFolderPath());
+                                               });
+    connect(m_recent.get(), &RecentFolders::chosen, &settings, &Settings::setOutputFolderPath);
+    m_ui->recentFoldersBtn->setEnabled(recent->menuAction()->isEnabled());
+    connect(recent->menuAction(), &QAction::enabledChanged, m_ui->recentFoldersBtn,
+            &QWidget::setEnabled);
     m_ui->moreTab->bind(*m_choices, [this](const ConversionOptionRow& row) -> QGridLayout* {
         if (row.name == u"mirror")
             return m_ui->folderOptions;
@@ -244,7 +255,11 @@ void SettingsPane::chooseOutputFolder()
                                      });
 }
 
-void SettingsPane::rememberOutputFolder() { m_recent->remember(); }
+void SettingsPane::rememberOutputFolder()
+{
+    if (const QString folder = m_settings->outputFolderPath(); !folder.isEmpty())
+        m_recent->note({ folder });
+}
 
 void SettingsPane::showFormat() { m_ui->settingTabView->setCurrentWidget(m_ui->formatTab); }
 

@@ -16,7 +16,7 @@ namespace pagestack {
 class FileList;
 class NameExample;
 class PresetMenu;
-class RecentOutputFolders;
+class RecentFolders;
 class RunChoices;
 class Settings;
 struct Services;
@@ -83,7 +83,7 @@ private:
     const Services* m_services = nullptr;
     std::unique_ptr<RunChoices> m_choices;
     std::unique_ptr<PresetMenu> m_presets;
-    std::unique_ptr<RecentOutputFolders> m_recent;
+    std::unique_ptr<RecentFolders> m_recent;
     std::unique_ptr<NameExample> m_example;
 };
 

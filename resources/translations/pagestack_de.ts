@@ -2042,17 +2042,10 @@ Das Protokoll sagt mehr.</translation>
     </message>
 </context>
 <context>
-    <name>pagestack::RecentOutputFolders</name>
+    <name>pagestack::RecentFolders</name>
     <message>
         <source>&amp;Forget These Folders</source>
         <translation>Diese Ordner &amp;vergessen</translation>
-    </message>
-</context>
-<context>
-    <name>pagestack::RecentSourceFolders</name>
-    <message>
-        <source>Clear</source>
-        <translation>Leeren</translation>
     </message>
 </context>
 <context>
