@@ -21,12 +21,8 @@ namespace {
     QStringList resourceFolders()
     {
         const QString program = QCoreApplication::applicationDirPath();
-        QStringList folders { program + u"/../share/pagestack"_s, program + u"/../Resources"_s };
-        // An installed program must not read from where its sources once lay.
-        const QString buildFolder = QFileInfo(u"" PAGESTACK_BUILD_FOLDER ""_s).canonicalFilePath();
-        if (!buildFolder.isEmpty() && program.startsWith(buildFolder + u'/'))
-            folders.append(u"" PAGESTACK_SOURCE_RESOURCES ""_s);
-        return folders;
+        // The first is also there in a build folder.
+        return { program + u"/../share/pagestack"_s, program + u"/../Resources"_s };
     }
 
 } // namespace

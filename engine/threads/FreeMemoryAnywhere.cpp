@@ -1,0 +1,7 @@
+#include "engine/threads/FreeMemory.h"
+
+namespace pagestack {
+
+void returnFreeMemory() { }
+
+} // namespace pagestack
