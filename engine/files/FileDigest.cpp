@@ -1,11 +1,19 @@
 #include "engine/files/FileDigest.h"
 
 #include "engine/files/ByteFile.h"
+#include "engine/files/PosixFile.h"
+#include "engine/threads/StopScope.h"
 
 #include <QByteArray>
+#include <QFile>
+#include <QScopeGuard>
 
 #include <algorithm>
+#include <fcntl.h>
 #include <nettle/sha2.h>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace pagestack {
@@ -40,6 +48,28 @@ FileDigest digestOf(ByteFile& file)
     return digestOf(file.size(), [&](std::uint64_t offset, std::span<std::uint8_t> bytes) {
         file.readAt(offset, bytes);
     });
+}
+
+std::optional<FileDigest> digestOfFile(const QString& path)
+try {
+    // Without O_NONBLOCK a named pipe would wait for its writer.
+    const int file = retryInterrupted([&] {
+        return ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    });
+    if (file < 0)
+        return std::nullopt;
+    const auto close = qScopeGuard([&] { ::close(file); });
+    struct stat status = {};
+    if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    return digestOf(static_cast<std::uint64_t>(status.st_size),
+                    [&](std::uint64_t offset, std::span<std::uint8_t> bytes) {
+                        if (StopScope::isStopped())
+                            throw std::runtime_error("stopped");
+                        readFully(file, offset, bytes);
+                    });
+} catch (const std::runtime_error&) {
+    return std::nullopt;
 }
 
 } // namespace pagestack

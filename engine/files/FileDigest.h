@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 
 namespace pagestack {
@@ -30,5 +31,9 @@ digestOf(std::uint64_t size,
 
 /// Of a complete file, as it is read back.
 FileDigest digestOf(ByteFile& file);
+
+/// Size and SHA-256 of the regular file at `path`; none when it cannot be read, or when a StopScope
+/// of the thread ends that.
+std::optional<FileDigest> digestOfFile(const QString& path);
 
 } // namespace pagestack

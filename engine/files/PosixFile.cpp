@@ -3,12 +3,15 @@
 #include <QDir>
 #include <QFile>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <initializer_list>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -33,16 +36,44 @@ bool canOpenFiles(int count)
     return canOpenRest;
 }
 
+namespace {
+
+    bool saysAnyOf(const std::string& reason, std::initializer_list<int> errors)
+    {
+        return std::ranges::any_of(errors, [&](int error) {
+            return reason.find(std::generic_category().message(error)) != std::string::npos;
+        });
+    }
+
+    /// "memory" as a word, not as a part of a path.
+    bool saysMemory(const std::string& reason)
+    {
+        constexpr std::string_view word = "memory";
+        for (auto at = reason.find(word); at != std::string::npos; at = reason.find(word, at + 1)) {
+            const auto end = at + word.size();
+            const bool begins = at == 0 || reason[at - 1] == ' ';
+            if (begins && (end == reason.size() || reason.find_first_of(" (:;,.", end) == end))
+                return true;
+        }
+        return false;
+    }
+
+} // namespace
+
 bool isWantOfRoom(const std::string& reason)
 {
-    for (const int error : { ENOSPC, EDQUOT, EMFILE, ENFILE, ENOMEM })
-        if (reason.find(std::generic_category().message(error)) != std::string::npos)
-            return true;
-    // As libtiff, libjpeg and the C++ library say it.
-    for (const char* text : { "No space for", "memory", "bad_alloc" })
-        if (reason.find(text) != std::string::npos)
-            return true;
-    return false;
+    // The texts are those of libtiff, libjpeg and the C++ library.
+    return saysAnyOf(reason, { ENOSPC, EDQUOT, EMFILE, ENFILE, ENOMEM })
+        || reason.find("No space for") != std::string::npos
+        || reason.find("bad_alloc") != std::string::npos || saysMemory(reason);
+}
+
+bool isPassing(const std::string& reason)
+{
+    return isWantOfRoom(reason)
+        || saysAnyOf(reason,
+                     { EIO, EAGAIN, EBUSY, ETXTBSY, ESTALE, ETIMEDOUT, ENOTCONN, ENOLCK, EHOSTDOWN,
+                       EHOSTUNREACH, ENETDOWN, ENETUNREACH, ECONNRESET });
 }
 
 int openUnnamedFile()

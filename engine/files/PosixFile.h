@@ -15,6 +15,10 @@ namespace pagestack {
 /// that too many files were open.
 bool isWantOfRoom(const std::string& reason);
 
+/// Whether `reason` says so, or that the disk, the network or another program stood in the way:
+/// what may be gone the next time.
+bool isPassing(const std::string& reason);
+
 /// Repeats a system call while a signal interrupts it. Not for close(), which is done even then.
 template <typename Call>
 auto retryInterrupted(Call call)

@@ -1,3 +1,4 @@
+#include "engine/files/FreeName.h"
 #include "engine/files/PosixFile.h"
 #include "engine/files/StagedFile.h"
 
@@ -25,90 +26,24 @@ namespace pagestack {
 
 namespace {
 
-#if defined(RENAME_NOREPLACE)
-    constexpr unsigned noReplace = RENAME_NOREPLACE;
-    constexpr unsigned exchange = RENAME_EXCHANGE;
-#elif defined(RENAME_EXCL) // macOS
-    constexpr unsigned noReplace = RENAME_EXCL;
-    constexpr unsigned exchange = RENAME_SWAP;
-#else
-    constexpr unsigned noReplace = 0;
-    constexpr unsigned exchange = 0;
-#endif
-
-    /// ENOSYS where the system has no such call.
-    int renameInOneStep(const char* from, const char* to, unsigned how)
-    {
-#if defined(RENAME_NOREPLACE)
-        return ::renameat2(AT_FDCWD, from, AT_FDCWD, to, how);
-#elif defined(RENAME_EXCL)
-        return ::renamex_np(from, to, how);
-#else
-        static_cast<void>(from);
-        static_cast<void>(to);
-        static_cast<void>(how);
-        errno = ENOSYS;
-        return -1;
-#endif
-    }
-
-    int renameToFreeName(const char* from, const char* to)
-    {
-        return renameInOneStep(from, to, noReplace);
-    }
-
-    /// By a second name. Should the first stay, it is that of a leftover.
-    int linkAndUnlink(const char* from, const char* to)
-    {
-        if (::link(from, to) != 0)
-            return -1;
-        ::unlink(from);
-        return 0;
-    }
-
-    int lookAndRename(const char* from, const char* to)
-    {
-        struct stat status = {};
-        if (::lstat(to, &status) == 0) {
-            errno = EEXIST;
-            return -1;
-        }
-        return ::rename(from, to);
-    }
-
-    /// Whether the error says that the file system has no such call.
-    bool isUnknownCall(int error)
-    {
-        constexpr std::array unknown { ENOSYS, EINVAL, EPERM, ENOTSUP, EOPNOTSUPP, EMLINK };
-        return std::find(unknown.begin(), unknown.end(), error) != unknown.end();
-    }
-
     /// Gives each of two files the other's name, in one step. False, with nothing changed, where
     /// the file system knows no such step or one of the names leads to nothing.
     bool swapNames(const QByteArray& one, const QByteArray& other)
     {
-        const auto swap
-            = [&] { return renameInOneStep(one.constData(), other.constData(), exchange); };
-        if (retryInterrupted(swap) == 0)
-            return true;
-        if (!isUnknownCall(errno) && errno != ENOENT)
-            throwFileSystemError("cannot put the file in place", errno);
-        return false;
+        const int error = exchangeNames(one, other);
+        if (error != 0 && !isUnknownCall(error) && error != ENOENT)
+            throwFileSystemError("cannot put the file in place", error);
+        return error == 0;
     }
 
     /// Renames the file `from` to `to` if nothing has that name; false when something has. Where
     /// the file system knows no such step, the two are one after the other.
     bool takeFreeName(const QByteArray& from, const QByteArray& to)
     {
-        for (const auto attempt : { renameToFreeName, linkAndUnlink, lookAndRename }) {
-            if (retryInterrupted([&] { return attempt(from.constData(), to.constData()); }) == 0)
-                return true;
-            if (errno == EEXIST)
-                return false;
-            if (!isUnknownCall(errno))
-                break;
-        }
-        throwFileSystemError("cannot put the file in place", errno);
+        const int error = renameToFreeName(from, to);
+        if (error != 0 && error != EEXIST)
+            throwFileSystemError("cannot put the file in place", error);
+        return error == 0;
     }
 
     constexpr std::uint64_t bufferBytes = std::uint64_t { 256 } * 1024;

@@ -22,6 +22,22 @@ namespace {
     constexpr std::uint64_t longestGap = 4096; // that is filled rather than left to the file system
     constexpr int longestLinkChain = 40;
 
+    /// The memory that a staged file of this thread has given back, or none: small pages follow
+    /// each other by the thousand, and to have the system clear the memory of each takes as long as
+    /// to fill it.
+    std::vector<std::uint8_t>& spareBuffer()
+    {
+        thread_local std::vector<std::uint8_t> spare;
+        return spare;
+    }
+
+    void keepForNext(std::vector<std::uint8_t> buffer)
+    {
+        buffer.clear();
+        if (buffer.capacity() > spareBuffer().capacity())
+            spareBuffer() = std::move(buffer);
+    }
+
     /// In a folder that others may write to anybody could lead us to one of our own files, so that
     /// a link counts there only when it is ours or belongs to the folder's owner.
     void checkLink(const QByteArray& path)
@@ -63,9 +79,16 @@ StagedFile::StagedFile(const QString& targetPath)
 {
     if (targetPath.isEmpty())
         throw std::runtime_error("the output has no name");
-    m_target = resolvedTarget(targetPath);
-    m_isBehindLink = m_target != QFile::encodeName(absolutePath(targetPath));
-    lookAtTarget();
+    const QByteArray named = QFile::encodeName(absolutePath(targetPath));
+    m_target = named;
+    struct stat status = {};
+    const bool isThere = ::lstat(named.constData(), &status) == 0;
+    if (isThere && S_ISLNK(status.st_mode)) {
+        m_target = resolveLinks(named);
+        m_isBehindLink = m_target != named;
+    }
+    if (isThere)
+        lookAtTarget();
     m_inPlace = !createBesideTarget();
     if (m_inPlace)
         m_file = openUnnamedFile();
@@ -134,10 +157,13 @@ StagedFile::~StagedFile()
         ::unlink(m_temporary.constData());
     if (m_file >= 0)
         ::close(m_file);
+    keepForNext(std::move(m_pending));
 }
 
 void StagedFile::write(std::span<const std::uint8_t> bytes)
 {
+    if (m_pending.capacity() == 0)
+        m_pending.swap(spareBuffer());
     if (m_pending.size() + bytes.size() > appendBufferBytes)
         flush();
     if (bytes.size() >= appendBufferBytes)
@@ -211,7 +237,7 @@ int StagedFile::openForReading()
 void StagedFile::settle()
 {
     flush();
-    m_pending = {};
+    keepForNext(std::exchange(m_pending, {}));
     if (m_replaces && !m_inPlace)
         syncToDisk(m_file);
 }

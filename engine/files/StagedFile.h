@@ -94,6 +94,10 @@ public:
     void commit(Existing existing = Existing::Replaced,
                 const std::optional<FileState>& expected = std::nullopt);
 
+    /// Whether nothing was at the target when the file was begun, not even a link: what `commit`
+    /// replaces can then only have come since, and is that name alone.
+    bool isNew() const { return !m_replaces && !m_isBehindLink; }
+
     /// False after a `commit` that could not set the date: who may only write a file may not.
     bool isDateKept() const { return m_isDateKept; }
     static QString dateRemark(); ///< says so
