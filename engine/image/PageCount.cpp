@@ -27,7 +27,7 @@ CountedPages countPages(const QUrl& url, const QString& password)
         return { static_cast<std::uint32_t>(file.pageCount()),
                  QList<int>(reduced.begin(), reduced.end()), file.chainFault() };
     } catch (const std::runtime_error& error) {
-        if (QFileInfo(path).suffix().toUpper() != u"PDF"_s)
+        if (pdfLibrary().isEmpty() || QFileInfo(path).suffix().toUpper() != u"PDF"_s)
             return { 0, {}, QString::fromUtf8(error.what()) };
     }
     if (const auto count = pdfPageCount(path, password))

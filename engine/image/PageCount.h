@@ -9,8 +9,8 @@
 namespace pagestack {
 
 /// Number of images in the file at `url`, 0 if there are none to count. A file that is not TIFF and
-/// has the extension PDF, in any case, counts as a PDF document; `password` opens an encrypted one.
-/// Any thread.
+/// has the extension PDF, in any case, counts as a PDF document where the program has a library for
+/// them; `password` opens an encrypted one. Any thread.
 std::uint32_t getTiffPageCount(const QUrl& url, const QString& password);
 
 /// The same with the pages, from 1 on, that are thumbnails or masks of others.

@@ -51,18 +51,23 @@ namespace {
 
 } // namespace
 
+bool SampleOrder::knows(const TiffPageTags& tags)
+{
+    const int bits = tags.bitsPerSample;
+    return tags.predictor == PREDICTOR_NONE
+        || (tags.predictor == PREDICTOR_HORIZONTAL
+            && (bits == 8 || bits == 16 || bits == 32 || bits == 64))
+        || (tags.predictor == PREDICTOR_FLOATINGPOINT && tags.sampleFormat == SAMPLEFORMAT_IEEEFP
+            && hasByteOrder(bits));
+}
+
 SampleOrder::SampleOrder(const TiffPageTags& tags, bool isSwapped)
     : m_bits(tags.bitsPerSample)
     , m_predictor(tags.predictor)
     , m_stride(static_cast<std::size_t>(tags.samplesInPlane()))
     , m_isSwapped(isSwapped && hasByteOrder(tags.bitsPerSample))
 {
-    const bool isKnown = m_predictor == PREDICTOR_NONE
-        || (m_predictor == PREDICTOR_HORIZONTAL
-            && (m_bits == 8 || m_bits == 16 || m_bits == 32 || m_bits == 64))
-        || (m_predictor == PREDICTOR_FLOATINGPOINT && tags.sampleFormat == SAMPLEFORMAT_IEEEFP
-            && hasByteOrder(m_bits));
-    if (!isKnown)
+    if (!knows(tags))
         throw std::runtime_error("predictor " + std::to_string(m_predictor)
                                  + " is not supported for its samples");
 }

@@ -15,8 +15,11 @@ struct TiffPageTags;
 class SampleOrder
 {
 public:
+    /// Whether the predictor suits the samples.
+    static bool knows(const TiffPageTags& tags);
+
     /// `isSwapped`: the file has the other byte order than the machine. Throws std::runtime_error
-    /// for a predictor that does not suit the samples.
+    /// for samples that it does not know.
     SampleOrder(const TiffPageTags& tags, bool isSwapped);
 
     /// `rows` holds rows of `rowBytes` bytes.

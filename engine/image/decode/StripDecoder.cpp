@@ -1,6 +1,7 @@
 #include "engine/image/decode/StripDecoder.h"
 
 #include "engine/image/decode/JpegTail.h"
+#include "engine/image/decode/LzwDecoder.h"
 #include "engine/image/decode/NoDataValue.h"
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/tiff/TiffLimits.h"
@@ -57,7 +58,8 @@ StripDecoder::StripDecoder(const TiffPage& page, tiff* handle)
     , m_rowBytes(static_cast<std::size_t>(m_tags.isTiled ? TIFFTileRowSize(handle)
                                                          : TIFFScanlineSize(handle)))
 {
-    if (!isDecodedByLibtiff(m_tags))
+    if (!isDecodedByLibtiff(m_tags)
+        || (m_tags.compression == COMPRESSION_LZW && SampleOrder::knows(m_tags)))
         m_order.emplace(m_tags, TIFFIsByteSwapped(handle) != 0);
     const std::uint32_t sparse = sparseStrips(handle);
     if (sparse == 0)
@@ -89,6 +91,9 @@ void StripDecoder::decode(std::uint32_t number, std::span<std::uint8_t> to)
 {
     if (isSparseAt(m_handle, number)) {
         fillSamples(to, m_rowBytes, m_tags.bitsPerSample, m_noData);
+    } else if (m_tags.compression == COMPRESSION_LZW) {
+        if (!decodedLzw(number, to))
+            check(decodedByLibtiff(number, to), number);
     } else if (m_order) {
         if (!isDeflate(m_tags) || !inflatedWhole(number, to)) {
             const std::unique_ptr<StripStream> stream = openStream(number);
@@ -125,6 +130,19 @@ void StripDecoder::endStream(StripStream& stream, std::uint64_t rows)
             u"its strips or tiles hold more than their rows; the rest is left out"_s);
 }
 
+/// False where that is libtiff's: it knows more kinds, and what to say of damaged data.
+bool StripDecoder::decodedLzw(std::uint32_t number, std::span<std::uint8_t> to)
+{
+    if (!m_order)
+        return false;
+    EncodedBytes bytes = encoded(number);
+    if (bytes.left() != TIFFGetStrileByteCount(m_handle, number) || bytes.left() > largestWholeBytes
+        || !decodeLzw(bytes.next(bytes.left()), to))
+        return false;
+    m_order->restore(to, m_rowBytes);
+    return true;
+}
+
 bool StripDecoder::decodedByLibtiff(std::uint32_t number, std::span<std::uint8_t> to)
 {
     if (m_tags.isTiled)
@@ -156,7 +174,7 @@ void StripDecoder::begin(std::uint32_t strip, std::uint32_t rows)
     m_row = strip * m_tags.rowsPerStrip;
     m_rows = m_rowsLeft = rows;
     m_isStripSparse = isSparseAt(m_handle, strip);
-    m_stream = m_order && !m_isStripSparse ? openStream(strip) : nullptr;
+    m_stream = !isDecodedByLibtiff(m_tags) && !m_isStripSparse ? openStream(strip) : nullptr;
 }
 
 void StripDecoder::nextRow(std::span<std::uint8_t> to)

@@ -20,7 +20,8 @@ class TiffPage;
 /// machine's byte order.
 ///
 /// Deflate and PackBits are decoded here, since libtiff 4.5 takes damaged Deflate data for sound
-/// and drops bytes of PackBits runs that reach over the end of a row; everything else by libtiff.
+/// and drops bytes of PackBits runs that reach over the end of a row, and sound LZW data, which
+/// takes less than half the time; everything else by libtiff, LZW data with a fault as well.
 /// Strips and tiles without data (sparse files: offset and size 0) are filled with 0, or with the
 /// value of GDAL_NODATA where the page has it, and the page gets a warning.
 class StripDecoder
@@ -44,6 +45,7 @@ private:
     std::unique_ptr<StripStream> openStream(std::uint32_t number) const;
     bool inflatedWhole(std::uint32_t number, std::span<std::uint8_t> to) const;
     void endStream(StripStream& stream, std::uint64_t rows);
+    bool decodedLzw(std::uint32_t number, std::span<std::uint8_t> to);
     bool decodedByLibtiff(std::uint32_t number, std::span<std::uint8_t> to);
     bool decodedTile(std::uint32_t number, std::span<std::uint8_t> to);
     void check(bool ok, std::uint32_t number);
@@ -54,7 +56,7 @@ private:
     tiff* m_handle;
     const TiffPageTags& m_tags;
     std::size_t m_rowBytes; ///< of a strip or tile; of sub-sampled pages, a row of blocks
-    std::optional<SampleOrder> m_order; ///< of what is decoded here, not by libtiff
+    std::optional<SampleOrder> m_order; ///< of what can be decoded here, not by libtiff alone
     std::uint64_t m_noData = 0; ///< the bits of a sample where the file has no data
     std::vector<std::uint8_t> m_scratch;
 
@@ -67,7 +69,7 @@ private:
     std::unique_ptr<StripStream> m_stream; ///< null: libtiff decodes it
 };
 
-/// False when StripDecoder decodes such pages itself.
+/// False when StripDecoder decodes such pages itself, whatever their data.
 bool isDecodedByLibtiff(const TiffPageTags& tags);
 
 /// Number of strips and tiles of the current page of `handle` that have no data in the file.

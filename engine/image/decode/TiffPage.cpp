@@ -1,6 +1,7 @@
 #include "engine/image/decode/TiffPage.h"
 
 #include "engine/image/decode/DisplayRows.h"
+#include "engine/image/decode/JpegPageBlocks.h"
 #include "engine/image/metadata/MetadataReader.h"
 #include "engine/image/tiff/TiffLimits.h"
 
@@ -39,8 +40,8 @@ namespace {
         if (value == nullptr || value->bytes == 0)
             return;
         std::array<std::uint8_t, 1> low = {};
-        page.document().readAt(
-            value->offset + (page.document().isBigEndian() ? value->bytes - 1 : 0), low);
+        page.reader().readAt(value->offset + (page.document().isBigEndian() ? value->bytes - 1 : 0),
+                             low);
         if (low[0] == PHOTOMETRIC_PALETTE)
             throw std::runtime_error("the colour map is missing or of another length");
     }
@@ -150,6 +151,8 @@ std::shared_ptr<const PageMetadata> TiffPage::metadata() const
     }
     return std::make_shared<const PageMetadata>(std::move(read));
 }
+
+std::shared_ptr<JpegBlocks> TiffPage::jpegBlocks() const { return pageBlocks(*this); }
 
 std::unique_ptr<RowSource> TiffPage::rowsShownIn(int bits) const
 {

@@ -24,6 +24,7 @@ public:
     std::uint64_t decodedBytes() const override { return tags().decodedBytes(); }
     /// Without what does not hold for upright pixels in the colours of `rowsShownIn`.
     std::shared_ptr<const PageMetadata> metadata() const override;
+    std::shared_ptr<JpegBlocks> jpegBlocks() const override;
     const TiffPage* tiffPage() const override { return this; }
 
     TiffReader& reader() const { return *m_reader; }

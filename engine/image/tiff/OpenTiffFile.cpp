@@ -16,6 +16,14 @@
 
 namespace pagestack {
 
+bool TiffWindow::copyTo(std::uint64_t at, std::span<std::uint8_t> to) const
+{
+    if (!holds(at, to.size()))
+        return false;
+    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(at - offset), to.size(), to.begin());
+    return true;
+}
+
 OpenTiffFile::OpenTiffFile(QString path, int file)
     : m_path(std::move(path))
     , m_file(file)
@@ -67,10 +75,27 @@ void OpenTiffFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) c
     readFully(m_file, offset, bytes);
 }
 
-TiffDirectory OpenTiffFile::directory(int index) const
+TiffWindow OpenTiffFile::windowAtPage(int index) const
+{
+    return windowAt(m_chain.offsets.at(static_cast<std::size_t>(index)));
+}
+
+TiffWindow OpenTiffFile::windowAt(std::uint64_t offset) const
+{
+    constexpr std::size_t windowBytes = 1024;
+    TiffWindow window { offset, std::vector<std::uint8_t>(windowBytes) };
+    window.bytes.resize(readUpTo(m_file, window.offset, window.bytes));
+    return window;
+}
+
+TiffDirectory OpenTiffFile::directory(int index, const TiffWindow& window) const
 {
     const std::uint64_t offset = m_chain.offsets.at(static_cast<std::size_t>(index));
-    TiffDirectory directory = subDirectory(offset);
+    const auto read = [&](std::uint64_t at, std::span<std::uint8_t> bytes) {
+        if (!window.copyTo(at, bytes))
+            readAt(at, bytes);
+    };
+    TiffDirectory directory = readDirectory(read, m_chain.format, offset);
     checkTagValues(directory, sizeBytes());
     return directory;
 }
@@ -89,12 +114,17 @@ std::uint64_t OpenTiffFile::sizeNow() const
     return isKnown ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
-std::size_t OpenTiffFile::readShown(std::uint64_t offset, std::span<std::uint8_t> bytes) const
+std::size_t OpenTiffFile::readShown(std::uint64_t offset, std::span<std::uint8_t> bytes,
+                                    const TiffWindow& window) const
 {
-    bytes = bytes.first(readUpTo(m_file, offset, bytes));
+    if (!window.copyTo(offset, bytes))
+        bytes = bytes.first(readUpTo(m_file, offset, bytes));
     const std::uint64_t begin = std::max(m_chain.cutLink.begin, offset);
     const std::uint64_t end = std::min(m_chain.cutLink.end, offset + bytes.size());
-    if (begin < end)
+    // Of a sound chain, only the link itself, which libtiff reads by itself: pixels may lie there.
+    const bool isLink = offset == m_chain.cutLink.begin && end == offset + bytes.size()
+        && end == m_chain.cutLink.end;
+    if (begin < end && (isLink || !m_chain.fault.isEmpty()))
         std::ranges::fill(bytes.subspan(begin - offset, end - begin), std::uint8_t { 0 });
     return bytes.size();
 }

@@ -7,10 +7,25 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace pagestack {
 
 class StagedFile;
+
+/// Some bytes of a file that were read at once.
+struct TiffWindow
+{
+    std::uint64_t offset = 0;
+    std::vector<std::uint8_t> bytes;
+
+    bool holds(std::uint64_t at, std::size_t count) const
+    {
+        return at >= offset && at - offset <= bytes.size() && count <= bytes.size() - (at - offset);
+    }
+    /// Fills `to` with what the file has from `at` on; false when not all of it is in here.
+    bool copyTo(std::uint64_t at, std::span<std::uint8_t> to) const;
+};
 
 /// An open TIFF file and the places of its pages.
 ///
@@ -49,16 +64,25 @@ public:
     /// Fills all of `bytes` with what the file has from `offset` on. Throws std::runtime_error.
     void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
 
-    // For libtiff, which walks the chain for itself and keeps what it finds: for directories that
-    // are none of the file's pages it would hold a hundred megabytes a handle. So the chain ends
-    // for it where it does for us.
+    // For libtiff, which walks the chain for itself, by every handle, and keeps what it finds: for
+    // directories that are none of the file's pages it would hold a hundred megabytes a handle. So
+    // the chain ends for it where it does for us; one that has no fault, and so nothing that
+    // libtiff would have to say, ends at the first page: it gets the others by their offsets.
     std::uint64_t sizeNow() const; ///< 0 where it is not known
-    /// Fills `bytes` from `offset` on; returns how many there were. Throws std::runtime_error.
-    std::size_t readShown(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
+    /// Fills `bytes` from `offset` on, out of `window` where that has them; returns how many there
+    /// were. Throws std::runtime_error.
+    std::size_t readShown(std::uint64_t offset, std::span<std::uint8_t> bytes,
+                          const TiffWindow& window) const;
 
-    /// The directory of page `index`, from 0. Throws std::runtime_error if it cannot be read or
-    /// has more values than should be held.
-    TiffDirectory directory(int index) const;
+    /// What the file has from the directory of page `index`, from 0, on: most of what is read of a
+    /// directory, by whatever parser. Throws std::runtime_error.
+    TiffWindow windowAtPage(int index) const;
+    TiffWindow windowAt(std::uint64_t offset) const;
+
+    /// The directory of page `index`, from 0, by the `window` there. Throws std::runtime_error if
+    /// it cannot be read or has more values than should be held.
+    TiffDirectory directory(int index, const TiffWindow& window) const;
+    TiffDirectory directory(int index) const { return directory(index, windowAtPage(index)); }
 
     /// The directory at `offset`, be it one or not. Throws std::runtime_error if it cannot be read.
     TiffDirectory subDirectory(std::uint64_t offset) const;

@@ -35,25 +35,37 @@ namespace {
         {
             for (std::uint64_t offset = readHeader(); offset != 0 && !isCutShort();)
                 offset = readDirectory(offset).value_or(0);
+            if (m_chain.fault.isEmpty())
+                m_chain.cutLink = m_firstLink;
             return std::move(m_chain);
         }
 
     private:
         /// Fills `bytes` from `offset` on; false at the end of the file or when it cannot be read.
-        bool read(std::uint64_t offset, std::span<std::uint8_t> bytes) const
+        /// What is asked for lies close together: a stretch of the file is read at once.
+        bool read(std::uint64_t offset, std::span<std::uint8_t> bytes)
         {
             if (offset > m_fileSize || bytes.size() > m_fileSize - offset)
                 return false;
-            try {
-                readFully(m_file, offset, bytes);
-                return true;
-            } catch (const std::runtime_error&) {
-                return false; // the chain ends here; its fault says so
+            if (offset < m_windowAt || offset + bytes.size() > m_windowAt + m_windowBytes) {
+                m_windowAt = offset;
+                m_windowBytes = 0;
+                const std::uint64_t size
+                    = std::min<std::uint64_t>(m_window.size(), m_fileSize - offset);
+                try {
+                    readFully(m_file, offset, std::span(m_window).first(size));
+                } catch (const std::runtime_error&) {
+                    return false; // the chain ends here; its fault says so
+                }
+                m_windowBytes = size;
             }
+            std::copy_n(m_window.begin() + static_cast<std::ptrdiff_t>(offset - m_windowAt),
+                        bytes.size(), bytes.begin());
+            return true;
         }
 
         /// The unsigned number of `count` bytes at `offset`, none past the end of the file.
-        std::optional<std::uint64_t> number(std::uint64_t offset, std::size_t count) const
+        std::optional<std::uint64_t> number(std::uint64_t offset, std::size_t count)
         {
             std::array<std::uint8_t, 8> bytes = {};
             if (!read(offset, std::span(bytes).first(count)))
@@ -91,7 +103,7 @@ namespace {
         };
 
         /// The start of a directory; none past the end of the file.
-        std::optional<Head> head(std::uint64_t offset) const
+        std::optional<Head> head(std::uint64_t offset)
         {
             constexpr std::size_t entriesLookedAt = 4;
             std::array<std::uint8_t, 8 + entriesLookedAt* 20> bytes = {};
@@ -146,6 +158,8 @@ namespace {
                 m_chain.reduced.push_back(static_cast<int>(m_chain.offsets.size()));
             m_link.begin = m_format.linkAt(offset, start->entries);
             m_link.end = m_link.begin + m_format.offsetBytes();
+            if (m_chain.offsets.size() == 1)
+                m_firstLink = m_link;
             const std::optional<std::uint64_t> next = number(m_link.begin, m_format.offsetBytes());
             if (!next)
                 m_chain.fault = u"the file ends within the directory of page %1"_s.arg(
@@ -207,6 +221,10 @@ namespace {
         TiffFormat& m_format = m_chain.format;
         std::map<std::uint64_t, std::size_t> m_pages; ///< number, from 1, by offset
         FileRange m_link; ///< of the last directory
+        FileRange m_firstLink;
+        std::array<std::uint8_t, 512> m_window = {}; ///< of the file, from `m_windowAt` on
+        std::uint64_t m_windowAt = 0;
+        std::uint64_t m_windowBytes = 0;
     };
 
 } // namespace

@@ -17,7 +17,9 @@ struct TiffDirectoryChain
     std::vector<std::uint64_t> offsets; ///< of each directory, in the order of the chain
     std::vector<int> reduced; ///< pages that are thumbnails or masks, counted from 1
     QString fault; ///< why the chain does not end properly; empty when it does
-    FileRange cutLink; ///< of the last directory to one that the `fault` leaves out; or empty
+    /// Where libtiff is to find the end of the chain, by an offset of 0: the link to a directory
+    /// that the `fault` leaves out; without a fault that of the first directory. Or empty.
+    FileRange cutLink;
 };
 
 /// Walks the chain of an open file by its directory headers. A chain that leads back into itself or

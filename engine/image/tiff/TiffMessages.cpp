@@ -176,6 +176,7 @@ void TiffMessages::forget()
     m_found.warnings.clear();
     m_found.remarks.clear();
     m_found.changesPixels = false;
+    m_found.isTakenOver = false;
     m_found.leftOutTags.clear();
     m_found.tagsWithoutPlace.clear();
 }
@@ -198,6 +199,7 @@ void TiffMessages::adopt(const PageDiagnostics& found)
     m_found.warnings = found.warnings;
     m_found.remarks = found.remarks;
     m_found.changesPixels = found.changesPixels;
+    m_found.isTakenOver = found.isTakenOver;
     m_found.leftOutTags = found.leftOutTags;
     m_found.tagsWithoutPlace = found.tagsWithoutPlace;
     addLogLines(found.logLines);

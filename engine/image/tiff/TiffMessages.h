@@ -43,6 +43,9 @@ public:
     /// The pixels of the page are others in a TIFF file.
     void setPixelsChanged() { m_found.changesPixels = true; }
 
+    /// The JPEG data of the page are in its file as they were.
+    void setTakenOver() { m_found.isTakenOver = true; }
+
     /// The tags of the page that were left out of its file.
     void setLeftOutTags(const QStringList& names) { m_found.leftOutTags = names; }
     void setTagsWithoutPlace(const QStringList& names) { m_found.tagsWithoutPlace = names; }

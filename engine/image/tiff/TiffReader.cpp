@@ -23,6 +23,17 @@ void TiffReader::openHandle()
         m_handle = openTiff(*this, "r", m_messages);
 }
 
+/// libtiff reads numbers one by one, also those of all other directories.
+std::size_t TiffReader::read(std::uint64_t offset, std::span<std::uint8_t> bytes)
+{
+    constexpr std::size_t numberBytes = 8;
+    if (m_handle && bytes.size() <= numberBytes && !m_window.holds(offset, bytes.size())
+        && !m_elsewhere.holds(offset, bytes.size()))
+        m_elsewhere = m_document->windowAt(offset);
+    return m_document->readShown(offset, bytes,
+                                 m_elsewhere.holds(offset, bytes.size()) ? m_elsewhere : m_window);
+}
+
 /// libtiff walks the chain of directories, and says what it finds wrong with it, once for each
 /// handle, before it reads another page than the first.
 void TiffReader::walkChain(int index)
@@ -54,6 +65,8 @@ void TiffReader::leavePage()
         && compression == COMPRESSION_JPEG)
         TIFFSetField(m_handle.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RAW);
     m_isLoaded = false;
+    if (m_elsewhere.offset != m_document->chain().offsets.front()) // which is asked for again
+        m_elsewhere = {};
 }
 
 void TiffReader::loadAnew(int index)
@@ -61,7 +74,8 @@ void TiffReader::loadAnew(int index)
     openHandle();
     leavePage();
     if (index != m_current) {
-        m_directory = m_document->directory(index);
+        m_window = m_document->windowAtPage(index);
+        m_directory = m_document->directory(index, m_window);
         m_current = index;
     }
     m_messages.forget();

@@ -40,12 +40,16 @@ public:
     /// The directory of page `index`, which becomes the current one; valid while it is.
     const TiffDirectory& directory(int index);
 
+    /// As OpenTiffFile::readAt, for values of the current page's directory.
+    void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const
+    {
+        if (!m_window.copyTo(offset, bytes))
+            m_document->readAt(offset, bytes);
+    }
+
 private:
     std::uint64_t sizeBytes() override { return m_document->sizeNow(); }
-    std::size_t read(std::uint64_t offset, std::span<std::uint8_t> bytes) override
-    {
-        return m_document->readShown(offset, bytes);
-    }
+    std::size_t read(std::uint64_t offset, std::span<std::uint8_t> bytes) override;
 
     void openHandle();
     void walkChain(int index);
@@ -57,6 +61,8 @@ private:
     TiffHandle m_handle;
     bool m_speaksOfChain = false;
     int m_current = -1;
+    TiffWindow m_window; ///< at the current page's directory; empty before the first one
+    TiffWindow m_elsewhere; ///< at what libtiff looks up besides
     TiffDirectory m_directory; ///< of the current page
     bool m_hasWalked = false; ///< libtiff knows the chain
     bool m_isLoaded = false; ///< the handle has the directory

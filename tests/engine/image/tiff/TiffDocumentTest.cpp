@@ -3,6 +3,7 @@
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
+#include <QtEndian>
 #include <qpdf/qpdf-c.h>
 
 #include <sys/stat.h>
@@ -100,6 +101,46 @@ private slots:
                      u"the search for pages was stopped after page 7"_s);
         }
         QCOMPARE(count(path), 20'000);
+    }
+
+    // Libtiff is shown an end of the chain at page 1, and pixels that lie there were 0.
+    void showsPixelsThatLieOnALink()
+    {
+        const auto number = [](std::uint32_t value) {
+            QByteArray bytes(4, 0);
+            qToLittleEndian(value, bytes.data());
+            return bytes;
+        };
+        const auto directory = [&](std::uint32_t stripAt, std::uint32_t next) {
+            QByteArray bytes("\x09\0", 2);
+            for (const auto& [tag, value] : { std::pair(256, 16U),
+                                              { 257, 16U },
+                                              { 258, 8U },
+                                              { 259, 1U },
+                                              { 262, 1U },
+                                              { 273, stripAt },
+                                              { 277, 1U },
+                                              { 278, 16U },
+                                              { 279, 256U } })
+                bytes += number(static_cast<unsigned>(tag) | 4U << 16U) + number(1) + number(value);
+            return bytes + number(next);
+        };
+        constexpr std::uint32_t first = 8;
+        constexpr std::uint32_t second = first + 2 + 9 * 12 + 4;
+        const QByteArray bytes = QByteArray("II*\0", 4) + number(first)
+            + directory(second * 2 - first, second) + directory(first, 0) + QByteArray(256, 'p');
+        const QString path = m_folder.filePath(u"link.tif"_s);
+        putBytes(path, bytes);
+        const TiffDocument document(path);
+        QCOMPARE(document.pageCount(), 2);
+        const PageImage page = document.page(1);
+        const std::unique_ptr<RowSource> rows = page.source().rows();
+        QByteArray pixels;
+        for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
+            for (int i = 0; i < band.rows; ++i)
+                pixels.append(reinterpret_cast<const char*>(band.row(i)), 16);
+        QFile::remove(path);
+        QCOMPARE(pixels, bytes.mid(first, 256));
     }
 
     void takesNoOtherFileForTiff()
