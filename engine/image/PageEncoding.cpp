@@ -2,6 +2,7 @@
 
 #include "engine/image/decode/ColorTransform.h"
 #include "engine/image/decode/TiffPage.h"
+#include "engine/image/formats/UprightBlocks.h"
 #include "engine/image/pixels/ReadAheadRows.h"
 #include "engine/image/pixels/UprightRows.h"
 #include "engine/image/tiffwriter/LeftOutTags.h"
@@ -38,15 +39,18 @@ namespace {
                        jpegMostSidePx,
                        encodeJpeg,
                        KeptPixels::Size,
-                       readJpeg },
+                       readJpeg,
+                       openJpeg,
+                       encodeJpegBlocks,
+                       readJpegBlocks },
         // The pixels of a PNG take far longer to be written than to be read.
         PageEncoding { OutputType::Png, "PNG"_L1, pngPixels, true, false, true, anySide, encodePng,
-                       KeptPixels::Samples, readPng },
+                       KeptPixels::Samples, readPng, openPng },
         PageEncoding { OutputType::Tiff, "TIFF"_L1 },
         PageEncoding { OutputType::Bmp, "BMP"_L1, bmpPixels, false, true, false, anySide, encodeBmp,
-                       KeptPixels::Samples, readBmp },
+                       KeptPixels::Samples, readBmp, openBmp },
         PageEncoding { OutputType::Gif, "GIF"_L1, gifPixels, false, true, false, gifMostSidePx,
-                       encodeGif, KeptPixels::Colors, readGif },
+                       encodeGif, KeptPixels::Colors, readGif, openGif },
     };
 
     /// A smaller page is done before the exchange between threads has paid.
@@ -65,11 +69,11 @@ namespace {
         return std::make_unique<ReadAheadRows>(std::move(rows), *threads);
     }
 
-    /// Drops a profile for other pixels than those of `rows`: a palette of grays, for one, has
+    /// Drops a profile for other pixels than those of `model`: a palette of grays, for one, has
     /// become gray. ICC.1, header: the colour space of the data stands in bytes 16 to 19.
-    void matchProfile(PageProperties& page, const RowSource& rows)
+    void matchProfile(PageProperties& page, ColorModel model)
     {
-        const bool isGray = rows.layout().model == ColorModel::Gray;
+        const bool isGray = model == ColorModel::Gray;
         if (page.iccProfile.mid(16, 4) != (isGray ? "GRAY" : "RGB "))
             page.iccProfile.clear();
     }
@@ -95,6 +99,72 @@ namespace {
         const QString name = profileName(profile);
         return u"the colour profile%1, which %2 cannot hold, is dropped; --srgb converts the "
                "colours"_s.arg(name.isEmpty() ? u""_s : u" '%1'"_s.arg(name), encoding.name);
+    }
+
+    /// The page with the JPEG data that it has; null when there are none that say just what the
+    /// file is to show, or when they are in doubt: then they are decoded, which tells what is
+    /// wrong.
+    std::unique_ptr<StagedFile> takenOver(const PageSource& source, UprightPage& page,
+                                          const QString& path, const PageEncoding& encoding,
+                                          const SaveOptions& options)
+    {
+        constexpr int losslessQuality = 10;
+        if (encoding.encodeBlocks == nullptr || options.reencodes
+            || options.jpegQuality < losslessQuality)
+            return nullptr;
+        const auto leave = [&page, properties = page.properties, leftOut = page.leftOut] {
+            page.properties = properties;
+            page.leftOut = leftOut;
+            return nullptr;
+        };
+        try {
+            std::shared_ptr<JpegBlocks> blocks = source.jpegBlocks();
+            if (blocks == nullptr)
+                return nullptr;
+            blocks = uprightBlocks(std::move(blocks), source.properties().orientation);
+            ImageProof written;
+            if (options.verifies)
+                blocks = provedBlocks(std::move(blocks), written);
+            matchProfile(page.properties, blocks->frame().model());
+            auto file = std::make_unique<StagedFile>(path);
+            encoding.encodeBlocks(page, *blocks, *file);
+            if (options.verifies) {
+                file->settle(); // what waits in memory would be read instead of the file
+                readBack([&] {
+                    compareProofs(written, encoding.readBlocksBack(*file), KeptPixels::Samples);
+                });
+            }
+            return file;
+        } catch (const UnfitBlocks&) {
+            return leave();
+        } catch (const RefusedFile&) {
+            return leave(); // its pixels may still be written well
+        }
+    }
+
+    std::unique_ptr<StagedFile> encodedRows(const PageSource& source, UprightPage& page,
+                                            const QString& path, const PageEncoding& encoding,
+                                            const SaveOptions& options)
+    {
+        auto file = std::make_unique<StagedFile>(path);
+        ImageProof written;
+        page.startPass = [&] {
+            auto rows = startPass(source, encoding, options.threads);
+            return options.verifies ? provedRows(std::move(rows), encoding.kept, written)
+                                    : std::move(rows);
+        };
+        page.rows = page.startPass();
+        matchProfile(page.properties, page.rows->layout().model);
+        const QString dropped = droppedProfile(page, encoding);
+        encoding.encode(page, *file);
+        if (options.verifies) {
+            file->settle(); // as above
+            readBack([&] { compareProofs(written, encoding.readBack(*file), encoding.kept); });
+        }
+        const TiffPage* tiffPage = options.whole != nullptr ? options.whole : source.tiffPage();
+        if (tiffPage != nullptr && !dropped.isEmpty())
+            tiffPage->messages().addRemark(dropped);
+        return file;
     }
 
 } // namespace
@@ -144,25 +214,13 @@ std::unique_ptr<StagedFile> encodedPage(const std::shared_ptr<const PageSource>&
         const auto held = isPart ? options.whole->metadata() : page.metadata;
         page.leftOut = leftOutTags(*tiffPage, held.get());
     }
-    auto file = std::make_unique<StagedFile>(path);
-    ImageProof written;
-    page.startPass = [&] {
-        auto rows = startPass(*source, encoding, options.threads);
-        return options.verifies ? provedRows(std::move(rows), encoding.kept, written)
-                                : std::move(rows);
-    };
-    page.rows = page.startPass();
-    matchProfile(page.properties, *page.rows);
     page.jpegQuality = options.jpegQuality;
     page.threads = options.threads;
-    const QString dropped = droppedProfile(page, encoding);
-    encoding.encode(page, *file);
-    if (options.verifies) {
-        file->settle(); // what waits in memory would be read instead of the file
-        readBack([&] { compareProofs(written, encoding.readBack(*file), encoding.kept); });
-    }
-    if (tiffPage != nullptr && !dropped.isEmpty())
-        tiffPage->messages().addRemark(dropped);
+    std::unique_ptr<StagedFile> file = takenOver(*source, page, path, encoding, options);
+    if (file != nullptr && tiffPage != nullptr)
+        tiffPage->messages().setTakenOver();
+    if (file == nullptr)
+        file = encodedRows(*source, page, path, encoding, options);
     if (tiffPage != nullptr && encoding.holdsMetadata)
         tiffPage->messages().setLeftOutTags(page.leftOut);
     else if (tiffPage != nullptr)

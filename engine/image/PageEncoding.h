@@ -11,6 +11,7 @@
 namespace pagestack {
 
 class TiffPage;
+struct OpenImage;
 enum class OutputType : int;
 
 /// How a page is saved, as far as the format does not say it.
@@ -22,6 +23,7 @@ struct SaveOptions
     StagedFile::Existing existing = StagedFile::Existing::Replaced; ///< not for `encodedPage`
     bool verifies = false; ///< the complete file is read back and must show the page
     bool needsDigest = false; ///< not for `encodedPage`
+    bool reencodes = false; ///< JPEG data of a page are not taken over
     /// The page that the source is a part of, which is told what the file lacks of it; null: none.
     const TiffPage* whole = nullptr;
 };
@@ -39,6 +41,10 @@ struct PageEncoding
     void (*encode)(UprightPage& page, StagedFile& file) = nullptr; ///< null: the page is copied
     KeptPixels kept {}; ///< of what `encode` gets, as the two below
     ImageProof (*readBack)(ByteFile& file) = nullptr;
+    OpenImage (*open)(ByteFile& file) = nullptr; ///< null: it is a TIFF file
+    /// For a page whose coefficients are taken over; null: the format has none.
+    void (*encodeBlocks)(UprightPage& page, JpegBlocks& blocks, StagedFile& file) = nullptr;
+    ImageProof (*readBlocksBack)(ByteFile& file) = nullptr;
 };
 
 const PageEncoding& pageEncoding(OutputType type);

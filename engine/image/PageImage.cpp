@@ -37,7 +37,7 @@ bool PageImage::save(const QString& path, const Settings& settings, PrefetchedPa
     try {
         return write(path, pageEncoding(path).type,
                      { settings.jpegQuality(), settings.tiffCompressionIndex(), threads, existing,
-                       choices.verifies, choices.needsDigests() },
+                       choices.verifies, choices.needsDigests(), choices.reencodes },
                      std::move(prepared));
     } catch (const std::runtime_error& error) {
         m_failureReason = QString::fromStdString(error.what());

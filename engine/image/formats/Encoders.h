@@ -11,6 +11,7 @@
 
 namespace pagestack {
 
+class JpegBlocks;
 class SpareThreads;
 struct PageMetadata;
 
@@ -36,6 +37,11 @@ struct UprightPage
 /// jpegSegments.
 void encodeJpeg(UprightPage& upright, StagedFile& file);
 constexpr int jpegMostSidePx = 65500; ///< the most that libjpeg takes
+
+/// The same file with `blocks`, which are upright, in place of rows: their coefficients, tables and
+/// colours stay as they are. RGB has no JFIF header, which says YCbCr, but Adobe's marker; its
+/// density goes into Exif data. Throws UnfitBlocks when `blocks` do.
+void encodeJpegBlocks(UprightPage& upright, JpegBlocks& blocks, StagedFile& file);
 
 /// PNG (ISO/IEC 15948) of the colour type and depth of the rows. Threads change no byte of it.
 /// Metadata: see writePngMetadata.

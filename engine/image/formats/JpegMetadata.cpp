@@ -43,10 +43,11 @@ namespace {
 } // namespace
 
 std::vector<JpegSegment> jpegSegments(const PageMetadata& page, const PageProperties& upright,
-                                      QStringList& leftOut)
+                                      QStringList& leftOut, bool hasJfifHeader)
 {
     std::vector<JpegSegment> segments;
-    const QByteArray exif = exifBlock(page, upright, mostSegmentBytes - exifName.size(), leftOut);
+    const QByteArray exif
+        = exifBlock(page, upright, mostSegmentBytes - exifName.size(), leftOut, !hasJfifHeader);
     if (!exif.isEmpty())
         segments.push_back({ 1, exifName + exif });
     addXmp(page.xmp, segments);

@@ -19,8 +19,9 @@ struct JpegSegment
 
 /// What the page says of itself, for the file of the `upright` page: Exif data and XMP in APP1
 /// (Exif 2.32, section 4.7.2; XMP part 3, section 1.1.3), IPTC records and image resources in
-/// APP13. The names of what they cannot hold are added to `leftOut`.
+/// APP13. The names of what they cannot hold are added to `leftOut`. Without a JFIF header the
+/// resolution is in the Exif data, whatever else the page says.
 std::vector<JpegSegment> jpegSegments(const PageMetadata& page, const PageProperties& upright,
-                                      QStringList& leftOut);
+                                      QStringList& leftOut, bool hasJfifHeader = true);
 
 } // namespace pagestack

@@ -84,7 +84,7 @@ namespace {
         return QByteArray("II*\0\x08\0\0\0", 8) + layout.bytes();
     }
 
-    /// Removes the largest value; its name.
+    /// Removes the largest value; its name, empty where there is none.
     QString removeLargest(PageMetadata& page)
     {
         std::vector<MetadataEntry>* in = nullptr;
@@ -95,6 +95,8 @@ namespace {
                     in = entries;
                     largest = i;
                 }
+        if (in == nullptr)
+            return {};
         const unsigned tag = in->at(largest).tag;
         in->erase(in->begin() + static_cast<std::ptrdiff_t>(largest));
         if (in == &page.tags)
@@ -107,15 +109,20 @@ namespace {
 } // namespace
 
 QByteArray exifBlock(const PageMetadata& page, const PageProperties& upright, qsizetype mostBytes,
-                     QStringList& leftOut)
+                     QStringList& leftOut, bool needsDensity)
 {
-    if (page.tags.empty() && page.exif.empty() && page.gps.empty())
+    const bool hasDensity = needsDensity && upright.resolution.x > 0;
+    if (page.tags.empty() && page.exif.empty() && page.gps.empty() && !hasDensity)
         return {};
     PageMetadata kept = page;
     setSize(kept.exif, EXIFTAG_PIXELXDIMENSION, upright.widthPx);
     setSize(kept.exif, EXIFTAG_PIXELYDIMENSION, upright.heightPx);
-    while (mostExifBytesOf(kept) > mostBytes)
-        leftOut.append(removeLargest(kept));
+    while (mostExifBytesOf(kept) > mostBytes) {
+        const QString removed = removeLargest(kept);
+        if (removed.isEmpty())
+            break;
+        leftOut.append(removed);
+    }
     addImageTags(kept.tags, upright.resolution);
     return laidOut(kept);
 }

@@ -33,6 +33,7 @@ struct PageProperties
     int orientation = 1; ///< TIFF 6.0, tag Orientation: 1..8
 };
 
+class JpegBlocks;
 class TiffPage;
 struct PageMetadata;
 
@@ -63,6 +64,11 @@ public:
 
     /// What the page says of itself besides, as it is to be passed on; null: nothing.
     virtual std::shared_ptr<const PageMetadata> metadata() const { return nullptr; }
+
+    /// The coefficients of the pixels in stored order, where a JPEG image of them that can be
+    /// turned upright shows what `rows` do; null where there are none. Ends a pass over the pixels.
+    /// Throws std::runtime_error.
+    virtual std::shared_ptr<JpegBlocks> jpegBlocks() const { return nullptr; }
 
     /// This source as a page of a TIFF file, whose strips and tags can be copied; null if it is
     /// not.

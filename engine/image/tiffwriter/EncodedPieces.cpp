@@ -14,7 +14,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::uint64_t partBytes = std::uint64_t { 4 } * 1024 * 1024;
+    constexpr std::uint64_t partBytes = std::uint64_t { 256 } * 1024;
 
     std::vector<EncodedPieces::Piece> writtenPieces(TIFF* handle)
     {
@@ -53,14 +53,19 @@ EncodedPieces encodePieces(const PageSource& page, int compression)
 void putPiece(tiff* handle, const EncodedPieces::Piece& piece, const ReadBytes& read)
 {
     const auto write = TIFFIsTiled(handle) != 0 ? TIFFWriteRawTile : TIFFWriteRawStrip;
-    std::vector<std::uint8_t> part;
-    for (std::uint64_t done = 0; done < piece.size; done += part.size()) {
-        part.resize(std::min(partBytes, piece.size - done));
+    // Kept, for the next of many small pieces: memory that the system has to clear costs more than
+    // what is done with it here.
+    thread_local std::vector<std::uint8_t> buffer;
+    if (const auto most = std::min(partBytes, piece.size); buffer.size() < most)
+        buffer.resize(most);
+    for (std::uint64_t done = 0; done < piece.size;) {
+        const auto part = std::span(buffer).first(std::min(partBytes, piece.size - done));
         read(piece.offset + done, part);
         const auto size = static_cast<tmsize_t>(part.size());
         // A further part of the piece that was written last is appended to it.
         if (write(handle, piece.index, part.data(), size) != size)
             throw std::runtime_error("the page cannot be encoded");
+        done += part.size();
     }
 }
 

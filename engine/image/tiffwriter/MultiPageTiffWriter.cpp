@@ -1,15 +1,31 @@
 #include "engine/image/tiffwriter/MultiPageTiffWriter.h"
 
 #include "engine/image/decode/TiffPage.h"
+#include "engine/image/tiff/TiffLimits.h"
 #include "engine/settings/OutputCodes.h"
 
 #include <tiffio.h>
 
+#include <optional>
 #include <stdexcept>
 
 namespace pagestack {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+    /// What its strips or tiles take where they are copied.
+    std::uint64_t encodedBytes(tiff* handle)
+    {
+        const std::uint32_t count = piecesOf(handle);
+        std::uint64_t bytes = 0;
+        for (std::uint32_t i = 0; i < count; ++i)
+            bytes += TIFFGetStrileByteCount(handle, i);
+        return bytes;
+    }
+
+} // namespace
 
 MultiPageTiffWriter::MultiPageTiffWriter(QString path, int compressionIndex, int plannedPages,
                                          std::uint64_t limitBytes)
@@ -31,16 +47,20 @@ bool MultiPageTiffWriter::couldPassLimit(const PageSource& firstPage) const
         = m_compression == COMPRESSION_CCITTFAX3 || m_compression == COMPRESSION_CCITTFAX4;
     const int last = std::min(page->document().pageCount(), page->index() + m_plannedPages);
     // A reader of its own: what is said of later pages comes again in their turn.
-    TiffReader ahead(page->reader().sharedDocument());
+    std::optional<TiffReader> ahead;
     std::uint64_t sum = 0;
     for (int index = page->index(); index < last && sum <= m_limitBytes; ++index) {
         try {
+            if (index != page->index() && !ahead)
+                ahead.emplace(page->reader().sharedDocument());
+            tiff* const handle = index == page->index() ? page->load() : ahead->load(index);
             const TiffPageTags tags
-                = index == page->index() ? page->tags() : readTiffPageTags(ahead.load(index));
+                = index == page->index() ? page->tags() : readTiffPageTags(handle);
             const bool isReduced = becomesBilevel(tags, page->treatment());
             const std::uint64_t bytes = isReduced
                 ? (std::uint64_t { tags.widthPx } + 7) / 8 * tags.heightPx
-                : tags.decodedBytes();
+                : page->treatment().keepsCompression ? encodedBytes(handle)
+                                                     : tags.decodedBytes();
             sum += bytes / (isFax && (isReduced || tags.isOneBitDeep()) ? 4 : 1);
         } catch (const std::runtime_error&) {
             continue; // a page that cannot be read takes nothing, and is reported in its turn

@@ -95,6 +95,22 @@ namespace {
         return static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, heightPx));
     }
 
+    /// Compressions whose strips and tiles libtiff copies unread, and that every reader knows.
+    bool isCopied(int compression)
+    {
+        constexpr std::array copied { COMPRESSION_CCITTRLE,  COMPRESSION_CCITTFAX3,
+                                      COMPRESSION_CCITTFAX4, COMPRESSION_LZW,
+                                      COMPRESSION_JPEG,      COMPRESSION_ADOBE_DEFLATE,
+                                      COMPRESSION_DEFLATE,   COMPRESSION_PACKBITS };
+        return std::ranges::find(copied, compression) != copied.end();
+    }
+
+    bool hasPredictor(int compression)
+    {
+        return compression == COMPRESSION_LZW || compression == COMPRESSION_ADOBE_DEFLATE
+            || compression == COMPRESSION_DEFLATE;
+    }
+
     /// Told by who encodes the page, so that it is told once; when its pass, which forgets what was
     /// said before, is begun.
     void tellOfCompression(const TiffPage& page, int wanted, int used)
@@ -106,6 +122,11 @@ namespace {
                                                                                        + 1));
         page.messages().addRemark(u"written without compression, since a fax compression is for "
                                   "pages one bit deep; --bilevel makes them so"_s);
+    }
+
+    void tellOfLostCompression(const TiffPage& page)
+    {
+        page.messages().addRemark(u"its compression could not be kept"_s);
     }
 
     /// What LZW and fax coding need for rows of `rowPx` pixels; `predictedBits` are those of a
@@ -149,14 +170,17 @@ namespace {
             , m_wantedCompression(compression)
             , m_compression(compressionFor(compression, m_tags.isOneBitDeep()))
             , m_keepsTiles(m_tags.isTiled && !tilesAreOfOddSize(m_tags))
+            , m_keepsCompression(page.treatment().keepsCompression && canKeepCompression())
         {
+            if (m_keepsCompression)
+                m_compression = m_tags.compression;
         }
 
         bool isRecoded() const
         {
             const bool isPlain
                 = m_tags.compression == COMPRESSION_NONE && m_compression == COMPRESSION_NONE;
-            return !isPlain && !encodedPiecesFit();
+            return !isPlain && !encodedPiecesFit(m_compression);
         }
 
         void write(PagePosition position, const EncodedPieces& pieces)
@@ -169,7 +193,7 @@ namespace {
                 copyPieces(m_to, m_page, pieces);
                 return;
             }
-            if (encodedPiecesFit()) {
+            if (encodedPiecesFit(m_compression)) {
                 copyEncoded();
             } else {
                 setCodingOfPieces();
@@ -178,16 +202,28 @@ namespace {
                 else
                     recodeRows();
             }
-            tellOfCompression(m_page, m_wantedCompression, m_compression);
+            if (!m_keepsCompression)
+                tellOfCompression(m_page, m_wantedCompression, m_compression);
+            if (m_page.treatment().keepsCompression && !m_keepsCompression)
+                tellOfLostCompression(m_page);
             if (const QString& refusal = m_page.change().refusal; !refusal.isEmpty())
                 m_page.messages().addPageWarning(refusal);
         }
 
     private:
+        bool canKeepCompression() const
+        {
+            // JPEG data may have Exif and comments of their own.
+            if (m_tags.compression == COMPRESSION_JPEG && m_page.treatment().stripsMetadata)
+                return false;
+            return m_tags.compression == COMPRESSION_NONE
+                || (isCopied(m_tags.compression) && encodedPiecesFit(m_tags.compression));
+        }
+
         bool becomesRgb() const
         {
-            return m_tags.compression == COMPRESSION_JPEG && m_tags.photometric == PHOTOMETRIC_YCBCR
-                && !m_tags.planesAreSeparate;
+            return m_tags.compression == COMPRESSION_JPEG && m_compression != COMPRESSION_JPEG
+                && m_tags.photometric == PHOTOMETRIC_YCBCR && !m_tags.planesAreSeparate;
         }
 
         void setGeometry()
@@ -214,18 +250,36 @@ namespace {
             }
         }
 
-        /// True when the strips or tiles are, as they lie, what the output has to hold.
-        bool encodedPiecesFit() const
+        /// True when the strips or tiles are, as they lie, what an output of such a compression has
+        /// to hold.
+        bool encodedPiecesFit(int compression) const
         {
             if (m_tags.isTiled != m_keepsTiles || sparseStrips(m_from) > 0
                 || m_tags.hasWrongRowsPerStrip)
                 return false;
             // Uncompressed pages are copied row by row: that checks them at no cost.
-            if (m_tags.compression != m_compression || m_compression == COMPRESSION_NONE)
+            if (m_tags.compression != compression || compression == COMPRESSION_NONE)
                 return false;
             if (hasByteOrder(m_tags.bitsPerSample) && m_page.document().isBigEndian())
                 return false;
-            return m_compression != COMPRESSION_LZW || !isOldStyleLzw();
+            return hasSoundByteCounts() && (compression != COMPRESSION_LZW || !isOldStyleLzw());
+        }
+
+        /// Strips that share bytes would make a small file a large one, and libtiff writes byte
+        /// counts of small strips in 16 bits.
+        bool hasSoundByteCounts() const
+        {
+            constexpr std::uint64_t mostIn16Bits = 0xFFFF;
+            const std::uint32_t count = piecesOf(m_from);
+            std::uint64_t sum = 0;
+            for (std::uint32_t i = 0; i < count; ++i) {
+                const std::uint64_t bytes = TIFFGetStrileByteCount(m_from, i);
+                sum += bytes;
+                if (sum > m_page.document().sizeBytes()
+                    || (bytes > mostIn16Bits && plainBytes(m_from, m_tags, i) <= mostIn16Bits))
+                    return false;
+            }
+            return true;
         }
 
         /// Files from before TIFF 5.0 have their LZW codes in the other bit order.
@@ -240,8 +294,10 @@ namespace {
         void copyEncoded()
         {
             setTag(m_to, TIFFTAG_FILLORDER, m_tags.fillOrder);
-            if (m_compression == COMPRESSION_LZW && m_tags.predictor != PREDICTOR_NONE)
+            if (hasPredictor(m_compression) && m_tags.predictor != PREDICTOR_NONE)
                 setTag(m_to, TIFFTAG_PREDICTOR, m_tags.predictor);
+            if (m_compression == COMPRESSION_JPEG)
+                copyJpegTables();
             for (const ttag_t tag : { TIFFTAG_GROUP3OPTIONS, TIFFTAG_GROUP4OPTIONS }) {
                 std::uint32_t options = 0;
                 if (TIFFGetField(m_from, tag, &options) == 1)
@@ -262,6 +318,17 @@ namespace {
                 putPiece(m_to, { i, offset, bytes },
                          [&](std::uint64_t at, auto to) { file.readAt(at, to); });
             }
+        }
+
+        /// Those that its strips or tiles share; a page may have none.
+        void copyJpegTables()
+        {
+            std::uint32_t size = 0;
+            void* tables = nullptr;
+            if (TIFFGetField(m_from, TIFFTAG_JPEGTABLES, &size, &tables) == 1 && size > 0)
+                setTag(m_to, TIFFTAG_JPEGTABLES, size, tables);
+            else
+                setTag(m_to, TIFFTAG_JPEGTABLESMODE, 0);
         }
 
         /// Tags for strips or tiles that are encoded anew.
@@ -342,6 +409,7 @@ namespace {
         int m_wantedCompression;
         int m_compression;
         bool m_keepsTiles; ///< else the page is written in strips
+        bool m_keepsCompression; ///< asked for, and possible
     };
 
     void setDisplayTags(TIFF* to, const PixelLayout& layout, const PageProperties& page)
@@ -445,6 +513,8 @@ namespace {
                 source->messages().setPixelsChanged();
             tellOfExtraSamples(*source, layout);
             tellOfCompression(*source, compression, used);
+            if (source->treatment().keepsCompression)
+                tellOfLostCompression(*source);
         }
         writeRows(to, *rows, isInverted);
     }

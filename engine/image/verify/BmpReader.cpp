@@ -57,28 +57,49 @@ namespace {
         return layout;
     }
 
+    /// The file's last rows are the upper ones.
+    class BmpRows : public RowSource
+    {
+    public:
+        BmpRows(ByteFile& file, const BmpHeader& header)
+            : RowSource(static_cast<int>(header.widthPx), static_cast<int>(header.heightPx),
+                        layoutOf(file, header))
+            , m_file(file)
+            , m_header(header)
+            , m_left(header.heightPx)
+        {
+        }
+
+        Band nextBand() override
+        {
+            const std::uint64_t bytes = m_header.rowBytes();
+            const std::uint64_t rows
+                = std::min(std::max<std::uint64_t>(1, blockBytes / bytes), m_left);
+            if (rows == 0)
+                return {};
+            m_left -= rows;
+            m_block.resize(rows * bytes);
+            m_file.readAt(m_header.pixelsAt + m_left * bytes, m_block);
+            for (std::uint64_t i = 0; m_header.colors == 0 && i < rows; ++i) {
+                std::uint8_t* const row = m_block.data() + i * bytes;
+                for (std::uint64_t x = 0; x < m_header.widthPx; ++x)
+                    std::swap(row[3 * x], row[3 * x + 2]);
+            }
+            return { m_block.data() + (rows - 1) * bytes, static_cast<int>(rows),
+                     -static_cast<qsizetype>(bytes) };
+        }
+
+    private:
+        ByteFile& m_file;
+        const BmpHeader m_header;
+        std::uint64_t m_left; ///< rows
+        std::vector<std::uint8_t> m_block;
+    };
+
 } // namespace
 
-ImageProof readBmp(ByteFile& file)
-{
-    const BmpHeader header = readHeader(file);
-    const std::uint64_t rowBytes = header.rowBytes();
-    ProofMaker maker(static_cast<int>(header.widthPx), layoutOf(file, header), KeptPixels::Samples);
-    std::vector<std::uint8_t> block;
-    const std::uint64_t most = std::max<std::uint64_t>(1, blockBytes / rowBytes);
-    for (std::uint64_t left = header.heightPx; left > 0;) {
-        const std::uint64_t rows = std::min(most, left);
-        left -= rows;
-        block.resize(rows * rowBytes);
-        file.readAt(header.pixelsAt + left * rowBytes, block);
-        for (std::uint64_t i = rows; i-- > 0;) {
-            std::uint8_t* const row = block.data() + i * rowBytes;
-            for (std::uint64_t x = 0; header.colors == 0 && x < header.widthPx; ++x)
-                std::swap(row[3 * x], row[3 * x + 2]);
-            maker.add(row);
-        }
-    }
-    return maker.proof();
-}
+ImageProof readBmp(ByteFile& file) { return readProof(*openBmp(file).rows, KeptPixels::Samples); }
+
+OpenImage openBmp(ByteFile& file) { return { std::make_unique<BmpRows>(file, readHeader(file)) }; }
 
 } // namespace pagestack

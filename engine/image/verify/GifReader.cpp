@@ -2,6 +2,7 @@
 
 #include <gif_lib.h>
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <stdexcept>
@@ -46,27 +47,70 @@ namespace {
                 fail(error);
         }
 
-        ImageProof read()
+        /// Goes on to the image.
+        void begin()
         {
-            std::unique_ptr<ProofMaker> maker;
-            GifRecordType kind = UNDEFINED_RECORD_TYPE;
-            while (kind != TERMINATE_RECORD_TYPE) {
-                check(DGifGetRecordType(m_gif.get(), &kind));
-                if (kind == EXTENSION_RECORD_TYPE) {
-                    readExtension();
-                } else if (kind == IMAGE_DESC_RECORD_TYPE) {
-                    if (maker)
-                        throw std::runtime_error("it holds several images");
-                    maker = readImage();
-                }
-            }
-            if (!maker)
+            if (!findImage())
                 throw std::runtime_error("it holds no image");
+            check(DGifGetImageDesc(m_gif.get()));
+            const GifImageDesc& image = m_gif->Image;
+            m_colors = image.ColorMap != nullptr ? image.ColorMap : m_gif->SColorMap;
+            if (m_colors == nullptr || image.Interlace || image.Left != 0 || image.Top != 0
+                || image.Width < 1 || image.Width != m_gif->SWidth
+                || image.Height != m_gif->SHeight)
+                throw std::runtime_error("its header is damaged");
+            m_indexes.resize(static_cast<std::size_t>(image.Width));
+        }
+
+        int widthPx() const { return m_gif->Image.Width; }
+        int heightPx() const { return m_gif->Image.Height; }
+
+        /// Of indexes; of colours where one is transparent.
+        PixelLayout layout() const
+        {
+            PixelLayout layout;
+            layout.model = m_transparent < 0 ? ColorModel::Palette : ColorModel::Rgb;
+            layout.alpha = m_transparent < 0 ? AlphaKind::None : AlphaKind::Straight;
+            if (m_transparent < 0)
+                layout.palette.resize(256);
+            for (std::size_t i = 0; i < layout.palette.size(); ++i)
+                layout.palette[i] = colorOf(static_cast<int>(i));
+            return layout;
+        }
+
+        /// The next row, which is valid until the call after it.
+        const std::uint8_t* readRow()
+        {
+            check(DGifGetLine(m_gif.get(), m_indexes.data(), widthPx()));
+            if (*std::ranges::max_element(m_indexes) >= m_colors->ColorCount)
+                throw std::runtime_error("its pixels have no colour");
+            if (m_transparent < 0)
+                return m_indexes.data();
+            m_row.clear();
+            for (const GifPixelType index : m_indexes) {
+                const RgbColor color = colorOf(index);
+                m_row.insert(m_row.end(), color.begin(), color.end());
+                m_row.push_back(index == m_transparent ? 0 : 255);
+            }
+            return m_row.data();
+        }
+
+        void finish()
+        {
+            if (findImage())
+                throw std::runtime_error("it holds several images");
             m_input->file.checkEnd();
-            return maker->proof();
         }
 
     private:
+        /// Black where there is none.
+        RgbColor colorOf(int index) const
+        {
+            const GifColorType color
+                = index < m_colors->ColorCount ? m_colors->Colors[index] : GifColorType {};
+            return { color.Red, color.Green, color.Blue };
+        }
+
         void check(int result)
         {
             if (result != GIF_OK)
@@ -80,6 +124,20 @@ namespace {
             const char* text = GifErrorString(error);
             throw std::runtime_error(std::string("giflib says: ")
                                      + (text == nullptr ? "unknown error" : text));
+        }
+
+        /// False when the file is at its end.
+        bool findImage()
+        {
+            GifRecordType kind = UNDEFINED_RECORD_TYPE;
+            while (kind != TERMINATE_RECORD_TYPE) {
+                check(DGifGetRecordType(m_gif.get(), &kind));
+                if (kind == IMAGE_DESC_RECORD_TYPE)
+                    return true;
+                if (kind == EXTENSION_RECORD_TYPE)
+                    readExtension();
+            }
+            return false;
         }
 
         void readExtension()
@@ -96,45 +154,48 @@ namespace {
             }
         }
 
-        std::unique_ptr<ProofMaker> readImage()
-        {
-            check(DGifGetImageDesc(m_gif.get()));
-            const GifImageDesc& image = m_gif->Image;
-            const ColorMapObject* map
-                = image.ColorMap != nullptr ? image.ColorMap : m_gif->SColorMap;
-            if (map == nullptr || image.Interlace || image.Left != 0 || image.Top != 0
-                || image.Width != m_gif->SWidth || image.Height != m_gif->SHeight)
-                throw std::runtime_error("its header is damaged");
-            PixelLayout layout;
-            layout.model = ColorModel::Rgb;
-            layout.alpha = AlphaKind::Straight;
-            auto maker = std::make_unique<ProofMaker>(image.Width, layout, KeptPixels::Colors);
-            std::vector<GifPixelType> indexes(static_cast<std::size_t>(image.Width));
-            std::vector<std::uint8_t> row(indexes.size() * 4);
-            for (int y = 0; y < image.Height; ++y) {
-                check(DGifGetLine(m_gif.get(), indexes.data(), image.Width));
-                auto* to = row.data();
-                for (const GifPixelType index : indexes) {
-                    if (index >= map->ColorCount)
-                        throw std::runtime_error("its pixels have no colour");
-                    const GifColorType& color = map->Colors[index];
-                    *to++ = color.Red;
-                    *to++ = color.Green;
-                    *to++ = color.Blue;
-                    *to++ = index == m_transparent ? 0 : 255;
-                }
-                maker->add(row.data());
-            }
-            return maker;
-        }
-
         std::unique_ptr<GifInput> m_input;
         std::unique_ptr<GifFileType, GifCloser> m_gif;
+        const ColorMapObject* m_colors = nullptr;
+        std::vector<GifPixelType> m_indexes; ///< of a row
+        std::vector<std::uint8_t> m_row; ///< RGB and alpha
         int m_transparent = NO_TRANSPARENT_COLOR;
+    };
+
+    /// A row each band.
+    class GifRows : public RowSource
+    {
+    public:
+        explicit GifRows(std::unique_ptr<GifPages> pages)
+            : RowSource(pages->widthPx(), pages->heightPx(), pages->layout())
+            , m_pages(std::move(pages))
+        {
+        }
+
+        Band nextBand() override
+        {
+            if (m_read == heightPx()) {
+                m_pages->finish();
+                return {};
+            }
+            ++m_read;
+            return { m_pages->readRow(), 1, rowBytes() };
+        }
+
+    private:
+        std::unique_ptr<GifPages> m_pages;
+        int m_read = 0;
     };
 
 } // namespace
 
-ImageProof readGif(ByteFile& file) { return GifPages(file).read(); }
+ImageProof readGif(ByteFile& file) { return readProof(*openGif(file).rows, KeptPixels::Colors); }
+
+OpenImage openGif(ByteFile& file)
+{
+    auto pages = std::make_unique<GifPages>(file);
+    pages->begin();
+    return { std::make_unique<GifRows>(std::move(pages)) };
+}
 
 } // namespace pagestack

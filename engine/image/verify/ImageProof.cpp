@@ -2,6 +2,8 @@
 
 #include "engine/image/pixels/RowConversions.h"
 
+#include <algorithm>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -56,6 +58,53 @@ namespace {
     private:
         std::unique_ptr<RowSource> m_rows;
         ProofMaker m_maker;
+        ImageProof& m_proof;
+    };
+
+    class ProvedBlocks : public JpegBlocks
+    {
+    public:
+        ProvedBlocks(std::shared_ptr<JpegBlocks> blocks, ImageProof& proof)
+            : JpegBlocks(blocks->frame())
+            , m_blocks(std::move(blocks))
+            , m_proof(proof)
+        {
+        }
+
+        void restart() override
+        {
+            m_maker.emplace(frame());
+            m_blocks->restart();
+        }
+
+        const JpegUnitRow& next() override
+        {
+            const JpegUnitRow& row = m_blocks->next();
+            m_maker->add(row);
+            m_proof = m_maker->proof();
+            return row;
+        }
+
+        void finish() override { m_blocks->finish(); }
+
+        bool restartForCodes() override
+        {
+            m_maker.emplace(frame());
+            return m_blocks->restartForCodes();
+        }
+        std::optional<unsigned> restartInterval() const override
+        {
+            return m_blocks->restartInterval();
+        }
+        void
+        readCodes(const std::function<void(std::span<const std::uint8_t>)>& take) const override
+        {
+            m_blocks->readCodes(take);
+        }
+
+    private:
+        std::shared_ptr<JpegBlocks> m_blocks;
+        std::optional<BlockProofMaker> m_maker; ///< of the last pass
         ImageProof& m_proof;
     };
 
@@ -143,10 +192,60 @@ ImageProof ProofMaker::proof() const
     return proof;
 }
 
+ImageProof readProof(RowSource& rows, KeptPixels kept)
+{
+    ProofMaker maker(rows.widthPx(), rows.layout(), kept);
+    for (Band band = rows.nextBand(); band.rows > 0; band = rows.nextBand())
+        for (int i = 0; i < band.rows; ++i)
+            maker.add(band.row(i));
+    return maker.proof();
+}
+
 std::unique_ptr<RowSource> provedRows(std::unique_ptr<RowSource> rows, KeptPixels kept,
                                       ImageProof& proof)
 {
     return std::make_unique<ProvedRows>(std::move(rows), kept, proof);
+}
+
+BlockProofMaker::BlockProofMaker(const JpegFrame& frame)
+    : m_frame(frame)
+{
+    m_hash.addNumber(static_cast<std::uint64_t>(frame.colors));
+    for (const JpegComponent& component : frame.components) {
+        m_hash.addNumber(static_cast<std::uint64_t>(component.horizontal));
+        m_hash.addNumber(static_cast<std::uint64_t>(component.vertical));
+        for (const std::uint16_t step : component.quantization)
+            m_hash.addNumber(step);
+    }
+}
+
+void BlockProofMaker::add(const JpegUnitRow& row)
+{
+    for (std::size_t c = 0; c < m_frame.components.size(); ++c) {
+        const JpegComponent& component = m_frame.components[c];
+        const int rows = std::min(component.vertical,
+                                  m_frame.blocksDown(component) - m_units * component.vertical);
+        const auto across = static_cast<std::size_t>(m_frame.blocksAcross(component));
+        for (int i = 0; i < rows; ++i)
+            m_hash.add({ reinterpret_cast<const std::uint8_t*>(row.row(c, i)),
+                         across * sizeof(JpegBlock) });
+    }
+    ++m_units;
+}
+
+ImageProof BlockProofMaker::proof() const
+{
+    ImageProof proof;
+    proof.widthPx = m_frame.widthPx;
+    proof.heightPx = std::min(m_frame.heightPx, m_units * m_frame.unitHeightPx());
+    proof.layout.model = m_frame.model();
+    proof.pixels = m_hash.digest();
+    return proof;
+}
+
+std::shared_ptr<JpegBlocks> provedBlocks(std::shared_ptr<JpegBlocks> blocks, ImageProof& proof)
+{
+    return std::make_shared<ProvedBlocks>(std::move(blocks), proof);
 }
 
 void compareProofs(const ImageProof& written, const ImageProof& found, KeptPixels kept)

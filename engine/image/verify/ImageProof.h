@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/image/formats/JpegBlocks.h"
 #include "engine/image/pixels/RowSource.h"
 #include "engine/image/verify/PixelDigest.h"
 
@@ -48,10 +49,33 @@ private:
     int m_colorCount = 0;
 };
 
+/// Reads `rows` to their end.
+ImageProof readProof(RowSource& rows, KeptPixels kept);
+
 /// `rows`, of which `proof` tells what was handed out by the end of the pass. It is begun anew at
 /// once, and outlives the rows.
 std::unique_ptr<RowSource> provedRows(std::unique_ptr<RowSource> rows, KeptPixels kept,
                                       ImageProof& proof);
+
+/// Takes a JPEG image by its coefficients, a row of MCUs after the other. What its digest is of
+/// says all about the pixels that any decoder makes of them.
+class BlockProofMaker
+{
+public:
+    explicit BlockProofMaker(const JpegFrame& frame);
+
+    /// What lies outside of the image does not count.
+    void add(const JpegUnitRow& row);
+    ImageProof proof() const;
+
+private:
+    const JpegFrame m_frame;
+    PixelHash m_hash;
+    int m_units = 0;
+};
+
+/// `blocks`, of which `proof` tells what was handed out, as `provedRows` does.
+std::shared_ptr<JpegBlocks> provedBlocks(std::shared_ptr<JpegBlocks> blocks, ImageProof& proof);
 
 /// Throws std::runtime_error, with what is not as it should be, unless `found` shows what was
 /// `written` as far as a format that keeps `kept` can.

@@ -11,11 +11,15 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace pagestack {
 
 namespace {
+
+    /// Names as libpng takes them, each with a zero behind it.
+    constexpr std::string_view textChunks("tEXt\0zTXt\0iTXt\0eXIf\0", 20);
 
     class PngDecoder
     {
@@ -49,13 +53,18 @@ namespace {
             throw std::runtime_error(std::string("libpng says: ") + m_reason.data());
         }
 
-        void start()
+        void start(bool isProof)
         {
-            confined([this](png_structp png, png_infop info) {
+            confined([this, isProof](png_structp png, png_infop info) {
                 png_set_read_fn(png, this, read);
                 png_set_crc_action(png, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
                 // Profiles and texts can be large; what lies in them is no matter of the pixels.
-                png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
+                const auto* const names = reinterpret_cast<png_const_bytep>(textChunks.data());
+                if (isProof)
+                    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
+                else
+                    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, names,
+                                                static_cast<int>(textChunks.size() / 5));
                 png_set_chunk_malloc_max(png, 0);
                 png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
                 png_read_info(png, info);
@@ -81,6 +90,17 @@ namespace {
                 for (const png_color& color : std::span(colors, static_cast<std::size_t>(count)))
                     layout.palette.push_back({ color.red, color.green, color.blue });
             return layout;
+        }
+
+        QByteArray iccProfile() const
+        {
+            png_charp name = nullptr;
+            int method = 0;
+            png_bytep bytes = nullptr;
+            png_uint_32 count = 0;
+            if (png_get_iCCP(m_png, m_info, &name, &method, &bytes, &count) == 0)
+                return {};
+            return { reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(count) };
         }
 
         void checkWhole() const
@@ -127,23 +147,58 @@ namespace {
         std::exception_ptr m_failure; ///< of the file; the decoder is left by a jump
     };
 
+    std::unique_ptr<PngDecoder> startedDecoder(ByteFile& file, bool isProof)
+    {
+        auto decoder = std::make_unique<PngDecoder>(file);
+        decoder->start(isProof);
+        decoder->checkWhole();
+        return decoder;
+    }
+
+    /// A row each band.
+    class PngRows : public RowSource
+    {
+    public:
+        explicit PngRows(std::unique_ptr<PngDecoder> decoder)
+            : RowSource(static_cast<int>(decoder->widthPx()), static_cast<int>(decoder->heightPx()),
+                        decoder->layout())
+            , m_decoder(std::move(decoder))
+            , m_row(m_decoder->rowBytes())
+        {
+        }
+
+        Band nextBand() override
+        {
+            if (m_read == heightPx()) {
+                m_decoder->confined([](png_structp png, png_infop) { png_read_end(png, nullptr); });
+                m_decoder->file().checkEnd();
+                return {};
+            }
+            std::uint8_t* const to = m_row.data();
+            m_decoder->confined(
+                [to](png_structp png, png_infop) { png_read_row(png, to, nullptr); });
+            ++m_read;
+            return { to, 1, rowBytes() };
+        }
+
+    private:
+        std::unique_ptr<PngDecoder> m_decoder;
+        std::vector<std::uint8_t> m_row;
+        int m_read = 0;
+    };
+
 } // namespace
 
 ImageProof readPng(ByteFile& file)
 {
-    PngDecoder decoder(file);
-    decoder.start();
-    decoder.checkWhole();
-    ProofMaker maker(static_cast<int>(decoder.widthPx()), decoder.layout(), KeptPixels::Samples);
-    std::vector<std::uint8_t> row(decoder.rowBytes());
-    std::uint8_t* const to = row.data();
-    for (std::uint32_t y = 0; y < decoder.heightPx(); ++y) {
-        decoder.confined([to](png_structp png, png_infop) { png_read_row(png, to, nullptr); });
-        maker.add(to);
-    }
-    decoder.confined([](png_structp png, png_infop) { png_read_end(png, nullptr); });
-    decoder.file().checkEnd();
-    return maker.proof();
+    return readProof(*std::make_unique<PngRows>(startedDecoder(file, true)), KeptPixels::Samples);
+}
+
+OpenImage openPng(ByteFile& file)
+{
+    auto decoder = startedDecoder(file, false);
+    const QByteArray profile = decoder->iccProfile();
+    return { std::make_unique<PngRows>(std::move(decoder)), profile };
 }
 
 } // namespace pagestack

@@ -146,12 +146,20 @@ namespace {
             TIFFGetField(page.load(), tag, &value);
             return value;
         };
+        const auto jpegTables = [](const TiffPage& page) {
+            std::uint32_t size = 0;
+            const char* bytes = nullptr;
+            return page.tags().compression == COMPRESSION_JPEG
+                    && TIFFGetField(page.load(), TIFFTAG_JPEGTABLES, &size, &bytes) == 1
+                ? std::string(bytes, size)
+                : std::string();
+        };
         const bool isSwapped = one.document().isBigEndian() != other.document().isBigEndian()
             && (hasByteOrder(a.bitsPerSample) || a.bitsPerSample > 8);
         return !isSwapped && a.compression == b.compression && a.predictor == b.predictor
             && a.fillOrder == b.fillOrder && a.isTiled == b.isTiled
             && a.rowsPerStrip == b.rowsPerStrip && a.tileWidthPx == b.tileWidthPx
-            && a.tileHeightPx == b.tileHeightPx
+            && a.tileHeightPx == b.tileHeightPx && jpegTables(one) == jpegTables(other)
             && options(one, TIFFTAG_GROUP3OPTIONS) == options(other, TIFFTAG_GROUP3OPTIONS)
             && options(one, TIFFTAG_GROUP4OPTIONS) == options(other, TIFFTAG_GROUP4OPTIONS);
     }

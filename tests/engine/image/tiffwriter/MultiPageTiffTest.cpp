@@ -147,6 +147,45 @@ private slots:
         }
     }
 
+    // JPEG pages became larger and were decoded, Deflate lost its predictor, a page without
+    // compression got one, or what cannot be copied stayed in an order of bits of long ago.
+    void keepsCompressionsThatCanBeCopied()
+    {
+        PageTreatment keeping;
+        keeping.keepsCompression = true;
+        const QList<TestPage> pages { "jpeg",
+                                      "jpeg tileWidth=32 tileHeight=16",
+                                      "compression=7 rows=16",
+                                      "rgb compression=8 predictor=2",
+                                      "fax",
+                                      "compression=32773",
+                                      "bits=16" };
+        for (const char* const mode : { "wl", "wb" }) {
+            QVERIFY(collect(pages, 3, mode, classicLimit, keeping));
+            const QList<TiffPicture> written = readTiff(m_out);
+            const QList<TiffPicture> source = readTiff(m_source);
+            QCOMPARE(written.size(), pages.size());
+            for (qsizetype i = 0; i < pages.size(); ++i) {
+                QCOMPARE(written[i].number(TIFFTAG_COMPRESSION), pages[i].compression);
+                QCOMPARE(written[i].number(TIFFTAG_PREDICTOR), i == 3 ? 2 : -1);
+                QVERIFY(written[i].encoded == source[i].encoded || pages[i].bits == 16);
+                QVERIFY2(written[i].samples == source[i].samples && !source[i].samples.isEmpty(),
+                         QByteArray::number(i));
+                QCOMPARE(written[i].number(TIFFTAG_PHOTOMETRIC),
+                         source[i].number(TIFFTAG_PHOTOMETRIC));
+            }
+        }
+        // What JPEG data say beside their pixels was handed on.
+        keeping.stripsMetadata = true;
+        QVERIFY(collect({ "jpeg" }, 4, "wl", classicLimit, keeping));
+        QCOMPARE(readTiff(m_out)[0].number(TIFFTAG_COMPRESSION), 32773);
+        TestPage old("width=1 height=1 compression=5");
+        old.encoded = { QByteArray::fromHex("00b50404") };
+        QVERIFY(collect({ old }, 4, "wl", classicLimit, keeping));
+        QCOMPARE(readTiff(m_out)[0].number(TIFFTAG_COMPRESSION), 32773);
+        QCOMPARE(samplesOf(m_out), samplesOf(m_source));
+    }
+
     void encodesAnewWhatOthersCouldNotRead()
     {
         // One pixel in LZW codes of which the lowest bit comes first, as before TIFF 5.0: the start
@@ -367,10 +406,10 @@ private:
     /// be collected are counted in `m_refused`. False when there is no output, or another one from
     /// pieces that are encoded apart, of a file that has a new name since it was opened.
     bool collect(const QList<TestPage>& pages, int compressionIndex, const char* mode = "wl",
-                 std::uint64_t limit = classicLimit)
+                 std::uint64_t limit = classicLimit, const PageTreatment& treatment = {})
     {
         writeTiff(m_source, pages, mode);
-        const TiffDocument source(m_source);
+        const TiffDocument source(m_source, treatment);
         const std::unique_ptr<TiffDocument> clone = source.clone();
         const QString moved = m_source + u'2';
         bool isSame = QFile::rename(m_source, moved);

@@ -25,11 +25,24 @@ void harm(StagedFile& file)
     }
 }
 
+bool wereBlocksEncoded = false; ///< then a file of them was refused when the page is encoded anew
+
 void (*soundEncoder)(UprightPage& page, StagedFile& file) = nullptr;
 
 void encodeWithHarm(UprightPage& page, StagedFile& file)
 {
+    if (wereBlocksEncoded)
+        throw std::runtime_error("encoded anew");
     soundEncoder(page, file);
+    harm(file);
+}
+
+void (*soundBlockEncoder)(UprightPage& page, JpegBlocks& blocks, StagedFile& file) = nullptr;
+
+void encodeBlocksWithHarm(UprightPage& page, JpegBlocks& blocks, StagedFile& file)
+{
+    wereBlocksEncoded = true;
+    soundBlockEncoder(page, blocks, file);
     harm(file);
 }
 
@@ -38,9 +51,12 @@ QString refusal(SinglePage& page, const QString& path, Damage what, std::uint64_
 {
     damage = what;
     damagedAt = at;
+    wereBlocksEncoded = false;
     PageEncoding encoding = pageEncoding(path);
     soundEncoder = encoding.encode;
     encoding.encode = soundEncoder == nullptr ? nullptr : encodeWithHarm;
+    soundBlockEncoder = encoding.encodeBlocks;
+    encoding.encodeBlocks = soundBlockEncoder == nullptr ? nullptr : encodeBlocksWithHarm;
     return reasonOf([&] {
         const auto source = page.image().sharedSource();
         if (encoding.encode != nullptr) {
@@ -81,6 +97,9 @@ private slots:
         for (const char* page : { "rgb", "bits=16", "bits=1", "bits=4 orientation=6", "jpeg",
                                   "samples=2 extra=2", "rgb samples=4 extra=1 bits=16", "fax" })
             row("a.png", page, 0);
+        // Taken over; the last byte may be filled up with bits.
+        row("a.jpg", "jpeg", 623, 3);
+        row("a.jpg", "compression=7 orientation=5 rows=8", 328, 3);
         row("a.bmp", "rgb width=4", 54);
         row("a.bmp", "bits=8 width=8", 1078);
         row("a.bmp", "fax width=32", 62);
