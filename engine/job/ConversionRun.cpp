@@ -96,7 +96,7 @@ void ConversionRun::convertOutput(const OutputFile& output, qsizetype index)
 void ConversionRun::convertItem(const OutputFile& output, PlanPlace place, LogFiles& record)
 {
     const FileItem& item = *output.fileItems.at(place.item);
-    const QString path = item.filePath().toLocalFile();
+    const QString path = item.localFile();
     std::shared_ptr<TiffDocument> document;
     const QString refusal = m_supply.withRoom([&]() -> QString {
         try {
@@ -140,6 +140,7 @@ void ConversionRun::convertDocument(const Source& source, const FileItem& item)
         writePages(source, range);
         m_found->tellRemarks();
         m_found->tellLeftOutTags();
+        m_found->tellTakenOver();
     }
 }
 
@@ -228,6 +229,7 @@ void ConversionRun::savePage(const Source& source, PageImage& image, LogFile& re
     } else if (trouble.isNull()) {
         outcome = PageOutcome::Written;
         record.status = u"Completed"_s;
+        record.isTakenOver = m_found->isPageTakenOver();
         record.digest = image.digest();
         m_job.setTotalFileCreated(m_job.totalFileCreated() + 1);
         ++source.record.pages;
@@ -248,8 +250,10 @@ void ConversionRun::savePage(const Source& source, PageImage& image, LogFile& re
 QString ConversionRun::saveImage(const Source& source, PageImage& image, int page,
                                  const QString& path)
 {
+    PrefetchedPage prepared = m_supply.take(source.document, page);
     // By a link: one page would be all that is left of the source.
-    if (source.identity && fileIdentity(QFile::encodeName(path)) == source.identity) {
+    const bool isNew = prepared.file && prepared.file->isNew();
+    if (!isNew && source.identity && fileIdentity(QFile::encodeName(path)) == source.identity) {
         m_found->takeDiagnostics(image); // nothing was read; those of the page before are forgotten
         return u"%1 leads to the source itself, which a single page must not replace"_s.arg(
             lastPathComponent(path));
@@ -258,12 +262,11 @@ QString ConversionRun::saveImage(const Source& source, PageImage& image, int pag
         m_found->takeDiagnostics(image);
         return fault;
     }
-    PrefetchedPage prepared = m_supply.take(source.document, page);
     const ThreadClaim self = prepared.file ? ThreadClaim() : m_supply.threads().take();
     QString trouble = m_supply.withRoom([&]() -> QString {
         image.takeDiagnostics(); // of an attempt before this one
         if (image.save(path, m_settings, std::exchange(prepared, {}), &m_supply.threads(),
-                       m_options.existing, m_options.choices))
+                       m_options.existingAt(path), m_options.choices))
             return {};
         return image.failureReason().isNull() ? u""_s : image.failureReason();
     });

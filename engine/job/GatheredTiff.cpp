@@ -36,7 +36,7 @@ bool GatheredTiff::save(const QString& path, const QList<int>& range, const Tiff
     } catch (...) {
         // The pages gathered are kept; the result is lost with the exception.
         if (m_found.lossOfPages(file.pageCount(), path).isNull()
-            && file.commit(m_options.existing, m_found.ownSource(path)))
+            && file.commit(m_options.existingAt(path), m_found.ownSource(path)))
             logFiles.gathered = GatheredFile::None;
         throw;
     }
@@ -44,8 +44,9 @@ bool GatheredTiff::save(const QString& path, const QList<int>& range, const Tiff
         return false;
     const QString loss = m_found.lossOfPages(file.pageCount(), path);
     const auto commit = [&] {
-        return file.commit(m_options.existing, m_found.ownSource(path)) ? QString()
-                                                                        : file.failureReason();
+        return file.commit(m_options.existingAt(path), m_found.ownSource(path))
+            ? QString()
+            : file.failureReason();
     };
     if (loss.isNull() && m_supply.withRoom(commit).isNull()) {
         logFiles.gathered = GatheredFile::None;

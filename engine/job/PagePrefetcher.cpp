@@ -55,7 +55,7 @@ std::shared_ptr<TiffDocument> PagePrefetcher::open(PlanPlace place)
         startAt({ m_plan.size(), 0 });
         m_document = nullptr;
         const FileItem& item = *m_plan.at(place.output).fileItems.at(place.item);
-        return std::make_shared<TiffDocument>(item.filePath().toLocalFile(), m_options.treatment);
+        return std::make_shared<TiffDocument>(item.localFile(), m_options.treatment);
     }
     const std::shared_ptr<SharedSource> source = m_steps.front().source;
     std::shared_ptr<TiffDocument> document = source->open();
@@ -74,7 +74,8 @@ PrefetchedPage PagePrefetcher::take(const TiffDocument& document, int page)
     const Step& step = m_steps.front();
     PrefetchedPage prepared = m_workers.take(*step.task);
     // The pages of a source are mostly alike, and to ask a worker for each costs more than to copy.
-    if (step.task->needsNoEncoding && step.source == m_source)
+    if (step.task->needsNoEncoding && step.source == m_source
+        && !m_options.treatment.keepsCompression)
         m_isSourcePrepared = false;
     return prepared;
 }
@@ -151,7 +152,7 @@ bool PagePrefetcher::lookAtNext()
 
 void PagePrefetcher::lookAtItem(const OutputFile& output, const FileItem& item)
 {
-    m_source = std::make_shared<SharedSource>(item.filePath().toLocalFile(), m_options.treatment);
+    m_source = std::make_shared<SharedSource>(item.localFile(), m_options.treatment);
     m_pages = chosenPages(item, m_options);
     m_isSourcePrepared = !isKeptTogether(m_settings) || isWanted(m_names.path(output, 0));
     m_steps.push_back({ m_nextPlace, 0, m_source, nullptr });
@@ -175,7 +176,8 @@ void PagePrefetcher::lookAtPage(const OutputFile& output, int page)
                                .tiffCompressionIndex = m_settings.tiffCompressionIndex(),
                                .threads = &m_threads,
                                .verifies = m_options.verifies,
-                               .needsDigest = m_options.needsDigests() };
+                               .needsDigest = m_options.needsDigests(),
+                               .reencodes = m_options.reencodes };
         m_workers.add(step.task);
     }
     m_steps.push_back(std::move(step));

@@ -4,8 +4,7 @@
 #include "engine/job/Process.h"
 #include "engine/job/SourceFindings.h"
 #include "engine/plan/RunPlan.h"
-
-#include <QThread>
+#include "engine/threads/Capacity.h"
 
 #include <algorithm>
 
@@ -30,7 +29,7 @@ namespace {
 PageSupply::PageSupply(const Process& job, const RunSetup& options)
     : m_job(job)
     , m_options(options)
-    , m_jobs(options.jobs > 0 ? options.jobs : QThread::idealThreadCount())
+    , m_jobs(options.jobs > 0 ? options.jobs : jobsWithin(usableCores(), memoryLimitBytes()))
     , m_threads(m_jobs)
     , m_folders(options.choices.mirrorsFolders ? job.settings()->outputFolderPath() : QString())
 {
@@ -43,12 +42,14 @@ void PageSupply::prepare(const QList<OutputFile>& plan, const TargetFilter& isWa
     if (m_jobs == 1 || !hasSeveralPages(plan))
         return;
     const Settings& settings = *m_job.settings();
-    const RunPlan run(plan, settings, m_options.choices, RunPlan::Numbering::None, {},
-                      [this] { return m_job.isCombining(); });
-    if (!run.hasHazards())
-        m_prefetcher = std::make_unique<PagePrefetcher>(plan, settings, m_options.choices, m_jobs,
-                                                        m_threads, m_folders, isWanted,
-                                                        [this] { return m_job.isCombining(); });
+    const auto isCombining = [this] { return m_job.isCombining(); };
+    const auto planned = [&] {
+        return RunPlan(plan, settings, m_options.choices, RunPlan::Numbering::None, {},
+                       isCombining);
+    };
+    if (!(m_options.hasHazards ? *m_options.hasHazards : planned().hasHazards()))
+        m_prefetcher = std::make_unique<PagePrefetcher>(
+            plan, settings, m_options.choices, m_jobs, m_threads, m_folders, isWanted, isCombining);
 }
 
 QString PageSupply::makeFolderFor(const QString& outputPath)

@@ -6,6 +6,7 @@
 
 #include <QScopeGuard>
 
+#include <chrono>
 #include <system_error>
 
 namespace pagestack {
@@ -15,6 +16,11 @@ namespace {
     /// Pages flow in bands, so this is no measure of memory; but some steps (turning a page, strips
     /// that have to be held as a whole) take more of it for a large page.
     constexpr std::uint64_t decodedBytesAWorker = std::uint64_t { 128 } * 1024 * 1024;
+
+    // To wake the job's thread for each of a thousand small pages takes longer than what it does
+    // with them. So it sleeps until there are several, but no longer than nobody notices.
+    constexpr std::size_t readyAtOnce = 6;
+    constexpr std::chrono::milliseconds longestPatience { 2 };
 
 } // namespace
 
@@ -65,18 +71,36 @@ void PageWorkerPool::addThread()
 
 PrefetchedPage PageWorkerPool::take(PageTask& task)
 {
+    using State = PageTask::State;
     std::unique_lock lock(m_mutex);
-    m_awaited = &task;
-    m_hasResult.wait(lock, [&] {
-        return task.state == PageTask::State::Done || task.state == PageTask::State::Withdrawn;
-    });
-    m_awaited = nullptr;
+    const auto isDone = [&] { return task.state == State::Done; };
+    const auto isOver = [&] { return isDone() || task.state == State::Withdrawn; };
+    if (!isOver()) {
+        m_awaited = &task;
+        m_isPatient = true;
+        m_hasResult.wait_for(lock, longestPatience,
+                             [&] { return isOver() && (!isDone() || isEnoughReady()); });
+        m_isPatient = false;
+        m_hasResult.wait(lock, isOver);
+        m_awaited = nullptr;
+    }
+    if (isDone())
+        --m_ready;
+    task.state = State::Withdrawn;
     return std::move(task.result);
+}
+
+/// Whether more pages than one are ready, or no more will be before long. Under the lock.
+bool PageWorkerPool::isEnoughReady() const
+{
+    return m_ready >= readyAtOnce || (m_waiting.empty() && m_inWork <= 1);
 }
 
 void PageWorkerPool::drop(PageTask& task)
 {
     const std::scoped_lock lock(m_mutex);
+    if (task.state == PageTask::State::Done)
+        --m_ready;
     task.state = PageTask::State::Withdrawn;
 }
 
@@ -173,7 +197,9 @@ void PageWorkerPool::prepare(PageTask& task, Desk& desk)
     task.state = PageTask::State::Done;
     task.result = std::move(result);
     task.needsNoEncoding = needsNoEncoding;
-    if (m_awaited == &task)
+    ++m_ready;
+    if (m_awaited != nullptr && m_awaited->state == PageTask::State::Done
+        && (!m_isPatient || isEnoughReady()))
         m_hasResult.notify_all();
 }
 

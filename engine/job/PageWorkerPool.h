@@ -24,7 +24,7 @@ struct PageTask
         Waiting,
         InWork,
         Done,
-        Withdrawn, ///< nobody wants it any more, or nobody will do it
+        Withdrawn, ///< it was taken, nobody wants it any more, or nobody will do it
     };
 
     std::shared_ptr<SharedSource> source;
@@ -78,6 +78,7 @@ private:
         std::unique_ptr<TiffDocument> document;
     };
 
+    bool isEnoughReady() const;
     void work();
     void prepare(PageTask& task, Desk& desk);
     void withdrawAll();
@@ -100,6 +101,8 @@ private:
     std::size_t m_idle = 0;
     std::size_t m_inWork = 0;
     const PageTask* m_awaited = nullptr; ///< the one that `take` waits for
+    bool m_isPatient = false; ///< it rather waits a little for some pages more
+    std::size_t m_ready = 0; ///< tasks done and not taken
     std::uint64_t m_bytesInWork = 0;
     bool m_isClosing = false;
 };

@@ -175,6 +175,8 @@ void Process::saveLog()
         emit logTroubleMet(runLog->logFilePath(), u"the log could not be written: "_s + fault);
 }
 
+QString Process::allConvertedText() { return tr("All files converted successfully."); }
+
 QString Process::finalMessage() const
 {
     if (m_hasFailed)
@@ -184,7 +186,7 @@ QString Process::finalMessage() const
         return tr("Process cancelled!");
     // Planned sources are compared with files created: three pages of one source are no "all".
     if (outputFiles().size() == totalFileCreated())
-        return tr("All files converted successfully.");
+        return allConvertedText();
     return tr("Total %1 files converted successfully.").arg(totalFileCreated());
 }
 

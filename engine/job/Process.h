@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/files/FileDigest.h"
 #include "engine/files/StagedFile.h"
 #include "engine/job/RunGate.h"
 #include "engine/log/Diagnostic.h"
@@ -8,6 +9,7 @@
 #include "engine/plan/OutputFile.h"
 #include "engine/settings/Settings.h"
 
+#include <QJsonObject>
 #include <QObject>
 #include <QSet>
 
@@ -16,6 +18,8 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace pagestack {
 
@@ -33,12 +37,30 @@ struct RunSetup
     std::function<void()> showTimeTaken {}; ///< called after each output
     RunEvidence* evidence = nullptr; ///< outlives the run
 
+    /// Files that may be replaced whatever `existing` says: they are the run's own.
+    QSet<QString> replaceable {};
+
+    /// Outputs that are in place already and belong to the run: they get checksums with it.
+    std::vector<std::pair<QString, FileDigest>> proven {};
+
+    /// RunPlan::hasHazards of the outputs, where it is known; else the run finds out.
+    std::optional<bool> hasHazards {};
+
+    /// Takes what happens, see docs/events.schema.json: "begin" of a source, "page", "source".
+    /// Throws nothing.
+    std::function<void(const QJsonObject& event)> takeEvent {};
+
     /// File of the HTML report; empty: beside the log. None: there is none.
     std::optional<QString> report {};
 
     bool isWanted(const QString& outputPath) const
     {
         return !targetFilter || targetFilter(outputPath);
+    }
+
+    StagedFile::Existing existingAt(const QString& path) const
+    {
+        return replaceable.contains(path) ? StagedFile::Existing::Replaced : existing;
     }
 };
 
@@ -144,6 +166,26 @@ public:
         m_options.existing = isKept ? StagedFile::Existing::Kept : StagedFile::Existing::Replaced;
     }
 
+    /// Such files at targets are replaced all the same: they are of a former run that is gone on
+    /// with.
+    void setReplaceable(const QSet<QString>& paths) { m_options.replaceable = paths; }
+
+    /// Files that a former run, which is gone on with, has put in place: they get checksums as
+    /// well.
+    void setProven(const std::vector<std::pair<QString, FileDigest>>& files)
+    {
+        m_options.proven = files;
+    }
+
+    /// Called on the job's thread with what becomes of each source and page, when it is in place,
+    /// as members of a JSON object (docs/events.schema.json). It must not throw. To be set before
+    /// the start.
+    void setTakeEvent(decltype(RunSetup::takeEvent) take)
+    {
+        m_options.choices.tellsDigests = static_cast<bool>(take);
+        m_options.takeEvent = std::move(take);
+    }
+
     /// Removes the staged files in `folder` that no running program owns, once a job and folder.
     /// Sources of the job with such a name stay. On the thread that runs `start`, or when it ended.
     void removeLeftovers(const QString& folder);
@@ -160,8 +202,16 @@ public:
     void setJobs(int jobs) { m_options.jobs = jobs; }
 
     /// What is asked for beside the settings. To be set before the start.
-    void setRunOptions(const RunOptions& options) { m_options.choices = options; }
+    void setRunOptions(const RunOptions& options)
+    {
+        m_options.choices = options;
+        m_options.choices.tellsDigests = static_cast<bool>(m_options.takeEvent);
+    }
     const RunOptions& runOptions() const { return m_options.choices; }
+
+    /// Saves the run from planning its outputs once more: what RunPlan::hasHazards says of them. To
+    /// be set before the start.
+    void setHazards(bool hasHazards) { m_options.hasHazards = hasHazards; }
 
     /// The record of the run goes to the file at `path` instead of one beside the log.
     void setRecordFile(const QString& path) { m_recordFile = path; }
@@ -215,6 +265,8 @@ public:
     QString timeTaken() const { return loaded(m_timeTaken); }
     void setTimeTaken(const QString& value) { emit timeTakenChanged(store(m_timeTaken, value)); }
     QString message() const { return loaded(m_message); }
+    /// The final message of a run that has written as many files as there are sources.
+    static QString allConvertedText();
     void setMessage(const QString& value) { emit messageChanged(store(m_message, value)); }
     /// Its records belong to the job's thread until `isCompleted`.
     std::shared_ptr<Log> log() const { return loaded(m_log); }

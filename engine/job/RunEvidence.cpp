@@ -1,5 +1,6 @@
 #include "engine/job/RunEvidence.h"
 
+#include "engine/files/PosixFile.h"
 #include "engine/files/StagedNames.h"
 #include "engine/image/CodecVersions.h"
 #include "engine/image/TiffDocument.h"
@@ -15,6 +16,7 @@
 #include <QJsonArray>
 #include <QSysInfo>
 
+#include <algorithm>
 #include <array>
 #include <stdexcept>
 #include <utility>
@@ -98,6 +100,23 @@ namespace {
         return {};
     }
 
+    QString outcomeOf(const RunEvidence::Page& page)
+    {
+        if (page.outcome == Process::PageOutcome::Failed)
+            return u"failed"_s;
+        if (page.outcome == Process::PageOutcome::Skipped)
+            return u"skipped"_s;
+        return page.isGathered ? u"gathered"_s : u"written"_s;
+    }
+
+    /// Whether all of `reasons`, which are some, are troubles that may pass.
+    bool arePassing(const QJsonArray& reasons)
+    {
+        return !reasons.isEmpty() && std::ranges::all_of(reasons, [](const QJsonValue& reason) {
+            return isPassing(reason.toString().toStdString());
+        });
+    }
+
     QJsonObject hostMembers()
     {
         return { { u"name"_s, QSysInfo::machineHostName() },
@@ -121,7 +140,7 @@ RunEvidence::~RunEvidence() = default;
 
 void RunEvidence::begin()
 {
-    m_isOn = m_options.choices.needsDigests();
+    m_isOn = m_options.choices.needsDigests() || m_options.takeEvent;
     if (!m_options.choices.writesRecord)
         return;
     m_record = std::make_unique<RunRecord>();
@@ -182,8 +201,17 @@ void RunEvidence::beginSource(const FileItem& item, const TiffDocument* document
         m_source = &record;
         return;
     }
-    const QString path = item.filePath().toLocalFile();
+    const QString path = item.localFile();
     m_sourceDigest = sourceDigest(document);
+    m_path = path;
+    m_sourcePages = {};
+    if (m_options.takeEvent) {
+        m_pagesWanted = static_cast<int>(m_job.getPageRanges(&item).size());
+        QJsonObject begin = fileMembers(path, m_sourceDigest);
+        begin[u"source"_s] = begin.take(u"path"_s);
+        begin[u"type"_s] = u"begin"_s;
+        m_options.takeEvent(begin);
+    }
     if (!m_record) {
         m_source = &record;
         return;
@@ -234,19 +262,19 @@ void RunEvidence::addPage(const Page& page)
                                                               : m_pages.skipped);
     if (isWritten && page.digest)
         addChecksum(page.path, *page.digest);
+    const QJsonArray reasons = listOf(m_toldOfPage.reasons);
+    const QJsonArray warnings = listOf(m_toldOfPage.warnings);
+    if (m_options.takeEvent)
+        tellPage(page, reasons, warnings);
     if (!m_record)
         return;
     QJsonObject members { { u"page"_s, page.number },
                           { u"output"_s, fileMembers(page.path, page.digest) },
-                          { u"outcome"_s,
-                            !isWritten ? page.outcome == Process::PageOutcome::Failed ? u"failed"_s
-                                                                                      : u"skipped"_s
-                                : page.isGathered ? u"gathered"_s
-                                                  : u"written"_s } };
+                          { u"outcome"_s, outcomeOf(page) } };
     if (const QJsonObject kind = kindOf(page.number); !kind.isEmpty())
         members[u"kind"_s] = kind;
-    members[u"reasons"_s] = listOf(m_toldOfPage.reasons);
-    members[u"warnings"_s] = listOf(m_toldOfPage.warnings);
+    members[u"reasons"_s] = reasons;
+    members[u"warnings"_s] = warnings;
     members[u"leftBehind"_s] = QJsonArray::fromStringList(page.leftBehind);
     m_record->addPage(members);
 }
@@ -279,21 +307,69 @@ void RunEvidence::endSource()
     // What an exception has kept from its page is of the source.
     m_told.reasons += std::exchange(m_toldOfPage.reasons, {});
     m_told.warnings += std::exchange(m_toldOfPage.warnings, {});
+    if (m_options.takeEvent)
+        tellSource();
     QJsonObject members { { u"reasons"_s, listOf(m_told.reasons) },
                           { u"warnings"_s, listOf(m_told.warnings) } };
     if (!m_gathered.isEmpty())
-        members[u"gathered"_s] = std::exchange(m_gathered, {});
+        members[u"gathered"_s] = m_gathered;
+    m_gathered = {};
     m_document.reset();
     m_source = nullptr;
     if (m_record)
         m_record->endSource(members);
 }
 
+void RunEvidence::tellPage(const Page& page, const QJsonArray& reasons, const QJsonArray& warnings)
+{
+    const bool isFailed = page.outcome == Process::PageOutcome::Failed;
+    ++(isFailed                                            ? m_sourcePages.failed
+           : page.outcome == Process::PageOutcome::Skipped ? m_sourcePages.skipped
+                                                           : m_sourcePages.written);
+    QJsonObject event = fileMembers(page.path, isFailed ? std::nullopt : page.digest);
+    event[u"output"_s] = event.take(u"path"_s);
+    event[u"type"_s] = u"page"_s;
+    event[u"source"_s] = m_path;
+    event[u"page"_s] = page.number;
+    event[u"outcome"_s] = outcomeOf(page);
+    event[u"reasons"_s] = reasons;
+    event[u"warnings"_s] = warnings;
+    if (isFailed && arePassing(reasons))
+        event[u"passing"_s] = true;
+    m_options.takeEvent(event);
+}
+
+void RunEvidence::tellSource()
+{
+    if (m_source->gathered == GatheredFile::Skipped)
+        m_sourcePages.skipped += std::exchange(m_sourcePages.written, 0);
+    if (m_source->gathered == GatheredFile::NotWritten)
+        m_sourcePages.failed += std::exchange(m_sourcePages.written, 0);
+    const int seen = m_sourcePages.written + m_sourcePages.failed + m_sourcePages.skipped;
+    const QJsonArray reasons = QJsonArray::fromStringList(m_told.reasons);
+    QJsonObject event = fileMembers(m_path, m_sourceDigest);
+    event[u"source"_s] = event.take(u"path"_s);
+    event[u"type"_s] = u"source"_s;
+    event[u"outcome"_s] = m_sourcePages.failed > 0 || !reasons.isEmpty() ? u"failed"_s
+        : seen < m_pagesWanted                                           ? u"stopped"_s
+                                                                         : u"done"_s;
+    event[u"written"_s] = m_sourcePages.written;
+    event[u"failed"_s] = m_sourcePages.failed;
+    event[u"skipped"_s] = m_sourcePages.skipped;
+    event[u"reasons"_s] = reasons;
+    event[u"warnings"_s] = QJsonArray::fromStringList(m_told.warnings);
+    if (!m_gathered.isEmpty())
+        event[u"output"_s] = m_gathered;
+    if (arePassing(reasons))
+        event[u"passing"_s] = true;
+    m_options.takeEvent(event);
+}
+
 /// What is of a page comes before the page itself does. Without a source in hand, as before the
 /// first and for checksums, it is of the run.
 void RunEvidence::takeDiagnostic(const Diagnostic& diagnostic)
 {
-    if (!m_record && (!m_options.report || m_source))
+    if (!m_record && !m_options.takeEvent && (!m_options.report || m_source))
         return;
     const bool isError = diagnostic.severity == Diagnostic::Severity::Error;
     if (!m_source)
@@ -326,6 +402,8 @@ void RunEvidence::writeChecksums()
     endSource(); // that an exception may have left open
     if (!m_isOn)
         return;
+    for (const auto& [path, digest] : m_options.proven)
+        addChecksum(path, digest);
     if (!m_checksumFault.isNull())
         tellTrouble(u"SHA256SUMS"_s, m_checksumFault);
     for (const ChecksumFiles::Trouble& trouble : m_checksums.write())

@@ -6,6 +6,7 @@
 #include "engine/log/RunRecord.h"
 #include "engine/log/RunReport.h"
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QStringList>
 
@@ -70,6 +71,8 @@ private:
     QJsonObject head() const;
     QJsonObject end() const;
     void tellTrouble(const QString& path, const QString& reason);
+    void tellPage(const Page& page, const QJsonArray& reasons, const QJsonArray& warnings);
+    void tellSource();
 
     Process& m_job;
     const RunSetup& m_options;
@@ -87,14 +90,20 @@ private:
     RunTroubles m_toldOfRun; ///< while no source was in hand
     QJsonObject m_gathered; ///< the file in place
     int m_gatheredPages = 0;
+    QString m_path;
+    int m_pagesWanted = 0;
 
-    struct
+    /// Of its pages, or of those of the run.
+    struct Counts
     {
-        int written = 0;
+        int written = 0; ///< of a source: or gathered
         int failed = 0;
         int skipped = 0;
         int notWritten = 0; ///< gathered for a file that was not put in place
-    } m_pages;
+    };
+    Counts m_sourcePages;
+
+    Counts m_pages;
 };
 
 } // namespace pagestack

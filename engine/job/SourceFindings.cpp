@@ -69,6 +69,7 @@ PageDiagnostics SourceFindings::takeDiagnostics(const PageImage& image)
     m_log.write(lastPathComponent(m_document.path()), found.logLines);
     m_detail = found.logLines.join(u'\n');
     m_leftOutOfPage = found.leftOutTags + found.tagsWithoutPlace;
+    m_isPageTakenOver = found.isTakenOver;
     return found;
 }
 
@@ -87,9 +88,24 @@ void SourceFindings::addLosses(int page, const PageDiagnostics& found)
             if (!names.contains(name))
                 names.append(name);
     };
+    if (found.isTakenOver && !m_takenOver.empty() && m_takenOver.back().second + 1 == page)
+        m_takenOver.back().second = page;
+    else if (found.isTakenOver)
+        m_takenOver.emplace_back(page, page);
     addNew(m_leftOutTags, found.leftOutTags);
     addNew(m_tagsWithoutPlace, found.tagsWithoutPlace);
     m_detail.clear();
+}
+
+void SourceFindings::tellTakenOver()
+{
+    if (m_takenOver.empty())
+        return;
+    QStringList ranges;
+    for (const auto& [first, last] : m_takenOver)
+        ranges.append(first == last ? QString::number(first) : u"%1-%2"_s.arg(first).arg(last));
+    systemLog(lastPathComponent(m_document.path())
+              + u": JPEG data taken over as they are, of pages: "_s + ranges.join(u", "_s));
 }
 
 void SourceFindings::tellLeftOutTags()

@@ -7,6 +7,8 @@
 
 #include <exception>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace pagestack {
 
@@ -41,6 +43,12 @@ public:
     /// Names of what the page that was looked at last says and its output does not.
     const QStringList& leftOutOfPage() const { return m_leftOutOfPage; }
 
+    /// Whether that page's JPEG data are in its output as they were.
+    bool isPageTakenOver() const { return m_isPageTakenOver; }
+
+    /// Tells the system log of which pages JPEG data were taken over.
+    void tellTakenOver();
+
     /// Tells of the tags that outputs lack, once a source: its pages mostly have the same. Those
     /// for which the format has no place are no fault: the system log and the record tell of them.
     void tellLeftOutTags();
@@ -69,6 +77,8 @@ private:
     QString m_doubt; ///< the first warning, with its page
     QStringList m_leftOutTags; ///< each once
     QStringList m_leftOutOfPage;
+    bool m_isPageTakenOver = false;
+    std::vector<std::pair<int, int>> m_takenOver; ///< first and last of pages in succession
     bool m_changesPixels = false;
     QMap<QString, int> m_remarks; ///< with the number of their pages
     QStringList m_tagsWithoutPlace; ///< each once

@@ -33,6 +33,7 @@ struct PageDiagnostics
     QStringList leftOutTags; ///< names of the page's tags that the output lacks
     QStringList tagsWithoutPlace; ///< the same where the format has no place for any such tag
     bool changesPixels = false; ///< the TIFF output has others than the source, as was asked for
+    bool isTakenOver = false; ///< its JPEG data were not decoded
     QStringList logLines; ///< for the system log, in order; see CodecLog
 
     /// Appends `line` to `logLines`, unless CodecLog would leave it out anyway.

@@ -87,6 +87,7 @@ namespace {
                          { u"SourcePageNo"_s, QString::number(page.sourcePageNo) },
                          { u"Status"_s, page.status } },
                        { { u"Reason"_s, page.reason },
+                         { u"TakenOver"_s, page.isTakenOver ? u"yes"_s : QString() },
                          { u"Size"_s, sizeText(page.digest) },
                          { u"SHA256"_s, hexText(page.digest) } });
     }
@@ -185,7 +186,9 @@ void Log::putAside()
     if (records <= m_mostRecords)
         return;
     try {
-        spill();
+        if (!m_isTextDropped)
+            spill();
+        forgetSpilled();
     } catch (const std::runtime_error&) {
         m_mostRecords = 2 * records; // to try it again for each page would take longer and longer
     }
@@ -194,7 +197,7 @@ void Log::putAside()
 /// Throws std::runtime_error, with nothing moved, when there is no room.
 void Log::spill()
 {
-    LogFiles& last = *files.back();
+    const LogFiles& last = *files.back();
     const bool hasFinished = files.size() > 1;
     const auto pages = hasFinished || !m_pages ? std::make_shared<ByteSpool>(0) : m_pages;
     QByteArray text;
@@ -212,7 +215,12 @@ void Log::spill()
         m_finishedBytes = end;
     }
     m_pages = pages;
-    last.logFiles.clear();
+}
+
+/// Ends the memory of what spill() has put aside.
+void Log::forgetSpilled()
+{
+    files.back()->logFiles.clear();
     for (std::size_t i = 0; i + 1 < files.size(); ++i)
         m_finishedErrors.push_back(files.at(i)->hasErrors);
     files.erase(files.begin(), files.end() - 1);

@@ -27,6 +27,7 @@ struct LogFile
     int targetPageNo = 0; ///< within the output file; never written to the XML file
     QString status { QLatin1String("") };
     QString reason {}; ///< of a failure, or what the page has lost all the same; null: nothing
+    bool isTakenOver = false; ///< its JPEG data were not decoded
     std::optional<FileDigest> digest {}; ///< of its own file in place, where it is asked for
 };
 
@@ -98,6 +99,10 @@ public:
     /// False: save() writes no file, logFilePath() stays null. True at the beginning.
     void setStored(bool isStored) { m_isStored = isStored; }
 
+    /// True: nobody will ask for the text of the run; of what is put aside only hasErrors() is
+    /// kept.
+    void setTextDropped(bool isDropped) { m_isTextDropped = isDropped; }
+
     /// Whether the `number`th source, from 0 on in the order processed, has errors as a whole.
     bool hasErrors(std::size_t number) const;
 
@@ -113,8 +118,10 @@ private:
     QString write(const QString& path, StagedFile::Existing existing) const;
     void writeSources(std::size_t number, const Output& output) const;
     void spill();
+    void forgetSpilled();
 
     bool m_isStored = true;
+    bool m_isTextDropped = false;
     mutable QMutex m_guard; ///< of m_logFilePath, which the job writes and the window reads
     QString m_logFilePath;
     QString m_saveFault;

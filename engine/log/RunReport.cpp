@@ -1,9 +1,11 @@
 #include "engine/log/RunReport.h"
 
 #include "engine/log/Log.h"
+#include "engine/log/ShownReason.h"
 #include "engine/support/Info.h"
 #include "engine/support/Paths.h"
 
+#include <QCoreApplication>
 #include <QUrl>
 #include <QXmlStreamReader>
 
@@ -48,6 +50,12 @@ a { color: var(--link); }
   h2, h3 { break-after: avoid; }
 }
 )";
+
+    /// The words of the page itself.
+    class Words
+    {
+        Q_DECLARE_TR_FUNCTIONS(pagestack::RunReport)
+    };
 
     using LogAttributes = QXmlStreamAttributes;
 
@@ -143,21 +151,22 @@ a { color: var(--link); }
 
     QString fateText(Fate fate, const LogAttributes& page)
     {
-        const QString reason = valueOf(page, "Reason"_L1);
+        const QString reason = shownReason(valueOf(page, "Reason"_L1));
         const QString behind = reason.isEmpty() ? QString() : u": "_s + reason;
         switch (fate) {
         case Fate::Written:
-            return u"written"_s;
+            return Words::tr("written");
         case Fate::Changed:
-            return u"written with a loss"_s + behind;
+            return Words::tr("written with a loss") + behind;
         case Fate::Skipped:
-            return u"skipped, a file was there"_s;
+            return Words::tr("skipped, a file was there");
         case Fate::NotWritten:
-            return u"not written, since its file is not in place"_s + behind;
+            return Words::tr("not written, since its file is not in place") + behind;
         case Fate::Failed:
             break;
         }
-        return u"failed"_s + (behind.isEmpty() ? u": the page is not there any more"_s : behind);
+        return behind.isEmpty() ? Words::tr("failed: the page is not there any more")
+                                : Words::tr("failed") + behind;
     }
 
     /// Why the file of many pages is not in place is said of the source, once.
@@ -177,7 +186,7 @@ a { color: var(--link); }
     QString sourceProblem(const LogAttributes& source)
     {
         const QString reason = valueOf(source, "Reason"_L1);
-        return reason.isEmpty() ? valueOf(source, "Status"_L1) : reason;
+        return shownReason(reason.isEmpty() ? valueOf(source, "Status"_L1) : reason);
     }
 
     /// Counts what the page begins with.
@@ -292,14 +301,17 @@ a { color: var(--link); }
             if (const QString problem = sourceProblem(source); !problem.isEmpty())
                 m_output("<p" + classOf(fateOfSource(source)) + ">" + shown(problem) + "</p>\n");
             if (const QString left = valueOf(source, "LeftBehind"_L1); !left.isEmpty())
-                m_output("<p>Left behind, since the format has no place for it: " + shown(left)
+                m_output("<p>"
+                         + shown(Words::tr("Left behind, since the format has no place for it: %1")
+                                     .arg(shownReason(left)))
                          + "</p>\n");
         }
         void addPage(const LogAttributes& page) override
         {
             if (!std::exchange(m_hasPages, true))
-                m_output("<table><thead><tr><th class=\"number\">Page</th><th>Image</th>"
-                         "<th>What happened</th></tr></thead><tbody>\n");
+                m_output("<table><thead><tr><th class=\"number\">" + shown(Words::tr("Page"))
+                         + "</th><th>" + shown(Words::tr("Image")) + "</th><th>"
+                         + shown(Words::tr("What happened")) + "</th></tr></thead><tbody>\n");
             const Fate fate = fateOf(page);
             const QString file = valueOf(page, "NewFileName"_L1);
             const bool isThere
@@ -320,50 +332,63 @@ a { color: var(--link); }
         bool m_hasPages = false;
     };
 
+    /// "path: reason", or a reason alone, which may have a ": " of its own.
+    QString troubleText(const QString& trouble)
+    {
+        const auto first = [](const QString& reasons) { return reasons.section(u"; "_s, 0, 0); };
+        QString whole = shownReason(trouble);
+        if (first(whole) != first(trouble))
+            return whole;
+        const QString before = trouble.section(u": "_s, 0, 0, QString::SectionIncludeTrailingSep);
+        return before.endsWith(u": ") ? before + shownReason(trouble.sliced(before.size())) : whole;
+    }
+
     /// Rows for what is of no source.
     void addTroubles(const QStringList& troubles, Fate fate, const Output& output)
     {
         for (const QString& trouble : troubles)
-            output("<tr><td></td><td></td><td" + classOf(fate) + ">" + shown(trouble)
+            output("<tr><td></td><td></td><td" + classOf(fate) + ">" + shown(troubleText(trouble))
                    + "</td></tr>\n");
     }
 
     QByteArray head(const Totals& totals, qsizetype sources)
     {
         const bool isEarly = !totals.runReason.isEmpty();
-        const QByteArray title = isEarly ? "Ended early"
-            : totals.isCancelled         ? "Cancelled"
-            : totals.problems > 0        ? "Finished with problems"
-                                         : "Finished";
+        const QByteArray title
+            = shown(isEarly                   ? Words::tr("Ended early")
+                        : totals.isCancelled  ? Words::tr("Cancelled")
+                        : totals.problems > 0 ? Words::tr("Finished with problems")
+                                              : Words::tr("Finished"));
         const QByteArray end = shown(QString(totals.end).replace(u'T', u' '));
-        QByteArray text
-            = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\" />\n"
+        QByteArray text = "<!DOCTYPE html>\n<html lang=\""
+            + shown(Words::tr("en", "code of the language that this is translated to"))
+            + "\">\n<head>\n<meta charset=\"utf-8\" />\n"
               "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src "
               "'none'; style-src 'unsafe-inline'\" />\n"
               "<meta name=\"viewport\" content=\"width=device-width\" />\n<title>"
             + shown(displayName.toString()) + ": " + title + ", " + end + "</title>\n<style>"
             + style.toByteArray() + "</style>\n</head>\n<body>\n<h1>" + title + "</h1>\n";
         if (isEarly)
-            text += "<p class=\"bad\">" + shown(totals.runReason) + "</p>\n";
+            text += "<p class=\"bad\">" + shown(shownReason(totals.runReason)) + "</p>\n";
         text += "<p>" + shown(QString(totals.start).replace(u'T', u' ')) + " \u2013 " + end
             + "</p>\n<table class=\"totals\"><tbody>\n";
-        const auto add = [&text](const char* what, qint64 count, const char* kind = "") {
-            text += QByteArray("<tr><th scope=\"row\">") + what + "</th><td" + kind + ">"
+        const auto add = [&text](const QString& what, qint64 count, const char* kind = "") {
+            text += "<tr><th scope=\"row\">" + shown(what) + "</th><td" + kind + ">"
                 + QByteArray::number(count) + "</td></tr>\n";
         };
-        add("Images written", totals.files);
-        add("Pages written", totals.written);
+        add(Words::tr("Images written"), totals.files);
+        add(Words::tr("Pages written"), totals.written);
         if (totals.changed > 0)
-            add("of these with a loss", totals.changed, " class=\"odd\"");
+            add(Words::tr("of these with a loss"), totals.changed, " class=\"odd\"");
         if (totals.failed > 0)
-            add("Pages failed", totals.failed, " class=\"bad\"");
+            add(Words::tr("Pages failed"), totals.failed, " class=\"bad\"");
         if (totals.skipped > 0)
-            add("Pages skipped", totals.skipped);
-        add("Source files", sources);
+            add(Words::tr("Pages skipped"), totals.skipped);
+        add(Words::tr("Source files"), sources);
         if (totals.warned > 0)
-            add("of these with a warning", totals.warned, " class=\"odd\"");
+            add(Words::tr("of these with a warning"), totals.warned, " class=\"odd\"");
         if (totals.sources < sources)
-            add("of these not reached", sources - totals.sources, " class=\"bad\"");
+            add(Words::tr("of these not reached"), sources - totals.sources, " class=\"bad\"");
         return text + "</tbody></table>\n";
     }
 
@@ -384,14 +409,15 @@ void writeReport(const Log& log, qsizetype sources, const RunTroubles& troubles,
     totals.problems += troubles.reasons.size() + troubles.warnings.size();
     add(head(totals, sources));
     if (totals.problems > 0) {
-        add("<h2>Problems</h2>\n<table><thead><tr><th>File</th><th class=\"number\">Page</th>"
-            "<th>What happened</th></tr></thead><tbody>\n");
+        add("<h2>" + shown(Words::tr("Problems")) + "</h2>\n<table><thead><tr><th>"
+            + shown(Words::tr("File")) + "</th><th class=\"number\">" + shown(Words::tr("Page"))
+            + "</th><th>" + shown(Words::tr("What happened")) + "</th></tr></thead><tbody>\n");
         addTroubles(troubles.reasons, Fate::Failed, add);
         addTroubles(troubles.warnings, Fate::Changed, add);
         Problems(add).read(log);
         add("</tbody></table>\n");
     }
-    add("<h2>Files</h2>\n");
+    add("<h2>" + shown(Words::tr("Files")) + "</h2>\n");
     Sources(add).read(log);
     add("</body>\n</html>\n");
     output(waiting);

@@ -200,6 +200,16 @@ namespace {
                 Texts::tr("leaves out thumbnails and masks, pages whose SubfileType says so; page "
                           "numbers stay"),
                 Texts::tr("Leave out thumbnails and masks"), Texts::tr("Pages")),
+            flag<&RunOptions::reencodes>(
+                u"reencode"_s,
+                Texts::tr("JPEG at quality 10: decodes pages whose data are JPEG and encodes them "
+                          "anew; else their data are taken over as they are"),
+                Texts::tr("Encode JPEG data anew"), Texts::tr("Pages")),
+            treatmentFlag<&PageTreatment::keepsCompression>(
+                u"keep-compression"_s,
+                Texts::tr("TIFF: copies the data of pages as they are compressed, JPEG included; "
+                          "what cannot be copied gets --compression"),
+                Texts::tr("Keep the compression of TIFF pages"), Texts::tr("Pages")),
             treatmentFlag<&PageTreatment::stripsMetadata>(
                 u"strip-metadata"_s,
                 Texts::tr("JPEG, PNG, TIFF: leaves out what pages say of themselves (texts, dates, "
@@ -329,7 +339,11 @@ QString idleWith(const ConversionOptions& options, const QString& name)
         = u"the format "_s + formatNames().split(u'|').at(static_cast<int>(options.outputType));
     if (name == u"quality")
         return options.outputType == OutputType::Jpeg ? QString() : format;
-    if (name == u"compression" || name == u"split")
+    if (name == u"reencode" && options.outputType == OutputType::Jpeg)
+        return options.jpegQuality >= 10 ? QString() : u"a --quality below 10"_s;
+    if (name == u"reencode")
+        return format;
+    if (name == u"compression" || name == u"split" || name == u"keep-compression")
         return isTiff ? QString() : format;
     if (name == u"strip-metadata") // the others hold none
         return options.outputType == OutputType::Bmp || options.outputType == OutputType::Gif

@@ -19,6 +19,7 @@ struct PageTreatment
     bool convertsToSrgb = false; ///< through the embedded profile
     Bilevel bilevel = Bilevel::None;
     int threshold = 128; ///< 1..255, of luminance in 8 bits
+    bool keepsCompression = false; ///< of TIFF pages in TIFF files, where their data can be copied
     bool keepsDate = false; ///< outputs get the modification time of their source
     int expectedDpi = 0; ///< pages of another resolution get a warning; 0: none does
 
@@ -34,12 +35,14 @@ struct RunOptions
     QString namePattern; ///< empty: the usual names
     QString pages; ///< those that are converted, "1,3-5,-1"; empty: all
     bool skipsReduced = false; ///< thumbnails and masks are no pages
+    bool reencodes = false; ///< JPEG: data that could be taken over are decoded and encoded anew
     bool verifies = false; ///< outputs are read back before they get their names
     bool writesChecksums = false; ///< SHA256SUMS beside the outputs
     bool writesRecord = false; ///< a JSON document of the run, beside its log
+    bool tellsDigests = false; ///< to who listens to the run's events
 
     /// Whether sizes and digests of sources and outputs are wanted.
-    bool needsDigests() const { return writesChecksums || writesRecord; }
+    bool needsDigests() const { return writesChecksums || writesRecord || tellsDigests; }
 
     friend bool operator==(const RunOptions&, const RunOptions&) = default;
 };

@@ -1,6 +1,21 @@
 #include "engine/plan/FolderTargets.h"
 
+#include <QFile>
+
+#include <filesystem>
+#include <system_error>
+
 namespace pagestack {
+
+bool FolderTargets::isEmpty()
+{
+    if (!m_isEmpty) {
+        std::error_code failure; // no permission to list it, say
+        m_isEmpty = std::filesystem::is_empty(QFile::encodeName(m_folder).toStdString(), failure)
+            && !failure;
+    }
+    return *m_isEmpty;
+}
 
 std::optional<qsizetype> FolderTargets::writer(const QString& name)
 {

@@ -19,6 +19,10 @@ public:
     {
     }
 
+    /// Whether the folder had nothing in it when this was asked first: then no name has to be
+    /// looked for on the disk, which may be far away.
+    bool isEmpty();
+
     /// Who writes the file that `name` leads to; none when nobody does.
     std::optional<qsizetype> writer(const QString& name);
 
@@ -33,6 +37,7 @@ private:
     };
 
     QString m_folder;
+    std::optional<bool> m_isEmpty;
     std::optional<NameFolding> m_folding;
     QMultiHash<QString, Target> m_targets; ///< by the name without any such difference
 };

@@ -28,6 +28,9 @@ struct OutputFile
     QString subfolder {};
     QList<int> pages {}; ///< of its item that are converted, from 1 on, ascending
     int firstRunning = 1; ///< running number of the first of the outputs
+    /// The three above are set and stay: a plan names the outputs, of which some may be left out
+    /// now.
+    bool isNamed = false;
 
     /// Sets both fields, or none when `path` is null or there are no `items`.
     void initWithData(const QString& path, const std::optional<Items>& items)

@@ -57,11 +57,14 @@ OutputNames::OutputNames(const Settings& settings, RunOptions options)
     : m_settings(settings)
     , m_options(std::move(options))
     , m_pattern(m_options.namePattern.isEmpty() ? NamePattern::usual() : m_options.namePattern)
+    , m_namesFolders(m_pattern.has(u"folder") || m_pattern.has(u"parent"))
 {
 }
 
 QList<OutputFile> OutputNames::completed(QList<OutputFile> outputs) const
 {
+    if (!outputs.isEmpty() && outputs.constFirst().isNamed)
+        return outputs; // as all of a run are
     if (m_options.mirrorsFolders && !m_settings.outputFolderPath().isEmpty())
         mirrorFolders(outputs);
     int running = 1;
@@ -99,12 +102,12 @@ QString OutputNames::stem(const QString& source, int page, int pages, int runnin
 {
     if (page == 0 && m_options.namePattern.isEmpty())
         return baseName(source); // with every ":"
-    const QString folder = folderPart(source);
+    const QString folder = m_namesFolders ? folderPart(source) : QString();
     const auto widest = static_cast<int>(QString::number(pages).size());
     return m_pattern.filled({ .stem = baseName(source),
                               .separator = m_settings.separator(),
-                              .folder = folderName(folder),
-                              .parent = folderName(folderPart(folder)),
+                              .folder = m_namesFolders ? folderName(folder) : QString(),
+                              .parent = m_namesFolders ? folderName(folderPart(folder)) : QString(),
                               .page = page,
                               .pages = pages,
                               .running = running,

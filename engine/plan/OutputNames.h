@@ -18,8 +18,8 @@ public:
     /// `settings` is borrowed. Throws OptionError for a pattern that is none.
     OutputNames(const Settings& settings, RunOptions options);
 
-    /// `outputs` with what their names need of the whole run; numbers stay as they are. The same
-    /// outputs always get the same.
+    /// `outputs` with what their names need of the whole run; numbers stay as they are, and so do
+    /// outputs that are named already. The same outputs always get the same.
     QList<OutputFile> completed(QList<OutputFile> outputs) const;
 
     /// Folder into which the pages of `output`, which is completed, go: the settings' output folder
@@ -45,6 +45,7 @@ private:
     const Settings& m_settings;
     const RunOptions m_options;
     const NamePattern m_pattern;
+    const bool m_namesFolders; ///< by the pattern
 };
 
 /// What the first page of a sample source would be called, "scan01.jpg", or the file that keeps its

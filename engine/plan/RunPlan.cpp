@@ -142,6 +142,8 @@ Planner::Spot Planner::spotOf(const PlannedTarget& target, const QString& folder
                               const QString& name)
 {
     Spot spot { target, &folderAt(folder), name };
+    if (spot.folder->isEmpty())
+        return spot;
     const QString path = joinedPath(folder, spot.name);
     const QByteArray bytes = QFile::encodeName(path);
     struct stat status = {};
@@ -205,8 +207,7 @@ std::optional<qsizetype> Planner::replacedSource(const Spot& spot)
         m_sources.emplace();
         for (qsizetype output = 0; output < m_plan.m_outputs.size() && m_isWanted(); ++output)
             for (const std::shared_ptr<FileItem>& item : m_plan.m_outputs.at(output).fileItems)
-                if (const auto identity
-                    = fileIdentity(QFile::encodeName(item->filePath().toLocalFile())))
+                if (const auto identity = fileIdentity(QFile::encodeName(item->localFile())))
                     m_sources->insert(asText(*identity), output);
     }
     const auto source = m_sources->constFind(asText(*spot.file));
@@ -218,7 +219,7 @@ std::optional<qsizetype> Planner::replacedSource(const Spot& spot)
 /// Whether the source is not there, but will be by an output.
 bool Planner::makesSource(const FileItem& item)
 {
-    const QString path = item.filePath().toLocalFile();
+    const QString path = item.localFile();
     if (item.pages() == 0 || fileIdentity(QFile::encodeName(path)))
         return false;
     const Spot spot = spotOf({}, folderPart(path), lastPathComponent(path));

@@ -138,12 +138,13 @@ namespace {
         }
     };
 
-    bool isKnownFor(const Settings& settings)
+    bool isKnownFor(const Settings& settings, const RunOptions& options)
     {
         const auto type = static_cast<OutputType>(settings.outputType());
         return type == OutputType::Bmp
             || (type == OutputType::Tiff
-                && settings.tiffCompressionIndex() == static_cast<int>(TiffCompression::None));
+                && settings.tiffCompressionIndex() == static_cast<int>(TiffCompression::None)
+                && !options.treatment.keepsCompression);
     }
 
     QString nearestFolder(QString folder)
@@ -220,7 +221,7 @@ std::vector<SpaceShortage> spaceShortages(const QList<OutputFile>& outputs,
                                           const std::function<bool(const QString& path)>& isWanted,
                                           const std::function<bool()>& goesOn)
 {
-    if (!isKnownFor(settings))
+    if (!isKnownFor(settings, options))
         return {};
     const Needs needs = needsOf(outputs, settings, options, isWanted, goesOn);
     std::vector<SpaceShortage> found;
@@ -238,7 +239,7 @@ std::optional<quint64> outputBytes(const QList<OutputFile>& outputs, const Setti
                                    const std::function<bool(const QString& path)>& isWanted,
                                    const std::function<bool()>& goesOn)
 {
-    if (!isKnownFor(settings))
+    if (!isKnownFor(settings, options))
         return std::nullopt;
     double bytes = 0;
     for (const auto& [device, need] : needsOf(outputs, settings, options, isWanted, goesOn))

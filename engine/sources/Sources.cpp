@@ -27,60 +27,34 @@ namespace {
         return fileIdentity(QFile::encodeName(path));
     }
 
-    /// A list from another system may end its lines in CR LF and begin with a byte order mark.
-    QStringList pathsOf(const QByteArray& text)
-    {
-        QStringList found;
-        for (QByteArray line : text.split('\n')) {
-            if (line.endsWith('\r'))
-                line.chop(1);
-            if (found.isEmpty() && line.startsWith("\xEF\xBB\xBF"))
-                line.remove(0, 3);
-            if (!line.isEmpty())
-                found.append(pathFromBytes(line));
-        }
-        return found;
-    }
-
-    class Collector
+    /// Looks up what was given.
+    class Finder
     {
     public:
-        explicit Collector(bool isRecursive)
-            : m_isRecursive(isRecursive)
+        Finder(const SourceSink& sink, bool isRecursive)
+            : m_sink(sink)
+            , m_isRecursive(isRecursive)
         {
         }
 
         void addList(const QString& list);
         void addPath(const QString& shown);
-        CollectedSources take();
 
     private:
-        using FileKey = std::pair<FileIdentity, QString>;
-
+        void addLine(const QByteArray& line);
         void addFile(const QString& shown, const QString& foundIn = {});
         void addFolder(const QString& shown);
-        FileKey key(const QString& path);
         void report(const QString& shown, const QString& reason)
         {
-            m_found.troubles.append({ QString(shown).remove(QChar::Null), reason });
+            m_sink.trouble({ QString(shown).remove(QChar::Null), reason });
         }
 
+        const SourceSink& m_sink;
         bool m_isRecursive;
-        CollectedSources m_found;
-        QHash<FileKey, QString> m_taken; ///< with the choice of its pages
-        QString m_pageChoice; ///< of the path in hand
-        QHash<QString, std::optional<FileIdentity>> m_folders;
+        QString m_pageChoice { u""_s }; ///< of the path in hand
     };
 
-    /// A file that is left out here may be named elsewhere.
-    CollectedSources Collector::take()
-    {
-        m_found.leftOut.removeIf(
-            [this](const QString& shown) { return m_taken.contains(key(absolutePath(shown))); });
-        return std::move(m_found);
-    }
-
-    void Collector::addPath(const QString& shown)
+    void Finder::addPath(const QString& shown)
     {
         if (shown.isEmpty())
             report(u"''"_s, u"the path is empty"_s);
@@ -92,7 +66,7 @@ namespace {
             addFile(shown);
     }
 
-    void Collector::addFile(const QString& shown, const QString& foundIn)
+    void Finder::addFile(const QString& shown, const QString& foundIn)
     {
         const QFileInfo info(shown);
         if (!info.exists())
@@ -105,15 +79,101 @@ namespace {
         // Qt shows the working folder, and what a link leads to, as text even where it is none.
         if (identityOf(path) != identityOf(shown))
             return report(shown, u"the name of its folder is no UTF-8 text"_s);
-        const FileKey file = key(path);
+        m_sink.file({ path, shown, foundIn, m_pageChoice });
+    }
+
+    void Finder::addFolder(const QString& shown)
+    {
+        const QString folder = absolutePath(shown);
+        FolderWalk walk(shown, FolderWalk::Links::Followed, m_isRecursive, [](const QString& name) {
+            return hasAllowedFileType(name) || hasOddFileType(name);
+        });
+        while (const auto entry = walk.next()) {
+            const bool isFile = !entry->isFolder;
+            if (isFile && !hasAllowedFileType(entry->path)) {
+                if (hasOddFileType(entry->path))
+                    m_sink.leftOut(entry->path);
+            } else if (!entry->fault.isEmpty()) {
+                report(entry->path, entry->fault);
+            } else if (isFile) {
+                addFile(entry->path, folder);
+            }
+        }
+    }
+
+    /// A list from another system may end its lines in CR LF and begin with a byte order mark.
+    void Finder::addList(const QString& list)
+    {
+        if (!isPath(list))
+            return report(list, u"the name is no UTF-8 text"_s);
+        const bool isStandardInput = list == u"-";
+        QFile file(list);
+        const bool isOpen = isStandardInput ? file.open(stdin, QIODevice::ReadOnly)
+                                            : file.open(QIODevice::ReadOnly);
+        for (bool isFirst = true; isOpen; isFirst = false) {
+            QByteArray line = file.readLine();
+            if (line.isEmpty())
+                break;
+            if (line.endsWith('\n'))
+                line.chop(1);
+            if (line.endsWith('\r'))
+                line.chop(1);
+            if (isFirst && line.startsWith("\xEF\xBB\xBF"))
+                line.remove(0, 3);
+            if (!line.isEmpty())
+                addLine(line);
+        }
+        if (!isOpen || file.error() != QFileDevice::NoError)
+            report(isStandardInput ? u"standard input"_s : list, file.errorString());
+    }
+
+    void Finder::addLine(const QByteArray& line)
+    {
+        QString path = pathFromBytes(line);
+        const QFileInfo info(path);
+        if (path.contains(u'\t') && isPath(path) && !info.exists() && !info.isSymLink())
+            m_pageChoice = takePageChoice(path);
+        addPath(path);
+        m_pageChoice = u""_s;
+    }
+
+    /// Keeps what is found, no file twice.
+    class Collector
+    {
+    public:
+        void add(const Source& source);
+        CollectedSources take();
+
+        CollectedSources found;
+
+    private:
+        using FileKey = std::pair<FileIdentity, QString>;
+
+        FileKey key(const QString& path);
+
+        QHash<FileKey, QString> m_taken; ///< with the choice of its pages
+        QHash<QString, std::optional<FileIdentity>> m_folders;
+    };
+
+    /// A file that is left out here may be named elsewhere.
+    CollectedSources Collector::take()
+    {
+        found.leftOut.removeIf(
+            [this](const QString& shown) { return m_taken.contains(key(absolutePath(shown))); });
+        return std::move(found);
+    }
+
+    void Collector::add(const Source& source)
+    {
+        const FileKey file = key(source.path);
         const auto taken = m_taken.constFind(file);
         if (taken == m_taken.cend()) {
-            m_taken.insert(file, m_pageChoice);
-            m_found.files.append({ path, shown, foundIn, m_pageChoice });
-        } else if (*taken == m_pageChoice) {
-            m_found.duplicates.append(shown);
+            m_taken.insert(file, source.pageChoice);
+            found.files.append(source);
+        } else if (*taken == source.pageChoice) {
+            found.duplicates.append(source.shown);
         } else {
-            report(shown, u"named twice with different pages; those named first are converted"_s);
+            found.troubles.append({ source.shown, namedTwice.toString() });
         }
     }
 
@@ -127,58 +187,27 @@ namespace {
         return *known ? FileKey { **known, lastPathComponent(path) } : FileKey { {}, path };
     }
 
-    void Collector::addFolder(const QString& shown)
-    {
-        const QString folder = absolutePath(shown);
-        FolderWalk walk(shown, FolderWalk::Links::Followed, m_isRecursive, [](const QString& name) {
-            return hasAllowedFileType(name) || hasOddFileType(name);
-        });
-        while (const auto entry = walk.next()) {
-            const bool isFile = !entry->isFolder;
-            if (isFile && !hasAllowedFileType(entry->path)) {
-                if (hasOddFileType(entry->path))
-                    m_found.leftOut.append(entry->path);
-            } else if (!entry->fault.isEmpty()) {
-                report(entry->path, entry->fault);
-            } else if (isFile) {
-                addFile(entry->path, folder);
-            }
-        }
-    }
-
-    void Collector::addList(const QString& list)
-    {
-        if (!isPath(list))
-            return report(list, u"the name is no UTF-8 text"_s);
-        const bool isStandardInput = list == u"-";
-        QFile file(list);
-        const bool isOpen = isStandardInput ? file.open(stdin, QIODevice::ReadOnly)
-                                            : file.open(QIODevice::ReadOnly);
-        const QByteArray text = isOpen ? file.readAll() : QByteArray();
-        if (!isOpen || file.error() != QFileDevice::NoError)
-            return report(isStandardInput ? u"standard input"_s : list, file.errorString());
-        for (QString path : pathsOf(text)) {
-            const QFileInfo info(path);
-            if (!path.contains(u'\t') || !isPath(path) || info.exists() || info.isSymLink()) {
-                addPath(path);
-                continue;
-            }
-            m_pageChoice = takePageChoice(path);
-            addPath(path);
-            m_pageChoice.clear();
-        }
-    }
-
 } // namespace
+
+void forEachSource(const QStringList& paths, QStringList lists, bool isRecursive,
+                   const SourceSink& sink)
+{
+    Finder finder(sink, isRecursive);
+    for (const QString& path : paths)
+        finder.addPath(path);
+    lists.removeDuplicates(); // Standard input can be read once.
+    for (const QString& list : std::as_const(lists))
+        finder.addList(list);
+}
 
 CollectedSources collectSources(const QStringList& paths, QStringList lists, bool isRecursive)
 {
-    Collector collector(isRecursive);
-    for (const QString& path : paths)
-        collector.addPath(path);
-    lists.removeDuplicates(); // Standard input can be read once.
-    for (const QString& list : std::as_const(lists))
-        collector.addList(list);
+    Collector collector;
+    forEachSource(
+        paths, std::move(lists), isRecursive,
+        { .file = [&](const Source& source) { collector.add(source); },
+          .trouble = [&](const PathTrouble& trouble) { collector.found.troubles.append(trouble); },
+          .leftOut = [&](const QString& shown) { collector.found.leftOut.append(shown); } });
     return collector.take();
 }
 

@@ -17,7 +17,7 @@ engine/support < engine/threads < engine/files < engine/settings engine/log
 < engine/options < engine/image/pixels engine/image/deflate < engine/image/tiff
 < engine/image/metadata < engine/image/formats < engine/image/formats/png engine/image/formats/gif
 < engine/image/decode < engine/image/tiffwriter < engine/image/verify < engine/image < engine/preview FileItem
-< engine/sources < engine/plan < engine/job < filelist cli
+< engine/sources < engine/plan < engine/job < engine/fleet < filelist cli
 < mainwindow/widgets < mainwindow/desktop mainwindow/import < mainwindow/settings < mainwindow/state
 < mainwindow/list mainwindow/preview < mainwindow/load mainwindow/run < mainwindow
 """
@@ -68,7 +68,7 @@ def include_findings(path, name, qtcore_folders):
         return
     if path.suffix == ".h" and path.parts[0] == "engine" and CODEC_HEADER.match(name):
         yield f"a header of the engine includes the codec header {name}"
-    if (re.match(r"[Qq](?!pdf/)", name) and not is_core(name, qtcore_folders)
+    if (re.match(r"[Qq](?!pdf/|ueue$)", name) and not is_core(name, qtcore_folders)
             and (level < LEVEL["cli"] or part == "cli")):
         yield f"{name} is no header of Qt Core, which is all that {part} may use"
     if target not in (None, part):

@@ -1,12 +1,13 @@
 #include "engine/files/ChecksumFiles.h"
 #include "tests/engine/job/JobFixture.h"
 #include "tests/support/Testing.h"
+#include "tests/support/TiffBuilder.h"
+#include "tests/support/Validation.h"
 
 #include <QCryptographicHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 
 namespace {
 
@@ -14,27 +15,6 @@ QString hexOf(const QByteArray& bytes)
 {
     return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
 }
-
-/// What `command` says, when it fails, null when it is content; "skipped" when there is none such.
-QString complaintOf(const QString& command, const QStringList& words, const QString& folder = {})
-{
-    QProcess process;
-    process.setWorkingDirectory(folder);
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(command, words);
-    if (!process.waitForStarted())
-        return u"skipped"_s;
-    process.waitForFinished();
-    return process.exitCode() == 0 ? QString() : QString::fromUtf8(process.readAll());
-}
-
-const QString validator = uR"(import sys
-try:
-    import json, jsonschema
-except ImportError:
-    sys.exit("skipped")
-jsonschema.validate(*(json.load(open(name)) for name in sys.argv[1:]))
-)"_s;
 
 } // namespace
 
@@ -77,6 +57,22 @@ private slots:
         QCOMPARE(bytesOf(path), troubles.empty() ? after.toUtf8() : old);
     }
 
+    // Pages that another thread took over, and those that none did, told the other way round.
+    void tellsWhatWasTakenOver()
+    {
+        for (const QString& jobs : { u"outputType=0 jobs=1"_s, u"outputType=0 jobs=2"_s }) {
+            JobFixture fixture(u"a.tif:WW"_s, jobs);
+            writeTiff(fixture.folder.path(u"in/a.tif"_s), { "rgb", "jpeg smooth" });
+            fixture.run();
+            const std::deque<LogFile>& pages = fixture.job.log()->files.at(0)->logFiles;
+            QVERIFY(!pages.at(0).isTakenOver && pages.at(1).isTakenOver);
+            const QString path = fixture.job.log()->logFilePath();
+            QCOMPARE(bytesOf(path).count("TakenOver=\"yes\""), 1);
+            const QString fault = logComplaint(path);
+            QVERIFY2(fault.isNull() || fault == u"skipped", qPrintable(fault));
+        }
+    }
+
     // A digest of other bytes than those in place, a document that is cut off or of another form.
     void provesWhatIsInPlace_data()
     {
@@ -111,18 +107,14 @@ private slots:
             u"sha256sum"_s, { u"--check"_s, u"--strict"_s, u"--quiet"_s, u"SHA256SUMS"_s }, out);
         QVERIFY2(trouble.isNull() || trouble == u"skipped", qPrintable(trouble));
 
-        const QString docs = qEnvironmentVariable("PAGESTACK_SOURCE_DIR") + u"/docs/"_s;
-        const QString logFault = complaintOf(
-            u"xmllint"_s,
-            { u"--noout"_s, u"--schema"_s, docs + u"log.xsd"_s, fixture.job.log()->logFilePath() });
+        const QString logFault = logComplaint(fixture.job.log()->logFilePath());
         QVERIFY2(logFault.isNull() || logFault == u"skipped", qPrintable(logFault));
 
         const QString path = fixture.job.log()->logFilePath().chopped(4) + u".json"_s;
         const QJsonObject record = QJsonDocument::fromJson(bytesOf(path)).object();
         QCOMPARE(record[u"state"_s].toString(), state);
-        const QString schema = docs + u"record.schema.json"_s;
-        const QString fault = complaintOf(u"python3"_s, { u"-c"_s, validator, path, schema });
-        if (fault.contains(u"skipped"))
+        const QString fault = schemaComplaint(u"record.schema.json"_s, { path }, false);
+        if (fault == u"skipped")
             qInfo("the record is not validated: python3 has no jsonschema");
         else
             QVERIFY2(fault.isNull(), qPrintable(fault));

@@ -132,6 +132,20 @@ private slots:
         QVERIFY(document == documentOf(*m_log)); // it can be written again
     }
 
+    // Without a text memory stays bounded too, and what is known of the sources stays known.
+    void knowsOfErrorsWhenTheTextIsDropped()
+    {
+        m_log->setTextDropped(true);
+        for (std::size_t i = 0; i < 1200; ++i) {
+            m_log->files.push_back(std::make_shared<LogFiles>());
+            m_log->files.back()->hasErrors = i % 7 == 0;
+            m_log->putAside();
+        }
+        QVERIFY(m_log->files.size() <= 500);
+        for (std::size_t i = 0; i < 1200; ++i)
+            QCOMPARE(m_log->hasErrors(i), i % 7 == 0);
+    }
+
     void leavesOutWhatACodecSaysTooOften()
     {
         PageDiagnostics page;

@@ -1,6 +1,7 @@
 #include "engine/log/RunReport.h"
 
 #include "engine/log/Log.h"
+#include "tests/support/Angles.h"
 #include "tests/support/Testing.h"
 #include "tests/support/TextRows.h"
 
@@ -115,6 +116,22 @@ private slots:
         });
         QCOMPARE(rows, 2 * pages + 2 + 4); // heads of two tables, the totals
         QVERIFY(most < 100'000);
+    }
+
+    /// A ": " within a reason taken for the end of a path, and a path for a part of the reason.
+    void showsTroublesInTheLanguage_data()
+    {
+        addTextRows({ "trouble", "shown" }, R"(
+            the log could not be written: disk full | <the log could not be written: disk full>
+            /out: it is no TIFF file; its strips are too large | \
+                /out: <it is no TIFF file>; <its strips are too large>)");
+    }
+
+    void showsTroublesInTheLanguage()
+    {
+        QFETCH(const QString, trouble);
+        const Angles language;
+        QTEST(read(0, { { trouble }, {} }).tables.value(1).last().section(u'|', 2), "shown");
     }
 
     void leavesOtherFilesAlone()
