@@ -4,8 +4,11 @@
 #include "cli/Conversion.h"
 #include "cli/ExitCode.h"
 #include "cli/HelpText.h"
+#include "cli/MergeLogs.h"
 #include "cli/Options.h"
+#include "cli/PlanCommand.h"
 #include "cli/SystemLogLines.h"
+#include "cli/WatchCommand.h"
 #include "engine/files/PosixFile.h"
 #include "engine/options/Presets.h"
 #include "engine/support/Paths.h"
@@ -60,7 +63,7 @@ namespace {
     int carryOut(const Options& options, Console& console, SystemLogLines& systemLogLines,
                  int& argc, char* argv[])
     {
-        if (!options.converts()) {
+        if (!options.doesWork()) {
             console.print(options.wantsHelp          ? helpText()
                               : options.wantsVersion ? versionText()
                                                      : presetsText(console));
@@ -72,7 +75,18 @@ namespace {
             throw std::runtime_error("the system lets the program open too few files (ulimit -n)");
         const QCoreApplication application(argc, argv);
         systemLogLines.setVerbose(options.isVerbose);
-        return convert(options, console);
+        switch (options.command) {
+        case Command::Plan:
+            return printPlan(options, console);
+        case Command::MergeLogs:
+            return mergeLogs(options, console);
+        case Command::Watch:
+            return watchFolder(options, console);
+        case Command::Convert:
+        case Command::Run:
+            return convert(options, console);
+        }
+        return static_cast<int>(ExitCode::WrongUsage);
     }
 
 } // namespace
@@ -94,7 +108,8 @@ int runCommandLine(int argc, char* argv[])
         return static_cast<int>(ExitCode::WrongUsage);
     } catch (const std::exception& error) {
         console.trouble(QString::fromUtf8(error.what()));
-        return static_cast<int>(ExitCode::SomeFailed);
+        return static_cast<int>(isPassing(error.what()) ? ExitCode::TryAgain
+                                                        : ExitCode::SomeFailed);
     }
 }
 

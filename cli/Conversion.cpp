@@ -1,21 +1,25 @@
 #include "cli/Conversion.h"
 
 #include "cli/Console.h"
+#include "cli/EventStream.h"
+#include "cli/FailedSources.h"
+#include "cli/JobThread.h"
 #include "cli/LogCopy.h"
 #include "cli/Options.h"
+#include "cli/PlannedRun.h"
 #include "cli/Preflight.h"
 #include "cli/Report.h"
+#include "cli/RunSources.h"
 #include "engine/files/FileState.h"
+#include "engine/files/PosixFile.h"
 #include "engine/files/StagedFile.h"
+#include "engine/fleet/PlanFile.h"
 #include "engine/job/Process.h"
-#include "engine/sources/Sources.h"
+#include "engine/plan/ChosenPages.h"
 #include "engine/support/Application.h"
 #include "engine/support/Paths.h"
 #include "engine/support/Signals.h"
-#include "engine/threads/StopScope.h"
-#include "engine/threads/WorkerThread.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -34,23 +38,29 @@ namespace {
     class Conversion
     {
     public:
-        Conversion(const Options& options, Console& console)
+        /// `planned` is null without a plan.
+        Conversion(const Options& options, const PlannedRun* planned, Console& console)
             : m_options(options)
             , m_console(console)
             , m_settings(nullptr)
+            , m_work(options, planned, console)
+            , m_plan(planned ? planned->identity : QString(u""_s))
         {
         }
 
         int carryOut();
 
     private:
-        bool lookUpSources();
         void takeSettings();
-        void planOutputs();
+        void openState();
+        void startEvents(Process& job);
+        void showPlan(const RunPlan& plan);
+        void writeFailures();
+        void addFault(const QString& reason, const QString& file);
         void refuseInPlaceOfInput(const ReportFile& file) const;
-        void checkTargets();
+        QStringList checkedReports() const;
+        void checkTargets(const QStringList& others);
         void prepareLog(Process& job);
-        bool runOnThread(const std::function<void()>& work);
         void runJob(Process& job, Report& report);
         void tryReports(bool isFolderNew);
         void copyLog(Process& job);
@@ -62,58 +72,60 @@ namespace {
         /// program.
         std::optional<Signals> m_signals;
         Settings m_settings;
-        QList<Source> m_sources;
-        QList<OutputFile> m_outputs;
+        RunSources m_work;
+        const QString m_plan; ///< its identity; empty without one
+        std::optional<RunState> m_state;
+        std::optional<EventStream> m_events;
+        std::optional<FailedSources> m_failed;
         std::optional<LogCopy> m_logCopy;
-        int m_lostPaths = 0; ///< of the command line, that are no source
+        bool m_isNoted = true; ///< what is done, where it is to be
+        std::optional<bool> m_hasHazards; ///< of the outputs, once they are planned
         bool m_hasFailures = false;
+        bool m_isPassing = false; ///< one of these may be gone the next time
     };
 
     int Conversion::carryOut()
     {
-        if (!lookUpSources()) {
+        if (!m_work.lookUp()) {
             m_console.trouble(u"no source found"_s);
             return code(ExitCode::NoSource);
         }
         m_signals.emplace();
         try {
             takeSettings();
-            planOutputs();
-            checkTargets();
+            m_work.countPages();
+            m_work.nameOutputs(m_settings);
+            const QStringList others = checkedReports();
+            openState();
+            if (m_state)
+                m_work.leaveOutDone(*m_state, m_settings);
+            checkTargets(others);
         } catch (const OutputRefused& refusal) {
             m_console.trouble(QString::fromUtf8(refusal.what()));
             return code(ExitCode::OutputRefused);
         }
-        Process job(nullptr, [](const QString&) {
-            // The job waits here for the main thread after each source, so that results cannot pile
-            // up behind a slow reader.
-        });
+        if (m_options.isDryRun)
+            return code(m_hasFailures || m_work.hasFailures() ? ExitCode::SomeFailed
+                                                              : ExitCode::AllWritten);
+        // No time line, for which the job would wait for the main thread after each source.
+        Process job(nullptr, {});
         prepareLog(job);
-        Report report(m_options, m_sources, m_outputs, m_console);
+        Report report(m_options, m_work.sources(), m_work.outputs(), m_console);
+        startEvents(job);
         runJob(job, report);
         copyLog(job);
-        report.finish(job.message(), m_lostPaths, m_hasFailures);
-        const bool hasFailures = m_hasFailures || report.hasFailures() || m_console.isBroken();
-        return code(hasFailures ? ExitCode::SomeFailed : ExitCode::AllWritten);
-    }
-
-    bool Conversion::lookUpSources()
-    {
-        CollectedSources found
-            = collectSources(m_options.sources, m_options.pathLists, m_options.isRecursive);
-        for (const PathTrouble& trouble : found.troubles)
-            m_console.trouble(messageText({ .reason = trouble.reason }, trouble.shown));
-        m_lostPaths = static_cast<int>(found.troubles.size());
-        m_hasFailures = m_lostPaths > 0;
-        if (!found.leftOut.isEmpty())
-            m_console.trouble(leftOutText(found.leftOut));
-        if (m_options.isVerbose) {
-            for (const QString& duplicate : found.duplicates)
-                m_console.trouble(
-                    messageText({ .reason = u"named twice, converted once"_s }, duplicate));
-        }
-        m_sources = std::move(found.files);
-        return !m_sources.isEmpty();
+        writeFailures();
+        report.finish(job.message(), m_work.lostPaths(), m_hasFailures || m_work.hasFailures());
+        const bool hasFailures
+            = m_hasFailures || m_work.hasFailures() || report.hasFailures() || m_console.isBroken();
+        const bool isPassing
+            = m_isPassing || m_work.hasPassingFailures() || report.hasPassingFailures();
+        const int ended = code(!hasFailures    ? ExitCode::AllWritten
+                                   : isPassing ? ExitCode::TryAgain
+                                               : ExitCode::SomeFailed);
+        if (m_events)
+            m_events->end(ended);
+        return ended;
     }
 
     void Conversion::takeSettings()
@@ -124,37 +136,117 @@ namespace {
             m_settings.setOutputFolderPath(checkedOutputFolder(m_options.outputFolder));
     }
 
-    /// Counts the pages of every source.
-    void Conversion::planOutputs()
+    void Conversion::openState()
     {
-        const StopScope scope([] { return Signals::received() != 0; });
-        for (const Source& source : m_sources) {
-            if (Signals::received())
-                return;
-            OutputFile output { .filename = source.path, .fileItems = {} };
-            if (const auto item = FileItem::initWithURL(QUrl::fromLocalFile(source.path))) {
-                item->setFoundIn(source.foundIn);
-                item->setPageChoice(source.pageChoice);
-                output.fileItems.append(item);
-            }
-            m_outputs.append(output);
+        if (m_options.stateFile.isEmpty())
+            return;
+        try {
+            m_state.emplace(m_options.stateFile, m_plan,
+                            planHead(m_options, m_settings.outputFolderPath()).digest());
+        } catch (const std::runtime_error& error) {
+            if (isPassing(error.what()))
+                throw; // a state that is in use, say: worth another try
+            throw OutputRefused(QString::fromUtf8(error.what()));
         }
+    }
+
+    void Conversion::startEvents(Process& job)
+    {
+        m_failed.emplace(isKeptTogether(m_settings), m_work.choices());
+        m_failed->listenTo(job);
+        qint64 done = 0;
+        for (const RunSources::LeftOut& source : m_work.leftOut()) {
+            if (!source.reason.isNull())
+                m_failed->add(source.path);
+            done += source.pageCount;
+        }
+        if (done > 0 && !m_options.isQuiet)
+            m_console.result(u"%1 pages were done by a former run"_s.arg(done));
+        if (!m_state && !m_options.isJson)
+            return;
+        m_events.emplace(m_options.isJson, m_console, m_state ? &*m_state : nullptr,
+                         [this, &job](const QString& reason) {
+                             m_hasFailures = true;
+                             m_isPassing = m_isPassing || isPassing(reason.toStdString());
+                             m_console.trouble(reason);
+                             m_isNoted = false;
+                             job.stop();
+                         });
+        m_work.begin(*m_events, m_settings,
+                     planHead(m_options, m_settings.outputFolderPath()).digest());
+        job.setTakeEvent([this](const QJsonObject& event) { m_events->take(event); });
+    }
+
+    /// Of a file that is written besides the outputs.
+    void Conversion::addFault(const QString& reason, const QString& file)
+    {
+        m_hasFailures = true;
+        m_isPassing = m_isPassing || isPassing(reason.toStdString());
+        m_console.trouble(messageText({ .reason = reason }, file));
+    }
+
+    void Conversion::writeFailures()
+    {
+        if (m_options.failedFile.isEmpty())
+            return;
+        const QString fault = m_failed->save(m_options.failedFile);
+        if (fault.isNull())
+            return;
+        addFault(fault, m_options.failedFile);
+    }
+
+    /// For people: what would be written.
+    void Conversion::showPlan(const RunPlan& plan)
+    {
+        const bool isTogether = isKeptTogether(m_settings);
+        qsizetype pages = 0;
+        for (qsizetype i = 0; i < plan.outputs().size(); ++i) {
+            const OutputFile& output = plan.outputs().at(i);
+            const Source& source = m_work.sources().at(i);
+            const QString fault
+                = output.fileItems.isEmpty() ? QString() : output.fileItems.constFirst()->fault();
+            if (!fault.isEmpty()) {
+                m_hasFailures = true;
+                m_console.trouble(messageText({ .reason = fault }, source.shown));
+            }
+            QList<int> left;
+            for (const auto& item : output.fileItems)
+                left += chosenPages(*item, m_options.conversion.run);
+            pages += left.size();
+            for (const int page : isTogether && !left.isEmpty() ? QList<int> { 0 } : left) {
+                const QString name = plan.name({ i, page });
+                const bool isThere = !Process::isFreeTarget(plan.names().path(output, page));
+                m_console.result(u"%1 -> %2%3"_s.arg(
+                    page == 0 ? source.shown : u"%1[%2]"_s.arg(source.shown).arg(page),
+                    shownTarget(source, output, name, m_options),
+                    isThere ? u" (exists)"_s : QString()));
+                if (isTogether)
+                    break;
+            }
+        }
+        m_console.result(
+            u"%1 pages of %2 sources, nothing was written"_s.arg(pages).arg(plan.outputs().size()));
     }
 
     void Conversion::refuseInPlaceOfInput(const ReportFile& file) const
     {
         const std::optional<FileIdentity> there = fileIdentity(QFile::encodeName(file.target));
-        for (const Source& source : m_sources)
+        for (const Source& source : m_work.sources())
             if (there && there == fileIdentity(QFile::encodeName(source.path)))
                 throw OutputRefused(
                     u"%1 is a source, which the %2 would replace"_s.arg(source.shown, file.what));
+        if (!m_options.planFile.isEmpty() && there
+            && there == fileIdentity(QFile::encodeName(m_options.planFile)))
+            throw OutputRefused(
+                u"%1 is the plan, which the %2 would replace"_s.arg(m_options.planFile, file.what));
         for (const QString& list : m_options.pathLists)
             if (there && list != u"-" && there == fileIdentity(QFile::encodeName(list)))
                 throw OutputRefused(
                     u"%1 is a list of sources, which the %2 would replace"_s.arg(list, file.what));
     }
 
-    void Conversion::checkTargets()
+    /// The paths of all that is written besides the outputs.
+    QStringList Conversion::checkedReports() const
     {
         QStringList others;
         for (const ReportFile& file : reportFiles(m_options)) {
@@ -169,22 +261,32 @@ namespace {
                                                                                       file.what));
             others.append(file.target);
         }
+        return others;
+    }
+
+    void Conversion::checkTargets(const QStringList& others)
+    {
         if (Signals::received())
             return tryReports(false);
-        const RunPlan plan(m_outputs, m_settings, m_options.conversion.run,
+        const RunPlan plan(m_work.outputs(), m_settings, m_options.conversion.run,
                            m_options.onExists == OnExists::Number ? RunPlan::Numbering::Taken
                                                                   : RunPlan::Numbering::None,
                            others, [] { return Signals::received() == 0; });
-        m_outputs = plan.outputs();
-        const TargetFindings found = findingsOf(plan, m_sources, m_options);
+        m_work.setOutputs(plan.outputs());
+        m_hasHazards = plan.hasHazards();
+        const TargetFindings found = findingsOf(plan, m_work.sources(), m_options, m_work.own());
         const bool isRefused = found.refusals.count() > 0;
         for (const QString& line : (isRefused ? found.refusals : found.warnings).lines())
             m_console.trouble(line);
         if (m_options.isVerbose && !isRefused)
             for (const QString& remark : plan.remarks())
                 m_console.trouble(remark);
+        if (m_options.isDryRun)
+            showPlan(plan);
         if (isRefused)
             throw OutputRefused(u"nothing was written; --output and --on-exists may help"_s);
+        if (m_options.isDryRun)
+            return;
         const QString folder = m_settings.outputFolderPath();
         const bool isFolderNew = !folder.isEmpty() && !QFileInfo(folder).isDir();
         if (!folder.isEmpty())
@@ -198,40 +300,45 @@ namespace {
         const bool isPossible = m_options.leavesLog && createApplicationUsersFolder(u""_s, &fault)
             && createApplicationUsersFolder(u"Logs"_s, &fault);
         job.log()->setStored(isPossible);
+        job.log()->setTextDropped(!isPossible && m_options.logFile.isEmpty()
+                                  && m_options.reportFile.isEmpty());
         if (m_options.leavesLog && !isPossible)
             m_console.trouble(u"the folder for the log cannot be made: %1"_s.arg(fault));
-    }
-
-    /// Until `work` is done. False, at once, when the system has no thread for it.
-    bool Conversion::runOnThread(const std::function<void()>& work)
-    {
-        WorkerThread worker(work);
-        QObject::connect(&worker, &QThread::finished, qApp, &QCoreApplication::quit,
-                         Qt::QueuedConnection);
-        worker.start();
-        if (!worker.isRunning() && !worker.isFinished())
-            return false;
-        QCoreApplication::exec();
-        worker.wait();
-        return true;
     }
 
     void Conversion::runJob(Process& job, Report& report)
     {
         report.listenTo(job);
-        job.setOutputFiles(m_outputs);
+        job.setOutputFiles(m_work.outputs());
         job.setSettings(&m_settings);
-        job.setJobs(m_options.jobs);
+        job.setJobs(askedJobs(m_options));
+        if (m_hasHazards)
+            job.setHazards(*m_hasHazards);
         job.setRunOptions(m_options.conversion.run);
         job.setRecordFile(m_options.recordFile);
         if (!m_options.reportFile.isEmpty())
             job.setReport(m_options.reportFile);
         job.setKeepsExisting(m_options.onExists != OnExists::Overwrite);
-        job.setTotalFileSelected(static_cast<int>(m_outputs.size()));
+        job.setTotalFileSelected(static_cast<int>(m_work.outputs().size()));
+        job.setReplaceable(m_work.own());
+        job.setProven(m_work.proven());
         if (m_options.onExists == OnExists::Skip)
-            job.setTargetFilter(Process::isFreeTarget);
+            job.setTargetFilter([this](const QString& path) {
+                return m_work.own().contains(path) || Process::isFreeTarget(path);
+            });
+        if (m_options.mostFailures > 0)
+            QObject::connect(
+                &job, &Process::totalFileProcessedChanged, &job,
+                [this, &job] {
+                    if (m_failed->count() < m_options.mostFailures || !job.isCombining())
+                        return;
+                    m_console.trouble(u"the run ends here, since %1 sources have failed"_s.arg(
+                        m_failed->count()));
+                    job.stop();
+                },
+                Qt::DirectConnection);
         QObject::connect(&*m_signals, &Signals::interrupted, &job, &Process::stop);
-        job.setIsCombining(Signals::received() == 0);
+        job.setIsCombining(Signals::received() == 0 && m_isNoted);
 
         std::atomic<bool> endedBadly = false;
         const auto work = [&] {
@@ -258,6 +365,7 @@ namespace {
         if (endedBadly)
             m_console.trouble(u"the run was ended by an unknown error"_s);
         m_hasFailures = m_hasFailures || isCutShort || endedBadly;
+        m_isPassing = m_isPassing || (isCutShort && isPassing(job.failure().toStdString()));
     }
 
     /// Before anything is written. A folder that was made for the output goes again.
@@ -269,8 +377,10 @@ namespace {
             m_logCopy.emplace(m_options.logFile, m_console);
             fault = m_logCopy->tryOut();
         }
-        for (const auto& [name, file] : { std::pair(u"record"_s, m_options.recordFile),
-                                          std::pair(u"report"_s, m_options.reportFile) }) {
+        for (const auto& [name, file] :
+             { std::pair(u"record"_s, m_options.recordFile),
+               std::pair(u"report"_s, m_options.reportFile),
+               std::pair(u"list of failures"_s, m_options.failedFile) }) {
             if (!fault.isNull() || file.isEmpty())
                 continue;
             what = name + u' ' + file;
@@ -294,8 +404,7 @@ namespace {
         const QString fault = m_logCopy->write(job);
         if (fault.isNull())
             return;
-        m_hasFailures = true;
-        m_console.trouble(messageText({ .reason = fault }, m_options.logFile));
+        addFault(fault, m_options.logFile);
     }
 
     int Conversion::code(ExitCode ended) const
@@ -309,7 +418,11 @@ namespace {
 
 int convert(const Options& options, Console& console)
 {
-    return Conversion(options, console).carryOut();
+    if (options.command != Command::Run)
+        return Conversion(options, nullptr, console).carryOut();
+    const PlannedRun planned = readPlannedRun(options);
+    const Options settled = withPlan(options, planned.head);
+    return Conversion(settled, &planned, console).carryOut();
 }
 
 } // namespace pagestack

@@ -9,6 +9,8 @@ enum class ExitCode {
     WrongUsage = 2,
     NoSource = 3,
     OutputRefused = 4, ///< nothing was written
+    TryAgain
+    = 75, ///< as SomeFailed, but some of it may work the next time: EX_TEMPFAIL of sysexits.h
 };
 
 } // namespace pagestack

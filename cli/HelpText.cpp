@@ -32,7 +32,9 @@ namespace {
     {
         const QString shortForm = row.shortName ? u"-%1, "_s.arg(QChar(row.shortName)) : QString();
         const QString value = row.takesValue() ? u' ' + row.value : QString();
-        return u"  "_s + shortForm + u"--"_s + row.longName + value + u'\n' + wrapped(row.meaning);
+        return u"  "_s + shortForm + u"--"_s + row.longName + value + u'\n'
+            + wrapped(row.isFor(Command::Convert) ? row.meaning
+                                                  : u"(%1) "_s.arg(commandsOf(row)) + row.meaning);
     }
 
 } // namespace
@@ -50,12 +52,16 @@ QString helpText()
         the paths that another program prints, without replacing anything
 
 Usage: pagestack-convert [options] SOURCE...
+       pagestack-convert COMMAND [options] ...
 
 A SOURCE is a TIFF file, or a folder: its files that end in .tif, .TIF, .tiff or
 .TIFF. Hidden files are left out. '--' ends the options.
 
-Options:
+Commands (a source of such a name is given as ./NAME):
 )"_s;
+    for (const CommandName& name : commandNames())
+        text += u"  %1 %2\n"_s.arg(name.word, name.operands) + wrapped(name.meaning);
+    text += u"\nOptions:\n"_s;
     for (const OptionRow& row : optionTable())
         text += described(row);
     return text + uR"(
@@ -63,6 +69,7 @@ Exit codes:
   0  everything was written    3  no source was found
   1  some page or file failed  4  output refused, nothing was written
   2  wrong usage
+  75  some failed by what may pass, such as a full disk: worth another try
   129, 130, 143  cancelled by SIGHUP, SIGINT, SIGTERM
 )"_s;
 }

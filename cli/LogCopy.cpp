@@ -76,9 +76,19 @@ QString LogCopy::write(Process& job)
         if (m_stream < 0 && !isStandardOutput(m_name)) {
             const QString target = QFile::decodeName(StagedFile::resolvedTarget(m_name));
             job.removeLeftovers(folderPart(target));
-            return job.log()->saveTo(m_name);
         }
-        job.log()->writeTo([this](const QByteArray& text) {
+        return write(*job.log());
+    } catch (const std::exception& error) {
+        return QString::fromUtf8(error.what());
+    }
+}
+
+QString LogCopy::write(const Log& log)
+{
+    try {
+        if (m_stream < 0 && !isStandardOutput(m_name))
+            return log.saveTo(m_name);
+        log.writeTo([this](const QByteArray& text) {
             const int error = m_stream < 0 ? m_console.putBytes(text) : writeAll(m_stream, text);
             if (error != 0)
                 throw std::runtime_error(errorText(error).toStdString());

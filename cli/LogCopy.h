@@ -5,6 +5,7 @@
 namespace pagestack {
 
 class Console;
+class Log;
 class Process;
 
 /// The copy of the log that the command line asks for: a file, standard output, or a pipe or device
@@ -27,6 +28,7 @@ public:
 
     /// Writes the log of the job, which has ended. Null, or the reason why it cannot be written.
     QString write(Process& job);
+    QString write(const Log& log);
 
 private:
     QString m_name;

@@ -25,13 +25,22 @@ namespace {
 
         Options parse()
         {
+            for (const CommandName& name : commandNames())
+                if (!m_words.isEmpty() && m_words.first() == name.word) {
+                    m_options.command = name.command;
+                    m_next = 1;
+                }
+            if (m_options.command == Command::Watch) {
+                m_options.onExists = OnExists::Number;
+                m_options.leavesLog = false; // of each little run
+            }
             while (m_next < m_words.size())
                 takeWord(m_words.at(m_next++));
             for (const auto& [row, value] : m_given)
                 if (conversionOption(row->longName) != nullptr) // which override the preset
                     row->apply(m_options, *row, value);
             settleRecord();
-            if (m_options.converts())
+            if (m_options.doesWork())
                 refuseIdleOptions();
             return m_options;
         }
@@ -70,6 +79,11 @@ namespace {
 
         void take(const OptionRow& row, const QString& value)
         {
+            if (!row.isFor(m_options.command))
+                throw UsageError(u"option --%1 has no place %2"_s.arg(
+                    row.longName,
+                    m_options.command == Command::Convert ? u"in a conversion"_s
+                                                          : u"behind "_s + m_words.first()));
             m_given.emplace_back(&row, value);
             if (conversionOption(row.longName) == nullptr)
                 row.apply(m_options, row, value);
@@ -146,7 +160,52 @@ namespace {
         std::vector<std::pair<const OptionRow*, QString>> m_given; ///< in their order
     };
 
+    void refuseOddOperands(const Options& options)
+    {
+        const bool hasSources = !options.sources.isEmpty() || !options.pathLists.isEmpty();
+        const bool isMerged = options.command == Command::MergeLogs;
+        if ((options.command == Command::Run || isMerged) && options.planFile.isEmpty())
+            throw UsageError(u"option --plan is missing"_s);
+        if (options.command == Command::Run && hasSources)
+            throw UsageError(u"the sources of a run are those of its plan"_s);
+        if (isMerged && (options.sources.isEmpty() || !options.pathLists.isEmpty()))
+            throw UsageError(options.sources.isEmpty() ? u"no STATE is given"_s
+                                                       : u"a STATE is a file, not '-'"_s);
+        if (options.command != Command::Run && !hasSources)
+            throw UsageError(u"no SOURCE is given"_s);
+        if (options.command == Command::Watch
+            && (options.sources.size() != 1 || options.outputFolder.isEmpty()))
+            throw UsageError(options.outputFolder.isEmpty() ? u"option --output is missing"_s
+                                                            : u"one folder can be watched"_s);
+        if (options.command == Command::Plan && options.onExists == OnExists::Number)
+            throw UsageError(
+                u"a plan cannot number outputs, as its names do not depend on what is there"_s);
+        if (!options.stateFile.isEmpty() && options.onExists == OnExists::Number
+            && options.command != Command::Watch)
+            throw UsageError(u"options --resume and --on-exists number exclude each other"_s);
+        if (options.isJson && options.isVerbose)
+            throw UsageError(u"options -v and --json exclude each other"_s);
+        if (options.isJson && LogCopy::isStandardOutput(options.logFile))
+            throw UsageError(
+                u"options --json and --log %1 exclude each other"_s.arg(options.logFile));
+    }
+
 } // namespace
+
+const std::vector<CommandName>& commandNames()
+{
+    static const std::vector<CommandName> names {
+        { u"plan"_s, Command::Plan, u"SOURCE..."_s,
+          u"prints a plan: each source with its pages and the names of its outputs"_s },
+        { u"run"_s, Command::Run, u"--plan FILE"_s,
+          u"converts the sources of a plan, or a part of them"_s },
+        { u"merge-logs"_s, Command::MergeLogs, u"--plan FILE STATE..."_s,
+          u"says whether all of a plan was done exactly once, by the states of its runs"_s },
+        { u"watch"_s, Command::Watch, u"FOLDER -o DIR"_s,
+          u"converts what comes into a folder, and moves it to its sub-folder 'done' or 'failed'"_s },
+    };
+    return names;
+}
 
 Options parseOptions(const QStringList& words)
 {
@@ -158,16 +217,18 @@ Options parseOptions(const QStringList& words)
             throw UsageError(u"options -v and --log %1 exclude each other"_s.arg(options.logFile));
         options.isQuiet = true; // what is read by another program holds the log alone
     }
+    options.isQuiet = options.isQuiet || options.isJson;
     exampleName(options.conversion); // refuses a pattern that gives none
     for (const auto& [what, file] :
-         { std::pair(u"record"_s, options.recordFile), std::pair(u"report"_s, options.reportFile) })
+         { std::pair(u"record"_s, options.recordFile), std::pair(u"report"_s, options.reportFile),
+           std::pair(u"resume"_s, options.stateFile), std::pair(u"failed"_s, options.failedFile) })
         if (LogCopy::isStandardOutput(file))
             throw UsageError(u"option --%1 takes no '%2': the %1 is a file"_s.arg(what, file));
     if (options.conversion.run.writesRecord && options.recordFile.isEmpty() && !options.leavesLog)
         throw UsageError(
             u"option --keep-record has no effect with --no-log; --record names a file"_s);
-    if (options.converts() && options.sources.isEmpty() && options.pathLists.isEmpty())
-        throw UsageError(u"no SOURCE is given"_s);
+    if (options.doesWork())
+        refuseOddOperands(options);
     return options;
 }
 

@@ -37,6 +37,8 @@ QList<ReportFile> reportFiles(const Options& options)
     add(u"log"_s, options.logFile);
     add(u"report"_s, options.reportFile);
     add(u"record"_s, options.recordFile);
+    add(u"state"_s, options.stateFile);
+    add(u"list of failures"_s, options.failedFile);
     return files;
 }
 
@@ -58,7 +60,8 @@ QString checkedOutputFolder(const QString& folder)
 
 void makeOutputFolder(const QString& path)
 {
-    if (!QFileInfo(path).isDir() && !QDir().mkdir(path))
+    // Another part of the run may make it meanwhile.
+    if (!QFileInfo(path).isDir() && !QDir().mkdir(path) && !QFileInfo(path).isDir())
         throw OutputRefused(u"output folder %1 cannot be made"_s.arg(path));
 }
 
@@ -75,7 +78,8 @@ QStringList Findings::lines() const
     return m_first + QStringList { u"and %1 more"_s.arg(m_count - shownFindings) };
 }
 
-TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources, const Options& options)
+TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources, const Options& options,
+                          const QSet<QString>& own)
 {
     const auto shown = [&](const PlannedTarget& target) {
         return shownTarget(sources.at(target.output), plan.outputs().at(target.output),
@@ -101,7 +105,8 @@ TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources, con
     }
     if (options.onExists == OnExists::Error)
         for (const PlannedTarget& target : plan.existing())
-            found.refusals.add(u"%1 exists already"_s.arg(shown(target)));
+            if (!own.contains(plan.names().path(plan.outputs().at(target.output), target.page)))
+                found.refusals.add(u"%1 exists already"_s.arg(shown(target)));
     if (options.onExists == OnExists::Overwrite)
         for (const PlannedTarget& target : plan.writeProtected())
             found.warnings.add(u"%1 is write-protected and is kept as it is"_s.arg(shown(target)));

@@ -4,6 +4,7 @@
 #include "engine/sources/Sources.h"
 
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -63,9 +64,9 @@ struct TargetFindings
 };
 
 /// Tells what `plan` found, as far as `options` ask for it. Its outputs belong to `sources` one by
-/// one.
-TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources,
-                          const Options& options);
+/// one; the files `own` may be replaced.
+TargetFindings findingsOf(const RunPlan& plan, const QList<Source>& sources, const Options& options,
+                          const QSet<QString>& own = {});
 
 /// The path of the target `name` of `source`, whose `output` is planned, as the user knows it.
 QString shownTarget(const Source& source, const OutputFile& output, const QString& name,

@@ -2,6 +2,7 @@
 
 #include "cli/Console.h"
 #include "cli/Preflight.h"
+#include "engine/files/PosixFile.h"
 #include "engine/plan/ChosenPages.h"
 #include "engine/support/Paths.h"
 
@@ -124,9 +125,12 @@ void Report::addDiagnostic(const Diagnostic& diagnostic)
 {
     if (diagnostic.severity == Diagnostic::Severity::Error) {
         m_hasFailures = true;
+        m_hasPassingFailures = m_hasPassingFailures || isPassing(diagnostic.reason.toStdString());
         m_hasSourceFailed = m_hasSourceFailed || diagnostic.page == 0;
     }
-    m_console.trouble(messageText(diagnostic, shown(diagnostic.sourcePath)));
+    const QString line = messageText(diagnostic, shown(diagnostic.sourcePath));
+    if (!m_isPrinted || m_isPrinted(diagnostic.sourcePath, line))
+        m_console.trouble(line);
 }
 
 QString Report::shown(const QString& sourcePath) const
@@ -170,8 +174,10 @@ void Report::skipFile(const QString&, const QString&, int pages)
 void Report::endSource(int processed)
 {
     const qsizetype place = processed - 1;
-    if (!m_options.isQuiet)
-        m_console.result(resultText(m_sources.at(place).shown, m_counts));
+    const Source& source = m_sources.at(place);
+    const QString line = resultText(source.shown, m_counts);
+    if (!m_options.isQuiet && (!m_isPrinted || m_isPrinted(source.path, line)))
+        m_console.result(line);
     m_total.pages.gathered += m_counts.gathered;
     m_total.pages.written += m_counts.written;
     m_total.pages.failed += m_counts.failed;

@@ -11,6 +11,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <functional>
 
 namespace pagestack {
 
@@ -61,6 +62,10 @@ public:
 
     void listenTo(const Process& job);
 
+    /// Asked before a line about a source is printed.
+    using Filter = std::function<bool(const QString& sourcePath, const QString& line)>;
+    void setFilter(const Filter& isPrinted) { m_isPrinted = isPrinted; }
+
     void endProgress();
 
     /// Prints the final message of the job, unless that speaks of success and there was none, and
@@ -69,6 +74,8 @@ public:
 
     /// Whether a page or a source failed so far.
     bool hasFailures() const { return m_hasFailures; }
+    /// Whether one of these may work the next time.
+    bool hasPassingFailures() const { return m_hasPassingFailures; }
 
 private:
     void addDiagnostic(const Diagnostic& diagnostic);
@@ -93,6 +100,8 @@ private:
     int m_pagesInHand = 0; ///< of it, dealt with
     int m_pagesBefore = 0; ///< of the sources before it
     bool m_hasFailures = false;
+    bool m_hasPassingFailures = false;
+    Filter m_isPrinted; ///< none: all are
 };
 
 } // namespace pagestack

@@ -79,6 +79,57 @@ a.tif:WW | -q a.tif -f tiff -o new | 0 LOG new/ new/a.tiff[1/1,2/1]
 b.tif:W a.tif:WWWWWWWWWWWW a1.jpg>none a2.jpg a3.jpg a4.jpg a5.jpg a6.jpg a7.jpg a8.jpg a9.jpg \
     a10.jpg a11.jpg a12.jpg | b.tif a.tif | ! a1.jpg exists already / ! a2* / ! a3* / ! a4* \
     / ! a5* / ! a6* / ! a7* / ! a8* / ! a9* / ! a10* / ! and 2 more / ! nothing was written; * / 4
+a.tif:WW b.tif:W out/a2.bmp | --dry-run -f bmp -o out a.tif b.tif none.tif --on-exists skip \
+    | a.tif[1] -> out/a1.bmp / a.tif[2] -> out/a2.bmp (exists) / b.tif[1] -> out/b1.bmp \
+    / 3 pages of 2 sources, nothing was written / ! none.tif: no such file or folder / 1
+a.tif:W | --dry-run -f tiff -o new a.tif \
+    | a.tif -> new/a.tiff / 1 pages of 1 sources, nothing was written / 0
+a.tif:WBWB b.tif c.tif:W | sh '%1' -q --no-log --failed f a.tif b.tif c.tif; sed 's,.*/,,' f; rm f \
+    | a.tif	2,4 / b.tif / ! a.tif[2]: * / ! a.tif[4]: * / ! b.tif: * / 0 a1.jpg a3.jpg c1.jpg
+a.tif:WB | sh '%1' -q --no-log --failed f -f tiff a.tif; sed 's,.*/,,' f; rm f a.tiff \
+    | a.tif / ! a.tif[2]: * / 0
+a.tif:B b.tif:W c.tif:B d.tif:W | -q --no-log --max-failures 2 a.tif b.tif c.tif d.tif \
+    | ! a.tif[1]: * / ! c.tif[1]: * / ! the run ends here, since 2 sources have failed / 1 b1.jpg
+a.tif:W | sh '%1' a.tif --no-log --json >/dev/full | ! standard output: No space * / 1 a1.jpg
+a.tif:W | sh '%1' plan a.tif >/dev/full | ! the plan cannot be written: No space left on device / 75
+a.tif:W b.tif | sh '%1' plan a.tif b.tif >p; echo $?; grep -c . p; head -c 300 p >q; '%1' run --plan q; \
+    rm p q | 1 / 4 / ! b.tif: it is no TIFF file / ! q: it is no plan, or one that is cut off / 0
+x/a.tif:W y/a.tif:W | plan x y -o out | ! /* / ! there is no * / 4
+x/a.tif:WW x/a1.tiff:W | plan x -f tiff --split \
+    | ! /* / ! there is no plan; * / 4
+a.tif:WWWWWWWWWW b.tif:W | sh '%1' plan -f bmp -o out a.tif b.tif --name '{n}' >p; for i in 0 1 2; do \
+    '%1' run --plan p --shard $i/3 --no-log >o; head -n 1 o; done; rm o p | a.tif: 3 pages written \
+    / a.tif: 4 pages written / a.tif: 3 pages written / 0 out/ out/1.bmp out/10.bmp out/11.bmp \
+    out/2.bmp out/3.bmp out/4.bmp out/5.bmp out/6.bmp out/7.bmp out/8.bmp out/9.bmp
+a.tif:WW b.tif:W | sh '%1' plan a.tif b.tif >p; rm b.tif; '%1' run --plan p --no-log -q; \
+    '%1' run --plan p --shard 3/3; '%1' run --plan p b.tif; rm p \
+    | ! b.tif: it was planned, and is not there / ! shard index '3' is no number from 0 to 2; * \
+    / ! the sources of a run are those of its plan; * / 0 a1.jpg a2.jpg -b.tif
+a.tif:W | sh flock s '%1' -q --no-log --resume s a.tif; echo $?; rm s | 75 / ! the state s is * / 0
+a.tif:WWW l | sh printf 'a.tif\t3\na.tif\t2\n' >l; '%1' plan --files-from l >p; echo $?; \
+    printf 'a.tif\t9\n' >l; '%1' plan --files-from l >p; '%1' run --plan p --no-log -q; echo $?; rm p l \
+    | 1 / 1 / ! a.tif: named twice with different pages; * / ! a.tif: page 9 asked for, the file has 3 \
+    / ! a.tif: page 9 asked for, the file has 3 / 0 -l
+a.tif:WW a1.jpg | sh printf '{"type":"run","format":1,"plan":"","options":"x"}\n' >s; \
+    '%1' -q --no-log --resume s a.tif; echo $?; rm s | 4 / ! the state s is that of another plan * / 0
+a.tif:WW | sh '%1' plan a.tif -o out >p; chmod 0 a.tif; touch -d 2001-01-01 a.tif; \
+    '%1' run --plan p --resume s --no-log -q; echo $?; rm -r out; mkdir out; echo mine >out/a2.jpg; \
+    '%1' run --plan p --resume s --no-log -q; echo $?; cat out/a2.jpg; rm p s | 1 / 1 / mine \
+    / ! a.tif: it has changed since it was planned / ! a.tif: it has changed since it was planned / 0 out/ out/a2.jpg
+a.tif:WW b.tif:W | sh cp a.tif t; '%1' -q --no-log --resume a.tif b.tif; '%1' -q --no-log --failed a.tif a.tif; \
+    cmp a.tif t; rm t | ! the state a.tif is none: * / ! a.tif is a source, which the list of failures would replace / 0
+a.tif:WW b.tif:W | sh '%1' -q --no-log --resume s --checksums a.tif; rm SHA256SUMS; \
+    '%1' -q --no-log --resume s --checksums a.tif b.tif; grep -c . SHA256SUMS; rm s SHA256SUMS | 3 / 0 a1.jpg a2.jpg b1.jpg
+a.tif:WWW | sh for i in 1 2; do '%1' -q --no-log --resume s -f tiff --on-exists overwrite a.tif -o .; done; \
+    grep -c '"begin"' s; rm s | 1 / 0 a.tiff[1/1,2/1,3/1]
+a.tif:WBW | sh '%1' -q --no-log --failed f -f tiff --pages 2-3 a.tif; sed 's,.*/,,' f; rm f a.tiff \
+    | a.tif	2-3 / ! a.tif[2]: * / 0
+a.tif:WW | sh '%1' -q --no-log --resume s a.tif; rm a2.jpg; mkfifo a2.jpg; \
+    '%1' -q --no-log --resume s a.tif; echo $?; rm s a2.jpg | 1 \
+    / ! /* / ! a.tif[2]: what is there is no regular file / 0 a1.jpg
+a.tif:W | -q --resume /dev/zero a.tif | ! the state /dev/zero is no regular file / 4
+a.tif:WB out/a3.jpg | sh for i in 1 2; do '%1' -q --no-log --resume s -o out a.tif; echo $?; done; rm s \
+    | 1 / 1 / ! a.tif[2]: * / ! a.tif[2]: * / 0 out/a1.jpg
 x/a.tif:WWWWWWWWWWW y/a1.tif:W | -r x y -o out --on-exists overwrite \
     | ! out/a11.jpg is wanted by x/a.tif and by y/a1.tif / ! nothing was written; * / 4
 x/a.tif:WWWWWWWWWWW y/a1.tif:W | -r x y -o out --on-exists skip \
@@ -132,7 +183,7 @@ a.tif:W | sh '%1' a.tif --no-log --log - >o; sed -n '1p;$p' o; rm o | <?xml * / 
 a.tif:W | sh mkfifo p; cat p >copy & '%1' -q a.tif --no-log --log p && wait && tail -n1 copy; \
     rm p | </Log> / 0 a1.jpg copy
 a.tif:W | a.tif --no-log --log /dev/full \
-    | a.tif: 1 page written / 1 page of 1 source written / ! /dev/full: * / 1 a1.jpg
+    | a.tif: 1 page written / 1 page of 1 source written / ! /dev/full: * / 75 a1.jpg
 a.tif:W | sh exec '%1' a.tif --no-log >/dev/full | ! standard output: * / 1 a1.jpg
  | sh exec '%1' --help >/dev/full | ! standard output: * / 1
 a.tif:W data | -q a.tif | ! * / 0 a1.jpg

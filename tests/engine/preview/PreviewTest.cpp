@@ -6,7 +6,10 @@
 
 #include <tiffio.h>
 
+#include <array>
 #include <atomic>
+#include <ctime>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace {
@@ -85,6 +88,33 @@ QString faultOf(const PagePicture& picture, const TestPage& page, QSize upright)
     return {};
 }
 
+QByteArray bytesIn(ByteFile& file)
+{
+    QByteArray bytes(static_cast<qsizetype>(file.size()), Qt::Uninitialized);
+    file.readAt(0, { reinterpret_cast<std::uint8_t*>(bytes.data()), file.size() });
+    return bytes;
+}
+
+/// Of a picture that shows `region` at its full size, the samples of one that shows `part` of that
+/// with boxes of `side` pixels.
+std::vector<std::uint8_t> meansOf(const PagePicture& all, const QRect& part, int side)
+{
+    std::vector<std::uint8_t> means;
+    for (int y = part.top(); y <= part.bottom(); y += side)
+        for (int x = part.left(); x <= part.right(); x += side)
+            for (int c = 0; c < all.channels; ++c) {
+                int sum = 0;
+                for (int i = 0; i < side * side; ++i) {
+                    const QPoint at = QPoint(x + i % side, y + i / side) - all.region.topLeft();
+                    sum += all.samples.at(static_cast<std::size_t>(
+                        (at.y() * all.size.width() + at.x()) * all.channels + c));
+                }
+                means.push_back(
+                    static_cast<std::uint8_t>((2 * sum + side * side) / (2 * side * side)));
+            }
+    return means;
+}
+
 class PreviewTest : public QObject
 {
     Q_OBJECT
@@ -102,10 +132,13 @@ private slots:
     void picturesAreTheMeansOfBoxes();
     void damagedPagesSayWhatIsWrong();
     void aStopIsSeenBetweenBands();
+    void leftFoldersAreRemoved();
     void openFilesAreThoseOfNow();
     void factsAreThoseOfTheUprightPage();
     void resultsHaveTheBytesOfARun_data();
     void resultsHaveTheBytesOfARun();
+    void partsOfResultsLieWhereTheyAre_data();
+    void partsOfResultsLieWhereTheyAre();
     void partsOfLargePagesAreEstimated();
 };
 
@@ -220,6 +253,39 @@ void PreviewTest::aStopIsSeenBetweenBands()
     QCOMPARE(namesIn(path(u"tmp"_s)), QStringList());
 }
 
+/// Catches disks that fill with what killed programs have left, and the loss of what others own.
+void PreviewTest::leftFoldersAreRemoved()
+{
+    const QByteArray temporary = qgetenv("TMPDIR");
+    qputenv("TMPDIR", QFile::encodeName(path(u"tmp"_s)));
+    const auto back = qScopeGuard([&] { qputenv("TMPDIR", temporary); });
+    const auto folder = [&](const QString& name, int mode, bool isOld) {
+        const QString made = path(u"tmp/"_s + name);
+        QVERIFY(QDir().mkpath(made));
+        putBytes(made + u"/.pagestack-1-1.part"_s, "left");
+        if (name.endsWith(u"others"_s))
+            putBytes(made + u"/mine.txt"_s, "kept");
+        QVERIFY(::chmod(QFile::encodeName(made).constData(), static_cast<mode_t>(mode)) == 0);
+        const timespec then { isOld ? 1000 : ::time(nullptr), 0 };
+        const std::array times { then, then };
+        QVERIFY(::utimensat(AT_FDCWD, QFile::encodeName(made).constData(), times.data(), 0) == 0);
+    };
+    folder(u".pagestack-compare-killed"_s, 0700, true);
+    folder(u".pagestack-compare-others"_s, 0700, true);
+    folder(u".pagestack-compare-opened"_s, 0755, true);
+    folder(u".pagestack-compare-justMd"_s, 0700, false);
+    folder(u".pagestack-compare-longer1"_s, 0700, true);
+    folder(u"pagestack-output"_s, 0700, true); // a user's
+    QVERIFY(QDir().mkpath(path(u"elsewhere"_s)));
+    QVERIFY(QFile::link(path(u"elsewhere"_s), path(u"tmp/.pagestack-compare-linked"_s)));
+    writeTiff(path(u"a.tif"_s), { TestPage() });
+    resultSample(open(u"a.tif"_s), 0, {}, {}, never);
+    QCOMPARE(namesIn(path(u"tmp"_s)).join(u' '),
+             u".pagestack-compare-justMd .pagestack-compare-linked .pagestack-compare-longer1 "
+             ".pagestack-compare-opened .pagestack-compare-others pagestack-output"_s);
+    QCOMPARE(namesIn(path(u"tmp/.pagestack-compare-others"_s)).join(u' '), u"mine.txt"_s);
+}
+
 /// Catches old pages of a file that was replaced, and waiting for a pipe's other end.
 void PreviewTest::openFilesAreThoseOfNow()
 {
@@ -276,23 +342,32 @@ void PreviewTest::factsAreThoseOfTheUprightPage()
 void PreviewTest::resultsHaveTheBytesOfARun_data()
 {
     QTest::addColumn<OutputType>("type");
-    QTest::newRow("jpg") << OutputType::Jpeg;
-    QTest::newRow("png") << OutputType::Png;
-    QTest::newRow("tiff") << OutputType::Tiff;
-    QTest::newRow("bmp") << OutputType::Bmp;
-    QTest::newRow("gif") << OutputType::Gif;
+    QTest::addColumn<int>("quality");
+    QTest::addColumn<QByteArray>("kind");
+    QTest::newRow("jpg") << OutputType::Jpeg << 3 << QByteArray("rgb");
+    QTest::newRow("jpg, taken over") << OutputType::Jpeg << 10 << QByteArray("jpeg width=208");
+    QTest::newRow("png") << OutputType::Png << 3 << QByteArray("rgb");
+    QTest::newRow("tiff") << OutputType::Tiff << 3 << QByteArray("rgb");
+    QTest::newRow("bmp") << OutputType::Bmp << 3 << QByteArray("rgb");
+    QTest::newRow("gif") << OutputType::Gif << 3 << QByteArray("rgb");
 }
 
 /// Catches options that the comparison forgets.
 void PreviewTest::resultsHaveTheBytesOfARun()
 {
     QFETCH(const OutputType, type);
-    TestPage page("rgb smooth orientation=8 xy=72,72 width=200");
-    page.moreTags = [](tiff* to) { TIFFSetField(to, TIFFTAG_ARTIST, "somebody"); };
+    QFETCH(const int, quality);
+    QFETCH(const QByteArray, kind);
+    TestPage page("smooth orientation=8 xy=72,72 width=200 " + kind);
+    page.moreTags = [before = page.moreTags](tiff* to) {
+        if (before)
+            before(to);
+        TIFFSetField(to, TIFFTAG_ARTIST, "somebody");
+    };
     writeTiff(path(u"a.tif"_s), { page });
     ConversionOptions options;
     options.outputType = type;
-    options.jpegQuality = 3;
+    options.jpegQuality = quality;
     options.tiffCompression = TiffCompression::Lzw;
     options.run.treatment.bilevel = Bilevel::Otsu;
     options.run.treatment.stripsMetadata = type == OutputType::Jpeg;
@@ -309,11 +384,72 @@ void PreviewTest::resultsHaveTheBytesOfARun()
     QCOMPARE(sample.bytes, bytesOf(target).size());
     QVERIFY(!sample.isEstimated);
     QCOMPARE(sample.region, QRect(0, 0, page.height, page.width));
-    if (type == OutputType::Tiff)
-        QCOMPARE(sample.picture->size, sample.region.size());
-    else
-        QCOMPARE(sample.file, bytesOf(target));
+    if (type != OutputType::Tiff)
+        QCOMPARE(bytesIn(*sample.file->bytes()), bytesOf(target));
     QVERIFY(sample.losses.isEmpty());
+}
+
+// Catches bands or parts of a result at another place, its last rows first, and other colours.
+void PreviewTest::partsOfResultsLieWhereTheyAre_data()
+{
+    QTest::addColumn<OutputType>("type");
+    QTest::addColumn<QByteArray>("kind");
+    QTest::newRow("jpg") << OutputType::Jpeg << QByteArray("rgb smooth");
+    QTest::newRow("jpg, gray") << OutputType::Jpeg << QByteArray("smooth");
+    QTest::newRow("jpg, taken over") << OutputType::Jpeg << QByteArray("jpeg smooth");
+    QTest::newRow("png") << OutputType::Png << QByteArray("rgb");
+    QTest::newRow("png, packed") << OutputType::Png << QByteArray("bits=1");
+    QTest::newRow("png, deep") << OutputType::Png << QByteArray("rgb bits=16");
+    QTest::newRow("png, alpha") << OutputType::Png << QByteArray("samples=4 photometric=2 extra=2");
+    QTest::newRow("tiff") << OutputType::Tiff << QByteArray("rgb");
+    QTest::newRow("bmp") << OutputType::Bmp << QByteArray("rgb");
+    QTest::newRow("bmp, packed") << OutputType::Bmp << QByteArray("bits=1");
+    QTest::newRow("bmp, gray") << OutputType::Bmp << QByteArray("bits=4");
+    QTest::newRow("gif") << OutputType::Gif << QByteArray("bits=8");
+    QTest::newRow("gif, alpha") << OutputType::Gif << QByteArray("samples=4 photometric=2 extra=2");
+}
+
+void PreviewTest::partsOfResultsLieWhereTheyAre()
+{
+    QFETCH(const OutputType, type);
+    QFETCH(const QByteArray, kind);
+    TestPage page("orientation=8 width=416 height=624 " + kind);
+    if (kind.contains("extra")) // which a pixel has all of, or none
+        page.sample = [last = page.samples - 1](int x, int y, int c) {
+            return c < last ? static_cast<std::uint64_t>((x + 3 * y) % 120 + 50 * c)
+                            : (x / 20 + y / 30) % 2 * 255U;
+        };
+    writeTiff(path(u"p.tif"_s), { page });
+    const auto file = open(u"p.tif"_s);
+    ConversionOptions options;
+    options.outputType = type;
+    options.jpegQuality = 10;
+    const ResultSample sample = resultSample(file, 0, options, {}, never);
+    PagePicture all = pictureOf(file, { 0, {}, anySize }, never);
+    if (type == OutputType::Jpeg) {
+        putBytes(path(u"p.jpg"_s), bytesIn(*sample.file->bytes()));
+        const Picture shown = readPicture(path(u"p.jpg"_s));
+        QCOMPARE(QSize(shown.width, shown.height), all.size);
+        all.channels = shown.channels;
+        all.samples.assign(shown.samples.begin(), shown.samples.end());
+    }
+    const std::pair<PictureWish, int> wishes[] = { { { 0, {}, anySize }, 1 },
+                                                   { { 0, {}, { 312, 208 } }, 2 },
+                                                   { { 0, { 301, 17, 90, 300 }, anySize }, 1 },
+                                                   { { 0, { 40, 396, 584, 20 }, { 146, 5 } }, 4 } };
+    for (const auto& [wish, side] : wishes) {
+        const PagePicture picture = pictureOf(sample, wish, never);
+        const QRect region = wish.region.isEmpty() ? QRect(0, 0, 624, 416) : wish.region;
+        QCOMPARE(picture.pageSize, QSize(624, 416));
+        QCOMPARE(picture.region, region);
+        QCOMPARE(picture.size, region.size() / side);
+        QCOMPARE(picture.channels, all.channels);
+        QVERIFY(picture.samples == meansOf(all, region, side));
+        QVERIFY(picture.hasParts);
+    }
+    std::atomic<int> asked = 0;
+    QCOMPARE(reasonOf([&] { pictureOf(sample, wishes[0].first, [&] { return ++asked > 1; }); }),
+             u"stopped"_s);
 }
 
 /// Catches parts of the wrong place of a page that is turned, and packed pixels that are shifted.
@@ -332,8 +468,21 @@ void PreviewTest::partsOfLargePagesAreEstimated()
     const double wanted = 5600.0 * 4100 / 8;
     QVERIFY(std::abs(static_cast<double>(sample.bytes) - wanted) < wanted / 100);
     const PagePicture part = pictureOf(file, { 0, sample.region, anySize }, never);
-    QVERIFY(part.samples == sample.picture->samples);
     QVERIFY(std::ranges::count(part.samples, 0) > 0 && std::ranges::count(part.samples, 255) > 0);
+    for (const OutputType type : { OutputType::Tiff, OutputType::Png }) {
+        options.outputType = type;
+        const ResultSample made = resultSample(file, 0, options, { 1900, 3300 }, never);
+        const PagePicture shown = pictureOf(made, { 0, {}, anySize }, never);
+        QCOMPARE(shown.region, part.region);
+        QCOMPARE(shown.pageSize, part.pageSize);
+        QVERIFY(shown.samples == part.samples);
+        const QRect inside(1860, part.region.bottom() - 9, 99, 40); // and out of it below
+        const PagePicture cut = pictureOf(made, { 0, inside, { 33, 9 } }, never);
+        QCOMPARE(cut.region, inside.intersected(part.region));
+        QCOMPARE(cut.size, QSize(33, 3));
+        QVERIFY(pictureOf(made, { 0, { 0, 0, 5, 5 }, anySize }, never).samples.empty());
+    }
+    options.outputType = OutputType::Tiff;
 
     // CMYK is kept in TIFF, and the part of it shown in three colours.
     TestPage cmyk("photometric=5 samples=4 width=5600 height=4100 rows=100");
@@ -348,6 +497,19 @@ void PreviewTest::partsOfLargePagesAreEstimated()
     options.outputType = OutputType::Jpeg;
     const QString told = reasonOf([&] { resultSample(others, 1, options, {}, never); });
     QVERIFY(told.contains(u"70000"_s));
+
+    // A page that a run takes over: encoded anew, its file would be several times as large.
+    TestPage strip("compression=7 rows=16 height=16 width=5600");
+    strip.moreTags = [](tiff* to) { TIFFSetField(to, TIFFTAG_JPEGTABLESMODE, 0); };
+    writeTiff(path(u"s.tif"_s), { strip });
+    const QByteArray encoded = readTiff(path(u"s.tif"_s)).value(0).encoded;
+    strip.height = 4096;
+    strip.encoded = QList<QByteArray>(256, encoded);
+    writeTiff(path(u"j.tif"_s), { strip });
+    const ResultSample joined = resultSample(open(u"j.tif"_s), 0, options, { 2800, 2000 }, never);
+    QVERIFY(joined.isEstimated);
+    QVERIFY(std::abs(static_cast<double>(joined.bytes) / (256.0 * double(encoded.size())) - 1)
+            < 0.15);
 }
 
 } // namespace
