@@ -1,13 +1,11 @@
 #include "engine/preview/PagePicture.h"
 
-#include "engine/image/decode/ColorTransform.h"
 #include "engine/image/decode/DisplayRows.h"
 #include "engine/image/decode/TiffPage.h"
-#include "engine/image/pixels/Bitmap.h"
 #include "engine/image/pixels/RowConversions.h"
 #include "engine/image/pixels/UprightRows.h"
 #include "engine/preview/BandRoom.h"
-#include "engine/preview/BoxReducer.h"
+#include "engine/preview/Reduction.h"
 #include "engine/preview/StoredRegion.h"
 #include "engine/threads/StopScope.h"
 
@@ -28,19 +26,6 @@ namespace {
     constexpr std::int64_t leastPixelsForHelp = 4'000'000;
     constexpr int mostReaders = 4;
 
-    /// The stored rows and columns that become a picture, and its size before it is turned.
-    struct Reduction
-    {
-        QRect from;
-        QSize to;
-
-        int firstRowOf(int row) const
-        {
-            return from.y()
-                + static_cast<int>(BoxReducer::boxStart(row, from.height(), to.height()));
-        }
-    };
-
     /// 8 bits a sample, gray or RGB, from a row that is at or above `firstRow`.
     std::unique_ptr<RowSource> shownRows(const TiffPage& page, const Reduction& reduction,
                                          int firstRow)
@@ -54,41 +39,18 @@ namespace {
         return adaptRows(displayRows(page, 8, part), {});
     }
 
-    /// Makes the rows of the picture from `first` up to `end`, a packed row each call of `take`.
-    template <typename Take>
+    /// Makes the rows of the picture from `first` up to `end`, as Reduction::reduce does.
     PixelLayout reduceRows(const TiffPage& page, const Reduction& reduction, int first, int end,
-                           const IsStopped& isStopped, Take take)
+                           const IsStopped& isStopped,
+                           const std::function<void(const std::vector<std::uint8_t>&)>& take)
     {
         const int firstRow = reduction.firstRowOf(first);
         const auto rows = shownRows(page, reduction, firstRow);
-        PixelLayout layout = rows->layout();
-        const int channels = layout.channels();
-        const qsizetype skipped = qsizetype { reduction.from.x() } * channels;
-        const bool isWhole = reduction.from.size() == QSize(rows->widthPx(), rows->heightPx());
-        BoxReducer reducer(reduction.from.width(), reduction.to.width(), channels);
-        std::vector<std::uint8_t> made(static_cast<std::size_t>(reduction.to.width())
-                                       * static_cast<unsigned>(channels));
-        int row = needsRgbaInterface(page.tags())
+        const auto begin = needsRgbaInterface(page.tags())
             ? 0
-            : static_cast<int>(startRow(page.tags(), static_cast<std::uint32_t>(firstRow)));
-        int target = first;
-        while (target < end || (isWhole && end == reduction.to.height())) {
-            if (isStopped())
-                throw std::runtime_error("stopped");
-            const Band band = rows->nextBand();
-            if (band.rows == 0) // of a whole page, what comes behind the last row is judged as well
-                break;
-            for (int i = 0; i < band.rows && target < end; ++i, ++row) {
-                if (row < firstRow)
-                    continue;
-                reducer.add(band.row(i) + skipped);
-                if (row + 1 < reduction.firstRowOf(target + 1))
-                    continue;
-                reducer.finishRow(made.data());
-                take(target++, made);
-            }
-        }
-        return layout;
+            : startRow(page.tags(), static_cast<std::uint32_t>(firstRow));
+        reduction.reduce(*rows, static_cast<int>(begin), first, end, isStopped, take);
+        return rows->layout();
     }
 
     /// How many threads can read the page side by side.
@@ -127,7 +89,7 @@ namespace {
             const StopScope scope(isStopped, StopScope::Reach::PagesToo);
             const TiffPage page(reader, index);
             layout = reduceRows(page, reduction, first, end, isStopped,
-                                [this](int, const std::vector<std::uint8_t>& row) {
+                                [this](const std::vector<std::uint8_t>& row) {
                                     samples.insert(samples.end(), row.begin(), row.end());
                                 });
         } catch (...) {
@@ -169,24 +131,6 @@ namespace {
         for (const Share& share : shares)
             if (share.failure)
                 std::rethrow_exception(share.failure);
-    }
-
-    /// The stored picture, upright and in sRGB.
-    void finish(PagePicture& picture, const Bitmap& stored, const PageProperties& properties)
-    {
-        auto rows = stored.rowsShownIn(8);
-        if (!properties.iccProfile.isEmpty()
-            && profileKind(properties.iccProfile, rows->layout().model) == ProfileKind::Other)
-            rows = srgbRows(std::move(rows), properties.iccProfile);
-        rows = adaptRows(uprightRows(std::move(rows), properties.orientation), {});
-        picture.channels = rows->layout().channels();
-        picture.size = QSize(rows->widthPx(), rows->heightPx());
-        const qsizetype rowBytes = rows->rowBytes();
-        picture.samples.reserve(static_cast<std::size_t>(rowBytes)
-                                * static_cast<unsigned>(rows->heightPx()));
-        for (Band band = rows->nextBand(); band.rows > 0; band = rows->nextBand())
-            for (int i = 0; i < band.rows; ++i)
-                picture.samples.insert(picture.samples.end(), band.row(i), band.row(i) + rowBytes);
     }
 
 } // namespace
@@ -240,7 +184,7 @@ PagePicture pictureOf(const std::shared_ptr<const OpenTiffFile>& file, const Pic
     }
     const Bitmap stored(reduction.to.width(), reduction.to.height(), shares.front().layout,
                         std::move(samples));
-    finish(picture, stored, properties);
+    finishPicture(picture, stored, properties);
     return picture;
 }
 

@@ -21,6 +21,8 @@ public:
     /// Bands throw std::runtime_error when it is stopped.
     std::unique_ptr<RowSource> rowsShownIn(int bits) const override;
     std::shared_ptr<const PageMetadata> metadata() const override;
+    /// Null also for a part that does not begin and end with whole MCUs.
+    std::shared_ptr<JpegBlocks> jpegBlocks() const override;
     const TiffPage* tiffPage() const override;
 
 private:

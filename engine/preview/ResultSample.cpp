@@ -1,5 +1,6 @@
 #include "engine/preview/ResultSample.h"
 
+#include "engine/files/StagedNames.h"
 #include "engine/image/PageEncoding.h"
 #include "engine/image/decode/StoredRows.h"
 #include "engine/image/decode/TiffPage.h"
@@ -11,12 +12,16 @@
 #include "engine/preview/StoredRegion.h"
 #include "engine/threads/StopScope.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace pagestack {
 
@@ -29,7 +34,7 @@ namespace {
     constexpr std::uint64_t mostPageBytes = std::uint64_t { 128 } * 1024 * 1024;
     constexpr int partSidePx = 2048;
     constexpr std::int64_t mostBmpBytes = std::numeric_limits<std::uint32_t>::max();
-    constexpr int packedStep = 8; ///< a part begins with a whole byte
+    constexpr int packedStep = 32; ///< a part begins with a whole byte, and an MCU of a JPEG page
 
     /// The part around `center`, of the page as it is stored.
     QRect partAround(const QPoint& center, const QSize& stored)
@@ -37,11 +42,34 @@ namespace {
         const auto span = [](int middle, int all) {
             const int length = std::min(partSidePx, all);
             const int begin = std::clamp(middle - length / 2, 0, all - length);
-            return std::pair(begin - begin % packedStep, length);
+            const int first = begin - begin % packedStep;
+            return std::pair(first, begin == all - length ? all - first : length);
         };
         const auto [x, width] = span(center.x(), stored.width());
         const auto [y, height] = span(center.y(), stored.height());
         return { x, y, width, height };
+    }
+
+    /// By a name that nobody gives to a folder of their own.
+    const QString folderName = u".pagestack-compare-XXXXXX"_s;
+
+    /// Folders of programs that were killed. One that is in use has a file that its program owns,
+    /// or is about to have it.
+    void removeLeftFolders(const QDir& temporary)
+    {
+        constexpr qint64 youngestS = 60;
+        QString pattern = folderName;
+        const QFileInfoList folders = temporary.entryInfoList(
+            { pattern.replace(u'X', u'?') }, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks);
+        for (const QFileInfo& folder : folders) {
+            const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup
+                | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+            if (folder.ownerId() != ::geteuid() || (folder.permissions() & others) != 0
+                || folder.lastModified().secsTo(QDateTime::currentDateTime()) < youngestS)
+                continue;
+            removeLeftStagedFiles(folder.filePath());
+            temporary.rmdir(folder.fileName()); // stays where there is anything else
+        }
     }
 
     /// The file is made in a folder of its own, which nobody else may enter.
@@ -51,13 +79,6 @@ namespace {
             throw std::runtime_error("cannot make a temporary folder: "
                                      + folder.errorString().toStdString());
         return folder.filePath(u"page"_s + fileExtension(static_cast<int>(type)));
-    }
-
-    QByteArray bytesOf(StagedFile& file)
-    {
-        QByteArray bytes(static_cast<qsizetype>(file.size()), Qt::Uninitialized);
-        file.readAt(0, { reinterpret_cast<std::uint8_t*>(bytes.data()), file.size() });
-        return bytes;
     }
 
     /// Before a part of it is encoded, which might fit.
@@ -78,13 +99,12 @@ namespace {
     }
 
     /// How many times as large as that of its part the file of a page is.
-    double growth(const TiffPage& page, const QSize& part,
-                  const std::shared_ptr<const OpenTiffFile>& result)
+    double growth(const TiffPage& page, const QSize& part, const ResultFile& result)
     {
         const PageProperties& whole = page.properties();
         // A TIFF file holds the samples as they are stored, of the part those that are shown.
-        if (result != nullptr && keepsSamples(page)) {
-            const TiffPage written(std::make_shared<TiffReader>(result), 0);
+        if (result.tiff() != nullptr && keepsSamples(page)) {
+            const TiffPage written(std::make_shared<TiffReader>(result.tiff()), 0);
             return static_cast<double>(page.decodedBytes())
                 / static_cast<double>(written.decodedBytes());
         }
@@ -122,32 +142,46 @@ ResultSample resultSample(const std::shared_ptr<const OpenTiffFile>& file, int i
         source = std::make_shared<PartOfPage>(page, part, isStopped);
         sample.region = uprightRegion(part, sample.pageSize, stored.orientation);
     }
-    const QTemporaryDir folder(QDir::temp().filePath(u"pagestack-XXXXXX"_s));
-    const QString name = nameIn(folder, options.outputType);
+    removeLeftFolders(QDir::temp());
+    std::unique_ptr<const QTemporaryDir> folder;
+    QString name;
     const auto made = [&] {
         const BandRoom room(heldBytes(page->tags()), isStopped);
+        // After the wait for room, so that it is not empty for long.
+        folder = std::make_unique<const QTemporaryDir>(QDir::temp().filePath(folderName));
+        name = nameIn(*folder, options.outputType);
         return encodedPage(source, name, encoding,
                            { .jpegQuality = options.jpegQuality,
                              .tiffCompressionIndex = static_cast<int>(options.tiffCompression),
+                             .reencodes = options.run.reencodes,
                              .whole = sample.isEstimated ? page.get() : nullptr });
     }();
-    std::shared_ptr<const OpenTiffFile> result;
-    if (options.outputType == OutputType::Tiff) {
-        made->settle();
-        result = std::make_shared<const OpenTiffFile>(name, *made);
-    }
+    made->settle();
+    sample.file = std::make_shared<const ResultFile>(sample.type, name, *made);
     sample.bytes = static_cast<std::int64_t>(made->size());
     if (sample.isEstimated)
-        sample.bytes = static_cast<std::int64_t>(static_cast<double>(sample.bytes)
-                                                 * growth(*page, sample.region.size(), result));
+        sample.bytes = static_cast<std::int64_t>(
+            static_cast<double>(sample.bytes) * growth(*page, sample.region.size(), *sample.file));
     if (options.outputType == OutputType::Bmp && sample.bytes > mostBmpBytes)
         throwTooLarge(upright, encoding.name);
     sample.losses = lossesOf(page->messages().takeDiagnostics());
-    if (result)
-        sample.picture = pictureOf(result, { 0, {}, sample.region.size() }, isStopped);
-    else
-        sample.file = bytesOf(*made);
     return sample;
+}
+
+PagePicture pictureOf(const ResultSample& sample, const PictureWish& wish,
+                      const IsStopped& isStopped)
+{
+    PagePicture picture;
+    picture.region = regionInPage(wish.region, sample.pageSize).intersected(sample.region);
+    if (!picture.region.isEmpty()) {
+        const QPoint corner = sample.region.topLeft();
+        picture = sample.file->picture(sample.region.size(), picture.region.translated(-corner),
+                                       wish.most, isStopped);
+        picture.region.translate(corner);
+    }
+    picture.pageSize = sample.pageSize;
+    picture.losses.clear(); // of the page, which the sample has
+    return picture;
 }
 
 } // namespace pagestack

@@ -1,15 +1,11 @@
 #pragma once
 
 #include "engine/options/ConversionOptions.h"
-#include "engine/preview/PagePicture.h"
-
-#include <QByteArray>
-
-#include <optional>
+#include "engine/preview/ResultFile.h"
 
 namespace pagestack {
 
-/// What a page becomes by some options: its file, in memory.
+/// What a page becomes by some options.
 struct ResultSample
 {
     OutputType type = OutputType::Jpeg;
@@ -17,8 +13,7 @@ struct ResultSample
     QRect region {}; ///< what of it the result shows
     std::int64_t bytes = 0; ///< of the file of the whole page
     bool isEstimated = false; ///< since the page is large and only a part of it was encoded
-    QByteArray file {}; ///< empty for TIFF
-    std::optional<PagePicture> picture {}; ///< for TIFF: all that the result shows
+    std::shared_ptr<const ResultFile> file {}; ///< of `region`
     QStringList losses {};
 };
 
@@ -28,5 +23,10 @@ struct ResultSample
 ResultSample resultSample(const std::shared_ptr<const OpenTiffFile>& file, int index,
                           const ConversionOptions& options, const QPoint& center,
                           const IsStopped& isStopped);
+
+/// As `pictureOf`, of what the result shows of the page: `wish.region`, of the page, has no pixels
+/// where it lies elsewhere.
+PagePicture pictureOf(const ResultSample& sample, const PictureWish& wish,
+                      const IsStopped& isStopped);
 
 } // namespace pagestack

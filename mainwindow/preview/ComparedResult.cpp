@@ -24,10 +24,8 @@ namespace {
 ComparedResult::ComparedResult(QThreadPool& threads, Options options)
     : m_options(std::move(options))
     , m_work(threads, nullptr)
+    , m_rest(compareRestMs, [this] { begin(); })
 {
-    m_rest.setSingleShot(true);
-    m_rest.setInterval(compareRestMs);
-    connect(&m_rest, &QTimer::timeout, this, &ComparedResult::begin);
 }
 
 void ComparedResult::setPage(std::shared_ptr<PreviewFile> file, int page, QPoint center)
@@ -63,14 +61,12 @@ void ComparedResult::stop()
 void ComparedResult::begin()
 {
     m_rest.stop();
-    if (!m_file)
-        return;
     m_work.start(
         [file = m_file, page = m_page, options = m_options(),
          center = m_center](const IsStopped& isStopped) {
-            return makeResult(file->open(isStopped), page, options, center, isStopped);
+            return resultSample(file->open(isStopped), page, options, center, isStopped);
         },
-        [this](const std::optional<Made>& result, const QString& reason) {
+        [this](const std::optional<ResultSample>& result, const QString& reason) {
             if (!result) {
                 emit failed(reason);
                 return;
@@ -79,21 +75,8 @@ void ComparedResult::begin()
         });
 }
 
-ComparedResult::Made ComparedResult::makeResult(const std::shared_ptr<const OpenTiffFile>& file,
-                                                int page, const ConversionOptions& options,
-                                                QPoint center, const IsStopped& isStopped)
+void ComparedResult::tell(const ResultSample& sample)
 {
-    Made made;
-    made.sample = resultSample(file, page, options, center, isStopped);
-    made.image = std::make_shared<const ShownImage>(decodedSample(made.sample));
-    made.sample.file.clear();
-    made.sample.picture.reset();
-    return made;
-}
-
-void ComparedResult::tell(const Made& made)
-{
-    const ResultSample& sample = made.sample;
     m_region = sample.region;
     QString format = fileExtension(static_cast<int>(sample.type)).mid(1).toUpper();
     if (sample.type == OutputType::Jpeg)
@@ -102,9 +85,9 @@ void ComparedResult::tell(const Made& made)
     if (sample.isEstimated)
         notes.append(
             tr("Of this large page only a part is compared, that in the middle of the view."));
-    emit this->made(
-        [image = made.image](const PictureWish& wish, const IsStopped&) {
-            return partOf(*image, wish);
+    emit made(
+        [sample](const PictureWish& wish, const IsStopped& isStopped) {
+            return shownImage(pictureOf(sample, wish, isStopped));
         },
         (sample.isEstimated ? tr("%1, about %2") : tr("%1, %2")).arg(format, sizeOf(sample.bytes)),
         notes);

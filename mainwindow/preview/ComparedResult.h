@@ -1,10 +1,11 @@
 #pragma once
 
+#include "engine/preview/ResultSample.h"
+#include "engine/support/Pause.h"
 #include "mainwindow/preview/LatestWork.h"
 #include "mainwindow/preview/ShownImage.h"
 
 #include <QPoint>
-#include <QTimer>
 
 namespace pagestack {
 
@@ -33,15 +34,7 @@ signals:
     void failed(const QString& reason);
 
 private:
-    struct Made
-    {
-        std::shared_ptr<const ShownImage> image;
-        ResultSample sample; ///< without its file
-    };
-    static Made makeResult(const std::shared_ptr<const OpenTiffFile>& file, int page,
-                           const ConversionOptions& options, QPoint center,
-                           const IsStopped& isStopped);
-    void tell(const Made& made);
+    void tell(const ResultSample& sample);
     void begin();
 
     const Options m_options;
@@ -50,7 +43,7 @@ private:
     QPoint m_center;
     QRect m_region; ///< that was made last
     LatestWork m_work;
-    QTimer m_rest;
+    Pause m_rest;
 };
 
 } // namespace pagestack

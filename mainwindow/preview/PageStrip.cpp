@@ -1,5 +1,6 @@
 #include "mainwindow/preview/PageStrip.h"
 
+#include <QLocale>
 #include <QPainter>
 #include <QScrollBar>
 #include <QSignalBlocker>
@@ -111,7 +112,7 @@ QVariant PageThumbnails::data(const QModelIndex& index, int role) const
     if (role == Qt::DisplayRole)
         return QString::number(page + 1);
     if (role == Qt::AccessibleTextRole)
-        return tr("Page %1").arg(page + 1);
+        return tr("Page %1").arg(QLocale().toString(page + 1));
     if (role != Qt::DecorationRole)
         return {};
     if (const QImage* image = m_images.object(page))
@@ -166,11 +167,9 @@ PageStrip::PageStrip(QThreadPool& threads, QWidget* parent)
     , m_thumbnails(threads, this)
 {
     setFlow(LeftToRight);
-    setWrapping(false);
     setUniformItemSizes(true);
     setHorizontalScrollMode(ScrollPerPixel);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setEditTriggers(NoEditTriggers);
     setItemDelegate(new PageDelegate(this));
     setModel(&m_thumbnails);
     setFixedHeight(thumbnailSize(fontMetrics()).height() + fontMetrics().height() + 4 * gap
@@ -203,7 +202,6 @@ void PageStrip::wheelEvent(QWheelEvent* event)
     const QPoint turn = event->angleDelta();
     const int steps = turn.x() != 0 ? turn.x() : turn.y();
     horizontalScrollBar()->setValue(horizontalScrollBar()->value() - steps);
-    event->accept();
 }
 
 } // namespace pagestack

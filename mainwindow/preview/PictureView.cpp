@@ -1,5 +1,7 @@
 #include "mainwindow/preview/PictureView.h"
 
+#include "engine/log/ShownReason.h"
+
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -32,21 +34,15 @@ PictureView::PictureView(QThreadPool& threads, QWidget* parent)
     : QWidget(parent)
     , m_wholeWork(threads, nullptr)
     , m_partWork(threads, nullptr)
+    , m_pause(pauseMs, [this] { want(); })
+    , m_patience(patienceMs, [this] {
+        forget();
+        say(waitingText());
+    })
 {
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(120, 120);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    m_pause.setSingleShot(true);
-    m_pause.setInterval(pauseMs);
-    m_patience.setSingleShot(true);
-    m_patience.setInterval(patienceMs);
-    connect(&m_pause, &QTimer::timeout, this, &PictureView::want);
-    connect(&m_patience, &QTimer::timeout, this, [this] {
-        forget();
-        m_text = tr("Reading the page...");
-        setAccessibleDescription(m_text);
-        update();
-    });
 }
 
 void PictureView::showPage(int page, MakeImage make)
@@ -59,23 +55,33 @@ void PictureView::showPage(int page, MakeImage make)
 
 void PictureView::expectPage()
 {
-    m_make = nullptr;
+    stop();
     m_isNew = true;
-    m_partWork.cancel();
-    m_wholeWork.cancel();
+    if (m_text == waitingText()) // it goes on
+        return;
     m_patience.start();
-    m_text.clear();
-    setAccessibleDescription({});
-    update();
+    say({});
 }
+
+QString PictureView::waitingText() { return tr("Reading the page..."); }
 
 void PictureView::showText(const QString& text)
 {
-    m_make = nullptr;
-    m_wholeWork.cancel();
-    m_partWork.cancel();
+    stop();
     m_patience.stop();
     forget();
+    say(text);
+}
+
+void PictureView::stop()
+{
+    m_make = nullptr; // which may hold a file
+    m_wholeWork.cancel();
+    m_partWork.cancel();
+}
+
+void PictureView::say(const QString& text)
+{
     m_text = text;
     setAccessibleDescription(text);
     update();
@@ -140,9 +146,7 @@ void PictureView::zoomAt(double zoom, QPointF point)
     const QPointF held = pageAt(point);
     m_zoom = zoom < fittingZoom() ? 0 : std::min(zoom, largestZoom);
     m_center += held - pageAt(point);
-    keepInside();
-    m_pause.start();
-    update();
+    followMove();
     emit placeChanged();
 }
 
@@ -150,18 +154,21 @@ void PictureView::setPlace(double zoom, QPointF center)
 {
     m_zoom = zoom;
     m_center = center;
-    keepInside();
-    m_pause.start();
-    update();
+    followMove();
 }
 
 void PictureView::moveBy(QPointF points)
 {
     m_center -= points / pointsAPixel();
+    followMove();
+    emit placeChanged();
+}
+
+void PictureView::followMove()
+{
     keepInside();
     m_pause.start();
     update();
-    emit placeChanged();
 }
 
 /// A page that is smaller than the view stays in its middle.
@@ -179,7 +186,7 @@ void PictureView::keepInside()
 
 void PictureView::want()
 {
-    if (!m_make || !hasPage() || m_isNew)
+    if (!hasPage() || m_isNew)
         return;
     const QSize room = devicePixels();
     const bool isLarger = room.width() > m_room.width() || room.height() > m_room.height();
@@ -209,26 +216,21 @@ void PictureView::wantWhole()
                               return;
                           }
                           forget();
-                          m_text = reason;
-                          setAccessibleDescription(reason);
-                          update();
-                          emit failed(reason);
+                          say(shownReason(reason));
+                          emit failed(m_text);
                       });
 }
 
 void PictureView::take(ShownImage whole)
 {
     const bool isOther = whole.pageSize != pageSize();
-    m_text.clear();
-    setAccessibleDescription({});
+    say({});
     if (std::exchange(m_isNew, false))
         m_part = {};
     m_whole = std::move(whole);
     if (isOther) // else the pages may be compared, so that the place stays
         m_center = QPointF(0, 0);
-    keepInside();
-    m_pause.start();
-    update();
+    followMove();
     emit shown(m_whole.losses);
 }
 
@@ -258,10 +260,8 @@ void PictureView::wantPart()
 void PictureView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), palette().color(QPalette::Mid));
+    painter.fillRect(rect(), palette().color(hasPage() ? QPalette::Mid : QPalette::Window));
     if (!hasPage()) {
-        painter.setPen(palette().color(QPalette::WindowText));
-        painter.fillRect(rect(), palette().color(QPalette::Window));
         painter.drawText(rect().adjusted(margin, margin, -margin, -margin),
                          Qt::AlignCenter | Qt::TextWordWrap, m_text);
     } else {
@@ -278,16 +278,10 @@ void PictureView::paintEvent(QPaintEvent*)
     }
 }
 
-void PictureView::resizeEvent(QResizeEvent* event)
-{
-    QWidget::resizeEvent(event);
-    keepInside();
-    m_pause.start();
-}
+void PictureView::resizeEvent(QResizeEvent*) { followMove(); }
 
 void PictureView::wheelEvent(QWheelEvent* event)
 {
-    event->accept();
     const double steps = event->angleDelta().y() / wheelStep;
     if (event->modifiers().testFlag(Qt::ControlModifier))
         zoomAt(shownZoom() * std::pow(zoomStep, steps), event->position());

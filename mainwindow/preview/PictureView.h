@@ -1,10 +1,10 @@
 #pragma once
 
+#include "engine/support/Pause.h"
 #include "mainwindow/preview/LatestWork.h"
 #include "mainwindow/preview/ShownImage.h"
 
 #include <QPointF>
-#include <QTimer>
 #include <QWidget>
 
 namespace pagestack {
@@ -67,8 +67,12 @@ private:
     QPointF pageAt(QPointF point) const;
     void zoomAt(double zoom, QPointF point);
     void moveBy(QPointF points);
+    void followMove();
     void keepInside();
+    void stop();
     void forget();
+    static QString waitingText();
+    void say(const QString& text); ///< in place of the page; empty: nothing
     void want();
     void wantWhole();
     void wantPart();
@@ -86,8 +90,8 @@ private:
     ShownImage m_part; ///< none where the other one is good enough
     LatestWork m_wholeWork;
     LatestWork m_partWork;
-    QTimer m_pause; ///< between a move and the look at what it needs
-    QTimer m_patience; ///< with the page of before
+    Pause m_pause; ///< between a move and the look at what it needs
+    Pause m_patience; ///< with the page of before
 };
 
 } // namespace pagestack

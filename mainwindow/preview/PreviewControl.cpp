@@ -28,6 +28,7 @@ namespace {
 
 PreviewControl::PreviewControl(const WindowParts& parts, Settings& settings)
     : m_parts(parts)
+    , m_rest(followMs, [this] { follow(); })
 {
     const RunChoices& choices = parts.ui.rightBox->choices();
     PreviewPane* const pane = parts.ui.previewBox;
@@ -39,9 +40,6 @@ PreviewControl::PreviewControl(const WindowParts& parts, Settings& settings)
     connect(&settings, &Settings::tiffCompressionIndexChanged, pane, &PreviewPane::refreshResult);
     connect(parts.ui.togglePreviewAction, &QAction::triggered, this, &PreviewControl::toggle);
 
-    m_rest.setSingleShot(true);
-    m_rest.setInterval(followMs);
-    connect(&m_rest, &QTimer::timeout, this, &PreviewControl::follow);
     const auto later = [this] {
         if (!m_parts.ui.previewBox->isHidden())
             m_rest.start();
@@ -87,7 +85,6 @@ bool PreviewControl::hasOwnWidth() const
 /// The window becomes wider by the preview, as far as the screen allows; the list gives the rest.
 void PreviewControl::makeRoom()
 {
-    m_widthBefore = 0;
     if (!hasOwnWidth())
         return;
     QMainWindow& window = m_parts.window;
@@ -131,7 +128,7 @@ QString PreviewControl::highlightedPath() const
         : table.highlightedSpan().first;
     if (row < 0 || row >= m_parts.files.count())
         return {};
-    return m_parts.files.items().at(row)->filePath().toLocalFile();
+    return m_parts.files.items().at(row)->localFile();
 }
 
 void PreviewControl::follow()

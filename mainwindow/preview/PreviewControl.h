@@ -1,9 +1,9 @@
 #pragma once
 
+#include "engine/support/Pause.h"
 #include "mainwindow/state/WindowParts.h"
 
 #include <QObject>
-#include <QTimer>
 
 namespace pagestack {
 
@@ -31,7 +31,7 @@ private:
 
     const WindowParts m_parts;
     int m_widthBefore = 0; ///< of the window, in points; 0: it was not widened
-    QTimer m_rest; ///< of the highlight, which keys may move fast
+    Pause m_rest; ///< of the highlight, which keys may move fast
 };
 
 } // namespace pagestack

@@ -64,7 +64,6 @@ PreviewControls::PreviewControls(QWidget& pane, QThreadPool& threads)
     factsText = new QPlainTextEdit;
     factsText->setObjectName(u"previewFactsText"_s);
     factsText->setAccessibleName(tr("Facts of the page"));
-    factsText->setReadOnly(true);
     factsText->setTabChangesFocus(true);
     factsText->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     factsText->setFixedHeight(

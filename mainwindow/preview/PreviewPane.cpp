@@ -1,5 +1,6 @@
 #include "mainwindow/preview/PreviewPane.h"
 
+#include "engine/log/ShownReason.h"
 #include "engine/preview/PageFacts.h"
 #include "mainwindow/preview/ComparedResult.h"
 #include "mainwindow/preview/PageFactsText.h"
@@ -11,6 +12,7 @@
 #include <QCheckBox>
 #include <QFileInfo>
 #include <QLabel>
+#include <QLocale>
 #include <QPlainTextEdit>
 #include <QSignalBlocker>
 #include <QSpinBox>
@@ -56,7 +58,6 @@ PreviewPane::PreviewPane(QWidget* parent)
 {
     m_threads.setMaxThreadCount(mostThreads);
     connectControls();
-    release();
     compare();
 }
 
@@ -78,7 +79,7 @@ void PreviewPane::bind(std::function<ConversionOptions()> options)
             });
     connect(m_result.get(), &ComparedResult::failed, this, [this](const QString& reason) {
         expectResult();
-        m_controls->resultView->showText(reason);
+        m_controls->resultView->showText(shownReason(reason));
     });
 }
 
@@ -132,7 +133,6 @@ void PreviewPane::showFile(const QString& path)
 void PreviewPane::release()
 {
     m_file.reset();
-    m_path.clear();
     m_factsWork->cancel();
     if (m_result)
         m_result->stop();
@@ -238,7 +238,7 @@ void PreviewPane::setPages(int pages)
         c.pageField->setRange(1, std::max(pages, 1));
         c.pageField->setValue(m_page + 1);
     }
-    c.pagesLabel->setText(pages > 0 ? tr("of %1").arg(pages) : QString());
+    c.pagesLabel->setText(pages > 0 ? tr("of %1").arg(QLocale().toString(pages)) : QString());
     for (QWidget* control : std::initializer_list<QWidget*> {
              c.pageField, c.fitButton, c.actualSizeButton, c.zoomInButton, c.zoomOutButton })
         control->setEnabled(pages > 0);
@@ -258,6 +258,7 @@ void PreviewPane::showNotes()
     for (const QString& note : m_resultNotes)
         if (!lines.contains(note))
             lines.append(note);
+    std::ranges::transform(lines, lines.begin(), shownReason);
     QLabel* const label = m_controls->noteLabel;
     label->setText(lines.join(u'\n'));
     label->setVisible(!lines.isEmpty());
@@ -298,6 +299,7 @@ void PreviewPane::followShape()
     const PictureView& view = *m_controls->view;
     if (!view.hasPage() || !m_controls->compareBox->isChecked())
         return;
+    layout()->activate(); // a layout that has changed has no room until then
     const QRect room = m_controls->views->geometry();
     const auto scale = [&](double width, double height) {
         return std::min(width / view.pageSize().width(), height / view.pageSize().height());
@@ -323,10 +325,6 @@ QSize PreviewPane::sizeHint() const
              QWidget::sizeHint().height() };
 }
 
-void PreviewPane::resizeEvent(QResizeEvent* event)
-{
-    QWidget::resizeEvent(event);
-    followShape();
-}
+void PreviewPane::resizeEvent(QResizeEvent* /*event*/) { followShape(); }
 
 } // namespace pagestack

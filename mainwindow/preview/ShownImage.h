@@ -1,7 +1,6 @@
 #pragma once
 
 #include "engine/preview/PagePicture.h"
-#include "engine/preview/ResultSample.h"
 
 #include <QImage>
 
@@ -25,12 +24,5 @@ using MakeImage = std::function<ShownImage(const PictureWish& wish, const IsStop
 
 /// Takes over the samples.
 ShownImage shownImage(PagePicture picture);
-
-/// All that a sample of a result shows, in sRGB; throws std::runtime_error where the file cannot be
-/// read. Any thread.
-ShownImage decodedSample(const ResultSample& sample);
-
-/// Reduces `whole` to what is wanted. Any thread.
-ShownImage partOf(const ShownImage& whole, const PictureWish& wish);
 
 } // namespace pagestack
