@@ -1,5 +1,7 @@
 #include "filelist/Addition.h"
 
+#include "engine/log/ShownReason.h"
+
 #include <QCoreApplication>
 
 namespace pagestack {
@@ -20,7 +22,7 @@ namespace {
 void Addition::refuse(const QString& path, const QString& reason)
 {
     if (refused++ < mostRefusals)
-        refusals.append(path + u": "_s + reason);
+        refusals.append(path + u": "_s + shownReason(reason));
 }
 
 QString Addition::text() const

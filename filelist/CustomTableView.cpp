@@ -1,5 +1,6 @@
 #include "filelist/CustomTableView.h"
 
+#include "filelist/ListChanges.h"
 #include "filelist/SortHeader.h"
 
 #include <QHeaderView>
@@ -44,8 +45,10 @@ CustomTableView::CustomTableView(QWidget* parent)
     , m_shown(new ShownRows(this))
     , m_header(new SortHeader(this))
 {
-    setHorizontalHeader(m_header);
+    setHorizontalHeader(m_header); // which hides the arrow
+    m_header->setSortIndicatorShown(true);
     connect(m_header, &SortHeader::ordersChanged, this, &CustomTableView::sortRequested);
+    onListChange(*m_shown, this, [this] { m_highlight.reset(); });
     setSelectionBehavior(SelectRows);
     setSelectionMode(ExtendedSelection);
     setEditTriggers(DoubleClicked); // and F2, in any column
@@ -113,9 +116,7 @@ void CustomTableView::setRowHeight()
 {
     const int contents
         = std::max(fontMetrics().height(), m_showsThumbnails ? ShownThumbnails::side : 0);
-    const int height = std::max(leastRowHeight, contents + rowMargins);
-    verticalHeader()->setMinimumSectionSize(height);
-    verticalHeader()->setDefaultSectionSize(height);
+    verticalHeader()->setDefaultSectionSize(std::max(leastRowHeight, contents + rowMargins));
 }
 
 void CustomTableView::showThumbnails(bool isShown)
@@ -135,28 +136,15 @@ void CustomTableView::changeEvent(QEvent* event)
 QList<int> CustomTableView::highlightedRows() const
 {
     QList<int> rows;
-    if (!selectionModel())
-        return rows;
-    const QItemSelection selection = selectionModel()->selection();
-    for (const QItemSelectionRange& range : selection) {
-        for (int place = range.top(); place <= range.bottom(); ++place)
+    for (const PlaceRanges::Range& range : highlight().ranges())
+        for (int place = range.first; place <= range.last; ++place)
             rows.append(m_shown->rowAt(place));
-    }
-    return ascending(rows);
+    return rows;
 }
 
 std::pair<int, int> CustomTableView::highlightedSpan() const
 {
-    int first = -1;
-    int last = -1;
-    if (!selectionModel())
-        return { first, last };
-    const QItemSelection selection = selectionModel()->selection();
-    for (const QItemSelectionRange& range : selection) {
-        first = first < 0 ? range.top() : std::min(first, range.top());
-        last = std::max(last, range.bottom());
-    }
-    return { m_shown->rowAt(first), m_shown->rowAt(last) };
+    return { m_shown->rowAt(highlight().first()), m_shown->rowAt(highlight().last()) };
 }
 
 // A selection of very many ranges that another one replaces is compared with it range by range;
@@ -245,10 +233,10 @@ bool CustomTableView::endEditing()
     if (state() != EditingState || files == nullptr)
         return true;
     bool isRefused = false;
-    const auto connection = connect(files, &FileTableModel::pageChoiceRefused, this,
-                                    [&isRefused] { isRefused = true; });
+    const QObject meanwhile;
+    connect(files, &FileTableModel::pageChoiceRefused, &meanwhile,
+            [&isRefused] { isRefused = true; });
     setFocus(); // the field gives its text and goes
-    disconnect(connection);
     return !isRefused;
 }
 
@@ -259,8 +247,8 @@ void CustomTableView::keyPressEvent(QKeyEvent* event)
     const bool isChange = key == Qt::Key_Space || key == Qt::Key_Delete || key == Qt::Key_Backspace
         || key == Qt::Key_F2 || (isCommand && (key == Qt::Key_Up || key == Qt::Key_Down));
     if (m_isReadOnly && isChange)
-        event->ignore();
-    else if (key == Qt::Key_Space)
+        return;
+    if (key == Qt::Key_Space)
         emit invertRequested(highlightedRows());
     else if (key == Qt::Key_Delete || key == Qt::Key_Backspace)
         emit removeRequested();
@@ -284,6 +272,21 @@ void CustomTableView::pressWithoutControl(const QKeyEvent& event)
     QTableView::keyPressEvent(&plain);
 }
 
+// The base class lists all cells of the highlight in order to tell screen readers of the first one.
+void CustomTableView::selectionChanged(const QItemSelection& selected,
+                                       const QItemSelection& deselected)
+{
+    m_highlight.reset();
+    const auto firstCell = [](const QItemSelection& selection) {
+        const QModelIndex first
+            = selection.isEmpty() ? QModelIndex() : QModelIndex(selection.first().topLeft());
+        return QItemSelection(first, first);
+    };
+    QTableView::selectionChanged(firstCell(selected), firstCell(deselected));
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): what the class between does was done above.
+    QAbstractItemView::selectionChanged(selected, deselected);
+}
+
 // The base class would go to the first and the last column.
 QModelIndex CustomTableView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
 {
@@ -303,7 +306,7 @@ void CustomTableView::mousePressEvent(QMouseEvent* event)
         m_contextMenu->popup(event->globalPosition().toPoint());
 }
 
-// The press has been answered already; no other way leads to the menu.
-void CustomTableView::contextMenuEvent(QContextMenuEvent* event) { event->accept(); }
+// The press has been answered already; no other way leads to the menu. The event stays accepted.
+void CustomTableView::contextMenuEvent(QContextMenuEvent* /*event*/) { }
 
 } // namespace pagestack

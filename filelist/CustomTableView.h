@@ -1,5 +1,6 @@
 #pragma once
 
+#include "filelist/PlaceRanges.h"
 #include "filelist/ShownRows.h"
 #include "filelist/SortOrder.h"
 
@@ -9,6 +10,7 @@
 #include <QTableView>
 #include <QUrl>
 
+#include <optional>
 #include <utility>
 
 class QMimeData;
@@ -102,20 +104,30 @@ signals:
     void filesDropped(const QList<QUrl>& urls);
 
 protected:
+    void selectionChanged(const QItemSelection& selected,
+                          const QItemSelection& deselected) override;
     void changeEvent(QEvent* event) override;
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void startDrag(Qt::DropActions actions) override;
+    /// A cell of each highlighted range: the base class looks at them only to see whether there is
+    /// something to be dragged.
+    QModelIndexList selectedIndexes() const override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
+    QRegion visualRegionForSelection(const QItemSelection& selection) const override;
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    /// Whom a drag comes from; null: another program.
+    virtual const QObject* sourceOf(const QDropEvent& event) const;
 
 private:
+    QPixmap dragPicture(const QString& name, int count) const;
     void answerDrag(QDragMoveEvent& event);
     void takeDrop(QDropEvent& event);
     bool isOwnDrag(const QObject* source) const;
@@ -125,10 +137,13 @@ private:
     void changeShownRows(const std::function<void()>& change);
     void pressWithoutControl(const QKeyEvent& event);
     void setRowHeight();
+    const PlaceRanges& highlight() const;
+    void paintCells(const QRect& area);
 
     QPointer<QMenu> m_contextMenu;
     ShownRows* m_shown;
     SortHeader* m_header;
+    mutable std::optional<PlaceRanges> m_highlight; ///< none: not asked for since it changed
     QPointer<QWidget> m_dropArea;
     bool m_isUsefulDrag = false; ///< it brings something to be added
     bool m_isReadOnly = false;

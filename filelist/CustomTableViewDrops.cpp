@@ -1,17 +1,24 @@
 #include "engine/sources/AllowedFileTypes.h"
 #include "filelist/CustomTableView.h"
+#include "filelist/PathClipboard.h"
 
+#include <QDrag>
 #include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QMimeData>
 #include <QPainter>
+#include <QPixmap>
 
 #include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 namespace pagestack {
 
 namespace {
 
+    constexpr QPoint besidePointer(12, 12);
+    constexpr int dragMargin = 6;
     constexpr qsizetype mostUrlsLookedAt = 20; // a drag has to be answered at once
 
     /// Whether any of what is dragged may be added to the list. Of many it is not known: the load
@@ -29,6 +36,8 @@ namespace {
     }
 
 } // namespace
+
+const QObject* CustomTableView::sourceOf(const QDropEvent& event) const { return event.source(); }
 
 bool CustomTableView::isOwnDrag(const QObject* source) const
 {
@@ -56,7 +65,7 @@ bool CustomTableView::eventFilter(QObject* watched, QEvent* event)
         showDropTarget(false);
     else if (drag == nullptr)
         return QTableView::eventFilter(watched, event);
-    else if (isOwnDrag(drag->source()) || !isEnabled())
+    else if (isOwnDrag(sourceOf(*drag)) || !isEnabled())
         event->ignore();
     else if (event->type() == QEvent::Drop)
         takeDrop(*static_cast<QDropEvent*>(event));
@@ -67,30 +76,76 @@ bool CustomTableView::eventFilter(QObject* watched, QEvent* event)
     return true;
 }
 
+/// The base class would look at each cell that is highlighted, and have its picture of the rows lie
+/// on the line that shows where they would come.
+void CustomTableView::startDrag(Qt::DropActions actions)
+{
+    FileList::Items items;
+    for (const int row : highlightedRows())
+        items.append(m_shown->files()->files().at(row));
+    if (items.isEmpty())
+        return;
+    auto* drag = new QDrag(this);
+    drag->setMimeData(offeredFiles(items, false).release());
+    drag->setPixmap(dragPicture(items.first()->name(), static_cast<int>(items.size())));
+    drag->setHotSpot(-besidePointer);
+    drag->exec(actions, defaultDropAction());
+}
+
+QModelIndexList CustomTableView::selectedIndexes() const
+{
+    QModelIndexList cells;
+    for (const PlaceRanges::Range& range : highlight().ranges())
+        cells.append(m_shown->index(range.first, FileTableModel::Name));
+    return cells;
+}
+
+/// The name of the first file, and how many there are.
+QPixmap CustomTableView::dragPicture(const QString& name, int count) const
+{
+    const QFontMetrics font = fontMetrics();
+    QString text = font.elidedText(name, Qt::ElideMiddle, 30 * font.averageCharWidth());
+    if (count > 1)
+        text += u" (%1)"_s.arg(locale().toString(count));
+    const QSize size(font.horizontalAdvance(text) + 2 * dragMargin, font.height() + dragMargin);
+    QPixmap picture(size * devicePixelRatioF());
+    picture.setDevicePixelRatio(devicePixelRatioF());
+    picture.fill(palette().color(QPalette::Highlight));
+    QPainter painter(&picture);
+    painter.setFont(this->font());
+    painter.setPen(palette().color(QPalette::HighlightedText));
+    const QRect area(QPoint(), size);
+    painter.drawRect(area.adjusted(0, 0, -1, -1)); // apart from rows of the same colour
+    painter.drawText(area, Qt::AlignCenter, text);
+    return picture;
+}
+
 void CustomTableView::dragEnterEvent(QDragEnterEvent* event)
 {
     m_isUsefulDrag
-        = validateDrop(event->source(), event->mimeData()) && hasUsefulFile(*event->mimeData());
+        = validateDrop(sourceOf(*event), event->mimeData()) && hasUsefulFile(*event->mimeData());
     answerDrag(*event);
 }
 
-void CustomTableView::dragMoveEvent(QDragMoveEvent* event) { answerDrag(*event); }
+void CustomTableView::dragMoveEvent(QDragMoveEvent* event)
+{
+    if (isOwnDrag(sourceOf(*event)))
+        QTableView::dragMoveEvent(event); // scrolls at the edges
+    answerDrag(*event);
+}
 
 /// Files are copied into the list. Rows of the table itself change their places; to others they are
 /// offered as links alone, so that nobody moves a file.
 void CustomTableView::answerDrag(QDragMoveEvent& event)
 {
-    const bool isMove = isOwnDrag(event.source());
+    const bool isMove = isOwnDrag(sourceOf(event));
     const bool isWelcome = isMove ? canBeReordered() : m_isUsefulDrag;
-    const QPoint position = event.position().toPoint();
-    showDropTarget(isWelcome && !isMove, isWelcome && isMove ? placeOfDrop(position) : -1);
+    showDropTarget(isWelcome && !isMove,
+                   isWelcome && isMove ? placeOfDrop(event.position().toPoint()) : -1);
     if (!isWelcome)
         return event.ignore();
     event.setDropAction(isMove ? Qt::LinkAction : Qt::CopyAction);
     event.accept();
-    if (isMove
-        && (position.y() < rowHeight(0) || position.y() > viewport()->height() - rowHeight(0)))
-        startAutoScroll();
 }
 
 void CustomTableView::dragLeaveEvent(QDragLeaveEvent* event)
@@ -105,15 +160,13 @@ void CustomTableView::takeDrop(QDropEvent& event)
 {
     const int place = placeOfDrop(event.position().toPoint());
     showDropTarget(false);
-    stopAutoScroll();
-    setState(NoState);
-    if (isOwnDrag(event.source()) && canBeReordered()) {
+    if (isOwnDrag(sourceOf(event)) && canBeReordered()) {
         event.setDropAction(Qt::LinkAction);
         event.accept();
         emit dragRequested(place);
         return;
     }
-    if (!validateDrop(event.source(), event.mimeData()))
+    if (!validateDrop(sourceOf(event), event.mimeData()))
         return event.ignore();
     QList<QUrl> files = event.mimeData()->urls();
     files.removeIf([](const QUrl& url) { return !url.isLocalFile(); });
@@ -141,22 +194,6 @@ void CustomTableView::showDropTarget(bool isTarget, int place)
     m_isDropTarget = isTarget;
     m_dropPlace = place;
     viewport()->update();
-}
-
-void CustomTableView::paintEvent(QPaintEvent* event)
-{
-    QTableView::paintEvent(event);
-    if (!m_isDropTarget && m_dropPlace < 0)
-        return;
-    QPainter painter(viewport());
-    painter.setPen(QPen(palette().highlight(), 2));
-    if (m_isDropTarget)
-        painter.drawRect(viewport()->rect().adjusted(1, 1, -1, -1));
-    if (m_dropPlace < 0)
-        return;
-    const int above = m_dropPlace - 1; // its lower edge is there even behind the last row
-    const int y = above < 0 ? 1 : rowViewportPosition(above) + rowHeight(above);
-    painter.drawLine(0, y, viewport()->width(), y);
 }
 
 } // namespace pagestack

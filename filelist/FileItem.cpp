@@ -56,14 +56,21 @@ std::shared_ptr<FileItem> FileItem::initWithURL(const QUrl& url)
     // Not every character survives: U+FDD0 and its like are replaced.
     const QUrl parsed(url.toString(QUrl::FullyEncoded));
     const bool isSame = parsed.toLocalFile() == url.toLocalFile();
-    return std::shared_ptr<FileItem>(new FileItem(isSame ? parsed : url));
+    auto item = std::make_shared<FileItem>(Made());
+    item->setFilePath(isSame ? parsed : url);
+    return item;
 }
 
-FileItem::FileItem(const QUrl& url) { setFilePath(url); }
+std::shared_ptr<const FileItem> FileItem::unread(const QUrl& url)
+{
+    auto item = std::make_shared<FileItem>(Made());
+    item->takeURL(url);
+    return item;
+}
 
-FileItem::FileItem(const FileItem& other)
+FileItem::FileItem(const FileItem& other, Made)
     : m_isSelected(other.m_isSelected)
-    , m_filePath(other.m_filePath)
+    , m_identityHash(other.m_identityHash)
     , m_path(other.m_path)
     , m_foundIn(other.m_foundIn)
     , m_rare(other.m_rare ? std::make_unique<Rare>(*other.m_rare) : nullptr)
@@ -76,28 +83,39 @@ FileItem::~FileItem() = default;
 
 std::shared_ptr<FileItem> FileItem::clone() const
 {
-    return std::shared_ptr<FileItem>(new FileItem(*this));
+    return std::make_shared<FileItem>(*this, Made());
 }
 
 void FileItem::setFilePath(const QUrl& url)
 {
-    m_filePath = url;
-    m_path = withoutEndingSlash(url.toLocalFile()).toString();
+    takeURL(url);
     const std::optional<qint64> bytes = allocatedSize(url.toLocalFile());
     if (bytes)
         m_size = saturated(*bytes);
     const CountedPages counted = countPages(url, u""_s);
     m_pages = saturated(counted.count);
-    const bool hasChoice = m_rare && !m_rare->pageChoice.isEmpty();
-    if (!hasChoice && counted.reduced.isEmpty() && counted.fault.isEmpty()) {
-        m_rare.reset();
+    if (!m_rare && counted.reduced.isEmpty() && counted.fault.isEmpty())
         return;
-    }
+    Rare& rare = madeRare();
+    rare.reducedPages = counted.reduced;
+    rare.fault = counted.fault;
+    rare.isMissing = m_pages == 0 && !bytes;
+}
+
+void FileItem::takeURL(const QUrl& url)
+{
+    m_path = withoutEndingSlash(url.toLocalFile()).toString();
+    const bool isPath = QUrl::fromLocalFile(m_path) == url;
+    if (!isPath || m_rare)
+        madeRare().url = isPath ? QUrl() : url;
+    m_identityHash = static_cast<quint32>(qHash(identity()));
+}
+
+FileItem::Rare& FileItem::madeRare()
+{
     if (!m_rare)
         m_rare = std::make_unique<Rare>();
-    m_rare->reducedPages = counted.reduced;
-    m_rare->fault = counted.fault;
-    m_rare->isMissing = m_pages == 0 && !bytes;
+    return *m_rare;
 }
 
 const FileItem::Rare& FileItem::rare() const
@@ -110,9 +128,22 @@ void FileItem::setPageChoice(const QString& choice)
 {
     if (!m_rare && choice.isEmpty())
         return;
-    if (!m_rare)
-        m_rare = std::make_unique<Rare>();
-    m_rare->pageChoice = choice;
+    madeRare().pageChoice = choice;
+}
+
+QUrl FileItem::filePath() const
+{
+    return rare().url.isEmpty() ? QUrl::fromLocalFile(m_path) : rare().url;
+}
+
+QString FileItem::localFile() const
+{
+    return rare().url.isEmpty() ? m_path : rare().url.toLocalFile();
+}
+
+QString FileItem::identity() const
+{
+    return rare().url.isEmpty() ? m_path : rare().url.toString(QUrl::FullyEncoded);
 }
 
 QString FileItem::name() const { return lastPathComponent(m_path); }
@@ -127,7 +158,9 @@ FileDates FileItem::dates() const { return m_path.isEmpty() ? FileDates() : file
 
 bool FileItem::isEqual(const FileItem* other) const
 {
-    return other && (other == this || other->m_filePath == m_filePath);
+    return other
+        && (other == this
+            || (other->m_identityHash == m_identityHash && other->identity() == identity()));
 }
 
 QVariant FileItem::displayField(const QString& identifier) const

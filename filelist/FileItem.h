@@ -20,10 +20,19 @@ namespace pagestack {
 /// may change an item; several may read it meanwhile if none changes it.
 class FileItem
 {
+    struct Made ///< only this class makes items
+    {
+    };
+
 public:
+    explicit FileItem(Made) { }
+    FileItem(const FileItem& other, Made);
+    FileItem(const FileItem&) = delete;
     ~FileItem();
     FileItem& operator=(const FileItem&) = delete;
 
+    /// An item that knows of the file only which one it is, to be compared with others.
+    static std::shared_ptr<const FileItem> unread(const QUrl& url);
     /// A ticked item for the file, or null when `url` is missing or is not a file URL.
     static std::shared_ptr<FileItem> initWithURL(const QUrl& url);
 
@@ -34,8 +43,12 @@ public:
     /// another file.
     static bool hasTextPath(const QUrl& url);
 
-    const QUrl& filePath() const { return m_filePath; }
-    const QString& path() const { return m_path; } ///< of filePath(), without a slash at the end
+    QUrl filePath() const;
+    QString localFile() const; ///< of filePath()
+    const QString& path() const { return m_path; } ///< localFile() without a slash at the end
+    /// The same for equal URLs alone; that of most is their path.
+    QString identity() const;
+    quint32 identityHash() const { return m_identityHash; }
     /// Takes size and page count anew; reads the file's directories. The size stays as it was when
     /// the file cannot be looked up.
     void setFilePath(const QUrl& url);
@@ -89,19 +102,22 @@ private:
     /// What few files of a list have.
     struct Rare
     {
+        QUrl url; ///< that says more than its path
         QString pageChoice { QLatin1String("") };
         QList<int> reducedPages;
         QString fault;
         bool isMissing = false;
     };
 
-    explicit FileItem(const QUrl& url);
-    FileItem(const FileItem& other);
     const Rare& rare() const;
+    Rare& madeRare();
+    void takeURL(const QUrl& url);
 
+    // Of the URL the path alone is kept, which is all that work on the list looks at. A QUrl takes
+    // more room than everything else of an item.
     bool m_isSelected = true;
-    QUrl m_filePath;
-    QString m_path; ///< of `m_filePath`, whose decoding would be most of the work of a sort
+    quint32 m_identityHash = 0;
+    QString m_path;
     QString m_foundIn;
     std::unique_ptr<Rare> m_rare; ///< null: as by default
     int m_pages = 0;

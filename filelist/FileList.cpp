@@ -1,6 +1,7 @@
 #include "filelist/FileList.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace pagestack {
 
@@ -14,9 +15,9 @@ QList<int> ascending(QList<int> rows)
 bool FileList::append(const Item& item)
 {
     Q_ASSERT(item);
-    const qsizetype before = m_urls.size();
-    m_urls.insert(item->filePath());
-    if (m_urls.size() == before)
+    const qsizetype before = m_known.size();
+    m_known.insert(Known(*item));
+    if (m_known.size() == before)
         return false;
     m_items.append(item);
     include(*item);
@@ -31,12 +32,31 @@ void FileList::removeRows(int first, int count)
     m_items.remove(first, count);
 }
 
+/// The rows of the first ones of `items` that are in the list in this order.
+QList<int> FileList::rowsInOrder(const Items& items) const
+{
+    QList<int> rows;
+    rows.reserve(items.size());
+    auto next = items.cbegin();
+    for (int row = 0; row < count() && next != items.cend(); ++row) {
+        if (m_items.at(row) != *next)
+            continue;
+        rows.append(row);
+        ++next;
+    }
+    return rows;
+}
+
 QList<int> FileList::rowsOf(const Items& items) const
 {
+    QList<int> rows = rowsInOrder(items);
+    if (rows.size() == items.size())
+        return rows;
+    rows.clear();
     QSet<const FileItem*> wanted;
+    wanted.reserve(items.size());
     for (const Item& item : items)
         wanted.insert(item.get());
-    QList<int> rows;
     for (int row = 0; row < count() && rows.size() < wanted.size(); ++row) {
         if (wanted.contains(m_items.at(row).get()))
             rows.append(row);
@@ -62,8 +82,13 @@ void FileList::reorder(const QList<int>& rows)
     Q_ASSERT(rows.size() == m_items.size());
     Items ordered;
     ordered.reserve(m_items.size());
-    for (const int row : rows)
-        ordered.append(m_items.at(row));
+    if (m_items.isDetached()) {
+        for (const int row : rows)
+            ordered.append(std::move(m_items[row]));
+    } else { // another has the list as it was
+        for (const int row : rows)
+            ordered.append(std::as_const(m_items).at(row));
+    }
     m_items.swap(ordered);
 }
 
@@ -78,7 +103,7 @@ void FileList::include(const FileItem& item)
 
 void FileList::exclude(const FileItem& item)
 {
-    m_urls.remove(item.filePath());
+    m_known.remove(Known(item));
     m_totalPages -= item.pages();
     if (item.isSelected()) {
         --m_checkedCount;

@@ -25,18 +25,13 @@ class FileList
 public:
     using Item = std::shared_ptr<FileItem>;
     using Items = QList<Item>;
-    /// An item and the row where it was.
-    struct Place
-    {
-        int row;
-        Item item;
-    };
 
     const Items& items() const { return m_items; } ///< a copy costs nothing
     int count() const { return static_cast<int>(m_items.size()); }
     const Item& at(int row) const { return m_items.at(row); }
     /// Whether an item with this URL is in the list; takes the same time however long the list is.
-    bool contains(const QUrl& url) const { return m_urls.contains(url); }
+    bool contains(const QUrl& url) const { return contains(*FileItem::unread(url)); }
+    bool contains(const FileItem& item) const { return m_known.contains(Known(item)); }
 
     /// The rows of those of `items` that are in the list, ascending. An item that is only equal to
     /// one of the list is not in it.
@@ -49,6 +44,7 @@ public:
     /// Adds `item`, which is not null, at the end. False, with nothing changed, if an equal item is
     /// there.
     bool append(const Item& item);
+    void reserve(int count) { m_known.reserve(count); } ///< room for as many in all
     void removeRows(int first, int count);
     void clear();
 
@@ -59,11 +55,30 @@ public:
     void reorder(const QList<int>& rows);
 
 private:
+    /// An item by its URL.
+    struct Known
+    {
+        explicit Known(const FileItem& known)
+            : item(&known)
+            , hash(known.identityHash())
+        {
+        }
+        const FileItem* item;
+        std::size_t hash; ///< beside the item: most comparisons look no further
+
+        friend std::size_t qHash(const Known& known, std::size_t seed) { return known.hash ^ seed; }
+        friend bool operator==(const Known& a, const Known& b)
+        {
+            return a.hash == b.hash && a.item->isEqual(b.item);
+        }
+    };
+
+    QList<int> rowsInOrder(const Items& items) const;
     void include(const FileItem& item);
     void exclude(const FileItem& item);
 
     Items m_items;
-    QSet<QUrl> m_urls;
+    QSet<Known> m_known;
     qint64 m_totalPages = 0;
     qint64 m_checkedCount = 0;
     qint64 m_checkedPages = 0;

@@ -9,7 +9,7 @@
 #include "engine/threads/WorkQueue.h"
 #include "filelist/Arguments.h"
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QThread>
@@ -209,9 +209,8 @@ namespace {
         const StopScope scope([this] { return !m_target.isProcessing(); });
         if (m_ahead.pending() >= mostPending)
             return found;
-        QElapsedTimer elapsed;
-        elapsed.start();
-        while (!m_isAtEnd && found.size() < mostFoundAtATime && elapsed.elapsed() < longestSearchMs
+        const QDeadlineTimer end(longestSearchMs);
+        while (!m_isAtEnd && found.size() < mostFoundAtATime && !end.hasExpired()
                && m_target.isProcessing())
             m_isAtEnd = !m_search.step(found);
         return found;
@@ -265,9 +264,8 @@ namespace {
 
     void Load::addSome(const Items& items, qsizetype& next)
     {
-        QElapsedTimer elapsed;
-        elapsed.start();
-        while (next < items.size() && elapsed.elapsed() < longestCallMs) {
+        const QDeadlineTimer end(longestCallMs);
+        while (next < items.size() && !end.hasExpired()) {
             if (!m_target.isProcessing())
                 return;
             const std::shared_ptr<FileItem>& item = items.at(next++);

@@ -1,7 +1,9 @@
 #include "filelist/FileTableModel.h"
 
+#include "engine/log/ShownReason.h"
 #include "engine/options/ConversionOptions.h"
 #include "engine/options/PageChoice.h"
+#include "filelist/PathClipboard.h"
 
 #include <QMimeData>
 #include <QTextDocument>
@@ -162,7 +164,7 @@ QVariant FileTableModel::objectValue(int row, const QString& identifier) const
 
 bool FileTableModel::append(const FileList::Item& item)
 {
-    if (m_files.contains(item->filePath()))
+    if (m_files.contains(*item))
         return false;
     beginInsertRows({}, m_files.count(), m_files.count());
     m_files.append(item);
@@ -187,25 +189,29 @@ int FileTableModel::removeItems(const QList<int>& rows)
     return static_cast<int>(removed.size());
 }
 
-void FileTableModel::insertItems(const QList<FileList::Place>& places)
+void FileTableModel::insertItems(const FileList::Items& items, const QList<int>& rows)
 {
-    QList<int> rows;
+    QList<int> targets;
     FileList::Items fresh;
-    for (const FileList::Place& place : places) {
-        if (m_files.contains(place.item->filePath()))
+    targets.reserve(items.size());
+    fresh.reserve(items.size());
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        if (m_files.contains(*items.at(i)))
             continue;
-        const int end = m_files.count() + static_cast<int>(fresh.size());
-        rows.append(std::min(place.row, end));
-        fresh.append(place.item);
+        targets.append(std::min(rows.at(i), m_files.count() + static_cast<int>(fresh.size())));
+        fresh.append(items.at(i));
     }
     if (fresh.isEmpty())
         return;
     const int before = m_files.count();
+    m_files.reserve(before + static_cast<int>(fresh.size()));
     beginInsertRows({}, before, before + static_cast<int>(fresh.size()) - 1);
     for (const FileList::Item& item : std::as_const(fresh))
         m_files.append(item);
     endInsertRows();
-    reorder(withLastRowsAt(before, rows));
+    const QList<int> order = withLastRowsAt(before, targets);
+    if (!std::ranges::is_sorted(order)) // not where they were the last ones
+        reorder(order);
 }
 
 void FileTableModel::clear()
@@ -352,12 +358,12 @@ QString FileTableModel::toolTip(const QModelIndex& index) const
 {
     const FileItem& item = *m_files.at(index.row());
     const RowStatus known = status(index.row());
-    QStringList lines { item.filePath().toLocalFile() };
+    QStringList lines { item.localFile() };
     if (index.column() == Status)
         lines = { known.text() };
     else if (item.pages() == 0)
         lines.append(tr("No page of this file can be read."));
-    lines.append(known.reason);
+    lines.append(shownReason(known.reason));
     lines.removeAll(QString());
     const QString text = lines.join(u'\n');
     return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
@@ -442,12 +448,10 @@ QMimeData* FileTableModel::mimeData(const QModelIndexList& indexes) const
     QList<int> rows;
     for (const QModelIndex& index : indexes)
         rows.append(index.row());
-    QList<QUrl> urls;
+    FileList::Items items;
     for (const int row : ascending(rows))
-        urls.append(m_files.at(row)->filePath());
-    auto data = std::make_unique<QMimeData>();
-    data->setUrls(urls);
-    return data.release(); // the drag owns it
+        items.append(m_files.at(row));
+    return offeredFiles(items, false).release(); // the drag owns it
 }
 
 } // namespace pagestack

@@ -63,9 +63,9 @@ public:
     bool append(const FileList::Item& item); ///< false if an equal one is in the list already
     /// `rows` in any order; the number of rows removed. Selections of other rows stay.
     int removeItems(const QList<int>& rows);
-    /// Puts items into the rows that they had: `places` ascend by row and count the items before
-    /// them in; a row past the end means the end. Items that are in the list already are left out.
-    void insertItems(const QList<FileList::Place>& places);
+    /// Puts each of `items` into its row of `rows`, which ascend and count the items before it in;
+    /// a row past the end means the end. Items that are in the list already are left out.
+    void insertItems(const FileList::Items& items, const QList<int>& rows);
     void clear();
 
     /// What the last run has made of the file at `path`. Views follow a moment later.

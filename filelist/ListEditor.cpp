@@ -15,6 +15,7 @@ namespace pagestack {
 namespace {
 
     constexpr int longestHistory = 100; // a step may hold the order of the whole list
+    constexpr qsizetype mostToldAtOnce = 10000; // more would hold up the window
 
     using Items = FileList::Items;
     using Mark = FileTableModel::Mark;
@@ -134,6 +135,7 @@ namespace {
 ListEditor::ListEditor(FileTableModel& model, QObject* parent)
     : QObject(parent)
     , m_model(model)
+    , m_nextTurn(0, [this] { tellStep(); })
 {
     m_history.setUndoLimit(longestHistory);
     connect(&m_model, &FileTableModel::checkMarkEdited, this, &ListEditor::rememberEdit);
@@ -145,9 +147,23 @@ void ListEditor::push(const QString& text, const Items& concerned, const Step& s
     const QScopedValueRollback isNew(m_isNewStep, true);
     m_history.push(new ListStep(text, [this, concerned, step](bool isForward) { // does it
         step(isForward);
-        if (!m_isNewStep)
-            emit stepped(m_model.files().rowsOf(concerned));
+        if (m_isNewStep) {
+            m_nextTurn.stop(); // what an earlier step concerned is no news any more
+            m_concerned.clear();
+            return;
+        }
+        m_concerned = concerned;
+        if (concerned.size() > mostToldAtOnce)
+            m_nextTurn.start();
+        else
+            tellStep();
     }));
+}
+
+void ListEditor::tellStep()
+{
+    m_nextTurn.stop(); // of an earlier step
+    emit stepped(m_model.files().rowsOf(std::exchange(m_concerned, {})));
 }
 
 void ListEditor::mark(const QList<int>& rows, Mark mark)
@@ -212,14 +228,11 @@ void ListEditor::remove(const QList<int>& rows, const QString& text)
     if (rows.isEmpty())
         return;
     const Items items = itemsAt(m_model.files(), rows);
-    QList<FileList::Place> places;
-    for (qsizetype i = 0; i < rows.size(); ++i)
-        places.append({ rows.at(i), items.at(i) });
     push(text, items, [=, this](bool isForward) {
         if (isForward)
-            m_model.removeItems(m_model.files().rowsOf(items));
+            m_model.removeItems(m_isNewStep ? rows : m_model.files().rowsOf(items));
         else
-            m_model.insertItems(places);
+            m_model.insertItems(items, rows);
     });
 }
 
@@ -260,10 +273,13 @@ void ListEditor::sort(const QList<int>& rows, const SortOrders& before, const So
     if (rows.isEmpty())
         return; // in that order already
     const FileList& files = m_model.files();
+    const Items oldItems = files.items();
+    m_model.reorder(rows);
+    // The orders are kept as lists that the list itself shares, until it changes.
     push(after.value(0).isAscending ? tr("Sort") : tr("Sort Backwards"), {},
-         [=, this, &files, oldItems = files.items(),
-          newItems = itemsAt(files, rows)](bool isForward) {
-             m_model.reorder(orderLike(isForward ? newItems : oldItems, files.items()));
+         [=, this, &files, newItems = files.items()](bool isForward) {
+             if (!m_isNewStep)
+                 m_model.reorder(orderLike(isForward ? newItems : oldItems, files.items()));
              emit sorted(isForward ? after : before);
          });
 }

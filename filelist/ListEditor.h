@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/support/Pause.h"
 #include "filelist/FileTableModel.h"
 
 #include <QObject>
@@ -42,6 +43,7 @@ public:
 
 signals:
     /// A step was taken back or done again; it concerned the files in these rows, which ascend.
+    /// Comes a turn of the event loop later when they are very many.
     void stepped(const QList<int>& rows);
     /// The list is sorted by `orders` now, after a step or after taking one back.
     void sorted(const QList<pagestack::SortOrder>& orders);
@@ -57,8 +59,12 @@ private:
     void rememberEdit(int row);
     void rememberPageChoice(int row, const QString& before);
 
+    void tellStep();
+
     FileTableModel& m_model;
     bool m_isNewStep = false; ///< which is told by nothing but the change itself
+    Items m_concerned; ///< by the last step that was taken back or done again, until it is told
+    Pause m_nextTurn; ///< of the event loop: then that of very many files is told
     QUndoStack m_history;
 };
 

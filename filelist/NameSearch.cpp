@@ -13,7 +13,7 @@ QList<int> rowsWithName(const FileList::Items& items, const QString& text)
     const bool isPath = text.contains(u'/');
     for (int row = 0; row < items.size(); ++row) {
         const FileItem& item = *items.at(row);
-        if (matcher.indexIn(isPath ? item.filePath().toLocalFile() : item.name()) >= 0)
+        if (matcher.indexIn(isPath ? item.path() : item.name()) >= 0)
             rows.append(row);
     }
     return rows;

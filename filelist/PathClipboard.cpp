@@ -3,12 +3,16 @@
 #include <QDir>
 #include <QMimeData>
 
+#include <utility>
+
 namespace pagestack {
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
+    const QString urlsType = u"text/uri-list"_s;
+    const QString textType = u"text/plain"_s;
     constexpr qsizetype mostCharacters = 4'000'000; // the window stands still meanwhile
 
     QUrl fileIn(QStringView line)
@@ -23,17 +27,46 @@ namespace {
         return line.startsWith(u'/') ? QUrl::fromLocalFile(line.toString()) : QUrl();
     }
 
+    class OfferedFiles : public QMimeData
+    {
+    public:
+        OfferedFiles(FileList::Items items, bool isTextToo)
+            : m_items(std::move(items))
+            , m_isTextToo(isTextToo)
+        {
+        }
+
+        QStringList formats() const override
+        {
+            return m_isTextToo ? QStringList { urlsType, textType } : QStringList { urlsType };
+        }
+
+    protected:
+        QVariant retrieveData(const QString& type, QMetaType /*preferred*/) const override
+        {
+            QVariantList urls;
+            QStringList paths;
+            if (type == urlsType)
+                for (const FileList::Item& item : m_items)
+                    urls.append(item->filePath());
+            else if (type == textType && m_isTextToo)
+                for (const FileList::Item& item : m_items)
+                    paths.append(item->localFile());
+            else
+                return {};
+            return type == urlsType ? QVariant(urls) : QVariant(paths.join(u'\n'));
+        }
+
+    private:
+        const FileList::Items m_items;
+        const bool m_isTextToo;
+    };
+
 } // namespace
 
-std::unique_ptr<QMimeData> clipboardData(const QList<QUrl>& urls)
+std::unique_ptr<QMimeData> offeredFiles(const FileList::Items& items, bool isTextToo)
 {
-    QStringList paths;
-    for (const QUrl& url : urls)
-        paths.append(url.toLocalFile());
-    auto data = std::make_unique<QMimeData>();
-    data->setUrls(urls);
-    data->setText(paths.join(u'\n'));
-    return data;
+    return std::make_unique<OfferedFiles>(items, isTextToo);
 }
 
 ClipboardFiles filesIn(const QMimeData* data)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "filelist/FileList.h"
+
 #include <QList>
 #include <QUrl>
 
@@ -9,8 +11,9 @@ class QMimeData;
 
 namespace pagestack {
 
-/// The files as other programs take them: as URLs, and as text with a path on each line.
-std::unique_ptr<QMimeData> clipboardData(const QList<QUrl>& urls);
+/// The files as other programs take them: as URLs and, where that is wanted, as text with a path on
+/// each line. Both are made when they are asked for: of very many files it takes its time.
+std::unique_ptr<QMimeData> offeredFiles(const FileList::Items& items, bool isTextToo);
 
 struct ClipboardFiles
 {

@@ -3,6 +3,7 @@
 #include "filelist/FileItem.h"
 
 #include <QCoreApplication>
+#include <QLocale>
 
 namespace pagestack {
 
@@ -41,8 +42,7 @@ QString RowStatus::text() const
     case State::Converting:
         if (pages > 0)
             return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Page %1 of %2"))
-                .arg(page)
-                .arg(pages);
+                .arg(QLocale().toString(page), QLocale().toString(pages));
         return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Converting"));
     case State::Done:
         return wordFor(QT_TRANSLATE_NOOP("pagestack::RowStatus", "Done"));
@@ -73,48 +73,77 @@ bool isInGroup(State state, RowGroup group)
 
 RowStatuses::RowStatuses(QObject* parent)
     : QObject(parent)
+    , m_pause(pauseMs, [this] { emit changed(); })
 {
-    m_pause.setSingleShot(true);
-    m_pause.setInterval(pauseMs);
-    connect(&m_pause, &QTimer::timeout, this, &RowStatuses::changed);
 }
 
 void RowStatuses::set(const QString& path, const RowStatus& status)
 {
     if (status.state != State::None)
-        m_ofRun.insert(path, status);
-    else if (!m_ofRun.remove(path))
+        keep(path, status);
+    else if (!forget(path))
         return; // as for nearly all files of a load
-    if (!m_pause.isActive())
-        m_pause.start();
+    m_pause.begin();
 }
 
 void RowStatuses::replace(const QHash<QString, RowStatus>& statuses)
 {
-    m_ofRun = statuses;
+    m_words.clear();
+    m_details.clear();
+    m_reasons.clear();
+    for (auto status = statuses.cbegin(); status != statuses.cend(); ++status)
+        keep(status.key(), *status);
     m_pause.start();
+}
+
+void RowStatuses::keep(const QString& path, const RowStatus& status)
+{
+    const bool hasNumbers = status.state == State::Converting || status.state == State::Warning;
+    if (status.reason.isEmpty() && !hasNumbers) {
+        m_details.remove(path);
+        m_words.insert(path, status.state);
+        return;
+    }
+    m_words.remove(path);
+    RowStatus& kept = m_details[path];
+    kept = status;
+    kept.reason = *m_reasons.insert(status.reason);
+}
+
+bool RowStatuses::forget(const QString& path)
+{
+    const bool hadWord = m_words.remove(path);
+    return m_details.remove(path) || hadWord;
 }
 
 RowStatus RowStatuses::of(const FileItem& item) const
 {
-    if (const auto known = m_ofRun.constFind(item.path()); known != m_ofRun.cend())
+    if (const auto known = m_details.constFind(item.path()); known != m_details.cend())
         return *known;
+    if (const State state = m_words.value(item.path(), State::None); state != State::None)
+        return { .state = state };
     const State state = stateAsMet(item);
     return { state, 0, 0, state == State::None ? QString() : item.fault() };
 }
 
 bool RowStatuses::isConverted(const FileItem& item) const
 {
-    const auto known = m_ofRun.constFind(item.path());
-    return known != m_ofRun.cend()
+    if (m_words.value(item.path(), State::None) == State::Done)
+        return true;
+    const auto known = m_details.constFind(item.path());
+    return known != m_details.cend()
         && (known->state == State::Done || (known->state == State::Warning && known->pages > 0));
 }
 
 std::function<State(const FileItem&)> RowStatuses::states() const
 {
-    return [ofRun = m_ofRun](const FileItem& item) {
-        const auto known = ofRun.isEmpty() ? ofRun.cend() : ofRun.constFind(item.path());
-        return known == ofRun.cend() ? stateAsMet(item) : known->state;
+    if (m_words.isEmpty() && m_details.isEmpty())
+        return stateAsMet;
+    return [words = m_words, details = m_details](const FileItem& item) {
+        if (const auto known = details.constFind(item.path()); known != details.cend())
+            return known->state;
+        const State state = words.value(item.path(), State::None);
+        return state == State::None ? stateAsMet(item) : state;
     };
 }
 

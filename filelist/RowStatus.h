@@ -1,9 +1,11 @@
 #pragma once
 
+#include "engine/support/Pause.h"
+
 #include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QString>
-#include <QTimer>
 
 #include <functional>
 
@@ -47,6 +49,9 @@ bool isInGroup(RowStatus::State state, RowGroup group);
 
 /// The statuses of the files of a list. Those of a run are kept by path and outlive the row, which
 /// may come back; the others follow from the file itself and take no room. Main thread.
+///
+/// A run may tell of very many files. Of those of which there is no more to say than a word, which
+/// nearly all are, the word alone is kept, without numbers of pages.
 class RowStatuses : public QObject
 {
     Q_OBJECT
@@ -69,8 +74,13 @@ signals:
     void changed(); ///< many changes are one, a moment later
 
 private:
-    QHash<QString, RowStatus> m_ofRun; ///< by path
-    QTimer m_pause;
+    void keep(const QString& path, const RowStatus& status);
+    bool forget(const QString& path);
+
+    QHash<QString, RowStatus::State> m_words; ///< that a run has said, by path
+    QHash<QString, RowStatus> m_details; ///< the same where there is more to say
+    QSet<QString> m_reasons; ///< equal ones share their text
+    Pause m_pause;
 };
 
 } // namespace pagestack

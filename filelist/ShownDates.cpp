@@ -2,6 +2,8 @@
 
 #include "engine/preview/PageFacts.h"
 
+#include <QLocale>
+
 #include <utility>
 
 namespace pagestack {
@@ -28,8 +30,10 @@ namespace {
 
     QString pixelsText(const FileItem& item)
     try {
-        const PageExtent extent = extentOf(item.filePath().toLocalFile());
-        return ShownPixels::tr("%1 x %2").arg(extent.sizePx.width()).arg(extent.sizePx.height())
+        const QLocale locale;
+        const PageExtent extent = extentOf(item.localFile());
+        return ShownPixels::tr("%1 x %2").arg(locale.toString(extent.sizePx.width()),
+                                              locale.toString(extent.sizePx.height()))
             + dpiText(extent);
     } catch (const std::exception&) {
         return {}; // what is wrong with the file is told by its status

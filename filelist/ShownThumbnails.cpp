@@ -14,27 +14,28 @@ namespace {
 } // namespace
 
 ShownThumbnails::ShownThumbnails(double ratio)
-    : m_ratio(ratio)
-    , m_looks([this](const FileItem& item) { return look(item); }, pauseOfThumbnailsMs,
-              [this] { emit changed(); }, mostThumbnailsKept)
+    : m_isStopped(std::make_shared<std::atomic<bool>>(false))
+    , m_looks([ratio, isStopped = m_isStopped](
+                  const FileItem& item) { return look(item, ratio, *isStopped); },
+              pauseOfThumbnailsMs, [this] { emit changed(); }, mostThumbnailsKept)
 {
 }
 
-ShownThumbnails::~ShownThumbnails() { m_isStopped = true; }
+ShownThumbnails::~ShownThumbnails() { *m_isStopped = true; }
 
 /// On a thread of the looks.
-QImage ShownThumbnails::look(const FileItem& item) const
+QImage ShownThumbnails::look(const FileItem& item, double ratio, const std::atomic<bool>& isStopped)
 try {
-    const auto isStopped = [this] { return m_isStopped.load(); };
-    PreviewFile file(item.filePath().toLocalFile());
+    const auto isEnded = [&isStopped] { return isStopped.load(); };
+    PreviewFile file(item.localFile());
     PictureWish wish;
-    wish.most = QSize(side, side) * m_ratio;
-    const PagePicture picture = pictureOf(file.open(isStopped), wish, isStopped);
+    wish.most = QSize(side, side) * ratio;
+    const PagePicture picture = pictureOf(file.open(isEnded), wish, isEnded);
     const QImage image(picture.samples.data(), picture.size.width(), picture.size.height(),
                        qsizetype(picture.size.width()) * picture.channels,
                        picture.channels == 1 ? QImage::Format_Grayscale8 : QImage::Format_RGB888);
     QImage own = image.convertToFormat(QImage::Format_RGB32);
-    own.setDevicePixelRatio(m_ratio);
+    own.setDevicePixelRatio(ratio);
     return own;
 } catch (const std::exception&) {
     return {}; // the status of the file says why

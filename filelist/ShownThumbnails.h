@@ -29,11 +29,10 @@ signals:
     void changed(); ///< of() returns another picture of some file now
 
 private:
-    QImage look(const FileItem& item) const;
+    static QImage look(const FileItem& item, double ratio, const std::atomic<bool>& isStopped);
 
-    const double m_ratio;
-    std::atomic<bool> m_isStopped = false;
-    LastLooks<QImage> m_looks; ///< last: its threads use the rest
+    const std::shared_ptr<std::atomic<bool>> m_isStopped;
+    LastLooks<QImage> m_looks;
 };
 
 } // namespace pagestack

@@ -1,6 +1,7 @@
 #include "filelist/SortHeader.h"
 
 #include "filelist/FileTableModel.h"
+#include "filelist/RowStatus.h"
 
 #include <QContextMenuEvent>
 #include <QDataStream>
@@ -15,7 +16,23 @@ namespace pagestack {
 
 namespace {
 
+#ifdef Q_OS_MACOS
+    constexpr bool pointsDown = false;
+#else
+    constexpr bool pointsDown = true; // the arrow that styles draw for an ascending order
+#endif
     constexpr qint32 columnsFormat = 2; // 1 had the sort order of the header alone
+
+    /// In the language of the window.
+    int widestStatus(const QFontMetrics& font)
+    {
+        using enum RowStatus::State;
+        int width = font.horizontalAdvance(RowStatus { Converting, 10, 10 }.text());
+        for (const RowStatus::State state :
+             { Missing, Unreadable, Waiting, Done, Warning, Failed, NotReached })
+            width = std::max(width, font.horizontalAdvance(RowStatus { state }.text()));
+        return width;
+    }
 
 } // namespace
 
@@ -27,9 +44,14 @@ SortHeader::SortHeader(QWidget* parent)
     setSectionsMovable(true);
     // It tells what was clicked; the table's own sorting would be no step of the history.
     setSectionsClickable(true);
-    setSortIndicatorShown(true);
     setSortIndicator(-1, Qt::AscendingOrder);
     connect(this, &QHeaderView::sortIndicatorChanged, this, &SortHeader::followIndicator);
+}
+
+void SortHeader::setSelectionModel(QItemSelectionModel* selection)
+{
+    if (selection->QObject::parent() == this)
+        QHeaderView::setSelectionModel(selection);
 }
 
 void SortHeader::resetColumns()
@@ -39,15 +61,23 @@ void SortHeader::resetColumns()
     const int checkBox = style()->pixelMetric(QStyle::PM_IndicatorWidth)
         + 4 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1);
     setMinimumSectionSize(checkBox);
+    for (int hidden = 0; hidden < count(); ++hidden)
+        setSectionHidden(hidden, false); // the sizes of those that are hidden are told as 0
     resizeSection(FileTableModel::IsSelected, checkBox);
     const int digit = fontMetrics().horizontalAdvance(u'0');
     int column = FileTableModel::Name;
     for (const int digits : { 20, 13, 7, 15, 9, 5, 30, 20, 20, 20, 22 })
         resizeSection(column++, digits * digit);
-    for (column = 0; column < count(); ++column) {
-        setSectionHidden(column, column == FileTableModel::Pixels);
+    // Where the texts of the language ask for more.
+    const int status
+        = style()->pixelMetric(QStyle::PM_SmallIconSize) + widestStatus(fontMetrics()) + 2 * digit;
+    for (column = FileTableModel::Name; column < count(); ++column)
+        resizeSection(column,
+                      std::max({ sectionSize(column), sectionSizeHint(column),
+                                 column == FileTableModel::Status ? status : 0 }));
+    for (column = 0; column < count(); ++column)
         moveSection(visualIndex(column), column);
-    }
+    hideSection(FileTableModel::Pixels);
 }
 
 void SortHeader::fillMenu(QMenu& menu)
@@ -57,8 +87,11 @@ void SortHeader::fillMenu(QMenu& menu)
         QAction* action = menu.addAction(model()->headerData(column, Qt::Horizontal).toString());
         action->setCheckable(true);
         action->setChecked(!isSectionHidden(column));
-        connect(action, &QAction::toggled, this,
-                [this, column](bool isShown) { setSectionHidden(column, !isShown); });
+        connect(action, &QAction::toggled, this, [this, column](bool isShown) {
+            setSectionHidden(column, !isShown);
+            if (isShown && sectionSize(column) == 0) // as earlier versions may have left it
+                resizeSection(column, sectionSizeHint(column));
+        });
     }
     menu.addSeparator();
     connect(menu.addAction(tr("Reset Columns")), &QAction::triggered, this,
@@ -120,7 +153,8 @@ void SortHeader::initStyleOptionForIndex(QStyleOptionHeader* option, int logical
     for (qsizetype i = 1; i < m_orders.size(); ++i)
         if (FileTableModel::columnSortedBy(m_orders.at(i).key) == logicalIndex)
             option->text
-                += (m_orders.at(i).isAscending ? u" \u2191%1"_s : u" \u2193%1"_s).arg(i + 1);
+                += (m_orders.at(i).isAscending == pointsDown ? u" \u2193%1"_s : u" \u2191%1"_s)
+                       .arg(i + 1);
 }
 
 QByteArray SortHeader::save() const
@@ -144,6 +178,7 @@ bool SortHeader::restore(const QByteArray& state)
     if (stream.status() != QDataStream::Ok || format < 1 || format > columnsFormat
         || columns != count() || !restoreState(header))
         return false;
+    setSortIndicatorShown(true); // states of earlier versions say that it is not
     qint32 orderCount = 0;
     SortOrders orders;
     for (stream >> orderCount; orders.size() < std::min(orderCount, columns);) {

@@ -24,7 +24,11 @@ public:
     QByteArray save() const;
     /// False, with the columns left as they are, if save() did not make `state` for as many.
     bool restore(const QByteArray& state);
-    /// The columns in the order of the model, as wide as their contents commonly are; that of the
+    /// Takes none but its own, which stays empty: highlighted are rows, and whether they make up a
+    /// column would be asked of each of them.
+    void setSelectionModel(QItemSelectionModel* selection) override;
+    /// The columns in the order of the model, as wide as their titles and what they commonly
+    /// hold; that of the
     /// pixels, which files are read for, is hidden.
     void resetColumns();
 

@@ -118,6 +118,7 @@ private slots:
                  u"three.TIF|"_s + item->sizeInKB() + u"|TIF|"_s + m_folder->path()
                      + u"|03-Feb-2021 4:05 PM|31-Dec-2022 12:01 AM||||"_s);
         const QDateTime created = item->dateCreated(); // not every file system keeps it
+        QCOMPARE(created.isValid(), QFileInfo(m_file).birthTime().isValid());
         QVERIFY(!created.isValid() || qAbs(created.secsTo(QDateTime::currentDateTime())) <= 2);
     }
 
@@ -175,12 +176,39 @@ private slots:
             paths.append(url.toLocalFile());
         QCOMPARE(paths.join(u'|'), u"/a b.tif|/q.tif|/c d.tif|"_s + QDir::homePath() + u"/h.tif"_s);
         QCOMPARE(read.unreadLines, 1);
-        const auto copied = clipboardData(read.urls);
+        FileList::Items items;
+        for (const QUrl& url : read.urls)
+            items.append(FileItem::initWithURL(url));
+        const auto copied = offeredFiles(items, true);
         QCOMPARE(copied->text().split(u'\n'), paths);
         QCOMPARE(filesIn(copied.get()).urls, read.urls);
         QVERIFY(filesIn(nullptr).urls.isEmpty());
+        QMimeData copiedUrls;
+        copiedUrls.setUrls({ QUrl(u"http://a/b.tif"_s), QUrl(u"file:///c.tif"_s) });
+        QCOMPARE(filesIn(&copiedUrls).urls, QList<QUrl> { QUrl(u"file:///c.tif"_s) });
         text.setText(QString(5'000'000, u'/'));
         QVERIFY(filesIn(&text).isTooLong);
+    }
+
+    // Of a URL that says no more than a path the path alone is kept.
+    void tellsFilesByTheWholeOfTheirUrls()
+    {
+        FileList files;
+        QList<QUrl> urls;
+        for (const auto* end : { "", "/", "?page=2", "#2", ".tif", "%23" })
+            urls.append(QUrl(u"file:///tmp/a"_s + QLatin1String(end)));
+        urls.append(QUrl(u"file://far/tmp/a"_s));
+        for (const QUrl& url : std::as_const(urls)) {
+            QVERIFY(!files.contains(url));
+            QVERIFY(files.append(FileItem::initWithURL(url)));
+            QVERIFY(!files.append(FileItem::initWithURL(url)));
+            QCOMPARE(files.items().last()->filePath(), url);
+            QCOMPARE(files.items().last()->clone()->filePath(), url);
+            QCOMPARE(files.items().last()->localFile(), url.toLocalFile());
+        }
+        files.removeRows(0, 1);
+        for (qsizetype i = 0; i < urls.size(); ++i)
+            QCOMPARE(files.contains(urls.at(i)), i > 0);
     }
 
     void keepsItsTotalsThroughAnyChange()
@@ -212,6 +240,15 @@ private slots:
                     = sortedRows(files.items(), { { u"pages"_s, below(2) == 0 } });
                 if (!rows.isEmpty())
                     files.reorder(rows);
+            }
+            QList<int> wanted { 0, files.count() / 2, files.count() - 1 };
+            for (const bool isInOrder : { true, false }) { // which has a way of its own
+                if (!isInOrder)
+                    std::reverse(wanted.begin(), wanted.end());
+                FileList::Items items { itemOf(m_file) }; // not in the list
+                for (const int at : std::as_const(wanted))
+                    items.append(files.count() > 0 ? files.at(at) : items.first());
+                QCOMPARE(files.rowsOf(items), files.count() > 0 ? ascending(wanted) : QList<int>());
             }
             qint64 pages = 0;
             qint64 checked = 0;

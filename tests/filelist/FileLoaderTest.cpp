@@ -131,6 +131,22 @@ private slots:
         QCOMPARE(namesOf(target.files), (QStringList { u"a.tif"_s }));
     }
 
+#ifdef Q_OS_LINUX
+    // Text that is none would come back as the name of another file.
+    void leavesOutNamesThatAreNoText()
+    {
+        m_folder->make(u"odd/a.tif"_s);
+        const QByteArray odd = path(u"odd/b"_s).toUtf8() + "\xff.tif";
+        QVERIFY(std::rename(qPrintable(path(u"odd/a.tif"_s)), odd.constData()) == 0);
+        Target target;
+        FileLoader loader(target);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"The name is no UTF-8 text"_s));
+        QVERIFY(!inBackground([&] { return loader.addFolderToList(urls({ u"odd"_s }), false); }));
+        QVERIFY(std::remove(odd.constData()) == 0); // which Qt cannot
+        QVERIFY(loader.addition().text().startsWith(u"0 added, 1 left out"_s));
+    }
+#endif
+
     // Whoever drops a thousand things that are none must learn why, without a page of it.
     void saysWhyFilesAreLeftOut()
     {
