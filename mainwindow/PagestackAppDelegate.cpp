@@ -109,7 +109,6 @@ void PagestackAppDelegate::awakeFromNib()
         m_services.defaults.setBool(showSettingsKey, true);
     showSettings(!shown.isValid() || shown.toBool());
     markTheKeyLetters();
-    pane().showFormat();
     resetView(true);
     setupVersion();
     setupToolbarAndMenuItems();

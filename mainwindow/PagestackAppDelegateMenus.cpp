@@ -116,7 +116,11 @@ void PagestackAppDelegate::websiteAction()
 void PagestackAppDelegate::helpAction()
 {
     try {
-        const QString guide = pathForResource(u"MACPagestack1"_s, u"pdf"_s);
+        QString guide = pathForResource(
+            tr("MACPagestack1", "file of the guide, which may be another in another language"),
+            u"pdf"_s);
+        if (guide.isEmpty())
+            guide = pathForResource(u"MACPagestack1"_s, u"pdf"_s);
         m_services.workspace.openURL(QUrl::fromLocalFile(guide));
     } catch (const std::exception& error) {
         systemLog(u"Error in [helpAction:] : "_s + QString::fromUtf8(error.what()));

@@ -1,5 +1,6 @@
 #include "mainwindow/desktop/Services.h"
 
+#include "engine/log/ShownReason.h"
 #include "engine/settings/UserDefaults.h"
 #include "engine/support/Application.h"
 
@@ -17,12 +18,15 @@ void Services::ask(QWidget* window, AlertPanel::Style style, const QString& text
 
 void Services::tell(QWidget* window, const QString& reason) const
 {
-    ask(window, AlertPanel::Style::Critical, reason.left(1).toUpper() + reason.mid(1));
+    const QString text = shownReason(reason);
+    ask(window, AlertPanel::Style::Critical, text.left(1).toUpper() + text.mid(1));
 }
 
 void Services::tellTroubles(QWidget* window) const
 {
-    const QStringList troubles = defaults.takeTroubles();
+    QStringList troubles = defaults.takeTroubles();
+    for (QString& trouble : troubles)
+        trouble = shownReason(trouble);
     if (!troubles.isEmpty())
         ask(window, AlertPanel::Style::Critical, troubles.join(u'\n'));
 }

@@ -48,16 +48,13 @@ ImportFilesWindowController::ImportFilesWindowController(QWidget* window, AlertP
     , m_alerts(alerts)
     , m_chooser(chooser)
     , m_ui(std::make_unique<Ui::ImportFiles>())
-    , m_typingPause(this)
+    , m_typingPause(typingPauseMs, [this] { follow(); })
     , m_isCheckOutdated(std::make_shared<std::atomic<bool>>(false))
     , m_diskChecks(this)
 {
     m_ui->setupUi(this);
     setWindowModality(Qt::WindowModal);
     m_diskChecks.setMaxThreadCount(1);
-    m_typingPause.setSingleShot(true);
-    m_typingPause.setInterval(typingPauseMs);
-    connect(&m_typingPause, &QTimer::timeout, this, &ImportFilesWindowController::follow);
     connect(m_ui->importText, &QPlainTextEdit::textChanged, &m_typingPause,
             qOverload<>(&QTimer::start));
     for (const QRadioButton* radio : { m_ui->importFromFileBtn, m_ui->importFromTextBtn })

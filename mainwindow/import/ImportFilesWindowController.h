@@ -1,12 +1,12 @@
 #pragma once
 
 #include "engine/sources/PathList.h"
+#include "engine/support/Pause.h"
 
 #include <QDialog>
 #include <QList>
 #include <QString>
 #include <QThreadPool>
-#include <QTimer>
 #include <QUrl>
 
 #include <atomic>
@@ -104,7 +104,7 @@ private:
     QString m_allowedTypes;
     QList<QUrl> m_files;
     QHash<QUrl, QString> m_pageChoices;
-    QTimer m_typingPause; ///< what is typed is counted when typing pauses
+    Pause m_typingPause; ///< what is typed is counted when typing pauses
     std::shared_ptr<std::atomic<bool>> m_isCheckOutdated;
     QThreadPool m_diskChecks; ///< the last member: its end waits for the check that is under way
 };

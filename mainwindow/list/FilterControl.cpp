@@ -3,7 +3,7 @@
 #include "filelist/FileTableModel.h"
 #include "ui_MainWindow.h"
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QKeyEvent>
 
 #include <algorithm>
@@ -29,10 +29,9 @@ FilterControl::FilterControl(const WindowParts& parts)
                      QT_TR_NOOP("Warnings (%1)") },
                    { RowGroup::NotReached, parts.ui.filterNotReachedButton,
                      QT_TR_NOOP("Not reached (%1)") } } }
+    , m_pause(filterPauseMs, [this] { choose(); })
+    , m_refresh(statusRefreshMs, [this] { followStatuses(); })
 {
-    m_pause.setSingleShot(true);
-    m_pause.setInterval(filterPauseMs);
-    connect(&m_pause, &QTimer::timeout, this, &FilterControl::choose);
     connect(&m_turn, &QTimer::timeout, this, &FilterControl::look);
     connect(parts.ui.filterField, &QLineEdit::textChanged, &m_pause, qOverload<>(&QTimer::start));
     connect(parts.ui.filterAllButton, &QAbstractButton::clicked, this,
@@ -45,16 +44,9 @@ FilterControl::FilterControl(const WindowParts& parts)
     connect(&model, &FileTableModel::rowsRemoved, this, &FilterControl::lookAgain);
     connect(&model, &FileTableModel::layoutChanged, this, &FilterControl::lookAgain);
     connect(&model, &FileTableModel::modelReset, this, &FilterControl::lookAgain);
-    m_refresh.setSingleShot(true);
-    m_refresh.setInterval(statusRefreshMs);
-    connect(&model.statuses(), &RowStatuses::changed, this, [this] {
-        if (!m_refresh.isActive())
-            m_refresh.start();
-    });
-    connect(&m_refresh, &QTimer::timeout, this, &FilterControl::followStatuses);
+    connect(&model.statuses(), &RowStatuses::changed, &m_refresh, &Pause::begin);
     parts.ui.filterField->installEventFilter(this);
     parts.ui.mainTableView->installEventFilter(this);
-    followList();
     look();
 }
 
@@ -99,7 +91,6 @@ bool FilterControl::eventFilter(QObject* watched, QEvent* event)
 /// Takes the filter from its controls.
 void FilterControl::choose()
 {
-    m_pause.stop();
     const auto chosen = std::ranges::find_if(
         m_groups, [](const Group& group) { return group.button->isChecked(); });
     m_filter = ListFilter(m_parts.ui.filterField->text(),
@@ -143,10 +134,9 @@ void FilterControl::look()
         for (Group& group : m_groups)
             group.count = 0;
     const auto stateOf = m_parts.model.statuses().states();
-    QElapsedTimer elapsed;
-    elapsed.start();
+    const QDeadlineTimer end(longestTurnMs);
     for (; m_next < m_parts.files.count(); ++m_next) {
-        if (m_next % rowsBetweenLooksAtTheClock == 0 && elapsed.elapsed() >= longestTurnMs)
+        if (m_next % rowsBetweenLooksAtTheClock == 0 && end.hasExpired())
             return;
         const FileItem& item = *m_parts.files.at(m_next);
         const RowStatus::State state = stateOf(item);

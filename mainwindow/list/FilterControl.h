@@ -1,10 +1,10 @@
 #pragma once
 
+#include "engine/support/Pause.h"
 #include "filelist/ListFilter.h"
 #include "mainwindow/state/WindowParts.h"
 
 #include <QObject>
-#include <QTimer>
 
 #include <array>
 #include <vector>
@@ -51,8 +51,8 @@ private:
     const WindowParts m_parts;
     std::array<Group, 3> m_groups;
     ListFilter m_filter;
-    QTimer m_pause; ///< while the user types
-    QTimer m_refresh; ///< from a change of statuses on
+    Pause m_pause; ///< while the user types
+    Pause m_refresh; ///< from a change of statuses on
     QTimer m_turn;
     int m_next = 0; ///< the row that is looked at next
     std::vector<int> m_found; ///< rows before that, of a filter that is not applied yet

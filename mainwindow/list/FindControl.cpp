@@ -5,7 +5,7 @@
 #include "ui_MainWindow.h"
 
 #include <QKeyEvent>
-#include <QTimer>
+#include <QLocale>
 
 #include <algorithm>
 
@@ -20,12 +20,9 @@ namespace {
 FindControl::FindControl(Ui::MainWindow& ui, const FileList& files)
     : m_ui(ui)
     , m_files(files)
+    , m_pause(findPauseMs, [this] { find(); })
 {
-    auto* pause = new QTimer(this);
-    pause->setSingleShot(true);
-    pause->setInterval(findPauseMs);
-    connect(ui.searchField, &QLineEdit::textChanged, pause, qOverload<>(&QTimer::start));
-    connect(pause, &QTimer::timeout, this, &FindControl::find);
+    connect(ui.searchField, &QLineEdit::textChanged, &m_pause, qOverload<>(&QTimer::start));
     connect(ui.findPreviousButton, &QToolButton::clicked, this, [this] { showMatch(false); });
     connect(ui.findNextButton, &QToolButton::clicked, this, [this] { showMatch(true); });
     connect(ui.findCloseButton, &QToolButton::clicked, this, &FindControl::close);
@@ -67,7 +64,8 @@ void FindControl::find()
     const QList<int> rows = matches();
     m_ui.mainTableView->highlightRows(rows);
     if (!rows.isEmpty()) {
-        m_ui.foundLabel->setText(tr("%1 of %2").arg(1).arg(rows.size()));
+        m_ui.foundLabel->setText(
+            tr("%1 of %2").arg(QLocale().toString(1), QLocale().toString(rows.size())));
         m_ui.mainTableView->scrollToRow(rows.first());
     } else {
         m_ui.foundLabel->setText(text.isEmpty() ? QString() : tr("No file has it"));
@@ -90,7 +88,8 @@ void FindControl::showMatch(bool isNext)
         place = std::lower_bound(rows.cbegin(), rows.cend(), current) - rows.cbegin() - 1;
     place = (place + rows.size()) % rows.size();
     m_ui.mainTableView->setCurrentRow(rows.at(place));
-    m_ui.foundLabel->setText(tr("%1 of %2").arg(place + 1).arg(rows.size()));
+    m_ui.foundLabel->setText(
+        tr("%1 of %2").arg(QLocale().toString(place + 1), QLocale().toString(rows.size())));
     m_ui.mainTableView->scrollToRow(rows.at(place));
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/support/Pause.h"
+
 #include <QList>
 #include <QObject>
 
@@ -34,6 +36,7 @@ private:
 
     Ui::MainWindow& m_ui;
     const FileList& m_files;
+    Pause m_pause; ///< while the user types
 };
 
 } // namespace pagestack

@@ -210,9 +210,11 @@ void ListCommands::tickFailedOnly()
 
 void ListCommands::copyPaths()
 {
-    const QList<QUrl> urls = highlightedUrls();
-    if (!urls.isEmpty())
-        QGuiApplication::clipboard()->setMimeData(clipboardData(urls).release());
+    FileList::Items items;
+    for (const int row : m_parts.ui.mainTableView->highlightedRows())
+        items.append(m_parts.files.at(row));
+    if (!items.isEmpty())
+        QGuiApplication::clipboard()->setMimeData(offeredFiles(items, true).release());
 }
 
 /// Takes rows off the list; the files stay where they are.
@@ -250,11 +252,7 @@ void ListCommands::showStep(const QList<int>& rows)
     followList();
 }
 
-void ListCommands::followList()
-{
-    m_parts.view.resetView(!m_parts.worker.isBusy());
-    m_parts.view.updateTotalLabel();
-}
+void ListCommands::followList() { m_parts.view.updateTotalLabel(); }
 
 void ListCommands::scrollToRow(int row) { m_parts.ui.mainTableView->scrollToRow(row); }
 
@@ -372,7 +370,7 @@ void ListCommands::highlightFile(const QString& path)
 {
     const FileList::Items& items = m_parts.files.items();
     for (int row = 0; row < items.size(); ++row) {
-        if (items.at(row)->filePath().toLocalFile() != path)
+        if (items.at(row)->localFile() != path)
             continue;
         if (m_parts.ui.mainTableView->shownRows().placeOf(row) < 0)
             m_filter.clear();

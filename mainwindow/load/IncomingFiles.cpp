@@ -19,9 +19,8 @@ IncomingFiles::IncomingFiles(std::function<bool()> isIdle,
                              std::function<void(const QList<QUrl>&)> open)
     : m_isIdle(std::move(isIdle))
     , m_open(std::move(open))
+    , m_timer(gatherMs, [this] { openWhenIdle(); })
 {
-    m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, &IncomingFiles::openWhenIdle);
 }
 
 IncomingFiles::~IncomingFiles()

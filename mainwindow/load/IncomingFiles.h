@@ -1,8 +1,9 @@
 #pragma once
 
+#include "engine/support/Pause.h"
+
 #include <QList>
 #include <QObject>
-#include <QTimer>
 #include <QUrl>
 
 #include <functional>
@@ -36,7 +37,7 @@ private:
     std::function<bool()> m_isIdle;
     std::function<void(const QList<QUrl>&)> m_open;
     QList<QUrl> m_waiting;
-    QTimer m_timer;
+    Pause m_timer;
 };
 
 } // namespace pagestack

@@ -6,6 +6,7 @@
 #include "engine/support/SystemLog.h"
 #include "engine/threads/MainThread.h"
 #include "filelist/FileTableModel.h"
+#include "filelist/ListChanges.h"
 #include "filelist/PathClipboard.h"
 #include "mainwindow/desktop/Services.h"
 #include "mainwindow/list/ListCommands.h"
@@ -48,11 +49,7 @@ LoadControl::LoadControl(const WindowParts& parts, ListCommands& list)
     connect(parts.ui.inculdeSubfoldersBtn, &QCheckBox::toggled, this,
             &LoadControl::setInculdeSubfolders);
     connect(parts.ui.mainTableView, &CustomTableView::filesDropped, this,
-            [this](const QList<QUrl>& urls) {
-                m_parts.ui.lableDragAndDrop->hide();
-                m_parts.ui.rightBox->endEditing();
-                load(urls, true);
-            });
+            [this](const QList<QUrl>& urls) { load(urls, true); });
     parts.ui.mainTableView->setDropArea(parts.window);
     connect(parts.ui.pasteAction, &QAction::triggered, this, &LoadControl::paste);
     connect(&parts.view, &ViewState::isProcessingChanged, this, [this](bool isProcessing) {
@@ -61,9 +58,7 @@ LoadControl::LoadControl(const WindowParts& parts, ListCommands& list)
     });
     const FileTableModel& model = parts.model;
     connect(&model, &FileTableModel::checkMarksChanged, this, &LoadControl::forgetAddition);
-    connect(&model, &FileTableModel::rowsInserted, this, &LoadControl::forgetAddition);
-    connect(&model, &FileTableModel::rowsRemoved, this, &LoadControl::forgetAddition);
-    connect(&model, &FileTableModel::reordered, this, &LoadControl::forgetAddition);
+    onListChange(model, this, &LoadControl::forgetAddition);
 }
 
 /// Adds what the clipboard has: files, or their paths as text.

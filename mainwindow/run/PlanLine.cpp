@@ -29,6 +29,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
     constexpr int restMs = 300;
+    constexpr int restAfterWorkMs = 20; // nothing more is to come
     constexpr int mostWaitMs = 300; ///< at the end of the program
 
     /// Without those that two outputs come to: the file is there once.
@@ -63,11 +64,9 @@ namespace {
 PlanLine::PlanLine(const WindowParts& parts, Settings& settings)
     : m_parts(parts)
     , m_settings(settings)
+    , m_rest(restMs, [this] { count(); })
     , m_purpose(parts.ui.convertBtn->toolTip())
 {
-    m_rest.setSingleShot(true);
-    m_rest.setInterval(restMs);
-    connect(&m_rest, &QTimer::timeout, this, &PlanLine::count);
     const FileTableModel& model = parts.model;
     connect(&model, &QAbstractItemModel::rowsInserted, this, &PlanLine::follow);
     connect(&model, &QAbstractItemModel::rowsRemoved, this, &PlanLine::follow);
@@ -80,7 +79,11 @@ PlanLine::PlanLine(const WindowParts& parts, Settings& settings)
     connect(&settings, &Settings::separatorChanged, this, &PlanLine::follow);
     connect(&settings, &Settings::isSplitTIFFIntoSinglePagesChanged, this, &PlanLine::follow);
     connect(&parts.ui.rightBox->choices(), &RunChoices::changed, this, &PlanLine::follow);
-    connect(&parts.view, &ViewState::isProcessingChanged, this, &PlanLine::follow);
+    connect(&parts.view, &ViewState::isProcessingChanged, this, [this](bool isProcessing) {
+        follow();
+        if (!isProcessing)
+            m_rest.start(restAfterWorkMs);
+    });
     parts.ui.planLabel->show();
     follow();
 }
@@ -105,7 +108,7 @@ void PlanLine::forget()
 void PlanLine::follow()
 {
     forget();
-    m_rest.start();
+    m_rest.start(restMs);
     if (m_parts.view.isProcessing())
         show(0, {});
 }
@@ -115,7 +118,7 @@ void PlanLine::count()
     if (m_parts.view.isProcessing())
         return;
     if (m_thread && m_thread->isRunning()) { // it looks at a file that is slow to reach
-        m_rest.start();
+        m_rest.start(restMs);
         return;
     }
     const RunOptions& options = m_parts.ui.rightBox->choices().options();

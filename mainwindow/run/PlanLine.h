@@ -2,11 +2,11 @@
 
 #include "engine/options/RunOptions.h"
 #include "engine/plan/OutputFile.h"
+#include "engine/support/Pause.h"
 #include "mainwindow/state/WindowParts.h"
 
 #include <QList>
 #include <QObject>
-#include <QTimer>
 
 #include <atomic>
 #include <memory>
@@ -51,7 +51,7 @@ private:
 
     const WindowParts m_parts;
     Settings& m_settings;
-    QTimer m_rest;
+    Pause m_rest;
     std::unique_ptr<WorkerThread> m_thread; ///< null when nothing is looked up
     std::shared_ptr<LookUp> m_lookUp; ///< null: the last one is not wanted any more
     qint64 m_images = 0;

@@ -123,9 +123,11 @@ QString planSummary(const RunPlan& plan, const QList<OutputFile>& outputs, bool 
 QString existingQuestion(const RunPlan& plan)
 {
     const auto count = plan.existing().size();
-    QStringList text { count == 1
-                           ? RunControl::tr("A file of this run exists already:")
-                           : RunControl::tr("%1 files of this run exist already:").arg(count) };
+    QStringList text {
+        count == 1
+            ? RunControl::tr("A file of this run exists already:")
+            : RunControl::tr("%1 files of this run exist already:").arg(QLocale().toString(count))
+    };
     text += lines(plan.existing(), [&](const PlannedTarget& target) {
         const OutputFile& output = plan.outputs().at(target.output);
         const QString path = plan.names().path(output, target.page);

@@ -1,11 +1,16 @@
 #include "mainwindow/run/ProblemList.h"
 
+#include "engine/log/ShownReason.h"
+
 #include <QAction>
 #include <QClipboard>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QTextDocument>
+
+#include <algorithm>
 
 namespace pagestack {
 
@@ -24,7 +29,9 @@ ProblemList::ProblemList(QWidget* parent)
 {
     setHeaderLabels({ tr("File"), tr("Page"), tr("What happened") });
     setColumnWidth(FileColumn, 24 * fontMetrics().horizontalAdvance(u'0'));
-    setColumnWidth(PageColumn, 6 * fontMetrics().horizontalAdvance(u'0'));
+    setColumnWidth(
+        PageColumn,
+        std::max(6 * fontMetrics().horizontalAdvance(u'0'), header()->sectionSizeHint(PageColumn)));
     setRootIsDecorated(false);
     setUniformRowHeights(true);
     setSelectionMode(ExtendedSelection);
@@ -49,17 +56,18 @@ void ProblemList::add(const Diagnostic& diagnostic)
 {
     if (++m_count > mostRows)
         return;
+    const QString reason = shownReason(diagnostic.reason);
     const bool isWarning = diagnostic.severity == Diagnostic::Severity::Warning;
-    auto* item = new QTreeWidgetItem(
-        this,
-        { QFileInfo(diagnostic.sourcePath).fileName(),
-          diagnostic.page > 0 ? QString::number(diagnostic.page) : QString(),
-          isWarning ? tr("Warning: %1").arg(diagnostic.reason) : diagnostic.reason });
+    auto* item
+        = new QTreeWidgetItem(this,
+                              { QFileInfo(diagnostic.sourcePath).fileName(),
+                                diagnostic.page > 0 ? QString::number(diagnostic.page) : QString(),
+                                isWarning ? tr("Warning: %1").arg(reason) : reason });
     item->setData(FileColumn, pathRole, diagnostic.sourcePath);
     item->setToolTip(FileColumn, Qt::convertFromPlainText(diagnostic.sourcePath));
     item->setToolTip(
         ReasonColumn,
-        Qt::convertFromPlainText((diagnostic.reason + u'\n' + diagnostic.detail).trimmed()));
+        Qt::convertFromPlainText((reason + u'\n' + shownReason(diagnostic.detail)).trimmed()));
 }
 
 void ProblemList::removeAll()

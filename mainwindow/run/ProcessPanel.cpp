@@ -47,7 +47,6 @@ ProcessPanel::ProcessPanel(QWidget* window, QWidget& strip)
     m_ui->setupUi(this);
     showProblems(false);
     connectButtons();
-    m_refresh.setInterval(refreshMs);
     connect(&m_refresh, &QTimer::timeout, this, [this] {
         m_progress.update();
         showCounts();
@@ -99,7 +98,6 @@ void ProcessPanel::follow(Process& job)
     setWindowTitle(tr("Converting"));
     m_ui->processHeadlineLabel->hide();
     m_ui->processProgressBar->setRange(0, barSteps);
-    m_ui->processProgressBar->setValue(0);
     m_ui->processMessageLabel->clear();
     showNames(true);
     m_ui->viewLogBtn->setEnabled(false);
@@ -118,7 +116,7 @@ void ProcessPanel::follow(Process& job)
         if (isCompleted)
             showEnd();
     });
-    m_refresh.start();
+    m_refresh.start(refreshMs);
     showCounts();
     showTime();
 }
@@ -235,8 +233,11 @@ void ProcessPanel::showEnd()
     emit ended();
 }
 
-void ProcessPanel::showOutcome(const QString& headline, bool hasLeft)
+void ProcessPanel::showOutcome(const QString& headline, bool hasLeft, bool isAll)
 {
+    // The job counts images: where one file has several, another may have none.
+    if (!isAll && m_job->message() == Process::allConvertedText())
+        m_ui->processMessageLabel->clear();
     const bool isEarly = !m_job->log()->reason.isNull();
     const bool isCancelled = m_job->log()->isCancelled;
     const bool hasProblems = hasLeft || m_ui->problemList->count() > 0;

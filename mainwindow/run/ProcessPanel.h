@@ -51,7 +51,8 @@ public:
     QString problems() const;
 
     /// Says, when the run has ended, what came of it; `hasLeft`: some files were not converted.
-    void showOutcome(const QString& headline, bool hasLeft);
+    /// Unless all files were (`isAll`), nothing says so.
+    void showOutcome(const QString& headline, bool hasLeft, bool isAll);
 
 signals:
     /// The sheet has made way for the list, or has come back.

@@ -39,10 +39,7 @@ namespace {
         for (const FileList::Item& item : items) {
             if (!item->isSelected())
                 continue;
-            const QString path = item->filePath().toLocalFile();
-            // The item's own where it is the same: statuses are kept by it.
-            outputs.append(
-                { .filename = path == item->path() ? item->path() : path, .fileItems = { item } });
+            outputs.append({ .filename = item->localFile(), .fileItems = { item } });
         }
         return outputs;
     }
@@ -380,7 +377,8 @@ void RunControl::showEnd()
     m_isRunning = false;
     m_outcome.finish();
     const QString headline = m_outcome.headline(m_process->totalFileCreated());
-    m_panel->showOutcome(headline, !m_outcome.failed().isEmpty() || m_outcome.notReached() > 0);
+    m_panel->showOutcome(headline, !m_outcome.failed().isEmpty() || m_outcome.notReached() > 0,
+                         m_outcome.isAllConverted());
     m_outputFolder = m_settings.outputFolderPath();
     if (m_outputFolder.isEmpty() && !m_process->outputFiles().isEmpty())
         m_outputFolder = folderPart(m_process->outputFiles().first().filename);

@@ -1,7 +1,10 @@
 #include "mainwindow/run/RunOutcome.h"
 
+#include "engine/log/ShownReason.h"
 #include "engine/plan/ChosenPages.h"
+#include "engine/threads/FreeMemory.h"
 
+#include <QLocale>
 #include <QThreadPool>
 
 #include <algorithm>
@@ -14,6 +17,8 @@ namespace {
     constexpr int announcementMs = 200;
     constexpr qsizetype mostReasons = 10;
     constexpr qsizetype mostAtOnce = 1000;
+
+    QString number(qsizetype count) { return QLocale().toString(count); }
 
     int pagesOf(const OutputFile& output, const RunOptions& options)
     {
@@ -28,12 +33,14 @@ namespace {
 void freeElsewhere(QList<OutputFile>&& outputs)
 {
     if (outputs.size() > mostAtOnce)
-        QThreadPool::globalInstance()->start([kept = std::move(outputs)] {});
+        QThreadPool::globalInstance()->start([kept = std::move(outputs)]() mutable {
+            kept.clear();
+            returnFreeMemory();
+        });
 }
 
 RunOutcome::RunOutcome()
 {
-    m_announcement.setInterval(announcementMs);
     connect(&m_announcement, &QTimer::timeout, this, &RunOutcome::announce);
 }
 
@@ -56,7 +63,7 @@ void RunOutcome::follow(Process& job)
             });
     connect(&job, &Process::diagnosed, this, &RunOutcome::takeDiagnostic);
     connect(&job, &Process::totalFileProcessedChanged, this, &RunOutcome::passSources);
-    m_announcement.start();
+    m_announcement.start(announcementMs);
 }
 
 void RunOutcome::stopFollowing()
@@ -76,9 +83,10 @@ void RunOutcome::takeDiagnostic(const Diagnostic& diagnostic)
         return;
     const bool isError = diagnostic.severity == Diagnostic::Severity::Error;
     m_source.hasFailed = m_source.hasFailed || isError;
-    QString text = isError ? diagnostic.reason : tr("Warning: %1").arg(diagnostic.reason);
+    const QString reason = shownReason(diagnostic.reason);
+    QString text = isError ? reason : tr("Warning: %1").arg(reason);
     if (diagnostic.page > 0)
-        text = tr("Page %1: %2").arg(diagnostic.page).arg(text);
+        text = tr("Page %1: %2").arg(number(diagnostic.page), text);
     if (m_source.reasons.size() < mostReasons)
         m_source.reasons.append(text);
     else if (m_source.reasons.size() == mostReasons)
@@ -111,8 +119,8 @@ void RunOutcome::pass(const OutputFile& output)
         ++m_leftOut;
         status.state = RowStatus::State::Warning;
     } else if (source.pagesDone > 0) {
-        status.reason
-            = tr("Cancelled when %1 of %2 pages were done.").arg(source.pagesDone).arg(pages);
+        status.reason = tr("Cancelled when %1 of %2 pages were done.")
+                            .arg(number(source.pagesDone), number(pages));
     }
 }
 
@@ -165,13 +173,14 @@ void RunOutcome::announceRest()
 
 QString RunOutcome::headline(int images) const
 {
-    QString text = images == 1 ? tr("1 image written") : tr("%1 images written").arg(images);
+    QString text
+        = images == 1 ? tr("1 image written") : tr("%1 images written").arg(number(images));
     if (!m_failed.isEmpty())
-        text += tr(", %1 of %2 files failed").arg(m_failed.size()).arg(m_sources);
+        text += tr(", %1 of %2 files failed").arg(number(m_failed.size()), number(m_sources));
     if (m_leftOut > 0)
-        text += tr(", %1 of %2 files left out").arg(m_leftOut).arg(m_sources);
+        text += tr(", %1 of %2 files left out").arg(number(m_leftOut), number(m_sources));
     if (const int left = notReached(); left > 0)
-        text += tr(", %1 of %2 files not finished").arg(left).arg(m_sources);
+        text += tr(", %1 of %2 files not finished").arg(number(left), number(m_sources));
     return text;
 }
 

@@ -41,6 +41,7 @@ public:
     {
         return m_sources - m_leftOut - static_cast<int>(m_converted.size() + m_failed.size());
     }
+    bool isAllConverted() const { return m_converted.size() == m_sources; }
     /// "27 images written, 14 of 24 files failed".
     QString headline(int images) const;
 

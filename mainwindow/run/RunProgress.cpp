@@ -4,10 +4,10 @@
 #include "engine/plan/ChosenPages.h"
 
 #include <QLocale>
-#include <QThread>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace pagestack {
 
@@ -52,21 +52,23 @@ QString shortClockText(qint64 milliseconds)
                           : u"%1:"_s.arg(seconds / 3600) + minutes.rightJustified(5, QChar(u'0'));
 }
 
+RunProgress::RunProgress(int cores)
+    : m_cores(cores)
+{
+}
+
 void RunProgress::follow(Process& job)
 {
     stopFollowing();
     m_job = &job;
-    m_passed = {};
-    m_sourcesPassed = 0;
-    m_inHand = 0;
-    m_pagesDone = 0;
+    m_done = {};
     m_shownMs.reset();
-    m_pause.invalidate();
+    m_pausedAtMs.reset();
     setPlanned({});
     // The job tells on its own thread; with this object as the receiver it arrives on the main one.
     connect(&job, &Process::pageDone, this, [this] {
-        ++m_pagesDone;
-        ++m_inHand;
+        ++m_done.pages;
+        ++m_done.inHand;
     });
     connect(&job, &Process::totalFileProcessedChanged, this, &RunProgress::passSources);
 }
@@ -78,7 +80,7 @@ void RunProgress::setPlanned(const RunWork& planned)
     m_elapsed.start(); // what came before was no conversion
     m_pausedMs = 0;
     if (isPaused())
-        m_pause.start();
+        m_pausedAtMs = 0;
 }
 
 void RunProgress::stopFollowing()
@@ -92,40 +94,38 @@ void RunProgress::stopFollowing()
 void RunProgress::passSources(int processed)
 {
     const QList<OutputFile> outputs = m_job->outputFiles();
-    for (; m_sourcesPassed < std::min<qsizetype>(processed, outputs.size()); ++m_sourcesPassed) {
-        const RunWork work = workOf(outputs.at(m_sourcesPassed), m_job->runOptions());
-        m_passed.pages += work.pages;
-        m_passed.bytes += work.bytes;
+    for (; m_done.sources < std::min<qsizetype>(processed, outputs.size()); ++m_done.sources) {
+        const RunWork work = workOf(outputs.at(m_done.sources), m_job->runOptions());
+        m_done.passed.pages += work.pages;
+        m_done.passed.bytes += work.bytes;
     }
-    m_inHand = 0;
+    m_done.inHand = 0;
 }
 
 void RunProgress::setPaused(bool isPaused)
 {
-    if (isPaused) {
-        m_pause.start();
-    } else if (m_pause.isValid()) {
-        m_pausedMs += m_pause.elapsed();
-        m_pause.invalidate();
-    }
+    if (isPaused)
+        m_pausedAtMs = m_elapsed.elapsed();
+    else if (m_pausedAtMs)
+        m_pausedMs += m_elapsed.elapsed() - *std::exchange(m_pausedAtMs, std::nullopt);
 }
 
 qint64 RunProgress::workedMs() const
 {
-    return m_elapsed.elapsed() - m_pausedMs - (m_pause.isValid() ? m_pause.elapsed() : 0);
+    return m_pausedAtMs.value_or(m_elapsed.elapsed()) - m_pausedMs;
 }
 
 void RunProgress::update()
 {
     if (m_job == nullptr)
         return;
-    RunWork done = m_passed;
-    double pages = m_inHand;
+    RunWork done = m_done.passed;
+    double pages = m_done.inHand;
     // Others are being prepared, and come as soon as it is their turn.
-    if (m_pagesDone > 0)
-        pages += partPrepared * (QThread::idealThreadCount() - 1);
+    if (m_done.pages > 0)
+        pages += partPrepared * (m_cores - 1);
     const QList<OutputFile> outputs = m_job->outputFiles();
-    for (qsizetype i = m_sourcesPassed; pages > 0 && i < outputs.size(); ++i) {
+    for (qsizetype i = m_done.sources; pages > 0 && i < outputs.size(); ++i) {
         const RunWork work = workOf(outputs.at(i), m_job->runOptions());
         const double part = std::min(pages, work.pages);
         pages -= part;
@@ -146,7 +146,7 @@ void RunProgress::update()
 QString RunProgress::pageText() const
 {
     return tr("page %1 of %2")
-        .arg(QLocale().toString(m_pagesDone), QLocale().toString(m_pagesPlanned));
+        .arg(QLocale().toString(m_done.pages), QLocale().toString(m_pagesPlanned));
 }
 
 QString RunProgress::paceText() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/plan/OutputFile.h"
+#include "engine/threads/Capacity.h"
 #include "mainwindow/run/RunPace.h"
 
 #include <QElapsedTimer>
@@ -27,6 +28,9 @@ class RunProgress : public QObject
     Q_OBJECT
 
 public:
+    /// `cores` prepare pages side by side.
+    explicit RunProgress(int cores = usableCores());
+
     /// Begins anew with `job`, which has not started.
     void follow(Process& job);
     /// Says what the job has to do, as soon as its outputs are there.
@@ -34,13 +38,11 @@ public:
     void stopFollowing();
     /// The clock stands still meanwhile.
     void setPaused(bool isPaused);
-    bool isPaused() const { return m_pause.isValid(); }
+    bool isPaused() const { return m_pausedAtMs.has_value(); }
 
     /// Takes the time; to be called a few times a second.
     void update();
 
-    qint64 pagesDone() const { return m_pagesDone; }
-    qint64 pagesPlanned() const { return m_pagesPlanned; }
     qint64 workedMs() const;
     /// Of the whole run, 0..1.
     double fraction() { return m_pace.fraction(); }
@@ -50,19 +52,25 @@ public:
     QString paceText() const;
 
 private:
+    struct Done
+    {
+        RunWork passed; ///< of the sources that are done, be it with failures
+        int sources = 0;
+        double inHand = 0; ///< pages of the next one
+        qint64 pages = 0;
+    };
+
     void passSources(int processed);
 
+    int m_cores;
     QPointer<Process> m_job; ///< null when it is gone, too
     RunPace m_pace;
-    RunWork m_passed; ///< of the sources that are done, be it with failures
-    int m_sourcesPassed = 0;
-    double m_inHand = 0; ///< pages done of the next one
-    qint64 m_pagesDone = 0;
+    Done m_done;
     qint64 m_pagesPlanned = 0;
     std::optional<qint64> m_shownMs; ///< time left, which does not jump to and fro
     qint64 m_shownAtMs = 0;
     QElapsedTimer m_elapsed;
-    QElapsedTimer m_pause; ///< valid while the run is paused
+    std::optional<qint64> m_pausedAtMs; ///< of `m_elapsed`; none while the run is not paused
     qint64 m_pausedMs = 0; ///< by former pauses
 };
 

@@ -37,7 +37,6 @@ RunStrip::RunStrip(QWidget& bar)
     m_layout->addWidget(m_details);
     connect(m_details, &QAbstractButton::clicked, this, &RunStrip::detailsRequested);
     bar.layout()->addWidget(this);
-    bar.hide();
 }
 
 void RunStrip::addButton(const QString& name, QAbstractButton& original)

@@ -1,5 +1,6 @@
 #include "mainwindow/settings/MoreTab.h"
 
+#include "engine/log/ShownReason.h"
 #include "engine/plan/OutputNames.h"
 #include "mainwindow/settings/RunChoices.h"
 
@@ -22,6 +23,11 @@ namespace {
 
     QString sentence(const QString& text) { return text.left(1).toUpper() + text.mid(1); }
 
+    QString sentence(const OptionError& error)
+    {
+        return sentence(shownReason(QString::fromUtf8(error.what())));
+    }
+
     /// A mark for a key beside others of the pane would be taken by chance.
     QString withoutKey(QString text) { return text.replace(u'&', u"&&"_s); }
 
@@ -30,7 +36,6 @@ namespace {
         auto* note = new QLabel;
         note->setWordWrap(true);
         note->setTextFormat(Qt::PlainText);
-        note->hide();
         grid.addWidget(note, grid.rowCount(), 0, 1, 2);
         return note;
     }
@@ -139,7 +144,7 @@ void MoreTab::follow()
         exampleName(all);
         showNameFault({});
     } catch (const OptionError& error) {
-        showNameFault(sentence(QString::fromUtf8(error.what())));
+        showNameFault(sentence(error));
     }
 }
 
@@ -174,7 +179,7 @@ QString MoreTab::take(const Field& field, const QString& text)
     try {
         m_choices->setText(*field.row, text);
     } catch (const OptionError& error) {
-        reason = sentence(QString::fromUtf8(error.what()));
+        reason = sentence(error);
     }
     if (field.fault != nullptr) {
         field.fault->setText(reason);
@@ -202,7 +207,7 @@ QString MoreTab::commit()
         const auto field = std::ranges::find(m_fields, u"name"_s,
                                              [](const Field& each) { return each.row->name; });
         m_faulty = field == m_fields.end() ? nullptr : field->control;
-        return sentence(QString::fromUtf8(error.what()));
+        return sentence(error);
     }
 }
 

@@ -4,9 +4,9 @@
 #include "engine/plan/OutputNames.h"
 #include "engine/settings/Settings.h"
 #include "filelist/FileList.h"
+#include "filelist/ListChanges.h"
 #include "mainwindow/settings/RunChoices.h"
 
-#include <QAbstractItemModel>
 #include <QLabel>
 
 #include <algorithm>
@@ -27,19 +27,11 @@ NameExample::NameExample(QLabel& label, const FileList& files, const QAbstractIt
     , m_files(files)
     , m_settings(settings)
     , m_choices(choices)
+    , m_pause(pauseMs, [this] { show(); })
 {
-    m_pause.setSingleShot(true);
-    m_pause.setInterval(pauseMs);
-    connect(&m_pause, &QTimer::timeout, this, &NameExample::show);
-    const auto follow = [this] {
-        if (!m_pause.isActive())
-            m_pause.start();
-    };
-    connect(&model, &QAbstractItemModel::rowsInserted, this, follow);
-    connect(&model, &QAbstractItemModel::rowsRemoved, this, follow);
-    connect(&model, &QAbstractItemModel::layoutChanged, this, follow);
+    const auto follow = [this] { m_pause.begin(); };
+    onListChange(model, this, follow);
     connect(&model, &QAbstractItemModel::dataChanged, this, follow);
-    connect(&model, &QAbstractItemModel::modelReset, this, follow);
     connect(&settings, &Settings::outputTypeChanged, this, follow);
     connect(&settings, &Settings::separatorChanged, this, follow);
     connect(&settings, &Settings::isSplitTIFFIntoSinglePagesChanged, this, follow);
@@ -67,7 +59,7 @@ QString NameExample::text() const
     if (first == items.end())
         return line.arg(u"scan.tif"_s, exampleName(m_choices.all()));
     OutputFile output;
-    output.filename = (*first)->filePath().toLocalFile();
+    output.filename = (*first)->localFile();
     output.fileItems = { *first };
     const OutputNames names(m_settings, m_choices.options());
     output = names.completed({ output }).first();

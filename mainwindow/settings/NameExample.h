@@ -1,7 +1,8 @@
 #pragma once
 
+#include "engine/support/Pause.h"
+
 #include <QObject>
-#include <QTimer>
 
 class QAbstractItemModel;
 class QLabel;
@@ -31,7 +32,7 @@ private:
     const FileList& m_files;
     const Settings& m_settings;
     const RunChoices& m_choices;
-    QTimer m_pause;
+    Pause m_pause;
 };
 
 } // namespace pagestack

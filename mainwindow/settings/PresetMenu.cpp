@@ -1,5 +1,6 @@
 #include "mainwindow/settings/PresetMenu.h"
 
+#include "engine/log/ShownReason.h"
 #include "engine/options/Presets.h"
 #include "mainwindow/desktop/Services.h"
 #include "mainwindow/settings/RunChoices.h"
@@ -46,13 +47,16 @@ void PresetMenu::fill()
 {
     m_commit();
     m_menu.clear();
-    addPresets(shippedPresets());
+    QList<Preset> shipped = shippedPresets();
+    for (Preset& preset : shipped) // those of the user have their names from him
+        preset.name = shownReason(preset.name);
+    addPresets(shipped);
     m_menu.addSeparator();
     QStringList troubles;
     const QList<Preset> saved = savedPresets(&troubles);
     addPresets(saved);
     for (const QString& trouble : troubles)
-        m_menu.addAction(menuText(trouble))->setEnabled(false);
+        m_menu.addAction(menuText(shownReason(trouble)))->setEnabled(false);
     m_menu.addSeparator();
     m_menu.addAction(tr("Save As..."), this, &PresetMenu::askForName);
     m_menu.addAction(tr("Import..."), this, &PresetMenu::importFile);

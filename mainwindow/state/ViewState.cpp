@@ -3,6 +3,7 @@
 #include "engine/plan/ChosenPages.h"
 #include "engine/support/Dates.h"
 #include "filelist/FileTableModel.h"
+#include "filelist/ListChanges.h"
 #include "mainwindow/settings/RunChoices.h"
 #include "ui_MainWindow.h"
 
@@ -14,6 +15,10 @@
 namespace pagestack {
 
 namespace {
+
+    // Files. Those of a longer list are counted in a turn of the event loop of their own.
+    constexpr int mostCountedAtOnce = 10000;
+    constexpr int totalsPauseMs = 30;
 
     void setEnabled(bool isEnabled, std::initializer_list<QWidget*> controls,
                     std::initializer_list<QAction*> actions)
@@ -32,16 +37,14 @@ ViewState::ViewState(QMainWindow& window, Ui::MainWindow& ui, const FileList& fi
     , m_ui(ui)
     , m_files(files)
     , m_history(history)
+    , m_totals(0, [this] { showTotals(); })
 {
     ui.lableDragAndDrop->setAttribute(Qt::WA_TransparentForMouseEvents);
     QSizePolicy keepingItsPlace = ui.loadingIndicator->sizePolicy();
     keepingItsPlace.setRetainSizeWhenHidden(true);
     ui.loadingIndicator->setSizePolicy(keepingItsPlace);
     const QAbstractItemModel* model = ui.mainTableView->model();
-    connect(model, &QAbstractItemModel::rowsInserted, this, &ViewState::follow);
-    connect(model, &QAbstractItemModel::rowsRemoved, this, &ViewState::follow);
-    connect(model, &QAbstractItemModel::layoutChanged, this, &ViewState::follow);
-    connect(model, &QAbstractItemModel::modelReset, this, &ViewState::follow);
+    onListChange(*model, this, &ViewState::follow);
     connect(ui.mainTableView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ViewState::follow);
     connect(&history, &QUndoStack::indexChanged, this, &ViewState::follow);
@@ -50,10 +53,8 @@ ViewState::ViewState(QMainWindow& window, Ui::MainWindow& ui, const FileList& fi
                 if (first.column() <= FileTableModel::PagesToConvert
                     && last.column() >= FileTableModel::PagesToConvert
                     && roles.contains(Qt::EditRole))
-                    m_totals.start(0);
+                    m_totals.start();
             });
-    m_totals.setSingleShot(true);
-    connect(&m_totals, &QTimer::timeout, this, &ViewState::showTotals);
     connect(&ui.rightBox->choices(), &RunChoices::changed, this, &ViewState::showTotals);
 }
 
@@ -175,13 +176,15 @@ void ViewState::updateTotalLabel()
 {
     updateTotalPagesLabel();
     followTotals();
-    showTotals();
+    if (m_files.count() > mostCountedAtOnce)
+        m_totals.start(totalsPauseMs);
+    else
+        showTotals();
     updateTimeTakenLabel(QString());
 }
 
 void ViewState::showTotals()
 {
-    m_totals.stop();
     const RunOptions& options = m_ui.rightBox->choices().options();
     ChosenPageCounter counter(options);
     qint64 pages = 0;

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "engine/support/Pause.h"
+
 #include <QColor>
 #include <QObject>
 #include <QPalette>
-#include <QTimer>
 
 #include <atomic>
 
@@ -47,7 +48,8 @@ public:
     /// Why `control`, which is disabled, cannot be used; empty: what it belongs to says so.
     QString whyDisabled(const QWidget& control) const;
 
-    /// Counts the pages of ticked files that are chosen to be converted.
+    /// Counts the pages of ticked files that are chosen to be converted; those of a long list a
+    /// moment later.
     void updateTotalLabel();
     void updateTotalPagesLabel();
     void updateTimeTakenLabel(const QString& text); ///< null: the text for no time at all
@@ -78,7 +80,7 @@ private:
     bool m_isListReadable = false; ///< when it is disabled
     QPalette::ColorGroup m_labelGroup = QPalette::Active; ///< that the totals are shown in
     QColor m_processingLabelColor;
-    QTimer m_totals; ///< many changes of chosen pages are counted once
+    Pause m_totals; ///< many changes are counted once
 };
 
 } // namespace pagestack

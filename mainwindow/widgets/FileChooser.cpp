@@ -107,7 +107,6 @@ QFileDialog* FileChooser::makeDialog(QWidget* window, const QString& message)
 {
     auto* const dialog = new QFileDialog(window, message, m_lastFolder);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptOpen);
     dialog->setSupportedSchemes({ u"file"_s });
     return dialog;
 }

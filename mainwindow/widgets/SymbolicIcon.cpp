@@ -14,7 +14,11 @@ using namespace Qt::StringLiterals;
 
 // The resources are linked from a static library, which drops what nobody names. The macro has to
 // stand outside of every namespace.
-static void initializeResources() { Q_INIT_RESOURCE(Pagestack); }
+static QString resource(const QString& name)
+{
+    Q_INIT_RESOURCE(Pagestack);
+    return u":/pagestack/"_s + name;
+}
 
 namespace pagestack {
 
@@ -76,15 +80,13 @@ namespace {
 
 QIcon symbolicIcon(const QString& name)
 {
-    initializeResources();
-    const QString path = u":/pagestack/icons/"_s + name + u".svg"_s;
+    const QString path = resource(u"icons/%1.svg"_s.arg(name));
     return QFile::exists(path) ? QIcon(new StencilEngine(path)) : QIcon();
 }
 
 QIcon applicationIcon()
 {
-    initializeResources();
-    QSvgRenderer renderer(u":/pagestack/pagestack.svg"_s);
+    QSvgRenderer renderer(resource(u"pagestack.svg"_s));
     QIcon icon;
     for (const int side : { 16, 24, 32, 48, 64, 128, 256 }) {
         QPixmap pixmap(side, side);

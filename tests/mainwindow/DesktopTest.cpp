@@ -5,6 +5,7 @@
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -56,6 +57,44 @@ private:
     Conduct m_conduct;
     QDBusConnection m_bus;
     QStringList m_calls;
+};
+
+/// The start of the program that came first, which answers on a thread of its own.
+class FirstStart : public QDBusVirtualObject
+{
+public:
+    explicit FirstStart(const QString& address)
+        : m_bus(QDBusConnection::connectToBus(address, u"first start"_s))
+    {
+        moveToThread(&m_thread);
+        m_thread.start();
+        if (!m_bus.registerVirtualObject(u"/com/corvanta/Pagestack1"_s, this)
+            || !m_bus.registerService(u"com.corvanta.Pagestack1"_s))
+            qFatal("The test's bus takes no first start");
+    }
+    ~FirstStart() override
+    {
+        QDBusConnection::disconnectFromBus(m_bus.name());
+        m_thread.quit();
+        m_thread.wait();
+    }
+    Q_DISABLE_COPY_MOVE(FirstStart)
+
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override
+    {
+        const QVariantMap data = qdbus_cast<QVariantMap>(message.arguments().value(1));
+        asked = message.member() + u' ' + message.arguments().value(0).toStringList().join(u' ')
+            + u' ' + data.value(u"activation-token"_s, u"-"_s).toString();
+        bus.send(message.createReply());
+        return true;
+    }
+
+    QString asked; ///< written before the answer
+
+private:
+    QDBusConnection m_bus;
+    QThread m_thread;
 };
 
 /// A system that gives out locks against sleep.
@@ -204,6 +243,21 @@ private slots:
         QCOMPARE(m_opened, QStringList());
     }
 
+    /// Files that are opened by both, or a window that stays behind others.
+    void handsItsFilesToTheFirst()
+    {
+        FirstStart first(m_address);
+        SingleInstance instance;
+        for (const auto* token : { "", "t1" }) {
+            if (*token != 0)
+                qputenv("XDG_ACTIVATION_TOKEN", token);
+            QVERIFY(instance.handOver({ QUrl(u"file:///a%20b.tif"_s), QUrl(u"file:///c"_s) }));
+            QCOMPARE(first.asked,
+                     u"Open file:///a%20b.tif file:///c "_s + (*token == 0 ? u"-"_s : u"t1"_s));
+        }
+        qunsetenv("XDG_ACTIVATION_TOKEN");
+    }
+
     /// Files that are taken over by a program that ends, and opened by nobody.
     void takesNoFilesWhileItEnds()
     {
@@ -212,21 +266,59 @@ private slots:
         bool isEnding = false;
         instance.setIsEnding([&] { return isEnding; });
         const QDBusConnection other = QDBusConnection::connectToBus(m_address, u"another start"_s);
-        const auto answer = [&] {
+        const auto answer = [&](const QString& method) {
             QDBusMessage call = QDBusMessage::createMethodCall(
                 u"com.corvanta.Pagestack1"_s, u"/com/corvanta/Pagestack1"_s,
-                u"org.freedesktop.Application"_s, u"Open"_s);
-            call << QStringList(u"file:///a.tif"_s) << QVariantMap();
+                u"org.freedesktop.Application"_s, method);
+            if (method == u"Open"_s)
+                call << QStringList { u"file:///a.tif"_s, u"http://a/b.tif"_s };
+            call << (method == u"Open"_s ? QVariantMap { { u"activation-token"_s, u"t2"_s } }
+                                         : QVariantMap());
             QDBusPendingCallWatcher watcher(other.asyncCall(call));
             QSignalSpy finished(&watcher, &QDBusPendingCallWatcher::finished);
             finished.wait(10000);
             return QDBusMessage(watcher.reply()).type();
         };
-        QCOMPARE(answer(), QDBusMessage::ReplyMessage);
-        isEnding = true;
-        QCOMPARE(answer(), QDBusMessage::ErrorMessage);
-        QCOMPARE(opened.size(), 1);
+        for (const QString& method : { u"Open"_s, u"Activate"_s }) {
+            isEnding = false;
+            QCOMPARE(answer(method), QDBusMessage::ReplyMessage);
+            QCOMPARE(opened.takeFirst().first().value<QList<QUrl>>().size(),
+                     method == u"Open"_s ? 1 : 0);
+            QCOMPARE(qgetenv("XDG_ACTIVATION_TOKEN"), "t2"); // stays where there is no other
+            isEnding = true;
+            QCOMPARE(answer(method), QDBusMessage::ErrorMessage);
+        }
+        QVERIFY(opened.isEmpty());
+        qunsetenv("XDG_ACTIVATION_TOKEN");
         QDBusConnection::disconnectFromBus(other.name());
+    }
+
+    /// Files that are handed over to nobody, by a program that then shows no window.
+    void opensItsFilesWhenNobodyTakesThem()
+    {
+        QDBusConnection other = QDBusConnection::connectToBus(m_address, u"first start"_s);
+        QVERIFY(other.registerService(u"com.corvanta.Pagestack1"_s));
+        std::optional<SingleInstance> instance(std::in_place);
+        const QRegularExpression silent(u"The window that is open already does not answer: ."_s);
+        for (const bool isThere : { true, false }) {
+            if (!isThere)
+                QVERIFY(other.unregisterService(u"com.corvanta.Pagestack1"_s));
+            QTest::ignoreMessage(QtWarningMsg, silent);
+            QVERIFY(!instance->handOver({ QUrl(u"file:///a.tif"_s) }));
+        }
+        QVERIFY(!instance->handOver({})); // it is the first now, and asks nobody
+        QVERIFY(!other.registerService(u"com.corvanta.Pagestack1"_s));
+        instance.reset();
+        QVERIFY(other.registerService(u"com.corvanta.Pagestack1"_s));
+        QDBusConnection::disconnectFromBus(other.name());
+    }
+
+    /// A page that does not open, without a word.
+    void saysWhatNothingOpens()
+    {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"openUrl"_s));
+        QTest::ignoreMessage(QtWarningMsg, "Nothing opens nowhere:x");
+        m_desktop.openURL(QUrl(u"nowhere:x"_s));
     }
 
     /// A lock that is not taken, or that is never given back.

@@ -137,8 +137,78 @@ private slots:
             alerts().setNextAnswer(0);
             QTest::keyClick(&part(method), Qt::Key_Return);
             QCOMPARE(alerts().lastText(), message);
+            if (message.startsWith(u"Please"_s))
+                QCOMPARE(sheet().focusWidget(),
+                         &part(message.contains(u"file to"_s) ? "browseBtn" : "importText"));
             QVERIFY(sheet().isVisible() && !controller().isProcessing());
         }
+    }
+
+    // A method that is chosen by its letter or the arrows and leaves the other one on.
+    void choosesAMethod()
+    {
+        auto& file = part<QAbstractButton>("importFromFileBtn");
+        auto& text = part<QAbstractButton>("importFromTextBtn");
+        const auto state = [&] {
+            QString result;
+            for (const QWidget* control :
+                 { static_cast<QWidget*>(&fileField()), &part("browseBtn"),
+                   static_cast<QWidget*>(&area()), &part("pasteFromClipboardBtn") })
+                result += control->isEnabled() ? u'x' : u'-';
+            return result + (file.isChecked() ? u'F' : u'-') + (text.isChecked() ? u'T' : u'-');
+        };
+        const auto ground = [this] { return area().viewport()->backgroundRole(); };
+        QCOMPARE(state(), u"xx--F-"_s);
+        QCOMPARE(ground(), QPalette::Window);
+        fileField().setText(u"/list.txt"_s);
+        QVERIFY(QTest::qWaitForWindowActive(&sheet()));
+        file.setFocus();
+        QTest::keyClick(&file, Qt::Key_Down);
+        QCOMPARE(state(), u"--xx-T"_s);
+        QCOMPARE(ground(), QPalette::Base);
+        QCOMPARE(sheet().focusWidget(), &text);
+        QCOMPARE(fileField().text(), QString());
+        area().setPlainText(u"/a.tif"_s);
+        QTRY_COMPARE(found(), u"Total Files Found : 1"_s);
+        QTest::keyClick(&text, Qt::Key_Up);
+        QCOMPARE(state(), u"xx--F-"_s);
+        QVERIFY(entered().isEmpty());
+        QCOMPARE(found(), u"Total Files Found : 0"_s);
+        QObject* const other = &part("importBtn"); // has no tag
+        sheet().importMethodChanged(qobject_cast<QAbstractButton*>(other));
+        QCOMPARE(state(), u"------"_s);
+        click("importFromTextBtn");
+        sheet().importMethodChanged(qobject_cast<QAbstractButton*>(other));
+        QCOMPARE(state(), u"------"_s);
+        QCOMPARE(sheet().findChild<QThreadPool*>()->maxThreadCount(), 1); // one disk
+        for (const auto& [button, letter] :
+             { std::pair("importFromFileBtn", "F"), std::pair("importFromTextBtn", "T"),
+               std::pair("pasteFromClipboardBtn", "P"), std::pair("importBtn", "I") })
+            QCOMPARE(part<QAbstractButton>(button).shortcut(),
+                     QKeySequence(u"Alt+"_s + QLatin1StringView(letter)));
+        QCOMPARE(sheet().windowModality(), Qt::WindowModal);
+    }
+
+    // What was chosen or found the last time.
+    void beginsEmptyEachTime()
+    {
+        fileField().setText(u"/list.txt"_s);
+        sheet().parseText(u"/a.tif\t1\n/b.tif"_s);
+        QCOMPARE(sheet().pageChoices().size(), 1);
+        QTest::keyClick(&sheet(), Qt::Key_Escape);
+        press("importAction");
+        QCOMPARE(fileField().text(), QString());
+        QVERIFY(sheet().files().isEmpty() && sheet().pageChoices().isEmpty());
+        QCOMPARE(found(), u"Total Files Found : 0"_s);
+        click("importFromTextBtn");
+        QGuiApplication::clipboard()->setText(u"/a.tif\t1\n/b.tif\nx"_s);
+        click("pasteFromClipboardBtn");
+        QCOMPARE(entered(), u"/a.tif\t1\n/b.tif"_s);
+        QTRY_VERIFY(leftOut().endsWith(u"2 files that do not exist"_s));
+        // What was left out of the text is told until something is typed.
+        QVERIFY(leftOut().startsWith(u"1 line that is no TIFF file"_s));
+        area().insertPlainText(u"\n/c.tif"_s);
+        QTRY_COMPARE(found(), u"Total Files Found : 3"_s);
     }
 
     void importsFromTheFileChosen()

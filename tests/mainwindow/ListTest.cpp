@@ -85,10 +85,15 @@ private slots:
         QCOMPARE(isEnabled("removeBtn"), files.count() > 0);
         QCOMPARE(find("lableDragAndDrop").isVisible(), files.count() == 0);
         QCOMPARE(isEnabled("undoAction"), after != before);
+        const QString step = find<QAction>("undoAction").text().mid(6);
         press("undoAction");
         QCOMPARE(state(), before);
+        QCOMPARE(totals(), u"6, 4, 12, 15"_s);
+        QCOMPARE(find<QAction>("redoAction").text(),
+                 after == before ? u"&Redo"_s : u"&Redo "_s + step);
         press("redoAction");
         QCOMPARE(state(), after);
+        QCOMPARE(isEnabled("redoAction"), false);
         QVERIFY(QFile::exists(path(u"in/3.tif"_s)));
     }
 
@@ -170,11 +175,23 @@ private slots:
         press("removeBtn");
         QVERIFY(open({ sample(u"turned.tif"_s) })); // which may be another file by now
         QCOMPARE(order() + status(), u"0 1 2 3 5 9 4 turned"_s);
+
+        start(); // what came later is last, though it was sorted before the others
+        QVERIFY(fill());
+        sort(FileTableModel::Name, Qt::DescendingOrder);
+        QVERIFY(openFiles({ { "9.tif", 1 } }));
+        QCOMPARE(order(), u"9 5 4 3 2 1 0"_s);
+        press("undoAction");
+        QCOMPARE(order(), u"0 1 2 3 4 5 9"_s);
     }
 
     void opensTheContextMenu()
     {
         QVERIFY(fill());
+        table().hideColumn(FileTableModel::Status);
+        emit find<QMenu>("menuColumns").aboutToShow();
+        QVERIFY(!find<QMenu>("menuColumns").actions().first()->isChecked());
+        table().showColumn(FileTableModel::Status);
         QMenu& menu = find<QMenu>("filesContextMenu");
         const auto click
             = [this] { QTest::mouseClick(table().viewport(), Qt::RightButton, {}, placeOf(2, 1)); };
@@ -208,6 +225,11 @@ private slots:
         QCOMPARE(cell.data().toString() + u'/' + state(), u"/0 1 2 3 4 5"_s);
         type(u" 1,-1 "_s);
         QVERIFY(table().endEditing()); // as Convert does
+        QVERIFY(table().endEditing()); // nothing is being typed
+        QTRY_VERIFY(table().viewport()->findChild<QLineEdit*>() == nullptr);
+        alerts().setNextAnswer(0);
+        type(u"0"_s);
+        QVERIFY(!table().endEditing());
         QCOMPARE(cell.data(), QVariant(u"1,-1"_s));
         table().hideColumn(FileTableModel::PagesToConvert);
         QTest::keyClick(&table(), Qt::Key_F2);
@@ -258,6 +280,11 @@ private slots:
         QTRY_COMPARE(table().model()->rowCount(), 3);
         QCOMPARE(text("shownLabel"), u"3 of 6 shown; all ticked ones convert"_s);
         QCOMPARE(highlightedText(), u"4 5"_s);
+        QVERIFY(!isEnabled("moveUpAction") && !isEnabled("moveDownButton"));
+        press("filterAction");
+        QCOMPARE(field.selectedText(), u"pages>2"_s);
+        QTest::keyClick(&field, ways.startsWith(u"Del"_s) ? Qt::Key_Down : Qt::Key_Return);
+        QCOMPARE(window().focusWidget(), &table());
         const QStringList steps = ways.split(u' ');
         if (ways.startsWith(u"cut"_s)) {
             press("cutAction");
@@ -269,6 +296,8 @@ private slots:
         }
         QCOMPARE(state(), after);
         QCOMPARE(highlightedText(), highlightedAfter);
+        QTRY_COMPARE(text("shownLabel").section(u';', 0, 0),
+                     u"%1 of %2 shown"_s.arg(table().model()->rowCount()).arg(names().size()));
         QTest::keyClick(&table(), Qt::Key_Escape);
         QCOMPARE(table().model()->rowCount(), int(after.split(u' ').size()));
         QCOMPARE(field.text() + text("shownLabel"), QString());
@@ -294,6 +323,26 @@ private slots:
         controller().tableModel().setStatuses(statuses);
         QTRY_COMPARE(table().model()->rowCount(), 3); // follows the run
         QVERIFY(hasButton("filterNotReachedButton") && hasButton("filterWarningsButton"));
+        const auto isChosen
+            = [this](const char* name) { return find<QAbstractButton>(name).isChecked(); };
+        QCOMPARE(find<QAbstractButton>("filterFailedButton").text(), u"Failed (3)"_s); // not 5
+        QVERIFY(isChosen("filterFailedButton") && !isChosen("filterAllButton"));
+        QCOMPARE(text("shownLabel"), u"3 of 8 shown; all ticked ones convert"_s);
+        press("filterAllButton");
+        QVERIFY(isChosen("filterAllButton") && !isChosen("filterFailedButton"));
+        QCOMPARE(table().model()->rowCount(), 8);
+        press("filterFailedButton");
+        QTRY_COMPARE(table().model()->rowCount(), 3);
+        find<QLineEdit>("filterField").setText(u"1"_s);
+        QTRY_COMPARE(table().model()->rowCount(), 1); // of the group
+        for (const QEvent::Type type : { QEvent::ShortcutOverride, QEvent::KeyPress }) {
+            QKeyEvent escape(type, Qt::Key_Escape, {});
+            QCoreApplication::sendEvent(&table(), &escape);
+            QCOMPARE(table().model()->rowCount(), type == QEvent::KeyPress ? 8 : 1);
+        }
+        QVERIFY(isChosen("filterAllButton"));
+        press("filterFailedButton");
+        QTRY_COMPARE(table().model()->rowCount(), 3);
         // One that a run tells of may be hidden.
         emit controller().processViewPanel()->fileRequested(controller().files().at(2)->path());
         QCOMPARE(highlightedText() + u' ' + QString::number(table().model()->rowCount()), u"2 8"_s);
@@ -307,6 +356,7 @@ private slots:
         alerts().setNextAnswer(0);
         press("removeAllFilesButton");
         QTRY_VERIFY(!hasButton("filterFailedButton")); // nothing is left to be narrowed to
+        QVERIFY(!hasButton("filterAllButton") && !find("filterBar").isVisible());
         QVERIFY(open({ sample(u"turned.tif"_s) }));
         QCOMPARE(table().model()->rowCount(), 1);
     }
@@ -314,19 +364,35 @@ private slots:
     void tellsWhatALoadHasAdded()
     {
         auto& line = find<QLabel>("additionLabel");
-        QVERIFY(fill());
-        QCOMPARE(line.text(), u"6 added"_s);
+        const QString twice = path(u"in/../in/0.tif"_s);
+        QVERIFY(open(sixFiles() + QStringList { twice }));
+        QCOMPARE(line.text(), u"6 added, 1 already there"_s);
         putBytes(path(u"in/readme.txt"_s), "");
         QVERIFY(load([this] { emit table().filesDropped(urlsOf({ path(u"in"_s) })); }));
         QCOMPARE(line.text(), u"0 added, 6 already there, 1 left out"_s);
         QVERIFY(line.isVisible() && line.toolTip().contains(u"not named .tif"_s));
         press("checkAllAction"); // changes nothing
         QVERIFY(line.isVisible());
+        for (const char* command : { "moveDownButton", "removeBtn", "undoAction" }) {
+            table().highlightRows({ 0 });
+            press(command);
+            QVERIFY2(!line.isVisible() && line.text().isEmpty(), command);
+            QGuiApplication::clipboard()->setText(u"no path"_s);
+            press("pasteAction");
+            QVERIFY(line.isVisible());
+        }
         press("uncheckAllAction");
         QVERIFY(!line.isVisible());
         QGuiApplication::clipboard()->setText(u"no path"_s);
         press("pasteAction");
         QCOMPARE(line.text(), u"The clipboard has no files and no paths of files"_s);
+        connect(&controller(), &PagestackAppDelegate::isProcessingChanged, &line,
+                [&](bool isProcessing) {
+                    if (isProcessing)
+                        QVERIFY(line.text().isEmpty()); // what was before is told no more
+                });
+        QVERIFY(load([this] { emit table().filesDropped(urlsOf({ path(u"in"_s) })); }));
+        QVERIFY(!line.text().isEmpty());
     }
 
     void movesDraggedRowsAndBack()
@@ -412,11 +478,33 @@ private slots:
         QCOMPARE(text("foundLabel"), u"1 of 2"_s);
         press("findPreviousButton");
         QCOMPARE(row(), 2);
+        find<QLineEdit>("filterField").setText(u"2"_s);
+        QTRY_COMPARE(table().model()->rowCount(), 1);
+        press("findNextButton"); // none that is hidden
+        QCOMPARE(text("foundLabel"), u"1 of 1"_s);
+        find<QLineEdit>("filterField").clear();
+        QTRY_COMPARE(table().model()->rowCount(), 3);
+        press("searchBtn");
+        QCOMPARE(field.selectedText(), u"INV"_s);
+        field.deselect();
         QTest::keyClicks(&field, u"x"_s);
         QTRY_COMPARE(text("foundLabel"), u"No file has it"_s);
+        press("findNextButton");
+        QCOMPARE(text("foundLabel"), u"No file has it"_s);
+        field.clear();
+        QTRY_COMPARE(text("foundLabel"), u""_s);
+        field.setText(u"none"_s);
+        press("findNextButton"); // before the pause is over
+        QCOMPARE(text("foundLabel"), u"No file has it"_s);
         QVERIFY(table().highlightedRows().isEmpty());
-        QTest::keyClick(&field, Qt::Key_Escape);
+        press("findCloseButton");
         QVERIFY(!bar.isVisible());
+        press("searchBtn");
+        for (const QEvent::Type type : { QEvent::ShortcutOverride, QEvent::KeyPress }) {
+            QKeyEvent escape(type, Qt::Key_Escape, {});
+            QCoreApplication::sendEvent(&bar, &escape);
+            QCOMPARE(bar.isVisible(), type != QEvent::KeyPress);
+        }
         QCOMPARE(window().focusWidget(), &table());
         QTest::keyClicks(&table(), u"le"_s); // by the beginning of the name, in the table itself
         QCOMPARE(row(), 1);
@@ -424,6 +512,92 @@ private slots:
         QVERIFY(window().focusWidget() != &table()); // no key stays in a table
         QCOMPARE(rowsWithName(controller().files().items(), u"in/INVOICE"_s),
                  (QList<int> { 0, 2 }));
+    }
+
+    // Whoever has scrolled away would not see what a command has done, or found.
+    void bringsWhatItActsOnIntoView()
+    {
+        QVERIFY(open({ manyFiles() }));
+        press("searchBtn");
+        auto& field = find<QLineEdit>("searchField");
+        field.setText(u"398"_s);
+        QTRY_COMPARE(text("foundLabel"), u"1 of 1"_s);
+        const QString path = controller().files().at(298)->path();
+        const std::function<void()> steps[] = {
+            [this] { press("findNextButton"); },
+            [&] {
+                field.clear();
+                QTRY_COMPARE(text("foundLabel"), QString());
+                table().setCurrentRow(298);
+                table().scrollToTop();
+                field.setText(u"398"_s);
+                QTRY_COMPARE(text("foundLabel"), u"1 of 1"_s);
+            },
+            [&] { emit controller().processViewPanel()->fileRequested(path); },
+            [this] {
+                find<QLineEdit>("filterField").setText(u"9"_s);
+                QTRY_VERIFY(table().model()->rowCount() < 300);
+            },
+            [this] { QTest::keyClick(&table(), Qt::Key_Escape); },
+            [this] { press("moveUpAction"); },
+            [this] { press("moveDownAction"); },
+            [this] { press("undoAction"); },
+            [this] { press("redoAction"); },
+        };
+        int number = 0;
+        for (const auto& step : steps) {
+            ++number;
+            table().scrollToTop();
+            step();
+            const int row = int(names().indexOf(u"398.tif"_s));
+            const QRect place
+                = table().visualRect(table().model()->index(table().shownRows().placeOf(row), 1));
+            QVERIFY2(table().viewport()->rect().intersects(place),
+                     qPrintable(QString::number(number)));
+            QCOMPARE(table().highlightedRows(), QList<int> { row });
+        }
+        emit controller().processViewPanel()->fileRequested(u"/none.tif"_s);
+        QCOMPARE(table().highlightedRows(), QList<int> { 298 });
+    }
+
+    // A highlight of many pieces is put aside during a load, and may not come back.
+    void keepsAHighlightInPiecesThroughALoad()
+    {
+        QVERIFY(open({ manyFiles() }));
+        QList<int> rows;
+        for (int row = 0; row < 300; row += 2)
+            rows.append(row);
+        table().highlightRows(rows);
+        table().setCurrentRow(44);
+        qsizetype meanwhile = -1;
+        connect(&controller().tableModel(), &QAbstractItemModel::rowsInserted, &window(),
+                [&] { meanwhile = table().highlightedRows().size(); });
+        QVERIFY(openFiles({ { "0.tif", 1 } }));
+        QCOMPARE(meanwhile, 0);
+        QCOMPARE(table().highlightedRows(), rows);
+        QCOMPARE(table().currentRow(), 44);
+        table().highlightRows({ 0, 2 });
+        QVERIFY(openFiles({ { "1.tif", 1 } }));
+        QCOMPARE(meanwhile, 2); // as it is while there are few
+        QCOMPARE(highlightedText(), u"0 2"_s);
+    }
+
+    // Pages that a list chooses for a file that is there already.
+    void choosesPagesOfListedFiles()
+    {
+        QVERIFY(fill());
+        press("importAction");
+        auto& sheet = find<ImportFilesWindowController>();
+        childOf<QAbstractButton>(sheet, "importFromTextBtn").click();
+        childOf<QPlainTextEdit>(sheet, "importText")
+            .setPlainText(u"%1\t2\n%2\n"_s.arg(path(u"in/5.tif"_s), path(u"in/4.tif"_s)));
+        QVERIFY(load([&] { sheet.importAction(); }));
+        QStringList choices;
+        for (const auto& item : controller().files().items())
+            choices.append(item->pageChoice());
+        QCOMPARE(choices.join(u'|'), u"|||||2"_s);
+        QCOMPARE(totals(), u"6, 6, 11, 15"_s); // one page of the last
+        QCOMPARE(find<QLabel>("additionLabel").text(), u"0 added, 2 already there"_s);
     }
 
     void sortsDatesBesideTheWindow_data()

@@ -9,6 +9,7 @@
 #include <QMenuBar>
 #include <QProgressBar>
 #include <QScreen>
+#include <QToolBar>
 #include <QTreeWidget>
 
 #include <cmath>
@@ -96,6 +97,8 @@ private slots:
     void changesItsColoursWhileItRuns()
     {
         QVERIFY(fill());
+        QCOMPARE(find("helpHyperlink").palette().color(QPalette::ButtonText),
+                 window().palette().color(QPalette::Link));
         for (const auto& [action, theme] : { std::pair("darkThemeAction", Theme::Dark),
                                              std::pair("lightThemeAction", Theme::Light) }) {
             press(action);
@@ -115,6 +118,13 @@ private slots:
             QCOMPARE(colourOf(QIcon::Disabled),
                      colours.color(QPalette::Disabled, QPalette::WindowText).green() / 4);
         }
+        press("systemThemeAction");
+        QVERIFY(find<QAction>("systemThemeAction").isChecked());
+        window().close();
+        showTheme(Theme::System);
+        start();
+        QVERIFY(find<QAction>("systemThemeAction").isChecked());
+        QVERIFY(!find<QAction>("lightThemeAction").isChecked());
         press("darkThemeAction");
         window().close();
         showTheme(Theme::System);
@@ -130,8 +140,9 @@ private slots:
             addFilesBtn       | Add Files (Ctrl+O)         |                                |
             removeBtn         | Remove (Del)               | The list is empty.             |
             moveUpButton      | Move Up (Ctrl+Up)          | The list is empty.             | The first row is among
+            moveDownButton    | Move Down (Ctrl+Down)      | The list is empty.             |
             openFileButton    | Open File                  | The list is empty.             |
-            convertBtn        | Convert Files (Ctrl+Return) | The list is empty.            |
+            convertBtn        | Convert Files (Ctrl+Return) | The list is empty.            | 15 image(s) beside their
             recentFoldersBtn  | Recent                     |                                |
             inculdeSubfoldersBtn | Include sub-folders (Alt+U) |                            |)");
     }
@@ -149,7 +160,7 @@ private slots:
         QCOMPARE(lines().value(2), empty);
         QVERIFY(fill());
         table().highlightRows({ 0 });
-        QCOMPARE(lines().value(2).left(first.size()), first);
+        QTRY_COMPARE(lines().value(2).left(first.size()), first);
         QCOMPARE(lines().size() > 2, !first.isEmpty());
     }
 
@@ -185,6 +196,48 @@ private slots:
             QVERIFY(find("rightBox").isVisible());
             QCOMPARE(window().focusWidget(), &find("outputType"));
         }
+    }
+
+    /// What is set up once and missed only by those who meet it.
+    void isSetUp_data()
+    {
+        addTextRows(R"(
+            mainToolBar       | movable           | 0
+            mainToolBar       | contextMenuPolicy | 4
+            MainWindow        | contextMenuPolicy | 0
+            additionLabel     | visible           | 0
+            filterBar         | visible           | 0
+            filterAllButton   | visible           | 0
+            loadingIndicator  | visible           | 0
+            formatNote        | visible           | 0
+            jpegBox           | visible           | 1
+            tiffBox           | visible           | 0
+            pages-fault       | visible           | 0
+            expect-dpi-fault  | wordWrap          | 1
+            expect-dpi-fault  | textFormat        | 0
+            outputType        | currentIndex      | 0
+            expect-dpi        | clearButtonEnabled | 1
+            recentFoldersBtn  | enabled           | 0
+            settingTabView    | currentIndex      | 0)");
+    }
+
+    void isSetUp()
+    {
+        const auto [name, property, value] = textRow<3>();
+        const QWidget& part = name == u"MainWindow" ? window() : find(qPrintable(name));
+        QCOMPARE(part.property(qPrintable(property)).toInt(), value.toInt());
+        for (const char* action : { "exportToolbarItem", "preferencesToolbarItem" })
+            QCOMPARE(find<QToolBar>("mainToolBar")
+                         .widgetForAction(&find<QAction>(action))
+                         ->focusPolicy(),
+                     Qt::TabFocus);
+        const auto& more = find<QAbstractButton>("qt_toolbar_ext_button");
+        QVERIFY(more.accessibleName() == u"More"_s && !more.icon().isNull());
+        QVERIFY(find<QAction>("invertSelectionAction")
+                    .text()
+                    .endsWith(QKeySequence(Qt::Key_Space).toString(QKeySequence::NativeText)));
+        QVERIFY(find("loadingIndicator").sizePolicy().retainSizeWhenHidden());
+        QCOMPARE(window().focusWidget(), &table());
     }
 
     /// Controls drawn over rows, or a window that is larger than the screen.

@@ -6,6 +6,29 @@
 #include <QHeaderView>
 #include <QMimeData>
 #include <QProgressBar>
+#include <QTimer>
+
+namespace {
+
+/// How often the busiest timer of the program has gone off.
+class Ticks : public QObject
+{
+public:
+    Ticks() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Timer && qobject_cast<QTimer*>(watched) != nullptr)
+            m_most = std::max(m_most, ++m_counts[watched]);
+        return false;
+    }
+    int most() const { return m_most; }
+
+private:
+    QHash<QObject*, int> m_counts;
+    int m_most = 0;
+};
+
+} // namespace
 
 // A run as the window shows it: its sheet, the line that stands for it, the rows of the list.
 class RunTest : public WindowFixture
@@ -157,6 +180,10 @@ private slots:
                                  u"2-3"_s, Qt::EditRole);
         QTRY_COMPARE(line(), u"5 image(s) \u2192 %1, 2 exist, 1 clash"_s.arg(out));
         QCOMPARE(totals(), u"3, 3, 5, 6"_s);
+        find<QLineEdit>("pages").setText(u"1"_s); // of each file
+        QTRY_VERIFY(!line().isEmpty() && !line().startsWith(u"5 image(s)"_s));
+        find<QLineEdit>("pages").clear();
+        QTRY_COMPARE(line(), u"5 image(s) \u2192 %1, 2 exist, 1 clash"_s.arg(out));
         settings().setOutputType(2); // the pages of a file together
         QTRY_COMPARE(line(), u"3 image(s) \u2192 %1, 1 clash"_s.arg(out));
         controller().tableModel().mark({ 0, 1, 2 }, FileTableModel::Mark::Uncheck);
@@ -165,6 +192,77 @@ private slots:
         controller().tableModel().mark({ 1 }, FileTableModel::Mark::Check);
         settings().setOutputFolderPath(out + u"/none"_s);
         QTRY_COMPARE(line(), u"1 image(s) \u2192 %1/none, the folder is missing"_s.arg(out));
+        controller().tableModel().mark({ 0 }, FileTableModel::Mark::Check);
+        QTRY_VERIFY(line().startsWith(u"2 image(s)"_s));
+        table().highlightRows({ 0 });
+        press("removeSelectedAction");
+        QTRY_VERIFY(line().startsWith(u"1 image(s)"_s));
+    }
+
+    /// Controls that stay as a run, a sheet or a search has left them, and timers that go on for
+    /// nothing.
+    void leavesTheWindowAsItWas()
+    {
+        QVERIFY(fill());
+        press("toggleSettingsAction"); // which would make room for the preview
+        settings().setOutputFolderPath(outFolder());
+        press("uncheckAllAction");
+        controller().tableModel().mark({ 1 }, FileTableModel::Mark::Check);
+        const auto states = [this] {
+            QStringList lines;
+            for (const auto* part : window().findChildren<QWidget*>())
+                if (part->isVisible() && !part->objectName().startsWith(u"qt_"_s))
+                    lines.append(u"%1 %2%3"_s.arg(part->objectName())
+                                     .arg(part->isEnabled())
+                                     .arg(part->property("checked").toBool()));
+            for (const auto* action : window().findChildren<QAction*>())
+                if (!action->objectName().isEmpty())
+                    lines.append(u"%1 %2%3"_s.arg(action->objectName())
+                                     .arg(action->isEnabled())
+                                     .arg(action->isChecked()));
+            return lines;
+        };
+        const auto take = [this](const QString& step) {
+            if (step == u"wait")
+                return waitForRun();
+            if (step != u"filter")
+                return press(qPrintable(step)), true;
+            find<QLineEdit>("filterField").setText(u"1"_s);
+            const bool isDone = QTest::qWaitFor([&] { return table().model()->rowCount() == 1; });
+            QTest::keyClick(&table(), Qt::Key_Escape);
+            return isDone;
+        };
+        table().highlightRows({ 1 });
+        const QStringList before = states();
+        for (const QString& act :
+             { u"convertBtn wait closeProcessBtn"_s,
+               u"convertBtn stopAfterFileBtn wait closeProcessBtn"_s,
+               u"convertBtn hideDetailsBtn wait closeProcessBtn"_s, u"filter"_s,
+               u"togglePreviewAction togglePreviewAction"_s, u"findAction findCloseButton"_s,
+               u"toggleSettingsAction toggleSettingsAction"_s,
+               u"importAction cancelImportBtn"_s }) {
+            QDir(outFolder()).removeRecursively();
+            outFolder();
+            for (const QString& step : act.split(u' '))
+                QVERIFY2(take(step), qPrintable(act));
+            table().highlightRows({ 1 });
+            QStringList changed;
+            const auto isAsBefore = [&] {
+                const QStringList now = states();
+                changed = now + before;
+                changed.removeIf([&](const QString& line) {
+                    return before.contains(line) && now.contains(line);
+                });
+                return changed.isEmpty();
+            };
+            QVERIFY2(QTest::qWaitFor(isAsBefore),
+                     qPrintable(act + u": "_s + changed.join(u", "_s)));
+        }
+        const auto isAtRest = [] {
+            const Ticks ticks;
+            return !QTest::qWaitFor([&] { return ticks.most() > 2; }, 1000);
+        };
+        QVERIFY(QTest::qWaitFor(isAtRest));
     }
 
     /// A list that forgets with the sheet which files have failed, and why.
@@ -220,11 +318,9 @@ private slots:
         press("skip-reduced");
         alerts().setNextAnswer(1); // Skip
         press("convertBtn");
-        press("pauseProcessBtn");
-        QTRY_COMPARE(text("processPlanLabel"),
-                     u"2 file(s), 2 page(s): 0 image(s) in %1, 0 bytes at most"_s.arg(out));
-        press("pauseProcessBtn");
-        QVERIFY(waitForRun());
+        QVERIFY(waitForRun()); // not paused meanwhile: the question begins it anew
+        QCOMPARE(text("processPlanLabel"),
+                 u"2 file(s), 2 page(s): 0 image(s) in %1, 0 bytes at most"_s.arg(out));
         QCOMPARE(text("processHeadlineLabel"),
                  u"Finished with problems: 0 images written, 1 of 2 files left out"_s);
         press("closeProcessBtn");
@@ -232,6 +328,38 @@ private slots:
         press("removeConvertedAction");
         QCOMPARE(order(), u"b"_s);
         QTRY_VERIFY(!text("outputExampleLabel").startsWith(u'b')); // which has no output
+    }
+
+    /// A stop after the file in hand that was asked for before there was a run, and so ends it.
+    void beginsAnewAfterAQuestion()
+    {
+        const TestFolder folder;
+        folder.make(u"in/a.tif:W in/b.tif:W out/"_s);
+        makeFile(folder.path(u"out/a1.jpg"_s));
+        QVERIFY(open({ folder.path(u"in"_s) }));
+        settings().setOutputFolderPath(folder.path(u"out"_s));
+        alerts().setNextAnswer(2); // Replace
+        press("convertBtn");
+        press("stopAfterFileBtn");
+        QVERIFY(waitForRun());
+        QCOMPARE(text("processHeadlineLabel"), u"Finished: 2 images written"_s);
+        press("closeProcessBtn");
+    }
+
+    /// Two images of one file and none of the other, which are as many images as files: "All
+    /// files".
+    void saysAllOnlyOfAll()
+    {
+        const TestFolder folder;
+        folder.make(u"in/a.tif:WW in/b.tif:T out/"_s);
+        QVERIFY(open({ folder.path(u"in"_s) }));
+        settings().setOutputFolderPath(folder.path(u"out"_s));
+        press("skip-reduced");
+        press("convertBtn");
+        QVERIFY(waitForRun());
+        QVERIFY(text("processHeadlineLabel").contains(u"2 images written, 1 of 2 files left out"));
+        QCOMPARE(text("processMessageLabel"), u""_s);
+        press("closeProcessBtn");
     }
 
     /// What the rows are told: nothing before the first file is begun, and not of logs.

@@ -93,6 +93,8 @@ protected:
     void takeNewFolder()
     {
         m_session.reset();
+        QTest::failOnWarning(
+            QRegularExpression(u"invalid nullptr"_s)); // connects what is not there
         m_folder = std::make_unique<QTemporaryDir>();
         QVERIFY(m_folder->isValid());
         qputenv("XDG_DATA_HOME", path(u"data"_s).toLocal8Bit());

@@ -7,12 +7,14 @@
 #include "tests/support/TestFolder.h"
 
 #include <QComboBox>
+#include <QDirIterator>
 #include <QFileOpenEvent>
 #include <QImage>
 #include <QMenuBar>
 #include <QProcess>
 #include <QProgressBar>
 #include <QSlider>
+#include <QSplitter>
 #include <QTreeWidget>
 #include <QWindow>
 
@@ -143,6 +145,7 @@ private slots:
                 return;
             line = text("labelTimeTaken");
             QVERIFY(find("loadingIndicator").isVisible());
+            QVERIFY(!find("lableDragAndDrop").isVisible()); // from the first file on
             QVERIFY(!isEnabled("addFilesBtn") && !isEnabled("convertBtn"));
             press("cancelMenuAction");
         });
@@ -166,8 +169,10 @@ private slots:
                     window().close();
             });
             controller().openPaths({ folder });
-            if (loaded == 0)
-                window().close(); // before the load has come to its first file
+            if (loaded == 0) { // before the load has come to its first file
+                window().close();
+                QVERIFY(!controller().applicationShouldTerminate());
+            }
             QVERIFY(ready.wait(longMs));
             QCOMPARE(ready.size(), 1);
             QCOMPARE(totals(), u"%1, %1, %1, %1"_s.arg(loaded));
@@ -217,8 +222,11 @@ private slots:
         QVERIFY(waitForRun());
         QCOMPARE(text("processMessageLabel"), outcome);
         QCOMPARE(text("processCountLabel").contains(u"7 problem(s)"_s), question.isEmpty());
-        if (folder.isEmpty())
-            QCOMPARE(QDir(samples()).entryList({ u"*.jpg"_s }).size(), 7);
+        if (!folder.isEmpty())
+            return;
+        QCOMPARE(QDir(samples()).entryList({ u"*.jpg"_s }).size(), 7);
+        press("showFolderBtn");
+        QCOMPARE(desktop().opened.last().toLocalFile(), samples());
     }
 
     void beginsNoRunBesideALoad()
@@ -506,6 +514,10 @@ private slots:
         QVERIFY(!window().windowHandle()->close());
         QCOMPARE(alerts().lastButtons().join(u'/'), u"Stop and Quit/Keep Converting"_s);
         QVERIFY(controller().process()->isCombining());
+        alerts().setNextAnswer(1);
+        QEvent quit(QEvent::Quit); // as the system asks it
+        QCoreApplication::sendEvent(qApp, &quit);
+        QVERIFY(!quit.isAccepted() && controller().process()->isCombining());
         alerts().setNextAnswer(0);
         QTest::keyClick(controller().processViewPanel(), Qt::Key_Q, Qt::ControlModifier);
         QCOMPARE(alerts().lastButtons().join(u'/'), u"Stop and Quit/Keep Converting"_s);
@@ -616,6 +628,16 @@ private slots:
         QVERIFY(!find<QAction>("toggleSettingsAction").isChecked());
         QCOMPARE(window().size(), size);
         QCOMPARE(table().columnWidth(FileTableModel::Name), 333);
+        press("toggleSettingsAction");
+        auto& sides = find<QSplitter>("mainSplitView");
+        QList<int> widths = sides.sizes();
+        const int pane = int(sides.indexOf(&find("rightBox")));
+        widths[pane] += 30;
+        sides.setSizes(widths);
+        widths = sides.sizes();
+        window().close();
+        start();
+        QCOMPARE(find<QSplitter>("mainSplitView").sizes().value(pane), widths.value(pane));
 
         QFile store(path(u"settings.json"_s));
         QVERIFY(store.open(QIODevice::WriteOnly) && store.write("odd line") > 0 && store.flush());
@@ -628,6 +650,15 @@ private slots:
         const auto stored = [this] { return UserDefaults(path(u"settings.json"_s)); };
         press("inculdeSubfoldersBtn");
         QVERIFY(stored().boolForKey(u"INCLUDESUBFOLDERS"_s));
+        QVERIFY(stored().objectForKey(u"SHOWSETTINGS"_s).toBool());
+        press("toggleSettingsAction");
+        QCOMPARE(stored().objectForKey(u"SHOWSETTINGS"_s), QVariant(false));
+        press("toggleSettingsAction");
+        press("thumbnailsAction");
+        QVERIFY(stored().boolForKey(u"LISTTHUMBNAILS"_s));
+        press("darkThemeAction");
+        press("lightThemeAction");
+        press("systemThemeAction");
         const auto& options
             = { "setCurrentAsDefaultOutputFolderPathBtn", "openFolderAfterConversionBtn" };
         for (const char* name : options)
@@ -639,12 +670,100 @@ private slots:
             press(name);
         QVERIFY(!settings().isOpenFolderAfterConversion());
         QVERIFY(settings().isSetCurrentAsDefaultOutputFolderPath());
+        QVERIFY(controller().applicationShouldTerminate());
+        start();
+        QCOMPARE(find<QLineEdit>("outputFolderPath").text(), path(u"out"_s));
         settings().setOutputFolderPath(u""_s);
         QVERIFY(!settings().isSetCurrentAsDefaultOutputFolderPath());
         for (const char* name : options)
             QVERIFY2(!isEnabled(name), name);
         start();
         QVERIFY(find<QAbstractButton>("inculdeSubfoldersBtn").isChecked());
+    }
+
+    /// Choices of before that are gone, and nobody knows.
+    void tellsOfDamagedSettings()
+    {
+        for (const char* way : { "inculdeSubfoldersBtn", "toggleSettingsAction", "thumbnailsAction",
+                                 "togglePreviewAction", "chooseOutputFolderBtn" }) {
+            chooser().setNextChoice(urlsOf({ outFolder() }));
+            alerts().setNextAnswer(0);
+            putBytes(path(u"settings.json"_s), "odd");
+            const int asked = alerts().askedCount();
+            press(way);
+            QVERIFY2(alerts().askedCount() == asked + 1, way);
+            QVERIFY2(alerts().lastText().contains(u"-damaged"_s), way);
+        }
+    }
+
+    // What is typed and not confirmed gets lost with a command that comes by a key or the mouse.
+    void takesWhatIsTypedBeforeACommand_data()
+    {
+        addTextRows(R"(
+            addFilesBtn
+            addFolderBtn
+            importBtn
+            removeBtn
+            searchBtn
+            exportAction
+            drop
+            quit)");
+    }
+
+    void takesWhatIsTypedBeforeACommand()
+    {
+        const auto [way] = textRow<1>();
+        QVERIFY(fill());
+        auto& field = find<QLineEdit>("outputFolderPath");
+        find<QTabWidget>("settingTabView").setCurrentIndex(1);
+        field.setFocus();
+        field.setText(u"/typed"_s);
+        field.selectAll();
+        chooser().setNextChoice({});
+        QString found;
+        connect(&settings(), &Settings::outputFolderPathChanged, &window(),
+                [&](const QString& folder) { found = folder + field.selectedText(); });
+        if (way == u"drop"_s)
+            QVERIFY(load([&] { emit table().filesDropped(urlsOf({ path(u"in"_s) })); }));
+        else if (way == u"quit"_s)
+            QVERIFY(controller().applicationShouldTerminate());
+        else
+            press(qPrintable(way));
+        QVERIFY(found.startsWith(u"/typed"_s));
+        QVERIFY(!field.hasSelectedText()); // or the next key would replace it
+    }
+
+    // All of them from the outside of the process.
+    void startsAndEndsAsAProgram()
+    {
+        makeFile(path(u"in/1.tif"_s));
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+        environment.insert(u"XDG_CONFIG_HOME"_s, path(u"config"_s));
+        environment.insert(u"XDG_DATA_HOME"_s, path(u"home"_s));
+        QProcess program;
+        program.setProcessEnvironment(environment);
+        const auto stored = [this] {
+            QDirIterator files(path(u""_s), { u"*.json"_s }, QDir::Files,
+                               QDirIterator::Subdirectories);
+            QByteArray text;
+            while (files.hasNext())
+                text += bytesOf(files.next());
+            return text;
+        };
+        const QDir logs(path(u"home/Corvanta/Pagestack1/Logs"_s));
+        for (const bool hasFiles : { false, true }) { // at rest, and maybe while it loads
+            program.start(qEnvironmentVariable("PAGESTACK_BIN") + u"/pagestack"_s,
+                          { u"--new-window"_s, hasFiles ? path(u"in"_s) : u"--"_s });
+            const auto hasBegun
+                = [&] { return hasFiles ? stored().contains("RECENTFOLDERS") : logs.exists(); };
+            QVERIFY(QTest::qWaitFor(hasBegun, longMs));
+            program.terminate();
+            QVERIFY(program.waitForFinished(longMs));
+            QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+            QCOMPARE(program.exitCode(), 128 + 15);
+            QVERIFY(logs.exists() && stored().contains("WINDOW"));
+        }
     }
 
     void answersItsMenus()
@@ -666,8 +785,10 @@ private slots:
         window().showMaximized();
         press("minimizeAction");
         QVERIFY(window().isMinimized());
+        table().setFocus();
         press("openAppAction");
         QVERIFY(!window().isMinimized() && window().isMaximized() && window().isVisible());
+        QTRY_COMPARE(QApplication::activeWindow(), &window());
         alerts().setNextAnswer(0);
         press("aboutAction");
         QVERIFY(alerts().lastText().contains(u"libtiff"_s, Qt::CaseInsensitive));
@@ -747,6 +868,7 @@ private slots:
         QDir(path(u""_s)).mkpath(u"one"_s);
         QDir(path(u""_s)).mkpath(u"two"_s);
         makeFile(path(u"list.txt"_s));
+        QDir::setCurrent(QDir::rootPath()); // where a dialog begins that knows no folder
         const QString title = u"Title"_s;
         const QStringList types { u"txt"_s };
         QStringList names;
@@ -756,8 +878,15 @@ private slots:
                 names.append(url.fileName());
             names.sort();
         };
+        chooser().setNextChoice({ QUrl(u"file:///beforehand"_s) });
+        chooser().chooseFolder(&window(), title, done);
+        QVERIFY(names.join(u' ') == u"beforehand"_s
+                && window().findChildren<QFileDialog*>().isEmpty());
         const QStringList chosen { u"list.txt"_s, u"one two"_s, u"one"_s, u"list.txt"_s,
                                    u"new name.txt"_s };
+        const QStringList kinds { u"3 0 Add TIFF files (*.txt)"_s, u"2 1 Add All Files (*)"_s,
+                                  u"2 1 Select All Files (*)"_s, u"1 0 Select Text files (*.txt)"_s,
+                                  u"0 0 &Save All Files (*)"_s };
         for (int kind = 0; kind < 5; ++kind) {
             if (kind == 0)
                 chooser().chooseFiles(&window(), title, types, done);
@@ -772,6 +901,14 @@ private slots:
             QFileDialog& dialog = *window().findChildren<QFileDialog*>().constLast();
             QCOMPARE(dialog.acceptMode() == QFileDialog::AcceptSave, kind == 4);
             QVERIFY(!dialog.testOption(QFileDialog::DontConfirmOverwrite));
+            QVERIFY(dialog.testAttribute(Qt::WA_DeleteOnClose));
+            QCOMPARE(dialog.supportedSchemes(), QStringList(u"file"_s));
+            QCOMPARE(u"%1 %2 %3 %4"_s.arg(dialog.fileMode())
+                         .arg(dialog.testOption(QFileDialog::ShowDirsOnly))
+                         .arg(dialog.labelText(QFileDialog::Accept), dialog.nameFilters().first()),
+                     kinds.at(kind));
+            QCOMPARE(dialog.windowTitle(), title);
+            QVERIFY(kind == 0 || dialog.directory() == QDir(path(u""_s))); // the last one
             dialog.setDirectory(path(u""_s));
             if (kind == 1) {
                 QVERIFY(dialog.testOption(QFileDialog::DontUseNativeDialog)); // they return one
@@ -800,6 +937,12 @@ private slots:
         QCOMPARE(program.exitStatus(), QProcess::NormalExit);
         QCOMPARE(program.exitCode(), 0);
         QVERIFY(program.readAllStandardOutput().startsWith("Usage: pagestack ["));
+#ifdef Q_OS_LINUX
+        program.setStandardOutputFile(u"/dev/full"_s);
+        program.start(program.program(), { u"--version"_s });
+        QVERIFY(program.waitForFinished(longMs));
+        QCOMPARE(program.exitCode(), 1);
+#endif
         QVERIFY(programText({ u"a"_s, u"--version"_s })->startsWith(u"pagestack "_s));
         QVERIFY(!programText({ u"--"_s, u"--help"_s }));
         const ProgramArguments given

@@ -87,6 +87,8 @@ def check_names(reader):
     print(f"{count} controls take the keys, {count - len(nameless)} have names")
     if nameless or missing:
         sys.exit(f"accessible: without a name: {nameless}; not reached: {missing}")
+    if "Pagestack" not in map(reader.name, reader.call(ROOT, ACCESSIBLE, "GetChildren")):
+        sys.exit("accessible: the program itself is told by another name")
 
 
 def check_run(reader):
