@@ -75,10 +75,6 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <source>Pagestack</source>
-        <translation>Pagestack</translation>
-    </message>
-    <message>
         <source>Takes the highlighted rows off the list; no file is deleted</source>
         <translation>Nimmt die markierten Zeilen aus der Liste; keine Datei wird gelöscht</translation>
     </message>
@@ -1366,6 +1362,22 @@
         <source>Write a record of the run</source>
         <translation>Nachweis des Laufs schreiben</translation>
     </message>
+    <message>
+        <source>Encode JPEG data anew</source>
+        <translation>JPEG-Daten neu codieren</translation>
+    </message>
+    <message>
+        <source>JPEG at quality 10: decodes pages whose data are JPEG and encodes them anew; else their data are taken over as they are</source>
+        <translation>JPEG mit Qualität 10: decodiert Seiten, deren Daten JPEG sind, und codiert sie neu; sonst werden ihre Daten übernommen, wie sie sind</translation>
+    </message>
+    <message>
+        <source>TIFF: copies the data of pages as they are compressed, JPEG included; what cannot be copied gets --compression</source>
+        <translation>TIFF: übernimmt die Daten der Seiten so, wie sie komprimiert sind, auch JPEG; was nicht übernommen werden kann, bekommt --compression</translation>
+    </message>
+    <message>
+        <source>Keep the compression of TIFF pages</source>
+        <translation>Kompression von TIFF-Seiten behalten</translation>
+    </message>
 </context>
 <context>
     <name>pagestack::Dates</name>
@@ -1792,6 +1804,11 @@ Bitte einen gültigen wählen.</translation>
         <source>More</source>
         <translation>Mehr</translation>
     </message>
+    <message>
+        <source>MACPagestack1</source>
+        <comment>file of the guide, which may be another in another language</comment>
+        <translation>MACPagestack1-de</translation>
+    </message>
 </context>
 <context>
     <name>pagestack::PictureView</name>
@@ -2042,6 +2059,905 @@ Das Protokoll sagt mehr.</translation>
     </message>
 </context>
 <context>
+    <name>pagestack::Reasons</name>
+    <message>
+        <source>page %1: %2</source>
+        <translation>Seite %1: %2</translation>
+    </message>
+    <message>
+        <source>1 page: %1</source>
+        <translation>1 Seite: %1</translation>
+    </message>
+    <message>
+        <source>%1 pages: %2</source>
+        <translation>%1 Seiten: %2</translation>
+    </message>
+    <message>
+        <source>the decoder says: %1</source>
+        <translation>der Decoder meldet: %1</translation>
+    </message>
+    <message>
+        <source>giflib says: %1</source>
+        <translation>giflib meldet: %1</translation>
+    </message>
+    <message>
+        <source>libjpeg says: %1</source>
+        <translation>libjpeg meldet: %1</translation>
+    </message>
+    <message>
+        <source>libpng says: %1</source>
+        <translation>libpng meldet: %1</translation>
+    </message>
+    <message>
+        <source>unknown error</source>
+        <translation>unbekannter Fehler</translation>
+    </message>
+    <message>
+        <source>read back, the file is refused: %1</source>
+        <translation>zurückgelesen und abgelehnt: %1</translation>
+    </message>
+    <message>
+        <source>cannot read: the bytes were never written</source>
+        <translation>Lesen nicht möglich: die Bytes wurden nie geschrieben</translation>
+    </message>
+    <message>
+        <source>cannot read: the file has become shorter</source>
+        <translation>Lesen nicht möglich: die Datei ist kürzer geworden</translation>
+    </message>
+    <message>
+        <source>cannot read: %1</source>
+        <translation>Lesen nicht möglich: %1</translation>
+    </message>
+    <message>
+        <source>cannot write: %1</source>
+        <translation>Schreiben nicht möglich: %1</translation>
+    </message>
+    <message>
+        <source>cannot create a temporary file: %1</source>
+        <translation>eine temporäre Datei lässt sich nicht anlegen: %1</translation>
+    </message>
+    <message>
+        <source>cannot make the temporary file: %1</source>
+        <translation>die temporäre Datei lässt sich nicht anlegen: %1</translation>
+    </message>
+    <message>
+        <source>cannot map the temporary file: %1</source>
+        <translation>die temporäre Datei lässt sich nicht in den Speicher einblenden: %1</translation>
+    </message>
+    <message>
+        <source>cannot make a temporary folder: %1</source>
+        <translation>ein temporärer Ordner lässt sich nicht anlegen: %1</translation>
+    </message>
+    <message>
+        <source>cannot create a file in the folder: %1</source>
+        <translation>in dem Ordner lässt sich keine Datei anlegen: %1</translation>
+    </message>
+    <message>
+        <source>cannot make the folder: %1</source>
+        <translation>der Ordner lässt sich nicht anlegen: %1</translation>
+    </message>
+    <message>
+        <source>cannot keep the date: %1</source>
+        <translation>das Dateidatum lässt sich nicht übernehmen: %1</translation>
+    </message>
+    <message>
+        <source>cannot keep the permissions: %1</source>
+        <translation>die Zugriffsrechte lassen sich nicht übernehmen: %1</translation>
+    </message>
+    <message>
+        <source>cannot put the file in place: %1</source>
+        <translation>die Datei lässt sich nicht an ihren Platz bringen: %1</translation>
+    </message>
+    <message>
+        <source>cannot open the file: %1</source>
+        <translation>die Datei lässt sich nicht öffnen: %1</translation>
+    </message>
+    <message>
+        <source>cannot open the file to replace: %1</source>
+        <translation>die zu ersetzende Datei lässt sich nicht öffnen: %1</translation>
+    </message>
+    <message>
+        <source>cannot follow the symbolic link: %1</source>
+        <translation>der symbolischen Verknüpfung lässt sich nicht folgen: %1</translation>
+    </message>
+    <message>
+        <source>%1; what was there is damaged, since it could not be put back</source>
+        <translation>%1; was dort stand, ist beschädigt, da es sich nicht wiederherstellen ließ</translation>
+    </message>
+    <message>
+        <source>the date is not kept, since the file that was replaced is another user&apos;s</source>
+        <translation>das Dateidatum ist nicht übernommen, da die ersetzte Datei jemand anderem gehört</translation>
+    </message>
+    <message>
+        <source>the symbolic link there belongs to another user, in a folder open to others</source>
+        <translation>die symbolische Verknüpfung dort gehört jemand anderem, in einem Ordner, der anderen offensteht</translation>
+    </message>
+    <message>
+        <source>the output has no name</source>
+        <translation>die Ausgabe hat keinen Namen</translation>
+    </message>
+    <message>
+        <source>a folder of that name is in the way</source>
+        <translation>ein Ordner dieses Namens steht im Weg</translation>
+    </message>
+    <message>
+        <source>what is there is no regular file</source>
+        <translation>was dort steht, ist keine gewöhnliche Datei</translation>
+    </message>
+    <message>
+        <source>the file there is write-protected</source>
+        <translation>die Datei dort ist schreibgeschützt</translation>
+    </message>
+    <message>
+        <source>a file of that name has appeared during the run</source>
+        <translation>während des Laufs ist eine Datei dieses Namens aufgetaucht</translation>
+    </message>
+    <message>
+        <source>the file is kept as it is, since it has changed meanwhile</source>
+        <translation>die Datei bleibt, wie sie ist, da sie sich inzwischen geändert hat</translation>
+    </message>
+    <message>
+        <source>the file is kept as it is, since its line %1 is none of sha256sum</source>
+        <translation>die Datei bleibt, wie sie ist, da ihre Zeile %1 keine von sha256sum ist</translation>
+    </message>
+    <message>
+        <source>the file that is there cannot be read: %1</source>
+        <translation>die vorhandene Datei lässt sich nicht lesen: %1</translation>
+    </message>
+    <message>
+        <source>%1 is no folder</source>
+        <translation>%1 ist kein Ordner</translation>
+    </message>
+    <message>
+        <source>folder %1 leads out of the output folder</source>
+        <translation>der Ordner %1 führt aus dem Ausgabeordner hinaus</translation>
+    </message>
+    <message>
+        <source>folder %1 is not writable</source>
+        <translation>in den Ordner %1 lässt sich nicht schreiben</translation>
+    </message>
+    <message>
+        <source>no such file or folder</source>
+        <translation>keine solche Datei, kein solcher Ordner</translation>
+    </message>
+    <message>
+        <source>neither a regular file nor a folder</source>
+        <translation>weder eine gewöhnliche Datei noch ein Ordner</translation>
+    </message>
+    <message>
+        <source>the path is empty</source>
+        <translation>der Pfad ist leer</translation>
+    </message>
+    <message>
+        <source>the name is no UTF-8 text</source>
+        <translation>der Name ist kein UTF-8-Text</translation>
+    </message>
+    <message>
+        <source>the name of its folder is no UTF-8 text</source>
+        <translation>der Name des Ordners ist kein UTF-8-Text</translation>
+    </message>
+    <message>
+        <source>named twice with different pages; those named first are converted</source>
+        <translation>zweimal mit verschiedenen Seiten genannt; die zuerst genannten werden umgewandelt</translation>
+    </message>
+    <message>
+        <source>it is no file of this computer</source>
+        <translation>keine Datei dieses Computers</translation>
+    </message>
+    <message>
+        <source>no regular file is there</source>
+        <translation>dort ist keine gewöhnliche Datei</translation>
+    </message>
+    <message>
+        <source>%1 bytes are too many for a list</source>
+        <translation>%1 Bytes sind zu viel für eine Liste</translation>
+    </message>
+    <message>
+        <source>the text is not UTF-8</source>
+        <translation>der Text ist nicht UTF-8</translation>
+    </message>
+    <message>
+        <source>The settings in %1 cannot be read: %2. They are kept in %3; the defaults are used.</source>
+        <translation>Die Einstellungen in %1 lassen sich nicht lesen: %2. Sie sind in %3 aufbewahrt; es gelten die Voreinstellungen.</translation>
+    </message>
+    <message>
+        <source>The settings in %1 cannot be read: %2. They cannot be put aside either, so that no settings are saved.</source>
+        <translation>Die Einstellungen in %1 lassen sich nicht lesen: %2. Sie lassen sich auch nicht beiseitelegen, deshalb werden keine Einstellungen gespeichert.</translation>
+    </message>
+    <message>
+        <source>The settings cannot be saved in %1: %2.</source>
+        <translation>Die Einstellungen lassen sich nicht in %1 speichern: %2.</translation>
+    </message>
+    <message>
+        <source>it is too long</source>
+        <translation>sie ist zu lang</translation>
+    </message>
+    <message>
+        <source>it is no file</source>
+        <translation>es ist keine Datei</translation>
+    </message>
+    <message>
+        <source>it holds no object</source>
+        <translation>sie enthält kein Objekt</translation>
+    </message>
+    <message>
+        <source>it is no regular file</source>
+        <translation>keine gewöhnliche Datei</translation>
+    </message>
+    <message>
+        <source>the file is empty</source>
+        <translation>die Datei ist leer</translation>
+    </message>
+    <message>
+        <source>it is no TIFF file</source>
+        <translation>keine TIFF-Datei</translation>
+    </message>
+    <message>
+        <source>it is no PDF document that can be opened</source>
+        <translation>kein PDF-Dokument, das sich öffnen lässt</translation>
+    </message>
+    <message>
+        <source>the file has no page</source>
+        <translation>die Datei hat keine Seite</translation>
+    </message>
+    <message>
+        <source>the file ends within its header</source>
+        <translation>die Datei endet in ihrem Kopf</translation>
+    </message>
+    <message>
+        <source>the file ends within the directory of page %1</source>
+        <translation>die Datei endet im Verzeichnis von Seite %1</translation>
+    </message>
+    <message>
+        <source>the first directory lies beyond the end of the file</source>
+        <translation>das erste Verzeichnis liegt hinter dem Ende der Datei</translation>
+    </message>
+    <message>
+        <source>the first directory is damaged</source>
+        <translation>das erste Verzeichnis ist beschädigt</translation>
+    </message>
+    <message>
+        <source>the chain of pages leads out of the file after page %1</source>
+        <translation>die Kette der Seiten führt nach Seite %1 aus der Datei hinaus</translation>
+    </message>
+    <message>
+        <source>the directory after page %1 is damaged</source>
+        <translation>das Verzeichnis nach Seite %1 ist beschädigt</translation>
+    </message>
+    <message>
+        <source>the chain of pages leads back to page %1 after page %2</source>
+        <translation>die Kette der Seiten führt nach Seite %2 zu Seite %1 zurück</translation>
+    </message>
+    <message>
+        <source>the directory after page %1 overlaps that of page %2</source>
+        <translation>das Verzeichnis nach Seite %1 überschneidet das von Seite %2</translation>
+    </message>
+    <message>
+        <source>the file has more than %1 pages</source>
+        <translation>die Datei hat mehr als %1 Seiten</translation>
+    </message>
+    <message>
+        <source>the search for pages was stopped after page %1</source>
+        <translation>die Suche nach Seiten wurde nach Seite %1 beendet</translation>
+    </message>
+    <message>
+        <source>the directory of the page cannot be read</source>
+        <translation>das Verzeichnis der Seite lässt sich nicht lesen</translation>
+    </message>
+    <message>
+        <source>the directory of the page is damaged</source>
+        <translation>das Verzeichnis der Seite ist beschädigt</translation>
+    </message>
+    <message>
+        <source>the directory that was written cannot be read</source>
+        <translation>das geschriebene Verzeichnis lässt sich nicht lesen</translation>
+    </message>
+    <message>
+        <source>the file could not be opened</source>
+        <translation>die Datei ließ sich nicht öffnen</translation>
+    </message>
+    <message>
+        <source>the file has no page %1 any more, its last one is %2</source>
+        <translation>die Datei hat keine Seite %1 mehr, ihre letzte ist %2</translation>
+    </message>
+    <message>
+        <source>the file has %1 pages now, %2 were counted before the run</source>
+        <translation>die Datei hat jetzt %1 Seiten, vor dem Lauf wurden %2 gezählt</translation>
+    </message>
+    <message>
+        <source>the TIFF encoder did not start</source>
+        <translation>der TIFF-Encoder ist nicht angelaufen</translation>
+    </message>
+    <message>
+        <source>the image size %1 x %2 is not supported</source>
+        <translation>die Bildgröße %1 x %2 wird nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>%1 bits a sample are not supported</source>
+        <translation>%1 Bits je Abtastwert werden nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>the image has no samples</source>
+        <translation>das Bild hat keine Abtastwerte</translation>
+    </message>
+    <message>
+        <source>the tile size is missing</source>
+        <translation>die Größe der Kacheln fehlt</translation>
+    </message>
+    <message>
+        <source>compression %1 is not supported</source>
+        <translation>die Kompression %1 wird nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>its JBIG data are damaged</source>
+        <translation>die JBIG-Daten sind beschädigt</translation>
+    </message>
+    <message>
+        <source>its JBIG data do not have the size of the page</source>
+        <translation>die JBIG-Daten haben nicht die Größe der Seite</translation>
+    </message>
+    <message>
+        <source>it is too large for a page of JBIG data</source>
+        <translation>zu groß für eine Seite mit JBIG-Daten</translation>
+    </message>
+    <message>
+        <source>tile %1 of the page lies in the header of the file</source>
+        <translation>Kachel %1 der Seite liegt im Kopf der Datei</translation>
+    </message>
+    <message>
+        <source>strip %1 of the page lies in the header of the file</source>
+        <translation>Streifen %1 der Seite liegt im Kopf der Datei</translation>
+    </message>
+    <message>
+        <source>tile %1 of the page is smaller than its rows</source>
+        <translation>Kachel %1 der Seite ist kleiner als ihre Zeilen</translation>
+    </message>
+    <message>
+        <source>strip %1 of the page is smaller than its rows</source>
+        <translation>Streifen %1 der Seite ist kleiner als seine Zeilen</translation>
+    </message>
+    <message>
+        <source>the table of its strips is damaged</source>
+        <translation>die Tabelle der Streifen ist beschädigt</translation>
+    </message>
+    <message>
+        <source>the table of its strips is too short, %1 of %2</source>
+        <translation>die Tabelle der Streifen ist zu kurz, %1 von %2</translation>
+    </message>
+    <message>
+        <source>its pixels lie beyond the end of the file</source>
+        <translation>die Pixel liegen hinter dem Ende der Datei</translation>
+    </message>
+    <message>
+        <source>its tags announce more than %1 MiB of values</source>
+        <translation>die Tags kündigen mehr als %1 MiB an Werten an</translation>
+    </message>
+    <message>
+        <source>its rows of %1 pixels are too long</source>
+        <translation>die Zeilen von %1 Pixeln sind zu lang</translation>
+    </message>
+    <message>
+        <source>its rows of %1 pixels, once it is turned, are too long</source>
+        <translation>gedreht sind die Zeilen von %1 Pixeln zu lang</translation>
+    </message>
+    <message>
+        <source>the page has no pixel data</source>
+        <translation>die Seite hat keine Pixeldaten</translation>
+    </message>
+    <message>
+        <source>it announces %1 x %2 pixels, more than its %3 bytes of data can hold</source>
+        <translation>angekündigt sind %1 x %2 Pixel, mehr als die %3 Bytes an Daten enthalten können</translation>
+    </message>
+    <message>
+        <source>its %1 bytes of data announce %2 x %3 pixels; a page of more than 1 GiB needs a byte for every 1000</source>
+        <translation>%1 Bytes an Daten kündigen %2 x %3 Pixel an; eine Seite über 1 GiB braucht ein Byte je 1000</translation>
+    </message>
+    <message>
+        <source>the colour map is missing</source>
+        <translation>die Farbtabelle fehlt</translation>
+    </message>
+    <message>
+        <source>the colour map is missing or of another length</source>
+        <translation>die Farbtabelle fehlt oder hat eine andere Länge</translation>
+    </message>
+    <message>
+        <source>%1 samples a pixel do not fit its photometric interpretation %2</source>
+        <translation>%1 Abtastwerte je Pixel passen nicht zur photometrischen Deutung %2</translation>
+    </message>
+    <message>
+        <source>a colour map of %1 bits is not supported</source>
+        <translation>eine Farbtabelle mit %1 Bits wird nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>inks other than CMYK are not supported</source>
+        <translation>andere Druckfarben als CMYK werden nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>L*a*b* with %1 bits a sample is not supported</source>
+        <translation>L*a*b* mit %1 Bits je Abtastwert wird nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>photometric interpretation %1 is not supported</source>
+        <translation>die photometrische Deutung %1 wird nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>its L*a*b* colours cannot be converted</source>
+        <translation>die L*a*b*-Farben lassen sich nicht umrechnen</translation>
+    </message>
+    <message>
+        <source>one colour for 4 x 4 pixels is not supported</source>
+        <translation>eine Farbe für 4 x 4 Pixel wird nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>strips without data are not supported for such a page</source>
+        <translation>Streifen ohne Daten werden bei einer solchen Seite nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>its strips or tiles are too large</source>
+        <translation>die Streifen oder Kacheln sind zu groß</translation>
+    </message>
+    <message>
+        <source>its tiles are too large</source>
+        <translation>die Kacheln sind zu groß</translation>
+    </message>
+    <message>
+        <source>its strips are too large</source>
+        <translation>die Streifen sind zu groß</translation>
+    </message>
+    <message>
+        <source>a tile width of %1 is not supported</source>
+        <translation>eine Kachelbreite von %1 wird nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>the pixels cannot be decoded</source>
+        <translation>die Pixel lassen sich nicht decodieren</translation>
+    </message>
+    <message>
+        <source>predictor %1 is not supported for its samples</source>
+        <translation>der Prädiktor %1 wird für die Abtastwerte nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>%1 % of its samples lie outside of 0 to 1, which is shown</source>
+        <translation>%1 % der Abtastwerte liegen außerhalb von 0 bis 1, und nur das wird gezeigt</translation>
+    </message>
+    <message>
+        <source>its samples lie between %1 and %2, and %3 to %4 is shown: fewer than 16 levels are left</source>
+        <translation>die Abtastwerte liegen zwischen %1 und %2, gezeigt wird %3 bis %4: weniger als 16 Stufen bleiben</translation>
+    </message>
+    <message>
+        <source>samples of format %1 and %2 bits are not supported</source>
+        <translation>Abtastwerte des Formats %1 mit %2 Bits werden nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>%1 of its %2 %3 has no data in the file and is filled with %4</source>
+        <translation>%1 von %2 %3 hat keine Daten in der Datei und ist mit %4 gefüllt</translation>
+    </message>
+    <message>
+        <source>%1 of its %2 %3 have no data in the file and are filled with %4</source>
+        <translation>%1 von %2 %3 haben keine Daten in der Datei und sind mit %4 gefüllt</translation>
+    </message>
+    <message>
+        <source>strips</source>
+        <translation>Streifen</translation>
+    </message>
+    <message>
+        <source>tiles</source>
+        <translation>Kacheln</translation>
+    </message>
+    <message>
+        <source>its strips hold far more than their rows</source>
+        <translation>die Streifen enthalten weit mehr als ihre Zeilen</translation>
+    </message>
+    <message>
+        <source>its strips or tiles hold more than their rows; the rest is left out</source>
+        <translation>die Streifen oder Kacheln enthalten mehr als ihre Zeilen; der Rest ist ausgelassen</translation>
+    </message>
+    <message>
+        <source>its progressive JPEG data are too large to be looked through</source>
+        <translation>die progressiven JPEG-Daten sind zu groß, um sie durchzusehen</translation>
+    </message>
+    <message>
+        <source>its progressive JPEG data lack scans</source>
+        <translation>den progressiven JPEG-Daten fehlen Durchgänge</translation>
+    </message>
+    <message>
+        <source>its JPEG data lack restart markers, and pixels with them</source>
+        <translation>den JPEG-Daten fehlen Restart-Marken und mit ihnen Pixel</translation>
+    </message>
+    <message>
+        <source>its JPEG data go on behind the last pixels; some of them may be damaged</source>
+        <translation>die JPEG-Daten gehen hinter den letzten Pixeln weiter; manche davon können beschädigt sein</translation>
+    </message>
+    <message>
+        <source>its Deflate data are damaged</source>
+        <translation>die Deflate-Daten sind beschädigt</translation>
+    </message>
+    <message>
+        <source>its Deflate data end before its last row</source>
+        <translation>die Deflate-Daten enden vor der letzten Zeile</translation>
+    </message>
+    <message>
+        <source>its PackBits data end before its last row</source>
+        <translation>die PackBits-Daten enden vor der letzten Zeile</translation>
+    </message>
+    <message>
+        <source>a page of %1 slices in depth is not supported</source>
+        <translation>eine Seite mit %1 Schichten in der Tiefe wird nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>the size of its strip is 0 in the file; as many bytes as its rows need were taken</source>
+        <translation>die Größe des Streifens ist in der Datei 0; gelesen sind so viele Bytes, wie die Zeilen brauchen</translation>
+    </message>
+    <message>
+        <source>its resolution is not known; %1 dpi were expected</source>
+        <translation>die Auflösung ist nicht bekannt; erwartet waren %1 dpi</translation>
+    </message>
+    <message>
+        <source>its resolution is %1 x %2 dpi; %3 were expected</source>
+        <translation>die Auflösung ist %1 x %2 dpi; erwartet waren %3</translation>
+    </message>
+    <message>
+        <source>its colours are not converted to sRGB, since its ICC profile is broken or not for them</source>
+        <translation>die Farben sind nicht in sRGB umgerechnet, da das ICC-Profil beschädigt ist oder nicht zu ihnen passt</translation>
+    </message>
+    <message>
+        <source>1 row of the fax is damaged; what is lost of it is white</source>
+        <translation>1 Zeile des Fax ist beschädigt; was davon verloren ist, ist weiß</translation>
+    </message>
+    <message>
+        <source>%1 rows of the fax are damaged; what is lost of them is white</source>
+        <translation>%1 Zeilen des Fax sind beschädigt; was davon verloren ist, ist weiß</translation>
+    </message>
+    <message>
+        <source>a page of %1 x %2 pixels is too large for %3</source>
+        <translation>eine Seite von %1 x %2 Pixeln ist zu groß für %3</translation>
+    </message>
+    <message>
+        <source>an ICC profile of %1 bytes is too large for JPEG</source>
+        <translation>ein ICC-Profil von %1 Bytes ist zu groß für JPEG</translation>
+    </message>
+    <message>
+        <source>a broken colour profile, which %1 cannot hold, is dropped</source>
+        <translation>ein beschädigtes Farbprofil, das %1 nicht fassen kann, fällt weg</translation>
+    </message>
+    <message>
+        <source>the colour profile, which %1 cannot hold, is dropped; --srgb converts the colours</source>
+        <translation>das Farbprofil, das %1 nicht fassen kann, fällt weg; „Farben in sRGB umrechnen“ rechnet die Farben um</translation>
+    </message>
+    <message>
+        <source>the colour profile &apos;%1&apos;, which %2 cannot hold, is dropped; --srgb converts the colours</source>
+        <translation>das Farbprofil „%1“, das %2 nicht fassen kann, fällt weg; „Farben in sRGB umrechnen“ rechnet die Farben um</translation>
+    </message>
+    <message>
+        <source>%1 source has a colour profile other than sRGB, which %2 files cannot hold: %3; --srgb converts the colours</source>
+        <translation>%1 Quelle hat ein anderes Farbprofil als sRGB, das %2-Dateien nicht fassen können: %3; „Farben in sRGB umrechnen“ rechnet die Farben um</translation>
+    </message>
+    <message>
+        <source>%1 sources have a colour profile other than sRGB, which %2 files cannot hold: %3; --srgb converts the colours</source>
+        <translation>%1 Quellen haben ein anderes Farbprofil als sRGB, das %2-Dateien nicht fassen können: %3; „Farben in sRGB umrechnen“ rechnet die Farben um</translation>
+    </message>
+    <message>
+        <source>written without compression, since a fax compression is for pages one bit deep; --bilevel makes them so</source>
+        <translation>ohne Kompression geschrieben, da eine Fax-Kompression für Seiten mit einem Bit je Pixel ist; „Schwarz-weiß“ macht sie dazu</translation>
+    </message>
+    <message>
+        <source>%1 of its samples, which are neither colour nor alpha, are left out</source>
+        <translation>%1 der Abtastwerte, die weder Farbe noch Alpha sind, sind ausgelassen</translation>
+    </message>
+    <message>
+        <source>%1 tag left out: %2</source>
+        <translation>%1 Tag ausgelassen: %2</translation>
+    </message>
+    <message>
+        <source>%1 tags left out: %2</source>
+        <translation>%1 Tags ausgelassen: %2</translation>
+    </message>
+    <message>
+        <source>%1 tag would be lost: %2</source>
+        <translation>%1 Tag verloren ginge: %2</translation>
+    </message>
+    <message>
+        <source>%1 tags would be lost: %2</source>
+        <translation>%1 Tags verloren gingen: %2</translation>
+    </message>
+    <message>
+        <source>%1 tag left behind, for which the format has no place: %2</source>
+        <translation>%1 Tag zurückgeblieben, für den das Format keinen Platz hat: %2</translation>
+    </message>
+    <message>
+        <source>%1 tags left behind, for which the format has no place: %2</source>
+        <translation>%1 Tags zurückgeblieben, für die das Format keinen Platz hat: %2</translation>
+    </message>
+    <message>
+        <source>there is no writer for the extension &quot;%1&quot;</source>
+        <translation>für die Endung „%1“ gibt es keinen Schreiber</translation>
+    </message>
+    <message>
+        <source>the pixels changed while they were read</source>
+        <translation>die Pixel haben sich während des Lesens geändert</translation>
+    </message>
+    <message>
+        <source>the page cannot be encoded</source>
+        <translation>die Seite lässt sich nicht codieren</translation>
+    </message>
+    <message>
+        <source>no page could be read</source>
+        <translation>keine Seite ließ sich lesen</translation>
+    </message>
+    <message>
+        <source>the file would be larger than 4 GB</source>
+        <translation>die Datei würde größer als 4 GB</translation>
+    </message>
+    <message>
+        <source>the file is full</source>
+        <translation>die Datei ist voll</translation>
+    </message>
+    <message>
+        <source>a strip is missing or reaches past the end of the file</source>
+        <translation>ein Streifen fehlt oder reicht über das Ende der Datei hinaus</translation>
+    </message>
+    <message>
+        <source>compressed pixels take more than their bound</source>
+        <translation>komprimierte Pixel brauchen mehr als ihre Schranke</translation>
+    </message>
+    <message>
+        <source>its header is damaged</source>
+        <translation>der Kopf ist beschädigt</translation>
+    </message>
+    <message>
+        <source>it is not as long as its rows</source>
+        <translation>sie ist nicht so lang wie ihre Zeilen</translation>
+    </message>
+    <message>
+        <source>%1 bytes lie behind its end</source>
+        <translation>%1 Bytes liegen hinter dem Ende</translation>
+    </message>
+    <message>
+        <source>it holds several images</source>
+        <translation>sie enthält mehrere Bilder</translation>
+    </message>
+    <message>
+        <source>it holds no image</source>
+        <translation>sie enthält kein Bild</translation>
+    </message>
+    <message>
+        <source>its pixels have no colour</source>
+        <translation>die Pixel haben keine Farbe</translation>
+    </message>
+    <message>
+        <source>it has %1 pixels in place of %2</source>
+        <translation>sie hat %1 Pixel statt %2</translation>
+    </message>
+    <message>
+        <source>it has %1 pages in place of %2</source>
+        <translation>sie hat %1 Seiten statt %2</translation>
+    </message>
+    <message>
+        <source>its samples are of another kind</source>
+        <translation>die Abtastwerte sind von anderer Art</translation>
+    </message>
+    <message>
+        <source>its pixels are not those of the page</source>
+        <translation>die Pixel sind nicht die der Seite</translation>
+    </message>
+    <message>
+        <source>the file ends early</source>
+        <translation>die Datei endet zu früh</translation>
+    </message>
+    <message>
+        <source>Unable to Open File!</source>
+        <translation>Datei lässt sich nicht öffnen!</translation>
+    </message>
+    <message>
+        <source>Unable to save page!</source>
+        <translation>Seite lässt sich nicht speichern!</translation>
+    </message>
+    <message>
+        <source>no page is left to convert, since those asked for are thumbnails or masks</source>
+        <translation>keine Seite bleibt zum Umwandeln, da die gewünschten Vorschaubilder oder Masken sind</translation>
+    </message>
+    <message>
+        <source>page %1, %2</source>
+        <translation>Seite %1, %2</translation>
+    </message>
+    <message>
+        <source>%1 asked for, the file has %2</source>
+        <translation>%1 gewünscht, die Datei hat %2</translation>
+    </message>
+    <message>
+        <source>page %1</source>
+        <translation>Seite %1</translation>
+    </message>
+    <message>
+        <source>pages %1, %2</source>
+        <translation>Seiten %1, %2</translation>
+    </message>
+    <message>
+        <source>pages %1</source>
+        <translation>Seiten %1</translation>
+    </message>
+    <message>
+        <source>%1 and %2 more</source>
+        <translation>%1 und %2 weitere</translation>
+    </message>
+    <message>
+        <source>%1 leads to the source itself, which a single page must not replace</source>
+        <translation>%1 führt zur Quelle selbst, die eine einzelne Seite nicht ersetzen darf</translation>
+    </message>
+    <message>
+        <source>the file is kept as it is, since it has changed since its pages were read</source>
+        <translation>die Datei bleibt, wie sie ist, da sie sich geändert hat, seit ihre Seiten gelesen wurden</translation>
+    </message>
+    <message>
+        <source>the file is kept as it is, since not all of its pages could be gathered to replace it</source>
+        <translation>die Datei bleibt, wie sie ist, da sich nicht alle ihre Seiten zusammentragen ließen, um sie zu ersetzen</translation>
+    </message>
+    <message>
+        <source>the file is kept as it is, since its pixels would be lost to the changed ones; an output folder may help</source>
+        <translation>die Datei bleibt, wie sie ist, da ihre Pixel an die geänderten verloren gingen; ein Ausgabeordner kann helfen</translation>
+    </message>
+    <message>
+        <source>the file is kept as it is, since what its pages say of themselves would be lost; an output folder may help</source>
+        <translation>die Datei bleibt, wie sie ist, da die Metadaten ihrer Seiten verloren gingen; ein Ausgabeordner kann helfen</translation>
+    </message>
+    <message>
+        <source>the file is kept as it is, since not all of its pixels are sure: %1</source>
+        <translation>die Datei bleibt, wie sie ist, da nicht alle ihre Pixel sicher sind: %1</translation>
+    </message>
+    <message>
+        <source>the file is kept as it is, since %1</source>
+        <translation>die Datei bleibt, wie sie ist, da %1</translation>
+    </message>
+    <message>
+        <source>the log could not be written: %1</source>
+        <translation>das Protokoll ließ sich nicht schreiben: %1</translation>
+    </message>
+    <message>
+        <source>the record could not be written: %1</source>
+        <translation>der Nachweis ließ sich nicht schreiben: %1</translation>
+    </message>
+    <message>
+        <source>the report could not be written: %1</source>
+        <translation>der Bericht ließ sich nicht schreiben: %1</translation>
+    </message>
+    <message>
+        <source>it could not be written, since there is no log to put it beside</source>
+        <translation>ließ sich nicht schreiben, da es kein Protokoll gibt, neben das es käme</translation>
+    </message>
+    <message>
+        <source>the log cannot be read back: %1</source>
+        <translation>das Protokoll lässt sich nicht zurücklesen: %1</translation>
+    </message>
+    <message>
+        <source>the run could not be planned: %1</source>
+        <translation>der Lauf ließ sich nicht planen: %1</translation>
+    </message>
+    <message>
+        <source>the outputs can take %1 there, %2 are free</source>
+        <translation>die Ausgaben können dort %1 brauchen, %2 sind frei</translation>
+    </message>
+    <message>
+        <source>name &apos;%1&apos; %2</source>
+        <translation>Name „%1“ %2</translation>
+    </message>
+    <message>
+        <source>holds a slash</source>
+        <translation>enthält einen Schrägstrich</translation>
+    </message>
+    <message>
+        <source>is no UTF-8 text</source>
+        <translation>ist kein UTF-8-Text</translation>
+    </message>
+    <message>
+        <source>has a &apos;}&apos; without a &apos;{&apos;</source>
+        <translation>hat ein „}“ ohne „{“</translation>
+    </message>
+    <message>
+        <source>has a &apos;{&apos; without a &apos;}&apos;</source>
+        <translation>hat ein „{“ ohne „}“</translation>
+    </message>
+    <message>
+        <source>has {%1}, which is none of {%2}</source>
+        <translation>hat {%1}, was keines von {%2} ist</translation>
+    </message>
+    <message>
+        <source>has {%1}; digits from 1 to %2 go with {page}, {pages} and {n}</source>
+        <translation>hat {%1}; Ziffern von 1 bis %2 gehen mit {page}, {pages} und {n}</translation>
+    </message>
+    <message>
+        <source>name &apos;%1&apos; would be empty, &apos;.&apos; or &apos;..&apos;; {stem} or {n} make it a name</source>
+        <translation>Name „%1“ wäre leer, „.“ oder „..“; {stem} oder {n} machen einen Namen daraus</translation>
+    </message>
+    <message>
+        <source>pages &apos;%1&apos; has &apos;%2&apos;, which is none of 3, 3-5, 3- and -1 (from 1 on, or from -1 back)</source>
+        <translation>Seiten „%1“ hat „%2“, was keines von 3, 3-5, 3- und -1 ist (ab 1, oder ab -1 rückwärts)</translation>
+    </message>
+    <message>
+        <source>separator &apos;%1&apos; holds a slash</source>
+        <translation>Trennzeichen „%1“ enthält einen Schrägstrich</translation>
+    </message>
+    <message>
+        <source>separator &apos;%1&apos; is no UTF-8 text</source>
+        <translation>Trennzeichen „%1“ ist kein UTF-8-Text</translation>
+    </message>
+    <message>
+        <source>digits &apos;%1&apos; is neither auto nor a number from 1 to 9</source>
+        <translation>Ziffern „%1“ ist weder auto noch eine Zahl von 1 bis 9</translation>
+    </message>
+    <message>
+        <source>%1 &apos;%2&apos; is none of %3</source>
+        <translation>%1 „%2“ ist keines von %3</translation>
+    </message>
+    <message>
+        <source>%1 &apos;%2&apos; is no number from %3 to %4</source>
+        <translation>%1 „%2“ ist keine Zahl von %3 bis %4</translation>
+    </message>
+    <message>
+        <source>threshold of %1</source>
+        <translation>Schwelle von %1</translation>
+    </message>
+    <message>
+        <source>preset %1: %2</source>
+        <translation>Vorgabe %1: %2</translation>
+    </message>
+    <message>
+        <source>%1 is neither true nor false</source>
+        <translation>%1 ist weder true noch false</translation>
+    </message>
+    <message>
+        <source>%1 is neither a text nor a number</source>
+        <translation>%1 ist weder ein Text noch eine Zahl</translation>
+    </message>
+    <message>
+        <source>%1 at byte %2</source>
+        <translation>%1 bei Byte %2</translation>
+    </message>
+    <message>
+        <source>it has no object &quot;options&quot;</source>
+        <translation>sie hat kein Objekt „options“</translation>
+    </message>
+    <message>
+        <source>there is no option &apos;%1&apos;</source>
+        <translation>eine Option „%1“ gibt es nicht</translation>
+    </message>
+    <message>
+        <source>it is larger than a preset can be</source>
+        <translation>sie ist größer, als eine Vorgabe sein kann</translation>
+    </message>
+    <message>
+        <source>the name of the preset is empty</source>
+        <translation>der Name der Vorgabe ist leer</translation>
+    </message>
+    <message>
+        <source>the preset %1 comes with the program</source>
+        <translation>die Vorgabe %1 kommt mit dem Programm</translation>
+    </message>
+    <message>
+        <source>the folder %1 cannot be made: %2</source>
+        <translation>der Ordner %1 lässt sich nicht anlegen: %2</translation>
+    </message>
+    <message>
+        <source>preset &apos;%1&apos; is no file and none of %2</source>
+        <translation>Vorgabe „%1“ ist keine Datei und keine von %2</translation>
+    </message>
+    <message>
+        <source>Legal production (G4, 300 dpi, one file a page, numbered)</source>
+        <translation>Akten (G4, 300 dpi, eine Datei je Seite, nummeriert)</translation>
+    </message>
+    <message>
+        <source>Web (JPEG 8, sRGB)</source>
+        <translation>Web (JPEG 8, sRGB)</translation>
+    </message>
+    <message>
+        <source>Archive (TIFF LZW, verified)</source>
+        <translation>Archiv (TIFF LZW, geprüft)</translation>
+    </message>
+    <message>
+        <source>its compression could not be kept</source>
+        <translation>ihre Kompression konnte nicht behalten werden</translation>
+    </message>
+</context>
+<context>
     <name>pagestack::RecentFolders</name>
     <message>
         <source>&amp;Forget These Folders</source>
@@ -2274,6 +3190,114 @@ Das Protokoll sagt mehr.</translation>
     <message>
         <source>about %1 left</source>
         <translation>noch etwa %1</translation>
+    </message>
+</context>
+<context>
+    <name>pagestack::RunReport</name>
+    <message>
+        <source>written</source>
+        <translation>geschrieben</translation>
+    </message>
+    <message>
+        <source>written with a loss</source>
+        <translation>mit Verlust geschrieben</translation>
+    </message>
+    <message>
+        <source>skipped, a file was there</source>
+        <translation>übersprungen, eine Datei war da</translation>
+    </message>
+    <message>
+        <source>not written, since its file is not in place</source>
+        <translation>nicht geschrieben, da ihre Datei nicht an ihrem Platz ist</translation>
+    </message>
+    <message>
+        <source>failed: the page is not there any more</source>
+        <translation>misslungen: die Seite ist nicht mehr da</translation>
+    </message>
+    <message>
+        <source>failed</source>
+        <translation>misslungen</translation>
+    </message>
+    <message>
+        <source>Left behind, since the format has no place for it: %1</source>
+        <translation>Zurückgeblieben, da das Format keinen Platz dafür hat: %1</translation>
+    </message>
+    <message>
+        <source>Page</source>
+        <translation>Seite</translation>
+    </message>
+    <message>
+        <source>Image</source>
+        <translation>Bild</translation>
+    </message>
+    <message>
+        <source>What happened</source>
+        <translation>Was geschah</translation>
+    </message>
+    <message>
+        <source>Ended early</source>
+        <translation>Vorzeitig beendet</translation>
+    </message>
+    <message>
+        <source>Cancelled</source>
+        <translation>Abgebrochen</translation>
+    </message>
+    <message>
+        <source>Finished with problems</source>
+        <translation>Fertig, mit Problemen</translation>
+    </message>
+    <message>
+        <source>Finished</source>
+        <translation>Fertig</translation>
+    </message>
+    <message>
+        <source>en</source>
+        <comment>code of the language that this is translated to</comment>
+        <translation>de</translation>
+    </message>
+    <message>
+        <source>Images written</source>
+        <translation>Geschriebene Bilder</translation>
+    </message>
+    <message>
+        <source>Pages written</source>
+        <translation>Geschriebene Seiten</translation>
+    </message>
+    <message>
+        <source>of these with a loss</source>
+        <translation>davon mit Verlust</translation>
+    </message>
+    <message>
+        <source>Pages failed</source>
+        <translation>Misslungene Seiten</translation>
+    </message>
+    <message>
+        <source>Pages skipped</source>
+        <translation>Übersprungene Seiten</translation>
+    </message>
+    <message>
+        <source>Source files</source>
+        <translation>Quelldateien</translation>
+    </message>
+    <message>
+        <source>of these with a warning</source>
+        <translation>davon mit Warnung</translation>
+    </message>
+    <message>
+        <source>of these not reached</source>
+        <translation>davon nicht erreicht</translation>
+    </message>
+    <message>
+        <source>Problems</source>
+        <translation>Probleme</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Dateien</translation>
     </message>
 </context>
 <context>
