@@ -1,5 +1,5 @@
 # Packages for Debian, one for each program, and an archive of both: cpack -G DEB, cpack -G TGZ.
-# With SOURCE_DATE_EPOCH set, two builds in one folder give the same bytes.
+# With SOURCE_DATE_EPOCH set, two builds give the same bytes. Disk images for macOS: see macos/Bundle.cmake.
 
 set(CPACK_PACKAGE_NAME pagestack)
 set(CPACK_PACKAGE_VENDOR "The Pagestack authors")
@@ -12,6 +12,10 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_COMPONENTS_ALL cli)
 if(TARGET pagestack)
   list(APPEND CPACK_COMPONENTS_ALL window)
+endif()
+if(PAGESTACK_BUNDLE)
+  set(CPACK_COMPONENTS_ALL window)
+  set(CPACK_DMG_VOLUME_NAME Pagestack)
 endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)

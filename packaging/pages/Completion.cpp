@@ -63,6 +63,14 @@ namespace {
                                   : u'-' + QString(QChar(row.shortName)) + between + longForm;
     }
 
+    QStringList commandWords()
+    {
+        QStringList all;
+        for (const CommandName& name : commandNames())
+            all.append(name.word);
+        return all;
+    }
+
     QString bashScript()
     {
         QString cases;
@@ -97,12 +105,13 @@ _pagestack_convert() {
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W %2 -- "$word")
     else
-        mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.@(tif|TIF|tiff|TIFF)' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X '!*.@(tif|TIF|tiff|TIFF)' -- "$word"
+            [ "$COMP_CWORD" != 1 ] || compgen -W %3 -- "$word")
     fi
 }
 shopt -s extglob
 complete -o filenames -F _pagestack_convert pagestack-convert
-)"_s.arg(cases, quoted(all.join(u'\n')));
+)"_s.arg(cases, quoted(all.join(u'\n')), quoted(commandWords().join(u'\n')));
     }
 
     QString zshScript()
@@ -138,6 +147,8 @@ complete -o filenames -F _pagestack_convert pagestack-convert
                           .arg(kind == Kind::Flag ? u""_s : u"+"_s, row.longName, takes)
                     + rest;
         }
+        script += u" \\\n  '1: :{_alternative \"commands:command:(%1)\" \"files:source:_files\"}'"_s
+                      .arg(commandWords().join(u' '));
         return script + u" \\\n  '*:source:_files -g \"*.(tif|TIF|tiff|TIFF)(-.)\"'\n"_s;
     }
 
@@ -167,6 +178,9 @@ complete -o filenames -F _pagestack_convert pagestack-convert
             }
             script += u" -d "_s + quoted(summary(row)) + u'\n';
         }
+        for (const CommandName& name : commandNames())
+            script += u"complete -c pagestack-convert -n __fish_use_subcommand -a %1 -d %2\n"_s.arg(
+                name.word, quoted(name.meaning));
         return script;
     }
 

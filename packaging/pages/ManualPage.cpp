@@ -25,7 +25,9 @@ namespace {
             names = u"\\fB\\-"_s + QChar(row.shortName) + u"\\fR, "_s + names;
         if (row.takesValue())
             names += u" \\fI"_s + roff(row.value) + u"\\fR"_s;
-        return u".TP\n"_s + names + u'\n' + roff(row.meaning) + u".\n"_s;
+        const QString where
+            = row.isFor(Command::Convert) ? QString() : u"("_s + roff(commandsOf(row)) + u") "_s;
+        return u".TP\n"_s + names + u'\n' + where + roff(row.meaning) + u".\n"_s;
     }
 
 } // namespace
@@ -38,6 +40,10 @@ pagestack\-convert \- turn TIFF files into JPEG, PNG, TIFF, BMP or GIF
 .SH SYNOPSIS
 .B pagestack\-convert
 .RI [ options ] " SOURCE" ...
+.br
+.B pagestack\-convert
+.I COMMAND
+.RI [ options ] " " ...
 .SH DESCRIPTION
 Writes every page of the sources as an image of its own, or, as TIFF, the pages of each source together.
 A
@@ -57,8 +63,14 @@ Results go to standard output, the last line being the sum; troubles go to stand
 with the source and the page.
 What is wrong with one page does not end the run.
 Exit code 0 with nothing on standard error means that no page was lost or altered.
-.SH OPTIONS
+.SH COMMANDS
+A command is the first word; a source of such a name is given as
+.IR ./NAME .
 )"_s.arg(version);
+    for (const CommandName& name : commandNames())
+        page += u".TP\n\\fB%1\\fR \\fI%2\\fR\n%3.\n"_s.arg(roff(name.word), roff(name.operands),
+                                                           roff(name.meaning));
+    page += u".SH OPTIONS\n"_s;
     for (const OptionRow& row : optionTable())
         page += described(row);
     return page + uR"(.SH EXIT STATUS
@@ -77,6 +89,10 @@ No source was found.
 .TP
 .B 4
 The output was refused; nothing was written.
+.TP
+.B 75
+As 1, but something failed that may pass, such as a full disk, an error of input or output or want of memory:
+another try is worth it.
 .TP
 .BR 129 ", " 130 ", " 143
 The run was ended by SIGHUP, SIGINT or SIGTERM; what was written stays.
