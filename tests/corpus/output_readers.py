@@ -101,6 +101,11 @@ def read_jpeg(data, picture):
     if "jfif_density" in picture.info:
         unit = {0: "none", 1: "inch", 2: "cm"}[picture.info["jfif_unit"]]
         result.resolution = *picture.info["jfif_density"], unit
+    else:  # RGB that is stored as such: JFIF is for YCbCr and gray alone
+        exif = picture.getexif()
+        if 282 in exif and 283 in exif:
+            unit = {2: "inch", 3: "cm"}.get(exif.get(296, 2), "none")
+            result.resolution = float(exif[282]), float(exif[283]), unit
     result.icc = picture.info.get("icc_profile")
     return result
 
