@@ -13,6 +13,7 @@ import concurrent.futures
 import datetime
 import os
 import platform
+import re
 import shutil
 import statistics
 import sys
@@ -34,6 +35,7 @@ from make_corpus import make_corpus  # noqa: E402
 from peers import KEPT_FORMATS, Pagestack, find_peers  # noqa: E402
 
 Image.MAX_IMAGE_PIXELS = None
+PARTS = ["## Ratios", "## Each work"]  # of RESULTS.md that come from here
 FORMATS = ["jpeg", "png", "tiff_none", "tiff_g4", "tiff_lzw", "split", "bmp", "gif"]
 
 
@@ -184,10 +186,16 @@ def report_lines(cells, peers, absent, runs):
     lines += [f"- {peer.name}: {peer.version}" for peer in peers]
     if absent:
         lines.append(f"- not installed: {', '.join(absent)}")
-    lines += ["", "## Ratios", "", *summary_lines(cells), "", "## Each work", ""]
+    lines += ["", PARTS[0], "", *summary_lines(cells), "", PARTS[1], ""]
     for title, results in cells.items():
         lines += [*cell_lines(title, results), ""]
     return lines
+
+
+def other_parts(results):
+    """What RESULTS.md has that does not come from here."""
+    parts = re.split(r"^(?=## )", results, flags=re.MULTILINE)[1:]
+    return "".join("\n" + part.strip() + "\n" for part in parts if part.splitlines()[0] not in PARTS)
 
 
 def main(words):
@@ -223,7 +231,9 @@ def main(words):
     lines = report_lines(cells, peers, absent, arguments.runs)
     print("\n" + "\n".join(summary_lines(cells)))
     if arguments.keep:
-        (HERE / "RESULTS.md").write_text("\n".join(lines), encoding="utf-8")
+        results = HERE / "RESULTS.md"
+        kept = other_parts(results.read_text(encoding="utf-8")) if results.exists() else ""
+        results.write_text("\n".join(lines) + kept, encoding="utf-8")
     failed = any(run.failure for results in cells.values() for peer, runs in results.items()
                  for run in runs if peer.name == "pagestack")
     return 1 if failed or not cells else 0
