@@ -1,5 +1,7 @@
 #include "engine/image/decode/JpegPageBlocks.h"
 
+#include "engine/image/decode/JpegCodeWalk.h"
+#include "engine/image/decode/JpegCodeWriter.h"
 #include "engine/image/decode/JpegStream.h"
 #include "engine/image/decode/StripDecoder.h"
 #include "engine/image/decode/TiffPage.h"
@@ -101,33 +103,6 @@ namespace {
             && std::ranges::all_of(least, [](std::int16_t value) { return value >= -largest; });
     }
 
-    /// That among codes nothing stands which is not one: markers, and what fills space before them.
-    class CodeCheck
-    {
-    public:
-        /// Throws UnfitBlocks.
-        void add(std::span<const std::uint8_t> bytes)
-        {
-            for (auto at = bytes.begin(); at != bytes.end();) {
-                if (m_isEscaped && *at++ != 0)
-                    end();
-                at = std::find(at, bytes.end(), std::uint8_t { 0xFF });
-                m_isEscaped = at != bytes.end();
-                if (m_isEscaped)
-                    ++at;
-            }
-        }
-
-        void end() const
-        {
-            if (m_isEscaped)
-                throw UnfitBlocks("there are markers among the codes");
-        }
-
-    private:
-        bool m_isEscaped = false; ///< the last byte was FF
-    };
-
     class JoinedBlocks : public JpegBlocks
     {
     public:
@@ -153,11 +128,11 @@ namespace {
                 && TIFFGetField(handle, TIFFTAG_JPEGTABLES, &tableBytes, &tables) == 1
                 && tables != nullptr)
                 m_tables.assign(tables, tables + tableBytes);
-            const std::size_t bufferBytes
+            m_bufferBytes
                 = std::clamp(bufferBytesOfAll / across, leastBufferBytes, mostBufferBytes);
             for (std::uint32_t i = 0; i < across; ++i)
                 m_streams.push_back(
-                    std::make_unique<JpegStream>(page.document(), m_tables, bufferBytes));
+                    std::make_unique<JpegStream>(page.document(), m_tables, m_bufferBytes));
             m_frame = m_streams.front()->begin(rangeOf(0));
             m_frame.widthPx = static_cast<int>(m_tags.widthPx);
             m_frame.heightPx = static_cast<int>(m_tags.heightPx);
@@ -179,20 +154,6 @@ namespace {
         {
             m_next = 0;
             m_areStreamsOpen = false;
-            m_codes.clear();
-            m_interval.reset();
-        }
-
-        bool restartForCodes() override
-        {
-            constexpr unsigned mostInterval = 65535;
-            restart();
-            if (!m_tags.isTiled && (isOneStream() || unitsOfStrip() <= mostInterval)
-                && std::ranges::all_of(m_frame.components, [](const JpegComponent& component) {
-                       return component.standardCodes >= 0;
-                   }))
-                m_interval = isOneStream() ? 0 : unitsOfStrip();
-            return m_interval.has_value();
         }
 
         const JpegUnitRow& next() override
@@ -202,7 +163,9 @@ namespace {
             StopScope::leavePageIfStopped();
             if (top % m_streamHeight == 0) {
                 finish();
-                beginStreams(top / m_streamHeight);
+                for (std::size_t i = 0; i < m_streams.size(); ++i)
+                    begin(i, top / m_streamHeight, &JpegStream::begin);
+                m_areStreamsOpen = true;
             }
             m_row.clear();
             for (std::size_t i = 0; i < m_streams.size(); ++i)
@@ -214,51 +177,49 @@ namespace {
 
         void finish() override
         {
-            if (m_areStreamsOpen && m_interval)
-                takeCodes();
-            else if (m_areStreamsOpen)
+            if (m_areStreamsOpen)
                 for (const auto& stream : m_streams)
                     stream->finish();
             m_areStreamsOpen = false;
         }
 
-        std::optional<unsigned> restartInterval() const override { return m_interval; }
-
-        void
-        readCodes(const std::function<void(std::span<const std::uint8_t>)>& take) const override
+        bool hasCodes() const override
         {
-            std::vector<std::uint8_t> buffer(mostBufferBytes);
-            CodeCheck check;
-            for (std::size_t i = 0; i < m_codes.size(); ++i) {
-                const std::array<std::uint8_t, 2> marker {
-                    0xFF, static_cast<std::uint8_t>(0xD0 + (i + 7) % 8)
-                };
-                if (i > 0)
-                    take(marker);
-                for (std::uint64_t at = m_codes[i].begin; at < m_codes[i].end;) {
-                    const std::span<std::uint8_t> part(
-                        buffer.data(),
-                        static_cast<std::size_t>(
-                            std::min<std::uint64_t>(buffer.size(), m_codes[i].end - at)));
-                    m_page.document().readAt(at, part);
-                    check.add(part);
-                    take(part);
-                    at += part.size();
+            return std::ranges::all_of(m_frame.components, [](const JpegComponent& component) {
+                return component.standardCodes >= 0;
+            });
+        }
+
+        void readCodes(const std::function<void(std::span<const std::uint8_t>)>& take) override
+        {
+            JpegCodeWriter writer(take);
+            std::vector<JpegCodeWalk> walks;
+            for (const auto& stream : m_streams)
+                walks.emplace_back(*stream, m_bufferBytes);
+            for (int row = 0; row < m_frame.unitsDown(); ++row) {
+                StopScope::leavePageIfStopped();
+                const auto top = static_cast<std::uint32_t>(row * m_frame.unitHeightPx());
+                if (top % m_streamHeight == 0) {
+                    if (row > 0)
+                        std::ranges::for_each(walks, &JpegCodeWalk::finish);
+                    for (std::size_t i = 0; i < walks.size(); ++i)
+                        walks[i].begin(begin(i, top / m_streamHeight, &JpegStream::beginCodes));
                 }
-                check.end();
+                int left = m_frame.unitsAcross();
+                for (JpegCodeWalk& walk : walks) {
+                    const int units = std::min(left, m_unitsOfStream);
+                    walk.next(units, writer);
+                    left -= units;
+                }
             }
+            std::ranges::for_each(walks, &JpegCodeWalk::finish);
+            writer.finish();
         }
 
     private:
         bool isOneStream() const
         {
             return m_streams.size() == 1 && m_streamHeight >= m_tags.heightPx;
-        }
-
-        unsigned unitsOfStrip() const
-        {
-            return static_cast<unsigned>(m_unitsOfStream)
-                * (m_streamHeight / static_cast<unsigned>(m_frame.unitHeightPx()));
         }
 
         FileRange rangeOf(std::uint32_t number) const
@@ -293,40 +254,24 @@ namespace {
                 throw UnfitBlocks("the MCUs of its strips or tiles do not fit together");
         }
 
-        void beginStreams(std::uint32_t row)
+        /// Begins stream `number` of a row of strips or tiles, by `begins`.
+        JpegFrame begin(std::size_t number, std::uint32_t row,
+                        JpegFrame (JpegStream::*begins)(const FileRange&))
         {
             const std::uint32_t rowsLeft = m_tags.heightPx - row * m_streamHeight;
             const std::uint32_t rows
                 = m_tags.isTiled ? m_streamHeight : std::min(m_streamHeight, rowsLeft);
-            for (std::size_t i = 0; i < m_streams.size(); ++i) {
-                const JpegFrame found
-                    = m_streams[i]->begin(rangeOf(row * static_cast<std::uint32_t>(m_streams.size())
-                                                  + static_cast<std::uint32_t>(i)));
-                const auto foundRows = static_cast<std::uint32_t>(found.heightPx);
-                // Some writers fill the last strip up.
-                const bool isFilledUp
-                    = !m_tags.isTiled && rows == rowsLeft && foundRows > rows && !m_whole;
-                if (static_cast<std::uint32_t>(found.widthPx) != m_streamWidth
-                    || (foundRows != rows && !isFilledUp)
-                    || !std::ranges::equal(found.components, m_frame.components, isSameKind))
-                    throw UnfitBlocks("its strips or tiles are of several kinds");
-                const unsigned interval = m_streams[i]->restartInterval();
-                if (isFilledUp || found.components != m_frame.components
-                    || !m_streams[i]->isInOrder() || interval != 0)
-                    m_interval.reset();
-            }
-            if (m_interval)
-                m_streams.front()->prepareEndOfCodes();
-            m_areStreamsOpen = true;
-        }
-
-        /// Those of the only stream.
-        void takeCodes()
-        {
-            if (const std::optional<FileRange> codes = m_streams.front()->endOfCodes())
-                m_codes.push_back(*codes);
-            else
-                m_interval.reset();
+            JpegFrame found = ((*m_streams[number]).*begins)(
+                rangeOf(static_cast<std::uint32_t>(row * m_streams.size() + number)));
+            const auto foundRows = static_cast<std::uint32_t>(found.heightPx);
+            // Some writers fill the last strip up.
+            const bool isFilledUp
+                = !m_tags.isTiled && rows == rowsLeft && foundRows > rows && !m_whole;
+            if (static_cast<std::uint32_t>(found.widthPx) != m_streamWidth
+                || (foundRows != rows && !isFilledUp)
+                || !std::ranges::equal(found.components, m_frame.components, isSameKind))
+                throw UnfitBlocks("its strips or tiles are of several kinds");
+            return found;
         }
 
         static bool isSameKind(const JpegComponent& one, const JpegComponent& other)
@@ -354,12 +299,11 @@ namespace {
         std::uint32_t m_streamHeight;
         std::vector<std::uint8_t> m_tables;
         std::vector<std::unique_ptr<JpegStream>> m_streams; ///< those side by side
+        std::size_t m_bufferBytes = 0; ///< of each
         int m_unitsOfStream = 0;
         JpegUnitRow m_row;
         int m_next = 0;
         bool m_areStreamsOpen = false;
-        std::vector<FileRange> m_codes; ///< of the streams that were read to their ends
-        std::optional<unsigned> m_interval; ///< of restart markers; none: codes are not looked for
     };
 
 } // namespace

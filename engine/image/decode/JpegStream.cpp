@@ -1,5 +1,6 @@
 #include "engine/image/decode/JpegStream.h"
 
+#include "engine/image/decode/JpegCodes.h"
 #include "engine/image/tiff/OpenTiffFile.h"
 
 #include <cstdio>
@@ -17,14 +18,10 @@ namespace pagestack {
 
 namespace {
 
-    constexpr int mostJpegComponents = 3;
-
-    template <typename Table>
-    bool isSame(const Table* one, const Table* other)
+    bool isSame(const JHUFF_TBL* one, const JHUFF_TBL& other)
     {
-        return one != nullptr && other != nullptr
-            && std::memcmp(one->bits, other->bits, sizeof one->bits) == 0
-            && std::memcmp(one->huffval, other->huffval, sizeof one->huffval) == 0;
+        return one != nullptr && std::memcmp(one->bits, other.bits, sizeof one->bits) == 0
+            && std::memcmp(one->huffval, other.huffval, sizeof one->huffval) == 0;
     }
 
     bool isEmpty(const JHUFF_TBL& table)
@@ -34,43 +31,6 @@ namespace {
 
     /// Codes by their slot: those for DC, then those for AC.
     using HuffmanTables = std::array<JHUFF_TBL, std::size_t { 2 } * NUM_HUFF_TBLS>;
-
-    /// The tables of section K.3, which libjpeg has for encoders.
-    class StandardCodes
-    {
-    public:
-        StandardCodes()
-        {
-            m_codec.err = jpeg_std_error(&m_errors);
-            jpeg_create_compress(&m_codec);
-            m_codec.in_color_space = JCS_RGB;
-            m_codec.input_components = 3;
-            jpeg_set_defaults(&m_codec);
-        }
-        ~StandardCodes() { jpeg_destroy_compress(&m_codec); }
-        StandardCodes(const StandardCodes&) = delete;
-        StandardCodes& operator=(const StandardCodes&) = delete;
-
-        /// Those for luminance (0) or for colour (1); -1: it is coded by others.
-        int numberOf(const JHUFF_TBL* dc, const JHUFF_TBL* ac) const
-        {
-            for (int number = 0; number < 2; ++number)
-                if (isSame(dc, m_codec.dc_huff_tbl_ptrs[number])
-                    && isSame(ac, m_codec.ac_huff_tbl_ptrs[number]))
-                    return number;
-            return -1;
-        }
-
-    private:
-        jpeg_error_mgr m_errors = {};
-        jpeg_compress_struct m_codec = {};
-    };
-
-    int standardCodes(const JHUFF_TBL* dc, const JHUFF_TBL* ac)
-    {
-        static const StandardCodes codes;
-        return codes.numberOf(dc, ac);
-    }
 
 } // namespace
 
@@ -124,16 +84,7 @@ public:
 
     JpegFrame begin(const FileRange& range)
     {
-        if (!m_hasTables)
-            loadTables();
-        confined([this] { jpeg_abort_decompress(&m_codec); });
-        restoreCodes();
-        m_at = range.begin;
-        m_end = range.end;
-        m_source.bytes_in_buffer = 0;
-        confined([this] { jpeg_read_header(&m_codec, TRUE); });
-        checkKind();
-        m_codes.begin = m_at - m_source.bytes_in_buffer;
+        readHeader(range);
         m_frame = described();
         m_rowsRead = 0;
         m_arrays = 0;
@@ -145,7 +96,25 @@ public:
         return m_frame;
     }
 
-    void prepareEndOfCodes() { ++m_codec.total_iMCU_rows; }
+    JpegFrame beginCodes(const FileRange& range)
+    {
+        readHeader(range);
+        const bool isWhole
+            = m_codec.Ss == 0 && m_codec.Se == DCTSIZE2 - 1 && m_codec.Ah == 0 && m_codec.Al == 0;
+        if (!isWhole || m_codec.restart_interval != 0 || !isInOrder())
+            throw UnfitCodes("a JPEG stream with codes of an unusual kind");
+        return described();
+    }
+
+    std::span<const std::uint8_t> takeBytes(std::size_t most)
+    {
+        if (m_source.bytes_in_buffer == 0 && !readsOn())
+            return {};
+        const std::span bytes(m_source.next_input_byte, std::min(most, m_source.bytes_in_buffer));
+        m_source.next_input_byte += bytes.size();
+        m_source.bytes_in_buffer -= bytes.size();
+        return bytes;
+    }
 
     void next(JpegUnitRow& to, int firstUnit)
     {
@@ -170,39 +139,6 @@ public:
         }
         if (consume() != JPEG_REACHED_EOI)
             throw UnfitBlocks("the JPEG data go on behind the image");
-    }
-
-    /// Whole bytes in hand that no MCU has needed are told of by the decoder only as damage before
-    /// a restart marker. So it gets one in place of the end, and is asked for one row more: all is
-    /// well if that fails for want of data alone.
-    std::optional<FileRange> endOfCodes()
-    {
-        constexpr std::size_t markerBytes = 2;
-        static constexpr std::array<JOCTET, 2 * markerBytes> restartAndEnd { 0xFF, JPEG_RST0, 0xFF,
-                                                                             JPEG_EOI };
-        if (m_rowsRead != m_frame.unitsDown() || !takesEnd())
-            return std::nullopt;
-        m_codes.end = m_at - m_source.bytes_in_buffer - markerBytes;
-        m_source.next_input_byte = restartAndEnd.data();
-        m_source.bytes_in_buffer = restartAndEnd.size();
-        m_codec.unread_marker = 0;
-        m_codec.restart_interval = 1;
-        try {
-            consume();
-        } catch (const UnfitBlocks&) {
-            if (m_errors.msg_code == JWRN_HIT_MARKER && m_codec.unread_marker == JPEG_EOI)
-                return m_codes;
-        }
-        return std::nullopt;
-    }
-
-    unsigned restartInterval() const { return m_codec.restart_interval; }
-    bool isInOrder() const
-    {
-        for (int c = 0; c < m_codec.comps_in_scan; ++c)
-            if (m_codec.cur_comp_info[c]->component_index != c)
-                return false;
-        return true;
     }
 
 private:
@@ -236,45 +172,52 @@ private:
         return result;
     }
 
-    /// Goes behind the marker of the end, unless something else comes next.
-    bool takesEnd()
+    /// Begins the stream in `range` with its first scan.
+    void readHeader(const FileRange& range)
     {
-        if (m_codec.unread_marker != 0)
-            return m_codec.unread_marker == JPEG_EOI;
-        bool isEnd = true;
-        confined([this, &isEnd] {
-            for (const int wanted : { 0xFF, JPEG_EOI }) {
-                if (m_source.bytes_in_buffer == 0)
-                    fill();
-                isEnd = isEnd && *m_source.next_input_byte == wanted;
-                ++m_source.next_input_byte;
-                --m_source.bytes_in_buffer;
-            }
-        });
-        return isEnd;
+        if (!m_hasTables)
+            loadTables();
+        confined([this] { jpeg_abort_decompress(&m_codec); });
+        restoreCodes();
+        m_at = range.begin;
+        m_end = range.end;
+        m_source.bytes_in_buffer = 0;
+        confined([this] { jpeg_read_header(&m_codec, TRUE); });
+        checkKind();
+    }
+
+    bool isInOrder() const
+    {
+        for (int c = 0; c < m_codec.comps_in_scan; ++c)
+            if (m_codec.cur_comp_info[c]->component_index != c)
+                return false;
+        return true;
     }
 
     boolean fill()
     {
-        const auto bytes
-            = static_cast<std::size_t>(std::min<std::uint64_t>(m_buffer.size(), m_end - m_at));
-        if (bytes == 0 || !hasRead(bytes)) {
+        if (!readsOn()) {
             m_errors.msg_code = JERR_INPUT_EOF;
             leave();
+        }
+        return TRUE;
+    }
+
+    /// False at the end of the range, and where reading fails: who decodes the page meets it again.
+    bool readsOn()
+    {
+        const auto bytes
+            = static_cast<std::size_t>(std::min<std::uint64_t>(m_buffer.size(), m_end - m_at));
+        if (bytes == 0)
+            return false;
+        try {
+            m_file.readAt(m_at, { m_buffer.data(), bytes });
+        } catch (const std::runtime_error&) {
+            return false;
         }
         m_at += bytes;
         m_source.next_input_byte = m_buffer.data();
         m_source.bytes_in_buffer = bytes;
-        return TRUE;
-    }
-
-    bool hasRead(std::size_t bytes)
-    {
-        try {
-            m_file.readAt(m_at, { m_buffer.data(), bytes });
-        } catch (const std::runtime_error&) {
-            return false; // who decodes the page meets it again
-        }
         return true;
     }
 
@@ -312,11 +255,11 @@ private:
     void checkKind()
     {
         for (std::size_t i = 0; i < m_givenCodes.size(); ++i)
-            if (!isEmpty(m_givenCodes.at(i)) && !isSame(slot(i), &m_givenCodes.at(i)))
+            if (!isEmpty(m_givenCodes.at(i)) && !isSame(slot(i), m_givenCodes.at(i)))
                 throw UnfitBlocks("a JPEG stream with tables of its own");
         const int components = m_codec.num_components;
         if (m_codec.data_precision != BITS_IN_JSAMPLE || jpeg_has_multiple_scans(&m_codec) != 0
-            || (components != 1 && components != mostJpegComponents))
+            || (components != 1 && components != static_cast<int>(mostJpegComponents)))
             throw UnfitBlocks("a JPEG stream of an unusual kind");
     }
 
@@ -342,8 +285,9 @@ private:
             std::ranges::copy(table->quantval, component.quantization.begin());
             if (m_codec.arith_code == 0 && from.dc_tbl_no < NUM_HUFF_TBLS
                 && from.ac_tbl_no < NUM_HUFF_TBLS)
-                component.standardCodes = standardCodes(m_codec.dc_huff_tbl_ptrs[from.dc_tbl_no],
-                                                        m_codec.ac_huff_tbl_ptrs[from.ac_tbl_no]);
+                component.standardCodes
+                    = JpegCodes::numberOf(m_codec.dc_huff_tbl_ptrs[from.dc_tbl_no],
+                                          m_codec.ac_huff_tbl_ptrs[from.ac_tbl_no]);
             frame.components.push_back(component);
         }
         return frame;
@@ -377,7 +321,6 @@ private:
     std::jmp_buf m_jump = {};
     std::array<char, JMSG_LENGTH_MAX> m_reason = {};
     JpegFrame m_frame;
-    FileRange m_codes;
     int m_rowsRead = 0; ///< of MCUs
     std::size_t m_arrays = 0; ///< that the decoder has asked for
     std::array<std::array<JBLOCKROW, MAX_SAMP_FACTOR>, mostJpegComponents> m_rows = {};
@@ -393,16 +336,15 @@ JpegStream::~JpegStream() = default;
 
 JpegFrame JpegStream::begin(const FileRange& range) { return m_decoder->begin(range); }
 
-void JpegStream::prepareEndOfCodes() { m_decoder->prepareEndOfCodes(); }
+JpegFrame JpegStream::beginCodes(const FileRange& range) { return m_decoder->beginCodes(range); }
+
+std::span<const std::uint8_t> JpegStream::takeBytes(std::size_t most)
+{
+    return m_decoder->takeBytes(most);
+}
 
 void JpegStream::next(JpegUnitRow& to, int firstUnit) { m_decoder->next(to, firstUnit); }
 
 void JpegStream::finish() { m_decoder->finish(); }
-
-std::optional<FileRange> JpegStream::endOfCodes() { return m_decoder->endOfCodes(); }
-
-unsigned JpegStream::restartInterval() const { return m_decoder->restartInterval(); }
-
-bool JpegStream::isInOrder() const { return m_decoder->isInOrder(); }
 
 } // namespace pagestack

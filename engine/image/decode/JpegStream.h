@@ -4,7 +4,6 @@
 #include "engine/image/tiff/TiffDirectory.h"
 
 #include <memory>
-#include <optional>
 #include <span>
 
 namespace pagestack {
@@ -30,9 +29,6 @@ public:
     /// are YCbCr. Streams of several scans are refused.
     JpegFrame begin(const FileRange& range);
 
-    /// After `begin`: has `endOfCodes` take the place of `finish`.
-    void prepareEndOfCodes();
-
     /// Puts the next row of MCUs into `to`, which has no coefficients there yet, from MCU
     /// `firstUnit` on. `to` is to be kept until the stream is finished.
     void next(JpegUnitRow& to, int firstUnit);
@@ -40,14 +36,15 @@ public:
     /// Reads to the end of the image.
     void finish();
 
-    /// After the last row: where its coded data lie, if all of them up to the end of the image are
-    /// codes of its MCUs.
-    std::optional<FileRange> endOfCodes();
+    // The codes instead of the coefficients.
 
-    /// MCUs between its restart markers; 0: there are none.
-    unsigned restartInterval() const;
-    /// Whether the components are coded in their order.
-    bool isInOrder() const;
+    /// As `begin`, for `takeBytes`. Throws UnfitCodes where codes are not just those of all MCUs
+    /// in their order: with restart markers, for one.
+    JpegFrame beginCodes(const FileRange& range);
+
+    /// The next bytes of the codes and of what follows them, up to `most` (not 0), valid until the
+    /// next call; none at the end of the range.
+    std::span<const std::uint8_t> takeBytes(std::size_t most);
 
 private:
     class Decoder;

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -16,6 +15,7 @@ namespace pagestack {
 
 constexpr int jpegBlockSidePx = 8;
 constexpr std::size_t jpegBlockSamples = 64;
+constexpr std::size_t mostJpegComponents = 3;
 
 /// The quantized coefficients of a block (ITU-T T.81, section A.3), row by row: across from left to
 /// right, down from top to bottom.
@@ -93,6 +93,13 @@ public:
     }
 };
 
+/// The codes cannot be taken over; the coefficients may.
+class UnfitCodes : public UnfitBlocks
+{
+public:
+    using UnfitBlocks::UnfitBlocks;
+};
+
 /// The coefficients of an image, a row of MCUs after the other, as often as they are wanted. One
 /// thread at a time.
 class JpegBlocks
@@ -111,18 +118,13 @@ public:
     /// After the last row: throws UnfitBlocks unless the data end as they should.
     virtual void finish() = 0;
 
-    // Coded data that serve as they are, in place of the coefficients: those of streams by the
-    // standard's codes that lie one below the other.
+    /// Whether their codes may serve as they are: those of the standard, by the components' tables.
+    virtual bool hasCodes() const { return false; }
 
-    /// Begins at the top to find out whether there are some; false: there are none, and nothing has
-    /// begun.
-    virtual bool restartForCodes() { return false; }
-    /// MCUs between their restart markers, 0 without markers; none: they do not serve, after which
-    /// all has to be begun anew by `restart`. Final after `finish`.
-    virtual std::optional<unsigned> restartInterval() const { return std::nullopt; }
-    /// Hands them out, with restart markers between streams. Throws UnfitBlocks where something
-    /// else stands between them, and std::runtime_error.
-    virtual void readCodes(const std::function<void(std::span<const std::uint8_t>)>& take) const
+    /// Hands out the codes of all rows, as they stand in a file without restart markers, instead of
+    /// the coefficients; to be called at any time. Throws UnfitCodes and, where reading fails,
+    /// std::runtime_error, after some may have been handed out.
+    virtual void readCodes(const std::function<void(std::span<const std::uint8_t>)>& take)
     {
         take({});
     }

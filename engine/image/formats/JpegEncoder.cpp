@@ -14,7 +14,6 @@
 #include <csetjmp>
 #include <cstddef>
 #include <exception>
-#include <optional>
 #include <span>
 #include <stdexcept>
 #include <type_traits>
@@ -354,17 +353,29 @@ namespace {
         }
     }
 
-    /// Reads all blocks where that may tell that they need not be coded anew; the distance of
-    /// restart markers in the codes then.
-    std::optional<unsigned> intervalOfCodes(JpegBlocks& blocks)
+    /// A file with the coefficients of `blocks`, or with its codes.
+    void writeBlocks(UprightPage& upright, JpegBlocks& blocks, bool hasCodes,
+                     const std::vector<JpegSegment>& segments, StagedFile& file)
     {
-        if (!blocks.restartForCodes())
-            return std::nullopt;
-        for (int row = 0; row < blocks.frame().unitsDown() && blocks.restartInterval(); ++row)
-            blocks.next();
-        if (blocks.restartInterval())
+        BlockFeed feed(blocks);
+        auto compressor = std::make_unique<JpegCompressor>(file);
+        if (hasCodes)
+            compressor->endBehindHeaders();
+        else
+            compressor->takeBlocksFrom(feed);
+        jpeg_compress_struct& codec = compressor->codec();
+        compressor->confined([&] {
+            configure(codec, blocks.frame(), upright.properties);
+            jpeg_write_coefficients(&codec, feed.arrays());
+            writeSegments(codec, segments, upright.properties);
+            jpeg_finish_compress(&codec);
+        });
+        if (hasCodes) {
+            blocks.readCodes([&file](std::span<const std::uint8_t> bytes) { file.write(bytes); });
+            file.write(std::array<std::uint8_t, 2> { 0xFF, JPEG_EOI });
+        } else {
             blocks.finish();
-        return blocks.restartInterval();
+        }
     }
 
 } // namespace
@@ -404,26 +415,11 @@ void encodeJpegBlocks(UprightPage& upright, JpegBlocks& blocks, StagedFile& file
     if (upright.metadata || !hasJfifHeader)
         segments = jpegSegments(upright.metadata ? *upright.metadata : PageMetadata {}, page,
                                 upright.leftOut, hasJfifHeader);
-    const std::optional<unsigned> interval = intervalOfCodes(blocks);
-    BlockFeed feed(blocks);
-    auto compressor = std::make_unique<JpegCompressor>(file);
-    if (interval)
-        compressor->endBehindHeaders();
-    else
-        compressor->takeBlocksFrom(feed);
-    jpeg_compress_struct& codec = compressor->codec();
-    compressor->confined([&] {
-        configure(codec, frame, page);
-        codec.restart_interval = interval.value_or(0);
-        jpeg_write_coefficients(&codec, feed.arrays());
-        writeSegments(codec, segments, page);
-        jpeg_finish_compress(&codec);
-    });
-    if (interval) {
-        blocks.readCodes([&file](std::span<const std::uint8_t> bytes) { file.write(bytes); });
-        file.write(std::array<std::uint8_t, 2> { 0xFF, JPEG_EOI });
-    } else {
-        blocks.finish();
+    try {
+        writeBlocks(upright, blocks, blocks.hasCodes(), segments, file);
+    } catch (const UnfitCodes&) {
+        file.resize(0);
+        writeBlocks(upright, blocks, false, segments, file);
     }
 }
 

@@ -87,19 +87,16 @@ namespace {
 
         void finish() override { m_blocks->finish(); }
 
-        bool restartForCodes() override
-        {
-            m_maker.emplace(frame());
-            return m_blocks->restartForCodes();
-        }
-        std::optional<unsigned> restartInterval() const override
-        {
-            return m_blocks->restartInterval();
-        }
-        void
-        readCodes(const std::function<void(std::span<const std::uint8_t>)>& take) const override
+        bool hasCodes() const override { return m_blocks->hasCodes(); }
+
+        /// The proof is that of the coefficients all the same, read by another reader.
+        void readCodes(const std::function<void(std::span<const std::uint8_t>)>& take) override
         {
             m_blocks->readCodes(take);
+            restart();
+            for (int row = 0; row < frame().unitsDown(); ++row)
+                next();
+            finish();
         }
 
     private:

@@ -1,0 +1,137 @@
+#include "engine/image/decode/JpegCodes.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace pagestack {
+
+namespace {
+
+    constexpr int longestCode = 16;
+    constexpr int lastCoefficient = 63;
+
+    bool isSame(const JHUFF_TBL& one, const JHUFF_TBL& other)
+    {
+        return std::memcmp(one.bits, other.bits, sizeof one.bits) == 0
+            && std::memcmp(one.huffval, other.huffval, sizeof one.huffval) == 0;
+    }
+
+    /// Has libjpeg's tables for encoders, which are the standard ones.
+    class StandardTables
+    {
+    public:
+        StandardTables()
+        {
+            m_codec.err = jpeg_std_error(&m_errors);
+            jpeg_create_compress(&m_codec);
+            m_codec.in_color_space = JCS_RGB;
+            m_codec.input_components = 3;
+            jpeg_set_defaults(&m_codec);
+        }
+        ~StandardTables() { jpeg_destroy_compress(&m_codec); }
+        StandardTables(const StandardTables&) = delete;
+        StandardTables& operator=(const StandardTables&) = delete;
+
+        const JHUFF_TBL& dc(int number) const { return *m_codec.dc_huff_tbl_ptrs[number]; }
+        const JHUFF_TBL& ac(int number) const { return *m_codec.ac_huff_tbl_ptrs[number]; }
+
+    private:
+        jpeg_error_mgr m_errors = {};
+        jpeg_compress_struct m_codec = {};
+    };
+
+    const StandardTables& tables()
+    {
+        static const StandardTables tables;
+        return tables;
+    }
+
+} // namespace
+
+const JpegCodes& JpegCodes::standard(int number)
+{
+    static const std::array<JpegCodes, 2> codes { JpegCodes(tables().dc(0), tables().ac(0)),
+                                                  JpegCodes(tables().dc(1), tables().ac(1)) };
+    return codes.at(static_cast<std::size_t>(number));
+}
+
+int JpegCodes::numberOf(const JHUFF_TBL* dc, const JHUFF_TBL* ac)
+{
+    if (dc != nullptr && ac != nullptr)
+        for (int number = 0; number < 2; ++number)
+            if (isSame(*dc, tables().dc(number)) && isSame(*ac, tables().ac(number)))
+                return number;
+    return -1;
+}
+
+JpegCodes::JpegCodes(const JHUFF_TBL& dc, const JHUFF_TBL& ac)
+{
+    const std::vector<Symbol> differences = symbolsOf(dc);
+    for (const Symbol& symbol : differences)
+        m_differences.at(static_cast<std::size_t>(symbol.value)) = symbol.code;
+    const std::vector<Symbol> coefficients = symbolsOf(ac);
+    for (const Symbol& symbol : coefficients)
+        if (symbol.code.length > windowBits)
+            m_longCodes.push_back(symbol);
+    for (unsigned window = 0; window < windows; ++window) {
+        if (const Symbol* symbol = find(differences, window, windowBits))
+            m_dc[window] = { static_cast<std::uint8_t>(symbol->code.length),
+                             static_cast<std::uint8_t>(symbol->value) };
+        Steps all;
+        while (all.bits < windowBits && !all.isEnd) {
+            const int left = windowBits - all.bits;
+            const Symbol* symbol = find(coefficients, window & ((1U << left) - 1), left);
+            if (symbol == nullptr)
+                break;
+            const Steps step = stepOf(*symbol);
+            if (all.bits == 0)
+                m_step[window] = step;
+            if (all.coefficients + step.coefficients > lastCoefficient)
+                break;
+            all.bits = static_cast<std::uint8_t>(all.bits + step.bits);
+            all.coefficients = static_cast<std::uint8_t>(all.coefficients + step.coefficients);
+            all.isEnd = step.isEnd;
+        }
+        m_steps[window] = all;
+    }
+}
+
+JpegCodes::Steps JpegCodes::longStep(unsigned bits) const
+{
+    const Symbol* symbol = find(m_longCodes, bits, longestCode);
+    return symbol == nullptr ? Steps {} : stepOf(*symbol);
+}
+
+std::vector<JpegCodes::Symbol> JpegCodes::symbolsOf(const JHUFF_TBL& table)
+{
+    std::vector<Symbol> symbols;
+    unsigned code = 0;
+    for (int length = 1; length <= longestCode; ++length, code *= 2)
+        for (int i = 0; i < table.bits[length]; ++i)
+            symbols.push_back({ { code++, length }, table.huffval[symbols.size()] });
+    return symbols;
+}
+
+const JpegCodes::Symbol* JpegCodes::find(const std::vector<Symbol>& symbols, unsigned bits,
+                                         int count)
+{
+    const auto found = std::ranges::find_if(symbols, [bits, count](const Symbol& symbol) {
+        return symbol.code.length <= count
+            && bits >> (count - symbol.code.length) == symbol.code.bits;
+    });
+    return found == symbols.end() ? nullptr : &*found;
+}
+
+JpegCodes::Steps JpegCodes::stepOf(const Symbol& symbol)
+{
+    constexpr int sizeBits = 4;
+    const int size = symbol.value % (1 << sizeBits);
+    const int zeros = symbol.value >> sizeBits;
+    Steps step;
+    step.bits = static_cast<std::uint8_t>(symbol.code.length + size);
+    step.isEnd = symbol.value == 0;
+    step.coefficients = static_cast<std::uint8_t>(step.isEnd ? 0 : zeros + 1);
+    return step;
+}
+
+} // namespace pagestack
