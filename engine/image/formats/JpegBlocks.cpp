@@ -39,7 +39,8 @@ int JpegFrame::blocksDown(const JpegComponent& component) const
 JpegUnitRow::JpegUnitRow(const JpegFrame& frame, int units)
 {
     for (const JpegComponent& component : frame.components) {
-        const auto across = static_cast<std::size_t>(units * component.horizontal);
+        const auto across
+            = static_cast<std::size_t>(units) * static_cast<unsigned>(component.horizontal);
         m_planes.push_back(
             { across, std::vector<JpegBlock>(across * static_cast<unsigned>(component.vertical)) });
     }
