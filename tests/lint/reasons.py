@@ -25,6 +25,7 @@ UNSHOWN_FILES = {
     "engine/image/metadata/ExifBlock.cpp", "engine/image/formats/png/PngMetadata.cpp",
     "engine/image/tiffwriter/LeftOutTags.h", "engine/image/CodecVersions.cpp",
     "engine/image/decode/JpegStream.cpp", "engine/image/decode/JpegPageBlocks.cpp",  # asked why by nobody
+    "engine/image/decode/JpegCodeWalk.cpp",
     "engine/log/Log.cpp", "engine/log/RunReport.cpp", "engine/log/Diagnostic.cpp", TABLE,
     "engine/preview/PageFacts.cpp", "engine/support/Dates.cpp", "filelist/ListExport.cpp",
     "filelist/FileItem.cpp", "filelist/ListFilter.cpp"}

@@ -1,7 +1,9 @@
 #include "engine/image/decode/JpegCodes.h"
 
+#include <cstdio>
+#include <jpeglib.h>
+
 #include <algorithm>
-#include <cstring>
 
 namespace pagestack {
 
@@ -10,10 +12,10 @@ namespace {
     constexpr int longestCode = 16;
     constexpr int lastCoefficient = 63;
 
-    bool isSame(const JHUFF_TBL& one, const JHUFF_TBL& other)
+    bool isSame(const JpegHuffmanTable& one, const JpegHuffmanTable& other)
     {
-        return std::memcmp(one.bits, other.bits, sizeof one.bits) == 0
-            && std::memcmp(one.huffval, other.huffval, sizeof one.huffval) == 0;
+        return std::ranges::equal(one.counts, other.counts)
+            && std::ranges::equal(one.values, other.values);
     }
 
     /// Has libjpeg's tables for encoders, which are the standard ones.
@@ -32,10 +34,15 @@ namespace {
         StandardTables(const StandardTables&) = delete;
         StandardTables& operator=(const StandardTables&) = delete;
 
-        const JHUFF_TBL& dc(int number) const { return *m_codec.dc_huff_tbl_ptrs[number]; }
-        const JHUFF_TBL& ac(int number) const { return *m_codec.ac_huff_tbl_ptrs[number]; }
+        JpegHuffmanTable dc(int number) const { return table(m_codec.dc_huff_tbl_ptrs[number]); }
+        JpegHuffmanTable ac(int number) const { return table(m_codec.ac_huff_tbl_ptrs[number]); }
 
     private:
+        static JpegHuffmanTable table(const JHUFF_TBL* from)
+        {
+            return { from->bits, from->huffval };
+        }
+
         jpeg_error_mgr m_errors = {};
         jpeg_compress_struct m_codec = {};
     };
@@ -55,16 +62,15 @@ const JpegCodes& JpegCodes::standard(int number)
     return codes.at(static_cast<std::size_t>(number));
 }
 
-int JpegCodes::numberOf(const JHUFF_TBL* dc, const JHUFF_TBL* ac)
+int JpegCodes::numberOf(const JpegHuffmanTable& dc, const JpegHuffmanTable& ac)
 {
-    if (dc != nullptr && ac != nullptr)
-        for (int number = 0; number < 2; ++number)
-            if (isSame(*dc, tables().dc(number)) && isSame(*ac, tables().ac(number)))
-                return number;
+    for (int number = 0; number < 2; ++number)
+        if (isSame(dc, tables().dc(number)) && isSame(ac, tables().ac(number)))
+            return number;
     return -1;
 }
 
-JpegCodes::JpegCodes(const JHUFF_TBL& dc, const JHUFF_TBL& ac)
+JpegCodes::JpegCodes(const JpegHuffmanTable& dc, const JpegHuffmanTable& ac)
 {
     const std::vector<Symbol> differences = symbolsOf(dc);
     for (const Symbol& symbol : differences)
@@ -102,13 +108,13 @@ JpegCodes::Steps JpegCodes::longStep(unsigned bits) const
     return symbol == nullptr ? Steps {} : stepOf(*symbol);
 }
 
-std::vector<JpegCodes::Symbol> JpegCodes::symbolsOf(const JHUFF_TBL& table)
+std::vector<JpegCodes::Symbol> JpegCodes::symbolsOf(const JpegHuffmanTable& table)
 {
     std::vector<Symbol> symbols;
     unsigned code = 0;
     for (int length = 1; length <= longestCode; ++length, code *= 2)
-        for (int i = 0; i < table.bits[length]; ++i)
-            symbols.push_back({ { code++, length }, table.huffval[symbols.size()] });
+        for (int i = 0; i < table.counts[static_cast<std::size_t>(length)]; ++i)
+            symbols.push_back({ { code++, length }, table.values[symbols.size()] });
     return symbols;
 }
 

@@ -1,14 +1,19 @@
 #pragma once
 
-#include <cstdio>
-#include <jpeglib.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace pagestack {
+
+/// A table as a stream defines it (ITU-T T.81, section B.2.4.2).
+struct JpegHuffmanTable
+{
+    std::span<const std::uint8_t, 17> counts; ///< of codes, by their length
+    std::span<const std::uint8_t, 256> values; ///< what they stand for, in their order
+};
 
 /// The Huffman codes of ITU-T T.81, section K.3, which most JPEG data are coded by: those for
 /// luminance (0) or for colour (1). Immutable, for any thread.
@@ -25,8 +30,8 @@ public:
     /// `number` is 0 or 1.
     static const JpegCodes& standard(int number);
 
-    /// 0 or 1 where both tables are standard ones; -1 where they are others, or null.
-    static int numberOf(const JHUFF_TBL* dc, const JHUFF_TBL* ac);
+    /// 0 or 1 where both tables are standard ones; -1 where they are others.
+    static int numberOf(const JpegHuffmanTable& dc, const JpegHuffmanTable& ac);
 
     struct Code
     {
@@ -60,14 +65,14 @@ public:
     Steps longStep(unsigned bits) const;
 
 private:
-    JpegCodes(const JHUFF_TBL& dc, const JHUFF_TBL& ac);
+    JpegCodes(const JpegHuffmanTable& dc, const JpegHuffmanTable& ac);
 
     struct Symbol
     {
         Code code;
         int value = 0;
     };
-    static std::vector<Symbol> symbolsOf(const JHUFF_TBL& table);
+    static std::vector<Symbol> symbolsOf(const JpegHuffmanTable& table);
     /// That which begins `bits`, of which there are `count`; null: none that is whole.
     static const Symbol* find(const std::vector<Symbol>& symbols, unsigned bits, int count);
     static Steps stepOf(const Symbol& symbol);

@@ -284,10 +284,13 @@ private:
                 throw UnfitBlocks("a JPEG stream with unusual quantization");
             std::ranges::copy(table->quantval, component.quantization.begin());
             if (m_codec.arith_code == 0 && from.dc_tbl_no < NUM_HUFF_TBLS
-                && from.ac_tbl_no < NUM_HUFF_TBLS)
-                component.standardCodes
-                    = JpegCodes::numberOf(m_codec.dc_huff_tbl_ptrs[from.dc_tbl_no],
-                                          m_codec.ac_huff_tbl_ptrs[from.ac_tbl_no]);
+                && from.ac_tbl_no < NUM_HUFF_TBLS) {
+                const JHUFF_TBL* dc = m_codec.dc_huff_tbl_ptrs[from.dc_tbl_no];
+                const JHUFF_TBL* ac = m_codec.ac_huff_tbl_ptrs[from.ac_tbl_no];
+                if (dc != nullptr && ac != nullptr)
+                    component.standardCodes
+                        = JpegCodes::numberOf({ dc->bits, dc->huffval }, { ac->bits, ac->huffval });
+            }
             frame.components.push_back(component);
         }
         return frame;
