@@ -211,6 +211,7 @@ void JpegCodeWalk::read()
 void JpegCodeWalk::takePlain(std::span<const std::uint8_t> bytes)
 {
     constexpr std::uint8_t marker = 0xFF;
+    constexpr std::uint8_t endMarker = 0xD9; // EOI
     if (bytes.empty()) // without a marker of the end
         leave();
     std::uint8_t* to = m_bytes.data() + m_filled;
@@ -219,7 +220,7 @@ void JpegCodeWalk::takePlain(std::span<const std::uint8_t> bytes)
     while (from != end) {
         if (m_isEscaped) {
             m_isEscaped = false;
-            m_isAtEnd = *from == JPEG_EOI;
+            m_isAtEnd = *from == endMarker;
             if (m_isAtEnd) {
                 --to; // the FF is the marker's
                 break;

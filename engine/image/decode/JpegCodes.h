@@ -24,8 +24,8 @@ public:
     static constexpr int windowBits = 12;
     /// A code with the bits of the value that follows it.
     static constexpr int mostSymbolBits = 26;
-    /// Of a block, and of an MCU with its up to 10 blocks.
-    static constexpr std::size_t mostUnitBytes = std::size_t { 10 * 64 } * mostSymbolBits / 8;
+    /// Of an MCU, with its up to 10 blocks of 64 of these.
+    static constexpr std::size_t mostUnitBytes = std::size_t { 640 } * mostSymbolBits / 8;
 
     /// `number` is 0 or 1.
     static const JpegCodes& standard(int number);
