@@ -1,5 +1,6 @@
 #include "engine/job/PageWorkerPool.h"
 
+#include "engine/image/tiffwriter/MultiPageTiffWriter.h"
 #include "engine/plan/MirroredFolders.h"
 #include "engine/settings/OutputCodes.h"
 #include "engine/threads/StopScope.h"
@@ -21,6 +22,39 @@ namespace {
     // with them. So it sleeps until there are several, but no longer than nobody notices.
     constexpr std::size_t readyAtOnce = 6;
     constexpr std::chrono::milliseconds longestPatience { 2 };
+
+    void finishFile(const PageTask& task, const PageImage& image, PrefetchedPage& result)
+    {
+        result.file->settle();
+        if (task.options.needsDigest)
+            result.digest = digestOf(*result.file);
+        result.diagnostics = image.takeDiagnostics();
+    }
+
+    /// A page for a TIFF file of which nothing has to be decoded, not even for a proof; false when
+    /// it is no such page.
+    bool prepareCopy(const PageTask& task, const PageImage& image, PrefetchedPage& result)
+    {
+        const bool isGathered = task.targetPath.isEmpty();
+        if (task.options.verifies
+            || (!isGathered && pageEncoding(task.targetPath).type != OutputType::Tiff))
+            return false;
+        const int compression = task.options.tiffCompressionIndex;
+        EncodedPieces pieces;
+        pieces.copy = copiedPage(image.source(), tiffCompressionTag(compression));
+        if (!pieces.copy)
+            return false;
+        if (isGathered) {
+            result.pieces = std::move(pieces);
+            return true;
+        }
+        task.folders->makeFor(task.targetPath);
+        MultiPageTiffWriter file(task.targetPath, compression, 1);
+        file.append(image.sharedSource(), pieces);
+        result.file = file.finish();
+        finishFile(task, image, result);
+        return true;
+    }
 
 } // namespace
 
@@ -169,24 +203,9 @@ void PageWorkerPool::prepare(PageTask& task, Desk& desk)
         }
         const PageImage image = desk.document->page(task.page - 1);
         image.takeDiagnostics(); // of a page that could not be prepared
-        const std::uint64_t bytes = image.source().decodedBytes();
-        reserve(bytes);
-        const auto room = qScopeGuard([=, this] { release(bytes); });
-        if (task.targetPath.isEmpty()) {
-            result.pieces = encodePieces(image.source(),
-                                         tiffCompressionTag(task.options.tiffCompressionIndex));
-            if (task.options.verifies)
-                result.proof = proofOf(image.source());
-            needsNoEncoding = !result.pieces.bytes && !result.proof;
-        } else {
-            task.folders->makeFor(task.targetPath);
-            result.file = encodedPage(image.sharedSource(), task.targetPath,
-                                      pageEncoding(task.targetPath), task.options);
-            result.file->settle();
-            if (task.options.needsDigest)
-                result.digest = digestOf(*result.file);
-            result.diagnostics = image.takeDiagnostics();
-        }
+        if (!prepareCopy(task, image, result))
+            prepareEncoded(task, image, result);
+        needsNoEncoding = task.targetPath.isEmpty() && !result.pieces.bytes && !result.proof;
     } catch (...) {
         // Nothing is lost: the job's thread does the page again and meets the same fault.
         result = {};
@@ -201,6 +220,25 @@ void PageWorkerPool::prepare(PageTask& task, Desk& desk)
     if (m_awaited != nullptr && m_awaited->state == PageTask::State::Done
         && (!m_isPatient || isEnoughReady()))
         m_hasResult.notify_all();
+}
+
+void PageWorkerPool::prepareEncoded(const PageTask& task, const PageImage& image,
+                                    PrefetchedPage& result)
+{
+    const std::uint64_t bytes = image.source().decodedBytes();
+    reserve(bytes);
+    const auto room = qScopeGuard([=, this] { release(bytes); });
+    if (task.targetPath.isEmpty()) {
+        result.pieces
+            = encodePieces(image.source(), tiffCompressionTag(task.options.tiffCompressionIndex));
+        if (task.options.verifies)
+            result.proof = proofOf(image.source());
+        return;
+    }
+    task.folders->makeFor(task.targetPath);
+    result.file = encodedPage(image.sharedSource(), task.targetPath, pageEncoding(task.targetPath),
+                              task.options);
+    finishFile(task, image, result);
 }
 
 /// Waits until the page can be in work beside the others. Those are finished in any case, so this

@@ -81,6 +81,7 @@ private:
     bool isEnoughReady() const;
     void work();
     void prepare(PageTask& task, Desk& desk);
+    void prepareEncoded(const PageTask& task, const PageImage& image, PrefetchedPage& result);
     void withdrawAll();
     void addThread();
     void reserve(std::uint64_t bytes);

@@ -76,14 +76,6 @@ namespace {
             throw std::runtime_error("it is too large for a page of JBIG data");
     }
 
-    /// What the strips and tiles of a page have in the file.
-    struct EncodedSize
-    {
-        std::uint64_t bytes = 0;
-        std::uint64_t decodedBytes = 0; ///< what the strips and tiles with data decode to
-        bool isSparse = false; ///< some have no data
-    };
-
     [[noreturn]] void refusePiece(const TiffPageTags& tags, std::uint32_t number, const char* fault)
     {
         throw std::runtime_error((tags.isTiled ? "tile " : "strip ") + std::to_string(number)
@@ -216,14 +208,33 @@ void checkStripTable(TiffReader& reader, int index, TiffPageTags& tags)
         checkPlainCounts(reader, index, tags);
 }
 
+namespace {
+
+    void checkRowLength(const TiffPageTags& tags)
+    {
+        const bool isTooLong = tags.isFax()
+            ? std::max(tags.widthPx, tags.tileWidthPx) > longestFaxRowPx
+            : tags.widthPx > longestRowPx;
+        if (isTooLong
+            || tags.planeRowBytes() * static_cast<unsigned>(tags.planes()) > longestRowBytes)
+            throw std::runtime_error("its rows of " + std::to_string(tags.widthPx)
+                                     + " pixels are too long");
+    }
+
+} // namespace
+
 void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes)
 {
-    const bool isTooLong = tags.isFax() ? std::max(tags.widthPx, tags.tileWidthPx) > longestFaxRowPx
-                                        : tags.widthPx > longestRowPx;
-    if (isTooLong || tags.planeRowBytes() * static_cast<unsigned>(tags.planes()) > longestRowBytes)
-        throw std::runtime_error("its rows of " + std::to_string(tags.widthPx)
-                                 + " pixels are too long");
-    const EncodedSize held = checkPieces(handle, tags, fileSizeBytes);
+    checkRowLength(tags); // before the strips, whose sizes are made of it
+    checkEncodedSize(checkPieces(handle, tags, fileSizeBytes), tags, fileSizeBytes);
+    if (tags.compression == COMPRESSION_JBIG)
+        checkJbigHeader(handle, tags);
+}
+
+void checkEncodedSize(const EncodedSize& held, const TiffPageTags& tags,
+                      std::uint64_t fileSizeBytes)
+{
+    checkRowLength(tags);
     if (held.decodedBytes == 0)
         throw std::runtime_error("the page has no pixel data");
     const std::uint64_t encoded = std::min(held.bytes, fileSizeBytes); // strips may share bytes
@@ -245,8 +256,6 @@ void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t file
             "its " + std::to_string(encoded) + " bytes of data announce "
             + std::to_string(tags.widthPx) + " x " + std::to_string(tags.heightPx)
             + " pixels; a page of more than 1 GiB needs a byte for every 1000");
-    if (tags.compression == COMPRESSION_JBIG)
-        checkJbigHeader(handle, tags);
 }
 
 } // namespace pagestack

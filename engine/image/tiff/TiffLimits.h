@@ -34,6 +34,14 @@ std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t n
 /// told), and the size 0 of an only strip, which old programs left.
 void checkStripTable(TiffReader& reader, int index, TiffPageTags& tags);
 
+/// What the strips and tiles of a page have in the file.
+struct EncodedSize
+{
+    std::uint64_t bytes = 0;
+    std::uint64_t decodedBytes = 0; ///< what the strips and tiles with data decode to
+    bool isSparse = false; ///< some have no data
+};
+
 /// Throws std::runtime_error when the current page announces rows of more than 16 Mi pixels (4 Mi
 /// of a fax page) or 16 MiB, more pixels than its strips or tiles can hold, more than 1 GiB of them
 /// with less than a byte of data for every 1000 bytes, strips that lie beyond the end of a file of
@@ -41,5 +49,9 @@ void checkStripTable(TiffReader& reader, int index, TiffPageTags& tags);
 /// data of another size than the page or of more than 64 MiB; to be asked before memory is taken or
 /// a decoder is started.
 void checkEncodedSize(tiff* handle, const TiffPageTags& tags, std::uint64_t fileSizeBytes);
+
+/// What of it needs no look at the data, for a page that has `held` in its strips or tiles.
+void checkEncodedSize(const EncodedSize& held, const TiffPageTags& tags,
+                      std::uint64_t fileSizeBytes);
 
 } // namespace pagestack

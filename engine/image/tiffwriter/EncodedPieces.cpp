@@ -32,7 +32,8 @@ namespace {
 EncodedPieces encodePieces(const PageSource& page, int compression)
 {
     EncodedPieces encoded;
-    if (!isRecoded(page, compression))
+    encoded.copy = copiedPage(page, compression);
+    if (encoded.copy || !isRecoded(page, compression))
         return encoded;
     const TiffFormat format { .isBigTiff = true }; // the pieces have no limit here
     auto bytes = std::make_unique<ByteSpool>();

@@ -2,9 +2,11 @@
 
 #include "engine/files/ByteSpool.h"
 #include "engine/image/tiff/TiffDirectory.h"
+#include "engine/image/tiffwriter/CopiedPage.h"
 #include "engine/log/Diagnostic.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 struct tiff;
@@ -26,11 +28,14 @@ struct EncodedPieces
     std::vector<Piece> pieces; ///< in the order in which an encoder writes them
     std::unique_ptr<ByteSpool> bytes;
     PageDiagnostics diagnostics; ///< of the page's pixels
+    /// A page to be copied from its source instead; nothing was found then.
+    std::optional<CopiedPage> copy;
 };
 
 /// Encodes the samples of `page`, or its pixels where they are changed, with `compression`, a value
-/// of the Compression tag. Returns empty pieces (a null `bytes`) if the strips can be copied or
-/// written without encoding, or if the page is written as it is shown, unchanged. Throws
+/// of the Compression tag. Returns empty pieces (a null `bytes`) if the strips can be copied, with
+/// `copy` if that needs no libtiff, or written without encoding, or if the page is written as it is
+/// shown, unchanged. Throws
 /// std::runtime_error when the page cannot be decoded or encoded.
 EncodedPieces encodePieces(const PageSource& page, int compression);
 

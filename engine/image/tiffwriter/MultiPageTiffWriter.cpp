@@ -38,30 +38,31 @@ MultiPageTiffWriter::MultiPageTiffWriter(QString path, int compressionIndex, int
 
 /// Whether the pages from `firstPage` on will, as a rule rather than at the most, take more than a
 /// classic file holds. A file that grows past the limit all the same is begun again.
-bool MultiPageTiffWriter::couldPassLimit(const PageSource& firstPage) const
+bool MultiPageTiffWriter::couldPassLimit(const PageSource& firstPage,
+                                         const EncodedPieces& pieces) const
 {
     const TiffPage* page = firstPage.tiffPage();
     if (page == nullptr)
         return false;
-    const bool isFax
-        = m_compression == COMPRESSION_CCITTFAX3 || m_compression == COMPRESSION_CCITTFAX4;
     const int last = std::min(page->document().pageCount(), page->index() + m_plannedPages);
     // A reader of its own: what is said of later pages comes again in their turn.
     std::optional<TiffReader> ahead;
-    std::uint64_t sum = 0;
-    for (int index = page->index(); index < last && sum <= m_limitBytes; ++index) {
+    const auto bytesOf = [&](const PlainDirectory& read) {
+        return expectedBytes(read.tags, page->treatment(), [&] { return read.stripBytes; });
+    };
+    std::uint64_t sum = pieces.copy ? bytesOf(pieces.copy->read) : 0;
+    for (int index = page->index() + (pieces.copy ? 1 : 0); index < last && sum <= m_limitBytes;
+         ++index) {
         try {
+            if (const auto read = plainDirectory(page->document(), index)) {
+                sum += bytesOf(*read);
+                continue;
+            }
             if (index != page->index() && !ahead)
                 ahead.emplace(page->reader().sharedDocument());
             tiff* const handle = index == page->index() ? page->load() : ahead->load(index);
-            const TiffPageTags tags
-                = index == page->index() ? page->tags() : readTiffPageTags(handle);
-            const bool isReduced = becomesBilevel(tags, page->treatment());
-            const std::uint64_t bytes = isReduced
-                ? (std::uint64_t { tags.widthPx } + 7) / 8 * tags.heightPx
-                : page->treatment().keepsCompression ? encodedBytes(handle)
-                                                     : tags.decodedBytes();
-            sum += bytes / (isFax && (isReduced || tags.isOneBitDeep()) ? 4 : 1);
+            sum += expectedBytes(index == page->index() ? page->tags() : readTiffPageTags(handle),
+                                 page->treatment(), [&] { return encodedBytes(handle); });
         } catch (const std::runtime_error&) {
             continue; // a page that cannot be read takes nothing, and is reported in its turn
         }
@@ -69,11 +70,29 @@ bool MultiPageTiffWriter::couldPassLimit(const PageSource& firstPage) const
     return sum > m_limitBytes;
 }
 
+/// `encoded` gives the bytes that the strips or tiles of the page have.
+std::uint64_t
+MultiPageTiffWriter::expectedBytes(const TiffPageTags& tags, const PageTreatment& treatment,
+                                   const std::function<std::uint64_t()>& encoded) const
+{
+    const bool isFax
+        = m_compression == COMPRESSION_CCITTFAX3 || m_compression == COMPRESSION_CCITTFAX4;
+    const bool isReduced = becomesBilevel(tags, treatment);
+    const std::uint64_t bytes = isReduced ? (std::uint64_t { tags.widthPx } + 7) / 8 * tags.heightPx
+        : treatment.keepsCompression      ? encoded()
+                                          : tags.decodedBytes();
+    return bytes / (isFax && (isReduced || tags.isOneBitDeep()) ? 4 : 1);
+}
+
 void MultiPageTiffWriter::append(const std::shared_ptr<const PageSource>& page,
                                  const EncodedPieces& pieces)
 {
-    if (m_failureReason.isEmpty())
-        write(*page, pieces);
+    if (m_failureReason.isEmpty()) {
+        EncodedPieces copied;
+        if (!pieces.bytes && !pieces.copy)
+            copied.copy = copiedPage(*page, m_compression);
+        write(*page, copied.copy ? copied : pieces);
+    }
     gather(page);
 }
 
@@ -102,7 +121,7 @@ void MultiPageTiffWriter::gather(const std::shared_ptr<const PageSource>& page)
 void MultiPageTiffWriter::write(const PageSource& page, const EncodedPieces& pieces)
 try {
     if (!m_assembly) // with pages: beginning again has failed before
-        begin(!m_pages.empty() || couldPassLimit(page));
+        begin(!m_pages.empty() || couldPassLimit(page, pieces));
     try {
         m_assembly->append(page, pieces);
     } catch (const TiffFileBuilder::TooLarge&) {

@@ -6,6 +6,8 @@
 
 namespace pagestack {
 
+struct PageTreatment;
+
 /// A TIFF file that is made of pages, one after the other, and put in place at the end.
 ///
 /// Pages keep what they are: bit depth, photometric interpretation, planes, tiles, orientation,
@@ -63,7 +65,9 @@ private:
     void write(const PageSource& page, const EncodedPieces& pieces);
     void begin(bool bigTiff);
     void gather(const std::shared_ptr<const PageSource>& page);
-    bool couldPassLimit(const PageSource& firstPage) const;
+    bool couldPassLimit(const PageSource& firstPage, const EncodedPieces& pieces) const;
+    std::uint64_t expectedBytes(const TiffPageTags& tags, const PageTreatment& treatment,
+                                const std::function<std::uint64_t()>& encoded) const;
 
     QString m_path;
     int m_compression; ///< value of the Compression tag

@@ -6,6 +6,7 @@
 #include "engine/image/tiffwriter/TiffMetadata.h"
 #include "engine/image/tiffwriter/TiffPageStream.h"
 #include "engine/image/tiffwriter/TiffPageWriter.h"
+#include "engine/threads/StopScope.h"
 
 #include <QFileInfo>
 #include <QScopeGuard>
@@ -53,6 +54,8 @@ TiffFileBuilder::TiffFileBuilder(const QString& path, int compression, int plann
 void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces)
 {
     cutToPages();
+    if (pieces.copy && !m_format.isBigTiff)
+        return appendCopy(*pieces.copy, *page.tiffPage());
     TiffPageStream sink(*m_staged, m_format, m_limitBytes);
     m_messages.forget();
     const TiffPage* source = page.tiffPage();
@@ -87,12 +90,53 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces
         throw;
     }
     const std::set<unsigned> written = onTarget([&] { return linkDirectory(directory, texts); });
+    endPage(source);
+    if (source != nullptr && !source->treatment().stripsMetadata)
+        source->messages().setLeftOutTags(leftOutTags(*source, written, isShown) + more.leftOut);
+}
+
+/// A page that libtiff has no part in.
+void TiffFileBuilder::appendCopy(const CopiedPage& page, const TiffPage& source)
+{
+    source.messages().forget();
+    const CopiedDirectory directory
+        = copiedDirectory(page, source, { m_pages, m_plannedPages }, m_end);
+    if (directory.offset + directory.bytes.size() > m_limitBytes)
+        throw TooLarge("the file would be larger than 4 GB");
+    copyStrips(page, source.document());
+    onTarget([&] {
+        m_staged->writeAt(directory.offset, directory.bytes);
+        setNumber(m_linkAt, directory.offset, m_format.offsetBytes());
+    });
+    m_linkAt = directory.linkAt;
+    if (directory.pageNumberAt)
+        m_pageNumbersAt.push_back(*directory.pageNumberAt);
+    endPage(&source);
+}
+
+void TiffFileBuilder::copyStrips(const CopiedPage& page, const OpenTiffFile& file)
+{
+    constexpr std::uint64_t partBytes = std::uint64_t { 256 } * 1024;
+    // Kept, for the next of many small pages: memory that the system has to clear costs more than
+    // what is done with it here.
+    thread_local std::vector<std::uint8_t> buffer;
+    buffer.resize(partBytes);
+    for (const PlainDirectory::Strip& strip : page.read.strips)
+        for (std::uint64_t done = 0; done < strip.bytes;) {
+            StopScope::leavePageIfStopped();
+            const auto part = std::span(buffer).first(std::min(partBytes, strip.bytes - done));
+            file.readAt(strip.offset + done, part);
+            onTarget([&] { m_staged->write(part); });
+            done += part.size();
+        }
+}
+
+void TiffFileBuilder::endPage(const TiffPage* source)
+{
     ++m_pages;
     m_end = m_staged->size();
     if (source != nullptr && source->treatment().keepsDate)
         m_staged->setModified(source->document().stateAtOpening().modifiedNs);
-    if (source != nullptr && !source->treatment().stripsMetadata)
-        source->messages().setLeftOutTags(leftOutTags(*source, written, isShown) + more.leftOut);
 }
 
 /// Removes what is left of a page that could not be added.

@@ -47,8 +47,11 @@ public:
     std::unique_ptr<StagedFile> finish();
 
 private:
+    void appendCopy(const CopiedPage& page, const TiffPage& source);
+    void copyStrips(const CopiedPage& page, const OpenTiffFile& file);
     void encode(const PageSource& page, const EncodedPieces& pieces,
                 const std::vector<TextList>& texts, TiffPageStream& sink);
+    void endPage(const TiffPage* source);
     std::set<unsigned> linkDirectory(std::uint64_t offset, const std::vector<TextList>& texts);
     void cutToPages();
     void setNumber(std::uint64_t offset, std::uint64_t value, std::size_t bytes);

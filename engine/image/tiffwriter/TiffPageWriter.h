@@ -1,19 +1,13 @@
 #pragma once
 
 #include "engine/image/pixels/PageSource.h"
+#include "engine/image/tiffwriter/PagePosition.h"
 
 struct tiff;
 
 namespace pagestack {
 
 struct EncodedPieces;
-
-/// Which page of how many a page is in its file.
-struct PagePosition
-{
-    int index = 0; ///< from 0
-    int total = 1;
-};
 
 /// Sets the tags and writes the strips or tiles of one page to `handle`, without its directory.
 /// `compression` is the value of the Compression tag that is wanted. `pieces`, if there are any

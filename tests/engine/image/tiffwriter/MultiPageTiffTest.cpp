@@ -186,6 +186,48 @@ private slots:
         QCOMPARE(samplesOf(m_out), samplesOf(m_source));
     }
 
+    // The directory of a page that is copied without libtiff lacked tags or had other values than
+    // libtiff gives them.
+    void describesCopiedPagesAsLibtiffDoes()
+    {
+        TestPage described("fax fillOrder=2 orientation=6 xy=300,200 unit=2");
+        described.moreTags = [](tiff* to) {
+            TIFFSetField(to, TIFFTAG_SUBFILETYPE, FILETYPE_MASK);
+            TIFFSetField(to, TIFFTAG_DOCUMENTNAME, "two");
+            TIFFSetField(to, TIFFTAG_SOFTWARE, "of an odd length");
+            TIFFSetField(to, TIFFTAG_DATETIME, "2001:02:03 04:05:06");
+            TIFFSetField(to, TIFFTAG_COPYRIGHT, "c");
+            TIFFSetField(to, TIFFTAG_PAGENUMBER, 4, 9);
+            TIFFSetField(to, TIFFTAG_ROWSPERSTRIP, 4'000'000'000U);
+        };
+        const QList<TestPage> pages { described,
+                                      "rgb compression=5 predictor=2 format=1",
+                                      "rgb bits=16 compression=8 xy=72,72 unit=3",
+                                      "width=6553 compression=5 rows=1",
+                                      "width=6552 compression=5 rows=1",
+                                      "compression=32773 xy=204,98",
+                                      "bits=1 compression=3 xy=203.5,98" };
+        PageTreatment byLibtiff;
+        byLibtiff.keepsCompression = true;
+        for (const bool isStripped : { false, true })
+            for (const char* const mode : { "wl", "wb" })
+                for (const QList<TestPage>& some : { pages, { described } }) {
+                    byLibtiff.stripsMetadata = isStripped;
+                    byLibtiff.expectedDpi = 0;
+                    QVERIFY(collect(some, 0, mode, classicLimit, byLibtiff));
+                    const QList<TiffPicture> copied = readTiff(m_out);
+                    byLibtiff.expectedDpi = 300; // which only libtiff's way looks at
+                    QVERIFY(collect(some, 0, mode, classicLimit, byLibtiff));
+                    const QList<TiffPicture> wanted = readTiff(m_out);
+                    QCOMPARE(copied.size(), some.size());
+                    for (qsizetype i = 0; i < some.size(); ++i) {
+                        QCOMPARE(copied[i].tags, wanted[i].tags);
+                        QVERIFY(copied[i].samples == wanted[i].samples);
+                        QVERIFY(copied[i].encoded == wanted[i].encoded);
+                    }
+                }
+    }
+
     void encodesAnewWhatOthersCouldNotRead()
     {
         // One pixel in LZW codes of which the lowest bit comes first, as before TIFF 5.0: the start

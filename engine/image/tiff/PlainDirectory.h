@@ -1,0 +1,49 @@
+#pragma once
+
+#include "engine/image/tiff/TiffPageTags.h"
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace pagestack {
+
+class OpenTiffFile;
+
+/// The directory of a compressed page of strips that has only common tags, with values of which
+/// libtiff has nothing to say: gray or RGB, whole numbers as resolution, sound strips. Most scans
+/// are of this kind, and it is read in a tenth of the time that libtiff takes.
+struct PlainDirectory
+{
+    struct Strip
+    {
+        std::uint64_t offset;
+        std::uint64_t bytes;
+    };
+    struct Text
+    {
+        unsigned tag;
+        QByteArray bytes; ///< with the end mark, which is the only one
+    };
+
+    TiffPageTags tags;
+    std::vector<Strip> strips;
+    std::uint64_t stripBytes = 0; ///< of all strips
+    std::vector<Text> texts; ///< by their tags, upwards
+
+    // Of tags that a page may have or not.
+    bool hasResolution = false;
+    bool hasSampleFormat = false;
+    std::optional<int> resolutionUnit;
+    std::optional<std::pair<int, int>> pageNumber; ///< from 0, of how many
+    std::optional<std::uint32_t> faxOptions; ///< T4Options or T6Options, as the compression is
+};
+
+/// None where the page is of another kind, where its chain of directories has a fault, or where it
+/// cannot be read: who reads it by libtiff is told what is wrong. Any thread.
+std::optional<PlainDirectory> plainDirectory(const OpenTiffFile& file, int index);
+
+} // namespace pagestack

@@ -1,0 +1,161 @@
+#include "engine/image/tiffwriter/CopiedPage.h"
+
+#include "engine/image/decode/TiffPage.h"
+#include "engine/image/tiff/TiffLimits.h"
+#include "engine/image/tiffwriter/ClassicDirectory.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <stdexcept>
+
+namespace pagestack {
+
+namespace {
+
+    constexpr std::uint64_t mostIn16Bits = std::numeric_limits<std::uint16_t>::max();
+
+    std::uint64_t plainStripBytes(const TiffPageTags& tags, std::size_t number)
+    {
+        const auto above = static_cast<std::uint32_t>(number) * tags.rowsPerStrip;
+        return tags.planeRowBytes() * std::min(tags.rowsPerStrip, tags.heightPx - above);
+    }
+
+    /// As for those that libtiff copies: see TiffPageWriter.
+    bool hasSoundStrips(const PlainDirectory& read, const OpenTiffFile& file)
+    {
+        if (read.stripBytes > file.sizeBytes())
+            return false;
+        for (std::size_t i = 0; i < read.strips.size(); ++i)
+            if (read.strips[i].bytes > mostIn16Bits
+                && plainStripBytes(read.tags, i) <= mostIn16Bits)
+                return false;
+        if (read.tags.compression != COMPRESSION_LZW || read.strips.front().bytes < 2)
+            return true;
+        std::array<std::uint8_t, 2> start = {};
+        file.readAt(read.strips.front().offset, start);
+        return start[0] != 0 || (start[1] & 1U) == 0; // else its codes have the old bit order
+    }
+
+    /// In 16 bits where libtiff trusts that no strip of the codec grows to more: one of several, of
+    /// less than a tenth of what they hold.
+    void addByteCounts(ClassicDirectory& directory, const PlainDirectory& read)
+    {
+        constexpr std::array trusted { COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE,
+                                       COMPRESSION_DEFLATE };
+        const bool isSmall = read.strips.size() > 1
+            && std::ranges::find(trusted, read.tags.compression) != trusted.end()
+            && plainStripBytes(read.tags, 0) < mostIn16Bits / 10;
+        std::vector<std::uint32_t> counts;
+        for (const PlainDirectory::Strip& strip : read.strips)
+            counts.push_back(static_cast<std::uint32_t>(strip.bytes));
+        if (isSmall)
+            directory.addShorts(TIFFTAG_STRIPBYTECOUNTS,
+                                std::vector<int>(counts.begin(), counts.end()));
+        else
+            directory.addLongs(TIFFTAG_STRIPBYTECOUNTS, counts);
+    }
+
+    void addPageNumber(ClassicDirectory& directory, const CopiedPage& page, const TiffPage& source,
+                       PagePosition position)
+    {
+        const int pages = source.document().pageCount();
+        std::optional<std::pair<int, int>> number;
+        if (position.total > 1)
+            number = { position.index, position.total };
+        else if (page.keepsTexts && page.read.pageNumber)
+            number = pages > 1 ? std::pair { source.index(), pages } : *page.read.pageNumber;
+        if (number && number->second <= static_cast<int>(mostIn16Bits))
+            directory.addShorts(TIFFTAG_PAGENUMBER, std::array { number->first, number->second });
+    }
+
+    /// In the order in which libtiff lays values out.
+    ClassicDirectory directoryOf(const CopiedPage& page, const TiffPage& source,
+                                 PagePosition position, std::uint64_t begin)
+    {
+        const PlainDirectory& read = page.read;
+        const TiffPageTags& tags = read.tags;
+        const auto samples = static_cast<std::size_t>(tags.samplesPerPixel);
+        ClassicDirectory directory;
+        directory.addNumber(TIFFTAG_IMAGEWIDTH, tags.widthPx);
+        directory.addNumber(TIFFTAG_IMAGELENGTH, tags.heightPx);
+        if (read.hasResolution) {
+            directory.addWholeFraction(TIFFTAG_XRESOLUTION,
+                                       static_cast<std::uint32_t>(tags.resolution.x));
+            directory.addWholeFraction(TIFFTAG_YRESOLUTION,
+                                       static_cast<std::uint32_t>(tags.resolution.y));
+        }
+        directory.addLong(TIFFTAG_SUBFILETYPE,
+                          position.total > 1 ? tags.subfileType | FILETYPE_PAGE : tags.subfileType);
+        directory.addShorts(TIFFTAG_BITSPERSAMPLE, std::vector(samples, tags.bitsPerSample));
+        directory.addShort(TIFFTAG_COMPRESSION, tags.compression);
+        directory.addShort(TIFFTAG_PHOTOMETRIC, tags.photometric);
+        directory.addShort(TIFFTAG_FILLORDER, tags.fillOrder);
+        directory.addShort(TIFFTAG_ORIENTATION, tags.orientation);
+        directory.addShort(TIFFTAG_SAMPLESPERPIXEL, tags.samplesPerPixel);
+        directory.addNumber(TIFFTAG_ROWSPERSTRIP, tags.rowsPerStrip);
+        directory.addShort(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+        if (read.resolutionUnit)
+            directory.addShort(TIFFTAG_RESOLUTIONUNIT, *read.resolutionUnit);
+        addPageNumber(directory, page, source, position);
+        addByteCounts(directory, read);
+        std::vector<std::uint32_t> offsets;
+        for (const PlainDirectory::Strip& strip : read.strips) {
+            offsets.push_back(static_cast<std::uint32_t>(begin));
+            begin += strip.bytes;
+        }
+        directory.addLongs(TIFFTAG_STRIPOFFSETS, offsets);
+        if (read.hasSampleFormat)
+            directory.addShorts(TIFFTAG_SAMPLEFORMAT, std::vector(samples, tags.sampleFormat));
+        if (read.faxOptions)
+            directory.addLong(tags.compression == COMPRESSION_CCITTFAX3 ? TIFFTAG_GROUP3OPTIONS
+                                                                        : TIFFTAG_GROUP4OPTIONS,
+                              *read.faxOptions);
+        if (tags.predictor != PREDICTOR_NONE)
+            directory.addShort(TIFFTAG_PREDICTOR, tags.predictor);
+        for (const PlainDirectory::Text& text : read.texts)
+            if (page.keepsTexts)
+                directory.addText(text.tag,
+                                  { reinterpret_cast<const std::uint8_t*>(text.bytes.data()),
+                                    static_cast<std::size_t>(text.bytes.size()) });
+        return directory;
+    }
+
+} // namespace
+
+std::optional<CopiedPage> copiedPage(const PageSource& page, int compression)
+try {
+    const TiffPage* source = page.tiffPage();
+    if (source == nullptr)
+        return std::nullopt;
+    const PageTreatment& treatment = source->treatment();
+    // What else may be said of a page is for who reads it by libtiff.
+    if (treatment.convertsToSrgb || treatment.expectedDpi != 0)
+        return std::nullopt;
+    std::optional<PlainDirectory> read = plainDirectory(source->document(), source->index());
+    if (!read || (!treatment.keepsCompression && read->tags.compression != compression)
+        || becomesBilevel(read->tags, treatment)
+        || (source->document().isBigEndian() && read->tags.bitsPerSample > 8)
+        || !hasSoundStrips(*read, source->document()))
+        return std::nullopt;
+    return CopiedPage { std::move(*read), !treatment.stripsMetadata };
+} catch (const std::runtime_error&) {
+    return std::nullopt;
+}
+
+CopiedDirectory copiedDirectory(const CopiedPage& page, const TiffPage& source,
+                                PagePosition position, std::uint64_t begin)
+{
+    ClassicDirectory directory = directoryOf(page, source, position, begin);
+    CopiedDirectory laid;
+    laid.offset = (begin + page.read.stripBytes + 1) / 2 * 2;
+    laid.bytes = directory.bytesAt(static_cast<std::uint32_t>(laid.offset));
+    laid.linkAt = laid.offset + directory.linkAt();
+    if (const std::optional<std::size_t> at = directory.valueAt(TIFFTAG_PAGENUMBER))
+        laid.pageNumberAt = laid.offset + *at;
+    return laid;
+}
+
+} // namespace pagestack
