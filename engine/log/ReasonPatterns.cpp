@@ -255,7 +255,6 @@ namespace {
         { QT_TRANSLATE_NOOP("pagestack::Reasons", "the file is full") },
         { QT_TRANSLATE_NOOP("pagestack::Reasons",
                             "a strip is missing or reaches past the end of the file") },
-        { QT_TRANSLATE_NOOP("pagestack::Reasons", "compressed pixels take more than their bound") },
         { QT_TRANSLATE_NOOP("pagestack::Reasons", "its header is damaged") },
         { QT_TRANSLATE_NOOP("pagestack::Reasons", "it is not as long as its rows") },
         { QT_TRANSLATE_NOOP("pagestack::Reasons", "%1 bytes lie behind its end") },

@@ -2697,10 +2697,6 @@ Das Protokoll sagt mehr.</translation>
         <translation>ein Streifen fehlt oder reicht über das Ende der Datei hinaus</translation>
     </message>
     <message>
-        <source>compressed pixels take more than their bound</source>
-        <translation>komprimierte Pixel brauchen mehr als ihre Schranke</translation>
-    </message>
-    <message>
         <source>its header is damaged</source>
         <translation>der Kopf ist beschädigt</translation>
     </message>

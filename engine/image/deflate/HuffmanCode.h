@@ -10,9 +10,6 @@ namespace pagestack {
 constexpr std::array<std::uint8_t, 19> codeLengthOrder
     = { 16, 17, 18, 0, 8, 7, 9, 6, 10, 5, 11, 4, 12, 3, 13, 2, 14, 1, 15 };
 
-/// Symbols of the code of literals and matches.
-constexpr std::size_t literalSymbols = 286;
-
 /// Sets `lengths` to those of a complete prefix code for symbols that occur `counts` times: at most
 /// `longest`, 0 for symbols that do not occur. At least two symbols get a code, since decoders
 /// refuse other codes. At most 288 symbols and 2^(`longest` - 1); fewer than 2^31 occurrences.

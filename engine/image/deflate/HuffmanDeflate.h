@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/image/deflate/BitWriter.h"
-#include "engine/image/deflate/HuffmanCode.h"
+#include "engine/image/deflate/DeflateSymbols.h"
+#include "engine/image/deflate/LiteralWords.h"
 
 #include <array>
 #include <span>
@@ -33,7 +33,7 @@ private:
         std::uint32_t start = 0;
         std::uint32_t length = 0; ///< 3 to 258; all are equal to the byte before `start`
     };
-    /// What goes into the stream for a literal or a run, and how many bits it has.
+    /// What goes into the stream for a run, and how many bits it has.
     struct Token
     {
         std::uint32_t bits = 0;
@@ -47,13 +47,12 @@ private:
     std::uint64_t tokenBits() const;
     void makeTokens();
     void putTokens(Bytes block, BitWriter& writer) const;
-    void putLiterals(const std::uint8_t* from, const std::uint8_t* end, BitWriter& writer) const;
 
     std::vector<Run> m_runs; ///< of the block in hand
     std::array<std::uint32_t, literalSymbols> m_counts {};
     std::array<std::uint8_t, literalSymbols> m_lengths {};
-    std::array<Token, 256> m_literals;
-    std::array<Token, 259> m_runTokens; ///< by the length of the run
+    LiteralWords m_literals;
+    std::array<Token, longestMatch + 1> m_runTokens; ///< by the length of the run
     Token m_endOfBlock;
 };
 

@@ -7,9 +7,6 @@ namespace pagestack {
 
 namespace {
 
-    constexpr int fastLevel = 1;
-    // The levels above take four times as long for four in a hundred of the size.
-    constexpr int usualLevel = 6;
     constexpr std::size_t sampleBands = 6;
     // A band holds about as much as a match reaches back.
     constexpr std::size_t sampleBandBytes = std::size_t { 32 } * 1024;
@@ -21,8 +18,14 @@ namespace {
         return 100.0 * static_cast<double>(size) / static_cast<double>(other);
     }
 
-    // A fast match search that does worse than this has met noise; a thorough one would not help.
-    constexpr double noisePercent = 108;
+    // A quick match search that gains no more than this has met noise; a thorough one would not
+    // help.
+    constexpr double noisePercent = 99;
+    // Where runs leave less than this of the pixels, there is much to gain, and little to search.
+    constexpr double sparsePercent = 20;
+    constexpr double sparseNoisePercent = 105;
+    // Filters that come so close in a quick search are tried by a thorough one.
+    constexpr double closePercent = 102;
     // Runs are that much faster that they may be a little larger.
     constexpr double toleratedPercent = 102;
 
@@ -32,8 +35,6 @@ SectionCoder::SectionCoder(std::size_t rowBytes, int pixelBytes, bool isPacked,
                            std::size_t mostRows)
     : m_isPacked(isPacked)
     , m_filter(rowBytes, pixelBytes)
-    , m_fastMatches(fastLevel)
-    , m_matches(usualLevel)
     , m_filtered(std::make_unique_for_overwrite<std::uint8_t[]>(mostRows * (1 + rowBytes)))
     , m_compressedSample(bound(mostSampleBytes))
 {
@@ -41,23 +42,27 @@ SectionCoder::SectionCoder(std::size_t rowBytes, int pixelBytes, bool isPacked,
 
 SectionPlan SectionCoder::choosePlan(const SectionRows& rows)
 {
-    std::span<const std::uint8_t> sample = filterSample(Kind::Best, rows);
+    const std::span<const std::uint8_t> sample = filterSample(Kind::Best, rows);
     const std::size_t runs = compressedSize(Coding::Runs, sample);
-    if (m_isPacked)
-        sample = filterSample(Kind::None, rows);
-    if (percentOf(compressedSize(Coding::FastMatches, sample), runs) > noisePercent)
-        return { Kind::Best, Coding::Runs };
-    SectionPlan best;
+    const bool isSparse = percentOf(runs, sample.size()) < sparsePercent;
+    std::array<FilterSize, 3> sizes { { { Kind::Best, 0 }, { Kind::None, 0 }, { Kind::Up, 0 } } };
     std::size_t least = std::numeric_limits<std::size_t>::max();
-    for (const Kind kind : { Kind::None, Kind::Up, Kind::Best }) {
-        const std::size_t size = compressedSize(Coding::Matches, filterSample(kind, rows));
-        if (size < least) {
-            least = size;
-            best.filter = kind;
-        }
+    for (FilterSize& size : sizes) {
+        size.bytes = compressedSize(Coding::QuickMatches, filterSample(size.kind, rows));
+        least = std::min(least, size.bytes);
     }
-    return percentOf(runs, least) <= toleratedPercent ? SectionPlan { Kind::Best, Coding::Runs }
-                                                      : best;
+    const SectionPlan byRuns { Kind::Best, Coding::Runs };
+    if (percentOf(least, runs) > (isSparse ? sparseNoisePercent : noisePercent))
+        return byRuns;
+    FilterSize best { Kind::Best, std::numeric_limits<std::size_t>::max() };
+    for (const FilterSize& size : sizes) {
+        if (percentOf(size.bytes, least) > closePercent)
+            continue;
+        const std::size_t bytes = compressedSize(Coding::Matches, filterSample(size.kind, rows));
+        if (bytes < best.bytes)
+            best = { size.kind, bytes };
+    }
+    return percentOf(runs, best.bytes) <= toleratedPercent ? byRuns : SectionPlan { best.kind };
 }
 
 std::span<const std::uint8_t> SectionCoder::filterSample(Kind kind, const SectionRows& rows)
@@ -105,8 +110,9 @@ std::size_t SectionCoder::compress(Coding coding, std::span<const std::uint8_t> 
 {
     if (coding == Coding::Runs)
         return m_runs.compress(filtered, endsStream, out);
-    MatchDeflate& matches = coding == Coding::FastMatches ? m_fastMatches : m_matches;
-    return matches.compress(filtered, endsStream, out);
+    const auto effort = coding == Coding::QuickMatches ? MatchDeflate::Effort::Quick
+                                                       : MatchDeflate::Effort::Usual;
+    return m_matches.compress(filtered, effort, endsStream, out);
 }
 
 } // namespace pagestack

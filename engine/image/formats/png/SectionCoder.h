@@ -23,7 +23,7 @@ struct SectionRows
 /// How rows are compressed.
 struct SectionPlan
 {
-    enum class Coding { Runs, FastMatches, Matches };
+    enum class Coding { Runs, QuickMatches, Matches };
 
     RowFilter::Kind filter = RowFilter::Kind::None;
     Coding coding = Coding::Matches;
@@ -54,6 +54,12 @@ private:
     using Coding = SectionPlan::Coding;
     using Kind = RowFilter::Kind;
 
+    struct FilterSize
+    {
+        Kind kind = Kind::None;
+        std::size_t bytes = 0; ///< of a sample, compressed behind that filter
+    };
+
     std::span<const std::uint8_t> filterSample(Kind kind, const SectionRows& rows);
     std::size_t compressedSize(Coding coding, std::span<const std::uint8_t> sample);
     std::uint8_t* filterTo(std::uint8_t* out, Kind kind, const SectionRows& rows);
@@ -61,7 +67,6 @@ private:
     bool m_isPacked;
     RowFilter m_filter;
     HuffmanDeflate m_runs;
-    MatchDeflate m_fastMatches;
     MatchDeflate m_matches;
     std::unique_ptr<std::uint8_t[]> m_filtered; ///< room for all rows of a section
     std::vector<std::uint8_t> m_compressedSample;

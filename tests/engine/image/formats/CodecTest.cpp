@@ -74,19 +74,50 @@ Bytes inflated(const Bytes& stream, std::size_t count)
     return bytes;
 }
 
-/// Appends what `coder` makes of `bytes`. Ends the test program when it touches more than it may.
-template <typename Coder>
-void append(Coder& coder, std::span<const std::uint8_t> bytes, bool endsStream, Bytes& stream)
+/// Appends what `compress` makes of `bytes`. Ends the test program when it touches more than it
+/// may.
+template <typename Compress>
+void append(const Compress& compress, std::size_t bound, Bytes& stream)
 {
     constexpr std::uint8_t untouched = 0xA5;
     const std::size_t before = stream.size();
-    const std::size_t bound = Coder::bound(bytes.size());
     stream.resize(before + bound + 64, untouched);
-    const std::size_t size = coder.compress(bytes, endsStream, stream.data() + before);
+    const std::size_t size = compress(stream.data() + before);
     const auto end = stream.begin() + static_cast<std::ptrdiff_t>(before + bound);
     if (size > bound || std::count(end, stream.end(), untouched) != 64)
-        qFatal("%zu bytes took more than their bound", bytes.size());
+        qFatal("took more than its bound of %zu bytes", bound);
     stream.resize(before + size);
+}
+
+void appendRuns(HuffmanDeflate& runs, std::span<const std::uint8_t> bytes, bool endsStream,
+                Bytes& stream)
+{
+    append([&](std::uint8_t* out) { return runs.compress(bytes, endsStream, out); },
+           HuffmanDeflate::bound(bytes.size()), stream);
+}
+
+void appendMatches(MatchDeflate& matches, std::span<const std::uint8_t> bytes,
+                   MatchDeflate::Effort effort, bool endsStream, Bytes& stream)
+{
+    append([&](std::uint8_t* out) { return matches.compress(bytes, effort, endsStream, out); },
+           MatchDeflate::bound(bytes.size()), stream);
+}
+
+/// Noise, and parts of it again: of every length of a match, from every distance that there is,
+/// and a little farther away.
+Bytes repeated()
+{
+    std::mt19937 random(7);
+    Bytes bytes(40'000);
+    std::generate(bytes.begin(), bytes.end(), std::ref(random));
+    for (std::size_t i = 0; i < 3000; ++i) {
+        const std::size_t length = 3 + i % 300;
+        const std::size_t distance = 1 + (i < 40 ? i : random() % 33'000);
+        for (std::size_t k = 0; k < length; ++k)
+            bytes.push_back(bytes[bytes.size() - distance]);
+        bytes.push_back(static_cast<std::uint8_t>(random()));
+    }
+    return bytes;
 }
 
 PixelLayout layoutOf(int channels, int bits, bool isPalette = false)
@@ -230,6 +261,7 @@ private slots:
         QTest::newRow("runs of the same length") << runs;
         for (const std::size_t count : { 0, 1, 3, 4, 65'534, 65'535, 65'536, 131'070, 300'001 })
             QTest::addRow("%zu bytes", count) << Bytes(count, 3);
+        QTest::newRow("matches") << repeated();
         QTest::newRow("Fibonacci in one block") << fibonacci(21);
         QTest::newRow("Fibonacci") << fibonacci(26);
     }
@@ -239,21 +271,27 @@ private slots:
         QFETCH(Bytes, bytes);
         HuffmanDeflate runs;
         Bytes stream;
-        append(runs, bytes, true, stream);
+        appendRuns(runs, bytes, true, stream);
         QVERIFY(inflated(stream, bytes.size()) == bytes);
+        using Effort = MatchDeflate::Effort;
+        MatchDeflate matches;
+        for (const Effort effort : { Effort::Usual, Effort::Quick }) {
+            stream.clear();
+            appendMatches(matches, bytes, effort, true, stream);
+            QVERIFY(inflated(stream, bytes.size()) == bytes);
+        }
         // Parts by several coders are one stream as well.
-        MatchDeflate fast(1);
-        MatchDeflate small(6);
-        for (const std::size_t partBytes : { 50'003, 7'997 }) {
+        for (const std::size_t partBytes : { 50'003, 7'997, 61 }) {
             stream.clear();
             for (std::size_t start = 0, part = 0; start <= bytes.size(); start += partBytes) {
                 const auto piece
                     = std::span(bytes).subspan(start, std::min(partBytes, bytes.size() - start));
                 const bool isLast = start + partBytes > bytes.size();
                 if (++part % 2 == 0)
-                    append(runs, piece, isLast, stream);
+                    appendRuns(runs, piece, isLast, stream);
                 else
-                    append(part % 4 == 1 ? small : fast, piece, isLast, stream);
+                    appendMatches(matches, piece, part % 4 == 1 ? Effort::Usual : Effort::Quick,
+                                  isLast, stream);
             }
             QVERIFY(inflated(stream, bytes.size()) == bytes);
         }
