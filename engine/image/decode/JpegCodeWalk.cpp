@@ -190,7 +190,6 @@ void JpegCodeWalk::prepareUnit(JpegCodeWriter* to)
     while (!m_isAtEnd && m_filled < m_at / byteBits + JpegCodes::mostUnitBytes) {
         if (to != nullptr)
             to->copy(m_bytes.data(), m_written, m_at);
-        m_written = m_at;
         read();
     }
     if (m_at > m_filled * byteBits)

@@ -123,13 +123,17 @@ Stream joinedStreams(const QString& path)
     return whole;
 }
 
-/// Saves the page, at `quality` in tenths; whether its data were taken over.
+/// Saves the page; whether its data were taken over.
+bool isTakenOver(PageImage& image, const QString& path, const SaveOptions& options = {})
+{
+    const auto source = image.sharedSource();
+    encodedPage(source, path, pageEncoding(path), options)->commit(StagedFile::Existing::Replaced);
+    return image.takeDiagnostics().isTakenOver;
+}
+
 bool isTakenOver(SinglePage& page, const QString& name, const SaveOptions& options = {})
 {
-    const auto source = page.image().sharedSource();
-    const QString path = page.path(name);
-    encodedPage(source, path, pageEncoding(path), options)->commit(StagedFile::Existing::Replaced);
-    return page.image().takeDiagnostics().isTakenOver;
+    return isTakenOver(page.image(), page.path(name), options);
 }
 
 /// Whether the codes of the page's streams are taken over with the coefficients.
@@ -455,6 +459,7 @@ jpeg                                            | reencode
 4 |                      | 1 | step       | decoded
 1 |                      | 1 | range      | decoded
 1 |                      | 2 | range      | decoded
+1 |                      | 1 | zeros      | coded
 )");
     }
 
@@ -465,17 +470,20 @@ jpeg                                            | reencode
             if (kind == u"restarts")
                 codec.restart_interval = 4;
             codec.arith_code = kind == u"arithmetic";
-            if (kind == u"range")
+            if (kind == u"range" || kind == u"zeros")
                 codec.image_width = 16;
         });
         if (kind == u"step")
             stream[stream.indexOf(QByteArray("\xFF\xDB")) + 5 + 63] = '\0';
+        const qsizetype codesAt = stream.indexOf(QByteArray("\xFF\xDA")) + 10;
         if (kind == u"range") // each corner 2000 more than the one before
-            stream = stream.left(stream.indexOf(QByteArray("\xFF\xDA")) + 10)
-                + QByteArray::fromHex("FF007D0AFF007D0AFFD9");
+            stream = stream.left(codesAt) + QByteArray::fromHex("FF007D0AFF007D0AFFD9");
+        if (kind == u"zeros") // 64 of them behind each corner
+            stream
+                = stream.left(codesAt) + QByteArray::fromHex("3FCFF9FF003FE4FF003FE7FCFF009FFFD9");
         stream.insert(stream.size() - 2, QByteArray::fromHex(tail.toLatin1()));
         TestPage page("compression=7 width=64 rows=8");
-        page.width = kind == u"range" ? 16 : 64;
+        page.width = kind == u"range" || kind == u"zeros" ? 16 : 64;
         page.height = 8 * strips.toInt();
         page.orientation = orientation.toInt();
         page.encoded = QList<QByteArray>(strips.toInt(), stream);
@@ -494,6 +502,36 @@ jpeg                                            | reencode
                      readPicture(single.path(u"a.jpg"_s)), { page.width, page.height, 1, 8 },
                      [&](int x, int y, int c) { return double(picture.at(x, y, c)); }, 2),
                  QString());
+    }
+
+    // Data of an old-style page that are not those of the stream that its tags name.
+    void takesWholeOldStyleStreamsOver_data() { addTextRows("0 | taken\n1 | decoded"); }
+
+    void takesWholeOldStyleStreamsOver()
+    {
+        const auto [outside, wanted] = textRow<2>();
+        const QByteArray stream = grayStream([](jpeg_compress_struct&) {});
+        const auto bytes = static_cast<std::uint32_t>(stream.size());
+        SinglePage single { TestPage() };
+        const QString path = single.path(u"old.tif"_s);
+        putBytes(path,
+                 rawTiff({},
+                         { { 256, 64 },
+                           { 257, 8 },
+                           { 258, 8 },
+                           { 259, 6 },
+                           { 262, 1 },
+                           { 273, 8 },
+                           { 277, 1 },
+                           { 278, 8 },
+                           { 279, bytes + outside.toUInt() },
+                           { 513, 8 },
+                           { 514, bytes } },
+                         { -1 }, stream + QByteArray(2, '\0')));
+        PageImage image(TiffDocument(path).page(0));
+        QCOMPARE(isTakenOver(image, single.path(u"a.jpg"_s)), wanted == u"taken");
+        QVERIFY(wanted != u"taken"
+                || streamOf(bytesOf(single.path(u"a.jpg"_s))).planes == streamOf(stream).planes);
     }
 
     // A half-written file of a page that can be written well.
