@@ -10,7 +10,6 @@ namespace pagestack {
 namespace {
 
     constexpr int longestCode = 16;
-    constexpr int lastCoefficient = 63;
 
     bool isSame(const JpegHuffmanTable& one, const JpegHuffmanTable& other)
     {
@@ -92,8 +91,6 @@ JpegCodes::JpegCodes(const JpegHuffmanTable& dc, const JpegHuffmanTable& ac)
             const Steps step = stepOf(*symbol);
             if (all.bits == 0)
                 m_step[window] = step;
-            if (all.coefficients + step.coefficients > lastCoefficient)
-                break;
             all.bits = static_cast<std::uint8_t>(all.bits + step.bits);
             all.coefficients = static_cast<std::uint8_t>(all.coefficients + step.coefficients);
             all.isEnd = step.isEnd;

@@ -435,8 +435,10 @@ jpeg                                            | reencode
     // gone; coefficients that baseline coding has no symbols for; tables that divide by 0.
     void copiesNothingButCodes_data()
     {
-        // Strips, hexadecimal bytes before the end of each, orientation, what else is unusual;
-        // whether they are taken over, whether as codes.
+        // Strips, hexadecimal bytes before the end of each, orientation, what else is unusual or
+        // the codes of two blocks; whether they are taken over, whether as codes. The codes:
+        // corners of 1000 and 2000, of -1000 and -2000; 64 zeros; corners of 511 and 1022, and a
+        // marker in place of an escaped byte.
         addTextRows(R"(
 4 |                  | 1 |            | copied
 1 |                  | 1 |            | copied
@@ -457,44 +459,65 @@ jpeg                                            | reencode
 1 |                      | 1 | arithmetic | coded
 4 |                      | 1 | arithmetic | coded
 4 |                      | 1 | step       | decoded
-1 |                      | 1 | range      | decoded
-1 |                      | 2 | range      | decoded
-1 |                      | 1 | zeros      | coded
+1 |                      | 1 | cut        | refused
+4 |                      | 1 | cut        | refused
+1 |                      | 1 | unmarked   | refused
+1 |                      | 1 | spectral   | decoded
+4 | 5555                 | 1 | first      | coded
+4 | FFFE0008736563726574 | 1 | first      | coded
+1 |                      | 1 | =FF007D0AFF007D0A               | decoded
+1 |                      | 2 | =FF007D0AFF007D0A               | decoded
+1 |                      | 1 | =FE05EBF817AF                   | decoded
+1 |                      | 1 | =3FCFF9FF003FE4FF003FE7FCFF009F | coded
+1 |                      | 1 | =FDFF00AFDFFA                   | copied
+1 |                      | 1 | =FDFFD0AFDFFA                   | refused
 )");
     }
 
     void copiesNothingButCodes()
     {
         const auto [strips, tail, orientation, kind, wanted] = textRow<5>();
-        QByteArray stream = grayStream([kind = kind](jpeg_compress_struct& codec) {
+        const bool isGiven = kind.startsWith(u'=');
+        QByteArray stream = grayStream([kind = kind, isGiven](jpeg_compress_struct& codec) {
             if (kind == u"restarts")
                 codec.restart_interval = 4;
             codec.arith_code = kind == u"arithmetic";
-            if (kind == u"range" || kind == u"zeros")
+            if (isGiven)
                 codec.image_width = 16;
         });
         if (kind == u"step")
             stream[stream.indexOf(QByteArray("\xFF\xDB")) + 5 + 63] = '\0';
-        const qsizetype codesAt = stream.indexOf(QByteArray("\xFF\xDA")) + 10;
-        if (kind == u"range") // each corner 2000 more than the one before
-            stream = stream.left(codesAt) + QByteArray::fromHex("FF007D0AFF007D0AFFD9");
-        if (kind == u"zeros") // 64 of them behind each corner
-            stream
-                = stream.left(codesAt) + QByteArray::fromHex("3FCFF9FF003FE4FF003FE7FCFF009FFFD9");
+        const qsizetype scanAt = stream.indexOf(QByteArray("\xFF\xDA"));
+        const qsizetype codesAt = scanAt + 10;
+        if (kind == u"spectral") // it ends at coefficient 62
+            stream[codesAt - 2] = 62;
+        if (isGiven)
+            stream = stream.left(codesAt) + QByteArray::fromHex(kind.mid(1).toLatin1() + "FFD9");
+        if (kind == u"unmarked") // with restart markers that are not there
+            stream.insert(scanAt, QByteArray::fromHex("FFDD00040004"));
+        const QByteArray plain = stream;
         stream.insert(stream.size() - 2, QByteArray::fromHex(tail.toLatin1()));
+        if (kind == u"cut")
+            stream.chop(2);
         TestPage page("compression=7 width=64 rows=8");
-        page.width = kind == u"range" || kind == u"zeros" ? 16 : 64;
+        page.width = isGiven ? 16 : 64;
         page.height = 8 * strips.toInt();
         page.orientation = orientation.toInt();
-        page.encoded = QList<QByteArray>(strips.toInt(), stream);
+        page.encoded = QList<QByteArray>(strips.toInt(), kind == u"first" ? plain : stream);
+        page.encoded.first() = stream;
         page.moreTags = [](TIFF* to) { TIFFSetField(to, TIFFTAG_JPEGTABLESMODE, 0); };
         SinglePage single(page);
+        QCOMPARE(hasCodes(single) && page.orientation == 1, wanted == u"copied");
+        if (wanted == u"refused") {
+            QVERIFY(!single.saves(u"a.jpg"_s));
+            return;
+        }
         const bool isTaken = isTakenOver(single, u"a.jpg"_s);
         QCOMPARE(isTaken, wanted != u"decoded");
         isTakenOver(single, u"b.jpg"_s, { .reencodes = true });
         const QByteArray found = bytesOf(single.path(u"a.jpg"_s));
         QVERIFY(!found.contains("secret"));
-        QCOMPARE(hasCodes(single) && page.orientation == 1, wanted == u"copied");
+        QVERIFY(wanted != u"copied" || page.height > 8 || found.endsWith(plain.mid(codesAt)));
         if (isTaken)
             QCOMPARE(streamOf(found).warnings, 0);
         const Picture picture = readPicture(single.path(u"b.jpg"_s));

@@ -452,7 +452,8 @@ void PreviewTest::partsOfResultsLieWhereTheyAre()
              u"stopped"_s);
 }
 
-/// Catches parts of the wrong place of a page that is turned, and packed pixels that are shifted.
+/// Catches parts of the wrong place of a page that is turned, packed pixels that are shifted, and
+/// edges that no part reaches.
 void PreviewTest::partsOfLargePagesAreEstimated()
 {
     TestPage page("bits=1 orientation=6 width=5600 height=4100 rows=100");
@@ -465,6 +466,8 @@ void PreviewTest::partsOfLargePagesAreEstimated()
     QVERIFY(sample.isEstimated);
     QVERIFY(sample.region.contains(QPoint(1900, 3300)));
     QCOMPARE(sample.region.size(), QSize(2048, 2048));
+    const QPoint corner(4099, 5599);
+    QVERIFY(resultSample(file, 0, options, corner, never).region.contains(corner));
     const double wanted = 5600.0 * 4100 / 8;
     QVERIFY(std::abs(static_cast<double>(sample.bytes) - wanted) < wanted / 100);
     const PagePicture part = pictureOf(file, { 0, sample.region, anySize }, never);
