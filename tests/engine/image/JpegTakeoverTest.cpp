@@ -463,6 +463,7 @@ jpeg                                            | reencode
 4 |                      | 1 | cut        | refused
 1 |                      | 1 | unmarked   | refused
 1 |                      | 1 | spectral   | decoded
+4 |                      | 1 | later      | decoded
 4 | 5555                 | 1 | first      | coded
 4 | FFFE0008736563726574 | 1 | first      | coded
 1 |                      | 1 | =FF007D0AFF007D0A               | decoded
@@ -489,7 +490,8 @@ jpeg                                            | reencode
             stream[stream.indexOf(QByteArray("\xFF\xDB")) + 5 + 63] = '\0';
         const qsizetype scanAt = stream.indexOf(QByteArray("\xFF\xDA"));
         const qsizetype codesAt = scanAt + 10;
-        if (kind == u"spectral") // it ends at coefficient 62
+        const QByteArray sound = stream;
+        if (kind == u"spectral" || kind == u"later") // it ends at coefficient 62
             stream[codesAt - 2] = 62;
         if (isGiven)
             stream = stream.left(codesAt) + QByteArray::fromHex(kind.mid(1).toLatin1() + "FFD9");
@@ -504,7 +506,7 @@ jpeg                                            | reencode
         page.height = 8 * strips.toInt();
         page.orientation = orientation.toInt();
         page.encoded = QList<QByteArray>(strips.toInt(), kind == u"first" ? plain : stream);
-        page.encoded.first() = stream;
+        page.encoded.first() = kind == u"later" ? sound : stream;
         page.moreTags = [](TIFF* to) { TIFFSetField(to, TIFFTAG_JPEGTABLESMODE, 0); };
         SinglePage single(page);
         QCOMPARE(hasCodes(single) && page.orientation == 1, wanted == u"copied");
