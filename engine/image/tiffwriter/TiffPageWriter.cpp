@@ -269,14 +269,14 @@ namespace {
         /// counts of small strips in 16 bits.
         bool hasSoundByteCounts() const
         {
-            constexpr std::uint64_t mostIn16Bits = 0xFFFF;
+            constexpr std::uint64_t mostShortBytes = 0xFFFF;
             const std::uint32_t count = piecesOf(m_from);
             std::uint64_t sum = 0;
             for (std::uint32_t i = 0; i < count; ++i) {
                 const std::uint64_t bytes = TIFFGetStrileByteCount(m_from, i);
                 sum += bytes;
                 if (sum > m_page.document().sizeBytes()
-                    || (bytes > mostIn16Bits && plainBytes(m_from, m_tags, i) <= mostIn16Bits))
+                    || (bytes > mostShortBytes && plainBytes(m_from, m_tags, i) <= mostShortBytes))
                     return false;
             }
             return true;
