@@ -168,7 +168,9 @@ void StagedFile::commit(Existing existing, const std::optional<FileState>& expec
     flush();
     if (existing == Existing::Kept && m_isBehindLink)
         throw NameTaken();
-    lookAtTarget(); // by now there may be something
+    if (!m_replaces && !m_inPlace && takeName())
+        return;
+    lookAtTarget(); // by now there is something
     if (existing == Existing::Kept && m_replaces)
         throw NameTaken();
     if (m_inPlace) {
@@ -185,6 +187,24 @@ void StagedFile::commit(Existing existing, const std::optional<FileState>& expec
     }
     checkAtClose(m_file);
     putInPlace(existing, expected);
+    leaveInPlace();
+}
+
+/// For a name that was free when the file was begun; false when it is no more. Without another look
+/// at the target: thousands of files of a page each have none of them.
+bool StagedFile::takeName()
+{
+    if (m_modifiedNs)
+        setModificationTime(m_file, *m_modifiedNs);
+    checkAtClose(m_file);
+    if (!takeFreeName(m_temporary, m_target))
+        return false;
+    leaveInPlace();
+    return true;
+}
+
+void StagedFile::leaveInPlace()
+{
     m_temporary.clear();
     ::close(std::exchange(m_file, -1));
 }

@@ -225,6 +225,17 @@ void StagedFile::resize(std::uint64_t size)
     m_size = size;
 }
 
+std::uint64_t StagedFile::reserve(std::uint64_t bytes)
+{
+    flush();
+    return std::exchange(m_size, m_size + bytes);
+}
+
+void StagedFile::fill(std::uint64_t offset, std::span<const std::uint8_t> bytes) const
+{
+    writeFully(m_file, offset, bytes);
+}
+
 int StagedFile::openForReading()
 {
     flush();

@@ -77,6 +77,15 @@ public:
     /// Cuts or extends the file to `size` bytes. Throws std::runtime_error with the reason.
     void resize(std::uint64_t size);
 
+    /// Makes room for `bytes` at the end, which is at the returned offset, for `fill`. Throws
+    /// std::runtime_error with the reason.
+    std::uint64_t reserve(std::uint64_t bytes);
+
+    /// Writes within the room that was made last. Any thread, beside others that do the same and
+    /// nothing else; `resize` cuts off what could not be filled. Throws std::runtime_error with the
+    /// reason.
+    void fill(std::uint64_t offset, std::span<const std::uint8_t> bytes) const;
+
     /// Has `commit` give the file this modification time, in nanoseconds since 1970.
     void setModified(std::int64_t timeNs) { m_modifiedNs = timeNs; }
 
@@ -105,6 +114,8 @@ public:
 private:
     void lookAtTarget();
     bool createBesideTarget();
+    bool takeName();
+    void leaveInPlace();
     void putInPlace(Existing existing, const std::optional<FileState>& expected);
     bool swapIn(const FileState& expected);
     void keepPermissions();

@@ -9,6 +9,9 @@
 #include "engine/support/Paths.h"
 #include "engine/support/SystemLog.h"
 
+#include <QScopeGuard>
+
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -81,24 +84,65 @@ void GatheredTiff::gatherPages(MultiPageTiffWriter& file, const QString& path,
                                const QList<int>& range, const TiffDocument& document,
                                LogFiles& logFiles)
 {
-    for (const int page : range) {
+    const std::span<const int> pages(range.constData(), static_cast<std::size_t>(range.size()));
+    std::size_t tried = 8; // pages at once; few where most have to be encoded
+    for (std::size_t at = 0; at < pages.size();) {
         if (!m_job.goesOn())
             return;
-        logFiles.logFiles.push_back(
-            { .targetFile = lastPathComponent(path), .sourcePageNo = page });
-        const Process::PageOutcome outcome = gatherPage(file, document, logFiles.logFiles.back());
-        if (outcome == Process::PageOutcome::Written)
-            ++logFiles.pages;
-        emit m_job.pageDone(document.path(), page, path, outcome);
-        m_options.evidence->addPage(
-            { page,
-              path,
-              outcome,
-              true,
-              outcome == Process::PageOutcome::Written ? m_found.leftOutOfPage() : QStringList(),
-              {} });
-        m_job.log()->putAside();
+        const auto ahead = pages.subspan(at, std::min(tried, pages.size() - at));
+        const std::size_t copied = copyPages(file, ahead, document);
+        tried = copied == 0 ? 2 : std::min(tried * 2, CopyBatch::mostPages);
+        std::size_t untold = copied;
+        // Stopped, or ended by an observer, the file has the pages that were told of.
+        const auto takeBack = qScopeGuard([&] {
+            if (untold > 0)
+                file.takeBackCopies(untold);
+        });
+        for (const std::size_t end = at + std::max<std::size_t>(copied, 1); at < end; ++at) {
+            if (untold < copied && !m_job.goesOn())
+                return;
+            logFiles.logFiles.push_back(
+                { .targetFile = lastPathComponent(path), .sourcePageNo = pages[at] });
+            LogFile& record = logFiles.logFiles.back();
+            untold -= copied > 0 ? 1 : 0;
+            const Process::PageOutcome outcome
+                = copied > 0 ? tellOfCopy(document, record) : gatherPage(file, document, record);
+            if (outcome == Process::PageOutcome::Written)
+                ++logFiles.pages;
+            emit m_job.pageDone(document.path(), pages[at], path, outcome);
+            m_options.evidence->addPage({ pages[at],
+                                          path,
+                                          outcome,
+                                          true,
+                                          outcome == Process::PageOutcome::Written
+                                              ? m_found.leftOutOfPage()
+                                              : QStringList(),
+                                          {} });
+            m_job.log()->putAside();
+        }
     }
+}
+
+/// Copies as many of the next pages as the workers can at once, of which there is nothing to tell;
+/// returns how many.
+std::size_t GatheredTiff::copyPages(MultiPageTiffWriter& file, std::span<const int> range,
+                                    const TiffDocument& document) const
+{
+    const RunTogether helpers = m_supply.helpers();
+    if (!helpers || m_options.choices.verifies || range.size() < 2)
+        return 0;
+    std::vector<std::shared_ptr<const PageSource>> pages;
+    for (const int page : range)
+        if (page <= document.pageCount()) // as it was when the run was planned
+            pages.push_back(document.page(page - 1).sharedSource());
+    return pages.empty() ? 0 : file.appendCopies(pages, helpers);
+}
+
+Process::PageOutcome GatheredTiff::tellOfCopy(const TiffDocument& document, LogFile& record)
+{
+    m_found.takeDiagnostics(document.page(record.sourcePageNo - 1));
+    record.status = u"Completed"_s;
+    return Process::PageOutcome::Written;
 }
 
 Process::PageOutcome GatheredTiff::gatherPage(MultiPageTiffWriter& file,

@@ -3,6 +3,8 @@
 #include "engine/image/verify/TiffProof.h"
 #include "engine/job/Process.h"
 
+#include <span>
+
 namespace pagestack {
 
 class MultiPageTiffWriter;
@@ -32,6 +34,9 @@ private:
     void skipGathered(const TiffDocument& document, const QString& path, LogFiles& logFiles);
     void gatherPages(MultiPageTiffWriter& file, const QString& path, const QList<int>& range,
                      const TiffDocument& document, LogFiles& logFiles);
+    std::size_t copyPages(MultiPageTiffWriter& file, std::span<const int> range,
+                          const TiffDocument& document) const;
+    Process::PageOutcome tellOfCopy(const TiffDocument& document, LogFile& record);
     Process::PageOutcome gatherPage(MultiPageTiffWriter& file, const TiffDocument& document,
                                     LogFile& record);
     void appendPage(MultiPageTiffWriter& file, const PageImage& image, PrefetchedPage& prepared);

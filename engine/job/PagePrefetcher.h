@@ -54,6 +54,12 @@ public:
     /// page whose turn it is: those pages are made in their turn. False when there was nothing.
     bool dropAhead();
 
+    /// As RunTogether, by the workers that are idle.
+    void runTogether(int mostThreads, const std::function<void()>& work)
+    {
+        m_workers.runTogether(mostThreads, work);
+    }
+
 private:
     /// An item, when its page is 0, or a page that is looked at ahead.
     struct Step

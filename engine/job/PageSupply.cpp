@@ -73,6 +73,15 @@ PrefetchedPage PageSupply::take(const TiffDocument& document, int page)
     return m_prefetcher ? m_prefetcher->take(document, page) : PrefetchedPage {};
 }
 
+RunTogether PageSupply::helpers()
+{
+    if (!m_prefetcher)
+        return {};
+    return [this](int mostThreads, const std::function<void()>& work) {
+        m_prefetcher->runTogether(mostThreads, work);
+    };
+}
+
 QString PageSupply::withRoom(const std::function<QString()>& attempt)
 {
     const QString reason = attempt();

@@ -2,6 +2,7 @@
 
 #include "engine/job/PagePrefetcher.h"
 #include "engine/plan/MirroredFolders.h"
+#include "engine/threads/RunTogether.h"
 #include "engine/threads/SpareThreads.h"
 
 #include <functional>
@@ -44,6 +45,9 @@ public:
     QString makeFolderFor(const QString& outputPath);
 
     SpareThreads& threads() { return m_threads; }
+
+    /// The workers; empty without them.
+    RunTogether helpers();
 
 private:
     const Process& m_job;

@@ -21,7 +21,7 @@ namespace {
     // To wake the job's thread for each of a thousand small pages takes longer than what it does
     // with them. So it sleeps until there are several, but no longer than nobody notices.
     constexpr std::size_t readyAtOnce = 6;
-    constexpr std::chrono::milliseconds longestPatience { 2 };
+    constexpr std::chrono::milliseconds longestPatience { 8 };
 
     void finishFile(const PageTask& task, const PageImage& image, PrefetchedPage& result)
     {
@@ -91,15 +91,17 @@ void PageWorkerPool::add(const std::shared_ptr<PageTask>& task)
     m_hasWork.notify_one();
 }
 
-void PageWorkerPool::addThread()
+bool PageWorkerPool::addThread()
 {
     try {
         m_threads.emplace_back([this] { work(); });
+        return true;
     } catch (const std::system_error&) {
         // The system has no thread left. Without any the job's thread does everything.
         const std::scoped_lock lock(m_mutex);
         if (m_threads.empty())
             withdrawAll();
+        return false;
     }
 }
 
@@ -166,10 +168,15 @@ void PageWorkerPool::work()
             if (m_waiting.empty())
                 self.giveBack();
             ++m_idle;
-            m_hasWork.wait(lock, [this] { return m_isClosing || !m_waiting.empty(); });
+            m_hasWork.wait(
+                lock, [this] { return m_isClosing || !m_waiting.empty() || m_placesInWork > 0; });
             --m_idle;
             if (m_isClosing)
                 return;
+            if (m_placesInWork > 0) {
+                joinWork(lock);
+                continue;
+            }
             if (!m_isRunning())
                 withdrawAll();
             if (m_waiting.empty())
@@ -188,6 +195,44 @@ void PageWorkerPool::work()
         const std::scoped_lock lock(m_mutex);
         if (--m_inWork == 0)
             m_hasSettled.notify_all();
+    }
+}
+
+void PageWorkerPool::runTogether(int mostThreads, const std::function<void()>& work)
+{
+    const auto wanted = std::min(static_cast<std::size_t>(mostThreads), m_mostThreads);
+    while (m_threads.size() < wanted && addThread()) { }
+    if (m_threads.empty())
+        return work();
+    std::unique_lock lock(m_mutex);
+    m_sharedWork = &work;
+    m_placesInWork = static_cast<int>(wanted);
+    m_wasJoined = false;
+    m_hasWork.notify_all();
+    const auto isOver = [this] { return m_wasJoined && m_threadsInWork == 0; };
+    m_hasSettled.wait_for(lock, longestPatience, isOver);
+    m_placesInWork = 0;
+    if (m_wasJoined) {
+        m_hasSettled.wait(lock, isOver);
+        return;
+    }
+    lock.unlock(); // they are busy
+    work();
+}
+
+/// Under the lock, which is open meanwhile.
+void PageWorkerPool::joinWork(std::unique_lock<std::mutex>& lock)
+{
+    --m_placesInWork;
+    ++m_threadsInWork;
+    m_wasJoined = true;
+    const std::function<void()>& work = *m_sharedWork;
+    lock.unlock();
+    work();
+    lock.lock();
+    if (--m_threadsInWork == 0) {
+        m_placesInWork = 0; // nothing is left of it
+        m_hasSettled.notify_all();
     }
 }
 

@@ -70,6 +70,9 @@ public:
     /// dropped stay.
     void settle();
 
+    /// As RunTogether, by the threads that have nothing else to do; by the caller where none is.
+    void runTogether(int mostThreads, const std::function<void()>& work);
+
 private:
     /// The document that a worker has at hand, for the next page of the same source.
     struct Desk
@@ -83,7 +86,8 @@ private:
     void prepare(PageTask& task, Desk& desk);
     void prepareEncoded(const PageTask& task, const PageImage& image, PrefetchedPage& result);
     void withdrawAll();
-    void addThread();
+    bool addThread();
+    void joinWork(std::unique_lock<std::mutex>& lock);
     void reserve(std::uint64_t bytes);
     void release(std::uint64_t bytes);
 
@@ -105,6 +109,10 @@ private:
     bool m_isPatient = false; ///< it rather waits a little for some pages more
     std::size_t m_ready = 0; ///< tasks done and not taken
     std::uint64_t m_bytesInWork = 0;
+    const std::function<void()>* m_sharedWork = nullptr; ///< of `runTogether`
+    int m_placesInWork = 0; ///< threads that may still join it
+    int m_threadsInWork = 0; ///< that have joined and not ended it
+    bool m_wasJoined = false;
     bool m_isClosing = false;
 };
 

@@ -3,6 +3,7 @@
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/tiff/TiffLimits.h"
 #include "engine/image/tiffwriter/ClassicDirectory.h"
+#include "engine/threads/StopScope.h"
 
 #include <tiffio.h>
 
@@ -150,12 +151,45 @@ CopiedDirectory copiedDirectory(const CopiedPage& page, const TiffPage& source,
 {
     ClassicDirectory directory = directoryOf(page, source, position, begin);
     CopiedDirectory laid;
-    laid.offset = (begin + page.read.stripBytes + 1) / 2 * 2;
+    laid.offset = directoryBehind(page, begin);
     laid.bytes = directory.bytesAt(static_cast<std::uint32_t>(laid.offset));
     laid.linkAt = laid.offset + directory.linkAt();
     if (const std::optional<std::size_t> at = directory.valueAt(TIFFTAG_PAGENUMBER))
         laid.pageNumberAt = laid.offset + *at;
     return laid;
+}
+
+std::uint64_t directoryBehind(const CopiedPage& page, std::uint64_t begin)
+{
+    return (begin + page.read.stripBytes + 1) / 2 * 2;
+}
+
+std::span<std::uint8_t> copyBuffer()
+{
+    constexpr std::size_t bufferBytes = std::size_t { 256 } * 1024;
+    thread_local std::vector<std::uint8_t> buffer(bufferBytes);
+    return buffer;
+}
+
+std::size_t readStrips(const CopiedPage& page, const OpenTiffFile& file,
+                       std::span<std::uint8_t> buffer,
+                       const std::function<void(std::span<const std::uint8_t> bytes)>& put)
+{
+    std::size_t held = 0;
+    for (const PlainDirectory::Strip& strip : page.read.strips)
+        for (std::uint64_t done = 0; done < strip.bytes;) {
+            StopScope::leavePageIfStopped();
+            if (held == buffer.size()) {
+                put(buffer);
+                held = 0;
+            }
+            const auto part = buffer.subspan(
+                held, std::min<std::uint64_t>(buffer.size() - held, strip.bytes - done));
+            file.readAt(strip.offset + done, part);
+            done += part.size();
+            held += part.size();
+        }
+    return held;
 }
 
 } // namespace pagestack

@@ -4,7 +4,9 @@
 #include "engine/image/tiffwriter/PagePosition.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace pagestack {
@@ -40,5 +42,18 @@ std::optional<CopiedPage> copiedPage(const PageSource& page, int compression);
 /// `source` is the page itself.
 CopiedDirectory copiedDirectory(const CopiedPage& page, const TiffPage& source,
                                 PagePosition position, std::uint64_t begin);
+
+/// Where the directory lies of a page whose strips begin at `begin`.
+std::uint64_t directoryBehind(const CopiedPage& page, std::uint64_t begin);
+
+/// Memory of this thread for `readStrips`, kept for the next of many small pages: what the system
+/// has to clear costs more than what is done with it.
+std::span<std::uint8_t> copyBuffer();
+
+/// Reads the strips of `page` from `file`, one behind the other, into `buffer`, and calls `put`
+/// whenever it is full; returns how many bytes are left in it. Throws std::runtime_error.
+std::size_t readStrips(const CopiedPage& page, const OpenTiffFile& file,
+                       std::span<std::uint8_t> buffer,
+                       const std::function<void(std::span<const std::uint8_t> bytes)>& put);
 
 } // namespace pagestack

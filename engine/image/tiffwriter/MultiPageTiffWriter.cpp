@@ -96,6 +96,31 @@ void MultiPageTiffWriter::append(const std::shared_ptr<const PageSource>& page,
     gather(page);
 }
 
+std::size_t MultiPageTiffWriter::appendCopies(PageSpan pages, const RunTogether& run)
+try {
+    EncodedPieces first;
+    first.copy = copiedPage(*pages.front(), m_compression);
+    if (!first.copy || !m_failureReason.isEmpty() || (!m_assembly && !m_pages.empty()))
+        return 0;
+    if (!m_assembly)
+        begin(couldPassLimit(*pages.front(), first));
+    m_lastCopies = m_assembly->appendCopies(pages, run);
+    for (const std::shared_ptr<const PageSource>& page : pages.first(m_lastCopies))
+        gather(page);
+    return m_lastCopies;
+} catch (const TiffFileBuilder::WriteFailure&) {
+    return 0;
+}
+
+void MultiPageTiffWriter::takeBackCopies(std::size_t count)
+try {
+    m_lastCopies -= count;
+    m_pages.resize(m_pages.size() - count);
+    m_assembly->keepOfCopies(m_lastCopies);
+} catch (const TiffFileBuilder::WriteFailure& failure) {
+    m_failureReason = QString::fromStdString(failure.what());
+}
+
 void MultiPageTiffWriter::appendEncoded(const std::shared_ptr<const PageSource>& page,
                                         std::unique_ptr<StagedFile> file)
 {

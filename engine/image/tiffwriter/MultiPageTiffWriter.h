@@ -32,6 +32,14 @@ public:
     /// for `commit`; this page and later ones then only count as gathered.
     void append(const std::shared_ptr<const PageSource>& page, const EncodedPieces& pieces = {});
 
+    /// Adds as many of `pages`, in succession and of one file, as can be copied at once by the
+    /// threads of `run`; returns how many. 0 where `append` has to take the first one, also where
+    /// something fails, which it meets again.
+    std::size_t appendCopies(PageSpan pages, const RunTogether& run);
+
+    /// Takes back the last `count` of the pages that the last call of `appendCopies` added.
+    void takeBackCopies(std::size_t count);
+
     /// `check` looks at the complete file before it is put in place; what it throws is the failure
     /// of `commit`.
     void setCheck(std::function<void(StagedFile& file)> check) { m_check = std::move(check); }
@@ -76,6 +84,7 @@ private:
     std::vector<std::shared_ptr<const PageSource>> m_pages; ///< to be read again for a BigTIFF file
     std::unique_ptr<TiffFileBuilder> m_assembly; ///< null before the first page
     std::unique_ptr<StagedFile> m_finished; ///< only to be put in place
+    std::size_t m_lastCopies = 0; ///< pages that the last `appendCopies` added
     std::function<void(StagedFile& file)> m_check;
     QString m_failureReason;
 };

@@ -6,7 +6,6 @@
 #include "engine/image/tiffwriter/TiffMetadata.h"
 #include "engine/image/tiffwriter/TiffPageStream.h"
 #include "engine/image/tiffwriter/TiffPageWriter.h"
-#include "engine/threads/StopScope.h"
 
 #include <QFileInfo>
 #include <QScopeGuard>
@@ -103,7 +102,11 @@ void TiffFileBuilder::appendCopy(const CopiedPage& page, const TiffPage& source)
         = copiedDirectory(page, source, { m_pages, m_plannedPages }, m_end);
     if (directory.offset + directory.bytes.size() > m_limitBytes)
         throw TooLarge("the file would be larger than 4 GB");
-    copyStrips(page, source.document());
+    const auto put = [this](std::span<const std::uint8_t> bytes) {
+        onTarget([&] { m_staged->write(bytes); });
+    };
+    const std::span<std::uint8_t> buffer = copyBuffer();
+    put(buffer.first(readStrips(page, source.document(), buffer, put)));
     onTarget([&] {
         m_staged->writeAt(directory.offset, directory.bytes);
         setNumber(m_linkAt, directory.offset, m_format.offsetBytes());
@@ -114,29 +117,62 @@ void TiffFileBuilder::appendCopy(const CopiedPage& page, const TiffPage& source)
     endPage(&source);
 }
 
-void TiffFileBuilder::copyStrips(const CopiedPage& page, const OpenTiffFile& file)
+std::size_t TiffFileBuilder::appendCopies(PageSpan pages, const RunTogether& run)
 {
-    constexpr std::uint64_t partBytes = std::uint64_t { 256 } * 1024;
-    // Kept, for the next of many small pages: memory that the system has to clear costs more than
-    // what is done with it here.
-    thread_local std::vector<std::uint8_t> buffer;
-    buffer.resize(partBytes);
-    for (const PlainDirectory::Strip& strip : page.read.strips)
-        for (std::uint64_t done = 0; done < strip.bytes;) {
-            StopScope::leavePageIfStopped();
-            const auto part = std::span(buffer).first(std::min(partBytes, strip.bytes - done));
-            file.readAt(strip.offset + done, part);
-            onTarget([&] { m_staged->write(part); });
-            done += part.size();
+    if (m_format.isBigTiff)
+        return 0;
+    cutToPages();
+    CopyBatch batch(pages, m_compression, { m_pages, m_plannedPages }, run);
+    const std::uint64_t end = batch.place(m_end, m_limitBytes);
+    if (batch.count() == 0)
+        return 0;
+    return onTarget([&]() -> std::size_t {
+        m_staged->reserve(end - m_end);
+        if (!batch.copyTo(*m_staged)) {
+            m_staged->resize(m_end);
+            return 0;
         }
+        m_batch = { m_pages, m_end, m_linkAt, m_pageNumbersAt.size(), batch.places() };
+        const TiffPage& source = *pages.front()->tiffPage();
+        source.messages().forget();
+        keepOfCopies(batch.count());
+        keepDate(source);
+        return batch.count();
+    });
+}
+
+void TiffFileBuilder::keepOfCopies(std::size_t count)
+{
+    onTarget([&] {
+        m_pages = m_batch.pages + static_cast<int>(count);
+        m_end = count == 0 ? m_batch.end : m_batch.places[count - 1].end;
+        m_pageNumbersAt.resize(m_batch.pageNumbers);
+        for (const CopyBatch::Place& place : std::span(m_batch.places).first(count))
+            if (place.pageNumberAt)
+                m_pageNumbersAt.push_back(*place.pageNumberAt);
+        cutToPages();
+        m_linkAt = m_batch.linkAt;
+        setNumber(m_linkAt, count == 0 ? 0 : m_batch.places.front().directoryAt,
+                  m_format.offsetBytes());
+        if (count > 0) {
+            m_linkAt = m_batch.places[count - 1].linkAt;
+            setNumber(m_linkAt, 0, m_format.offsetBytes());
+        }
+    });
 }
 
 void TiffFileBuilder::endPage(const TiffPage* source)
 {
     ++m_pages;
     m_end = m_staged->size();
-    if (source != nullptr && source->treatment().keepsDate)
-        m_staged->setModified(source->document().stateAtOpening().modifiedNs);
+    if (source != nullptr)
+        keepDate(*source);
+}
+
+void TiffFileBuilder::keepDate(const TiffPage& source)
+{
+    if (source.treatment().keepsDate)
+        m_staged->setModified(source.document().stateAtOpening().modifiedNs);
 }
 
 /// Removes what is left of a page that could not be added.

@@ -4,6 +4,7 @@
 #include "engine/image/pixels/PageSource.h"
 #include "engine/image/tiff/TiffDirectory.h"
 #include "engine/image/tiff/TiffMessages.h"
+#include "engine/image/tiffwriter/CopyBatch.h"
 #include "engine/image/tiffwriter/EncodedPieces.h"
 #include "engine/image/tiffwriter/TiffTagCopy.h"
 
@@ -43,15 +44,24 @@ public:
     /// and another call may follow. Tags that are left out are noted with the page's messages.
     void append(const PageSource& page, const EncodedPieces& pieces = {});
 
+    /// Adds as many of `pages`, in succession and of one file, as are copied without libtiff and
+    /// can be at once, by the threads of `run`; returns how many. None where one of them fails:
+    /// `append` meets the same. Throws WriteFailure.
+    std::size_t appendCopies(PageSpan pages, const RunTogether& run);
+
+    /// Takes back all but the first `count` of the pages that the last call of `appendCopies`
+    /// added, if nothing was added since. Throws WriteFailure.
+    void keepOfCopies(std::size_t count);
+
     /// Returns the complete file; ends the assembly. Throws std::runtime_error.
     std::unique_ptr<StagedFile> finish();
 
 private:
     void appendCopy(const CopiedPage& page, const TiffPage& source);
-    void copyStrips(const CopiedPage& page, const OpenTiffFile& file);
     void encode(const PageSource& page, const EncodedPieces& pieces,
                 const std::vector<TextList>& texts, TiffPageStream& sink);
     void endPage(const TiffPage* source);
+    void keepDate(const TiffPage& source);
     std::set<unsigned> linkDirectory(std::uint64_t offset, const std::vector<TextList>& texts);
     void cutToPages();
     void setNumber(std::uint64_t offset, std::uint64_t value, std::size_t bytes);
@@ -66,6 +76,17 @@ private:
     std::uint64_t m_linkAt; ///< where the offset of the next directory has to be written
     std::vector<std::uint64_t> m_pageNumbersAt; ///< where the values of PageNumber tags lie
     TiffMessages m_messages;
+
+    /// What there was before the last copies, and their places.
+    struct Batch
+    {
+        int pages = 0;
+        std::uint64_t end = 0;
+        std::uint64_t linkAt = 0;
+        std::size_t pageNumbers = 0;
+        std::vector<CopyBatch::Place> places;
+    };
+    Batch m_batch;
 };
 
 } // namespace pagestack

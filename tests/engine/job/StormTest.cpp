@@ -98,6 +98,8 @@ const QString mixed
     = u"text.tif gone.tif>nowhere bad.tif:WBWUBV more.tif:W less.tif:WWWW c.tif:U"_s;
 const QString mixedChanges = u" in/more.tif:WWW in/less.tif:WW"_s;
 const QString together = u"outputType=2 tiffCompressionIndex=3"_s;
+// Pages that are copied many at a time, with one in between that is not.
+const QString manyCopied = u"a.tif:WWVWWWWWWWWWUWWWWWWVWWWWWWWWWWWW b.tif:WWWWWWWWWWWW c.tif:WW"_s;
 const QString splitBeside = u"outputType=2 isSplitTIFFIntoSinglePages=true outputFolderPath="_s;
 const QString large = qEnvironmentVariable("PAGESTACK_SOURCE_DIR") + u"/samples/text-page.tif"_s;
 
@@ -105,6 +107,7 @@ const QString large = qEnvironmentVariable("PAGESTACK_SOURCE_DIR") + u"/samples/
 QString spelled(QString text)
 {
     return text.replace(u"LARGE"_s, large)
+        .replace(u"MANY"_s, manyCopied)
         .replace(u"MIXED"_s, mixed)
         .replace(u"CHANGED"_s, mixedChanges)
         .replace(u"TOGETHER"_s, together)
@@ -128,6 +131,7 @@ struct Draw
             { u"a.tif:WUWWWW b.tif:WW"_s, u" outputFolderPath=nowhere"_s },
             { u"a.tiff:WVWUW b.tiff:WW c.tiff:W"_s, u" outputFolderPath="_s }, // in their place
             { u"a.tif:WW big.tif>%1 b.tif:WWW"_s.arg(large), {} }, // one page for several threads
+            { manyCopied, u" keep-compression=true"_s },
             { small, {} },
         };
         const auto& [drawn, more] = scenes.at(random.bounded(scenes.size()));
@@ -275,6 +279,8 @@ a.tiff:WVWVW b.tiff:W|TOGETHER outputFolderPath=|written in/a.tiff in/a.tiff 5
 a.tiff:WVWUW b.tiff:W|TOGETHER outputFolderPath=|trouble in/a.tiff 0 the file is kept as it is, since
 a.tif:WVW a2.tiff:WWW b.tif:W|SPLIT|trouble in/a2.tiff 0 index 1 beyond bounds [0 .. 0]
 a.tif:WVW b.tif:WWW|SPLIT in/a3.tiff&in/b.tif|created 6
+MANY|TOGETHER keep-compression=true in/b.tif:WWWWW|page in/a.tif 32 out/a.tiff Written
+a.tiff:WVWVW|TOGETHER keep-compression=true outputFolderPath=|written in/a.tiff in/a.tiff 5
 x.tif:VUV x.tiff:WWWWW x.tif|TOGETHER outputFolderPath= in/x.tif:VUV|written in/x.tiff in/x.tiff 3
 a.tif:WVW b.tif>new.tif|SPLIT in/a3.tiff>new.tif|trouble in/b.tif 0 the file has 1 pages now
 a.tif:WVWUW|SPLIT in/a2.tiff>@/in/a.tif|created 4
@@ -310,9 +316,18 @@ a.tif:WVWUW|SPLIT in/a2.tiff>@/in/a.tif|created 4
             QCOMPARE(difference(one, run(jobs)), QString());
     }
 
+    void failsWhereOneThreadDoes_data()
+    {
+        addTextRows("MIXED|CHANGED\nMANY|TOGETHER keep-compression=true");
+    }
+
     void failsWhereOneThreadDoes()
     {
-        const qsizetype all = outcome(mixed, mixedChanges, 1).events.size();
+        const auto [list, more] = textRow<2>();
+        const auto run = [sources = spelled(list), changes = spelled(more)](int jobs, auto trap) {
+            return outcome(sources, changes, jobs, trap);
+        };
+        const qsizetype all = run(1, nullptr).events.size();
         int thrown = 0;
         for (qsizetype k = 0; k < all; k += 2) {
             const auto trap = [&](JobFixture& fixture, qsizetype number) {
@@ -324,9 +339,9 @@ a.tif:WVWUW|SPLIT in/a2.tiff>@/in/a.tif|created 4
                     throw std::runtime_error("an observer fails");
                 throw 7;
             };
-            const Outcome one = outcome(mixed, mixedChanges, 1, trap);
+            const Outcome one = run(1, trap);
             thrown += one.events.contains(u"thrown 7"_s) ? 1 : 0;
-            QCOMPARE(difference(one, outcome(mixed, mixedChanges, 8, trap)), QString());
+            QCOMPARE(difference(one, run(8, trap)), QString());
         }
         QVERIFY(thrown > 5);
     }
