@@ -26,8 +26,9 @@ namespace {
     // For one of this length the next position is not tried.
     constexpr unsigned enoughLength = 32;
     constexpr std::size_t mostTries = 64;
-    // Of a run only both ends are noted: all within is the same.
-    constexpr std::size_t runEnd = 8;
+    // Of a long match or a run only both ends are noted: what lies between has been noted before.
+    constexpr std::size_t longLength = 64;
+    constexpr std::size_t notedEnd = 16;
 
     // Literals are priced so many at a time, by what is known by then.
     constexpr std::size_t pricedBytes = 16384;
@@ -78,25 +79,40 @@ void MatchDeflate::compressPart(Bytes bytes, Effort effort, bool endsStream, Bit
     } while (at < bytes.size());
 }
 
-/// Adds the literal at the position, or literals and a match; returns the position behind them.
+/// Adds literals, or some and a match; returns the position behind them.
 std::size_t MatchDeflate::addSequence(Bytes bytes, std::size_t at, Effort effort)
 {
     if (at + pricedAhead > m_pricedTo && m_pricedTo < bytes.size())
         priceLiterals(bytes, at);
-    Match match = findMatch(bytes, at, effort == Effort::Quick ? quickSearch : usualSearch, 0);
+    const bool isQuick = effort == Effort::Quick;
+    Match match;
+    std::size_t matchStart = at;
+    std::size_t tried = at;
+    const std::size_t lastTried = isQuick ? at : at + mostTries;
+    for (; tried + MatchFinder::tailBytes < bytes.size(); ++tried) {
+        const std::uint32_t* const prices = m_literalPrices.data() + (tried - m_pricedFrom);
+        const auto gain = [&](unsigned length, unsigned distance) {
+            return static_cast<int>(prices[length] - prices[0])
+                - static_cast<int>(m_prices.match(length, distance));
+        };
+        const auto longest = static_cast<unsigned>(std::min(longestMatch, bytes.size() - tried));
+        const Match found = m_finder->find(tried, longest,
+                                           isQuick          ? quickSearch
+                                               : tried > at ? nextSearch
+                                                            : usualSearch,
+                                           match.gain, gain);
+        if (found.length == 0)
+            break;
+        match = found;
+        matchStart = tried;
+        if (match.length >= enoughLength || tried == lastTried)
+            break;
+    }
     if (match.length == 0) {
-        const std::size_t leap = effort == Effort::Quick ? m_literals / literalsPerLeap : 0;
+        const std::size_t leap = isQuick ? m_literals / literalsPerLeap : 0;
         return addLiterals(bytes, at, std::min(1 + leap, bytes.size() - at));
     }
-    std::size_t tried = at;
-    const std::size_t triedEnd = effort == Effort::Quick ? at : at + mostTries;
-    while (match.length < enoughLength && tried < triedEnd) {
-        const Match next = findMatch(bytes, ++tried, nextSearch, match.gain);
-        if (next.length == 0)
-            break;
-        at = addLiterals(bytes, at, 1);
-        match = next;
-    }
+    at = addLiterals(bytes, at, matchStart - at);
     enterMatched(bytes, tried + 1, at, match);
     m_sequences.push_back({ std::exchange(m_literals, 0), static_cast<std::uint16_t>(match.length),
                             static_cast<std::uint16_t>(match.distance) });
@@ -114,29 +130,16 @@ std::size_t MatchDeflate::addLiterals(Bytes bytes, std::size_t at, std::size_t c
     return at + count;
 }
 
-MatchDeflate::Match MatchDeflate::findMatch(Bytes bytes, std::size_t at, MatchFinder::Search search,
-                                            int leastGain)
-{
-    if (at + MatchFinder::tailBytes >= bytes.size())
-        return {};
-    const std::uint32_t* const prices = m_literalPrices.data() + (at - m_pricedFrom);
-    const auto gain = [&](unsigned length, unsigned distance) {
-        return static_cast<int>(prices[length] - prices[0])
-            - static_cast<int>(m_prices.match(length, distance));
-    };
-    const auto longest = static_cast<unsigned>(std::min(longestMatch, bytes.size() - at));
-    return m_finder->find(at, longest, search, leastGain, gain);
-}
-
 /// Notes the positions of the match at `at` that have not been tried.
 void MatchDeflate::enterMatched(Bytes bytes, std::size_t from, std::size_t at, const Match& match)
 {
     const std::size_t last
         = bytes.size() > MatchFinder::tailBytes ? bytes.size() - MatchFinder::tailBytes : 0;
     const std::size_t end = std::min(at + match.length, last);
-    const bool isRun = match.distance == 1 && match.length > 2 * runEnd + 2;
-    const std::size_t pause = isRun ? from + runEnd : end;
-    const std::size_t goOn = isRun ? at + match.length - runEnd : end;
+    const bool isLong
+        = match.length > longLength || (match.distance == 1 && match.length > 2 * notedEnd);
+    const std::size_t pause = isLong ? from + notedEnd : end;
+    const std::size_t goOn = isLong ? at + match.length - notedEnd : end;
     for (; from < std::min(pause, end); ++from)
         m_finder->enter(from);
     for (from = std::max(from, goOn); from < end; ++from)

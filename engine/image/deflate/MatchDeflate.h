@@ -42,7 +42,6 @@ private:
     void compressPart(Bytes bytes, Effort effort, bool endsStream, BitWriter& writer);
     std::size_t addSequence(Bytes bytes, std::size_t at, Effort effort);
     std::size_t addLiterals(Bytes bytes, std::size_t at, std::size_t count);
-    Match findMatch(Bytes bytes, std::size_t at, MatchFinder::Search search, int leastGain);
     void enterMatched(Bytes bytes, std::size_t from, std::size_t at, const Match& match);
     void priceLiterals(Bytes bytes, std::size_t at);
     void endBlock(Bytes block, bool isFinal, BitWriter& writer);

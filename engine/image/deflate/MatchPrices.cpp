@@ -14,7 +14,7 @@ namespace {
     constexpr int rareDistanceBits = 9;
     // In an unknown block one symbol in so many is one certain length.
     constexpr std::uint32_t literalsPerLength = 400;
-    constexpr std::size_t guessBytes = 65536;
+    constexpr std::size_t guessBytes = 16384;
 
     /// The logarithm of `count`, which is not 0, in sixteenths of a bit; between powers of two a
     /// straight line. In whole numbers, so that every machine makes the same file.
