@@ -24,7 +24,7 @@ namespace {
         return tags.planeRowBytes() * std::min(tags.rowsPerStrip, tags.heightPx - above);
     }
 
-    /// As for those that libtiff copies: see TiffPageWriter.
+    /// As for those that libtiff copies: see SampleCopy.
     bool hasSoundStrips(const PlainDirectory& read, const OpenTiffFile& file)
     {
         if (read.stripBytes > file.sizeBytes())
