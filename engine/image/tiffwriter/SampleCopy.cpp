@@ -7,6 +7,7 @@
 #include "engine/image/tiff/TiffLimits.h"
 #include "engine/image/tiffwriter/EncodedPieces.h"
 #include "engine/image/tiffwriter/PageCoding.h"
+#include "engine/image/tiffwriter/PieceWriter.h"
 #include "engine/image/tiffwriter/TiffTagCopy.h"
 #include "engine/threads/StopScope.h"
 
@@ -234,7 +235,6 @@ namespace {
         /// Strips or tiles with as many rows as they have.
         void recodePieces()
         {
-            const auto write = m_keepsTiles ? TIFFWriteEncodedTile : TIFFWriteEncodedStrip;
             m_page.restart();
             if (becomesRgb()) // before the size is asked for: sub-sampled pieces are smaller
                 TIFFSetField(m_from, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
@@ -242,14 +242,14 @@ namespace {
             if (most <= 0 || most > largestPieceBytes)
                 throw std::runtime_error("its strips or tiles are too large");
             StripDecoder decoder(m_page, m_from);
+            PieceWriter writer(m_to);
             std::vector<std::uint8_t> piece;
             const std::uint32_t count = piecesOf(m_from);
             for (std::uint32_t i = 0; i < count; ++i) {
                 StopScope::leavePageIfStopped();
-                const auto size = static_cast<tmsize_t>(plainBytes(m_from, m_tags, i));
-                piece.assign(static_cast<std::size_t>(size), 0);
+                piece.assign(static_cast<std::size_t>(plainBytes(m_from, m_tags, i)), 0);
                 decoder.decode(i, piece);
-                checkTaken(write(m_to, i, piece.data(), size) == size);
+                writer.write(i, piece);
             }
         }
 
@@ -260,6 +260,7 @@ namespace {
             StoredRows rows(m_page);
             const auto planes = static_cast<std::size_t>(m_tags.planes());
             std::vector<std::vector<std::uint8_t>> strips(planes);
+            PieceWriter writer(m_to);
             std::uint32_t row = 0;
             for (StoredBand band = rows.nextBand(); band.rows > 0; band = rows.nextBand()) {
                 StopScope::leavePageIfStopped();
@@ -269,18 +270,18 @@ namespace {
                         strips[p].insert(strips[p].end(), from, from + rowBytes);
                     }
                     if ((row + 1) % stripRows == 0 || row + 1 == m_tags.heightPx)
-                        writeStrips(strips, row);
+                        writeStrips(strips, row, writer);
                 }
             }
         }
 
-        void writeStrips(std::vector<std::vector<std::uint8_t>>& strips, std::uint32_t lastRow)
+        void writeStrips(std::vector<std::vector<std::uint8_t>>& strips, std::uint32_t lastRow,
+                         PieceWriter& writer)
         {
             for (std::size_t p = 0; p < strips.size(); ++p) {
                 const std::uint32_t strip
                     = TIFFComputeStrip(m_to, lastRow, static_cast<std::uint16_t>(p));
-                const auto bytes = static_cast<tmsize_t>(strips[p].size());
-                checkTaken(TIFFWriteEncodedStrip(m_to, strip, strips[p].data(), bytes) == bytes);
+                writer.write(strip, strips[p]);
                 strips[p].clear();
             }
         }

@@ -1,5 +1,6 @@
 #include "engine/image/decode/JpegTail.h"
 #include "engine/image/decode/LzwDecoder.h"
+#include "engine/image/tiffwriter/LzwEncoder.h"
 #include "engine/settings/Settings.h"
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
@@ -141,11 +142,13 @@ compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
 70000  | 7
 3001   | 9
 100000 | 300
+300000 | 300000
+200000 | 40000
 )");
     }
 
     // A wrong byte where codes become wider, tables full or strings long; damaged data taken for
-    // sound, or read otherwise than libtiff reads them.
+    // sound, or read otherwise than libtiff reads them; data encoded otherwise than by libtiff.
     void decodesLzw()
     {
         const auto [size, period] = textRow<2>();
@@ -167,6 +170,8 @@ compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
                 : QByteArray();
         };
         QVERIFY(decoded(encoded) == plain);
+        LzwEncoder encoder;
+        QVERIFY(std::ranges::equal(encoder.encode(span(plain)), span(encoded)));
         QVERIFY(decoded(encoded.chopped(encoded.size() / 2)).isEmpty());
         int taken = 0;
         TIFFSetErrorHandler(nullptr);
@@ -181,6 +186,21 @@ compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
             QVERIFY2(got == file.decoded(damaged), qPrintable(QString::number(i)));
         }
         QVERIFY(taken > 0 || plain.size() < 5000); // most damage leaves codes that mean something
+    }
+
+    // The code of the end in the wrong width, behind a table that has just become full.
+    void endsLzwAsLibtiffDoes()
+    {
+        QByteArray plain;
+        std::uint32_t random = 7;
+        LzwEncoder encoder;
+        for (int size = 1; size < 3850; ++size) {
+            random = random * 1'664'525 + 1'013'904'223;
+            plain.append(static_cast<char>(random >> 24U));
+            if (size < 4 || size % 512 > 500 || size % 512 < 4 || size > 3830)
+                QVERIFY(std::ranges::equal(encoder.encode(span(plain)),
+                                           span(LzwFile(m_path, size).encoded(plain))));
+        }
     }
 
     void refusesStripsThatAreNotThere_data()
