@@ -123,11 +123,9 @@ std::span<const std::uint8_t> LzwEncoder::encode(std::span<const std::uint8_t> s
         put(string);
         string = sample;
         m_strings[place] = key << entryCodeBits | next++;
-        if (next == fullTable)
-            beginTable();
-        else if (next == 1U << width)
+        if (next == 1U << width)
             ++width;
-        else if (tightness.isLost())
+        else if (next == fullTable || tightness.isLost())
             beginTable();
     }
     put(string);
