@@ -351,9 +351,11 @@ grep -c ' of 300 ' errors | grep -v '^..\?$'; rm -r out)"_s,
 
     void leavesTheSourceToNoLogAfterAnEarlySignal()
     {
-        m_folder->make(u"a.tif:"_s + QString(5000, u'W'));
-        // The first word is told before the pages are counted. Until then a signal ends the
-        // program.
+        const QList<TiffEntry> entries { { 256, 1 }, { 257, 1 }, { 258, 8 },
+                                         { 262, 1 }, { 273, 8 }, { 279, 1 } };
+        putBytes(m_folder->path(u"a.tif"_s), rawTiff({}, entries, oneAfterTheOther(300'000)));
+        // The first word is told before the pages are counted, which takes a while. Until then a
+        // signal ends the program.
         do {
             start(u"none.tif a.tif -o out --log a.tif"_s);
             m_process->setReadChannel(QProcess::StandardError);
