@@ -8,7 +8,6 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QMutexLocker>
-#include <QXmlStreamWriter>
 
 #include <algorithm>
 #include <exception>
@@ -33,7 +32,7 @@ namespace {
         return !QChar::isSurrogate(unit) && unit != 0xfffe && unit != 0xffff;
     }
 
-    // QXmlStreamWriter 6.4 stops at a character it cannot write, and the document would be cut off.
+    // A document with other characters is none.
     QString xmlText(const QString& text)
     {
         QString result = text;
@@ -48,6 +47,24 @@ namespace {
         return result;
     }
 
+    /// As it stands between quotation marks. Most values need nothing, and a run of many small
+    /// pages waits for this.
+    QByteArray attributeText(const QString& value)
+    {
+        const bool isPlain = std::ranges::all_of(value, [](QChar unit) {
+            return unit >= u' ' && unit <= u'~' && unit != u'<' && unit != u'>' && unit != u'&'
+                && unit != u'"';
+        });
+        if (isPlain)
+            return value.toLatin1();
+        return xmlText(value)
+            .toHtmlEscaped()
+            .replace(u'\t', u"&#9;"_s)
+            .replace(u'\n', u"&#10;"_s)
+            .replace(u'\r', u"&#13;"_s)
+            .toUtf8();
+    }
+
     using Attributes = std::initializer_list<std::pair<QString, QString>>;
 
     /// An element without content, on a line of its own. The `optional` attributes are left out
@@ -55,16 +72,17 @@ namespace {
     QByteArray element(int depth, const QString& name, const Attributes& attributes,
                        const Attributes& optional)
     {
-        QByteArray text;
-        QXmlStreamWriter xml(&text);
-        xml.writeStartElement(name);
+        QByteArray text(4 * qsizetype { depth }, ' ');
+        text += '<' + name.toUtf8();
+        const auto append = [&text](const QString& key, const QString& value) {
+            text += ' ' + key.toUtf8() + "=\"" + attributeText(value) + '"';
+        };
         for (const auto& [key, value] : attributes)
-            xml.writeAttribute(key, xmlText(value));
+            append(key, value);
         for (const auto& [key, value] : optional)
             if (!value.isNull())
-                xml.writeAttribute(key, xmlText(value));
-        xml.writeEndElement();
-        return QByteArray(4 * qsizetype { depth }, ' ') + text + '\n';
+                append(key, value);
+        return text + "/>\n";
     }
 
     /// The start of an element that `element` has made.
