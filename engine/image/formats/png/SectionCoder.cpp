@@ -24,6 +24,8 @@ namespace {
     // Where runs leave less than this of the pixels, there is much to gain, and little to search.
     constexpr double sparsePercent = 20;
     constexpr double sparseNoisePercent = 105;
+    // In more than this, one filter is enough to meet noise.
+    constexpr std::size_t smallSampleBytes = std::size_t { 64 } * 1024;
     // Filters that come so close in a quick search are tried by a thorough one.
     constexpr double closePercent = 102;
     // Runs are that much faster that they may be a little larger.
@@ -42,18 +44,25 @@ SectionCoder::SectionCoder(std::size_t rowBytes, int pixelBytes, bool isPacked,
 
 SectionPlan SectionCoder::choosePlan(const SectionRows& rows)
 {
-    const std::span<const std::uint8_t> sample = filterSample(Kind::Best, rows);
+    std::span<const std::uint8_t> sample = filterSample(Kind::Best, rows);
     const std::size_t runs = compressedSize(Coding::Runs, sample);
-    const bool isSparse = percentOf(runs, sample.size()) < sparsePercent;
+    const SectionPlan byRuns { Kind::Best, Coding::Runs };
+    const double noise
+        = percentOf(runs, sample.size()) < sparsePercent ? sparseNoisePercent : noisePercent;
+    // The likely one comes first.
     std::array<FilterSize, 3> sizes { { { Kind::Best, 0 }, { Kind::None, 0 }, { Kind::Up, 0 } } };
+    if (m_isPacked)
+        std::swap(sizes[0], sizes[1]);
     std::size_t least = std::numeric_limits<std::size_t>::max();
     for (FilterSize& size : sizes) {
-        size.bytes = compressedSize(Coding::QuickMatches, filterSample(size.kind, rows));
+        if (&size != sizes.data() || size.kind != Kind::Best)
+            sample = filterSample(size.kind, rows);
+        size.bytes = compressedSize(Coding::QuickMatches, sample);
         least = std::min(least, size.bytes);
+        if (percentOf(least, runs) > noise
+            && (sample.size() > smallSampleBytes || &size == &sizes.back()))
+            return byRuns;
     }
-    const SectionPlan byRuns { Kind::Best, Coding::Runs };
-    if (percentOf(least, runs) > (isSparse ? sparseNoisePercent : noisePercent))
-        return byRuns;
     FilterSize best { Kind::Best, std::numeric_limits<std::size_t>::max() };
     for (const FilterSize& size : sizes) {
         if (percentOf(size.bytes, least) > closePercent)
