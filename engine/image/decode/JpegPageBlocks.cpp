@@ -202,8 +202,13 @@ namespace {
                 if (top % m_streamHeight == 0) {
                     if (row > 0)
                         std::ranges::for_each(walks, &JpegCodeWalk::finish);
-                    for (std::size_t i = 0; i < walks.size(); ++i)
-                        walks[i].begin(begin(i, top / m_streamHeight, &JpegStream::beginCodes));
+                    for (std::size_t i = 0; i < walks.size(); ++i) {
+                        const JpegFrame found
+                            = begin(i, top / m_streamHeight, &JpegStream::beginCodes);
+                        if (found.components != m_frame.components)
+                            throw UnfitCodes("its strips or tiles have several codes");
+                        walks[i].begin(found);
+                    }
                 }
                 int left = m_frame.unitsAcross();
                 for (JpegCodeWalk& walk : walks) {

@@ -464,6 +464,7 @@ jpeg                                            | reencode
 1 |                      | 1 | unmarked   | refused
 1 |                      | 1 | spectral   | decoded
 4 |                      | 1 | later      | decoded
+4 |                      | 1 | others     | coded
 4 | 5555                 | 1 | first      | coded
 4 | FFFE0008736563726574 | 1 | first      | coded
 1 |                      | 1 | =FF007D0AFF007D0A               | decoded
@@ -485,12 +486,16 @@ jpeg                                            | reencode
             codec.arith_code = kind == u"arithmetic";
             if (isGiven)
                 codec.image_width = 16;
+            if (kind == u"others")
+                codec.comp_info[0].dc_tbl_no = codec.comp_info[0].ac_tbl_no = 1;
         });
         if (kind == u"step")
             stream[stream.indexOf(QByteArray("\xFF\xDB")) + 5 + 63] = '\0';
         const qsizetype scanAt = stream.indexOf(QByteArray("\xFF\xDA"));
         const qsizetype codesAt = scanAt + 10;
-        const QByteArray sound = stream;
+        // Of the first strip, where only the later ones are unusual.
+        const QByteArray sound
+            = kind == u"others" ? grayStream([](jpeg_compress_struct&) {}) : stream;
         if (kind == u"spectral" || kind == u"later") // it ends at coefficient 62
             stream[codesAt - 2] = 62;
         if (isGiven)
@@ -506,7 +511,7 @@ jpeg                                            | reencode
         page.height = 8 * strips.toInt();
         page.orientation = orientation.toInt();
         page.encoded = QList<QByteArray>(strips.toInt(), kind == u"first" ? plain : stream);
-        page.encoded.first() = kind == u"later" ? sound : stream;
+        page.encoded.first() = kind == u"later" || kind == u"others" ? sound : stream;
         page.moreTags = [](TIFF* to) { TIFFSetField(to, TIFFTAG_JPEGTABLESMODE, 0); };
         SinglePage single(page);
         QCOMPARE(hasCodes(single) && page.orientation == 1, wanted == u"copied");
