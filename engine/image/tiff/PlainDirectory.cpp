@@ -15,7 +15,7 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::uint64_t mostStrips = 65536;
+    constexpr std::uint64_t mostStrips = 8192; // many pages are held at once
     constexpr std::uint64_t longestTextBytes = 4096;
     constexpr std::uint64_t dateBytes = 20; // TIFF 6.0, section 8, DateTime
     constexpr std::uint32_t largestWholeNumber = 1U << 24U; // that a float holds, and all below

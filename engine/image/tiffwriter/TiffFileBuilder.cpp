@@ -234,6 +234,7 @@ void TiffFileBuilder::setNumber(std::uint64_t offset, std::uint64_t value, std::
 
 std::unique_ptr<StagedFile> TiffFileBuilder::finish()
 {
+    cutToPages(); // of a last page that could not be added
     // A cancelled run, or a page that could not be read, leaves fewer pages than were planned.
     if (m_pages != m_plannedPages)
         for (const std::uint64_t at : m_pageNumbersAt)

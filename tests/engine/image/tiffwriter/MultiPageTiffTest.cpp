@@ -443,6 +443,31 @@ private slots:
         QCOMPARE(bytesOf(m_out), QByteArray("old"));
     }
 
+    // Strips of a copied page that were written before one could not be read.
+    void keepsNothingOfAPageThatCannotBeRead()
+    {
+        const TestPage small("compression=32773");
+        TestPage large("compression=32773 width=1000 height=800 rows=400");
+        large.encoded = { QByteArray(400'000, 'a'), QByteArray(400'000, 'b') };
+        writeTiff(m_source, { small, large });
+        qint64 wanted = 0;
+        for (const bool isTried : { false, true }) {
+            const TiffDocument source(m_source);
+            const auto page = source.page(1).sharedSource();
+            const EncodedPieces pieces = encodePieces(*page, COMPRESSION_PACKBITS);
+            QVERIFY(pieces.copy);
+            MultiPageTiffWriter file(m_out, 4, 1);
+            file.append(source.page(0).sharedSource());
+            if (isTried) {
+                QVERIFY(QFile::resize(m_source, 500'000));
+                QVERIFY(!reasonOf([&] { file.append(page, pieces); }).isNull());
+            }
+            QVERIFY(file.commit());
+            QCOMPARE(QFileInfo(m_out).size(), isTried ? wanted : QFileInfo(m_out).size());
+            wanted = QFileInfo(m_out).size();
+        }
+    }
+
 private:
     /// Writes the pages to "page.tif", opens it and collects them in "out.tiff"; those that cannot
     /// be collected are counted in `m_refused`. False when there is no output, or another one from
