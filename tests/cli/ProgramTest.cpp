@@ -385,12 +385,11 @@ grep -c ' of 300 ' errors | grep -v '^..\?$'; rm -r out)"_s,
 
     void skipsPagesThatAreGatheredWhenTheirTargetComes()
     {
-        m_folder->make(u"a.tif:"_s + QString(longRun, u'W'));
-        start(u"a.tif -o out -f tiff --on-exists skip"_s);
+        m_folder->make(u"a.tif:WHW"_s);
+        start(u"a.tif -o out -f tiff --compression lzw --on-exists skip"_s);
         QTRY_VERIFY_WITH_TIMEOUT(!made().isEmpty(), 30000);
         m_folder->make(u"out/a.tiff"_s);
-        QCOMPARE(summary().section(u'\n', 0, 0),
-                 u"a.tif: 0 pages written, %1 skipped"_s.arg(longRun));
+        QCOMPARE(summary().section(u'\n', 0, 0), u"a.tif: 0 pages written, 3 skipped"_s);
     }
 
     void needsNoThreadOfItsOwn()
