@@ -83,6 +83,8 @@ namespace {
                                     messageText({ .reason = trouble.reason }, trouble.shown));
                             },
                         .leftOut = [&](const QString& shown) { leftOut.append(shown); } });
+        if (Signals::received() != 0) // in the middle of a folder
+            throw StopReceived();
         if (!leftOut.isEmpty())
             m_console.trouble(leftOutText(leftOut));
         if (maker.sources() == 0) {

@@ -93,6 +93,11 @@ def source_changes(change, form, jobs):
             wanted |= {f"b{i + 1}.png": [pages[i:i + 1] for pages in versions] for i in range(len(after))}
         elif after:
             wanted["b.tiff"] = versions
+        if jobs != "1" and fails and isinstance(left, int):  # and so may its first pages, the others being told
+            for pages in (own[:count] for count in range(left + 1, 3)):
+                name, whole = ("b.tiff", pages) if form == "tiff" else (f"b{len(pages)}.png", pages[-1:])
+                if Path("out", name).exists():
+                    wanted.setdefault(name, []).append(whole)
         scene.check_outputs(wanted)
 
 
