@@ -169,7 +169,7 @@ void RunSources::leaveOutDone(const RunState& state, const Settings& settings)
 QHash<QString, QString> RunSources::choices() const
 {
     QHash<QString, QString> all;
-    for (qsizetype i = 0; i < m_sources.size(); ++i) {
+    for (qsizetype i = 0; i < m_outputs.size(); ++i) { // fewer after a signal
         QString pages;
         for (const auto& item : m_outputs.at(i).fileItems)
             if (const QList<int> chosen = chosenPages(*item, m_options.conversion.run);

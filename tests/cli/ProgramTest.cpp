@@ -354,10 +354,11 @@ grep -c ' of 300 ' errors | grep -v '^..\?$'; rm -r out)"_s,
         const QList<TiffEntry> entries { { 256, 1 }, { 257, 1 }, { 258, 8 },
                                          { 262, 1 }, { 273, 8 }, { 279, 1 } };
         putBytes(m_folder->path(u"a.tif"_s), rawTiff({}, entries, oneAfterTheOther(300'000)));
+        m_folder->make(u"b.tif:W"_s); // whose pages are not counted any more
         // The first word is told before the pages are counted, which takes a while. Until then a
         // signal ends the program.
         do {
-            start(u"none.tif a.tif -o out --log a.tif"_s);
+            start(u"none.tif a.tif b.tif -o out --log a.tif --json"_s);
             m_process->setReadChannel(QProcess::StandardError);
             QVERIFY(m_process->waitForReadyRead(30000));
             signalProgram(SIGINT);
