@@ -165,11 +165,13 @@ QString StagedFile::dateRemark()
 
 void StagedFile::commit(Existing existing, const std::optional<FileState>& expected)
 {
+    if (m_isAhead)
+        return leaveInPlace();
     flush();
     if (existing == Existing::Kept && m_isBehindLink)
         throw NameTaken();
     if (!m_replaces && !m_inPlace && takeName())
-        return;
+        return leaveInPlace();
     lookAtTarget(); // by now there is something
     if (existing == Existing::Kept && m_replaces)
         throw NameTaken();
@@ -197,16 +199,35 @@ bool StagedFile::takeName()
     if (m_modifiedNs)
         setModificationTime(m_file, *m_modifiedNs);
     checkAtClose(m_file);
-    if (!takeFreeName(m_temporary, m_target))
-        return false;
-    leaveInPlace();
-    return true;
+    return takeFreeName(m_temporary, m_target);
 }
 
 void StagedFile::leaveInPlace()
 {
+    m_isAhead = false;
     m_temporary.clear();
     ::close(std::exchange(m_file, -1));
+}
+
+void StagedFile::putAhead()
+{
+    flush();
+    if (!isNew() || m_inPlace || m_isAhead || !takeName())
+        return;
+    m_isAhead = true;
+    m_temporary.clear();
+}
+
+/// What was put ahead can have been replaced or moved away by others since.
+void StagedFile::remove()
+{
+    struct stat own = {};
+    struct stat there = {};
+    if (!m_temporary.isEmpty())
+        ::unlink(m_temporary.constData());
+    else if (m_isAhead && ::fstat(m_file, &own) == 0 && ::lstat(m_target.constData(), &there) == 0
+             && own.st_dev == there.st_dev && own.st_ino == there.st_ino)
+        ::unlink(m_target.constData());
 }
 
 /// Still open, and so still owned: nobody takes it for a leftover.

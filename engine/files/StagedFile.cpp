@@ -153,8 +153,7 @@ bool StagedFile::createBesideTarget()
 StagedFile::~StagedFile()
 {
     // In this order: once it is closed, its name may be another program's.
-    if (!m_temporary.isEmpty())
-        ::unlink(m_temporary.constData());
+    remove();
     if (m_file >= 0)
         ::close(m_file);
     keepForNext(std::move(m_pending));

@@ -57,7 +57,7 @@ public:
     /// permission, the target is no regular file or is write-protected).
     explicit StagedFile(const QString& targetPath);
 
-    /// Removes the temporary file unless it was committed.
+    /// Removes the file unless it was committed.
     ~StagedFile() override;
     StagedFile(const StagedFile&) = delete;
     StagedFile& operator=(const StagedFile&) = delete;
@@ -93,6 +93,14 @@ public:
     /// memory: for a complete file that waits. Throws std::runtime_error with the reason.
     void settle();
 
+    /// Gives the complete file its name already, if nothing has it: `commit` has nothing left to do
+    /// then, and without it the file is removed from there, unless another has taken its place.
+    /// Throws std::runtime_error when the file cannot be trusted.
+    void putAhead();
+
+    /// Whether `putAhead` has given it its name.
+    bool isAhead() const { return m_isAhead; }
+
     /// A descriptor on all that was written, which the caller closes, before `commit`. Throws
     /// std::runtime_error with the reason.
     int openForReading();
@@ -116,6 +124,7 @@ private:
     bool createBesideTarget();
     bool takeName();
     void leaveInPlace();
+    void remove();
     void putInPlace(Existing existing, const std::optional<FileState>& expected);
     bool swapIn(const FileState& expected);
     void keepPermissions();
@@ -125,13 +134,14 @@ private:
     std::vector<std::uint8_t>::iterator pendingAt(std::uint64_t offset);
 
     QByteArray m_target; ///< with symbolic links resolved, in the file system's encoding
-    QByteArray m_temporary; ///< empty once committed, and for a file without a name
+    QByteArray m_temporary; ///< empty once it has its name, and for a file without a name
     int m_file = -1;
     std::uint64_t m_size = 0; ///< `m_pending` included
     std::vector<std::uint8_t> m_pending; ///< appended, but not yet handed to the file system
     bool m_replaces = false; ///< a file was at the target at the last look
     bool m_isBehindLink = false; ///< the target is not what was named
     bool m_inPlace = false;
+    bool m_isAhead = false; ///< at the target, but not committed
     bool m_isDateKept = true;
     std::optional<std::int64_t> m_modifiedNs; ///< none: as it comes
     unsigned m_permissions = 0; ///< of the file that is replaced, as are the two below

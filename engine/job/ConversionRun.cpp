@@ -220,8 +220,11 @@ void ConversionRun::savePage(const Source& source, PageImage& image, LogFile& re
     const QString sourcePath = source.document.path();
     const int page = record.sourcePageNo;
     PageOutcome outcome = PageOutcome::Skipped;
-    bool isSkipped = !isWanted(path);
-    const QString trouble = isSkipped ? QString() : saveImage(source, image, page, path);
+    PrefetchedPage prepared = m_supply.take(source.document, page);
+    const bool isThere = prepared.file && prepared.file->isAhead();
+    bool isSkipped = !isThere && !isWanted(path);
+    const QString trouble
+        = isSkipped ? QString() : saveImage(source, image, page, path, std::move(prepared));
     // Meanwhile something may have come to its place.
     isSkipped = isSkipped || (!trouble.isNull() && !isWanted(path));
     if (isSkipped) {
@@ -248,9 +251,8 @@ void ConversionRun::savePage(const Source& source, PageImage& image, LogFile& re
 
 /// Null when the page is in place, else the reason why not.
 QString ConversionRun::saveImage(const Source& source, PageImage& image, int page,
-                                 const QString& path)
+                                 const QString& path, PrefetchedPage prepared)
 {
-    PrefetchedPage prepared = m_supply.take(source.document, page);
     // By a link: one page would be all that is left of the source.
     const bool isNew = prepared.file && prepared.file->isNew();
     if (!isNew && source.identity && fileIdentity(QFile::encodeName(path)) == source.identity) {

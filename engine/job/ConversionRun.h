@@ -64,7 +64,8 @@ private:
     void writePages(const Source& source, const QList<int>& range);
     void writePage(const Source& source, int page);
     void savePage(const Source& source, PageImage& image, LogFile& record);
-    QString saveImage(const Source& source, PageImage& image, int page, const QString& path);
+    QString saveImage(const Source& source, PageImage& image, int page, const QString& path,
+                      PrefetchedPage prepared);
 
     bool isWanted(const QString& outputPath) const;
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <sys/resource.h>
 #include <tuple>
+#include <utility>
 
 namespace pagestack {
 
@@ -14,7 +15,7 @@ namespace {
 
     // A source of one page takes two steps, and pages that take long may lie apart.
     constexpr std::size_t stepsAWorker = 12;
-    constexpr std::size_t fewestSteps = 24;
+    constexpr std::size_t fewestSteps = 64;
 
     /// A step can hold its source and its output open. Most of what may be open is left to the
     /// rest of the program.
@@ -61,6 +62,7 @@ std::shared_ptr<TiffDocument> PagePrefetcher::open(PlanPlace place)
     std::shared_ptr<TiffDocument> document = source->open();
     m_document = document.get();
     m_place = place;
+    m_hasBegun = false;
     return document;
 }
 
@@ -68,6 +70,7 @@ PrefetchedPage PagePrefetcher::take(const TiffDocument& document, int page)
 {
     if (&document != m_document)
         return {};
+    beginPages();
     moveTo(m_place, page);
     if (m_steps.empty() || m_steps.front().page != page || !m_steps.front().task)
         return {};
@@ -78,6 +81,17 @@ PrefetchedPage PagePrefetcher::take(const TiffDocument& document, int page)
         && !m_options.treatment.keepsCompression)
         m_isSourcePrepared = false;
     return prepared;
+}
+
+/// Only once the source has begun may files of its pages have their names: what was there before is
+/// noted then.
+void PagePrefetcher::beginPages()
+{
+    if (std::exchange(m_hasBegun, true) || isKeptTogether(m_settings))
+        return;
+    for (const Step& step : m_steps)
+        if (step.task && step.place == m_place)
+            m_workers.putAhead(*step.task);
 }
 
 bool PagePrefetcher::dropAhead()
@@ -128,6 +142,8 @@ void PagePrefetcher::lookAhead()
     if (m_steps.size() > m_mostSteps / 2)
         return;
     while (m_isRunning() && m_steps.size() < m_mostSteps && lookAtNext()) { }
+    m_workers.add(m_found);
+    m_found.clear();
 }
 
 /// False when nothing follows.
@@ -178,7 +194,8 @@ void PagePrefetcher::lookAtPage(const OutputFile& output, int page)
                                .verifies = m_options.verifies,
                                .needsDigest = m_options.needsDigests(),
                                .reencodes = m_options.reencodes };
-        m_workers.add(step.task);
+        step.task->isPutAhead = m_hasBegun && step.place == m_place && !isTogether;
+        m_found.push_back(step.task);
     }
     m_steps.push_back(std::move(step));
 }

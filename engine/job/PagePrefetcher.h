@@ -8,6 +8,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace pagestack {
 
@@ -77,6 +78,7 @@ private:
     void lookAtItem(const OutputFile& output, const FileItem& item);
     void lookAtPage(const OutputFile& output, int page);
     void startAt(PlanPlace place);
+    void beginPages();
     bool isWanted(const QString& path) const;
 
     const QList<OutputFile> m_plan;
@@ -92,6 +94,9 @@ private:
     std::deque<Step> m_steps; ///< from the one whose turn it is on
     const TiffDocument* m_document = nullptr; ///< opened last; only compared
     PlanPlace m_place; ///< of `m_document`
+    bool m_hasBegun = false; ///< its pages' turn has come
+
+    std::vector<std::shared_ptr<PageTask>> m_found; ///< by the look ahead under way
 
     // What is to be looked at next.
     PlanPlace m_nextPlace;

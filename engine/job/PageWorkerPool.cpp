@@ -20,8 +20,12 @@ namespace {
 
     // To wake the job's thread for each of a thousand small pages takes longer than what it does
     // with them. So it sleeps until there are several, but no longer than nobody notices.
-    constexpr std::size_t readyAtOnce = 6;
+    constexpr std::size_t readyAtOnce = 16;
     constexpr std::chrono::milliseconds longestPatience { 8 };
+
+    /// Pages that are only copied are soon done: what the threads do then is mostly to take turns
+    /// at the folder and the memory.
+    constexpr std::size_t mostCopying = 3;
 
     void finishFile(const PageTask& task, const PageImage& image, PrefetchedPage& result)
     {
@@ -78,17 +82,29 @@ PageWorkerPool::~PageWorkerPool()
         thread.join();
 }
 
-void PageWorkerPool::add(const std::shared_ptr<PageTask>& task)
+void PageWorkerPool::add(std::span<const std::shared_ptr<PageTask>> tasks)
 {
-    bool isThreadMissing = false;
+    std::size_t wanted = 0;
+    std::size_t idle = 0;
     {
         const std::scoped_lock lock(m_mutex);
-        m_waiting.push_back(task);
-        isThreadMissing = m_waiting.size() > m_idle && m_threads.size() < m_mostThreads;
+        m_waiting.insert(m_waiting.end(), tasks.begin(), tasks.end());
+        wanted = threadsWanted();
+        idle = m_idle;
     }
-    if (isThreadMissing)
-        addThread();
-    m_hasWork.notify_one();
+    for (std::size_t i = 0; i < std::min(wanted, idle); ++i)
+        m_hasWork.notify_one();
+    while (wanted > idle && m_threads.size() < m_mostThreads && addThread())
+        --wanted;
+}
+
+/// Besides those that are in work. Under the lock.
+std::size_t PageWorkerPool::threadsWanted() const
+{
+    if (!m_isCopying)
+        return m_waiting.size();
+    const std::size_t most = std::min(m_waiting.size(), mostCopying);
+    return most - std::min(most, m_inWork);
 }
 
 bool PageWorkerPool::addThread()
@@ -103,6 +119,12 @@ bool PageWorkerPool::addThread()
             withdrawAll();
         return false;
     }
+}
+
+void PageWorkerPool::putAhead(PageTask& task)
+{
+    const std::scoped_lock lock(m_mutex);
+    task.isPutAhead = true;
 }
 
 PrefetchedPage PageWorkerPool::take(PageTask& task)
@@ -162,6 +184,7 @@ void PageWorkerPool::work()
     ThreadClaim self;
     for (;;) {
         std::shared_ptr<PageTask> task;
+        bool isPutAhead = false;
         {
             std::unique_lock lock(m_mutex);
             // Not between two pages: another worker would take help that it keeps for its page.
@@ -186,11 +209,12 @@ void PageWorkerPool::work()
             if (task->state == PageTask::State::Withdrawn)
                 continue;
             task->state = PageTask::State::InWork;
+            isPutAhead = task->isPutAhead;
             ++m_inWork;
         }
         if (!self)
             self = m_spareThreads.take();
-        prepare(*task, desk);
+        prepare(*task, desk, isPutAhead);
         task.reset(); // so that whoever drops a settled page is the last to hold it
         const std::scoped_lock lock(m_mutex);
         if (--m_inWork == 0)
@@ -236,10 +260,11 @@ void PageWorkerPool::joinWork(std::unique_lock<std::mutex>& lock)
     }
 }
 
-void PageWorkerPool::prepare(PageTask& task, Desk& desk)
+void PageWorkerPool::prepare(PageTask& task, Desk& desk, bool isPutAhead)
 {
     PrefetchedPage result;
     bool needsNoEncoding = false;
+    bool isCopied = false;
     try {
         if (desk.source != task.source) {
             desk = {};
@@ -248,14 +273,19 @@ void PageWorkerPool::prepare(PageTask& task, Desk& desk)
         }
         const PageImage image = desk.document->page(task.page - 1);
         image.takeDiagnostics(); // of a page that could not be prepared
-        if (!prepareCopy(task, image, result))
+        if (prepareCopy(task, image, result))
+            isCopied = true;
+        else
             prepareEncoded(task, image, result);
+        if (result.file && isPutAhead)
+            result.file->putAhead();
         needsNoEncoding = task.targetPath.isEmpty() && !result.pieces.bytes && !result.proof;
     } catch (...) {
         // Nothing is lost: the job's thread does the page again and meets the same fault.
         result = {};
     }
     const std::scoped_lock lock(m_mutex);
+    m_isCopying = isCopied;
     if (task.state != PageTask::State::InWork)
         return;
     task.state = PageTask::State::Done;
@@ -291,6 +321,8 @@ void PageWorkerPool::prepareEncoded(const PageTask& task, const PageImage& image
 void PageWorkerPool::reserve(std::uint64_t bytes)
 {
     std::unique_lock lock(m_mutex);
+    if (std::exchange(m_isCopying, false))
+        m_hasWork.notify_all();
     m_hasRoom.wait(lock,
                    [&] { return m_bytesInWork == 0 || m_bytesInWork + bytes <= m_mostBytes; });
     m_bytesInWork += bytes;

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <thread>
 #include <vector>
 
@@ -34,6 +35,7 @@ struct PageTask
     SaveOptions options;
 
     State state = State::Waiting; ///< as all below guarded by the workers' mutex
+    bool isPutAhead = false; ///< its file may have its name before it is taken
     PrefetchedPage result; ///< of a task that is done; empty when the page could not be prepared
     bool needsNoEncoding = false; ///< there are no pieces because the page is only to be copied
 };
@@ -58,7 +60,11 @@ public:
     PageWorkerPool(const PageWorkerPool&) = delete;
     PageWorkerPool& operator=(const PageWorkerPool&) = delete;
 
-    void add(const std::shared_ptr<PageTask>& task);
+    void add(std::span<const std::shared_ptr<PageTask>> tasks);
+
+    /// The file of a task that has not begun gets its name as soon as it is complete, so that this
+    /// is not left to the job's thread. One that is not taken is removed from there.
+    void putAhead(PageTask& task);
 
     /// Waits for the result. Empty for a page that was not begun before the run was cancelled.
     PrefetchedPage take(PageTask& task);
@@ -82,8 +88,9 @@ private:
     };
 
     bool isEnoughReady() const;
+    std::size_t threadsWanted() const;
     void work();
-    void prepare(PageTask& task, Desk& desk);
+    void prepare(PageTask& task, Desk& desk, bool isPutAhead);
     void prepareEncoded(const PageTask& task, const PageImage& image, PrefetchedPage& result);
     void withdrawAll();
     bool addThread();
@@ -105,6 +112,7 @@ private:
     std::deque<std::shared_ptr<PageTask>> m_waiting;
     std::size_t m_idle = 0;
     std::size_t m_inWork = 0;
+    bool m_isCopying = false; ///< the page begun last is only to be copied
     const PageTask* m_awaited = nullptr; ///< the one that `take` waits for
     bool m_isPatient = false; ///< it rather waits a little for some pages more
     std::size_t m_ready = 0; ///< tasks done and not taken

@@ -17,6 +17,12 @@ namespace {
         return dot > 0 ? dot : -1;
     }
 
+    QStringView lastPart(QStringView path)
+    {
+        const QStringView trimmed = withoutEndingSlash(path);
+        return trimmed == u"/" ? trimmed : trimmed.sliced(trimmed.lastIndexOf(u'/') + 1);
+    }
+
 } // namespace
 
 QString pathFromBytes(const QByteArray& bytes)
@@ -56,11 +62,7 @@ QStringView withoutEndingSlash(QStringView path)
     return path;
 }
 
-QString lastPathComponent(QStringView path)
-{
-    const QStringView trimmed = withoutEndingSlash(path);
-    return (trimmed == u"/" ? trimmed : trimmed.sliced(trimmed.lastIndexOf(u'/') + 1)).toString();
-}
+QString lastPathComponent(QStringView path) { return lastPart(path).toString(); }
 
 QString folderPart(QStringView path)
 {
@@ -73,7 +75,12 @@ QString joinedPath(const QString& folder, const QString& name)
 {
     if (folder.isEmpty())
         return name;
-    return folder.endsWith(u'/') ? folder + name : folder + u'/' + name;
+    QString path;
+    path.reserve(folder.size() + 1 + name.size());
+    path += folder;
+    if (!folder.endsWith(u'/'))
+        path += u'/';
+    return path += name;
 }
 
 QString commonFolder(const QString& a, const QString& b)
@@ -92,15 +99,16 @@ QString pathBelow(const QString& path, const QString& folder)
 
 QString pathExtension(QStringView path)
 {
-    const QString name = lastPathComponent(path);
+    const QStringView name = lastPart(path);
     const qsizetype dot = extensionDot(name);
-    return dot < 0 ? u""_s : name.sliced(dot + 1);
+    return dot < 0 ? u""_s : name.sliced(dot + 1).toString();
 }
 
 QString baseName(QStringView path)
 {
-    const QString name = lastPathComponent(path);
-    return name.left(extensionDot(name)); // all of it for -1
+    const QStringView name = lastPart(path);
+    const qsizetype dot = extensionDot(name);
+    return name.first(dot < 0 ? name.size() : dot).toString();
 }
 
 } // namespace pagestack

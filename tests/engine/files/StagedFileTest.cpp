@@ -160,6 +160,46 @@ private slots:
                  QStringList { u"a"_s });
     }
 
+    /// A cancelled run would leave pages that nobody was told of, or remove another program's file.
+    void takesBackWhatWasPutAhead()
+    {
+        const QString target = path(u"a"_s);
+        const auto put = [&](auto&& meanwhile) {
+            StagedFile file(target);
+            file.write(span("new"));
+            file.putAhead();
+            meanwhile(file);
+        };
+        const QByteArray name = QFile::encodeName(target);
+        const QByteArray other = QFile::encodeName(path(u"b"_s));
+
+        put([&](const StagedFile& file) {
+            QVERIFY(file.isAhead());
+            QCOMPARE(bytesOf(target), QByteArray("new"));
+        });
+        QVERIFY(
+            QDir(m_folder->path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+        put([&](const StagedFile&) {
+            QVERIFY(replaces(path(u"b"_s), "other"));
+            QCOMPARE(::rename(other.constData(), name.constData()), 0);
+        });
+        QCOMPARE(bytesOf(target), QByteArray("other"));
+        put([&](StagedFile& file) {
+            QVERIFY(!file.isAhead());
+            QVERIFY_THROWS_EXCEPTION(StagedFile::NameTaken,
+                                     file.commit(StagedFile::Existing::Kept));
+        });
+        QVERIFY(QFile::remove(target));
+        put([&](const StagedFile&) { QCOMPARE(::rename(name.constData(), other.constData()), 0); });
+        QCOMPARE(bytesOf(path(u"b"_s)), QByteArray("new"));
+        put([&](StagedFile& file) { file.commit(StagedFile::Existing::Kept); });
+        QCOMPARE(bytesOf(target), QByteArray("new"));
+        QVERIFY(QFile::link(u"nowhere"_s, path(u"c"_s)));
+        StagedFile behindALink(path(u"c"_s));
+        behindALink.putAhead();
+        QVERIFY(!behindALink.isAhead());
+    }
+
     void keepsWhatAnotherProgramPutsThere()
     {
 #ifdef __linux__
