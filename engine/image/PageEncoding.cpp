@@ -61,12 +61,15 @@ namespace {
     {
         // What a format does not take is dropped before the page is turned: it is less to move.
         const TargetPixels& target = encoding.pixels;
-        auto rows = uprightRows(adaptRows(source.rowsShownIn(target.takes16Bits ? 16 : 8), target),
-                                source.properties().orientation);
-        const qsizetype pixels = qsizetype { rows->widthPx() } * rows->heightPx();
-        if (!encoding.readsAhead || threads == nullptr || pixels < leastPixelsReadAhead)
+        const PageProperties& page = source.properties();
+        const bool readsAhead = encoding.readsAhead && threads != nullptr
+            && qsizetype { page.widthPx } * page.heightPx >= leastPixelsReadAhead;
+        auto work = readsAhead ? std::make_unique<SharedWork>() : nullptr;
+        auto rows = source.rowsShownIn(target.takes16Bits ? 16 : 8, work.get());
+        rows = uprightRows(adaptRows(std::move(rows), target), page.orientation);
+        if (!readsAhead)
             return rows;
-        return std::make_unique<ReadAheadRows>(std::move(rows), *threads);
+        return std::make_unique<ReadAheadRows>(std::move(work), std::move(rows), *threads);
     }
 
     /// Drops a profile for other pixels than those of `model`: a palette of grays, for one, has

@@ -124,8 +124,9 @@ bool PageImage::saveAsTiffWithName(const QString& path, int compression)
 
 PageImage PageImage::monochromeImage() const
 {
-    const auto rows = uprightRows(adaptRows(m_source->rowsShownIn(8), { .takesAlpha = true }),
-                                  m_source->properties().orientation);
+    const auto rows
+        = uprightRows(adaptRows(m_source->rowsShownIn(8, nullptr), { .takesAlpha = true }),
+                      m_source->properties().orientation);
     const PixelLayout from = rows->layout();
     const int colors = from.colorChannels();
     PixelLayout layout;

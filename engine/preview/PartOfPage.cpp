@@ -115,9 +115,9 @@ PartOfPage::PartOfPage(std::shared_ptr<const PageSource> page, const QRect& regi
     m_properties.heightPx = region.height();
 }
 
-std::unique_ptr<RowSource> PartOfPage::rowsShownIn(int bits) const
+std::unique_ptr<RowSource> PartOfPage::rowsShownIn(int bits, SharedWork* work) const
 {
-    auto rows = m_page->rowsShownIn(bits);
+    auto rows = m_page->rowsShownIn(bits, work);
     const QRect region
         = m_region.isNull() ? QRect(0, 0, rows->widthPx(), rows->heightPx()) : m_region;
     return std::make_unique<PartRows>(std::move(rows), region, m_isStopped);

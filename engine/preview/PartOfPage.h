@@ -19,7 +19,7 @@ public:
 
     const PageProperties& properties() const override { return m_properties; }
     /// Bands throw std::runtime_error when it is stopped.
-    std::unique_ptr<RowSource> rowsShownIn(int bits) const override;
+    std::unique_ptr<RowSource> rowsShownIn(int bits, SharedWork* work) const override;
     std::shared_ptr<const PageMetadata> metadata() const override;
     /// Null also for a part that does not begin and end with whole MCUs.
     std::shared_ptr<JpegBlocks> jpegBlocks() const override;

@@ -41,7 +41,7 @@ void Reduction::reduce(RowSource& rows, int begin, int first, int end, const IsS
 
 void finishPicture(PagePicture& picture, const Bitmap& stored, const PageProperties& properties)
 {
-    auto rows = stored.rowsShownIn(8);
+    auto rows = stored.rowsShownIn(8, nullptr);
     if (!properties.iccProfile.isEmpty()
         && profileKind(properties.iccProfile, rows->layout().model) == ProfileKind::Other)
         rows = srgbRows(std::move(rows), properties.iccProfile);

@@ -23,9 +23,15 @@ StopScope::~StopScope() { scopeOfThread = m_outer; }
 
 bool StopScope::isStopped() { return scopeOfThread && scopeOfThread->m_isStopped(); }
 
+bool StopScope::isPageStopped()
+{
+    return scopeOfThread && scopeOfThread->m_reach == Reach::PagesToo
+        && scopeOfThread->m_isStopped();
+}
+
 void StopScope::leavePageIfStopped()
 {
-    if (scopeOfThread && scopeOfThread->m_reach == Reach::PagesToo && scopeOfThread->m_isStopped())
+    if (isPageStopped())
         throw std::runtime_error("stopped");
 }
 

@@ -21,8 +21,9 @@ public:
     /// Whether the look-up under way on this thread should end. False where there is no scope.
     static bool isStopped();
 
-    /// Throws std::runtime_error when the page in hand is not wanted any more. Asked between the
-    /// pieces of a page.
+    /// Whether the page in hand is not wanted any more.
+    static bool isPageStopped();
+    /// Throws std::runtime_error then. Asked between the pieces of a page.
     static void leavePageIfStopped();
 
 private:

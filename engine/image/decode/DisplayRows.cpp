@@ -149,12 +149,12 @@ namespace {
     {
     public:
         DisplayRows(const TiffPage& page, std::vector<RgbColor> palette, int shownBits,
-                    const std::optional<PagePart>& part)
+                    const std::optional<PagePart>& part, SharedWork* work)
             : RowByRow(page.properties().widthPx, page.properties().heightPx,
                        layoutFor(page.tags(), palette))
             , m_messages(page.messages())
             , m_tags(page.tags())
-            , m_stored(page, part)
+            , m_stored(page, part, work)
             , m_unpacker(unpackerFor(m_tags))
             , m_alpha(alphaSample(m_tags))
             , m_range(m_tags.bitsPerSample, m_tags.sampleFormat, shownBits)
@@ -361,7 +361,7 @@ bool profileFitsDisplayRows(const TiffPageTags& tags)
 }
 
 std::unique_ptr<RowSource> displayRows(const TiffPage& page, int shownBits,
-                                       const std::optional<PagePart>& part)
+                                       const std::optional<PagePart>& part, SharedWork* work)
 {
     const TiffPageTags& tags = page.tags();
     if (needsRgbaInterface(tags))
@@ -370,7 +370,7 @@ std::unique_ptr<RowSource> displayRows(const TiffPage& page, int shownBits,
     std::vector<RgbColor> palette;
     if (tags.photometric == PHOTOMETRIC_PALETTE)
         palette = readPalette(page.load(), tags.bitsPerSample);
-    return std::make_unique<DisplayRows>(page, std::move(palette), shownBits, part);
+    return std::make_unique<DisplayRows>(page, std::move(palette), shownBits, part, work);
 }
 
 } // namespace pagestack

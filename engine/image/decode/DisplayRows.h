@@ -17,8 +17,10 @@ struct TiffPageTags;
 /// the page gets a warning if next to nothing is left of them. `page` must outlive the pass and
 /// stay the current one of its reader. Throws std::runtime_error for an unsupported kind of page.
 /// With a `part`, for a page that does not need the RGBA interface, the pass begins at its row.
+/// `work` is as for PageSource::rowsShownIn.
 std::unique_ptr<RowSource> displayRows(const TiffPage& page, int shownBits,
-                                       const std::optional<PagePart>& part = {});
+                                       const std::optional<PagePart>& part = {},
+                                       SharedWork* work = nullptr);
 
 /// True when libtiff's own conversion to RGBA is needed to interpret the page: old-style JPEG,
 /// LogLuv, and YCbCr that no JPEG decoder turns into RGB.

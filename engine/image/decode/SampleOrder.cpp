@@ -5,9 +5,11 @@
 
 #include <tiffio.h>
 
+#include <algorithm>
 #include <bit>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace pagestack {
 
@@ -72,11 +74,12 @@ SampleOrder::SampleOrder(const TiffPageTags& tags, bool isSwapped)
                                  + " is not supported for its samples");
 }
 
-void SampleOrder::restore(std::span<std::uint8_t> rows, std::size_t rowBytes)
+void SampleOrder::restore(std::span<std::uint8_t> rows, std::size_t rowBytes) const
 {
     if (m_predictor == PREDICTOR_FLOATINGPOINT) {
+        std::vector<std::uint8_t> bytePlanes(rowBytes);
         for (; rows.size() >= rowBytes; rows = rows.subspan(rowBytes))
-            restoreFloats(rows.first(rowBytes));
+            restoreFloats(rows.first(rowBytes), bytePlanes);
         return; // which gives the machine's order
     }
     if (m_isSwapped)
@@ -86,7 +89,7 @@ void SampleOrder::restore(std::span<std::uint8_t> rows, std::size_t rowBytes)
             restoreRow(rows.first(rowBytes));
 }
 
-void SampleOrder::restoreRow(std::span<std::uint8_t> row)
+void SampleOrder::restoreRow(std::span<std::uint8_t> row) const
 {
     switch (m_bits) {
     case 8:
@@ -102,17 +105,18 @@ void SampleOrder::restoreRow(std::span<std::uint8_t> row)
 
 /// The row has the highest bytes of all its samples, then the next lower ones, each byte as the
 /// difference to the one of the pixel before.
-void SampleOrder::restoreFloats(std::span<std::uint8_t> row)
+void SampleOrder::restoreFloats(std::span<std::uint8_t> row,
+                                std::span<std::uint8_t> bytePlanes) const
 {
     accumulateBytes(row, m_stride);
-    m_bytePlanes.assign(row.begin(), row.end());
+    std::ranges::copy(row, bytePlanes.begin());
     const auto bytes = static_cast<std::size_t>(m_bits / 8);
     const std::size_t samples = row.size() / bytes;
     for (std::size_t i = 0; i < samples; ++i)
         for (std::size_t b = 0; b < bytes; ++b) {
             const std::size_t plane
                 = std::endian::native == std::endian::little ? bytes - 1 - b : b;
-            row[i * bytes + b] = m_bytePlanes[plane * samples + i];
+            row[i * bytes + b] = bytePlanes[plane * samples + i];
         }
 }
 

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
 namespace pagestack {
 
@@ -11,7 +10,7 @@ struct TiffPageTags;
 /// Brings decoded rows of a strip or tile to plain samples in the machine's byte order: undoes the
 /// predictor (TIFF 6.0, section 14: horizontal differencing of samples of 8, 16, 32 and 64 bits;
 /// Adobe's Technical Note 3 for Photoshop TIFF: floating point of 16 to 64 bits) and turns bytes
-/// round where the file has the other order. One thread.
+/// round where the file has the other order. Any thread.
 class SampleOrder
 {
 public:
@@ -23,18 +22,17 @@ public:
     SampleOrder(const TiffPageTags& tags, bool isSwapped);
 
     /// `rows` holds rows of `rowBytes` bytes.
-    void restore(std::span<std::uint8_t> rows, std::size_t rowBytes);
+    void restore(std::span<std::uint8_t> rows, std::size_t rowBytes) const;
 
 private:
-    void restoreRow(std::span<std::uint8_t> row);
-    void restoreFloats(std::span<std::uint8_t> row);
+    void restoreRow(std::span<std::uint8_t> row) const;
+    void restoreFloats(std::span<std::uint8_t> row, std::span<std::uint8_t> bytePlanes) const;
     void swapBytes(std::span<std::uint8_t> bytes) const;
 
     int m_bits;
     int m_predictor;
     std::size_t m_stride; ///< samples from a pixel to the next
     bool m_isSwapped;
-    std::vector<std::uint8_t> m_bytePlanes;
 };
 
 } // namespace pagestack

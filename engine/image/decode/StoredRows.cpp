@@ -6,7 +6,9 @@
 #include <tiffio.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
+#include <new>
 #include <stdexcept>
 
 namespace pagestack {
@@ -18,6 +20,17 @@ namespace {
 
     /// A strip up to this size is decoded as a whole.
     constexpr std::uint64_t largestWholeStripBytes = std::uint64_t { 4 } * 1024 * 1024;
+
+    /// A strip or tile up to this size, encoded or decoded, is one of those that several threads
+    /// hold.
+    constexpr std::uint64_t largestSharedPieceBytes = std::uint64_t { 4 } * 1024 * 1024;
+
+    /// So many strips are worth while to be decoded by several threads, in a band up to that size.
+    constexpr std::uint64_t wantedSharedStrips = 4;
+    constexpr std::uint64_t largestSharedBandBytes = std::uint64_t { 2 } * 1024 * 1024;
+
+    /// So many pieces are laid out for the threads at a time.
+    constexpr std::size_t mostSharedPieces = 512;
 
     /// An encoded strip up to this size may be held as a whole.
     constexpr std::uint64_t largestEncodedStripBytes = std::uint64_t { 16 } * 1024 * 1024;
@@ -47,6 +60,14 @@ namespace {
         return tags.compression == COMPRESSION_NONE && tags.predictor == PREDICTOR_NONE
             && tags.fillOrder == FILLORDER_MSB2LSB && !tags.isTiled && !tags.planesAreSeparate
             && (tags.bitsPerSample <= 8 || tags.bitsPerSample == 16);
+    }
+
+    std::uint64_t stripsOfBand(std::uint64_t stripBytes, bool isShared)
+    {
+        const std::uint64_t strips = std::max<std::uint64_t>(1, wantedBandBytes / stripBytes);
+        return isShared
+            ? std::max(strips, std::min(wantedSharedStrips, largestSharedBandBytes / stripBytes))
+            : strips;
     }
 
     bool hasLargeEncodedStrip(tiff* handle)
@@ -84,11 +105,12 @@ std::uint32_t startRow(const TiffPageTags& tags, std::uint32_t row)
     return row - row % step;
 }
 
-StoredRows::StoredRows(const TiffPage& page, const std::optional<PagePart>& part)
+StoredRows::StoredRows(const TiffPage& page, const std::optional<PagePart>& part, SharedWork* work)
     : m_handle(page.restart())
     , m_page(page)
     , m_tags(page.tags())
     , m_part(part)
+    , m_work(PieceDecoder::knows(m_tags) && !isRowByRow(m_tags) ? work : nullptr)
     , m_strideBytes(static_cast<qsizetype>(m_tags.planeRowBytes()))
 {
     const TiffPageTags& tags = m_tags;
@@ -110,7 +132,7 @@ StoredRows::StoredRows(const TiffPage& page, const std::optional<PagePart>& part
     if (m_isRowByRow)
         rows = std::max<std::uint64_t>(1, wantedBandBytes / rowBytes);
     else if (!tags.isTiled)
-        rows *= std::max<std::uint64_t>(1, wantedBandBytes / (rows * rowBytes));
+        rows *= stripsOfBand(rows * rowBytes, m_work != nullptr);
     rows = std::min<std::uint64_t>(rows, tags.heightPx);
     if (rows * rowBytes > largestBandBytes)
         throw std::runtime_error(tags.isTiled ? "its tiles are too large"
@@ -126,7 +148,9 @@ StoredRows::StoredRows(const TiffPage& page, const std::optional<PagePart>& part
         if (tags.bitsOf(tags.tileWidthPx) % 8 != 0)
             throw std::runtime_error("a tile width of " + std::to_string(tags.tileWidthPx)
                                      + " is not supported");
-        m_tile.resize(static_cast<std::size_t>(tileBytes));
+        m_tileBytes = static_cast<std::size_t>(tileBytes);
+        if (m_tileBytes > largestSharedPieceBytes)
+            m_work = nullptr;
     }
     m_decoder.emplace(page, m_handle);
     if (m_part)
@@ -179,17 +203,17 @@ void StoredRows::readStrips(int rows)
     for (int plane = 0; plane < m_tags.planes(); ++plane) {
         std::uint8_t* to = planeStart(plane);
         for (std::uint32_t done = 0; done < static_cast<std::uint32_t>(rows);) {
-            StopScope::leavePageIfStopped();
             const std::uint32_t row = m_nextRow + done;
             const std::uint32_t count = std::min(m_tags.rowsPerStrip, m_tags.heightPx - row);
             const auto bytes = static_cast<std::size_t>(count * m_strideBytes);
-            m_decoder->decode(static_cast<std::uint32_t>(plane) * m_tags.stripsInPlane()
-                                  + row / m_tags.rowsPerStrip,
-                              { to, bytes });
+            const std::uint32_t strip = static_cast<std::uint32_t>(plane) * m_tags.stripsInPlane()
+                + row / m_tags.rowsPerStrip;
+            read({ strip, to, bytes }, rows);
             to += bytes;
             done += count;
         }
     }
+    readTogether(rows);
 }
 
 void StoredRows::readRowByRow(int rows)
@@ -250,18 +274,88 @@ void StoredRows::readTiles(int rows)
             const std::uint32_t tile
                 = TIFFComputeTile(m_handle, x, m_nextRow, 0, static_cast<std::uint16_t>(plane));
             const qsizetype bytes = std::min(tileRowBytes, m_strideBytes - column);
-            if (isWanted(x)) {
-                StopScope::leavePageIfStopped();
-                m_decoder->decode(tile, m_tile);
-                for (int i = 0; i < rows; ++i)
-                    std::memcpy(planeStart(plane) + i * m_strideBytes + column,
-                                m_tile.data() + i * tileRowBytes, static_cast<std::size_t>(bytes));
-            }
+            if (isWanted(x))
+                read({ tile, planeStart(plane) + column, static_cast<std::size_t>(bytes) }, rows);
             column += tileRowBytes;
             if (m_tags.widthPx - x <= m_tags.tileWidthPx)
                 break; // x would overflow
         }
     }
+    readTogether(rows);
+}
+
+/// Now, or with others before the band is complete.
+void StoredRows::read(const Piece& piece, int rows)
+{
+    if (m_work == nullptr)
+        return decode(piece, rows);
+    m_pieces.push_back(piece);
+    m_pieces.back().place = m_decoder->place(piece.number);
+    if (m_pieces.size() == mostSharedPieces)
+        readTogether(rows);
+}
+
+/// The pieces that are sound are any thread's. The others are left to this one, in their order, so
+/// that what there is to say of them is what would be said without help.
+void StoredRows::readTogether(int rows)
+{
+    if (m_pieces.size() > 1)
+        shareOut(rows);
+    for (const Piece& piece : m_pieces)
+        if (!piece.isDone)
+            decode(piece, rows);
+    m_pieces.clear();
+}
+
+void StoredRows::shareOut(int rows)
+{
+    std::atomic<std::size_t> next = 0;
+    m_work->run([&] {
+        try {
+            std::vector<std::uint8_t> encoded;
+            std::vector<std::uint8_t> tile;
+            for (std::size_t i = next++; i < m_pieces.size() && !StopScope::isPageStopped();
+                 i = next++) {
+                Piece& piece = m_pieces[i];
+                const std::span<std::uint8_t> to = roomFor(piece, tile);
+                piece.isDone = piece.place.bytes <= largestSharedPieceBytes
+                    && m_decoder->pieces()->decode(piece.place, to, encoded);
+                if (piece.isDone)
+                    putInPlace(piece, rows, to);
+            }
+        } catch (const std::bad_alloc&) {
+            // The piece is one of those that are left.
+        }
+    });
+}
+
+void StoredRows::decode(const Piece& piece, int rows)
+{
+    StopScope::leavePageIfStopped();
+    const std::span<std::uint8_t> to = roomFor(piece, m_tile);
+    m_decoder->decode(piece.number, to);
+    putInPlace(piece, rows, to);
+}
+
+/// Of a tile all is decoded, and then what belongs to the page put in its place.
+std::span<std::uint8_t> StoredRows::roomFor(const Piece& piece,
+                                            std::vector<std::uint8_t>& tile) const
+{
+    if (!m_tags.isTiled)
+        return { piece.to, piece.bytes };
+    tile.resize(m_tileBytes);
+    return tile;
+}
+
+void StoredRows::putInPlace(const Piece& piece, int rows,
+                            std::span<const std::uint8_t> decoded) const
+{
+    if (!m_tags.isTiled)
+        return;
+    const auto tileRowBytes = static_cast<std::size_t>(m_tags.bitsOf(m_tags.tileWidthPx) / 8);
+    for (int i = 0; i < rows; ++i)
+        std::memcpy(piece.to + i * m_strideBytes,
+                    decoded.data() + static_cast<std::size_t>(i) * tileRowBytes, piece.bytes);
 }
 
 } // namespace pagestack

@@ -3,11 +3,13 @@
 #include "engine/image/decode/StripDecoder.h"
 #include "engine/image/tiff/MappedTiffCopy.h"
 #include "engine/image/tiff/TiffPageTags.h"
+#include "engine/threads/SharedWork.h"
 
 #include <cstdint>
 #include <limits>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace pagestack {
@@ -54,25 +56,44 @@ class StoredRows
 {
 public:
     /// Starts at the top of `page`, which must outlive the pass and stay the current one of its
-    /// reader. Throws std::runtime_error.
-    explicit StoredRows(const TiffPage& page, const std::optional<PagePart>& part = {});
+    /// reader. Strips and tiles of a band are decoded as parts of `work`, which may be null. Throws
+    /// std::runtime_error.
+    explicit StoredRows(const TiffPage& page, const std::optional<PagePart>& part = {},
+                        SharedWork* work = nullptr);
 
     /// The next rows. Throws std::runtime_error when they cannot be decoded completely.
     StoredBand nextBand();
 
 private:
+    /// A strip or tile that is wanted.
+    struct Piece
+    {
+        std::uint32_t number;
+        std::uint8_t* to; ///< its first row
+        std::size_t bytes; ///< of the strip, or of a row of the tile that belongs to the page
+        PiecePlace place {}; ///< set where it is decoded as a part of the work
+        bool isDone = false;
+    };
+
     bool hasAllPlainBytes() const;
     void begin(const PagePart& part);
     void readPlain(int rows);
     void readStrips(int rows);
     void readRowByRow(int rows);
     void readTiles(int rows);
+    void read(const Piece& piece, int rows);
+    void readTogether(int rows);
+    void shareOut(int rows);
+    void decode(const Piece& piece, int rows);
+    std::span<std::uint8_t> roomFor(const Piece& piece, std::vector<std::uint8_t>& tile) const;
+    void putInPlace(const Piece& piece, int rows, std::span<const std::uint8_t> decoded) const;
     std::uint8_t* planeStart(int plane);
 
     tiff* m_handle;
     const TiffPage& m_page;
     const TiffPageTags& m_tags;
     const std::optional<PagePart> m_part; ///< none: all of the page
+    SharedWork* m_work; ///< null: all is decoded by this thread
     qsizetype m_strideBytes = 0;
     int m_rowsPerBand = 0;
     std::uint32_t m_nextRow = 0;
@@ -81,7 +102,9 @@ private:
     std::unique_ptr<MappedTiffCopy> m_mappedCopy; ///< owns `m_handle` where it is needed
     std::optional<StripDecoder> m_decoder; ///< set by the constructor
     std::vector<std::uint8_t> m_samples; ///< of a band, plane after plane
+    std::size_t m_tileBytes = 0;
     std::vector<std::uint8_t> m_tile;
+    std::vector<Piece> m_pieces; ///< of the band, to be read together
 };
 
 } // namespace pagestack

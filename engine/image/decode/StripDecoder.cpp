@@ -1,7 +1,6 @@
 #include "engine/image/decode/StripDecoder.h"
 
 #include "engine/image/decode/JpegTail.h"
-#include "engine/image/decode/LzwDecoder.h"
 #include "engine/image/decode/NoDataValue.h"
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/tiff/TiffLimits.h"
@@ -16,9 +15,6 @@ namespace pagestack {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-    /// Encoded data up to this size are held as a whole; larger ones are decoded as they are read.
-    constexpr std::uint64_t largestWholeBytes = std::uint64_t { 16 } * 1024 * 1024;
 
     constexpr std::uint64_t mostPaddingBytes = std::uint64_t { 64 } * 1024 * 1024;
     constexpr std::uint64_t longestJudgedStream = std::uint64_t { 64 } * 1024 * 1024;
@@ -61,6 +57,8 @@ StripDecoder::StripDecoder(const TiffPage& page, tiff* handle)
     if (!isDecodedByLibtiff(m_tags)
         || (m_tags.compression == COMPRESSION_LZW && SampleOrder::knows(m_tags)))
         m_order.emplace(m_tags, TIFFIsByteSwapped(handle) != 0);
+    if (m_order && PieceDecoder::knows(m_tags))
+        m_pieces.emplace(page.document(), m_tags, *m_order, m_rowBytes);
     const std::uint32_t sparse = sparseStrips(handle);
     if (sparse == 0)
         return;
@@ -87,14 +85,22 @@ std::unique_ptr<StripStream> StripDecoder::openStream(std::uint32_t number) cons
     return isDeflate(m_tags) ? inflateStream(encoded(number)) : packBitsStream(encoded(number));
 }
 
+PiecePlace StripDecoder::place(std::uint32_t number) const
+{
+    return { TIFFGetStrileOffset(m_handle, number), TIFFGetStrileByteCount(m_handle, number) };
+}
+
 void StripDecoder::decode(std::uint32_t number, std::span<std::uint8_t> to)
+{
+    if (!m_pieces || !m_pieces->decode(place(number), to, m_encoded))
+        decodeDoubtful(number, to);
+}
+
+void StripDecoder::decodeDoubtful(std::uint32_t number, std::span<std::uint8_t> to)
 {
     if (isSparseAt(m_handle, number)) {
         fillSamples(to, m_rowBytes, m_tags.bitsPerSample, m_noData);
-    } else if (m_tags.compression == COMPRESSION_LZW) {
-        if (!decodedLzw(number, to))
-            check(decodedByLibtiff(number, to), number);
-    } else if (m_order) {
+    } else if (!isDecodedByLibtiff(m_tags)) {
         if (!isDeflate(m_tags) || !inflatedWhole(number, to)) {
             const std::unique_ptr<StripStream> stream = openStream(number);
             stream->read(to);
@@ -109,7 +115,8 @@ void StripDecoder::decode(std::uint32_t number, std::span<std::uint8_t> to)
 bool StripDecoder::inflatedWhole(std::uint32_t number, std::span<std::uint8_t> to) const
 {
     EncodedBytes bytes = encoded(number);
-    return bytes.left() <= largestWholeBytes && inflateWhole(bytes.next(bytes.left()), to);
+    return bytes.left() <= PieceDecoder::mostBytes
+        && isFitting(inflateWhole(bytes.next(bytes.left()), to));
 }
 
 /// Some writers fill the last strip up to RowsPerStrip rows. Anything else behind the rows is no
@@ -128,19 +135,6 @@ void StripDecoder::endStream(StripStream& stream, std::uint64_t rows)
     if (rest > padding || rest % m_rowBytes != 0)
         m_page.messages().addPageWarning(
             u"its strips or tiles hold more than their rows; the rest is left out"_s);
-}
-
-/// False where that is libtiff's: it knows more kinds, and what to say of damaged data.
-bool StripDecoder::decodedLzw(std::uint32_t number, std::span<std::uint8_t> to)
-{
-    if (!m_order)
-        return false;
-    EncodedBytes bytes = encoded(number);
-    if (bytes.left() != TIFFGetStrileByteCount(m_handle, number) || bytes.left() > largestWholeBytes
-        || !decodeLzw(bytes.next(bytes.left()), to))
-        return false;
-    m_order->restore(to, m_rowBytes);
-    return true;
 }
 
 bool StripDecoder::decodedByLibtiff(std::uint32_t number, std::span<std::uint8_t> to)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/image/decode/PieceDecoder.h"
 #include "engine/image/decode/SampleOrder.h"
 #include "engine/image/decode/StripStream.h"
 #include "engine/image/tiff/TiffPageTags.h"
@@ -35,17 +36,21 @@ public:
     /// std::runtime_error if it is damaged or holds less.
     void decode(std::uint32_t number, std::span<std::uint8_t> to);
 
+    /// What `decode` tries first; null if it does not know such pages.
+    const PieceDecoder* pieces() const { return m_pieces ? &*m_pieces : nullptr; }
+    PiecePlace place(std::uint32_t number) const;
+
     /// Begins a strip of `rows` rows that is too large to be held. Of pages with one plane.
     void begin(std::uint32_t strip, std::uint32_t rows);
     /// Fills `to` with the next row of that strip. Throws as `decode` does.
     void nextRow(std::span<std::uint8_t> to);
 
 private:
+    void decodeDoubtful(std::uint32_t number, std::span<std::uint8_t> to);
     EncodedBytes encoded(std::uint32_t number) const;
     std::unique_ptr<StripStream> openStream(std::uint32_t number) const;
     bool inflatedWhole(std::uint32_t number, std::span<std::uint8_t> to) const;
     void endStream(StripStream& stream, std::uint64_t rows);
-    bool decodedLzw(std::uint32_t number, std::span<std::uint8_t> to);
     bool decodedByLibtiff(std::uint32_t number, std::span<std::uint8_t> to);
     bool decodedTile(std::uint32_t number, std::span<std::uint8_t> to);
     void check(bool ok, std::uint32_t number);
@@ -57,6 +62,8 @@ private:
     const TiffPageTags& m_tags;
     std::size_t m_rowBytes; ///< of a strip or tile; of sub-sampled pages, a row of blocks
     std::optional<SampleOrder> m_order; ///< of what can be decoded here, not by libtiff alone
+    std::optional<PieceDecoder> m_pieces;
+    std::vector<std::uint8_t> m_encoded; ///< scratch of `m_pieces`
     std::uint64_t m_noData = 0; ///< the bits of a sample where the file has no data
     std::vector<std::uint8_t> m_scratch;
 

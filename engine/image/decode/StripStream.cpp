@@ -196,7 +196,7 @@ std::unique_ptr<StripStream> packBitsStream(EncodedBytes bytes)
     return std::make_unique<PackBitsStream>(std::move(bytes));
 }
 
-bool inflateWhole(std::span<const std::uint8_t> encoded, std::span<std::uint8_t> to)
+WholeStream inflateWhole(std::span<const std::uint8_t> encoded, std::span<std::uint8_t> to)
 {
     thread_local const std::unique_ptr<libdeflate_decompressor, DecompressorFreer> decompressor(
         libdeflate_alloc_decompressor());
@@ -206,15 +206,21 @@ bool inflateWhole(std::span<const std::uint8_t> encoded, std::span<std::uint8_t>
     switch (libdeflate_zlib_decompress(decompressor.get(), encoded.data(), encoded.size(),
                                        to.data(), to.size(), &got)) {
     case LIBDEFLATE_SUCCESS:
-        break;
+        return got < to.size() ? WholeStream::Shorter : WholeStream::Fitting;
     case LIBDEFLATE_INSUFFICIENT_SPACE:
-        return false;
+        return WholeStream::Longer;
     default:
-        failDamaged();
+        return WholeStream::Damaged;
     }
-    if (got < to.size())
+}
+
+bool isFitting(WholeStream stream)
+{
+    if (stream == WholeStream::Shorter)
         failShortDeflate();
-    return true;
+    if (stream == WholeStream::Damaged)
+        failDamaged();
+    return stream == WholeStream::Fitting;
 }
 
 } // namespace pagestack

@@ -60,9 +60,18 @@ std::unique_ptr<StripStream> inflateStream(EncodedBytes bytes);
 /// Runs and literals: TIFF 6.0, section 9. Runs may reach over the ends of rows.
 std::unique_ptr<StripStream> packBitsStream(EncodedBytes bytes);
 
-/// Decodes a whole zlib stream into `to` in one step, which is faster. Returns false, with nothing
-/// known of the stream, if it has more bytes. Throws std::runtime_error if it has fewer or is
-/// damaged.
-bool inflateWhole(std::span<const std::uint8_t> encoded, std::span<std::uint8_t> to);
+enum class WholeStream {
+    Fitting, ///< sound, and as long as it should be
+    Longer, ///< nothing more is known of it
+    Shorter,
+    Damaged,
+};
+
+/// Decodes a whole zlib stream into `to` in one step, which is faster, and says what it is. Throws
+/// std::bad_alloc.
+WholeStream inflateWhole(std::span<const std::uint8_t> encoded, std::span<std::uint8_t> to);
+
+/// Throws the std::runtime_error of such a stream; returns false for a longer one.
+bool isFitting(WholeStream stream);
 
 } // namespace pagestack

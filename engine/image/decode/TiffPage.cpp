@@ -154,10 +154,10 @@ std::shared_ptr<const PageMetadata> TiffPage::metadata() const
 
 std::shared_ptr<JpegBlocks> TiffPage::jpegBlocks() const { return pageBlocks(*this); }
 
-std::unique_ptr<RowSource> TiffPage::rowsShownIn(int bits) const
+std::unique_ptr<RowSource> TiffPage::rowsShownIn(int bits, SharedWork* work) const
 {
     checkSize();
-    auto rows = treatedRows(*this, bits);
+    auto rows = treatedRows(*this, bits, work);
     if (!change().refusal.isEmpty()) // once the pass, which forgets what was said before, is begun
         messages().addPageWarning(change().refusal);
     return rows;

@@ -20,7 +20,7 @@ public:
     TiffPage(std::shared_ptr<TiffReader> reader, int index, const PageTreatment& treatment = {});
 
     const PageProperties& properties() const override;
-    std::unique_ptr<RowSource> rowsShownIn(int bits) const override;
+    std::unique_ptr<RowSource> rowsShownIn(int bits, SharedWork* work) const override;
     std::uint64_t decodedBytes() const override { return tags().decodedBytes(); }
     /// Without what does not hold for upright pixels in the colours of `rowsShownIn`.
     std::shared_ptr<const PageMetadata> metadata() const override;

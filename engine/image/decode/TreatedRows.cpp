@@ -41,9 +41,9 @@ namespace {
     }
 
     /// Of CMYK and L*a*b*, display rows are in sRGB already.
-    std::unique_ptr<RowSource> convertedRows(const TiffPage& page, int shownBits)
+    std::unique_ptr<RowSource> convertedRows(const TiffPage& page, int shownBits, SharedWork* work)
     {
-        auto rows = displayRows(page, shownBits);
+        auto rows = displayRows(page, shownBits, {}, work);
         if (!page.change().becomesSrgb || !profileFitsDisplayRows(page.tags()))
             return rows;
         return srgbRows(std::move(rows), page.tags().iccProfile);
@@ -65,11 +65,11 @@ PageChange pageChange(const TiffPageTags& tags, const PageTreatment& treatment)
     return change;
 }
 
-std::unique_ptr<RowSource> treatedRows(const TiffPage& page, int shownBits)
+std::unique_ptr<RowSource> treatedRows(const TiffPage& page, int shownBits, SharedWork* work)
 {
     if (!page.change().becomesBilevel)
-        return convertedRows(page, shownBits);
-    const auto startPass = [&] { return luminanceRows(convertedRows(page, 8)); };
+        return convertedRows(page, shownBits, work);
+    const auto startPass = [&] { return luminanceRows(convertedRows(page, 8, work)); };
     switch (page.treatment().bilevel) {
     case Bilevel::Dither:
         return ditheredRows(startPass());

@@ -8,6 +8,7 @@
 
 namespace pagestack {
 
+class SharedWork;
 class TiffPage;
 struct PageTreatment;
 struct TiffPageTags;
@@ -28,7 +29,8 @@ bool becomesBilevel(const TiffPageTags& tags, const PageTreatment& treatment);
 PageChange pageChange(const TiffPageTags& tags, const PageTreatment& treatment);
 
 /// A pass over the page in stored order with the changes made; without any, as `displayRows`. For
-/// Otsu's threshold another pass goes before it. Throws std::runtime_error.
-std::unique_ptr<RowSource> treatedRows(const TiffPage& page, int shownBits);
+/// Otsu's threshold another pass goes before it. `work` is as for PageSource::rowsShownIn. Throws
+/// std::runtime_error.
+std::unique_ptr<RowSource> treatedRows(const TiffPage& page, int shownBits, SharedWork* work);
 
 } // namespace pagestack

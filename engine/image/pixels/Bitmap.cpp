@@ -49,7 +49,7 @@ Bitmap::Bitmap(int widthPx, int heightPx, PixelLayout layout, std::vector<std::u
         throw std::logic_error("a bitmap needs as many samples as its size says");
 }
 
-std::unique_ptr<RowSource> Bitmap::rowsShownIn(int) const
+std::unique_ptr<RowSource> Bitmap::rowsShownIn(int, SharedWork*) const
 {
     return std::make_unique<BitmapRows>(*this);
 }

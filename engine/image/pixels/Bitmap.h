@@ -15,7 +15,7 @@ public:
     Bitmap(int widthPx, int heightPx, PixelLayout layout, std::vector<std::uint8_t> samples);
 
     const PageProperties& properties() const override { return m_properties; }
-    std::unique_ptr<RowSource> rowsShownIn(int bits) const override;
+    std::unique_ptr<RowSource> rowsShownIn(int bits, SharedWork* work) const override;
 
     const PixelLayout& layout() const { return m_layout; }
     const std::vector<std::uint8_t>& samples() const { return m_samples; }

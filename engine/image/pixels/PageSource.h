@@ -34,6 +34,7 @@ struct PageProperties
 };
 
 class JpegBlocks;
+class SharedWork;
 class TiffPage;
 struct PageMetadata;
 
@@ -48,11 +49,12 @@ public:
 
     /// Starts a pass over the pixels in stored order. The source must outlive it, and passes over
     /// pages of the same file cannot overlap. Throws std::runtime_error with the reason.
-    std::unique_ptr<RowSource> rows() const { return rowsShownIn(16); }
+    std::unique_ptr<RowSource> rows() const { return rowsShownIn(16, nullptr); }
 
     /// The same for samples that are brought to `bits` bits (8 or 16) in the end: the page gets a
-    /// warning if next to nothing is left of them.
-    virtual std::unique_ptr<RowSource> rowsShownIn(int bits) const = 0;
+    /// warning if next to nothing is left of them. Threads that wait for the rows can take part in
+    /// `work`, which outlives them; it may be null.
+    virtual std::unique_ptr<RowSource> rowsShownIn(int bits, SharedWork* work) const = 0;
 
     /// Of the pixels as stored. Throws as `properties`.
     virtual std::uint64_t decodedBytes() const

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -9,17 +10,27 @@ namespace pagestack {
 
 namespace {
 
-    /// All portions together stay in the cache.
+    /// What is taken at a time stays in the cache.
     constexpr qsizetype portionBytes = qsizetype { 256 } * 1024;
+
+    /// All portions together hold a row of tiles, so that the next one is read while they are used;
+    /// of very long rows only a few.
+    constexpr qsizetype mostBytes = qsizetype { 4 } * 1024 * 1024;
+    constexpr std::size_t fewestPortions = 4;
 
 } // namespace
 
-ReadAheadRows::ReadAheadRows(std::unique_ptr<RowSource> source, SpareThreads& threads)
+ReadAheadRows::ReadAheadRows(std::unique_ptr<SharedWork> work, std::unique_ptr<RowSource> source,
+                             SpareThreads& threads)
     : RowSource(source->widthPx(), source->heightPx(), source->layout())
+    , m_work(std::move(work))
     , m_source(std::move(source))
     , m_threads(threads)
     , m_strideBytes(rowBytes())
     , m_portionRows(static_cast<int>(std::max<qsizetype>(1, portionBytes / m_strideBytes)))
+    , m_mostPortions(std::clamp<std::size_t>(
+          static_cast<std::size_t>(mostBytes / (m_portionRows * m_strideBytes)), fewestPortions,
+          m_ring.size()))
 {
 }
 
@@ -28,10 +39,10 @@ ReadAheadRows::~ReadAheadRows()
     if (!m_thread.joinable())
         return;
     {
-        const std::scoped_lock lock(m_mutex);
+        const SharedWork::Lock lock = m_work->lock();
         m_isClosing = true;
     }
-    m_changed.notify_all();
+    m_work->notify();
     m_thread.join();
 }
 
@@ -50,9 +61,7 @@ bool ReadAheadRows::start()
     ThreadClaim claim = m_threads.tryTake();
     if (!claim)
         return false;
-    for (Portion& portion : m_ring)
-        portion.samples = std::make_unique_for_overwrite<std::uint8_t[]>(
-            static_cast<std::size_t>(m_portionRows * m_strideBytes));
+    m_free.reserve(m_ring.size());
     try {
         m_thread = std::thread([this, own = std::move(claim)] { readAll(); });
     } catch (const std::system_error&) {
@@ -63,19 +72,18 @@ bool ReadAheadRows::start()
 
 Band ReadAheadRows::take()
 {
-    std::unique_lock lock(m_mutex);
-    if (m_holdsPortion)
-        ++m_used;
-    m_holdsPortion = true;
-    m_changed.notify_all();
-    m_changed.wait(lock, [this] { return m_read > m_used; });
-    Portion& taken = portion(m_used);
+    SharedWork::Lock lock = m_work->lock();
+    if (m_inUse.samples)
+        m_free.push_back(std::move(m_inUse.samples));
+    m_work->notify();
+    m_work->helpUntil(lock, [this] { return m_read > m_used; });
+    m_inUse = std::move(m_ring[m_used++ % m_ring.size()]);
     lock.unlock();
-    if (taken.failure) {
+    if (m_inUse.failure) {
         m_isAtEnd = true;
-        std::rethrow_exception(std::exchange(taken.failure, nullptr));
+        std::rethrow_exception(std::exchange(m_inUse.failure, nullptr));
     }
-    return { taken.samples.get(), taken.rows, m_strideBytes };
+    return { m_inUse.samples.get(), m_inUse.rows, m_strideBytes };
 }
 
 void ReadAheadRows::readAll()
@@ -96,27 +104,52 @@ void ReadAheadRows::readAll()
 bool ReadAheadRows::handOver(const Band& band, std::exception_ptr failure)
 {
     int done = 0;
+    bool goesOn = true;
     do {
-        if (!waitForRoom())
+        Portion next;
+        if (!waitForRoom(next.samples))
             return false;
-        Portion& next = portion(m_read);
-        next.rows = std::min(m_portionRows, band.rows - done);
         next.failure = std::exchange(failure, nullptr);
-        for (int i = 0; i < next.rows; ++i)
-            std::memcpy(next.samples.get() + i * m_strideBytes, band.row(done + i),
-                        static_cast<std::size_t>(m_strideBytes));
+        copyRows(band, done, next);
         done += next.rows;
-        const std::scoped_lock lock(m_mutex);
-        ++m_read;
-        m_changed.notify_all();
-    } while (done < band.rows);
-    return band.rows > 0;
+        goesOn = next.rows > 0;
+        const SharedWork::Lock lock = m_work->lock();
+        m_ring[m_read++ % m_ring.size()] = std::move(next);
+        m_work->notify();
+    } while (goesOn && done < band.rows);
+    return goesOn;
 }
 
-bool ReadAheadRows::waitForRoom()
+/// As many as fit in; none, and a failure, if there is no memory for them.
+void ReadAheadRows::copyRows(const Band& band, int first, Portion& to) const
 {
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_isClosing || m_read - m_used < m_ring.size(); });
+    const int rows = std::min(m_portionRows, band.rows - first);
+    if (rows == 0)
+        return;
+    if (!to.samples)
+        to.samples.reset(new (std::nothrow)
+                             std::uint8_t[static_cast<std::size_t>(m_portionRows * m_strideBytes)]);
+    if (!to.samples) {
+        to.failure = std::make_exception_ptr(std::bad_alloc());
+        return;
+    }
+    for (int i = 0; i < rows; ++i)
+        std::memcpy(to.samples.get() + i * m_strideBytes, band.row(first + i),
+                    static_cast<std::size_t>(m_strideBytes));
+    to.rows = rows;
+}
+
+/// Gives room for a portion, or nothing where it has not been made yet. False when no more portions
+/// are wanted.
+bool ReadAheadRows::waitForRoom(Samples& room)
+{
+    SharedWork::Lock lock = m_work->lock();
+    // One portion is in use.
+    m_work->wait(lock, [this] { return m_isClosing || m_read - m_used < m_mostPortions - 1; });
+    if (!m_free.empty()) {
+        room = std::move(m_free.back());
+        m_free.pop_back();
+    }
     return !m_isClosing;
 }
 

@@ -2,10 +2,13 @@
 #include "engine/image/decode/LzwDecoder.h"
 #include "engine/image/tiffwriter/LzwEncoder.h"
 #include "engine/settings/Settings.h"
+#include "engine/threads/SharedWork.h"
 #include "tests/support/Testing.h"
 #include "tests/support/TiffBuilder.h"
 
 #include <tiffio.h>
+
+#include <thread>
 
 namespace {
 
@@ -30,6 +33,35 @@ QByteArray rowsOf(const TestPage& page, int first, int count)
         for (int x = 0; x < page.width; ++x)
             rows.append(static_cast<char>(page.at(x, y, 0)));
     return rows;
+}
+
+/// The strips or tiles of a gray page of 8 bits, encoded, with the faults that the text names:
+/// " 4 cut, 5 flipped".
+QList<QByteArray> piecesOf(const TestPage& page, const QString& faults)
+{
+    const int width = page.tileWidth > 0 ? page.tileWidth : page.width;
+    const int height = page.tileWidth > 0 ? page.tileHeight : page.rows;
+    QList<QByteArray> pieces;
+    LzwEncoder encoder;
+    for (int y = 0; y < page.height; y += height)
+        for (int x = 0; x < page.width; x += width) {
+            const bool isLonger
+                = faults.contains(u" %1 longer"_s.arg(pieces.size())) && page.compression == 8;
+            QByteArray plain;
+            for (int i = 0; i < (isLonger ? height + 3 : height) * width; ++i)
+                plain.append(static_cast<char>(page.at(x + i % width, y + i / width, 0)));
+            const std::span<const std::uint8_t> lzw = encoder.encode(span(plain));
+            QByteArray piece = page.compression == 8
+                ? deflated(plain)
+                : QByteArray(reinterpret_cast<const char*>(lzw.data()),
+                             static_cast<qsizetype>(lzw.size()));
+            if (faults.contains(u" %1 cut"_s.arg(pieces.size())))
+                piece.chop(piece.size() / 2);
+            if (faults.contains(u" %1 flipped"_s.arg(pieces.size())))
+                piece[piece.size() / 2] = static_cast<char>(piece.at(piece.size() / 2) ^ 0x55);
+            pieces.append(piece);
+        }
+    return pieces;
 }
 
 /// A file of one strip of a row of bytes, as libtiff encodes LZW and decodes it.
@@ -128,6 +160,64 @@ compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
         page.encoded[0].back() = static_cast<char>(page.encoded[0].back() ^ 1);
         writeTiff(m_path, { page });
         QCOMPARE(converted().width, 0);
+    }
+
+    void tellsOfFaultsAsWithoutHelp_data()
+    {
+        // Pieces 8 to 13 are the second row of tiles. Warnings, and why the page is refused.
+        addTextRows(R"(
+compression=8 tileWidth=48 tileHeight=32 |                       | 0 |
+compression=8 tileWidth=48 tileHeight=32 | 10 flipped            | 0 | its Deflate data are damaged
+compression=8 tileWidth=48 tileHeight=32 | 7 flipped             | 0 | its Deflate data are damaged
+compression=8 tileWidth=48 tileHeight=32 | 13 flipped            | 0 | its Deflate data are damaged
+compression=8 tileWidth=48 tileHeight=32 | 8 longer, 10 longer   | 1 |
+compression=8 tileWidth=48 tileHeight=32 | 8 longer, 10 flipped  | 1 | its Deflate data are damaged
+compression=8 tileWidth=48 tileHeight=32 | 8 flipped, 10 longer  | 0 | its Deflate data are damaged
+compression=8 rows=9                     | 3 longer, 4 longer    | 1 |
+compression=8 rows=9                     | 12 longer, 14 flipped | 1 | its Deflate data are damaged
+compression=5 tileWidth=48 tileHeight=32 |                       | 0 |
+compression=5 tileWidth=48 tileHeight=32 | 9 cut, 11 cut         | 0 | LZWDecode
+compression=5 rows=9                     | 21 cut                | 0 | LZWDecode
+)");
+    }
+
+    // A fault that is told otherwise, too late, twice or not at all when several threads decode the
+    // strips or tiles of a band; samples that are put elsewhere; help that is never asked for.
+    void tellsOfFaultsAsWithoutHelp()
+    {
+        const auto [text, faults, warnings, reason] = textRow<4>();
+        TestPage page(qPrintable(text + u" width=300 height=200"_s));
+        page.encoded = piecesOf(page, u' ' + faults);
+        writeTiff(m_path, { page });
+        const QStringList alone = rowsTold(nullptr);
+        QCOMPARE(alone.at(0).section(u':', 0, 0), reason);
+        QCOMPARE(alone.at(1), warnings);
+        SharedWork work;
+        bool isOver = false;
+        int turns = 0;
+        std::thread helper([&] {
+            SharedWork::Lock lock = work.lock();
+            work.helpUntil(lock, [&] { return ++turns, isOver; });
+        });
+        QStringList helped;
+        const auto hasHelped = [&] {
+            const SharedWork::Lock lock = work.lock();
+            return turns > 2;
+        };
+        for (int pass = 0; pass < 10 || (pass < 5000 && !hasHelped()); ++pass) {
+            helped = rowsTold(&work);
+            if (helped != alone)
+                break;
+        }
+        const bool tookPart = hasHelped();
+        {
+            const SharedWork::Lock lock = work.lock();
+            isOver = true;
+            work.notify();
+        }
+        helper.join();
+        QCOMPARE(helped, alone);
+        QVERIFY(tookPart);
     }
 
     void decodesLzw_data()
@@ -288,6 +378,21 @@ private:
         const Picture picture = isSaved ? readPicture(m_out) : Picture();
         QFile::remove(m_out);
         return picture;
+    }
+
+    /// Why the rows of "page.tif" end, how many warnings there were, and the rows.
+    QStringList rowsTold(SharedWork* work) const
+    {
+        const PageImage image = TiffDocument(m_path).page(0);
+        QByteArray rows;
+        const QString reason = reasonOf([&] {
+            const auto source = image.source().rowsShownIn(8, work);
+            for (Band band = source->nextBand(); band.rows > 0; band = source->nextBand())
+                for (int i = 0; i < band.rows; ++i)
+                    rows.append(reinterpret_cast<const char*>(band.row(i)), band.strideBytes);
+        });
+        const auto warnings = image.takeDiagnostics().warnings.size();
+        return { reason, QString::number(warnings), QString::fromLatin1(rows.toHex()) };
     }
 
     QTemporaryDir m_folder;

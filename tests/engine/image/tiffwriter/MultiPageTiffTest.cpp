@@ -26,11 +26,11 @@ class ShortOfMemory : public PageSource
 {
 public:
     const PageProperties& properties() const override { return m_bitmap.properties(); }
-    std::unique_ptr<RowSource> rowsShownIn(int bits) const override
+    std::unique_ptr<RowSource> rowsShownIn(int bits, SharedWork* work) const override
     {
         if (isShort)
             throw std::bad_alloc();
-        return m_bitmap.rowsShownIn(bits);
+        return m_bitmap.rowsShownIn(bits, work);
     }
 
     bool isShort = false;
