@@ -90,7 +90,8 @@ void GatheredTiff::gatherPages(MultiPageTiffWriter& file, const QString& path,
         if (!m_job.goesOn())
             return;
         const auto ahead = pages.subspan(at, std::min(tried, pages.size() - at));
-        const std::size_t copied = copyPages(file, ahead, document);
+        // Of a single page the workers have made the file.
+        const std::size_t copied = pages.size() > 1 ? copyPages(file, ahead, document) : 0;
         tried = copied == 0 ? 2 : std::min(tried * 2, CopyBatch::mostPages);
         std::size_t untold = copied;
         // Stopped, or ended by an observer, the file has the pages that were told of.
@@ -129,7 +130,7 @@ std::size_t GatheredTiff::copyPages(MultiPageTiffWriter& file, std::span<const i
                                     const TiffDocument& document) const
 {
     const RunTogether helpers = m_supply.helpers();
-    if (!helpers || m_options.choices.verifies || range.size() < 2)
+    if (!helpers || m_options.choices.verifies)
         return 0;
     std::vector<std::shared_ptr<const PageSource>> pages;
     for (const int page : range)

@@ -171,12 +171,12 @@ std::span<std::uint8_t> copyBuffer()
     return buffer;
 }
 
-std::size_t readStrips(const CopiedPage& page, const OpenTiffFile& file,
+std::size_t readStrips(std::span<const PlainDirectory::Strip> strips, const OpenTiffFile& file,
                        std::span<std::uint8_t> buffer,
                        const std::function<void(std::span<const std::uint8_t> bytes)>& put)
 {
     std::size_t held = 0;
-    for (const PlainDirectory::Strip& strip : page.read.strips)
+    for (const PlainDirectory::Strip& strip : strips)
         for (std::uint64_t done = 0; done < strip.bytes;) {
             StopScope::leavePageIfStopped();
             if (held == buffer.size()) {

@@ -50,9 +50,9 @@ std::uint64_t directoryBehind(const CopiedPage& page, std::uint64_t begin);
 /// has to clear costs more than what is done with it.
 std::span<std::uint8_t> copyBuffer();
 
-/// Reads the strips of `page` from `file`, one behind the other, into `buffer`, and calls `put`
-/// whenever it is full; returns how many bytes are left in it. Throws std::runtime_error.
-std::size_t readStrips(const CopiedPage& page, const OpenTiffFile& file,
+/// Reads `strips` from `file`, one behind the other, into `buffer`, and calls `put` whenever it is
+/// full; returns how many bytes are left in it. Throws std::runtime_error.
+std::size_t readStrips(std::span<const PlainDirectory::Strip> strips, const OpenTiffFile& file,
                        std::span<std::uint8_t> buffer,
                        const std::function<void(std::span<const std::uint8_t> bytes)>& put);
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
+#include <utility>
 
 namespace pagestack {
 
@@ -15,7 +16,7 @@ CopyBatch::CopyBatch(PageSpan pages, int compression, PagePosition first, const 
     , m_run(run)
     , m_parts(std::min(pages.size(), mostPages))
 {
-    forEach([&](std::size_t index) {
+    forEach(m_parts.size(), [&](std::size_t index) {
         Part& part = m_parts[index];
         part.source = pages[index]->tiffPage();
         try {
@@ -68,10 +69,11 @@ std::vector<CopyBatch::Place> CopyBatch::places() const
 
 bool CopyBatch::copyTo(const StagedFile& file) const
 {
+    const std::vector<Slice> all = slices();
     std::atomic<bool> isWhole = true;
-    forEach([&](std::size_t index) {
+    forEach(all.size(), [&](std::size_t index) {
         try {
-            copyPart(index, file);
+            copySlice(all[index], file);
         } catch (const std::exception&) {
             isWhole = false;
         }
@@ -79,7 +81,54 @@ bool CopyBatch::copyTo(const StagedFile& file) const
     return isWhole;
 }
 
-void CopyBatch::copyPart(std::size_t index, const StagedFile& file) const
+/// So that several threads have something of a large page.
+std::vector<CopyBatch::Slice> CopyBatch::slices() const
+{
+    constexpr std::uint64_t bytesASlice = std::uint64_t { 1024 } * 1024;
+    std::vector<Slice> all;
+    for (std::size_t index = 0; index < m_parts.size(); ++index) {
+        const std::span<const PlainDirectory::Strip> strips = m_parts[index].page->read.strips;
+        std::uint64_t at = m_parts[index].begin;
+        std::uint64_t bytes = 0;
+        for (std::size_t first = 0, end = 1; end <= strips.size(); ++end) {
+            bytes += strips[end - 1].bytes;
+            const bool isLast = end == strips.size();
+            if (bytes < bytesASlice && !isLast)
+                continue;
+            all.push_back({ index, strips.subspan(first, end - first), at, isLast });
+            at += std::exchange(bytes, 0);
+            first = end;
+        }
+    }
+    return all;
+}
+
+void CopyBatch::copySlice(const Slice& slice, const StagedFile& file) const
+{
+    const std::span<std::uint8_t> buffer = copyBuffer();
+    std::uint64_t at = slice.begin;
+    std::size_t rest
+        = readStrips(slice.strips, m_parts[slice.part].source->document(), buffer, [&](auto bytes) {
+              file.fill(at, bytes);
+              at += bytes.size();
+          });
+    if (!slice.isLast)
+        return file.fill(at, buffer.first(rest));
+    const std::vector<std::uint8_t> directory = directoryOf(slice.part);
+    const std::uint64_t directoryAt = m_parts[slice.part].directoryAt();
+    const std::size_t gap = directoryAt - at - rest;
+    if (rest + gap + directory.size() > buffer.size()) {
+        file.fill(at, buffer.first(rest));
+        return file.fill(directoryAt, directory);
+    }
+    std::ranges::fill(buffer.subspan(rest, gap), std::uint8_t { 0 });
+    rest += gap;
+    std::ranges::copy(directory, buffer.begin() + static_cast<std::ptrdiff_t>(rest));
+    file.fill(at, buffer.first(rest + directory.size()));
+}
+
+/// In its place, with the offset of the next one.
+std::vector<std::uint8_t> CopyBatch::directoryOf(std::size_t index) const
 {
     const Part& part = m_parts[index];
     CopiedDirectory directory
@@ -87,31 +136,17 @@ void CopyBatch::copyPart(std::size_t index, const StagedFile& file) const
     if (index + 1 < m_parts.size())
         putNumber(std::span(directory.bytes).subspan(directory.linkAt - directory.offset, 4),
                   m_parts[index + 1].directoryAt(), false);
-    const std::span<std::uint8_t> buffer = copyBuffer();
-    std::uint64_t at = part.begin;
-    std::size_t rest = readStrips(*part.page, part.source->document(), buffer, [&](auto bytes) {
-        file.fill(at, bytes);
-        at += bytes.size();
-    });
-    const std::size_t gap = directory.offset - at - rest;
-    if (rest + gap + directory.bytes.size() > buffer.size()) {
-        file.fill(at, buffer.first(rest));
-        file.fill(directory.offset, directory.bytes);
-        return;
-    }
-    std::ranges::fill(buffer.subspan(rest, gap), std::uint8_t { 0 });
-    rest += gap;
-    std::ranges::copy(directory.bytes, buffer.begin() + static_cast<std::ptrdiff_t>(rest));
-    file.fill(at, buffer.first(rest + directory.bytes.size()));
+    return std::move(directory.bytes);
 }
 
 /// Side by side where there is enough to do.
-void CopyBatch::forEach(const std::function<void(std::size_t index)>& work) const
+void CopyBatch::forEach(std::size_t count,
+                        const std::function<void(std::size_t index)>& work) const
 {
     constexpr std::size_t partsAThread = 2;
     std::atomic<std::size_t> next = 0;
-    m_run(static_cast<int>((m_parts.size() + partsAThread - 1) / partsAThread), [&] {
-        for (std::size_t index = next++; index < m_parts.size(); index = next++)
+    m_run(static_cast<int>((count + partsAThread - 1) / partsAThread), [&] {
+        for (std::size_t index = next++; index < count; index = next++)
             work(index);
     });
 }

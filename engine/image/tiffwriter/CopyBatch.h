@@ -60,8 +60,18 @@ private:
         std::uint64_t directoryAt() const { return directoryBehind(*page, begin); }
     };
     PagePosition positionOf(std::size_t index) const;
-    void copyPart(std::size_t index, const StagedFile& file) const;
-    void forEach(const std::function<void(std::size_t index)>& work) const;
+    /// Strips in succession of a part, with its directory if they are its last ones.
+    struct Slice
+    {
+        std::size_t part = 0;
+        std::span<const PlainDirectory::Strip> strips;
+        std::uint64_t begin = 0; ///< where they go
+        bool isLast = false;
+    };
+    std::vector<Slice> slices() const;
+    void copySlice(const Slice& slice, const StagedFile& file) const;
+    std::vector<std::uint8_t> directoryOf(std::size_t index) const;
+    void forEach(std::size_t count, const std::function<void(std::size_t index)>& work) const;
 
     PagePosition m_first;
     const RunTogether& m_run;

@@ -106,7 +106,7 @@ void TiffFileBuilder::appendCopy(const CopiedPage& page, const TiffPage& source)
         onTarget([&] { m_staged->write(bytes); });
     };
     const std::span<std::uint8_t> buffer = copyBuffer();
-    put(buffer.first(readStrips(page, source.document(), buffer, put)));
+    put(buffer.first(readStrips(page.read.strips, source.document(), buffer, put)));
     onTarget([&] {
         m_staged->writeAt(directory.offset, directory.bytes);
         setNumber(m_linkAt, directory.offset, m_format.offsetBytes());
