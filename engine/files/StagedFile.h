@@ -81,9 +81,9 @@ public:
     /// std::runtime_error with the reason.
     std::uint64_t reserve(std::uint64_t bytes);
 
-    /// Writes within the room that was made last. Any thread, beside others that do the same and
-    /// nothing else; `resize` cuts off what could not be filled. Throws std::runtime_error with the
-    /// reason.
+    /// Writes within room that was made and is written to in no other way. Any thread, beside
+    /// others that do the same and beside one that goes on with the file behind it; `resize` cuts
+    /// off what could not be filled. Throws std::runtime_error with the reason.
     void fill(std::uint64_t offset, std::span<const std::uint8_t> bytes) const;
 
     /// Has `commit` give the file this modification time, in nanoseconds since 1970.

@@ -29,6 +29,7 @@ bool GatheredTiff::save(const QString& path, const QList<int>& range, const Tiff
     }
     MultiPageTiffWriter file(path, m_job.settings()->tiffCompressionIndex(),
                              static_cast<int>(range.size()));
+    file.setLater(m_supply.laterHelp());
     file.setCheck([this](StagedFile& complete) { look(complete); });
     try {
         gatherPages(file, path, range, document, logFiles);

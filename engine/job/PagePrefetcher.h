@@ -61,6 +61,9 @@ public:
         m_workers.runTogether(mostThreads, work);
     }
 
+    /// As RunLater, by the workers.
+    bool runLater(std::function<void()> work) { return m_workers.runLater(std::move(work)); }
+
 private:
     /// An item, when its page is 0, or a page that is looked at ahead.
     struct Step

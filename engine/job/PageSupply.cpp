@@ -82,6 +82,13 @@ RunTogether PageSupply::helpers()
     };
 }
 
+RunLater PageSupply::laterHelp()
+{
+    if (!m_prefetcher)
+        return {};
+    return [this](std::function<void()> work) { return m_prefetcher->runLater(std::move(work)); };
+}
+
 QString PageSupply::withRoom(const std::function<QString()>& attempt)
 {
     const QString reason = attempt();

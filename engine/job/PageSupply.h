@@ -2,6 +2,7 @@
 
 #include "engine/job/PagePrefetcher.h"
 #include "engine/plan/MirroredFolders.h"
+#include "engine/threads/RunLater.h"
 #include "engine/threads/RunTogether.h"
 #include "engine/threads/SpareThreads.h"
 
@@ -48,6 +49,7 @@ public:
 
     /// The workers; empty without them.
     RunTogether helpers();
+    RunLater laterHelp();
 
 private:
     const Process& m_job;

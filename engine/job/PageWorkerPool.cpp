@@ -191,11 +191,19 @@ void PageWorkerPool::work()
             if (m_waiting.empty())
                 self.giveBack();
             ++m_idle;
-            m_hasWork.wait(
-                lock, [this] { return m_isClosing || !m_waiting.empty() || m_placesInWork > 0; });
+            m_hasWork.wait(lock, [this] {
+                return m_isClosing || !m_waiting.empty() || m_placesInWork > 0 || !m_later.empty();
+            });
             --m_idle;
             if (m_isClosing)
                 return;
+            if (!m_later.empty()) {
+                const std::function<void()> next = std::move(m_later.front());
+                m_later.pop_front();
+                lock.unlock();
+                next();
+                continue;
+            }
             if (m_placesInWork > 0) {
                 joinWork(lock);
                 continue;
@@ -242,6 +250,18 @@ void PageWorkerPool::runTogether(int mostThreads, const std::function<void()>& w
     }
     lock.unlock(); // they are busy
     work();
+}
+
+bool PageWorkerPool::runLater(std::function<void()> work)
+{
+    if (m_threads.empty())
+        return false;
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_later.push_back(std::move(work));
+    }
+    m_hasWork.notify_one();
+    return true;
 }
 
 /// Under the lock, which is open meanwhile.

@@ -79,6 +79,9 @@ public:
     /// As RunTogether, by the threads that have nothing else to do; by the caller where none is.
     void runTogether(int mostThreads, const std::function<void()>& work);
 
+    /// As RunLater, before the pages that wait.
+    bool runLater(std::function<void()> work);
+
 private:
     /// The document that a worker has at hand, for the next page of the same source.
     struct Desk
@@ -110,6 +113,7 @@ private:
     std::condition_variable m_hasRoom;
     std::condition_variable m_hasSettled;
     std::deque<std::shared_ptr<PageTask>> m_waiting;
+    std::deque<std::function<void()>> m_later; ///< of `runLater`
     std::size_t m_idle = 0;
     std::size_t m_inWork = 0;
     bool m_isCopying = false; ///< the page begun last is only to be copied

@@ -140,8 +140,7 @@ std::vector<std::uint8_t> CopyBatch::directoryOf(std::size_t index) const
 }
 
 /// Side by side where there is enough to do.
-void CopyBatch::forEach(std::size_t count,
-                        const std::function<void(std::size_t index)>& work) const
+void CopyBatch::forEach(std::size_t count, const std::function<void(std::size_t index)>& work) const
 {
     constexpr std::size_t partsAThread = 2;
     std::atomic<std::size_t> next = 0;

@@ -36,7 +36,7 @@ EncodedPieces encodePieces(const PageSource& page, int compression)
     if (encoded.copy || !isRecoded(page, compression))
         return encoded;
     const TiffFormat format { .isBigTiff = true }; // the pieces have no limit here
-    auto bytes = std::make_unique<ByteSpool>();
+    auto bytes = std::make_shared<ByteSpool>();
     bytes->writeAt(0, std::vector<std::uint8_t>(format.headerBytes()));
     TiffPageStream sink(*bytes, format);
     page.tiffPage()->messages().takeDiagnostics(); // the tags are read once more for the file

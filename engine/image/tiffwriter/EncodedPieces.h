@@ -26,7 +26,8 @@ struct EncodedPieces
         std::uint64_t size;
     };
     std::vector<Piece> pieces; ///< in the order in which an encoder writes them
-    std::unique_ptr<ByteSpool> bytes;
+    std::shared_ptr<ByteSpool> bytes;
+    bool isRoomOnly = false; ///< somebody else brings the bytes: there is only room made for them
     PageDiagnostics diagnostics; ///< of the page's pixels
     /// A page to be copied from its source instead; nothing was found then.
     std::optional<CopiedPage> copy;

@@ -162,7 +162,7 @@ void MultiPageTiffWriter::begin(bool bigTiff)
 try {
     m_assembly.reset();
     m_assembly = std::make_unique<TiffFileBuilder>(m_path, m_compression, m_plannedPages, bigTiff,
-                                                   m_limitBytes);
+                                                   m_limitBytes, m_later);
     for (const std::shared_ptr<const PageSource>& page : m_pages) {
         m_assembly->append(*page);
         if (const TiffPage* read = page->tiffPage()) {
@@ -180,8 +180,9 @@ std::unique_ptr<StagedFile> MultiPageTiffWriter::finish()
 {
     if (m_pages.empty() && m_failureReason.isEmpty())
         m_failureReason = u"no page could be read"_s;
-    if (!m_failureReason.isEmpty())
+    if (!m_failureReason.isEmpty() && !m_isEnded)
         throw std::runtime_error(m_failureReason.toStdString());
+    m_isEnded = true;
     return m_finished ? std::move(m_finished) : m_assembly->finish();
 }
 

@@ -26,10 +26,14 @@ public:
     MultiPageTiffWriter(QString path, int compressionIndex, int plannedPages,
                         std::uint64_t limitBytes = classicLimitBytes);
 
+    /// Encoded pieces are written by `later`, beside what follows. Before the first page.
+    void setLater(RunLater later) { m_later = std::move(later); }
+
     /// Adds the page, or its `pieces` from `encodePieces` with the same compression. Throws
     /// std::runtime_error when the page cannot be decoded completely; the staged file is then as it
     /// was before. The failure of a target that takes no more (full disk, no permission) is kept
-    /// for `commit`; this page and later ones then only count as gathered.
+    /// for `commit`; this page and later ones then only count as gathered. Of pieces that are
+    /// written beside, it shows with a later page or with `commit`.
     void append(const std::shared_ptr<const PageSource>& page, const EncodedPieces& pieces = {});
 
     /// Adds as many of `pages`, in succession and of one file, as can be copied at once by the
@@ -55,7 +59,8 @@ public:
     int pageCount() const { return static_cast<int>(m_pages.size()); } ///< gathered so far
 
     /// Returns the complete file, to be put in place; ends the gathering. Throws std::runtime_error
-    /// if nothing was gathered or the file could not be written.
+    /// if nothing was gathered or the file could not be written; of pieces that were written
+    /// beside, another call may be luckier.
     std::unique_ptr<StagedFile> finish();
 
     /// Puts the file in place, with `expected` as for StagedFile::commit. On a failure returns
@@ -85,6 +90,8 @@ private:
     std::unique_ptr<TiffFileBuilder> m_assembly; ///< null before the first page
     std::unique_ptr<StagedFile> m_finished; ///< only to be put in place
     std::size_t m_lastCopies = 0; ///< pages that the last `appendCopies` added
+    bool m_isEnded = false; ///< all pages were taken: what fails since may be tried again
+    RunLater m_later;
     std::function<void(StagedFile& file)> m_check;
     QString m_failureReason;
 };

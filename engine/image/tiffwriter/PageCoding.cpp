@@ -93,7 +93,10 @@ void copyPieces(tiff* to, const TiffPage& page, const EncodedPieces& pieces)
 {
     page.reader().adopt(page.index(), pieces.diagnostics);
     for (const EncodedPieces::Piece& piece : pieces.pieces)
-        putPiece(to, piece, [&](std::uint64_t at, auto part) { pieces.bytes->readAt(at, part); });
+        putPiece(to, piece, [&](std::uint64_t at, auto part) {
+            if (!pieces.isRoomOnly)
+                pieces.bytes->readAt(at, part);
+        });
 }
 
 bool tilesAreOfOddSize(const TiffPageTags& tags)

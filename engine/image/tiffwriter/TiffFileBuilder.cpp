@@ -31,7 +31,7 @@ namespace {
 } // namespace
 
 TiffFileBuilder::TiffFileBuilder(const QString& path, int compression, int plannedPages,
-                                 bool bigTiff, std::uint64_t classicLimitBytes)
+                                 bool bigTiff, std::uint64_t classicLimitBytes, RunLater later)
     : m_compression(compression)
     , m_plannedPages(plannedPages)
     , m_format { .isBigTiff = bigTiff }
@@ -39,6 +39,7 @@ TiffFileBuilder::TiffFileBuilder(const QString& path, int compression, int plann
     , m_end(m_format.headerBytes())
     , m_linkAt(m_format.firstLinkAt())
     , m_messages(QFileInfo(path).fileName())
+    , m_carrier(std::move(later))
 {
     std::vector<std::uint8_t> header { 'I', 'I', static_cast<std::uint8_t>(bigTiff ? 43 : 42), 0 };
     if (bigTiff)
@@ -52,6 +53,7 @@ TiffFileBuilder::TiffFileBuilder(const QString& path, int compression, int plann
 
 void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces)
 {
+    onTarget([this] { m_carrier.retry(); });
     cutToPages();
     if (pieces.copy && !m_format.isBigTiff)
         return appendCopy(*pieces.copy, *page.tiffPage());
@@ -89,7 +91,10 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces
         throw;
     }
     const std::set<unsigned> written = onTarget([&] { return linkDirectory(directory, texts); });
+    const std::uint64_t begin = m_end;
     endPage(source);
+    if (m_carrier.takes(pieces))
+        m_carrier.add(pieces, *m_staged, begin);
     if (source != nullptr && !source->treatment().stripsMetadata)
         source->messages().setLeftOutTags(leftOutTags(*source, written, isShown) + more.leftOut);
 }
@@ -189,7 +194,15 @@ void TiffFileBuilder::encode(const PageSource& page, const EncodedPieces& pieces
 {
     // The handle writes when it is closed, too: that has to be over before the sink is looked at.
     const TiffHandle handle = openTiff(sink, m_format.isBigTiff ? "w8" : "w", m_messages);
-    writeTiffPage(handle.get(), page, m_compression, { m_pages, m_plannedPages }, pieces);
+    if (m_carrier.takes(pieces)) {
+        EncodedPieces room = pieces;
+        room.isRoomOnly = true;
+        sink.setReserve([this](std::uint64_t bytes) { m_staged->reserve(bytes); });
+        writeTiffPage(handle.get(), page, m_compression, { m_pages, m_plannedPages }, room);
+        sink.setReserve({});
+    } else {
+        writeTiffPage(handle.get(), page, m_compression, { m_pages, m_plannedPages }, pieces);
+    }
     // libtiff takes a text up to its first end mark: linkDirectory puts those within in their
     // place.
     for (const TextList& text : texts)
@@ -234,6 +247,7 @@ void TiffFileBuilder::setNumber(std::uint64_t offset, std::uint64_t value, std::
 
 std::unique_ptr<StagedFile> TiffFileBuilder::finish()
 {
+    m_carrier.finish();
     cutToPages(); // of a last page that could not be added
     // A cancelled run, or a page that could not be read, leaves fewer pages than were planned.
     if (m_pages != m_plannedPages)

@@ -6,6 +6,7 @@
 #include "engine/image/tiff/TiffMessages.h"
 #include "engine/image/tiffwriter/CopyBatch.h"
 #include "engine/image/tiffwriter/EncodedPieces.h"
+#include "engine/image/tiffwriter/PieceCarrier.h"
 #include "engine/image/tiffwriter/TiffTagCopy.h"
 
 #include <cstdint>
@@ -35,13 +36,15 @@ public:
         using std::runtime_error::runtime_error;
     };
 
-    /// `compression` is the value of the Compression tag. Throws WriteFailure.
+    /// `compression` is the value of the Compression tag; `later`, if there is one, writes encoded
+    /// pieces beside. Throws WriteFailure.
     TiffFileBuilder(const QString& path, int compression, int plannedPages, bool bigTiff,
-                    std::uint64_t classicLimitBytes);
+                    std::uint64_t classicLimitBytes, RunLater later);
 
     /// Adds a page, or its `pieces` (see writeTiffPage), at the end. Throws std::runtime_error when
-    /// it cannot be decoded, WriteFailure, or TooLarge; the pages before it then stay as they are,
-    /// and another call may follow. Tags that are left out are noted with the page's messages.
+    /// it cannot be decoded, WriteFailure, also of pages before it, or TooLarge; the pages before
+    /// it then stay as they are, and another call may follow. Tags that are left out are noted with
+    /// the page's messages.
     void append(const PageSource& page, const EncodedPieces& pieces = {});
 
     /// Adds as many of `pages`, in succession and of one file, as are copied without libtiff and
@@ -53,7 +56,8 @@ public:
     /// added, if nothing was added since. Throws WriteFailure.
     void keepOfCopies(std::size_t count);
 
-    /// Returns the complete file; ends the assembly. Throws std::runtime_error.
+    /// Returns the complete file; ends the assembly. Throws std::runtime_error; another call may
+    /// follow.
     std::unique_ptr<StagedFile> finish();
 
 private:
@@ -87,6 +91,7 @@ private:
         std::vector<CopyBatch::Place> places;
     };
     Batch m_batch;
+    PieceCarrier m_carrier; ///< last: it writes to the staged file
 };
 
 } // namespace pagestack

@@ -59,7 +59,14 @@ void TiffPageStream::write(std::uint64_t offset, std::span<const std::uint8_t> b
         m_isFull = true;
         throw std::runtime_error("the file is full");
     }
-    guarded([&] { m_staged.writeAt(offset + inHeader, bytes); });
+    if (m_reserve && offset + inHeader != m_staged.size())
+        throw std::runtime_error("the page cannot be encoded"); // the room would be elsewhere
+    guarded([&] {
+        if (m_reserve)
+            m_reserve(bytes.size());
+        else
+            m_staged.writeAt(offset + inHeader, bytes);
+    });
 }
 
 std::uint64_t TiffPageStream::directoryOffset() const

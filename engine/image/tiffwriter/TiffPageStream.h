@@ -3,6 +3,7 @@
 #include "engine/image/tiff/TiffDirectory.h"
 #include "engine/image/tiff/TiffStream.h"
 
+#include <functional>
 #include <limits>
 #include <string>
 #include <vector>
@@ -20,6 +21,13 @@ public:
     /// `staged` is borrowed and becomes no larger than `limitBytes`.
     TiffPageStream(ByteFile& staged, const TiffFormat& format,
                    std::uint64_t limitBytes = std::numeric_limits<std::uint64_t>::max());
+
+    /// From now on what is appended is not written: `reserve` makes room for so many bytes at the
+    /// end instead. Null: it is written again.
+    void setReserve(std::function<void(std::uint64_t bytes)> reserve)
+    {
+        m_reserve = std::move(reserve);
+    }
 
     std::uint64_t sizeBytes() override;
     std::size_t read(std::uint64_t offset, std::span<std::uint8_t> bytes) override;
@@ -40,6 +48,7 @@ private:
     TiffFormat m_format;
     std::vector<std::uint8_t> m_header;
     std::uint64_t m_limitBytes;
+    std::function<void(std::uint64_t bytes)> m_reserve;
     bool m_isFull = false;
     std::string m_writeError;
 };

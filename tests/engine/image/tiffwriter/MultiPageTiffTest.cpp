@@ -7,7 +7,9 @@
 
 #include <tiffio.h>
 
+#include <functional>
 #include <new>
+#include <thread>
 
 namespace {
 
@@ -429,6 +431,63 @@ private slots:
             QCOMPARE(bytesOf(m_out), QByteArray("old"));
         }
         QCOMPARE(namesIn(m_folder.path()), (QStringList { u"out.tiff"_s, u"page.tif"_s }));
+    }
+
+    // Pieces that other threads brought to their places lay elsewhere, or were missing where no
+    // thread came, or where the disk was full for them.
+    void isTheSameWhoeverWritesThePieces()
+    {
+        TestPage page("bits=8 width=500 height=400 rows=50");
+        page.sample = [](int x, int y, int) { return (x * x * 31 + y * y * 17) >> 3 & 255; };
+        writeTiff(m_source, QList<TestPage>(20, page));
+        const TiffDocument source(m_source);
+        std::vector<std::jthread> threads;
+        std::vector<std::function<void()>> works;
+        const auto writer = [&](const RunLater& later) {
+            putBytes(m_out, "old");
+            auto file = std::make_unique<MultiPageTiffWriter>(m_out, 3, 20);
+            file->setLater(later);
+            for (int i = 0; i < 20; ++i) {
+                const auto one = source.page(i).sharedSource();
+                file->append(one, encodePieces(*one, COMPRESSION_LZW));
+            }
+            return file;
+        };
+        QVERIFY(writer({})->commit());
+        const QByteArray wanted = bytesOf(m_out);
+        QVERIFY(wanted.size() > qsizetype { 20 } * 64 * 1024);
+        const RunLater onFullDisk = [](const std::function<void()>& work) {
+            const FileSizeLimit disk(5000);
+            work();
+            return true;
+        };
+        const std::vector<RunLater> ways {
+            [](const std::function<void()>&) { return false; },
+            [&](const std::function<void()>& work) { // too late
+                works.push_back(work);
+                return true;
+            },
+            [&](const std::function<void()>& work) {
+                threads.emplace_back(work);
+                return true;
+            },
+            onFullDisk,
+        };
+        for (const RunLater& way : ways) {
+            QVERIFY(writer(way)->commit());
+            QVERIFY(bytesOf(m_out) == wanted);
+        }
+        for (const std::function<void()>& work : works)
+            work();
+        const auto file = writer(onFullDisk);
+        {
+            const FileSizeLimit disk(5000);
+            QVERIFY(!file->commit());
+        }
+        QVERIFY(file->failureReason().contains(u"File too large"_s));
+        QCOMPARE(bytesOf(m_out), QByteArray("old"));
+        QVERIFY(file->commit()); // there is room again
+        QVERIFY(bytesOf(m_out) == wanted);
     }
 
     void losesNoPageForWantOfMemory()
