@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <stdexcept>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 #include <utility>
 
@@ -233,6 +234,13 @@ std::uint64_t StagedFile::reserve(std::uint64_t bytes)
 void StagedFile::fill(std::uint64_t offset, std::span<const std::uint8_t> bytes) const
 {
     writeFully(m_file, offset, bytes);
+}
+
+std::uint64_t StagedFile::freeBytes() const
+{
+    struct statvfs disk = {};
+    const bool isTold = ::fstatvfs(m_file, &disk) == 0;
+    return isTold ? std::uint64_t { disk.f_bavail } * disk.f_frsize : 0;
 }
 
 int StagedFile::openForReading()

@@ -86,6 +86,9 @@ public:
     /// off what could not be filled. Throws std::runtime_error with the reason.
     void fill(std::uint64_t offset, std::span<const std::uint8_t> bytes) const;
 
+    /// What the disk still takes, as far as it says so: without that 0.
+    std::uint64_t freeBytes() const;
+
     /// Has `commit` give the file this modification time, in nanoseconds since 1970.
     void setModified(std::int64_t timeNs) { m_modifiedNs = timeNs; }
 

@@ -60,6 +60,7 @@ struct PieceCarrier::Road
     std::deque<Load> waiting;
     std::deque<Load> failed;
     std::size_t inWork = 0;
+    std::uint64_t bytes = 0; ///< of all that is not done
 
     /// Carries the first that waits, if one does.
     void carryNext()
@@ -71,6 +72,7 @@ struct PieceCarrier::Road
         waiting.pop_front();
         ++inWork;
         lock.unlock();
+        const std::uint64_t size = load.bytes->size();
         bool isDone = true;
         try {
             load.carry();
@@ -79,7 +81,9 @@ struct PieceCarrier::Road
             isDone = false; // the thread of the carrier does it again and meets the same
         }
         lock.lock();
-        if (!isDone)
+        if (isDone)
+            bytes -= size;
+        else
             failed.push_back(std::move(load));
         --inWork;
         isShorter.notify_all();
@@ -99,9 +103,23 @@ PieceCarrier::~PieceCarrier()
     m_road->isShorter.wait(lock, [this] { return m_road->inWork == 0; });
 }
 
-bool PieceCarrier::takes(const EncodedPieces& pieces) const
+bool PieceCarrier::takes(const EncodedPieces& pieces, const StagedFile& file)
 {
-    return m_later && pieces.bytes && pieces.bytes->size() >= fewestBytes;
+    if (!m_later || !pieces.bytes || pieces.bytes->size() < fewestBytes)
+        return false;
+    const bool isRoomy = hasRoom(pieces.bytes->size(), file);
+    if (!isRoomy)
+        finish();
+    return isRoomy;
+}
+
+/// For what comes meanwhile, such as directories, too. Pages that are prepared ahead are dropped
+/// before they take the last of it.
+bool PieceCarrier::hasRoom(std::uint64_t bytes, const StagedFile& file) const
+{
+    constexpr std::uint64_t reserve = std::uint64_t { 32 } * 1024 * 1024;
+    const std::scoped_lock lock(m_road->mutex);
+    return m_road->bytes + bytes + reserve <= file.freeBytes();
 }
 
 void PieceCarrier::add(const EncodedPieces& pieces, const StagedFile& file, std::uint64_t begin)
@@ -110,6 +128,7 @@ void PieceCarrier::add(const EncodedPieces& pieces, const StagedFile& file, std:
     {
         const std::scoped_lock lock(m_road->mutex);
         m_road->waiting.push_back({ pieces.pieces, pieces.bytes, &file, begin });
+        m_road->bytes += pieces.bytes->size();
     }
     if (!m_later([road = m_road] { road->carryNext(); }))
         m_road->carryNext();
@@ -141,6 +160,7 @@ void PieceCarrier::retry()
         load.carry();
         back.dismiss();
         lock.lock();
+        m_road->bytes -= load.bytes->size();
     }
 }
 

@@ -15,7 +15,7 @@ class StagedFile;
 class PieceCarrier
 {
 public:
-    /// Without `later` there are no other threads: nothing is to be added.
+    /// Without `later` there are no other threads, and nothing is taken.
     explicit PieceCarrier(RunLater later);
 
     /// Waits for what is in work; the rest is left undone.
@@ -23,8 +23,10 @@ public:
     PieceCarrier(const PieceCarrier&) = delete;
     PieceCarrier& operator=(const PieceCarrier&) = delete;
 
-    /// Whether these are worth the way.
-    bool takes(const EncodedPieces& pieces) const;
+    /// Whether these are to be added: it is worth the way, and there is room in `file` for all that
+    /// is on it. Where that is scarce, who writes them at once needs it no longer twice: then
+    /// returns as `finish`, and throws as that does.
+    bool takes(const EncodedPieces& pieces, const StagedFile& file);
 
     /// Has the pieces written, one behind the other, into the room of `file` from `begin` on, which
     /// is not cut until `finish` has returned.
@@ -41,6 +43,7 @@ private:
     struct Load;
     struct Road;
 
+    bool hasRoom(std::uint64_t bytes, const StagedFile& file) const;
     void awaitAtMost(std::size_t loads);
 
     const RunLater m_later;

@@ -53,7 +53,10 @@ TiffFileBuilder::TiffFileBuilder(const QString& path, int compression, int plann
 
 void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces)
 {
-    onTarget([this] { m_carrier.retry(); });
+    const bool isCarried = onTarget([&] {
+        m_carrier.retry();
+        return m_carrier.takes(pieces, *m_staged);
+    });
     cutToPages();
     if (pieces.copy && !m_format.isBigTiff)
         return appendCopy(*pieces.copy, *page.tiffPage());
@@ -76,7 +79,7 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces
             isShown = !keepsSamples(page);
             more = tiffMetadata(*source, isShown);
         }
-        encode(page, pieces, texts, sink);
+        encode(page, pieces, isCarried, texts, sink);
         directory = sink.directoryOffset();
         if (!more.isEmpty())
             directory = extendDirectory(sink, m_format, directory, more);
@@ -93,7 +96,7 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces
     const std::set<unsigned> written = onTarget([&] { return linkDirectory(directory, texts); });
     const std::uint64_t begin = m_end;
     endPage(source);
-    if (m_carrier.takes(pieces))
+    if (isCarried)
         m_carrier.add(pieces, *m_staged, begin);
     if (source != nullptr && !source->treatment().stripsMetadata)
         source->messages().setLeftOutTags(leftOutTags(*source, written, isShown) + more.leftOut);
@@ -189,12 +192,12 @@ void TiffFileBuilder::cutToPages()
     });
 }
 
-void TiffFileBuilder::encode(const PageSource& page, const EncodedPieces& pieces,
+void TiffFileBuilder::encode(const PageSource& page, const EncodedPieces& pieces, bool isRoomOnly,
                              const std::vector<TextList>& texts, TiffPageStream& sink)
 {
     // The handle writes when it is closed, too: that has to be over before the sink is looked at.
     const TiffHandle handle = openTiff(sink, m_format.isBigTiff ? "w8" : "w", m_messages);
-    if (m_carrier.takes(pieces)) {
+    if (isRoomOnly) {
         EncodedPieces room = pieces;
         room.isRoomOnly = true;
         sink.setReserve([this](std::uint64_t bytes) { m_staged->reserve(bytes); });

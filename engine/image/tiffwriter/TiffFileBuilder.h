@@ -62,7 +62,7 @@ public:
 
 private:
     void appendCopy(const CopiedPage& page, const TiffPage& source);
-    void encode(const PageSource& page, const EncodedPieces& pieces,
+    void encode(const PageSource& page, const EncodedPieces& pieces, bool isRoomOnly,
                 const std::vector<TextList>& texts, TiffPageStream& sink);
     void endPage(const TiffPage* source);
     void keepDate(const TiffPage& source);
