@@ -1,6 +1,7 @@
 #include "engine/image/tiff/PlainDirectory.h"
 
 #include "engine/image/pixels/ByteOrder.h"
+#include "engine/image/tiff/JpegSampling.h"
 #include "engine/image/tiff/OpenTiffFile.h"
 #include "engine/image/tiff/TiffLimits.h"
 
@@ -17,6 +18,7 @@ namespace {
 
     constexpr std::uint64_t mostStrips = 8192; // many pages are held at once
     constexpr std::uint64_t longestTextBytes = 4096;
+    constexpr std::uint64_t longestTablesBytes = 4096;
     constexpr std::uint64_t dateBytes = 20; // TIFF 6.0, section 8, DateTime
     constexpr std::uint32_t largestWholeNumber = 1U << 24U; // that a float holds, and all below
 
@@ -38,7 +40,10 @@ namespace {
                     return std::nullopt;
                 last = value.tag;
             }
-            if (!hasKnownSamples() || !hasKnownCoding() || !hasKnownRest() || !joinStrips())
+            if (m_tags.photometric == PHOTOMETRIC_YCBCR && !m_read.hasSubsampling)
+                m_tags.horizontalSubsampling = m_tags.verticalSubsampling = 2;
+            if (!hasKnownSamples() || !hasKnownCoding() || !hasKnownRest() || !joinStrips()
+                || !hasKnownSubsampling())
                 return std::nullopt;
             checkEncodedSize({ m_read.stripBytes, m_tags.decodedBytes() }, m_tags,
                              m_file.sizeBytes());
@@ -104,6 +109,14 @@ namespace {
             case TIFFTAG_PREDICTOR:
                 m_hasPredictor = true;
                 return takeShort(value, m_tags.predictor);
+            case TIFFTAG_JPEGTABLES:
+                return takeJpegTables(value);
+            case TIFFTAG_YCBCRSUBSAMPLING:
+                return takeSubsampling(value);
+            case TIFFTAG_YCBCRPOSITIONING:
+                return takeShort(value, m_read.samplePositions.emplace());
+            case TIFFTAG_REFERENCEBLACKWHITE:
+                return takeBlackAndWhite(value);
             case TIFFTAG_SAMPLEFORMAT:
                 m_read.hasSampleFormat = true;
                 m_formatCount = value.count;
@@ -183,6 +196,41 @@ namespace {
             return true;
         }
 
+        bool takeJpegTables(const TiffTagValue& value)
+        {
+            if (value.type != TIFF_UNDEFINED || value.count <= 4
+                || value.count > longestTablesBytes)
+                return false;
+            m_read.jpegTables.resize(value.count);
+            readAt(value.offset, m_read.jpegTables);
+            return true;
+        }
+
+        bool takeSubsampling(const TiffTagValue& value)
+        {
+            if (value.type != TIFF_SHORT || value.count != 2)
+                return false;
+            m_read.hasSubsampling = true;
+            m_tags.horizontalSubsampling = static_cast<int>(numberAt(value.offset, 2));
+            m_tags.verticalSubsampling = static_cast<int>(numberAt(value.offset + 2, 2));
+            return true;
+        }
+
+        bool takeBlackAndWhite(const TiffTagValue& value)
+        {
+            constexpr std::uint64_t numbers = 6;
+            if (value.type != TIFF_RATIONAL || value.count != numbers)
+                return false;
+            for (std::uint64_t i = 0; i < numbers; ++i) {
+                const std::uint32_t above = numberAt(value.offset + 8 * i, 4);
+                const std::uint32_t below = numberAt(value.offset + 8 * i + 4, 4);
+                if (below == 0 || above % below != 0 || above / below > largestWholeNumber)
+                    return false;
+                m_read.blackAndWhite.push_back(above / below);
+            }
+            return true;
+        }
+
         bool takeText(const TiffTagValue& value)
         {
             if (value.type != TIFF_ASCII || value.count < 2 || value.count > longestTextBytes
@@ -213,14 +261,15 @@ namespace {
         bool hasKnownSamples() const
         {
             constexpr std::array depths { 1, 2, 4, 8, 16 };
-            const bool isRgb = m_tags.photometric == PHOTOMETRIC_RGB;
+            const bool isColor
+                = m_tags.photometric == PHOTOMETRIC_RGB || m_tags.photometric == PHOTOMETRIC_YCBCR;
             const bool isGray = m_hasPhotometric
                 && (m_tags.photometric == PHOTOMETRIC_MINISWHITE
                     || m_tags.photometric == PHOTOMETRIC_MINISBLACK);
             const auto samples = static_cast<std::uint64_t>(m_tags.samplesPerPixel);
             return std::ranges::find(depths, m_tags.bitsPerSample) != depths.end()
                 && ((isGray && samples == 1)
-                    || (isRgb && samples == 3 && m_tags.bitsPerSample >= 8))
+                    || (isColor && samples == 3 && m_tags.bitsPerSample >= 8))
                 && m_bitsCount == samples
                 && (!m_read.hasSampleFormat
                     || (m_tags.sampleFormat == SAMPLEFORMAT_UINT && m_formatCount == samples));
@@ -228,6 +277,13 @@ namespace {
 
         bool hasKnownCoding() const
         {
+            const bool isJpeg = m_tags.compression == COMPRESSION_JPEG;
+            const bool isYcbcr = m_tags.photometric == PHOTOMETRIC_YCBCR;
+            if ((isYcbcr || !m_read.jpegTables.empty()) && !isJpeg)
+                return false;
+            if ((m_read.hasSubsampling || m_read.samplePositions || !m_read.blackAndWhite.empty())
+                && !isYcbcr)
+                return false;
             switch (m_tags.compression) {
             case COMPRESSION_CCITTRLE:
             case COMPRESSION_CCITTFAX3:
@@ -240,6 +296,9 @@ namespace {
                     || (m_tags.predictor == PREDICTOR_HORIZONTAL && m_tags.bitsPerSample >= 8);
             case COMPRESSION_PACKBITS:
                 return !m_hasPredictor;
+            case COMPRESSION_JPEG:
+                return m_tags.bitsPerSample == 8 && m_tags.fillOrder == FILLORDER_MSB2LSB
+                    && !m_hasPredictor;
             default:
                 return false;
             }
@@ -281,6 +340,22 @@ namespace {
                 m_read.stripBytes += strip.bytes;
             }
             return true;
+        }
+
+        /// libtiff takes that of the JPEG data where the tag says something else.
+        bool hasKnownSubsampling() const
+        {
+            if (m_tags.photometric != PHOTOMETRIC_YCBCR)
+                return true;
+            constexpr std::uint64_t mostBytes = 1024;
+            const PlainDirectory::Strip& strip = m_read.strips.front();
+            std::array<std::uint8_t, mostBytes> start = {};
+            const auto held = std::span(start).first(std::min(mostBytes, strip.bytes));
+            readAt(strip.offset, held);
+            const auto isKnown = [](int samples) { return samples == 1 || samples == 2; };
+            return isKnown(m_tags.horizontalSubsampling) && isKnown(m_tags.verticalSubsampling)
+                && jpegSampling(held)
+                == std::pair { m_tags.horizontalSubsampling, m_tags.verticalSubsampling };
         }
 
         const OpenTiffFile& m_file;

@@ -14,8 +14,8 @@ namespace pagestack {
 class OpenTiffFile;
 
 /// The directory of a compressed page of strips that has only common tags, with values of which
-/// libtiff has nothing to say: gray or RGB, whole numbers as resolution, sound strips. Most scans
-/// are of this kind, and it is read in a tenth of the time that libtiff takes.
+/// libtiff has nothing to say: gray, RGB or, as JPEG, YCbCr, whole numbers as resolution, sound
+/// strips. Most scans are of this kind, and it is read in a tenth of the time that libtiff takes.
 struct PlainDirectory
 {
     struct Strip
@@ -40,6 +40,10 @@ struct PlainDirectory
     std::optional<int> resolutionUnit;
     std::optional<std::pair<int, int>> pageNumber; ///< from 0, of how many
     std::optional<std::uint32_t> faxOptions; ///< T4Options or T6Options, as the compression is
+    std::vector<std::uint8_t> jpegTables;
+    bool hasSubsampling = false;
+    std::optional<int> samplePositions;
+    std::vector<std::uint32_t> blackAndWhite; ///< ReferenceBlackWhite, whole numbers
 };
 
 /// None where the page is of another kind, where its chain of directories has a fault, or where it

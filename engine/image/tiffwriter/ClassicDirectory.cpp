@@ -5,7 +5,6 @@
 #include <tiff.h>
 
 #include <algorithm>
-#include <array>
 #include <limits>
 
 namespace pagestack {
@@ -62,12 +61,19 @@ void ClassicDirectory::addNumber(unsigned tag, std::uint32_t value)
     m_entries.push_back({ tag, isShort ? TIFF_SHORT : TIFF_LONG, 1, value, false });
 }
 
-void ClassicDirectory::addWholeFraction(unsigned tag, std::uint32_t value)
+void ClassicDirectory::addWholeFractions(unsigned tag, std::span<const std::uint32_t> values)
 {
-    std::array<std::uint8_t, 8> bytes = {};
-    putNumber(std::span(bytes).first(4), value, false);
-    bytes[4] = 1;
-    add(tag, TIFF_RATIONAL, 1, bytes);
+    std::vector<std::uint8_t> bytes(values.size() * 8);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        putNumber(std::span(bytes).subspan(i * 8, 4), values[i], false);
+        bytes[i * 8 + 4] = 1;
+    }
+    add(tag, TIFF_RATIONAL, values.size(), bytes);
+}
+
+void ClassicDirectory::addBytes(unsigned tag, std::span<const std::uint8_t> bytes)
+{
+    add(tag, TIFF_UNDEFINED, bytes.size(), bytes);
 }
 
 void ClassicDirectory::addText(unsigned tag, std::span<const std::uint8_t> bytesWithEndMark)

@@ -18,7 +18,8 @@ public:
     /// SHORT where that holds it, else LONG.
     void addNumber(unsigned tag, std::uint32_t value);
     void addLongs(unsigned tag, std::span<const std::uint32_t> values);
-    void addWholeFraction(unsigned tag, std::uint32_t value);
+    void addWholeFractions(unsigned tag, std::span<const std::uint32_t> values);
+    void addBytes(unsigned tag, std::span<const std::uint8_t> bytes); ///< UNDEFINED
     void addText(unsigned tag, std::span<const std::uint8_t> bytesWithEndMark);
 
     /// The bytes for `offset` of the file, an even one. Long values lie in the order in which they

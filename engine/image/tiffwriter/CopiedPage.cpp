@@ -21,7 +21,13 @@ namespace {
     std::uint64_t plainStripBytes(const TiffPageTags& tags, std::size_t number)
     {
         const auto above = static_cast<std::uint32_t>(number) * tags.rowsPerStrip;
-        return tags.planeRowBytes() * std::min(tags.rowsPerStrip, tags.heightPx - above);
+        const std::uint32_t rows = std::min(tags.rowsPerStrip, tags.heightPx - above);
+        if (tags.photometric != PHOTOMETRIC_YCBCR)
+            return tags.planeRowBytes() * rows;
+        const auto across = static_cast<unsigned>(tags.horizontalSubsampling);
+        const auto down = static_cast<unsigned>(tags.verticalSubsampling);
+        return ((std::uint64_t { tags.widthPx } + across - 1) / across)
+            * ((std::uint64_t { rows } + down - 1) / down) * (across * down + 2);
     }
 
     /// As for those that libtiff copies: see SampleCopy.
@@ -45,7 +51,7 @@ namespace {
     void addByteCounts(ClassicDirectory& directory, const PlainDirectory& read)
     {
         constexpr std::array trusted { COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE,
-                                       COMPRESSION_DEFLATE };
+                                       COMPRESSION_DEFLATE, COMPRESSION_JPEG };
         const bool isSmall = read.strips.size() > 1
             && std::ranges::find(trusted, read.tags.compression) != trusted.end()
             && plainStripBytes(read.tags, 0) < mostIn16Bits / 10;
@@ -83,10 +89,10 @@ namespace {
         directory.addNumber(TIFFTAG_IMAGEWIDTH, tags.widthPx);
         directory.addNumber(TIFFTAG_IMAGELENGTH, tags.heightPx);
         if (read.hasResolution) {
-            directory.addWholeFraction(TIFFTAG_XRESOLUTION,
-                                       static_cast<std::uint32_t>(tags.resolution.x));
-            directory.addWholeFraction(TIFFTAG_YRESOLUTION,
-                                       static_cast<std::uint32_t>(tags.resolution.y));
+            directory.addWholeFractions(
+                TIFFTAG_XRESOLUTION, std::array { static_cast<std::uint32_t>(tags.resolution.x) });
+            directory.addWholeFractions(
+                TIFFTAG_YRESOLUTION, std::array { static_cast<std::uint32_t>(tags.resolution.y) });
         }
         directory.addLong(TIFFTAG_SUBFILETYPE,
                           position.total > 1 ? tags.subfileType | FILETYPE_PAGE : tags.subfileType);
@@ -110,6 +116,16 @@ namespace {
         directory.addLongs(TIFFTAG_STRIPOFFSETS, offsets);
         if (read.hasSampleFormat)
             directory.addShorts(TIFFTAG_SAMPLEFORMAT, std::vector(samples, tags.sampleFormat));
+        if (read.hasSubsampling)
+            directory.addShorts(
+                TIFFTAG_YCBCRSUBSAMPLING,
+                std::array { tags.horizontalSubsampling, tags.verticalSubsampling });
+        if (read.samplePositions)
+            directory.addShort(TIFFTAG_YCBCRPOSITIONING, *read.samplePositions);
+        if (!read.blackAndWhite.empty())
+            directory.addWholeFractions(TIFFTAG_REFERENCEBLACKWHITE, read.blackAndWhite);
+        if (!read.jpegTables.empty())
+            directory.addBytes(TIFFTAG_JPEGTABLES, read.jpegTables);
         if (read.faxOptions)
             directory.addLong(tags.compression == COMPRESSION_CCITTFAX3 ? TIFFTAG_GROUP3OPTIONS
                                                                         : TIFFTAG_GROUP4OPTIONS,
@@ -138,6 +154,8 @@ try {
     std::optional<PlainDirectory> read = plainDirectory(source->document(), source->index());
     if (!read || (!treatment.keepsCompression && read->tags.compression != compression)
         || becomesBilevel(read->tags, treatment)
+        // JPEG data may have Exif and comments of their own.
+        || (treatment.stripsMetadata && read->tags.compression == COMPRESSION_JPEG)
         || (source->document().isBigEndian() && read->tags.bitsPerSample > 8)
         || !hasSoundStrips(*read, source->document()))
         return std::nullopt;

@@ -202,7 +202,28 @@ private slots:
             TIFFSetField(to, TIFFTAG_PAGENUMBER, 4, 9);
             TIFFSetField(to, TIFFTAG_ROWSPERSTRIP, 4'000'000'000U);
         };
+        const auto sampled = [](const char* text, int across, int down) {
+            TestPage page(text);
+            page.moreTags = [=](tiff* to) {
+                const float range[] = { 0, 255, 128, 255, 128, 255 };
+                TIFFSetField(to, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+                TIFFSetField(to, TIFFTAG_YCBCRSUBSAMPLING, across, down);
+                TIFFSetField(to, TIFFTAG_JPEGTABLESMODE, 0);
+                TIFFSetField(to, TIFFTAG_YCBCRPOSITIONING, 2);
+                TIFFSetField(to, TIFFTAG_REFERENCEBLACKWHITE, range);
+            };
+            return page;
+        };
+        writeTiff(m_source, { sampled("jpeg rows=48", 2, 2) });
+        TestPage contradicting = sampled("jpeg rows=48", 1, 1);
+        contradicting.encoded = { readTiff(m_source)[0].encoded };
         const QList<TestPage> pages { described,
+                                      "jpeg",
+                                      "jpeg width=300 rows=32",
+                                      "compression=7 rows=16",
+                                      "rgb compression=7 rows=16",
+                                      sampled("jpeg width=300", 1, 1),
+                                      sampled("jpeg", 2, 1),
                                       "rgb compression=5 predictor=2 format=1",
                                       "rgb bits=16 compression=8 xy=72,72 unit=3",
                                       "width=6553 compression=5 rows=1",
@@ -213,7 +234,8 @@ private slots:
         byLibtiff.keepsCompression = true;
         for (const bool isStripped : { false, true })
             for (const char* const mode : { "wl", "wb" })
-                for (const QList<TestPage>& some : { pages, { described } }) {
+                for (const QList<TestPage>& some :
+                     { pages, { described }, { isStripped ? described : contradicting } }) {
                     byLibtiff.stripsMetadata = isStripped;
                     byLibtiff.expectedDpi = 0;
                     QVERIFY(collect(some, 0, mode, classicLimit, byLibtiff));
