@@ -218,6 +218,12 @@ void StagedFile::putAhead()
     m_temporary.clear();
 }
 
+bool StagedFile::isGone() const
+{
+    struct stat own = {};
+    return m_isAhead && (::fstat(m_file, &own) != 0 || own.st_nlink == 0);
+}
+
 /// What was put ahead can have been replaced or moved away by others since.
 void StagedFile::remove()
 {

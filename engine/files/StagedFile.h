@@ -101,8 +101,8 @@ public:
     /// Throws std::runtime_error when the file cannot be trusted.
     void putAhead();
 
-    /// Whether `putAhead` has given it its name.
-    bool isAhead() const { return m_isAhead; }
+    /// Whether another has removed what was put ahead, or taken its place.
+    bool isGone() const;
 
     /// A descriptor on all that was written, which the caller closes, before `commit`. Throws
     /// std::runtime_error with the reason.

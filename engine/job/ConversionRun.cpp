@@ -49,7 +49,7 @@ void ConversionRun::convertOutputs()
     const StopScope scope([this] { return !m_job.isCombining(); });
     const QList<OutputFile> plan = m_names.completed(m_job.outputFiles());
     tellForesights(plan);
-    m_supply.prepare(plan, [this](const QString& path) { return isWanted(path); });
+    m_supply.prepare(plan);
     for (qsizetype i = 0; i < plan.size(); ++i) {
         if (i > 0 && m_job.gate().endsAfterSource())
             m_job.stop();
@@ -220,11 +220,8 @@ void ConversionRun::savePage(const Source& source, PageImage& image, LogFile& re
     const QString sourcePath = source.document.path();
     const int page = record.sourcePageNo;
     PageOutcome outcome = PageOutcome::Skipped;
-    PrefetchedPage prepared = m_supply.take(source.document, page);
-    const bool isThere = prepared.file && prepared.file->isAhead();
-    bool isSkipped = !isThere && !isWanted(path);
-    const QString trouble
-        = isSkipped ? QString() : saveImage(source, image, page, path, std::move(prepared));
+    bool isSkipped = !isWanted(path);
+    const QString trouble = isSkipped ? QString() : saveImage(source, image, page, path);
     // Meanwhile something may have come to its place.
     isSkipped = isSkipped || (!trouble.isNull() && !isWanted(path));
     if (isSkipped) {
@@ -251,8 +248,11 @@ void ConversionRun::savePage(const Source& source, PageImage& image, LogFile& re
 
 /// Null when the page is in place, else the reason why not.
 QString ConversionRun::saveImage(const Source& source, PageImage& image, int page,
-                                 const QString& path, PrefetchedPage prepared)
+                                 const QString& path)
 {
+    PrefetchedPage prepared = m_supply.take(source.document, page);
+    if (prepared.file && prepared.file->isGone())
+        prepared = {}; // it is made again, as if its turn had been awaited
     // By a link: one page would be all that is left of the source.
     const bool isNew = prepared.file && prepared.file->isNew();
     if (!isNew && source.identity && fileIdentity(QFile::encodeName(path)) == source.identity) {

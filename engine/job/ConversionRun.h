@@ -64,8 +64,7 @@ private:
     void writePages(const Source& source, const QList<int>& range);
     void writePage(const Source& source, int page);
     void savePage(const Source& source, PageImage& image, LogFile& record);
-    QString saveImage(const Source& source, PageImage& image, int page, const QString& path,
-                      PrefetchedPage prepared);
+    QString saveImage(const Source& source, PageImage& image, int page, const QString& path);
 
     bool isWanted(const QString& outputPath) const;
 

@@ -4,6 +4,8 @@
 #include "engine/plan/MirroredFolders.h"
 #include "engine/settings/Settings.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 #include <sys/resource.h>
 #include <tuple>
@@ -15,7 +17,7 @@ namespace {
 
     // A source of one page takes two steps, and pages that take long may lie apart.
     constexpr std::size_t stepsAWorker = 12;
-    constexpr std::size_t fewestSteps = 64;
+    constexpr std::size_t fewestSteps = 40;
 
     /// A step can hold its source and its output open. Most of what may be open is left to the
     /// rest of the program.
@@ -41,6 +43,7 @@ PagePrefetcher::PagePrefetcher(QList<OutputFile> plan, const Settings& settings,
     , m_threads(threads)
     , m_folders(folders)
     , m_isWanted(std::move(isWanted))
+    , m_putsAhead(!m_isWanted && !isKeptTogether(settings))
     , m_isRunning(isRunning)
     , m_mostSteps(stepsAhead(workers))
     , m_workers(workers, threads, std::move(isRunning))
@@ -84,10 +87,11 @@ PrefetchedPage PagePrefetcher::take(const TiffDocument& document, int page)
 }
 
 /// Only once the source has begun may files of its pages have their names: what was there before is
-/// noted then.
+/// noted then. Never where files that are there may be left alone: another run that does the same
+/// would count on one that a cancel takes back.
 void PagePrefetcher::beginPages()
 {
-    if (std::exchange(m_hasBegun, true) || isKeptTogether(m_settings))
+    if (std::exchange(m_hasBegun, true) || !m_putsAhead)
         return;
     for (const Step& step : m_steps)
         if (step.task && step.place == m_place)
@@ -141,9 +145,11 @@ void PagePrefetcher::lookAhead()
     // Several at a time: to wake a worker for each costs more than a small page.
     if (m_steps.size() > m_mostSteps / 2)
         return;
+    const auto hand = qScopeGuard([this] { // whatever ends the look ahead: they are waited for
+        m_workers.add(m_found);
+        m_found.clear();
+    });
     while (m_isRunning() && m_steps.size() < m_mostSteps && lookAtNext()) { }
-    m_workers.add(m_found);
-    m_found.clear();
 }
 
 /// False when nothing follows.
@@ -194,7 +200,7 @@ void PagePrefetcher::lookAtPage(const OutputFile& output, int page)
                                .verifies = m_options.verifies,
                                .needsDigest = m_options.needsDigests(),
                                .reencodes = m_options.reencodes };
-        step.task->isPutAhead = m_hasBegun && step.place == m_place && !isTogether;
+        step.task->isPutAhead = m_putsAhead && m_hasBegun && step.place == m_place;
         m_found.push_back(step.task);
     }
     m_steps.push_back(std::move(step));
@@ -203,7 +209,7 @@ void PagePrefetcher::lookAtPage(const OutputFile& output, int page)
 bool PagePrefetcher::isWanted(const QString& path) const
 {
     try {
-        return m_isWanted(path);
+        return !m_isWanted || m_isWanted(path);
     } catch (...) {
         return false; // it is asked again when it is the turn of the output
     }

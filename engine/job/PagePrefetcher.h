@@ -31,8 +31,9 @@ public:
     using Flag = PageWorkerPool::Flag;
 
     /// Prepares with `workers` threads what `plan`, `settings` and `options` ask for, except for
-    /// targets that `isWanted` refuses. Those that are idle, out of `threads`, help with large
-    /// pages. `settings`, `threads` and `folders` are borrowed; for `isRunning` see PageWorkerPool.
+    /// targets that `isWanted`, where there is one, refuses. Those that are idle, out of `threads`,
+    /// help with large pages. `settings`, `threads` and `folders` are borrowed; for `isRunning` see
+    /// PageWorkerPool.
     PagePrefetcher(QList<OutputFile> plan, const Settings& settings, RunOptions options,
                    int workers, SpareThreads& threads, MirroredFolders& folders,
                    TargetFilter isWanted, Flag isRunning);
@@ -91,6 +92,7 @@ private:
     SpareThreads& m_threads;
     MirroredFolders& m_folders;
     const TargetFilter m_isWanted;
+    const bool m_putsAhead; ///< files get their names before their turn
     const Flag m_isRunning;
     const std::size_t m_mostSteps;
 

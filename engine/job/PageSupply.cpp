@@ -37,7 +37,7 @@ PageSupply::PageSupply(const Process& job, const RunSetup& options)
 
 PageSupply::~PageSupply() = default;
 
-void PageSupply::prepare(const QList<OutputFile>& plan, const TargetFilter& isWanted)
+void PageSupply::prepare(const QList<OutputFile>& plan)
 {
     if (m_jobs == 1 || !hasSeveralPages(plan))
         return;
@@ -48,8 +48,9 @@ void PageSupply::prepare(const QList<OutputFile>& plan, const TargetFilter& isWa
                        isCombining);
     };
     if (!(m_options.hasHazards ? *m_options.hasHazards : planned().hasHazards()))
-        m_prefetcher = std::make_unique<PagePrefetcher>(
-            plan, settings, m_options.choices, m_jobs, m_threads, m_folders, isWanted, isCombining);
+        m_prefetcher
+            = std::make_unique<PagePrefetcher>(plan, settings, m_options.choices, m_jobs, m_threads,
+                                               m_folders, m_options.targetFilter, isCombining);
 }
 
 QString PageSupply::makeFolderFor(const QString& outputPath)

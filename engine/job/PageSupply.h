@@ -19,8 +19,6 @@ struct RunSetup;
 class PageSupply
 {
 public:
-    using TargetFilter = PagePrefetcher::TargetFilter;
-
     /// Both are borrowed.
     PageSupply(const Process& job, const RunSetup& options);
     ~PageSupply();
@@ -28,8 +26,8 @@ public:
     PageSupply& operator=(const PageSupply&) = delete;
 
     /// Lets worker threads prepare what the outputs of `plan` need, where that is of use and does
-    /// no harm. They leave alone the targets that `isWanted` refuses.
-    void prepare(const QList<OutputFile>& plan, const TargetFilter& isWanted);
+    /// no harm. They leave alone the targets that the target filter refuses.
+    void prepare(const QList<OutputFile>& plan);
 
     /// The source whose turn has come. Throws std::runtime_error as TiffDocument does.
     std::shared_ptr<TiffDocument> open(const QString& path, PlanPlace place);

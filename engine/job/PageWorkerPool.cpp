@@ -20,7 +20,7 @@ namespace {
 
     // To wake the job's thread for each of a thousand small pages takes longer than what it does
     // with them. So it sleeps until there are several, but no longer than nobody notices.
-    constexpr std::size_t readyAtOnce = 16;
+    constexpr std::size_t readyAtOnce = 12;
     constexpr std::chrono::milliseconds longestPatience { 8 };
 
     /// Pages that are only copied are soon done: what the threads do then is mostly to take turns
@@ -101,7 +101,7 @@ void PageWorkerPool::add(std::span<const std::shared_ptr<PageTask>> tasks)
 /// Besides those that are in work. Under the lock.
 std::size_t PageWorkerPool::threadsWanted() const
 {
-    if (!m_isCopying)
+    if (!m_isCopying || m_bytesInWork > 0)
         return m_waiting.size();
     const std::size_t most = std::min(m_waiting.size(), mostCopying);
     return most - std::min(most, m_inWork);

@@ -116,7 +116,7 @@ private:
     std::deque<std::function<void()>> m_later; ///< of `runLater`
     std::size_t m_idle = 0;
     std::size_t m_inWork = 0;
-    bool m_isCopying = false; ///< the page begun last is only to be copied
+    bool m_isCopying = false; ///< the page that was done last was only copied
     const PageTask* m_awaited = nullptr; ///< the one that `take` waits for
     bool m_isPatient = false; ///< it rather waits a little for some pages more
     std::size_t m_ready = 0; ///< tasks done and not taken

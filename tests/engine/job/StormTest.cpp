@@ -380,6 +380,26 @@ a.tif:WVWUW|SPLIT in/a2.tiff>@/in/a.tif|created 4
         QCOMPARE(countOf(openFiles), before);
     }
 
+    /// A cancel would take a file back on which another run, which leaves alone what is there,
+    /// has counted.
+    void namesNoFileAheadWhereFilesMayBeLeftAlone()
+    {
+        JobFixture fixture(u"many.tif:"_s + QString(60, u'W'), u"jobs=2"_s);
+        fixture.job.setTargetFilter(&Process::isFreeTarget);
+        qsizetype mostAhead = 0;
+        fixture.onEvent = [&](const QString& event) {
+            const QDeadlineTimer end(event.startsWith(u"page in/many.tif 9 ") ? 100 : 0);
+            do
+                mostAhead = std::max(mostAhead,
+                                     countOf(fixture.folder.path(u"out"_s), u"many*"_s)
+                                         - fixture.job.totalFileCreated());
+            while (!end.hasExpired());
+        };
+        fixture.run();
+        QCOMPARE(mostAhead, 0);
+        QCOMPARE(fixture.job.totalFileCreated(), 60);
+    }
+
     void endsEveryRunOnceAndClean()
     {
         const auto first = qEnvironmentVariable(
