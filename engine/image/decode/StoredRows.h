@@ -68,9 +68,9 @@ private:
     /// A strip or tile that is wanted.
     struct Piece
     {
-        std::uint32_t number;
-        std::uint8_t* to; ///< its first row
-        std::size_t bytes; ///< of the strip, or of a row of the tile that belongs to the page
+        std::uint32_t number = 0;
+        std::uint8_t* to = nullptr; ///< its first row
+        std::size_t bytes = 0; ///< of the strip, or of a row of the tile that belongs to the page
         PiecePlace place {}; ///< set where it is decoded as a part of the work
         bool isDone = false;
     };
