@@ -192,7 +192,7 @@ private slots:
     // libtiff gives them.
     void describesCopiedPagesAsLibtiffDoes()
     {
-        TestPage described("fax fillOrder=2 orientation=6 xy=300,200 unit=2");
+        TestPage described("fax rows=40 fillOrder=2 orientation=6 xy=300,200 unit=2");
         described.moreTags = [](tiff* to) {
             TIFFSetField(to, TIFFTAG_SUBFILETYPE, FILETYPE_MASK);
             TIFFSetField(to, TIFFTAG_DOCUMENTNAME, "two");
@@ -214,9 +214,6 @@ private slots:
             };
             return page;
         };
-        writeTiff(m_source, { sampled("jpeg rows=48", 2, 2) });
-        TestPage contradicting = sampled("jpeg rows=48", 1, 1);
-        contradicting.encoded = { readTiff(m_source)[0].encoded };
         const QList<TestPage> pages { described,
                                       "jpeg",
                                       "jpeg width=300 rows=32",
@@ -234,8 +231,7 @@ private slots:
         byLibtiff.keepsCompression = true;
         for (const bool isStripped : { false, true })
             for (const char* const mode : { "wl", "wb" })
-                for (const QList<TestPage>& some :
-                     { pages, { described }, { isStripped ? described : contradicting } }) {
+                for (const QList<TestPage>& some : { pages, { described } }) {
                     byLibtiff.stripsMetadata = isStripped;
                     byLibtiff.expectedDpi = 0;
                     QVERIFY(collect(some, 0, mode, classicLimit, byLibtiff));
