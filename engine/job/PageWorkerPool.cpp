@@ -20,7 +20,7 @@ namespace {
 
     // To wake the job's thread for each of a thousand small pages takes longer than what it does
     // with them. So it sleeps until there are several, but no longer than nobody notices.
-    constexpr std::size_t readyAtOnce = 12;
+    constexpr std::size_t readyAtOnce = 20;
     constexpr std::chrono::milliseconds longestPatience { 8 };
 
     /// Pages that are only copied are soon done: what the threads do then is mostly to take turns
