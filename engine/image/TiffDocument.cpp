@@ -35,6 +35,8 @@ const FileState& TiffDocument::stateAtOpening() const
     return m_reader->document().stateAtOpening();
 }
 
+bool TiffDocument::hasChanged() const { return m_reader->document().hasChanged(); }
+
 int TiffDocument::pageCount() const { return m_reader->document().pageCount(); }
 
 FileDigest TiffDocument::digest() const

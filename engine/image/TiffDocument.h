@@ -32,6 +32,7 @@ public:
     // As of OpenTiffFile.
     QString path() const;
     const FileState& stateAtOpening() const;
+    bool hasChanged() const;
     int pageCount() const;
     QString chainFault() const;
 

@@ -138,6 +138,7 @@ void ConversionRun::convertDocument(const Source& source, const FileItem& item)
         keepPagesTogether(source, range);
     } else {
         writePages(source, range);
+        m_found->tellChange();
         m_found->tellRemarks();
         m_found->tellLeftOutTags();
         m_found->tellTakenOver();

@@ -47,6 +47,8 @@ bool GatheredTiff::save(const QString& path, const QList<int>& range, const Tiff
     if (file.pageCount() == 0)
         return false;
     const QString loss = m_found.lossOfPages(file.pageCount(), path);
+    if (loss.isNull())
+        m_found.tellChange();
     const auto commit = [&] {
         return file.commit(m_options.existingAt(path), m_found.ownSource(path))
             ? QString()

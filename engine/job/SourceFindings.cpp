@@ -128,6 +128,13 @@ void SourceFindings::tellLeftOutTags()
            leftOutText(m_leftOutTags, mostNames), all });
 }
 
+void SourceFindings::tellChange()
+{
+    if (m_document.hasChanged())
+        tellWarning(u"the file has changed while its pages were read, which may be old ones, new "
+                    "ones or parts of both"_s);
+}
+
 void SourceFindings::tellRemarks()
 {
     for (const auto& [remark, pages] : m_remarks.asKeyValueRange())

@@ -53,6 +53,10 @@ public:
     /// for which the format has no place are no fault: the system log and the record tell of them.
     void tellLeftOutTags();
 
+    /// Tells that the source was written to while its pages were read, if it was. Before an output
+    /// takes its place.
+    void tellChange();
+
     /// Tells the remarks, each once with the number of its pages.
     void tellRemarks();
 

@@ -285,6 +285,9 @@ namespace {
             "pagestack::Reasons",
             "the file is kept as it is, since it has changed since its pages were read") },
         { QT_TRANSLATE_NOOP("pagestack::Reasons",
+                            "the file has changed while its pages were read, which may be old "
+                            "ones, new ones or parts of both") },
+        { QT_TRANSLATE_NOOP("pagestack::Reasons",
                             "the file is kept as it is, since not all of its pages could be "
                             "gathered to replace it") },
         { QT_TRANSLATE_NOOP("pagestack::Reasons",

@@ -2785,6 +2785,10 @@ Das Protokoll sagt mehr.</translation>
         <translation>die Datei bleibt, wie sie ist, da sie sich geändert hat, seit ihre Seiten gelesen wurden</translation>
     </message>
     <message>
+        <source>the file has changed while its pages were read, which may be old ones, new ones or parts of both</source>
+        <translation>die Datei hat sich geändert, während ihre Seiten gelesen wurden; es können alte, neue oder Teile von beiden sein</translation>
+    </message>
+    <message>
         <source>the file is kept as it is, since not all of its pages could be gathered to replace it</source>
         <translation>die Datei bleibt, wie sie ist, da sich nicht alle ihre Seiten zusammentragen ließen, um sie zu ersetzen</translation>
     </message>

@@ -114,6 +114,15 @@ std::uint64_t OpenTiffFile::sizeNow() const
     return isKnown ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
+bool OpenTiffFile::hasChanged() const
+{
+    struct stat status = {};
+    if (::fstat(m_file, &status) != 0)
+        return true;
+    const FileState now(status);
+    return now.sizeBytes != m_state.sizeBytes || now.modifiedNs != m_state.modifiedNs;
+}
+
 std::size_t OpenTiffFile::readShown(std::uint64_t offset, std::span<std::uint8_t> bytes,
                                     const TiffWindow& window) const
 {

@@ -49,6 +49,8 @@ public:
 
     /// Of the open file, as it was before anything was read.
     const FileState& stateAtOpening() const { return m_state; }
+    /// Whether somebody has written to it since, as far as its size and date tell.
+    bool hasChanged() const;
     std::uint64_t sizeBytes() const { return static_cast<std::uint64_t>(m_state.sizeBytes); }
 
     const TiffDirectoryChain& chain() const { return m_chain; }

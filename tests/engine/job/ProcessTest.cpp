@@ -210,6 +210,22 @@ trouble in/text.tif 0 the file has 1 pages now, 0 were counted before the run
         }
     }
 
+    /// Pages of two files would come out without a word.
+    void tellsOfASourceThatIsWrittenTo()
+    {
+        for (const QString& changes : { u"outputType=1"_s, u"outputType=2"_s }) {
+            JobFixture fixture(u"a.tiff:WW"_s, changes);
+            fixture.onEvent = [&](const QString& met) {
+                QFile source(fixture.folder.path(u"in/a.tiff"_s));
+                if (met.startsWith(u"page in/a.tiff 1 ") && source.open(QFile::ReadWrite))
+                    source.setFileTime(source.fileTime(QFile::FileModificationTime).addSecs(1),
+                                       QFile::FileModificationTime);
+            };
+            fixture.run();
+            QCOMPARE(fixture.events.filter(u" 0 the file has changed while "_s).size(), 1);
+        }
+    }
+
     void keepsWhatHasComeToATarget_data()
     {
         addTextRows(R"(
