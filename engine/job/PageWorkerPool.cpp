@@ -240,7 +240,8 @@ void PageWorkerPool::runTogether(int mostThreads, const std::function<void()>& w
     m_sharedWork = &work;
     m_placesInWork = static_cast<int>(wanted);
     m_wasJoined = false;
-    m_hasWork.notify_all();
+    for (std::size_t i = 0; i < wanted; ++i)
+        m_hasWork.notify_one();
     const auto isOver = [this] { return m_wasJoined && m_threadsInWork == 0; };
     m_hasSettled.wait_for(lock, longestPatience, isOver);
     m_placesInWork = 0;

@@ -285,6 +285,8 @@ namespace {
                 && !isYcbcr)
                 return false;
             switch (m_tags.compression) {
+            case COMPRESSION_NONE:
+                return m_tags.fillOrder == FILLORDER_MSB2LSB && !m_hasPredictor;
             case COMPRESSION_CCITTRLE:
             case COMPRESSION_CCITTFAX3:
             case COMPRESSION_CCITTFAX4:

@@ -13,7 +13,7 @@ namespace pagestack {
 
 class OpenTiffFile;
 
-/// The directory of a compressed page of strips that has only common tags, with values of which
+/// The directory of a page of strips that has only common tags, with values of which
 /// libtiff has nothing to say: gray, RGB or, as JPEG, YCbCr, whole numbers as resolution, sound
 /// strips. Most scans are of this kind, and it is read in a tenth of the time that libtiff takes.
 struct PlainDirectory

@@ -3,6 +3,7 @@
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/tiff/TiffLimits.h"
 #include "engine/image/tiffwriter/ClassicDirectory.h"
+#include "engine/image/tiffwriter/PageCoding.h"
 #include "engine/threads/StopScope.h"
 
 #include <tiffio.h>
@@ -16,6 +17,7 @@ namespace pagestack {
 
 namespace {
 
+    constexpr std::uint32_t mostNewStrips = 8192; // many pages are held at once
     constexpr std::uint64_t mostIn16Bits = std::numeric_limits<std::uint16_t>::max();
 
     std::uint64_t plainStripBytes(const TiffPageTags& tags, std::size_t number)
@@ -30,11 +32,59 @@ namespace {
             * ((std::uint64_t { rows } + down - 1) / down) * (across * down + 2);
     }
 
+    /// libtiff takes a single strip of uncompressed rows for many small ones.
+    std::uint32_t newRowsPerStrip(const TiffPageTags& tags)
+    {
+        constexpr std::uint64_t smallStripBytes = 8192;
+        const std::uint64_t rowBytes = tags.planeRowBytes();
+        std::uint64_t rows = tags.rowsPerStrip;
+        if (tags.stripsInPlane() == 1)
+            rows = std::clamp<std::uint64_t>(smallStripBytes / rowBytes, 1, rows);
+        return outputRowsPerStrip(rowBytes, tags.heightPx, static_cast<std::uint32_t>(rows));
+    }
+
+    /// Uncompressed rows that lie in the file as they go into new strips.
+    bool hasWholeRows(const PlainDirectory& read)
+    {
+        for (std::size_t i = 0; i < read.strips.size(); ++i)
+            if (read.strips[i].bytes != plainStripBytes(read.tags, i))
+                return false;
+        return read.tags.heightPx / newRowsPerStrip(read.tags) < mostNewStrips;
+    }
+
+    /// Several threads are to have something of a strip that is as large as a page.
+    void divideStrips(PlainDirectory& read)
+    {
+        constexpr std::uint64_t most = std::uint64_t { 1024 } * 1024;
+        std::vector<PlainDirectory::Strip> parts;
+        for (const auto& [offset, bytes] : read.strips)
+            for (std::uint64_t done = 0; done < bytes; done += most)
+                parts.push_back({ offset + done, std::min(most, bytes - done) });
+        read.strips = std::move(parts);
+    }
+
+    /// Of the strips of the copy. Uncompressed pages get strips of a usual size.
+    std::vector<std::uint32_t> byteCounts(const PlainDirectory& read)
+    {
+        std::vector<std::uint32_t> counts;
+        if (read.tags.compression != COMPRESSION_NONE) {
+            for (const PlainDirectory::Strip& strip : read.strips)
+                counts.push_back(static_cast<std::uint32_t>(strip.bytes));
+            return counts;
+        }
+        const std::uint64_t each = read.tags.planeRowBytes() * newRowsPerStrip(read.tags);
+        for (std::uint64_t done = 0; done < read.stripBytes; done += each)
+            counts.push_back(static_cast<std::uint32_t>(std::min(each, read.stripBytes - done)));
+        return counts;
+    }
+
     /// As for those that libtiff copies: see SampleCopy.
     bool hasSoundStrips(const PlainDirectory& read, const OpenTiffFile& file)
     {
         if (read.stripBytes > file.sizeBytes())
             return false;
+        if (read.tags.compression == COMPRESSION_NONE)
+            return hasWholeRows(read);
         for (std::size_t i = 0; i < read.strips.size(); ++i)
             if (read.strips[i].bytes > mostIn16Bits
                 && plainStripBytes(read.tags, i) <= mostIn16Bits)
@@ -46,18 +96,18 @@ namespace {
         return start[0] != 0 || (start[1] & 1U) == 0; // else its codes have the old bit order
     }
 
-    /// In 16 bits where libtiff trusts that no strip of the codec grows to more: one of several, of
-    /// less than a tenth of what they hold.
-    void addByteCounts(ClassicDirectory& directory, const PlainDirectory& read)
+    /// In 16 bits where libtiff trusts that no strip of several grows to more: compressed ones of
+    /// less than a tenth of that.
+    void addByteCounts(ClassicDirectory& directory, const PlainDirectory& read,
+                       const std::vector<std::uint32_t>& counts)
     {
         constexpr std::array trusted { COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE,
                                        COMPRESSION_DEFLATE, COMPRESSION_JPEG };
-        const bool isSmall = read.strips.size() > 1
-            && std::ranges::find(trusted, read.tags.compression) != trusted.end()
+        const bool isPlain = read.tags.compression == COMPRESSION_NONE;
+        const bool isTrusted = std::ranges::find(trusted, read.tags.compression) != trusted.end()
             && plainStripBytes(read.tags, 0) < mostIn16Bits / 10;
-        std::vector<std::uint32_t> counts;
-        for (const PlainDirectory::Strip& strip : read.strips)
-            counts.push_back(static_cast<std::uint32_t>(strip.bytes));
+        const bool isSmall
+            = counts.size() > 1 && (isPlain ? counts.front() <= mostIn16Bits : isTrusted);
         if (isSmall)
             directory.addShorts(TIFFTAG_STRIPBYTECOUNTS,
                                 std::vector<int>(counts.begin(), counts.end()));
@@ -84,6 +134,8 @@ namespace {
     {
         const PlainDirectory& read = page.read;
         const TiffPageTags& tags = read.tags;
+        const bool isPlain = tags.compression == COMPRESSION_NONE;
+        const std::vector<std::uint32_t> counts = byteCounts(read);
         const auto samples = static_cast<std::size_t>(tags.samplesPerPixel);
         ClassicDirectory directory;
         directory.addNumber(TIFFTAG_IMAGEWIDTH, tags.widthPx);
@@ -99,19 +151,21 @@ namespace {
         directory.addShorts(TIFFTAG_BITSPERSAMPLE, std::vector(samples, tags.bitsPerSample));
         directory.addShort(TIFFTAG_COMPRESSION, tags.compression);
         directory.addShort(TIFFTAG_PHOTOMETRIC, tags.photometric);
-        directory.addShort(TIFFTAG_FILLORDER, tags.fillOrder);
+        if (!isPlain)
+            directory.addShort(TIFFTAG_FILLORDER, tags.fillOrder);
         directory.addShort(TIFFTAG_ORIENTATION, tags.orientation);
         directory.addShort(TIFFTAG_SAMPLESPERPIXEL, tags.samplesPerPixel);
-        directory.addNumber(TIFFTAG_ROWSPERSTRIP, tags.rowsPerStrip);
+        directory.addNumber(TIFFTAG_ROWSPERSTRIP,
+                            isPlain ? newRowsPerStrip(tags) : tags.rowsPerStrip);
         directory.addShort(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
         if (read.resolutionUnit)
             directory.addShort(TIFFTAG_RESOLUTIONUNIT, *read.resolutionUnit);
         addPageNumber(directory, page, source, position);
-        addByteCounts(directory, read);
+        addByteCounts(directory, read, counts);
         std::vector<std::uint32_t> offsets;
-        for (const PlainDirectory::Strip& strip : read.strips) {
+        for (const std::uint32_t bytes : counts) {
             offsets.push_back(static_cast<std::uint32_t>(begin));
-            begin += strip.bytes;
+            begin += bytes;
         }
         directory.addLongs(TIFFTAG_STRIPOFFSETS, offsets);
         if (read.hasSampleFormat)
@@ -159,6 +213,8 @@ try {
         || (source->document().isBigEndian() && read->tags.bitsPerSample > 8)
         || !hasSoundStrips(*read, source->document()))
         return std::nullopt;
+    if (read->tags.compression == COMPRESSION_NONE)
+        divideStrips(*read);
     return CopiedPage { std::move(*read), !treatment.stripsMetadata };
 } catch (const std::runtime_error&) {
     return std::nullopt;

@@ -16,9 +16,9 @@ class PageSource;
 class TiffPage;
 struct PageTreatment;
 
-/// A page whose strips are copied to a TIFF file as they lie, and whose directory is made without
-/// libtiff, which takes longer for it than for all the rest. The file is the one that libtiff
-/// would write, byte for byte.
+/// A page whose strips are copied to a TIFF file as they lie, one behind the other, and whose
+/// directory is made without libtiff, which takes longer for it than for all the rest. The file is
+/// the one that libtiff would write, byte for byte.
 struct CopiedPage
 {
     PlainDirectory read;

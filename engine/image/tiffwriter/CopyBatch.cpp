@@ -11,6 +11,14 @@
 
 namespace pagestack {
 
+namespace {
+
+    /// The system lets one thread at a time write to a file, while others spin, and what else there
+    /// is to do takes less time than to wake more threads.
+    constexpr std::size_t mostThreads = 3;
+
+} // namespace
+
 CopyBatch::CopyBatch(PageSpan pages, int compression, PagePosition first, const RunTogether& run)
     : m_first(first)
     , m_run(run)
@@ -143,8 +151,9 @@ std::vector<std::uint8_t> CopyBatch::directoryOf(std::size_t index) const
 void CopyBatch::forEach(std::size_t count, const std::function<void(std::size_t index)>& work) const
 {
     constexpr std::size_t partsAThread = 2;
+    const std::size_t threads = std::min((count + partsAThread - 1) / partsAThread, mostThreads);
     std::atomic<std::size_t> next = 0;
-    m_run(static_cast<int>((count + partsAThread - 1) / partsAThread), [&] {
+    m_run(static_cast<int>(threads), [&] {
         for (std::size_t index = next++; index < count; index = next++)
             work(index);
     });

@@ -141,7 +141,7 @@ namespace {
             if (m_tags.isTiled != m_keepsTiles || sparseStrips(m_from) > 0
                 || m_tags.hasWrongRowsPerStrip)
                 return false;
-            // Uncompressed pages are copied row by row: that checks them at no cost.
+            // Uncompressed pages that come here are copied row by row: that checks them at no cost.
             if (m_tags.compression != compression || compression == COMPRESSION_NONE)
                 return false;
             if (hasByteOrder(m_tags.bitsPerSample) && m_page.document().isBigEndian())

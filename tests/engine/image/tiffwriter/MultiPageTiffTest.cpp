@@ -226,6 +226,11 @@ private slots:
                                       "width=6553 compression=5 rows=1",
                                       "width=6552 compression=5 rows=1",
                                       "compression=32773 xy=204,98",
+                                      "rgb rows=1 xy=72,72",
+                                      "width=70000 height=3 rows=3",
+                                      "width=70000 height=3 rows=1",
+                                      "bits=16 format=1",
+                                      "bits=1 fillOrder=2",
                                       "bits=1 compression=3 xy=203.5,98" };
         PageTreatment byLibtiff;
         byLibtiff.keepsCompression = true;
