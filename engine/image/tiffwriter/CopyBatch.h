@@ -23,7 +23,7 @@ class CopyBatch
 public:
     /// No more than these are copied at once.
     static constexpr std::size_t mostPages = 64;
-    static constexpr std::uint64_t mostBytes = std::uint64_t { 8 } * 1024 * 1024;
+    static constexpr std::uint64_t mostBytes = std::uint64_t { 32 } * 1024 * 1024;
 
     /// Reads the directories of `pages`, all of one file, and takes those up to the first that is
     /// not to be copied; `first` is the position of the first one. All are borrowed.
