@@ -458,7 +458,7 @@ private:
     /// crashed or did not end) and the changes in the folder, the program's own log being "LOG".
     QString summary()
     {
-        m_process->waitForFinished(60000);
+        m_process->waitForFinished(200000); // a page of 200 MB, sanitized
         const bool hasEnded = m_process->state() == QProcess::NotRunning
             && m_process->exitStatus() == QProcess::NormalExit;
         const QString output = QString::fromUtf8(m_process->readAllStandardOutput());

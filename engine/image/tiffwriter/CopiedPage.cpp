@@ -63,19 +63,28 @@ namespace {
         read.strips = std::move(parts);
     }
 
-    /// Of the strips of the copy. Uncompressed pages get strips of a usual size.
-    std::vector<std::uint32_t> byteCounts(const PlainDirectory& read)
+    std::vector<std::uint32_t> byteCounts(const std::vector<PlainDirectory::Strip>& strips)
     {
         std::vector<std::uint32_t> counts;
-        if (read.tags.compression != COMPRESSION_NONE) {
-            for (const PlainDirectory::Strip& strip : read.strips)
-                counts.push_back(static_cast<std::uint32_t>(strip.bytes));
-            return counts;
-        }
-        const std::uint64_t each = read.tags.planeRowBytes() * newRowsPerStrip(read.tags);
-        for (std::uint64_t done = 0; done < read.stripBytes; done += each)
-            counts.push_back(static_cast<std::uint32_t>(std::min(each, read.stripBytes - done)));
+        counts.reserve(strips.size());
+        for (const PlainDirectory::Strip& strip : strips)
+            counts.push_back(static_cast<std::uint32_t>(strip.bytes));
         return counts;
+    }
+
+    /// Of an uncompressed page, whose rows lie one behind the other.
+    std::vector<std::uint32_t> byteCounts(std::uint64_t all, std::uint64_t each)
+    {
+        std::vector<std::uint32_t> counts;
+        for (std::uint64_t done = 0; done < all; done += each)
+            counts.push_back(static_cast<std::uint32_t>(std::min(each, all - done)));
+        return counts;
+    }
+
+    /// What else may be said of a page is for who reads it by libtiff.
+    bool saysMore(const PageTreatment& treatment)
+    {
+        return treatment.convertsToSrgb || treatment.expectedDpi != 0;
     }
 
     /// As for those that libtiff copies: see SampleCopy.
@@ -98,9 +107,10 @@ namespace {
 
     /// In 16 bits where libtiff trusts that no strip of several grows to more: compressed ones of
     /// less than a tenth of that.
-    void addByteCounts(ClassicDirectory& directory, const PlainDirectory& read,
-                       const std::vector<std::uint32_t>& counts)
+    void addByteCounts(ClassicDirectory& directory, const CopiedPage& page)
     {
+        const PlainDirectory& read = page.read;
+        const std::vector<std::uint32_t>& counts = page.byteCounts;
         constexpr std::array trusted { COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE,
                                        COMPRESSION_DEFLATE, COMPRESSION_JPEG };
         const bool isPlain = read.tags.compression == COMPRESSION_NONE;
@@ -134,8 +144,6 @@ namespace {
     {
         const PlainDirectory& read = page.read;
         const TiffPageTags& tags = read.tags;
-        const bool isPlain = tags.compression == COMPRESSION_NONE;
-        const std::vector<std::uint32_t> counts = byteCounts(read);
         const auto samples = static_cast<std::size_t>(tags.samplesPerPixel);
         ClassicDirectory directory;
         directory.addNumber(TIFFTAG_IMAGEWIDTH, tags.widthPx);
@@ -151,19 +159,18 @@ namespace {
         directory.addShorts(TIFFTAG_BITSPERSAMPLE, std::vector(samples, tags.bitsPerSample));
         directory.addShort(TIFFTAG_COMPRESSION, tags.compression);
         directory.addShort(TIFFTAG_PHOTOMETRIC, tags.photometric);
-        if (!isPlain)
+        if (page.keepsFillOrder)
             directory.addShort(TIFFTAG_FILLORDER, tags.fillOrder);
         directory.addShort(TIFFTAG_ORIENTATION, tags.orientation);
         directory.addShort(TIFFTAG_SAMPLESPERPIXEL, tags.samplesPerPixel);
-        directory.addNumber(TIFFTAG_ROWSPERSTRIP,
-                            isPlain ? newRowsPerStrip(tags) : tags.rowsPerStrip);
+        directory.addNumber(TIFFTAG_ROWSPERSTRIP, page.rowsPerStrip);
         directory.addShort(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
         if (read.resolutionUnit)
             directory.addShort(TIFFTAG_RESOLUTIONUNIT, *read.resolutionUnit);
         addPageNumber(directory, page, source, position);
-        addByteCounts(directory, read, counts);
+        addByteCounts(directory, page);
         std::vector<std::uint32_t> offsets;
-        for (const std::uint32_t bytes : counts) {
+        for (const std::uint32_t bytes : page.byteCounts) {
             offsets.push_back(static_cast<std::uint32_t>(begin));
             begin += bytes;
         }
@@ -202,8 +209,7 @@ try {
     if (source == nullptr)
         return std::nullopt;
     const PageTreatment& treatment = source->treatment();
-    // What else may be said of a page is for who reads it by libtiff.
-    if (treatment.convertsToSrgb || treatment.expectedDpi != 0)
+    if (saysMore(treatment))
         return std::nullopt;
     std::optional<PlainDirectory> read = plainDirectory(source->document(), source->index());
     if (!read || (!treatment.keepsCompression && read->tags.compression != compression)
@@ -213,9 +219,47 @@ try {
         || (source->document().isBigEndian() && read->tags.bitsPerSample > 8)
         || !hasSoundStrips(*read, source->document()))
         return std::nullopt;
-    if (read->tags.compression == COMPRESSION_NONE)
-        divideStrips(*read);
-    return CopiedPage { std::move(*read), !treatment.stripsMetadata };
+    CopiedPage copied { .read = std::move(*read), .keepsTexts = !treatment.stripsMetadata };
+    const TiffPageTags& tags = copied.read.tags;
+    copied.rowsPerStrip = tags.rowsPerStrip;
+    if (tags.compression == COMPRESSION_NONE) {
+        copied.keepsFillOrder = false;
+        copied.rowsPerStrip = newRowsPerStrip(tags);
+        copied.byteCounts
+            = byteCounts(copied.read.stripBytes, tags.planeRowBytes() * copied.rowsPerStrip);
+        divideStrips(copied.read);
+    } else {
+        copied.byteCounts = byteCounts(copied.read.strips);
+    }
+    return copied;
+} catch (const std::runtime_error&) {
+    return std::nullopt;
+}
+
+std::optional<CopiedPage> recodedPage(const PageSource& page, NewStrips strips)
+try {
+    const TiffPage* source = page.tiffPage();
+    if (source == nullptr || saysMore(source->treatment()) || source->treatment().keepsCompression
+        || !source->change().isNone())
+        return std::nullopt;
+    std::optional<PlainDirectory> read = plainDirectory(source->document(), source->index());
+    if (!read || read->tags.compression == COMPRESSION_JPEG)
+        return std::nullopt;
+    TiffPageTags& tags = read->tags;
+    tags.compression = strips.compression;
+    tags.predictor = strips.predictor;
+    tags.rowsPerStrip = strips.rowsPerStrip;
+    read->faxOptions.reset();
+    read->stripBytes = 0;
+    for (const PlainDirectory::Strip& strip : strips.strips)
+        read->stripBytes += strip.bytes;
+    std::vector<std::uint32_t> counts = byteCounts(strips.strips);
+    read->strips = std::move(strips.strips);
+    return CopiedPage { .read = std::move(*read),
+                        .keepsTexts = !source->treatment().stripsMetadata,
+                        .keepsFillOrder = false,
+                        .rowsPerStrip = strips.rowsPerStrip,
+                        .byteCounts = std::move(counts) };
 } catch (const std::runtime_error&) {
     return std::nullopt;
 }

@@ -23,6 +23,18 @@ struct CopiedPage
 {
     PlainDirectory read;
     bool keepsTexts = false; ///< and its page number
+    bool keepsFillOrder = true;
+    std::uint32_t rowsPerStrip = 0; ///< of the copy
+    std::vector<std::uint32_t> byteCounts {}; ///< of its strips
+};
+
+/// How the strips of a page were encoded anew.
+struct NewStrips
+{
+    int compression = 0; ///< value of the Compression tag
+    int predictor = 0; ///< of the Predictor tag
+    std::uint32_t rowsPerStrip = 0;
+    std::vector<PlainDirectory::Strip> strips {}; ///< where they lie in what they are read from
 };
 
 /// The directory of a copied page, for its place in a file.
@@ -37,6 +49,10 @@ struct CopiedDirectory
 /// None for a page that has to be encoded, has a directory that is not plain, or is no page of a
 /// TIFF file. `compression` is the wanted value of the Compression tag.
 std::optional<CopiedPage> copiedPage(const PageSource& page, int compression);
+
+/// The page with `strips` in place of its own; none for a page whose directory is not plain, or
+/// where more than the strips changes.
+std::optional<CopiedPage> recodedPage(const PageSource& page, NewStrips strips);
 
 /// The directory for strips that lie in a classic file from `begin` on, one behind the other.
 /// `source` is the page itself.

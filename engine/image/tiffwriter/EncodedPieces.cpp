@@ -27,6 +27,30 @@ namespace {
         return pieces;
     }
 
+    /// The page as it was written to `handle`, if its compression has no more to say than that.
+    std::optional<CopiedPage> recodedPageOf(const PageSource& page, TIFF* handle,
+                                            const std::vector<EncodedPieces::Piece>& pieces)
+    {
+        NewStrips written { .predictor = PREDICTOR_NONE };
+        std::uint16_t number = 0;
+        if (TIFFIsTiled(handle) != 0 || TIFFGetField(handle, TIFFTAG_COMPRESSION, &number) != 1
+            || TIFFGetField(handle, TIFFTAG_ROWSPERSTRIP, &written.rowsPerStrip) != 1)
+            return std::nullopt;
+        written.compression = number;
+        if (written.compression == COMPRESSION_LZW
+            && TIFFGetField(handle, TIFFTAG_PREDICTOR, &number) == 1)
+            written.predictor = number;
+        else if (written.compression != COMPRESSION_NONE
+                 && written.compression != COMPRESSION_PACKBITS)
+            return std::nullopt;
+        for (const EncodedPieces::Piece& piece : pieces) {
+            if (piece.index != written.strips.size())
+                return std::nullopt;
+            written.strips.push_back({ piece.offset, piece.size });
+        }
+        return recodedPage(page, std::move(written));
+    }
+
 } // namespace
 
 EncodedPieces encodePieces(const PageSource& page, int compression)
@@ -46,6 +70,7 @@ EncodedPieces encodePieces(const PageSource& page, int compression)
     if (TIFFFlushData(handle.get()) == 0 || messages.failed())
         messages.fail("the page cannot be encoded");
     encoded.pieces = writtenPieces(handle.get());
+    encoded.recoded = recodedPageOf(page, handle.get(), encoded.pieces);
     encoded.bytes = std::move(bytes);
     encoded.diagnostics = page.tiffPage()->messages().takeDiagnostics();
     return encoded;

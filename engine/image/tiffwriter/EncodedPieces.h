@@ -31,6 +31,8 @@ struct EncodedPieces
     PageDiagnostics diagnostics; ///< of the page's pixels
     /// A page to be copied from its source instead; nothing was found then.
     std::optional<CopiedPage> copy;
+    /// The page with the pieces as its strips, where no libtiff is needed to write them.
+    std::optional<CopiedPage> recoded;
 };
 
 /// Encodes the samples of `page`, or its pixels where they are changed, with `compression`, a value

@@ -60,6 +60,8 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces
     cutToPages();
     if (pieces.copy && !m_format.isBigTiff)
         return appendCopy(*pieces.copy, *page.tiffPage());
+    if (pieces.recoded && !m_format.isBigTiff)
+        return appendRecoded(pieces, *page.tiffPage(), isCarried);
     TiffPageStream sink(*m_staged, m_format, m_limitBytes);
     m_messages.forget();
     const TiffPage* source = page.tiffPage();
@@ -102,19 +104,48 @@ void TiffFileBuilder::append(const PageSource& page, const EncodedPieces& pieces
         source->messages().setLeftOutTags(leftOutTags(*source, written, isShown) + more.leftOut);
 }
 
-/// A page that libtiff has no part in.
 void TiffFileBuilder::appendCopy(const CopiedPage& page, const TiffPage& source)
 {
     source.messages().forget();
+    appendDescribed(page, source, [&] {
+        const auto put = [this](std::span<const std::uint8_t> bytes) {
+            onTarget([&] { m_staged->write(bytes); });
+        };
+        const std::span<std::uint8_t> buffer = copyBuffer();
+        put(buffer.first(readStrips(page.read.strips, source.document(), buffer, put)));
+    });
+}
+
+void TiffFileBuilder::appendRecoded(const EncodedPieces& pieces, const TiffPage& source,
+                                    bool isCarried)
+{
+    const std::uint64_t begin = m_end;
+    source.reader().adopt(source.index(), pieces.diagnostics);
+    appendDescribed(*pieces.recoded, source, [&] {
+        if (isCarried) {
+            onTarget([&] { m_staged->reserve(pieces.recoded->read.stripBytes); });
+            return;
+        }
+        std::vector<std::uint8_t> strip;
+        for (const PlainDirectory::Strip& piece : pieces.recoded->read.strips) {
+            strip.resize(piece.bytes);
+            pieces.bytes->readAt(piece.offset, strip);
+            onTarget([&] { m_staged->write(strip); });
+        }
+    });
+    if (isCarried)
+        m_carrier.add(pieces, *m_staged, begin);
+}
+
+/// A page that libtiff has no part in.
+void TiffFileBuilder::appendDescribed(const CopiedPage& page, const TiffPage& source,
+                                      const std::function<void()>& putStrips)
+{
     const CopiedDirectory directory
         = copiedDirectory(page, source, { m_pages, m_plannedPages }, m_end);
     if (directory.offset + directory.bytes.size() > m_limitBytes)
         throw TooLarge("the file would be larger than 4 GB");
-    const auto put = [this](std::span<const std::uint8_t> bytes) {
-        onTarget([&] { m_staged->write(bytes); });
-    };
-    const std::span<std::uint8_t> buffer = copyBuffer();
-    put(buffer.first(readStrips(page.read.strips, source.document(), buffer, put)));
+    putStrips();
     onTarget([&] {
         m_staged->writeAt(directory.offset, directory.bytes);
         setNumber(m_linkAt, directory.offset, m_format.offsetBytes());

@@ -10,6 +10,7 @@
 #include "engine/image/tiffwriter/TiffTagCopy.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <set>
 #include <stdexcept>
@@ -62,6 +63,9 @@ public:
 
 private:
     void appendCopy(const CopiedPage& page, const TiffPage& source);
+    void appendRecoded(const EncodedPieces& pieces, const TiffPage& source, bool isCarried);
+    void appendDescribed(const CopiedPage& page, const TiffPage& source,
+                         const std::function<void()>& putStrips);
     void encode(const PageSource& page, const EncodedPieces& pieces, bool isRoomOnly,
                 const std::vector<TextList>& texts, TiffPageStream& sink);
     void endPage(const TiffPage* source);

@@ -188,12 +188,10 @@ private slots:
         QCOMPARE(samplesOf(m_out), samplesOf(m_source));
     }
 
-    // The directory of a page that is copied without libtiff lacked tags or had other values than
-    // libtiff gives them.
-    void describesCopiedPagesAsLibtiffDoes()
+    static TestPage describedFax()
     {
-        TestPage described("fax rows=40 fillOrder=2 orientation=6 xy=300,200 unit=2");
-        described.moreTags = [](tiff* to) {
+        TestPage page("fax rows=40 fillOrder=2 orientation=6 xy=300,200 unit=2");
+        page.moreTags = [](tiff* to) {
             TIFFSetField(to, TIFFTAG_SUBFILETYPE, FILETYPE_MASK);
             TIFFSetField(to, TIFFTAG_DOCUMENTNAME, "two");
             TIFFSetField(to, TIFFTAG_SOFTWARE, "of an odd length");
@@ -202,6 +200,14 @@ private slots:
             TIFFSetField(to, TIFFTAG_PAGENUMBER, 4, 9);
             TIFFSetField(to, TIFFTAG_ROWSPERSTRIP, 4'000'000'000U);
         };
+        return page;
+    }
+
+    // The directory of a page that is copied without libtiff lacked tags or had other values than
+    // libtiff gives them.
+    void describesCopiedPagesAsLibtiffDoes()
+    {
+        const TestPage described = describedFax();
         const auto sampled = [](const char* text, int across, int down) {
             TestPage page(text);
             page.moreTags = [=](tiff* to) {
@@ -251,6 +257,41 @@ private slots:
                         QVERIFY(copied[i].encoded == wanted[i].encoded);
                     }
                 }
+    }
+
+    // So did that of a page that is encoded ahead.
+    void describesEncodedPagesAsLibtiffDoes()
+    {
+        TestPage withOptions("bits=1 compression=3 xy=203.5,98");
+        withOptions.moreTags = [](tiff* to) {
+            TIFFSetField(to, TIFFTAG_XRESOLUTION, 204.0);
+            TIFFSetField(to, TIFFTAG_GROUP3OPTIONS, GROUP3OPT_2DENCODING);
+        };
+        const QList<TestPage> pages { describedFax(),
+                                      withOptions,
+                                      "rgb compression=5 predictor=2 format=1 rows=1",
+                                      "rgb bits=16 compression=8 xy=72,72 unit=3",
+                                      "width=70000 height=3 rows=3",
+                                      "width=3000 height=90 compression=8 rows=7",
+                                      "rgb compression=7 rows=16" };
+        for (const char* const mode : { "wl", "wb" })
+            for (const int compression : { 0, 2, 3, 4 }) {
+                writeTiff(m_source, pages, mode);
+                const TiffDocument source(m_source);
+                const auto written = [&](bool isAhead) {
+                    MultiPageTiffWriter file(m_out, compression, static_cast<int>(pages.size()));
+                    for (int i = 0; i < pages.size(); ++i) {
+                        const auto page = source.page(i).sharedSource();
+                        file.append(page,
+                                    isAhead ? encodePieces(*page, tiffCompressionTag(compression))
+                                            : EncodedPieces());
+                    }
+                    return file.commit() ? bytesOf(m_out) : QByteArray();
+                };
+                const QByteArray wanted = written(false);
+                QVERIFY(!wanted.isEmpty());
+                QVERIFY(written(true) == wanted);
+            }
     }
 
     void encodesAnewWhatOthersCouldNotRead()
