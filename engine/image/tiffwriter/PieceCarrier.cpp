@@ -134,12 +134,14 @@ void PieceCarrier::add(const EncodedPieces& pieces, const StagedFile& file, std:
         m_road->carryNext();
 }
 
-/// Lends a hand where the other threads do not come to it.
+/// Lends a hand where no other thread comes to it; several would only take turns at the file.
 void PieceCarrier::awaitAtMost(std::size_t loads)
 {
     std::unique_lock lock(m_road->mutex);
     const auto isOver = [&] { return m_road->waiting.size() + m_road->inWork <= loads; };
     while (!m_road->isShorter.wait_for(lock, longestPatience, isOver)) {
+        if (m_road->inWork > 0)
+            continue;
         lock.unlock();
         m_road->carryNext();
         lock.lock();
