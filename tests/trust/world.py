@@ -28,14 +28,14 @@ def outputs_of(pages_of, form, extension=".png"):
 
 
 def run_and_halt(scene, sources, *words):
-    """Starts a run over a long first source and `sources`, and halts it while it writes the first."""
-    for count in (6, 24, 96):
+    """Starts a run over a long first source and `sources`, and halts it while it writes the first page."""
+    for count in (6, 24, 96, 96, 96, 96):
         scene.make(A, [picture(i, 600, 600, noisy=True) for i in range(count)])
         scene.start(*(["--compression", "lzw"] if "tiff" in words else []), *words, A, *sources)
         while scene.process.poll() is None and not os.listdir("out"):
             time.sleep(0.0005)
         halt(scene.process)
-        if scene.process.poll() is None and not {f"a{count}.png", "a.tiff"} & set(os.listdir("out")):
+        if scene.process.poll() is None and all(name.startswith(".") for name in os.listdir("out")):
             return
         scene.end()
         for name in os.listdir("out"):

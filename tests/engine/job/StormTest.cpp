@@ -380,6 +380,25 @@ a.tif:WVWUW|SPLIT in/a2.tiff>@/in/a.tif|created 4
         QCOMPARE(countOf(openFiles), before);
     }
 
+    /// A file that another program removes before the run tells of it was told as written.
+    void makesAgainWhatIsRemovedBeforeItsTurn()
+    {
+        JobFixture fixture(u"many.tif:"_s + QString(90, u'W'), u"jobs=2"_s);
+        bool isRemoved = false;
+        fixture.onEvent = [&](const QString& event) {
+            if (!event.startsWith(u"page in/many.tif 60 "))
+                return;
+            const QString next = fixture.folder.path(u"out/many61.png"_s);
+            const QDeadlineTimer end(20000);
+            while (!QFile::exists(next) && !end.hasExpired())
+                QThread::msleep(1);
+            isRemoved = QFile::remove(next);
+        };
+        fixture.run();
+        QVERIFY(isRemoved);
+        QCOMPARE(countOf(fixture.folder.path(u"out"_s)), 90);
+    }
+
     /// A cancel would take a file back on which another run, which leaves alone what is there,
     /// has counted.
     void namesNoFileAheadWhereFilesMayBeLeftAlone()
