@@ -1,9 +1,10 @@
 #include "engine/threads/MainThread.h"
 
+#include "engine/threads/WorkerThread.h"
+
 #include <QCoreApplication>
 #include <QMetaObject>
 #include <QSemaphore>
-#include <QThread>
 
 #include <future>
 #include <memory>
@@ -22,9 +23,6 @@ namespace {
 
     void wakeUp()
     {
-        // What this thread wrote is seen by the one that joins it; Qt says so too, but to no
-        // sanitizer.
-        const std::lock_guard lock(guard);
         if (wakeUps.available() == 0)
             wakeUps.release();
     }
@@ -80,7 +78,7 @@ void callOnMainThread(const std::function<void()>& call)
     }
 }
 
-void joinWorker(QThread& worker)
+void joinWorker(WorkerThread& worker)
 {
     Q_ASSERT(!qApp || QThread::currentThread() == qApp->thread());
     // Emitted by the worker itself, after isRunning() has turned false.
@@ -93,7 +91,6 @@ void joinWorker(QThread& worker)
     }
     QObject::disconnect(ended);
     worker.wait();
-    const std::lock_guard lock(guard);
 }
 
 void endMainThreadCalls()

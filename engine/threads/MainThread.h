@@ -2,9 +2,9 @@
 
 #include <functional>
 
-class QThread;
-
 namespace pagestack {
+
+class WorkerThread;
 
 /// Runs `call` on the main thread (the one of the application object) and returns when it is done:
 /// at once when this is the main thread already, else queued there while the caller waits. Calls
@@ -16,7 +16,7 @@ void callOnMainThread(const std::function<void()>& call);
 /// Waits until `worker` has ended. Main thread only. Runs the calls that it or another worker makes
 /// meanwhile with callOnMainThread, so the two never wait for each other; handles no other event.
 /// Returns at once for a thread that is not running. Exceptions of a call go to its caller.
-void joinWorker(QThread& worker);
+void joinWorker(WorkerThread& worker);
 
 /// Makes callOnMainThread return without running from now on; waiting callers return too. For the
 /// main thread after its event loop, when nothing is left that calls could act on; the application

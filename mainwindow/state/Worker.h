@@ -7,11 +7,11 @@
 #include <memory>
 
 class QMainWindow;
-class QThread;
 
 namespace pagestack {
 
 class ViewState;
+class WorkerThread;
 
 /// The one thread beside the window: it loads files, sorts by dates, exports or runs the job. Main
 /// thread, unless said otherwise.
@@ -53,7 +53,7 @@ private:
 
     QMainWindow& m_window;
     ViewState& m_view;
-    std::unique_ptr<QThread> m_thread; ///< null when idle
+    std::unique_ptr<WorkerThread> m_thread; ///< null when idle
     std::atomic<bool> m_isTerminating = false; ///< the program ends as soon as the work has
     std::atomic<int> m_cancelCount = 0;
 };
