@@ -42,10 +42,10 @@ namespace {
             }
             if (m_tags.photometric == PHOTOMETRIC_YCBCR && !m_read.hasSubsampling)
                 m_tags.horizontalSubsampling = m_tags.verticalSubsampling = 2;
-            if (!hasKnownSamples() || !hasKnownCoding() || !hasKnownRest() || !joinStrips()
+            if (!hasKnownSamples() || !hasKnownCoding() || !hasKnownRest() || !joinPieces()
                 || !hasKnownSubsampling())
                 return std::nullopt;
-            checkEncodedSize({ m_read.stripBytes, m_tags.decodedBytes() }, m_tags,
+            checkEncodedSize({ m_read.pieceBytes, m_tags.decodedBytes() }, m_tags,
                              m_file.sizeBytes());
             return std::move(m_read);
         }
@@ -321,8 +321,8 @@ namespace {
                 && (m_tags.fillOrder == FILLORDER_MSB2LSB || m_tags.fillOrder == FILLORDER_LSB2MSB);
         }
 
-        /// False when a strip is missing or lies where none should.
-        bool joinStrips()
+        /// False when a piece is missing or lies where none should.
+        bool joinPieces()
         {
             constexpr std::uint32_t largestSide = std::numeric_limits<std::int32_t>::max();
             if (m_tags.widthPx == 0 || m_tags.widthPx > largestSide || m_tags.heightPx == 0
@@ -332,14 +332,14 @@ namespace {
             if (m_offsets.size() != m_tags.stripsInPlane() || m_counts.size() != m_offsets.size())
                 return false;
             const std::uint64_t fileBytes = m_file.sizeBytes();
-            m_read.strips.reserve(m_offsets.size());
+            m_read.pieces.reserve(m_offsets.size());
             for (std::size_t i = 0; i < m_offsets.size(); ++i) {
-                const PlainDirectory::Strip strip { m_offsets[i], m_counts[i] };
-                if (strip.offset < m_file.chain().format.headerBytes() || strip.bytes == 0
-                    || strip.offset >= fileBytes || strip.bytes > fileBytes - strip.offset)
+                const PlainDirectory::Piece piece { m_offsets[i], m_counts[i] };
+                if (piece.offset < m_file.chain().format.headerBytes() || piece.bytes == 0
+                    || piece.offset >= fileBytes || piece.bytes > fileBytes - piece.offset)
                     return false;
-                m_read.strips.push_back(strip);
-                m_read.stripBytes += strip.bytes;
+                m_read.pieces.push_back(piece);
+                m_read.pieceBytes += piece.bytes;
             }
             return true;
         }
@@ -350,10 +350,10 @@ namespace {
             if (m_tags.photometric != PHOTOMETRIC_YCBCR)
                 return true;
             constexpr std::uint64_t mostBytes = 1024;
-            const PlainDirectory::Strip& strip = m_read.strips.front();
+            const PlainDirectory::Piece& piece = m_read.pieces.front();
             std::array<std::uint8_t, mostBytes> start = {};
-            const auto held = std::span(start).first(std::min(mostBytes, strip.bytes));
-            readAt(strip.offset, held);
+            const auto held = std::span(start).first(std::min(mostBytes, piece.bytes));
+            readAt(piece.offset, held);
             const auto isKnown = [](int samples) { return samples == 1 || samples == 2; };
             return isKnown(m_tags.horizontalSubsampling) && isKnown(m_tags.verticalSubsampling)
                 && jpegSampling(held)

@@ -18,7 +18,7 @@ class OpenTiffFile;
 /// strips. Most scans are of this kind, and it is read in a tenth of the time that libtiff takes.
 struct PlainDirectory
 {
-    struct Strip
+    struct Piece
     {
         std::uint64_t offset;
         std::uint64_t bytes;
@@ -30,8 +30,8 @@ struct PlainDirectory
     };
 
     TiffPageTags tags;
-    std::vector<Strip> strips;
-    std::uint64_t stripBytes = 0; ///< of all strips
+    std::vector<Piece> pieces; ///< strips
+    std::uint64_t pieceBytes = 0; ///< of all pieces
     std::vector<Text> texts; ///< by their tags, upwards
 
     // Of tags that a page may have or not.

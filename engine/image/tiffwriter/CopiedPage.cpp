@@ -46,8 +46,8 @@ namespace {
     /// Uncompressed rows that lie in the file as they go into new strips.
     bool hasWholeRows(const PlainDirectory& read)
     {
-        for (std::size_t i = 0; i < read.strips.size(); ++i)
-            if (read.strips[i].bytes != plainStripBytes(read.tags, i))
+        for (std::size_t i = 0; i < read.pieces.size(); ++i)
+            if (read.pieces[i].bytes != plainStripBytes(read.tags, i))
                 return false;
         return read.tags.heightPx / newRowsPerStrip(read.tags) < mostNewStrips;
     }
@@ -56,19 +56,19 @@ namespace {
     void divideStrips(PlainDirectory& read)
     {
         constexpr std::uint64_t most = std::uint64_t { 1024 } * 1024;
-        std::vector<PlainDirectory::Strip> parts;
-        for (const auto& [offset, bytes] : read.strips)
+        std::vector<PlainDirectory::Piece> parts;
+        for (const auto& [offset, bytes] : read.pieces)
             for (std::uint64_t done = 0; done < bytes; done += most)
                 parts.push_back({ offset + done, std::min(most, bytes - done) });
-        read.strips = std::move(parts);
+        read.pieces = std::move(parts);
     }
 
-    std::vector<std::uint32_t> byteCounts(const std::vector<PlainDirectory::Strip>& strips)
+    std::vector<std::uint32_t> byteCounts(const std::vector<PlainDirectory::Piece>& pieces)
     {
         std::vector<std::uint32_t> counts;
-        counts.reserve(strips.size());
-        for (const PlainDirectory::Strip& strip : strips)
-            counts.push_back(static_cast<std::uint32_t>(strip.bytes));
+        counts.reserve(pieces.size());
+        for (const PlainDirectory::Piece& piece : pieces)
+            counts.push_back(static_cast<std::uint32_t>(piece.bytes));
         return counts;
     }
 
@@ -90,18 +90,18 @@ namespace {
     /// As for those that libtiff copies: see SampleCopy.
     bool hasSoundStrips(const PlainDirectory& read, const OpenTiffFile& file)
     {
-        if (read.stripBytes > file.sizeBytes())
+        if (read.pieceBytes > file.sizeBytes())
             return false;
         if (read.tags.compression == COMPRESSION_NONE)
             return hasWholeRows(read);
-        for (std::size_t i = 0; i < read.strips.size(); ++i)
-            if (read.strips[i].bytes > mostIn16Bits
+        for (std::size_t i = 0; i < read.pieces.size(); ++i)
+            if (read.pieces[i].bytes > mostIn16Bits
                 && plainStripBytes(read.tags, i) <= mostIn16Bits)
                 return false;
-        if (read.tags.compression != COMPRESSION_LZW || read.strips.front().bytes < 2)
+        if (read.tags.compression != COMPRESSION_LZW || read.pieces.front().bytes < 2)
             return true;
         std::array<std::uint8_t, 2> start = {};
-        file.readAt(read.strips.front().offset, start);
+        file.readAt(read.pieces.front().offset, start);
         return start[0] != 0 || (start[1] & 1U) == 0; // else its codes have the old bit order
     }
 
@@ -226,10 +226,10 @@ try {
         copied.keepsFillOrder = false;
         copied.rowsPerStrip = newRowsPerStrip(tags);
         copied.byteCounts
-            = byteCounts(copied.read.stripBytes, tags.planeRowBytes() * copied.rowsPerStrip);
+            = byteCounts(copied.read.pieceBytes, tags.planeRowBytes() * copied.rowsPerStrip);
         divideStrips(copied.read);
     } else {
-        copied.byteCounts = byteCounts(copied.read.strips);
+        copied.byteCounts = byteCounts(copied.read.pieces);
     }
     return copied;
 } catch (const std::runtime_error&) {
@@ -250,11 +250,11 @@ try {
     tags.predictor = strips.predictor;
     tags.rowsPerStrip = strips.rowsPerStrip;
     read->faxOptions.reset();
-    read->stripBytes = 0;
-    for (const PlainDirectory::Strip& strip : strips.strips)
-        read->stripBytes += strip.bytes;
+    read->pieceBytes = 0;
+    for (const PlainDirectory::Piece& strip : strips.strips)
+        read->pieceBytes += strip.bytes;
     std::vector<std::uint32_t> counts = byteCounts(strips.strips);
-    read->strips = std::move(strips.strips);
+    read->pieces = std::move(strips.strips);
     return CopiedPage { .read = std::move(*read),
                         .keepsTexts = !source->treatment().stripsMetadata,
                         .keepsFillOrder = false,
@@ -279,7 +279,7 @@ CopiedDirectory copiedDirectory(const CopiedPage& page, const TiffPage& source,
 
 std::uint64_t directoryBehind(const CopiedPage& page, std::uint64_t begin)
 {
-    return (begin + page.read.stripBytes + 1) / 2 * 2;
+    return (begin + page.read.pieceBytes + 1) / 2 * 2;
 }
 
 std::span<std::uint8_t> copyBuffer()
@@ -289,21 +289,21 @@ std::span<std::uint8_t> copyBuffer()
     return buffer;
 }
 
-std::size_t readStrips(std::span<const PlainDirectory::Strip> strips, const OpenTiffFile& file,
+std::size_t readPieces(std::span<const PlainDirectory::Piece> pieces, const OpenTiffFile& file,
                        std::span<std::uint8_t> buffer,
                        const std::function<void(std::span<const std::uint8_t> bytes)>& put)
 {
     std::size_t held = 0;
-    for (const PlainDirectory::Strip& strip : strips)
-        for (std::uint64_t done = 0; done < strip.bytes;) {
+    for (const PlainDirectory::Piece& piece : pieces)
+        for (std::uint64_t done = 0; done < piece.bytes;) {
             StopScope::leavePageIfStopped();
             if (held == buffer.size()) {
                 put(buffer);
                 held = 0;
             }
             const auto part = buffer.subspan(
-                held, std::min<std::uint64_t>(buffer.size() - held, strip.bytes - done));
-            file.readAt(strip.offset + done, part);
+                held, std::min<std::uint64_t>(buffer.size() - held, piece.bytes - done));
+            file.readAt(piece.offset + done, part);
             done += part.size();
             held += part.size();
         }

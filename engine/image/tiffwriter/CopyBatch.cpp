@@ -95,15 +95,15 @@ std::vector<CopyBatch::Slice> CopyBatch::slices() const
     constexpr std::uint64_t bytesASlice = std::uint64_t { 1024 } * 1024;
     std::vector<Slice> all;
     for (std::size_t index = 0; index < m_parts.size(); ++index) {
-        const std::span<const PlainDirectory::Strip> strips = m_parts[index].page->read.strips;
+        const std::span<const PlainDirectory::Piece> pieces = m_parts[index].page->read.pieces;
         std::uint64_t at = m_parts[index].begin;
         std::uint64_t bytes = 0;
-        for (std::size_t first = 0, end = 1; end <= strips.size(); ++end) {
-            bytes += strips[end - 1].bytes;
-            const bool isLast = end == strips.size();
+        for (std::size_t first = 0, end = 1; end <= pieces.size(); ++end) {
+            bytes += pieces[end - 1].bytes;
+            const bool isLast = end == pieces.size();
             if (bytes < bytesASlice && !isLast)
                 continue;
-            all.push_back({ index, strips.subspan(first, end - first), at, isLast });
+            all.push_back({ index, pieces.subspan(first, end - first), at, isLast });
             at += std::exchange(bytes, 0);
             first = end;
         }
@@ -116,7 +116,7 @@ void CopyBatch::copySlice(const Slice& slice, const StagedFile& file) const
     const std::span<std::uint8_t> buffer = copyBuffer();
     std::uint64_t at = slice.begin;
     std::size_t rest
-        = readStrips(slice.strips, m_parts[slice.part].source->document(), buffer, [&](auto bytes) {
+        = readPieces(slice.pieces, m_parts[slice.part].source->document(), buffer, [&](auto bytes) {
               file.fill(at, bytes);
               at += bytes.size();
           });

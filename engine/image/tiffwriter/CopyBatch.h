@@ -54,17 +54,17 @@ private:
     {
         const TiffPage* source = nullptr;
         std::optional<CopiedPage> page;
-        std::uint64_t begin = 0; ///< of its strips
+        std::uint64_t begin = 0; ///< of its pieces
         CopiedDirectory directory; ///< as it would be at the begin of a file
 
         std::uint64_t directoryAt() const { return directoryBehind(*page, begin); }
     };
     PagePosition positionOf(std::size_t index) const;
-    /// Strips in succession of a part, with its directory if they are its last ones.
+    /// Pieces in succession of a part, with its directory if they are its last ones.
     struct Slice
     {
         std::size_t part = 0;
-        std::span<const PlainDirectory::Strip> strips;
+        std::span<const PlainDirectory::Piece> pieces;
         std::uint64_t begin = 0; ///< where they go
         bool isLast = false;
     };

@@ -48,7 +48,7 @@ bool MultiPageTiffWriter::couldPassLimit(const PageSource& firstPage,
     // A reader of its own: what is said of later pages comes again in their turn.
     std::optional<TiffReader> ahead;
     const auto bytesOf = [&](const PlainDirectory& read) {
-        return expectedBytes(read.tags, page->treatment(), [&] { return read.stripBytes; });
+        return expectedBytes(read.tags, page->treatment(), [&] { return read.pieceBytes; });
     };
     std::uint64_t sum = pieces.copy ? bytesOf(pieces.copy->read) : 0;
     for (int index = page->index() + (pieces.copy ? 1 : 0); index < last && sum <= m_limitBytes;

@@ -112,7 +112,7 @@ void TiffFileBuilder::appendCopy(const CopiedPage& page, const TiffPage& source)
             onTarget([&] { m_staged->write(bytes); });
         };
         const std::span<std::uint8_t> buffer = copyBuffer();
-        put(buffer.first(readStrips(page.read.strips, source.document(), buffer, put)));
+        put(buffer.first(readPieces(page.read.pieces, source.document(), buffer, put)));
     });
 }
 
@@ -123,11 +123,11 @@ void TiffFileBuilder::appendRecoded(const EncodedPieces& pieces, const TiffPage&
     source.reader().adopt(source.index(), pieces.diagnostics);
     appendDescribed(*pieces.recoded, source, [&] {
         if (isCarried) {
-            onTarget([&] { m_staged->reserve(pieces.recoded->read.stripBytes); });
+            onTarget([&] { m_staged->reserve(pieces.recoded->read.pieceBytes); });
             return;
         }
         std::vector<std::uint8_t> strip;
-        for (const PlainDirectory::Strip& piece : pieces.recoded->read.strips) {
+        for (const PlainDirectory::Piece& piece : pieces.recoded->read.pieces) {
             strip.resize(piece.bytes);
             pieces.bytes->readAt(piece.offset, strip);
             onTarget([&] { m_staged->write(strip); });
