@@ -4,6 +4,7 @@
 #include "tests/support/Testing.h"
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QSemaphore>
 
 #include <atomic>
@@ -43,8 +44,10 @@ private slots:
                     order += QByteArray(error.what()) == "row 3" ? 200 : -1;
                 }
             });
+            QEventLoop loop; // the worker cannot end before its calls are served
+            connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
             if (!byJoining)
-                QVERIFY(QSignalSpy(worker.get(), &QThread::finished).wait());
+                loop.exec();
             joinWorker(*worker); // serves the other one's calls, too
             QVERIFY(worker->isFinished());
             joinWorker(*other);
