@@ -16,7 +16,8 @@ namespace pagestack {
 
 namespace {
 
-    constexpr std::uint64_t mostStrips = 8192; // many pages are held at once
+    constexpr std::uint64_t mostPieces = 8192; // many pages are held at once
+    constexpr std::uint64_t largestTileSidePx = 1U << 16U;
     constexpr std::uint64_t longestTextBytes = 4096;
     constexpr std::uint64_t longestTablesBytes = 4096;
     constexpr std::uint64_t dateBytes = 20; // TIFF 6.0, section 8, DateTime
@@ -82,6 +83,7 @@ namespace {
             case TIFFTAG_HOSTCOMPUTER:
             case TIFFTAG_COPYRIGHT:
                 return takeText(value);
+            // Tables of strips come before the tags of tiles; a page with both is not plain.
             case TIFFTAG_STRIPOFFSETS:
                 return takeTable(value, m_offsets);
             case TIFFTAG_ORIENTATION:
@@ -89,7 +91,7 @@ namespace {
             case TIFFTAG_SAMPLESPERPIXEL:
                 return takeShort(value, m_tags.samplesPerPixel);
             case TIFFTAG_ROWSPERSTRIP:
-                return takeNumber(value, m_tags.rowsPerStrip);
+                return takeNumber(value, m_tags.rowsPerStrip) && m_tags.rowsPerStrip > 0;
             case TIFFTAG_STRIPBYTECOUNTS:
                 return takeTable(value, m_counts);
             case TIFFTAG_XRESOLUTION:
@@ -109,6 +111,15 @@ namespace {
             case TIFFTAG_PREDICTOR:
                 m_hasPredictor = true;
                 return takeShort(value, m_tags.predictor);
+            case TIFFTAG_TILEWIDTH:
+                m_tags.isTiled = true;
+                return takeNumber(value, m_tags.tileWidthPx);
+            case TIFFTAG_TILELENGTH:
+                return takeNumber(value, m_tags.tileHeightPx);
+            case TIFFTAG_TILEOFFSETS:
+                return m_tags.isTiled && takeTable(value, m_offsets);
+            case TIFFTAG_TILEBYTECOUNTS:
+                return m_tags.isTiled && takeTable(value, m_counts);
             case TIFFTAG_JPEGTABLES:
                 return takeJpegTables(value);
             case TIFFTAG_YCBCRSUBSAMPLING:
@@ -247,7 +258,7 @@ namespace {
         bool takeTable(const TiffTagValue& value, std::vector<std::uint64_t>& to) const
         {
             if ((value.type != TIFF_SHORT && value.type != TIFF_LONG) || value.count == 0
-                || value.count > mostStrips)
+                || value.count > mostPieces || !to.empty())
                 return false;
             std::vector<std::uint8_t> bytes(value.bytes);
             readAt(value.offset, bytes);
@@ -326,10 +337,8 @@ namespace {
         {
             constexpr std::uint32_t largestSide = std::numeric_limits<std::int32_t>::max();
             if (m_tags.widthPx == 0 || m_tags.widthPx > largestSide || m_tags.heightPx == 0
-                || m_tags.heightPx > largestSide || m_tags.rowsPerStrip == 0)
-                return false;
-            m_tags.rowsPerStrip = std::min(m_tags.rowsPerStrip, m_tags.heightPx);
-            if (m_offsets.size() != m_tags.stripsInPlane() || m_counts.size() != m_offsets.size())
+                || m_tags.heightPx > largestSide || !hasKnownDivision()
+                || m_counts.size() != m_offsets.size())
                 return false;
             const std::uint64_t fileBytes = m_file.sizeBytes();
             m_read.pieces.reserve(m_offsets.size());
@@ -342,6 +351,23 @@ namespace {
                 m_read.pieceBytes += piece.bytes;
             }
             return true;
+        }
+
+        bool hasKnownDivision()
+        {
+            if (m_tags.isTiled) {
+                const std::uint64_t across = m_tags.tileWidthPx;
+                const std::uint64_t down = m_tags.tileHeightPx;
+                return across > 0 && down > 0 && across <= largestTileSidePx
+                    && down <= largestTileSidePx && m_tags.rowsPerStrip == 0
+                    && m_offsets.size()
+                    == (m_tags.widthPx + across - 1) / across
+                        * ((m_tags.heightPx + down - 1) / down);
+            }
+            if (m_tags.rowsPerStrip == 0)
+                return false;
+            m_tags.rowsPerStrip = std::min(m_tags.rowsPerStrip, m_tags.heightPx);
+            return m_offsets.size() == m_tags.stripsInPlane();
         }
 
         /// libtiff takes that of the JPEG data where the tag says something else.

@@ -13,9 +13,9 @@ namespace pagestack {
 
 class OpenTiffFile;
 
-/// The directory of a page of strips that has only common tags, with values of which
-/// libtiff has nothing to say: gray, RGB or, as JPEG, YCbCr, whole numbers as resolution, sound
-/// strips. Most scans are of this kind, and it is read in a tenth of the time that libtiff takes.
+/// The directory of a page that has only common tags, with values of which libtiff has nothing to
+/// say: gray, RGB or, as JPEG, YCbCr, whole numbers as resolution, sound strips or tiles. Most
+/// scans are of this kind, and it is read in a tenth of the time that libtiff takes.
 struct PlainDirectory
 {
     struct Piece
@@ -30,7 +30,7 @@ struct PlainDirectory
     };
 
     TiffPageTags tags;
-    std::vector<Piece> pieces; ///< strips
+    std::vector<Piece> pieces; ///< strips or tiles, in their order
     std::uint64_t pieceBytes = 0; ///< of all pieces
     std::vector<Text> texts; ///< by their tags, upwards
 

@@ -20,16 +20,19 @@ namespace {
     constexpr std::uint32_t mostNewStrips = 8192; // many pages are held at once
     constexpr std::uint64_t mostIn16Bits = std::numeric_limits<std::uint16_t>::max();
 
-    std::uint64_t plainStripBytes(const TiffPageTags& tags, std::size_t number)
+    std::uint64_t plainPieceBytes(const TiffPageTags& tags, std::size_t number)
     {
-        const auto above = static_cast<std::uint32_t>(number) * tags.rowsPerStrip;
-        const std::uint32_t rows = std::min(tags.rowsPerStrip, tags.heightPx - above);
+        const std::uint64_t above = number * tags.rowsPerStrip;
+        const std::uint64_t rows = tags.isTiled
+            ? tags.tileHeightPx
+            : std::min<std::uint64_t>(tags.rowsPerStrip, tags.heightPx - above);
+        const std::uint32_t widthPx = tags.isTiled ? tags.tileWidthPx : tags.widthPx;
         if (tags.photometric != PHOTOMETRIC_YCBCR)
-            return tags.planeRowBytes() * rows;
+            return (tags.bitsOf(widthPx) + 7) / 8 * rows;
         const auto across = static_cast<unsigned>(tags.horizontalSubsampling);
         const auto down = static_cast<unsigned>(tags.verticalSubsampling);
-        return ((std::uint64_t { tags.widthPx } + across - 1) / across)
-            * ((std::uint64_t { rows } + down - 1) / down) * (across * down + 2);
+        return ((std::uint64_t { widthPx } + across - 1) / across) * ((rows + down - 1) / down)
+            * (across * down + 2);
     }
 
     /// libtiff takes a single strip of uncompressed rows for many small ones.
@@ -47,7 +50,7 @@ namespace {
     bool hasWholeRows(const PlainDirectory& read)
     {
         for (std::size_t i = 0; i < read.pieces.size(); ++i)
-            if (read.pieces[i].bytes != plainStripBytes(read.tags, i))
+            if (read.pieces[i].bytes != plainPieceBytes(read.tags, i))
                 return false;
         return read.tags.heightPx / newRowsPerStrip(read.tags) < mostNewStrips;
     }
@@ -88,15 +91,15 @@ namespace {
     }
 
     /// As for those that libtiff copies: see SampleCopy.
-    bool hasSoundStrips(const PlainDirectory& read, const OpenTiffFile& file)
+    bool hasSoundPieces(const PlainDirectory& read, const OpenTiffFile& file)
     {
-        if (read.pieceBytes > file.sizeBytes())
+        if (read.pieceBytes > file.sizeBytes() || tilesAreOfOddSize(read.tags))
             return false;
         if (read.tags.compression == COMPRESSION_NONE)
-            return hasWholeRows(read);
+            return !read.tags.isTiled && hasWholeRows(read);
         for (std::size_t i = 0; i < read.pieces.size(); ++i)
             if (read.pieces[i].bytes > mostIn16Bits
-                && plainStripBytes(read.tags, i) <= mostIn16Bits)
+                && plainPieceBytes(read.tags, i) <= mostIn16Bits)
                 return false;
         if (read.tags.compression != COMPRESSION_LZW || read.pieces.front().bytes < 2)
             return true;
@@ -105,7 +108,7 @@ namespace {
         return start[0] != 0 || (start[1] & 1U) == 0; // else its codes have the old bit order
     }
 
-    /// In 16 bits where libtiff trusts that no strip of several grows to more: compressed ones of
+    /// In 16 bits where libtiff trusts that no piece of several grows to more: compressed ones of
     /// less than a tenth of that.
     void addByteCounts(ClassicDirectory& directory, const CopiedPage& page)
     {
@@ -115,14 +118,14 @@ namespace {
                                        COMPRESSION_DEFLATE, COMPRESSION_JPEG };
         const bool isPlain = read.tags.compression == COMPRESSION_NONE;
         const bool isTrusted = std::ranges::find(trusted, read.tags.compression) != trusted.end()
-            && plainStripBytes(read.tags, 0) < mostIn16Bits / 10;
+            && plainPieceBytes(read.tags, 0) < mostIn16Bits / 10;
         const bool isSmall
             = counts.size() > 1 && (isPlain ? counts.front() <= mostIn16Bits : isTrusted);
+        const unsigned tag = read.tags.isTiled ? TIFFTAG_TILEBYTECOUNTS : TIFFTAG_STRIPBYTECOUNTS;
         if (isSmall)
-            directory.addShorts(TIFFTAG_STRIPBYTECOUNTS,
-                                std::vector<int>(counts.begin(), counts.end()));
+            directory.addShorts(tag, std::vector<int>(counts.begin(), counts.end()));
         else
-            directory.addLongs(TIFFTAG_STRIPBYTECOUNTS, counts);
+            directory.addLongs(tag, counts);
     }
 
     void addPageNumber(ClassicDirectory& directory, const CopiedPage& page, const TiffPage& source,
@@ -148,6 +151,10 @@ namespace {
         ClassicDirectory directory;
         directory.addNumber(TIFFTAG_IMAGEWIDTH, tags.widthPx);
         directory.addNumber(TIFFTAG_IMAGELENGTH, tags.heightPx);
+        if (tags.isTiled) {
+            directory.addNumber(TIFFTAG_TILEWIDTH, tags.tileWidthPx);
+            directory.addNumber(TIFFTAG_TILELENGTH, tags.tileHeightPx);
+        }
         if (read.hasResolution) {
             directory.addWholeFractions(
                 TIFFTAG_XRESOLUTION, std::array { static_cast<std::uint32_t>(tags.resolution.x) });
@@ -163,7 +170,8 @@ namespace {
             directory.addShort(TIFFTAG_FILLORDER, tags.fillOrder);
         directory.addShort(TIFFTAG_ORIENTATION, tags.orientation);
         directory.addShort(TIFFTAG_SAMPLESPERPIXEL, tags.samplesPerPixel);
-        directory.addNumber(TIFFTAG_ROWSPERSTRIP, page.rowsPerStrip);
+        if (!tags.isTiled)
+            directory.addNumber(TIFFTAG_ROWSPERSTRIP, page.rowsPerStrip);
         directory.addShort(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
         if (read.resolutionUnit)
             directory.addShort(TIFFTAG_RESOLUTIONUNIT, *read.resolutionUnit);
@@ -174,7 +182,7 @@ namespace {
             offsets.push_back(static_cast<std::uint32_t>(begin));
             begin += bytes;
         }
-        directory.addLongs(TIFFTAG_STRIPOFFSETS, offsets);
+        directory.addLongs(tags.isTiled ? TIFFTAG_TILEOFFSETS : TIFFTAG_STRIPOFFSETS, offsets);
         if (read.hasSampleFormat)
             directory.addShorts(TIFFTAG_SAMPLEFORMAT, std::vector(samples, tags.sampleFormat));
         if (read.hasSubsampling)
@@ -217,7 +225,7 @@ try {
         // JPEG data may have Exif and comments of their own.
         || (treatment.stripsMetadata && read->tags.compression == COMPRESSION_JPEG)
         || (source->document().isBigEndian() && read->tags.bitsPerSample > 8)
-        || !hasSoundStrips(*read, source->document()))
+        || !hasSoundPieces(*read, source->document()))
         return std::nullopt;
     CopiedPage copied { .read = std::move(*read), .keepsTexts = !treatment.stripsMetadata };
     const TiffPageTags& tags = copied.read.tags;
@@ -243,7 +251,7 @@ try {
         || !source->change().isNone())
         return std::nullopt;
     std::optional<PlainDirectory> read = plainDirectory(source->document(), source->index());
-    if (!read || read->tags.compression == COMPRESSION_JPEG)
+    if (!read || read->tags.isTiled || read->tags.compression == COMPRESSION_JPEG)
         return std::nullopt;
     TiffPageTags& tags = read->tags;
     tags.compression = strips.compression;

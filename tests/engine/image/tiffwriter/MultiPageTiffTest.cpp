@@ -220,24 +220,32 @@ private slots:
             };
             return page;
         };
-        const QList<TestPage> pages { described,
-                                      "jpeg",
-                                      "jpeg width=300 rows=32",
-                                      "compression=7 rows=16",
-                                      "rgb compression=7 rows=16",
-                                      sampled("jpeg width=300", 1, 1),
-                                      sampled("jpeg", 2, 1),
-                                      "rgb compression=5 predictor=2 format=1",
-                                      "rgb bits=16 compression=8 xy=72,72 unit=3",
-                                      "width=6553 compression=5 rows=1",
-                                      "width=6552 compression=5 rows=1",
-                                      "compression=32773 xy=204,98",
-                                      "rgb rows=1 xy=72,72",
-                                      "width=70000 height=3 rows=3",
-                                      "width=70000 height=3 rows=1",
-                                      "bits=16 format=1",
-                                      "bits=1 fillOrder=2",
-                                      "bits=1 compression=3 xy=203.5,98" };
+        const QList<TestPage> pages {
+            described,
+            "jpeg",
+            "jpeg width=300 rows=32",
+            "compression=7 rows=16",
+            "rgb compression=7 rows=16",
+            sampled("jpeg width=300", 1, 1),
+            sampled("jpeg", 2, 1),
+            "rgb compression=5 predictor=2 format=1",
+            "rgb bits=16 compression=8 xy=72,72 unit=3",
+            "width=6553 compression=5 rows=1",
+            "width=6552 compression=5 rows=1",
+            "compression=32773 xy=204,98",
+            "rgb rows=1 xy=72,72",
+            "width=70000 height=3 rows=3",
+            "width=70000 height=3 rows=1",
+            "bits=16 format=1",
+            "bits=1 fillOrder=2",
+            "rgb tileWidth=32 tileHeight=16 compression=5 predictor=2",
+            "width=300 tileWidth=80 tileHeight=80 compression=8",
+            "width=300 height=20 tileWidth=96 tileHeight=80 compression=8",
+            "fax tileWidth=64 tileHeight=32",
+            "rgb tileWidth=32 tileHeight=16",
+            sampled("jpeg width=300 tileWidth=32 tileHeight=32", 2, 2),
+            "bits=1 compression=3 xy=203.5,98"
+        };
         PageTreatment byLibtiff;
         byLibtiff.keepsCompression = true;
         for (const bool isStripped : { false, true })
@@ -273,7 +281,8 @@ private slots:
                                       "rgb bits=16 compression=8 xy=72,72 unit=3",
                                       "width=70000 height=3 rows=3",
                                       "width=3000 height=90 compression=8 rows=7",
-                                      "rgb compression=7 rows=16" };
+                                      "rgb compression=7 rows=16",
+                                      "rgb tileWidth=32 tileHeight=16 compression=8" };
         for (const char* const mode : { "wl", "wb" })
             for (const int compression : { 0, 2, 3, 4 }) {
                 writeTiff(m_source, pages, mode);
@@ -411,6 +420,13 @@ private slots:
                     pixels += tiles[x / 56 * 56 * 128 + y * 56 + x % 56];
             for (const int index : { 0, 3 }) {
                 QCOMPARE(leftOutOf(index), QStringList());
+                QCOMPARE(readTiff(m_out).value(0).samples, pixels);
+                // Encoded ahead, the strips were described as tiles.
+                const TiffDocument source(m_source);
+                const auto page = source.page(0).sharedSource();
+                MultiPageTiffWriter ahead(m_out, index, 1);
+                ahead.append(page, encodePieces(*page, tiffCompressionTag(index)));
+                QVERIFY(ahead.commit());
                 QCOMPARE(readTiff(m_out).value(0).samples, pixels);
             }
         }
