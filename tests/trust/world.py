@@ -29,8 +29,8 @@ def outputs_of(pages_of, form, extension=".png"):
 
 def run_and_halt(scene, sources, *words):
     """Starts a run over a long first source and `sources`, and halts it while it writes the first page."""
-    for count in (6, 24, 96, 96, 96, 96):
-        scene.make(A, [picture(i, 600, 600, noisy=True) for i in range(count)])
+    for count, side in (6, 600), (24, 600), (96, 600), (12, 1800), (12, 1800), (6, 3600), (6, 3600):
+        scene.make(A, [picture(i, side, side, noisy=True) for i in range(count)])
         scene.start(*(["--compression", "lzw"] if "tiff" in words else []), *words, A, *sources)
         while scene.process.poll() is None and not os.listdir("out"):
             time.sleep(0.0005)
