@@ -8,6 +8,7 @@
 #include <QScopeGuard>
 
 #include <chrono>
+#include <new>
 #include <system_error>
 
 namespace pagestack {
@@ -88,7 +89,13 @@ void PageWorkerPool::add(std::span<const std::shared_ptr<PageTask>> tasks)
     std::size_t idle = 0;
     {
         const std::scoped_lock lock(m_mutex);
-        m_waiting.insert(m_waiting.end(), tasks.begin(), tasks.end());
+        try {
+            m_waiting.insert(m_waiting.end(), tasks.begin(), tasks.end());
+        } catch (const std::bad_alloc&) {
+            for (const std::shared_ptr<PageTask>& task : tasks)
+                task->state = PageTask::State::Withdrawn;
+            return;
+        }
         wanted = threadsWanted();
         idle = m_idle;
     }
@@ -112,8 +119,9 @@ bool PageWorkerPool::addThread()
     try {
         m_threads.emplace_back([this] { work(); });
         return true;
-    } catch (const std::system_error&) {
-        // The system has no thread left. Without any the job's thread does everything.
+    } catch (const std::exception&) {
+        // The system has no thread left, or no memory for one. Without any the job's thread does
+        // everything.
         const std::scoped_lock lock(m_mutex);
         if (m_threads.empty())
             withdrawAll();

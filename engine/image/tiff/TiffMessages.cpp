@@ -124,6 +124,12 @@ void TiffMessages::addError(const char* module, const std::string& text)
     report("error", module, text);
 }
 
+void TiffMessages::noteWantOfMemory() noexcept
+{
+    if (m_reason.empty())
+        m_reason = "out of memory"; // so short that it takes none
+}
+
 void TiffMessages::addWarning(const char* module, const std::string& text)
 {
     switch (classOfWarning(module != nullptr ? module : "", text)) {

@@ -23,6 +23,9 @@ public:
     void addError(const char* module, const std::string& text);
     void addWarning(const char* module, const std::string& text);
 
+    /// For a message that there was no memory for: as a failure, whatever it said.
+    void noteWantOfMemory() noexcept;
+
     /// Forgets all messages except for the log lines, which wait for `takeDiagnostics`.
     void forget();
 

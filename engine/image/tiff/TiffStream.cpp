@@ -25,16 +25,29 @@ namespace {
         return text.data();
     }
 
+    /// Returns what says that the message is handled: the global handler stays silent.
+    template <typename Take>
+    int taken(void* messages, Take take)
+    {
+        auto& all = *static_cast<TiffMessages*>(messages);
+        try {
+            take(all);
+        } catch (const std::exception&) { // no exception may pass libtiff
+            all.noteWantOfMemory();
+        }
+        return 1;
+    }
+
     int onError(TIFF*, void* messages, const char* module, const char* format, va_list arguments)
     {
-        static_cast<TiffMessages*>(messages)->addError(module, formatted(format, arguments));
-        return 1; // handled: the global handler stays silent
+        return taken(messages,
+                     [&](auto& all) { all.addError(module, formatted(format, arguments)); });
     }
 
     int onWarning(TIFF*, void* messages, const char* module, const char* format, va_list arguments)
     {
-        static_cast<TiffMessages*>(messages)->addWarning(module, formatted(format, arguments));
-        return 1;
+        return taken(messages,
+                     [&](auto& all) { all.addWarning(module, formatted(format, arguments)); });
     }
 
     struct OptionsFreer
