@@ -3,6 +3,7 @@
 #include "engine/image/decode/DisplayRows.h"
 #include "engine/image/decode/JpegPageBlocks.h"
 #include "engine/image/metadata/MetadataReader.h"
+#include "engine/image/pixels/ByteOrder.h"
 #include "engine/image/tiff/TiffLimits.h"
 
 #include <tiffio.h>
@@ -10,6 +11,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <span>
 #include <stdexcept>
 #include <string>
 
@@ -27,6 +29,28 @@ namespace {
             if (TIFFGetField(page, tag, &depth) == 1 && depth > 1)
                 throw std::runtime_error("a page of " + std::to_string(depth)
                                          + " slices in depth is not supported");
+        }
+    }
+
+    /// What the SubfileType of old files says (TIFF 6.0, section 8), which libtiff does not read.
+    void takeOldSubfileType(const TiffPage& page, TiffPageTags& tags)
+    {
+        const TiffTagValue* value = page.directory().find(TIFFTAG_OSUBFILETYPE);
+        if (value == nullptr || (value->type != TIFF_SHORT && value->type != TIFF_LONG)
+            || value->count != 1 || page.directory().find(TIFFTAG_SUBFILETYPE) != nullptr)
+            return;
+        std::array<std::uint8_t, 4> bytes = {};
+        const std::span number = std::span(bytes).first(value->bytes);
+        page.reader().readAt(value->offset, number);
+        switch (numberIn(number, page.document().isBigEndian())) {
+        case OFILETYPE_REDUCEDIMAGE:
+            tags.subfileType = FILETYPE_REDUCEDIMAGE;
+            break;
+        case OFILETYPE_PAGE:
+            tags.subfileType = FILETYPE_PAGE;
+            break;
+        default:
+            break; // a page like any other
         }
     }
 
@@ -65,6 +89,7 @@ const TiffPage::Description& TiffPage::description() const
         auto read = std::make_unique<Description>();
         checkDepth(load());
         TiffPageTags& tags = read->tags = readTiffPageTags(load());
+        takeOldSubfileType(*this, tags);
         checkStripTable(*m_reader, m_index, tags);
         checkColorMap(*this, tags);
         read->properties.widthPx = static_cast<int>(tags.widthPx);

@@ -32,9 +32,11 @@ namespace {
     Resolution resolutionOf(TIFF* handle)
     {
         Resolution resolution;
-        const auto x = defaultedTag<float>(handle, TIFFTAG_XRESOLUTION, 0.0F);
+        auto x = defaultedTag<float>(handle, TIFFTAG_XRESOLUTION, 0.0F);
         auto y = defaultedTag<float>(handle, TIFFTAG_YRESOLUTION, x);
-        if (y == 0) // which libtiff says of one that is missing
+        if (x == 0) // which libtiff says of one that is missing
+            x = y;
+        if (y == 0)
             y = x;
         const auto usable = [](float value) { return std::isfinite(value) && value > 0.0F; };
         if (usable(x) && usable(y)) {

@@ -48,8 +48,12 @@ namespace {
         if (TIFFGetField(from, across, &x) != 1 || TIFFGetField(from, down, &y) != 1
             || !isFraction(x) || !isFraction(y))
             return;
+        if (isSquare && x == 0)
+            x = y;
+        if (isSquare && y == 0)
+            y = x;
         TIFFSetField(to, across, static_cast<double>(x));
-        TIFFSetField(to, down, static_cast<double>(isSquare && y == 0 ? x : y));
+        TIFFSetField(to, down, static_cast<double>(y));
     }
 
     void copyFractions(TIFF* from, TIFF* to, ttag_t tag, std::ptrdiff_t count)
