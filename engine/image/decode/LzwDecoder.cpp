@@ -121,6 +121,8 @@ bool decodeLzw(std::span<const std::uint8_t> encoded, std::span<std::uint8_t> to
     if (!codes.next(firstWidth, code) || code != clearCode)
         return false;
     std::size_t at = 0;
+    int width = firstWidth;
+    Entry before {};
     while (at < to.size()) {
         // The table is empty: the next code is a byte, or another one that empties it.
         if (!codes.next(firstWidth, code))
@@ -129,9 +131,9 @@ bool decodeLzw(std::span<const std::uint8_t> encoded, std::span<std::uint8_t> to
             continue;
         if (code > clearCode)
             return false;
-        Entry before = { code, static_cast<std::uint32_t>(at), 1 };
+        before = { code, static_cast<std::uint32_t>(at), 1 };
         to[at++] = static_cast<std::uint8_t>(code);
-        int width = firstWidth;
+        width = firstWidth;
         unsigned next = firstEntry;
         while (at < to.size()) {
             if (!codes.next(width, code) || code == endCode)
@@ -157,7 +159,41 @@ bool decodeLzw(std::span<const std::uint8_t> encoded, std::span<std::uint8_t> to
                 ++width;
         }
     }
-    return true;
+    return before.length <= to.size() - before.offset
+        && (!codes.next(width, code) || code == endCode);
+}
+
+std::uint64_t decodedLzwBytes(std::span<const std::uint8_t> encoded)
+{
+    if (encoded.size() >= 2 && encoded[0] == 0 && (encoded[1] & 1U) != 0)
+        return 0;
+    std::array<std::uint32_t, entries> lengths;
+    lengths.fill(1);
+    CodeReader codes(encoded);
+    std::uint64_t sum = 0;
+    unsigned code = 0;
+    unsigned next = firstEntry;
+    int width = firstWidth;
+    for (std::uint32_t before = 0; codes.next(width, code) && code != endCode;) {
+        if (code == clearCode) {
+            before = 0;
+            next = firstEntry;
+            width = firstWidth;
+            continue;
+        }
+        if (before > 0) {
+            if (code > next || next == entries)
+                break;
+            lengths[next++] = before + 1;
+        } else if (code > clearCode) {
+            break;
+        }
+        before = lengths[code];
+        sum += before;
+        if (next == (1U << static_cast<unsigned>(width)) - 1 && width < lastWidth)
+            ++width;
+    }
+    return sum;
 }
 
 } // namespace pagestack

@@ -1,6 +1,7 @@
 #include "engine/image/decode/StripDecoder.h"
 
 #include "engine/image/decode/JpegTail.h"
+#include "engine/image/decode/LzwDecoder.h"
 #include "engine/image/decode/NoDataValue.h"
 #include "engine/image/decode/TiffPage.h"
 #include "engine/image/tiff/TiffLimits.h"
@@ -59,6 +60,8 @@ StripDecoder::StripDecoder(const TiffPage& page, tiff* handle)
         m_order.emplace(m_tags, TIFFIsByteSwapped(handle) != 0);
     if (m_order && PieceDecoder::knows(m_tags))
         m_pieces.emplace(page.document(), m_tags, *m_order, m_rowBytes);
+    if (holdsMoreThanRows())
+        tellOfRest();
     const std::uint32_t sparse = sparseStrips(handle);
     if (sparse == 0)
         return;
@@ -109,6 +112,8 @@ void StripDecoder::decodeDoubtful(std::uint32_t number, std::span<std::uint8_t> 
         m_order->restore(to, m_rowBytes);
     } else {
         check(decodedByLibtiff(number, to), number);
+        if (m_pieces)
+            endLzw(number, to.size() / m_rowBytes);
     }
 }
 
@@ -121,20 +126,54 @@ bool StripDecoder::inflatedWhole(std::uint32_t number, std::span<std::uint8_t> t
 
 /// Some writers fill the last strip up to RowsPerStrip rows. Anything else behind the rows is no
 /// sign of sound data.
-void StripDecoder::endStream(StripStream& stream, std::uint64_t rows)
+std::uint64_t StripDecoder::paddingBytes(std::uint64_t rows) const
 {
     std::uint32_t stripRows = 0;
-    std::uint64_t padding = 0;
-    if (!m_tags.isTiled && TIFFGetField(m_handle, TIFFTAG_ROWSPERSTRIP, &stripRows) == 1
-        && stripRows > rows)
-        padding = std::min((stripRows - rows) * m_rowBytes, mostPaddingBytes);
+    if (m_tags.isTiled || TIFFGetField(m_handle, TIFFTAG_ROWSPERSTRIP, &stripRows) != 1
+        || stripRows <= rows)
+        return 0;
+    return std::min((stripRows - rows) * m_rowBytes, mostPaddingBytes);
+}
+
+/// Whether uncompressed strips have a row more; less than that fills up a block of the file.
+bool StripDecoder::holdsMoreThanRows() const
+{
+    if (m_tags.compression != COMPRESSION_NONE || m_tags.isTiled || m_tags.isSubsampled())
+        return false;
+    const std::uint32_t strips = TIFFNumberOfStrips(m_handle);
+    for (std::uint32_t number = 0; number < strips; ++number) {
+        const std::uint64_t rows = plainBytes(m_handle, m_tags, number) / m_rowBytes;
+        if (TIFFGetStrileByteCount(m_handle, number) / m_rowBytes
+            > rows + paddingBytes(rows) / m_rowBytes)
+            return true;
+    }
+    return false;
+}
+
+void StripDecoder::endLzw(std::uint32_t number, std::uint64_t rows)
+{
+    EncodedBytes bytes = encoded(number);
+    if (m_tags.compression == COMPRESSION_LZW && bytes.left() <= PieceDecoder::mostBytes
+        && decodedLzwBytes(bytes.next(bytes.left())) / m_rowBytes
+            > rows + paddingBytes(rows) / m_rowBytes)
+        tellOfRest();
+}
+
+void StripDecoder::tellOfRest()
+{
+    m_page.messages().addPageWarning(
+        u"its strips or tiles hold more than their rows; the rest is left out"_s);
+}
+
+void StripDecoder::endStream(StripStream& stream, std::uint64_t rows)
+{
+    const std::uint64_t padding = paddingBytes(rows);
     const std::uint64_t most = padding + mostPaddingBytes;
     const std::uint64_t rest = stream.skipRest(most);
     if (rest > most)
         throw std::runtime_error("its strips hold far more than their rows");
     if (rest > padding || rest % m_rowBytes != 0)
-        m_page.messages().addPageWarning(
-            u"its strips or tiles hold more than their rows; the rest is left out"_s);
+        tellOfRest();
 }
 
 bool StripDecoder::decodedByLibtiff(std::uint32_t number, std::span<std::uint8_t> to)

@@ -15,6 +15,13 @@ namespace {
 /// Qt puts the length before the stream.
 QByteArray deflated(const QByteArray& plain) { return qCompress(plain).sliced(4); }
 
+QByteArray lzw(const QByteArray& plain)
+{
+    LzwEncoder encoder;
+    const std::span<const std::uint8_t> codes = encoder.encode(span(plain));
+    return { reinterpret_cast<const char*>(codes.data()), static_cast<qsizetype>(codes.size()) };
+}
+
 /// In runs and literals that do not care where rows end.
 QByteArray packed(const QByteArray& plain)
 {
@@ -42,19 +49,13 @@ QList<QByteArray> piecesOf(const TestPage& page, const QString& faults)
     const int width = page.tileWidth > 0 ? page.tileWidth : page.width;
     const int height = page.tileWidth > 0 ? page.tileHeight : page.rows;
     QList<QByteArray> pieces;
-    LzwEncoder encoder;
     for (int y = 0; y < page.height; y += height)
         for (int x = 0; x < page.width; x += width) {
-            const bool isLonger
-                = faults.contains(u" %1 longer"_s.arg(pieces.size())) && page.compression == 8;
+            const bool isLonger = faults.contains(u" %1 longer"_s.arg(pieces.size()));
             QByteArray plain;
             for (int i = 0; i < (isLonger ? height + 3 : height) * width; ++i)
                 plain.append(static_cast<char>(page.at(x + i % width, y + i / width, 0)));
-            const std::span<const std::uint8_t> lzw = encoder.encode(span(plain));
-            QByteArray piece = page.compression == 8
-                ? deflated(plain)
-                : QByteArray(reinterpret_cast<const char*>(lzw.data()),
-                             static_cast<qsizetype>(lzw.size()));
+            QByteArray piece = page.compression == 8 ? deflated(plain) : lzw(plain);
             if (faults.contains(u" %1 cut"_s.arg(pieces.size())))
                 piece.chop(piece.size() / 2);
             if (faults.contains(u" %1 flipped"_s.arg(pieces.size())))
@@ -129,6 +130,10 @@ private slots:
         addTextRows(R"(
 compression=8                                        | 7 | 0
 compression=8                                        | 8 | 1
+compression=5                                        | 7 | 0
+compression=5                                        | 8 | 1
+compression=1                                        | 7 | 0
+compression=1                                        | 8 | 1
 compression=32773                                    | 7 | 0
 compression=32773                                    | 9 | 1
 compression=8 width=3000 height=1500 rows=1500       | 0 | 0
@@ -145,7 +150,10 @@ compression=32773 width=3000 height=1500 rows=1500   | 0 | 0
             const int left = page.height - y;
             const QByteArray rows
                 = rowsOf(page, y, left <= page.rows ? left + moreRows.toInt() : page.rows);
-            page.encoded.append(page.compression == 8 ? deflated(rows) : packed(rows));
+            page.encoded.append(page.compression == 8       ? deflated(rows)
+                                    : page.compression == 5 ? lzw(rows)
+                                    : page.compression == 1 ? rows
+                                                            : packed(rows));
         }
         writeTiff(m_path, { page });
         QCOMPARE(differenceFrom(page, 7), QString());
@@ -177,6 +185,7 @@ compression=8 rows=9                     | 3 longer, 4 longer    | 1 |
 compression=8 rows=9                     | 12 longer, 14 flipped | 1 | its Deflate data are damaged
 compression=5 tileWidth=48 tileHeight=32 |                       | 0 |
 compression=5 tileWidth=48 tileHeight=32 | 9 cut, 11 cut         | 0 | LZWDecode
+compression=5 tileWidth=48 tileHeight=32 | 8 longer, 10 cut      | 1 | LZWDecode
 compression=5 rows=9                     | 21 cut                | 0 | LZWDecode
 )");
     }
@@ -260,6 +269,8 @@ compression=5 rows=9                     | 21 cut                | 0 | LZWDecode
                 : QByteArray();
         };
         QVERIFY(decoded(encoded) == plain);
+        QCOMPARE(decodedLzwBytes(span(encoded)), static_cast<std::uint64_t>(plain.size()));
+        QVERIFY(decoded(lzw(plain + plain.first(1))).isEmpty());
         LzwEncoder encoder;
         QVERIFY(std::ranges::equal(encoder.encode(span(plain)), span(encoded)));
         QVERIFY(decoded(encoded.chopped(encoded.size() / 2)).isEmpty());
