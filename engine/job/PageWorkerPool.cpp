@@ -8,8 +8,8 @@
 #include <QScopeGuard>
 
 #include <chrono>
+#include <exception>
 #include <new>
-#include <system_error>
 
 namespace pagestack {
 
