@@ -183,6 +183,7 @@ namespace {
           3 },
         { QT_TRANSLATE_NOOP("pagestack::Reasons", "strips") },
         { QT_TRANSLATE_NOOP("pagestack::Reasons", "tiles") },
+        { QT_TRANSLATE_NOOP("pagestack::Reasons", "out of memory") },
         { QT_TRANSLATE_NOOP("pagestack::Reasons", "its strips hold far more than their rows") },
         { QT_TRANSLATE_NOOP(
             "pagestack::Reasons",

@@ -2545,6 +2545,10 @@ Das Protokoll sagt mehr.</translation>
         <translation>Kacheln</translation>
     </message>
     <message>
+        <source>out of memory</source>
+        <translation>zu wenig Arbeitsspeicher</translation>
+    </message>
+    <message>
         <source>its strips hold far more than their rows</source>
         <translation>die Streifen enthalten weit mehr als ihre Zeilen</translation>
     </message>

@@ -167,7 +167,7 @@ std::uint64_t decodedLzwBytes(std::span<const std::uint8_t> encoded)
 {
     if (encoded.size() >= 2 && encoded[0] == 0 && (encoded[1] & 1U) != 0)
         return 0;
-    std::array<std::uint32_t, entries> lengths;
+    std::array<std::uint32_t, entries> lengths {};
     lengths.fill(1);
     CodeReader codes(encoded);
     std::uint64_t sum = 0;
