@@ -60,7 +60,7 @@ StripDecoder::StripDecoder(const TiffPage& page, tiff* handle)
         m_order.emplace(m_tags, TIFFIsByteSwapped(handle) != 0);
     if (m_order && PieceDecoder::knows(m_tags))
         m_pieces.emplace(page.document(), m_tags, *m_order, m_rowBytes);
-    if (holdsMoreThanRows())
+    if (m_tags.hasRowsBehindStrips)
         tellOfRest();
     const std::uint32_t sparse = sparseStrips(handle);
     if (sparse == 0)
@@ -134,24 +134,9 @@ std::uint64_t StripDecoder::paddingBytes(std::uint64_t rows) const
     return std::min((stripRows - rows) * m_rowBytes, mostPaddingBytes);
 }
 
-/// Whether uncompressed strips have a row more; less than that fills up a block of the file.
-bool StripDecoder::holdsMoreThanRows() const
-{
-    if (m_tags.compression != COMPRESSION_NONE || m_tags.isTiled || m_tags.isSubsampled())
-        return false;
-    const std::uint32_t strips = TIFFNumberOfStrips(m_handle);
-    for (std::uint32_t number = 0; number < strips; ++number) {
-        const std::uint64_t rows = plainBytes(m_handle, m_tags, number) / m_rowBytes;
-        if (TIFFGetStrileByteCount(m_handle, number) / m_rowBytes
-            > rows + paddingBytes(rows) / m_rowBytes)
-            return true;
-    }
-    return false;
-}
-
 void StripDecoder::endLzw(std::uint32_t number, std::uint64_t rows)
 {
-    if (m_tags.compression != COMPRESSION_LZW || m_tags.isSubsampled())
+    if (m_tags.compression != COMPRESSION_LZW || m_tags.isSubsampled() || m_rowBytes == 0)
         return;
     EncodedBytes bytes = encoded(number);
     if (bytes.left() <= longestJudgedStream && paddingBytes(rows) < mostPaddingBytes

@@ -51,7 +51,6 @@ private:
     std::unique_ptr<StripStream> openStream(std::uint32_t number) const;
     bool inflatedWhole(std::uint32_t number, std::span<std::uint8_t> to) const;
     std::uint64_t paddingBytes(std::uint64_t rows) const;
-    bool holdsMoreThanRows() const;
     void endStream(StripStream& stream, std::uint64_t rows);
     void endLzw(std::uint32_t number, std::uint64_t rows);
     void tellOfRest();

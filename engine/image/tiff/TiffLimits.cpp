@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -133,6 +134,21 @@ namespace {
         applyRowsPerStrip(handle, tags);
     }
 
+    /// As the file says; libtiff takes a single uncompressed strip for many. 0 where it is missing
+    /// or all ones, which stands for any number.
+    std::uint64_t rowsPerStrip(const TiffDirectory& directory, const OpenTiffFile& file)
+    {
+        const TiffTagValue* value = directory.find(TIFFTAG_ROWSPERSTRIP);
+        if (value == nullptr || (value->type != TIFF_SHORT && value->type != TIFF_LONG)
+            || value->count != 1)
+            return 0;
+        std::array<std::uint8_t, 4> bytes = {};
+        const std::span number = std::span(bytes).first(value->bytes);
+        file.readAt(value->offset, number);
+        const std::uint64_t rows = numberIn(number, file.isBigEndian());
+        return rows == std::numeric_limits<std::uint32_t>::max() ? 0 : rows;
+    }
+
     /// libtiff replaces sizes of uncompressed strips that look wrong by what the rows need, and
     /// takes what follows in the file for pixels.
     void checkPlainCounts(TiffReader& reader, int index, TiffPageTags& tags)
@@ -149,18 +165,33 @@ namespace {
         const auto sizeOf = [&](std::uint64_t entry) {
             return numberIn(std::span(bytes).subspan(entry * size, size), file.isBigEndian());
         };
+        const auto hasRowMore = [&](std::uint32_t entry, std::uint64_t needed) {
+            const std::uint64_t offset = TIFFGetStrileOffset(handle, entry);
+            const std::uint64_t rowBytes = tags.planeRowBytes();
+            const std::uint64_t held
+                = std::min(sizeOf(entry), file.sizeBytes() - std::min(offset, file.sizeBytes()));
+            return held >= needed + rowBytes && !tags.isTiled && !tags.isSubsampled()
+                && held / rowBytes > rowsPerStrip(reader.directory(index), file);
+        };
         // Old programs left the size of the only strip unknown.
         if (table->count == 1 && !tags.isTiled) {
+            const std::uint64_t needed = TIFFVStripSize64(handle, tags.heightPx);
             tags.hasStripOfUnknownSize = sizeOf(0) == 0;
-            if (!tags.hasStripOfUnknownSize && sizeOf(0) < TIFFVStripSize64(handle, tags.heightPx))
+            if (!tags.hasStripOfUnknownSize && sizeOf(0) < needed)
                 refusePiece(tags, 0, "is smaller than its rows");
+            tags.hasRowsBehindStrips = hasRowMore(0, needed);
             return;
         }
         const std::uint64_t pieces = std::min<std::uint64_t>(piecesOf(handle), table->count);
-        for (std::uint32_t number = 0; number < pieces; ++number)
-            if (TIFFGetStrileOffset(handle, number) != 0
-                && sizeOf(number) < plainBytes(handle, tags, number))
+        for (std::uint32_t number = 0; number < pieces; ++number) {
+            if (TIFFGetStrileOffset(handle, number) == 0)
+                continue;
+            const std::uint64_t needed = plainBytes(handle, tags, number);
+            if (sizeOf(number) < needed)
                 refusePiece(tags, number, "is smaller than its rows");
+            if (!tags.hasRowsBehindStrips)
+                tags.hasRowsBehindStrips = hasRowMore(number, needed);
+        }
     }
 
     /// Lists as long as the page has strips or tiles, and the layers that some programs put beside

@@ -29,9 +29,11 @@ std::uint32_t piecesOf(tiff* handle);
 std::uint64_t plainBytes(tiff* handle, const TiffPageTags& tags, std::uint32_t number);
 
 /// Throws std::runtime_error if the table of strips of page `index` is too short or gives an
-/// uncompressed strip fewer bytes than its rows take. Two faults are noted in `tags` instead: one
+/// uncompressed strip fewer bytes than its rows take. Three faults are noted in `tags` instead: one
 /// entry a plane where RowsPerStrip asks for more (the strip holds all rows, as the handle is
-/// told), and the size 0 of an only strip, which old programs left.
+/// told), the size 0 of an only strip, which old programs left, and uncompressed strips that have a
+/// row more than they need, but for one that is filled up to RowsPerStrip rows. Less than a row may
+/// fill up a block of the file.
 void checkStripTable(TiffReader& reader, int index, TiffPageTags& tags);
 
 /// What the strips and tiles of a page have in the file.

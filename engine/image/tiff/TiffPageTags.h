@@ -27,6 +27,7 @@ struct TiffPageTags
     bool planesAreSeparate = false;
     bool isTiled = false;
     bool hasStripOfUnknownSize = false; ///< the only strip, uncompressed, has the size 0
+    bool hasRowsBehindStrips = false; ///< uncompressed strips have a row more than they need
     bool hasWrongRowsPerStrip = false; ///< `rowsPerStrip` is not that of the file
     std::uint32_t rowsPerStrip = 0; ///< no more than `heightPx`; 0 when tiled
     std::uint32_t tileWidthPx = 0;

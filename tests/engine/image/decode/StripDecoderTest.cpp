@@ -134,6 +134,8 @@ compression=5                                        | 7 | 0
 compression=5                                        | 8 | 1
 compression=1                                        | 7 | 0
 compression=1                                        | 8 | 1
+compression=1 width=3000 height=1500 rows=1500       | 0 | 0
+compression=1 width=3000 height=1500 rows=1500       | 1 | 1
 compression=32773                                    | 7 | 0
 compression=32773                                    | 9 | 1
 compression=8 width=3000 height=1500 rows=1500       | 0 | 0
