@@ -139,14 +139,15 @@ namespace {
     std::uint64_t rowsPerStrip(const TiffDirectory& directory, const OpenTiffFile& file)
     {
         const TiffTagValue* value = directory.find(TIFFTAG_ROWSPERSTRIP);
-        if (value == nullptr || (value->type != TIFF_SHORT && value->type != TIFF_LONG)
-            || value->count != 1)
+        constexpr std::array types { TIFF_SHORT, TIFF_LONG, TIFF_LONG8 };
+        if (value == nullptr || value->count != 1
+            || std::ranges::find(types, value->type) == types.end())
             return 0;
-        std::array<std::uint8_t, 4> bytes = {};
+        std::array<std::uint8_t, 8> bytes = {};
         const std::span number = std::span(bytes).first(value->bytes);
         file.readAt(value->offset, number);
         const std::uint64_t rows = numberIn(number, file.isBigEndian());
-        return rows == std::numeric_limits<std::uint32_t>::max() ? 0 : rows;
+        return rows >= std::numeric_limits<std::uint32_t>::max() ? 0 : rows;
     }
 
     /// libtiff replaces sizes of uncompressed strips that look wrong by what the rows need, and
