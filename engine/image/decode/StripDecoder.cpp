@@ -139,9 +139,9 @@ void StripDecoder::endLzw(std::uint32_t number, std::uint64_t rows)
     if (m_tags.compression != COMPRESSION_LZW || m_tags.isSubsampled() || m_rowBytes == 0)
         return;
     EncodedBytes bytes = encoded(number);
-    if (bytes.left() <= longestJudgedStream && paddingBytes(rows) < mostPaddingBytes
-        && decodedLzwBytes(bytes.next(bytes.left())) / m_rowBytes
-            > rows + paddingBytes(rows) / m_rowBytes)
+    const std::uint64_t padding = paddingBytes(rows);
+    if (bytes.left() <= longestJudgedStream && padding < mostPaddingBytes
+        && decodedLzwBytes(bytes.next(bytes.left())) / m_rowBytes > rows + padding / m_rowBytes)
         tellOfRest();
 }
 

@@ -3,7 +3,6 @@
 #include "engine/image/decode/DisplayRows.h"
 #include "engine/image/decode/JpegPageBlocks.h"
 #include "engine/image/metadata/MetadataReader.h"
-#include "engine/image/pixels/ByteOrder.h"
 #include "engine/image/tiff/TiffLimits.h"
 
 #include <tiffio.h>
@@ -11,7 +10,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <span>
 #include <stdexcept>
 #include <string>
 
@@ -35,14 +33,9 @@ namespace {
     /// What the SubfileType of old files says (TIFF 6.0, section 8), which libtiff does not read.
     void takeOldSubfileType(const TiffPage& page, TiffPageTags& tags)
     {
-        const TiffTagValue* value = page.directory().find(TIFFTAG_OSUBFILETYPE);
-        if (value == nullptr || (value->type != TIFF_SHORT && value->type != TIFF_LONG)
-            || value->count != 1 || page.directory().find(TIFFTAG_SUBFILETYPE) != nullptr)
+        if (page.directory().find(TIFFTAG_SUBFILETYPE) != nullptr)
             return;
-        std::array<std::uint8_t, 4> bytes = {};
-        const std::span number = std::span(bytes).first(value->bytes);
-        page.reader().readAt(value->offset, number);
-        switch (numberIn(number, page.document().isBigEndian())) {
+        switch (page.document().number(page.directory().find(TIFFTAG_OSUBFILETYPE)).value_or(0)) {
         case OFILETYPE_REDUCEDIMAGE:
             tags.subfileType = FILETYPE_REDUCEDIMAGE;
             break;

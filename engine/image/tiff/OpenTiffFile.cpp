@@ -2,12 +2,16 @@
 
 #include "engine/files/PosixFile.h"
 #include "engine/files/StagedFile.h"
+#include "engine/image/pixels/ByteOrder.h"
 #include "engine/image/tiff/TiffLimits.h"
 
 #include <QFile>
 #include <QFileInfo>
 
+#include <tiffio.h>
+
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <stdexcept>
@@ -73,6 +77,19 @@ QString OpenTiffFile::fileName() const { return QFileInfo(m_path).fileName(); }
 void OpenTiffFile::readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const
 {
     readFully(m_file, offset, bytes);
+}
+
+std::optional<std::uint64_t> OpenTiffFile::number(const TiffTagValue* value) const
+{
+    constexpr std::array types { TIFF_SHORT, TIFF_LONG, TIFF_LONG8 };
+    if (value == nullptr || value->count != 1
+        || std::ranges::find(types, value->type) == types.end() || value->offset > sizeBytes()
+        || value->bytes > sizeBytes() - value->offset)
+        return std::nullopt;
+    std::array<std::uint8_t, 8> bytes = {};
+    const auto held = std::span(bytes).first(value->bytes);
+    readAt(value->offset, held);
+    return numberIn(held, isBigEndian());
 }
 
 TiffWindow OpenTiffFile::windowAtPage(int index) const

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -65,6 +66,10 @@ public:
 
     /// Fills all of `bytes` with what the file has from `offset` on. Throws std::runtime_error.
     void readAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
+
+    /// The only value of a tag, a SHORT, LONG or LONG8; none for any other, for one beyond the end
+    /// of the file, and where `value` is null. Throws std::runtime_error.
+    std::optional<std::uint64_t> number(const TiffTagValue* value) const;
 
     // For libtiff, which walks the chain for itself, by every handle, and keeps what it finds: for
     // directories that are none of the file's pages it would hold a hundred megabytes a handle. So

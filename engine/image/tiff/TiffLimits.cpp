@@ -138,15 +138,7 @@ namespace {
     /// or all ones, which stands for any number.
     std::uint64_t rowsPerStrip(const TiffDirectory& directory, const OpenTiffFile& file)
     {
-        const TiffTagValue* value = directory.find(TIFFTAG_ROWSPERSTRIP);
-        constexpr std::array types { TIFF_SHORT, TIFF_LONG, TIFF_LONG8 };
-        if (value == nullptr || value->count != 1
-            || std::ranges::find(types, value->type) == types.end())
-            return 0;
-        std::array<std::uint8_t, 8> bytes = {};
-        const std::span number = std::span(bytes).first(value->bytes);
-        file.readAt(value->offset, number);
-        const std::uint64_t rows = numberIn(number, file.isBigEndian());
+        const std::uint64_t rows = file.number(directory.find(TIFFTAG_ROWSPERSTRIP)).value_or(0);
         return rows >= std::numeric_limits<std::uint32_t>::max() ? 0 : rows;
     }
 
